@@ -1,0 +1,31 @@
+# What every target of the project is compiled with. Nothing here reaches a user of the installed package.
+
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ${PROJECT_IS_TOP_LEVEL})
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+
+add_library(corvane_flags INTERFACE)
+target_compile_features(corvane_flags INTERFACE cxx_std_20)
+target_compile_definitions(corvane_flags INTERFACE CORVANE_VERSION="${PROJECT_VERSION}")
+
+# The same input gives the same bits on every processor: no fused multiply-add behind our back, and nothing that lets
+# the compiler reorder arithmetic. Dropping errno and trap bookkeeping changes no result and lets loops vectorise.
+# Without semantic interposition an exported member can be inlined into the library's own loops.
+target_compile_options(corvane_flags INTERFACE
+    -ffp-contract=off -fno-math-errno -fno-trapping-math -fno-semantic-interposition
+    $<$<CONFIG:RelWithDebInfo>:-O3>)
+
+# Row kernels join conditions with | and &, because || and && would branch on every sample.
+add_library(corvane_warnings INTERFACE)
+target_compile_options(corvane_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-bitwise-instead-of-logical>)
+
+# The new dynamic tags leave LD_LIBRARY_PATH the first word, so that one variant can be chosen for a run.
+if(CMAKE_SYSTEM_NAME STREQUAL Linux)
+    target_link_options(corvane_flags INTERFACE -Wl,--enable-new-dtags)
+endif()

@@ -1,0 +1,108 @@
+#include "corvane/platform/global_memory.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <unordered_map>
+#include <utility>
+
+namespace {
+
+struct FreeMemory {
+    void operator()(void* memory) const { std::free(memory); }
+};
+
+struct Block {
+    std::unique_ptr<void, FreeMemory> memory;
+    std::size_t bytes = 0;
+    unsigned locks = 0;
+};
+
+// Handles count up and are never used again, so that a stale one is recognised.
+struct BlockTable {
+    std::mutex mutex;
+    std::uintptr_t last = 0;
+    std::unordered_map<HGLOBAL, Block> blocks;
+
+    Block* Find(HGLOBAL handle)
+    {
+        const auto found = blocks.find(handle);
+        return found == blocks.end() ? nullptr : &found->second;
+    }
+};
+
+// Never destroyed: the program's statics may free their blocks at the very end.
+BlockTable& TheBlocks()
+{
+    static auto& table = *new BlockTable;
+    return table;
+}
+
+} // namespace
+
+HGLOBAL GlobalAlloc(UINT flags, std::size_t bytes)
+{
+    Block block;
+    if (bytes > 0) {
+        if (bytes > PTRDIFF_MAX) {
+            return nullptr;
+        }
+        block.memory.reset((flags & GMEM_ZEROINIT) != 0 ? std::calloc(bytes, 1) : std::malloc(bytes));
+        if (!block.memory) {
+            return nullptr;
+        }
+        block.bytes = bytes;
+    }
+    BlockTable& table = TheBlocks();
+    const std::lock_guard lock(table.mutex);
+    try {
+        const auto handle = reinterpret_cast<HGLOBAL>(table.last + 1);
+        table.blocks.emplace(handle, std::move(block));
+        ++table.last;
+        return handle;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+void* GlobalLock(HGLOBAL handle)
+{
+    BlockTable& table = TheBlocks();
+    const std::lock_guard lock(table.mutex);
+    Block* block = table.Find(handle);
+    if (block == nullptr || !block->memory) {
+        return nullptr;
+    }
+    ++block->locks;
+    return block->memory.get();
+}
+
+BOOL GlobalUnlock(HGLOBAL handle)
+{
+    BlockTable& table = TheBlocks();
+    const std::lock_guard lock(table.mutex);
+    Block* block = table.Find(handle);
+    if (block == nullptr || block->locks == 0) {
+        return 0;
+    }
+    return --block->locks > 0;
+}
+
+std::size_t GlobalSize(HGLOBAL handle)
+{
+    BlockTable& table = TheBlocks();
+    const std::lock_guard lock(table.mutex);
+    const Block* block = table.Find(handle);
+    return block == nullptr ? 0 : block->bytes;
+}
+
+HGLOBAL GlobalFree(HGLOBAL handle)
+{
+    BlockTable& table = TheBlocks();
+    std::unique_lock lock(table.mutex);
+    const auto freed = table.blocks.extract(handle);
+    lock.unlock();
+    return freed.empty() ? handle : nullptr;
+}

@@ -1,0 +1,76 @@
+#include "corvane/platform/global_memory.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(GlobalMemory, BlockKeepsItsBytesBetweenLocks)
+{
+    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, 1000);
+    ASSERT_NE(block, nullptr);
+    EXPECT_EQ(GlobalSize(block), 1000U);
+    std::memset(GlobalLock(block), 0x5A, 1000);
+    EXPECT_EQ(GlobalUnlock(block), 0);
+    const auto* bytes = static_cast<const unsigned char*>(GlobalLock(block));
+    EXPECT_TRUE(std::all_of(bytes, bytes + 1000, [](unsigned char byte) { return byte == 0x5A; }));
+    EXPECT_EQ(GlobalFree(block), nullptr);
+}
+
+TEST(GlobalMemory, LocksAreCounted)
+{
+    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, 8);
+    EXPECT_EQ(GlobalLock(block), GlobalLock(block));
+    EXPECT_NE(GlobalUnlock(block), 0);
+    EXPECT_EQ(GlobalUnlock(block), 0);
+    EXPECT_EQ(GlobalUnlock(block), 0);
+    EXPECT_NE(GlobalLock(block), nullptr);
+    EXPECT_EQ(GlobalFree(block), nullptr);
+}
+
+TEST(GlobalMemory, ZeroedWhenAsked)
+{
+    for (int round = 0; round < 8; ++round) {
+        const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, 256);
+        auto* bytes = static_cast<unsigned char*>(GlobalLock(block));
+        EXPECT_TRUE(std::all_of(bytes, bytes + 256, [](unsigned char byte) { return byte == 0; }));
+        std::memset(bytes, 0xFF, 256); // what the next round may be given
+        GlobalFree(block);
+    }
+}
+
+TEST(GlobalMemory, StaleHandlesAreRecognised)
+{
+    const HGLOBAL stale = GlobalAlloc(GMEM_MOVEABLE, 64);
+    ASSERT_EQ(GlobalFree(stale), nullptr);
+    const HGLOBAL fresh = GlobalAlloc(GMEM_MOVEABLE, 64);
+    EXPECT_NE(fresh, stale);
+    for (const HGLOBAL wrong : {stale, HGLOBAL{nullptr}}) {
+        EXPECT_EQ(GlobalLock(wrong), nullptr);
+        EXPECT_EQ(GlobalUnlock(wrong), 0);
+        EXPECT_EQ(GlobalSize(wrong), 0U);
+        EXPECT_EQ(GlobalFree(wrong), wrong);
+    }
+    EXPECT_EQ(GlobalSize(fresh), 64U);
+    EXPECT_EQ(GlobalFree(fresh), nullptr);
+}
+
+TEST(GlobalMemory, EmptyBlockHasAHandleButNoAddress)
+{
+    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, 0);
+    ASSERT_NE(block, nullptr);
+    EXPECT_EQ(GlobalLock(block), nullptr);
+    EXPECT_EQ(GlobalSize(block), 0U);
+    EXPECT_EQ(GlobalFree(block), nullptr);
+}
+
+TEST(GlobalMemory, AbsurdSizesAreRefused)
+{
+    EXPECT_EQ(GlobalAlloc(GMEM_MOVEABLE, SIZE_MAX), nullptr);
+    EXPECT_EQ(GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, SIZE_MAX / 2 + 1), nullptr);
+}
+
+} // namespace
