@@ -1,0 +1,53 @@
+#pragma once
+
+#include <vector>
+
+#include "corvane/platform/export.h"
+
+namespace corvane {
+
+/// What is taken of the values that many frames have at one pixel.
+enum class CombineMethod {
+    kMedian,        ///< the median; of an even number the upper of the two middle values
+    kClippedMedian, ///< the median of what lies within 3 sigma of the median
+    kClippedMean,   ///< the mean of what lies within 3 sigma of the median
+};
+
+/// One frame's sampled row: values and validity (non-zero for usable).
+struct CombineLine {
+    const double* values;
+    const int* valid;
+};
+
+/// Combines rows of many frames, pixel by pixel.
+///
+/// Where a frame has nothing (outside or blank) the result is the value of the last such frame, in the order given. A
+/// NaN among the values makes the result NaN. The values of a block of pixels are sorted together by a network of
+/// minima and maxima, so the work per pixel is the same whatever the values are.
+/// Sorting network: K. E. Batcher, Sorting networks and their applications, AFIPS 1968; in the form of
+/// D. E. Knuth, The Art of Computer Programming 3, 1973, section 5.2.2 algorithm M.
+class CORVANE_API RowCombiner {
+public:
+    /// Prepares to combine lines of that many frames.
+    RowCombiner(CombineMethod method, int frames);
+
+    /// Combines `count` pixels of the lines (one per frame) into result. No frames give 0.
+    void Combine(const CombineLine* lines, int count, float* result);
+
+    CombineMethod Method() const { return method_; } ///< The method it was made for.
+    int Frames() const { return frames_; }           ///< The number of frames it was made for.
+
+    /// Two places of the values of a pixel, of which the smaller value goes to `low`.
+    struct Exchange {
+        int low;
+        int high;
+    };
+
+private:
+    CombineMethod method_;
+    int frames_;
+    std::vector<Exchange> network_;
+    std::vector<double> values_;
+};
+
+} // namespace corvane

@@ -1,0 +1,205 @@
+#include "corvane/combine/matching.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+
+#include "corvane/core/blank.h"
+#include "corvane/core/truncate.h"
+#include "corvane/resources/string_table.h"
+
+using namespace corvane;
+
+namespace {
+
+constexpr double kNoScore = 3.402823466e38;
+
+/// Which pairs of samples are passed over. A reference that alone uses blanks is tested against the searched image's
+/// blank value.
+struct PairBlanks {
+    BlankTest searched;
+    BlankTest reference;
+
+    PairBlanks(const CImage& image, const CImage& cutOut)
+    {
+        const BlankTest value(image.GetBlank());
+        searched = image.IsBlankUsed() != 0 ? value : BlankTest();
+        reference = cutOut.IsBlankUsed() != 0 ? value : BlankTest();
+    }
+
+    bool operator()(double s, double r) const { return searched(s) | reference(r); }
+};
+
+/// The columns or rows in which image and reference overlap, end exclusive.
+struct Overlap {
+    int begin;
+    int end;
+};
+
+Overlap WholeOverlap(int offset, int size, int imageSize)
+{
+    return {std::max(offset, 0),
+            static_cast<int>(std::min<long long>(imageSize, static_cast<long long>(offset) + size))};
+}
+
+Overlap FractionalOverlap(double offset, int size, int imageSize)
+{
+    const double begin = std::ceil(std::max(offset, 0.0));
+    const double end = std::floor(std::min(offset + size, static_cast<double>(imageSize)));
+    return {Truncate(begin), Truncate(end)};
+}
+
+/// Sums the squared differences of the pairs in an overlap; `rowOf(plane, y)` gives r as a function of x.
+template <class RowOf>
+double MeanSquare(const CStlImage& image, const CStlImage& reference, const double* gains, Overlap columns,
+                  Overlap rows, RowOf rowOf)
+{
+    if (columns.begin >= columns.end || rows.begin >= rows.end) {
+        return kNoScore;
+    }
+    const PairBlanks isBlank(image, reference);
+    double sum = 0.0;
+    long long used = 0;
+    for (int plane = 0; plane < std::min(image.GetPlanes(), reference.GetPlanes()); ++plane) {
+        for (int y = rows.begin; y < rows.end; ++y) {
+            const float* const s = image.GetImageAdr(0, y, plane, 1);
+            const auto r = rowOf(plane, y);
+            for (int x = columns.begin; x < columns.end; ++x) {
+                const double other = r(x);
+                if (!isBlank(s[x], other)) {
+                    const double difference = s[x] - other * gains[plane];
+                    sum += difference * difference;
+                    ++used;
+                }
+            }
+        }
+    }
+    return sum / static_cast<double>(used);
+}
+
+/// The best offset so far. Only a lower score replaces it, so of equal ones the first stays.
+struct Best {
+    double score = kNoScore;
+    double x = 0.0;
+    double y = 0.0;
+    bool found = false;
+
+    void Offer(double offered, double atX, double atY)
+    {
+        if (offered < score) {
+            *this = {offered, atX, atY, true};
+        }
+    }
+};
+
+/// One search: where it stands, and how it scores and reports.
+class Search {
+public:
+    Search(CImgMatching& image, const CStlImage& reference)
+        : image_(image), reference_(reference), gains_{Gain(0), 1.0, 1.0}
+    {
+        for (int plane = 1; image.IsColor() && reference.IsColor() && plane < 3; ++plane) {
+            gains_[static_cast<std::size_t>(plane)] = Gain(plane);
+        }
+    }
+
+    /// Every second whole offset within half the range.
+    void Coarse(double x, double y, int half)
+    {
+        const std::int64_t lastX = Truncate(x + half);
+        const std::int64_t lastY = Truncate(y + half);
+        for (std::int64_t oy = Truncate(y - half); oy <= lastY; oy += 2) {
+            for (std::int64_t ox = Truncate(x - half); ox <= lastX; ox += 2) {
+                Try(static_cast<int>(ox), static_cast<int>(oy));
+            }
+        }
+    }
+
+    /// The eight whole offsets around the best of the coarse pass.
+    void Fine()
+    {
+        const int cx = Truncate(best_.x);
+        const int cy = Truncate(best_.y);
+        for (int oy = cy - 1; oy <= cy + 1; ++oy) {
+            for (int ox = cx - 1; ox <= cx + 1; ++ox) {
+                if (ox != cx || oy != cy) {
+                    Try(ox, oy);
+                }
+            }
+        }
+    }
+
+    /// Fractional offsets around the best, up to `reach` away. Coordinates grow by repeated addition, so which offsets
+    /// are tried at the far end depends on its rounding.
+    void Between(double reach, double step)
+    {
+        const double cx = best_.x;
+        const double cy = best_.y;
+        for (double fy = cy - reach; fy <= cy + reach; fy += step) {
+            for (double fx = cx - reach; fx <= cx + reach; fx += step) {
+                if (fx != cx || fy != cy) {
+                    best_.Offer(image_.CalcValue(&reference_, fx, fy, gains_.data()), fx, fy);
+                    image_.ShowProgress(6);
+                }
+            }
+        }
+    }
+
+    const Best& Result() const { return best_; }
+
+private:
+    double Gain(int plane) const
+    {
+        return static_cast<double>(image_.GetAvrGrayRaw(plane)) / static_cast<double>(reference_.GetAvrGrayRaw(plane));
+    }
+
+    void Try(int ox, int oy)
+    {
+        best_.Offer(image_.CalcValue(&reference_, ox, oy, gains_.data()), ox, oy);
+        image_.ShowProgress(1);
+    }
+
+    CImgMatching& image_;
+    const CStlImage& reference_;
+    std::array<double, 3> gains_;
+    Best best_;
+};
+
+} // namespace
+
+int CImgMatching::Do(CStlImage* reference, double* x, double* y, int searchRange, int subPixel, int showProgress)
+{
+    const std::int64_t coarse = std::int64_t{searchRange} * searchRange / 4;
+    ShowProgressInit(showProgress, IDS_MATCHING, Truncate(static_cast<double>(coarse + (subPixel != 0 ? 297 : 9))));
+    Search search(*this, *reference);
+    search.Coarse(*x, *y, searchRange / 2);
+    if (search.Result().found) {
+        search.Fine();
+        if (subPixel != 0) {
+            search.Between(0.6, 0.3);
+            search.Between(0.3 - 0.1, 0.1);
+        }
+        *x = search.Result().x;
+        *y = search.Result().y;
+    }
+    ShowProgressEnd(nullptr);
+    return search.Result().found ? 1 : 0;
+}
+
+double CImgMatching::CalcValue(const CStlImage* reference, int x, int y, const double* gains) const
+{
+    return MeanSquare(*this, *reference, gains, WholeOverlap(x, reference->GetWidth(), GetWidth()),
+                      WholeOverlap(y, reference->GetHeight(), GetHeight()), [&](int plane, int row) {
+                          const float* const samples = reference->GetImageAdr(0, row - y, plane, 1);
+                          return [=](int column) { return static_cast<double>(samples[column - x]); };
+                      });
+}
+
+double CImgMatching::CalcValue(const CStlImage* reference, double x, double y, const double* gains) const
+{
+    return MeanSquare(*this, *reference, gains, FractionalOverlap(x, reference->GetWidth(), GetWidth()),
+                      FractionalOverlap(y, reference->GetHeight(), GetHeight()), [&](int plane, int row) {
+                          return [=](int column) { return reference->GetPixelGrayRaw(column - x, row - y, plane); };
+                      });
+}

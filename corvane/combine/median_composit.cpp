@@ -1,0 +1,139 @@
+#include "corvane/combine/median_composit.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "corvane/core/aligned_row.h"
+#include "corvane/core/blank.h"
+#include "corvane/resources/string_table.h"
+
+using namespace corvane;
+
+namespace {
+
+constexpr int kSlots = 10; // the row store begins with as many and grows by as many
+
+/// Marks blank samples as not usable. From the first sample outside on, a frame that used no blanks uses them.
+void MarkBlanks(CStlImage& frame, const double* values, int* valid, int count)
+{
+    int from = 0;
+    if (frame.IsBlankUsed() == 0) {
+        from = static_cast<int>(std::find(valid, valid + count, 0) - valid);
+        if (from == count) {
+            return;
+        }
+        frame.SetBlankUsed(1);
+    }
+    const BlankTest isBlank(frame);
+    for (int x = from; x < count; ++x) {
+        valid[x] &= isBlank(values[x]) ? 0 : 1;
+    }
+}
+
+} // namespace
+
+CImgMedianComposit::CImgMedianComposit(CStlImage* target) : target_(target)
+{
+    lines_.SetSize(kSlots, kSlots);
+    target_->ShowProgressInit(1, IDS_MEDIAN_COMPOSITE, target_->GetHeight());
+}
+
+CImgMedianComposit::~CImgMedianComposit()
+{
+    target_->ShowProgressEnd(nullptr);
+    ForgetLines();
+}
+
+void CImgMedianComposit::Store(CStlImage* frame, int row, double dx, double dy, double angle)
+{
+    row_ = row;
+    if (frameCount_ >= lines_.GetSize()) {
+        lines_.SetSize(lines_.GetSize() + kSlots, kSlots);
+    }
+    const int width = target_->GetWidth();
+    auto* const line = new CLineData(width * target_->GetPlanes());
+    lines_[frameCount_++] = line;
+    const Alignment alignment = Alignment::Turned(dx, dy, angle, frame->GetStdCtr());
+    const double outside = UndefinedValue(*frame);
+    for (int plane = 0; plane < target_->GetPlanes(); ++plane) {
+        double* const values = line->Values() + static_cast<std::ptrdiff_t>(plane) * width;
+        int* const valid = line->Flags() + static_cast<std::ptrdiff_t>(plane) * width;
+        const int framePlane = frame->IsColor() ? std::min(plane, frame->GetPlanes() - 1) : 0;
+        SampleAlignedRow(*frame, framePlane, alignment, row, width, outside, values, valid);
+        MarkBlanks(*frame, values, valid, width);
+    }
+}
+
+void CImgMedianComposit::Calc()
+{
+    Combine(CombineMethod::kMedian);
+}
+
+void CImgMedianComposit::CalcClipping()
+{
+    Combine(CombineMethod::kClippedMedian);
+}
+
+void CImgMedianComposit::AddAvrCalcClipping()
+{
+    Combine(CombineMethod::kClippedMean);
+}
+
+void CImgMedianComposit::Combine(CombineMethod method)
+{
+    if (combiner_ == nullptr || combiner_->Method() != method || combiner_->Frames() != frameCount_) {
+        combiner_ = std::make_unique<RowCombiner>(method, frameCount_);
+    }
+    const int width = target_->GetWidth();
+    std::vector<CombineLine> lines(static_cast<std::size_t>(frameCount_));
+    for (int i = 0; i < frameCount_; ++i) {
+        lines[static_cast<std::size_t>(i)] = {lines_[i]->Values(), lines_[i]->Flags()};
+    }
+    for (int plane = 0; plane < target_->GetPlanes(); ++plane) {
+        combiner_->Combine(lines.data(), width, target_->GetImageAdr(0, row_, plane));
+        for (CombineLine& line : lines) {
+            line.values += width;
+            line.valid += width;
+        }
+    }
+    ForgetLines();
+    lines_.SetSize(kSlots, kSlots);
+    target_->ShowProgress(1);
+}
+
+void CImgMedianComposit::ForgetLines()
+{
+    for (int i = 0; i < frameCount_; ++i) {
+        delete lines_[i];
+    }
+    frameCount_ = 0;
+    lines_.RemoveAll();
+}
+
+void CImgMedianComposit::SigmaClipping(int& count, double* values)
+{
+    if (count < 1) {
+        return;
+    }
+    std::sort(values, values + count);
+    double sum = 0.0;
+    for (int i = 0; i < count; ++i) {
+        sum += values[i];
+    }
+    const double mean = sum / count;
+    double squares = 0.0;
+    for (int i = 0; i < count; ++i) {
+        squares += (values[i] - mean) * (values[i] - mean);
+    }
+    const double sigma = std::sqrt(squares / count);
+    const double median = values[count / 2];
+    const double low = median - 3.0 * sigma;
+    const double high = median + 3.0 * sigma;
+    double* const end = values + count;
+    const auto isKept = [=](double v) { return low < v && v < high; };
+    count = static_cast<int>(std::count_if(values, end, isKept));
+    if (count > 0) {
+        std::copy_if(values, end, values, isKept);
+    }
+}

@@ -1,0 +1,213 @@
+#include "corvane/core/aligned_row.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "corvane/core/truncate.h"
+
+namespace corvane {
+namespace {
+
+/// Bilinear interpolation; at a whole position the sample itself, whatever its neighbours hold.
+double Interpolate(double a0, double a1, double b0, double b1, double fx, double fy)
+{
+    const double between = (a1 * fx + a0 * (1.0 - fx)) * (1.0 - fy) + (b1 * fx + b0 * (1.0 - fx)) * fy;
+    return (fx == 0.0) & (fy == 0.0) ? a0 : between;
+}
+
+/// The two rows that a position lies between, and how far.
+struct RowPair {
+    int above;
+    int below;
+    double fraction;
+
+    RowPair(double y, int height) : above(Truncate(y)), below(std::min(above + 1, height - 1)), fraction(y - above) {}
+};
+
+/// True when no rounding of x - shift carries a position over a whole pixel, for any column x: whole shifts, and those
+/// far enough from whole ones.
+bool IsRegular(double shift)
+{
+    constexpr double kMargin = 1e-6;
+    const double fraction = shift - std::floor(shift);
+    return std::fabs(shift) < 1e9 && (fraction == 0.0 || (fraction > kMargin && fraction < 1.0 - kMargin));
+}
+
+/// A row under a regular shift: source and target columns run side by side.
+class ShiftedRow {
+public:
+    ShiftedRow(const PlaneRows& plane, const Alignment& alignment, int y, int count)
+        : plane_(plane), dx_(alignment.dx), rows_(y - alignment.dy, plane.height)
+    {
+        const double offset = std::ceil(dx_);
+        begin_ = static_cast<int>(std::clamp(offset, 0.0, static_cast<double>(count)));
+        end_ = static_cast<int>(std::clamp(std::ceil(dx_ + plane.width), 0.0, static_cast<double>(count)));
+        offset_ = begin_ < end_ ? static_cast<int>(offset) : 0;
+    }
+
+    int Begin() const { return begin_; }
+    int End() const { return std::max(begin_, end_); }
+
+    void Sample(double* values) const
+    {
+        const float* const above = plane_.Row(rows_.above);
+        if (dx_ == offset_ && rows_.fraction == 0.0) {
+            std::copy(above + begin_ - offset_, above + End() - offset_, values + begin_);
+            return;
+        }
+        const float* const below = plane_.Row(rows_.below);
+        const int last = plane_.width - 1 + offset_;
+        const int plain = std::min(End(), last);
+        for (int x = begin_; x < plain; ++x) {
+            const int ix = x - offset_;
+            values[x] = Interpolate(above[ix], above[ix + 1], below[ix], below[ix + 1], Fraction(x), rows_.fraction);
+        }
+        if (begin_ <= last && last < End()) {
+            const int ix = plane_.width - 1;
+            values[last] = Interpolate(above[ix], plane_.After(rows_.above), below[ix], plane_.After(rows_.below),
+                                       Fraction(last), rows_.fraction);
+        }
+    }
+
+private:
+    double Fraction(int x) const { return (x - dx_) - (x - offset_); }
+
+    const PlaneRows& plane_;
+    double dx_;
+    RowPair rows_;
+    int begin_;
+    int end_;
+    int offset_;
+};
+
+void SampleShiftedRow(const PlaneRows& plane, const Alignment& alignment, int y, int count, double outside,
+                      double* values, int* inside)
+{
+    const double sy = y - alignment.dy;
+    int begin = count;
+    int end = count;
+    if (sy >= 0.0 && sy < plane.height) {
+        const ShiftedRow row(plane, alignment, y, count);
+        begin = row.Begin();
+        end = row.End();
+        if (begin < end) {
+            row.Sample(values);
+        }
+    }
+    std::fill(values, values + begin, outside);
+    std::fill(values + end, values + count, outside);
+    std::fill(inside, inside + begin, 0);
+    std::fill(inside + begin, inside + end, 1);
+    std::fill(inside + end, inside + count, 0);
+}
+
+/// A stretch of a row under any alignment: positions first, all together, then the samples that they lie between.
+class TurnedStretch {
+public:
+    static constexpr int kLength = 256;
+
+    TurnedStretch(const PlaneRows& plane, const Alignment& alignment, int x, int y, int count)
+        : plane_(plane), count_(count)
+    {
+        for (int i = 0; i < count; ++i) {
+            const Position at = alignment.Map(x + i, y);
+            const bool isInside = (at.x >= 0.0) & (at.x < plane.width) & (at.y >= 0.0) & (at.y < plane.height);
+            inside_[i] = isInside ? 1 : 0;
+            x_[i] = isInside ? at.x : 0.0;
+            y_[i] = isInside ? at.y : plane.firstRow;
+        }
+    }
+
+    void Sample(double outside, double* values, int* inside) const
+    {
+        for (int i = 0; i < count_; ++i) {
+            values[i] = inside_[i] != 0 ? At(i) : outside;
+            inside[i] = inside_[i];
+        }
+    }
+
+private:
+    double At(int i) const
+    {
+        const RowPair rows(y_[i], plane_.height);
+        const int ix = static_cast<int>(x_[i]);
+        const float* const a = plane_.Row(rows.above) + ix;
+        const float* const b = plane_.Row(rows.below) + ix;
+        const bool hasNext = ix + 1 < plane_.width;
+        const float a1 = hasNext ? a[1] : plane_.After(rows.above);
+        const float b1 = hasNext ? b[1] : plane_.After(rows.below);
+        return Interpolate(*a, a1, *b, b1, x_[i] - ix, rows.fraction);
+    }
+
+    const PlaneRows& plane_;
+    int count_;
+    double x_[kLength];
+    double y_[kLength];
+    int inside_[kLength];
+};
+
+/// The whole plane of an image. The page of the sample that follows it is touched too.
+PlaneRows WholePlane(const CStlImage& image, int plane)
+{
+    const int last = image.GetHeight() - 1;
+    const float after = plane + 1 < image.GetPlanes() ? image.GetPixelGrayRaw(0, 0, plane + 1)
+                                                      : image.GetPixelGrayRaw(image.GetWidth() - 1, last, plane);
+    return {image.GetImageAdr(0, 0, plane, 1), image.GetWidth(), image.GetHeight(), 0, after};
+}
+
+/// Sample by sample, so that the pages of a turned row, which may be most of the image, stay within the budget.
+void SamplePagedRow(const CStlImage& image, int plane, const Alignment& alignment, int y, int count, double outside,
+                    double* values, int* inside)
+{
+    for (int x = 0; x < count; ++x) {
+        const Position at = alignment.Map(x, y);
+        inside[x] = at.x >= 0.0 && at.x < image.GetWidth() && at.y >= 0.0 && at.y < image.GetHeight() ? 1 : 0;
+        values[x] = inside[x] != 0 ? image.GetPixelGrayRaw(at.x, at.y, plane) : outside;
+    }
+}
+
+} // namespace
+
+RowSpan RowsTouched(const Alignment& alignment, int y, int count, int width, int height)
+{
+    // The position moves along a line, so its ends bound it; a row of room on either side covers rounding.
+    const double first = alignment.Map(0, y).y;
+    const double last = alignment.Map(count - 1, y).y;
+    const double low = std::floor(std::min(first, last)) - 1.0;
+    const double high = std::floor(std::max(first, last)) + 4.0; // the row below, and the sample that follows it
+    if (width < 1 || count < 1 || !(high > 0.0) || !(low < height)) {
+        return {0, 0};
+    }
+    return {static_cast<int>(std::max(low, 0.0)), static_cast<int>(std::min(high, static_cast<double>(height)))};
+}
+
+void SampleAlignedRow(const PlaneRows& plane, const Alignment& alignment, int y, int count, double outside,
+                      double* values, int* inside)
+{
+    if (alignment.IsShift() && IsRegular(alignment.dx)) {
+        SampleShiftedRow(plane, alignment, y, count, outside, values, inside);
+        return;
+    }
+    for (int x = 0; x < count; x += TurnedStretch::kLength) {
+        const int length = std::min(TurnedStretch::kLength, count - x);
+        const TurnedStretch stretch(plane, alignment, x, y, length);
+        stretch.Sample(outside, values + x, inside + x);
+    }
+}
+
+void SampleAlignedRow(const CStlImage& image, int plane, const Alignment& alignment, int y, int count, double outside,
+                      double* values, int* inside)
+{
+    const bool isPaged = image.GetStore() != nullptr && image.GetStore()->IsPaged();
+    if (isPaged && !alignment.IsShift()) {
+        SamplePagedRow(image, plane, alignment, y, count, outside, values, inside);
+        return;
+    }
+    const RowSpan rows = RowsTouched(alignment, y, count, image.GetWidth(), image.GetHeight());
+    for (int row = rows.first; isPaged && row < rows.end; ++row) {
+        image.GetImageAdr(0, row, plane, 1);
+    }
+    SampleAlignedRow(WholePlane(image, plane), alignment, y, count, outside, values, inside);
+}
+
+} // namespace corvane

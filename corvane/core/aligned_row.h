@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+
+#include "corvane/core/alignment.h"
+#include "corvane/core/stl_image.h"
+#include "corvane/platform/export.h"
+
+namespace corvane {
+
+/// One plane of an image as a sampler sees it: whole, or the band of its rows that is in memory.
+///
+/// Interpolation right of the last column takes the sample that follows in storage: the next row's first, or behind the
+/// plane's last row `afterLast`.
+struct PlaneRows {
+    const float* rows; ///< sample (0, firstRow)
+    int width;
+    int height;      ///< of the whole plane
+    int firstRow;    ///< first row in memory
+    float afterLast; ///< the sample that follows the plane in storage; its own last one when there is none
+
+    const float* Row(int y) const { return rows + static_cast<std::ptrdiff_t>(y - firstRow) * width; }
+    /// The sample that follows row y in storage.
+    float After(int y) const { return y + 1 < height ? *Row(y + 1) : afterLast; }
+};
+
+/// The rows of an image from `first` to before `end`.
+struct RowSpan {
+    int first;
+    int end;
+};
+
+/// The rows of an image, width x height, that sampling row y of a frame, `count` columns wide, reads; none when empty.
+CORVANE_API RowSpan RowsTouched(const Alignment& alignment, int y, int count, int width, int height);
+
+/// Samples row y of a frame from a plane that is aligned onto it: values[x] and inside[x] (1 or 0), x in 0..count - 1.
+/// Outside the plane the value is `outside`. The same values as `CStlImage::GetPixelGrayRaw` gives one by one.
+CORVANE_API void SampleAlignedRow(const PlaneRows& plane, const Alignment& alignment, int y, int count, double outside,
+                                  double* values, int* inside);
+
+/// The same from a plane of an image, whose pages are brought in as they are needed.
+CORVANE_API void SampleAlignedRow(const CStlImage& image, int plane, const Alignment& alignment, int y, int count,
+                                  double outside, double* values, int* inside);
+
+} // namespace corvane

@@ -1,0 +1,190 @@
+// Calibration in place, and the change between one plane and three.
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "corvane/core/calibration_rows.h"
+#include "corvane/core/display_scale.h"
+#include "corvane/core/stl_image.h"
+#include "corvane/resources/string_table.h"
+
+using namespace corvane;
+
+namespace {
+
+/// A row of a calibration frame, as wide as the image that it calibrates: the frame's own row, or where that is
+/// narrower a copy extended by its last sample. A monochrome frame serves every plane.
+class FrameRow {
+public:
+    FrameRow(const CStlImage& frame, int width) : frame_(frame), width_(width) {}
+
+    const float* Get(int y, int plane)
+    {
+        const float* const row = frame_.GetImageAdr(0, y, frame_.IsColor() ? plane : 0, 1);
+        const int own = std::max(frame_.GetWidth(), 1);
+        if (own >= width_) {
+            return row;
+        }
+        extended_.assign(row, row + own);
+        extended_.resize(static_cast<std::size_t>(width_), row[own - 1]);
+        return extended_.data();
+    }
+
+private:
+    const CStlImage& frame_;
+    int width_;
+    std::vector<float> extended_;
+};
+
+CString Text(int id)
+{
+    CString text;
+    text.LoadString(static_cast<UINT>(id));
+    return text;
+}
+
+} // namespace
+
+void CStlImage::FlatClbrtn(CStlImage* flat, int showProgress)
+{
+    const BlankRule rule(*flat, *this);
+    const double mean = flat->GetAvrGrayRaw(0);
+    FrameRow flatRow(*flat, GetWidth());
+    ShowProgressInit(showProgress, IDS_FLAT, GetPlanes() * GetHeight());
+    for (int plane = 0; plane < GetPlanes(); ++plane) {
+        for (int y = 0; y < GetHeight(); ++y) {
+            DivideFlatRow(GetImageAdr(0, y, plane), flatRow.Get(y, plane), GetWidth(), mean, rule);
+            ShowProgress(1);
+        }
+    }
+    ShowProgressEnd(nullptr);
+}
+
+void CStlImage::DarkClbrtn(CStlImage* dark, int showProgress)
+{
+    const BlankRule rule(*dark, *this);
+    FrameRow darkRow(*dark, GetWidth());
+    ShowProgressInit(showProgress, IDS_DARK, GetPlanes() * GetHeight());
+    for (int plane = 0; plane < GetPlanes(); ++plane) {
+        for (int y = 0; y < GetHeight(); ++y) {
+            void* lock = nullptr;
+            SubtractDarkRow(GetImageAdr(0, y, plane, 2, &lock), darkRow.Get(y, plane), GetWidth(), rule);
+            Unlock(lock);
+            ShowProgress(1);
+        }
+    }
+    ShowProgressEnd(nullptr);
+}
+
+int CStlImage::ToGray()
+{
+    if (!IsColor()) {
+        return 1;
+    }
+    const double min = GetLevelMin(0);
+    const double max = GetLevelMax(0);
+    if (ChangePlanes(1, progressWindow_, Text(IDS_CHANGE_PLANES)) == 0) {
+        return 0;
+    }
+    SetLevel(0, min, max);
+    return 1;
+}
+
+int CStlImage::ToColor()
+{
+    if (IsColor()) {
+        return 1;
+    }
+    const double min = GetLevelMin(0);
+    const double max = GetLevelMax(0);
+    if (ChangePlanes(3, progressWindow_, Text(IDS_CHANGE_PLANES)) == 0) {
+        return 0;
+    }
+    for (int plane = 0; plane < 3; ++plane) {
+        SetLevel(plane, min, max);
+    }
+    return 1;
+}
+
+int CStlImage::ToGray(CStlImage* source, int showProgress)
+{
+    if (!IsColor()) {
+        return 1;
+    }
+    // The samples still needed are the source's: it must be another image, with all three planes.
+    if (source == this || source->GetPlanes() < 3 || ToGray() == 0) {
+        return 0;
+    }
+    const DisplayScale red(*source, 0);
+    const DisplayScale green(*source, 1);
+    const DisplayScale blue(*source, 2);
+    const DisplayScale grey(*this, 0);
+    const int count = std::min(GetWidth(), source->GetWidth());
+    ShowProgressInit(showProgress, IDS_TO_GRAY, GetHeight());
+    for (int y = 0; y < GetHeight(); ++y) {
+        const float* const r = source->GetImageAdr(0, y, 0, 1);
+        const float* const g = source->GetImageAdr(0, y, 1, 1);
+        const float* const b = source->GetImageAdr(0, y, 2, 1);
+        float* const out = GetImageAdr(0, y, 0);
+        for (int x = 0; x < count; ++x) {
+            const auto dr = static_cast<float>(red.To256(r[x]));
+            const auto dg = static_cast<float>(green.To256(g[x]));
+            const auto db = static_cast<float>(blue.To256(b[x]));
+            out[x] = static_cast<float>((0.587 * dg + 0.299 * dr + 0.114 * db) * grey.range * kPer255 + grey.min);
+        }
+        ShowProgress(1);
+    }
+    ShowProgressEnd(nullptr);
+    return 1;
+}
+
+int CStlImage::ToColor(CStlImage* source, int showProgress)
+{
+    if (IsColor()) {
+        return 1;
+    }
+    if (ToColor() == 0) {
+        return 0;
+    }
+    const int count = std::min(GetWidth(), source->GetWidth());
+    ShowProgressInit(showProgress, IDS_TO_COLOR, GetHeight());
+    for (int y = 0; y < GetHeight(); ++y) {
+        for (int plane = 0; plane < 3; ++plane) {
+            std::copy_n(source->GetImageAdr(0, y, source->IsColor() ? plane : 0, 1), count, GetImageAdr(0, y, plane));
+        }
+        ShowProgress(1);
+    }
+    ShowProgressEnd(nullptr);
+    return 1;
+}
+
+int CStlImage::PixelBlt(int dx, int dy, int w, int h, CStlImage* source, int sx, int sy, int mapLevels)
+{
+    if (GetPlanes() != source->GetPlanes()) {
+        return 0;
+    }
+    const auto clip = [](int v, int size) { return std::min(std::max(v, 0), size); };
+    dx = clip(dx, GetWidth());
+    dy = clip(dy, GetHeight());
+    sx = clip(sx, source->GetWidth());
+    sy = clip(sy, source->GetHeight());
+    w = std::min(clip(w, GetWidth() - dx), source->GetWidth() - sx);
+    h = std::min(clip(h, GetHeight() - dy), source->GetHeight() - sy);
+    for (int plane = 0; w > 0 && plane < GetPlanes(); ++plane) {
+        const DisplayScale from(*source, plane);
+        const DisplayScale to(*this, plane);
+        for (int i = 0; i < h; ++i) {
+            const float* const in = source->GetImageAdr(sx, sy + i, plane, 1);
+            float* const out = GetImageAdr(dx, dy + i, plane);
+            if (mapLevels == 0) {
+                std::memmove(out, in, static_cast<std::size_t>(w) * sizeof(float));
+                continue;
+            }
+            for (int x = 0; x < w; ++x) {
+                out[x] = static_cast<float>((in[x] - from.min) / from.range * 255.0 * to.range * kPer255 + to.min);
+            }
+        }
+    }
+    return 1;
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "corvane/core/image.h"
+
+namespace corvane {
+
+/// 1 / 255 as the way back from display values to raw ones is written; results depend on this exact factor.
+inline constexpr double kPer255 = 0.00392156862745098;
+
+/// Degrees to radians with pi taken as 3.141592654.
+inline constexpr double kDegree = 0.017453292522222223;
+
+/// The levels of one plane, ready for a row kernel.
+struct DisplayScale {
+    double min;
+    double range;
+
+    DisplayScale(const CImage& image, int plane) : min(image.GetLevelMin(plane)), range(image.GetLevelRange(plane)) {}
+
+    double To256(double v) const { return (v - min) / range * 255.0; }
+    double ToRaw(double d) const { return range * d * kPer255 + min; }
+};
+
+} // namespace corvane

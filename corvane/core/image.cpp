@@ -1,0 +1,278 @@
+#include "corvane/core/image.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "corvane/core/progress_notice.h"
+#include "corvane/platform/memory_exception.h"
+
+namespace {
+
+constexpr std::size_t kLeastLevels = 3;
+
+void ResizeLevels(corvane::ImageRecord& record)
+{
+    const std::size_t count = std::max(kLeastLevels, static_cast<std::size_t>(std::max(record.planes, 0)));
+    for (std::vector<double>* levels : {&record.levelMin, &record.levelMax, &record.levelRange,
+                                        &record.orgDefaultLevelMin, &record.orgDefaultLevelMax}) {
+        levels->resize(count, levels->front());
+    }
+}
+
+std::unique_ptr<CVmImage> MakeStore(const corvane::ImageRecord& record, CVmImage::Contents contents)
+{
+    const int bytes = std::abs(record.bitsPixel) / 8;
+    return std::make_unique<CVmImage>(record.width, record.height, record.planes, bytes, contents);
+}
+
+/// Makes a store of zero samples; null when there is no room.
+std::unique_ptr<CVmImage> TryMakeStore(const corvane::ImageRecord& record)
+{
+    try {
+        return MakeStore(record, CVmImage::Contents::kZero);
+    } catch (const CMemoryException&) {
+        return nullptr;
+    }
+}
+
+template <class T>
+int Found(const std::optional<T>& keyword, T* value, T otherwise)
+{
+    *value = keyword.value_or(std::move(otherwise));
+    return keyword.has_value() ? 1 : 0;
+}
+
+} // namespace
+
+CImage::CImage() = default;
+
+CImage::CImage(int bits, int width, int height, int planes, double bscale, double bzero, int flag, HWND /*window*/,
+               const char* /*text*/)
+{
+    record_.bitsPixel = bits;
+    record_.width = planes < 1 ? 0 : std::max(width, 0);
+    record_.height = planes < 1 ? 0 : std::max(height, 0);
+    SetPlanes(std::max(planes, 0));
+    record_.bscale = bscale;
+    record_.bzero = bzero;
+    record_.orgBitsPixel = bits;
+    record_.orgPlanes = record_.planes;
+    ResizeLevels(record_);
+    store_ = MakeStore(record_, flag != 0 ? CVmImage::Contents::kZero : CVmImage::Contents::kUndefined);
+}
+
+CImage::CImage(const CImage& other, HWND window, const char* text)
+    : store_(other.store_ == nullptr ? nullptr : std::make_unique<CVmImage>(*other.store_, window, text)),
+      record_(other.record_)
+{}
+
+CImage::~CImage() = default;
+
+CImage& CImage::operator=(const CImage& other)
+{
+    return CopyImage(other);
+}
+
+CImage& CImage::CopyImage(const CImage& other, HWND window, const char* text)
+{
+    if (this != &other) {
+        CImage copy(other, window, text);
+        CImage::Swap(&copy);
+    }
+    return *this;
+}
+
+int CImage::Create(const CImage& other, HWND /*window*/, const char* /*text*/)
+{
+    std::unique_ptr<CVmImage> store = TryMakeStore(other.record_);
+    if (store == nullptr) {
+        return 0;
+    }
+    record_ = other.record_;
+    store_ = std::move(store);
+    return 1;
+}
+
+void CImage::Swap(CImage* other)
+{
+    std::swap(store_, other->store_);
+    std::swap(record_, other->record_);
+}
+
+int CImage::ChangeSize(int width, int height, HWND window, const char* text)
+{
+    corvane::ImageRecord record = record_;
+    record.width = width;
+    record.height = height;
+    std::unique_ptr<CVmImage> store = width < 1 || height < 1 ? nullptr : TryMakeStore(record);
+    if (store == nullptr) {
+        return 0;
+    }
+    CImage resized;
+    resized.record_ = std::move(record);
+    resized.store_ = std::move(store);
+    const int rows = std::min(height, GetHeight());
+    const std::size_t bytes =
+        static_cast<std::size_t>(std::min(width, GetWidth())) * static_cast<std::size_t>(GetBytesPixel());
+    corvane::ProgressNotice notice(window, text, static_cast<std::uint64_t>(std::max(rows, 0)) * GetPlanes());
+    for (int plane = 0; store_ != nullptr && plane < GetPlanes(); ++plane) {
+        for (int y = 0; y < rows; ++y) {
+            std::memcpy(resized.GetImageAdr(0, y, plane), GetImageAdr(0, y, plane, 1), bytes);
+            notice.Advance(1);
+        }
+    }
+    Swap(&resized);
+    return 1;
+}
+
+int CImage::ChangePlanes(int planes, HWND window, const char* text)
+{
+    if (planes < 1 || planes > 3) {
+        return 0;
+    }
+    CImage changed;
+    changed.record_ = record_;
+    changed.SetPlanes(planes);
+    ResizeLevels(changed.record_);
+    changed.store_ = TryMakeStore(changed.record_);
+    if (changed.store_ == nullptr) {
+        return 0;
+    }
+    const int before = GetPlanes();
+    const std::size_t bytes = static_cast<std::size_t>(GetWidth()) * static_cast<std::size_t>(GetBytesPixel());
+    corvane::ProgressNotice notice(window, text, static_cast<std::uint64_t>(planes) * GetHeight());
+    for (int plane = 0; plane < planes; ++plane) {
+        const int from = plane < before ? plane : 0;
+        if (from != plane) {
+            changed.SetLevel(plane, GetLevelMin(0), GetLevelMax(0));
+            changed.SetOrgDefaultLevel(plane, GetOrgDefaultLevelMin(0), GetOrgDefaultLevelMax(0));
+        }
+        for (int y = 0; store_ != nullptr && y < GetHeight(); ++y) {
+            std::memcpy(changed.GetImageAdr(0, y, plane), GetImageAdr(0, y, from, 1), bytes);
+            notice.Advance(1);
+        }
+    }
+    Swap(&changed);
+    return 1;
+}
+
+int CImage::SetLevel(int plane, double min, double max)
+{
+    if (plane < 0 || Index(plane) >= record_.levelMin.size()) {
+        return 0;
+    }
+    record_.levelMin[Index(plane)] = min;
+    record_.levelMax[Index(plane)] = max;
+    record_.levelRange[Index(plane)] = max - min;
+    return 1;
+}
+
+void CImage::SetOrgDefaultLevel(int plane, double min, double max)
+{
+    if (plane >= 0 && Index(plane) < record_.orgDefaultLevelMin.size()) {
+        record_.orgDefaultLevelMin[Index(plane)] = min;
+        record_.orgDefaultLevelMax[Index(plane)] = max;
+    }
+}
+
+const corvane::AxisCoordinates* CImage::Axis(int axis) const
+{
+    const bool known = axis >= 0 && Index(axis) < record_.coordinates.axes.size();
+    return known ? &record_.coordinates.axes[Index(axis)] : nullptr;
+}
+
+corvane::AxisCoordinates* CImage::Axis(int axis)
+{
+    return const_cast<corvane::AxisCoordinates*>(std::as_const(*this).Axis(axis));
+}
+
+int CImage::GetCRPix(int axis, double* value) const
+{
+    const auto* known = Axis(axis);
+    return Found(known ? known->referencePixel : std::nullopt, value, 0.0);
+}
+
+void CImage::SetCRPix(int axis, double value)
+{
+    if (auto* known = Axis(axis)) {
+        known->referencePixel = value;
+    }
+}
+
+int CImage::GetCDelt(int axis, double* value) const
+{
+    const auto* known = Axis(axis);
+    return Found(known ? known->increment : std::nullopt, value, 1.0);
+}
+
+void CImage::SetCDelt(int axis, double value)
+{
+    if (auto* known = Axis(axis)) {
+        known->increment = value;
+    }
+}
+
+int CImage::GetCRVal(int axis, double* value) const
+{
+    const auto* known = Axis(axis);
+    return Found(known ? known->referenceValue : std::nullopt, value, 0.0);
+}
+
+void CImage::SetCRVal(int axis, double value)
+{
+    if (auto* known = Axis(axis)) {
+        known->referenceValue = value;
+    }
+}
+
+int CImage::GetCType(int axis, CString* type) const
+{
+    const auto* known = Axis(axis);
+    return Found(known ? known->type : std::nullopt, type, CString());
+}
+
+int CImage::GetCUnit(int axis, CString* unit) const
+{
+    const auto* known = Axis(axis);
+    return Found(known ? known->unit : std::nullopt, unit, CString());
+}
+
+void CImage::SetCUnit(int axis, const CString& unit)
+{
+    if (auto* known = Axis(axis)) {
+        known->unit = unit;
+    }
+}
+
+void CImage::SetType(const CString& type, int axis)
+{
+    if (auto* known = Axis(axis)) {
+        known->type = type;
+    }
+}
+
+int CImage::GetLTMtx(tagMATRIX2_2* matrix) const
+{
+    *matrix = record_.coordinates.matrix;
+    return record_.coordinates.matrixKind;
+}
+
+void CImage::SetLTMtx(tagMATRIX2_2* matrix, int kind)
+{
+    record_.coordinates.matrix = kind == corvane::kNoTransform ? tagMATRIX2_2{1.0, 0.0, 0.0, 1.0} : *matrix;
+    record_.coordinates.matrixKind = kind;
+}
+
+int CImage::IsWCS() const
+{
+    const auto& axes = record_.coordinates.axes;
+    return std::all_of(axes.begin(), axes.begin() + 2,
+                       [](const auto& axis) { return axis.type.has_value() && axis.referenceValue.has_value(); });
+}
+
+int CImage::GetDispAxis(int* axis) const
+{
+    return Found(record_.coordinates.dispersionAxis, axis, 0);
+}

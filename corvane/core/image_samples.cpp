@@ -1,0 +1,138 @@
+// The members of the base record that look at stored samples: physical values, extremes, conversion.
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <type_traits>
+
+#include "corvane/core/blank.h"
+#include "corvane/core/extremes.h"
+#include "corvane/core/image.h"
+#include "corvane/core/progress_notice.h"
+#include "corvane/core/sample_format.h"
+#include "corvane/platform/memory_exception.h"
+
+namespace {
+
+/// How a stored sample becomes another one.
+struct Conversion {
+    double scale;
+    double zero;
+    bool saturate;
+    double undefined; ///< what NaN becomes in an integer
+};
+
+template <class T>
+double Load(const unsigned char* ptr)
+{
+    T stored;
+    std::memcpy(&stored, ptr, sizeof stored);
+    return static_cast<double>(stored);
+}
+
+template <class T>
+T Convert(double v, const Conversion& how)
+{
+    if constexpr (std::is_floating_point_v<T>) {
+        return static_cast<T>(v);
+    } else {
+        if (std::isnan(v)) {
+            v = how.undefined;
+        }
+        constexpr double kLow = std::numeric_limits<T>::min();
+        constexpr double kHigh = std::numeric_limits<T>::max();
+        if (how.saturate) {
+            return static_cast<T>(std::clamp(std::nearbyint(v), kLow, kHigh));
+        }
+        constexpr double kBeyondInt64 = 9.2e18;
+        return static_cast<T>(static_cast<std::int64_t>(std::clamp(v, -kBeyondInt64, kBeyondInt64)));
+    }
+}
+
+template <class From, class To>
+void ConvertRow(const unsigned char* from, unsigned char* to, int count, const Conversion& how)
+{
+    for (int x = 0; x < count; ++x) {
+        const To converted = Convert<To>(Load<From>(from + x * sizeof(From)) * how.scale + how.zero, how);
+        std::memcpy(to + x * sizeof(To), &converted, sizeof converted);
+    }
+}
+
+using RowConverter = void (*)(const unsigned char*, unsigned char*, int, const Conversion&);
+
+RowConverter FindConverter(const CImage& from, const CImage& to)
+{
+    return corvane::WithSampleType(
+        from.GetBitsPixel(), from.IsSigned() != 0,
+        [&](auto* source) {
+            using From = std::remove_pointer_t<decltype(source)>;
+            return corvane::WithSampleType(
+                to.GetBitsPixel(), to.IsSigned() != 0,
+                [](auto* target) -> RowConverter { return ConvertRow<From, std::remove_pointer_t<decltype(target)>>; },
+                RowConverter{});
+        },
+        RowConverter{});
+}
+
+} // namespace
+
+double CImage::GetPixel(const unsigned char* ptr) const
+{
+    return corvane::WithSampleType(
+        record_.bitsPixel, record_.isSigned != 0,
+        [&](auto* type) { return Load<std::remove_pointer_t<decltype(type)>>(ptr) * record_.bscale + record_.bzero; },
+        0.0);
+}
+
+void CImage::GetMinMax(int plane, double* min, double* max) const
+{
+    corvane::Extremes extremes;
+    const corvane::BlankTest isBlank(*this);
+    for (int y = 0; store_ != nullptr && plane >= 0 && plane < GetPlanes() && y < GetHeight(); ++y) {
+        const unsigned char* row = GetImageAdr(0, y, plane, 1);
+        if (record_.bitsPixel == -32) {
+            extremes.Add(reinterpret_cast<const float*>(row), GetWidth(), isBlank);
+            continue;
+        }
+        for (int x = 0; x < GetWidth(); ++x, row += GetBytesPixel()) {
+            const double v = GetPixel(row);
+            if (!isBlank(v)) {
+                extremes.Add(v);
+            }
+        }
+    }
+    *min = extremes.Empty() ? 0.0 : extremes.Min();
+    *max = extremes.Empty() ? 0.0 : extremes.Max();
+}
+
+int CImage::ChangeBits(int bits, int physical, int saturate, HWND window, const char* text)
+{
+    CImage changed;
+    changed.record_ = record_;
+    changed.record_.bitsPixel = bits;
+    changed.record_.isSigned = bits == 8 ? 0 : record_.isSigned;
+    const RowConverter convert = FindConverter(*this, changed);
+    if (convert == nullptr || store_ == nullptr) {
+        return 0;
+    }
+    try {
+        changed.store_ = std::make_unique<CVmImage>(GetWidth(), GetHeight(), GetPlanes(), changed.GetBytesPixel());
+    } catch (const CMemoryException&) {
+        return 0;
+    }
+    Conversion how{1.0, 0.0, saturate != 0, IsBlankUsed() ? static_cast<double>(GetBlank()) : 0.0};
+    if (physical != 0) {
+        how.scale = std::exchange(changed.record_.bscale, 1.0);
+        how.zero = std::exchange(changed.record_.bzero, 0.0);
+    }
+    corvane::ProgressNotice notice(window, text, static_cast<std::uint64_t>(GetHeight()) * GetPlanes());
+    for (int plane = 0; plane < GetPlanes(); ++plane) {
+        for (int y = 0; y < GetHeight(); ++y) {
+            convert(GetImageAdr(0, y, plane, 1), changed.GetImageAdr(0, y, plane), GetWidth(), how);
+            notice.Advance(1);
+        }
+    }
+    Swap(&changed);
+    return 1;
+}

@@ -1,0 +1,117 @@
+// The progress channel: messages to a window, and ESC from the thread's message queue.
+
+#include <algorithm>
+
+#include "corvane/core/progress_message.h"
+#include "corvane/core/stl_image.h"
+#include "corvane/core/truncate.h"
+#include "corvane/platform/messages.h"
+
+namespace {
+
+constexpr int kMessages = 50; // about as many as an operation sends
+
+CString Text(int id)
+{
+    CString text;
+    text.LoadString(static_cast<UINT>(id));
+    return text;
+}
+
+} // namespace
+
+void CStlImage::SendProgress(int word, const char* text) const
+{
+    SendMessageA(progressWindow_, corvane::kProgressMessage, static_cast<WPARAM>(word), reinterpret_cast<LPARAM>(text));
+}
+
+void CStlImage::ShowProgressInit(int show, const char* text, int total)
+{
+    progressTotal_ = total;
+    progressStep_ = std::max(total / kMessages, 1);
+    progressCount_ = 0;
+    progressThreshold_ = 0;
+    progressDirect_ = 0;
+    progressActive_ = show;
+    if (show != 0) {
+        SendProgress(corvane::kProgressStart, text);
+    }
+}
+
+void CStlImage::ShowProgressInit(int show, int id, int total)
+{
+    ShowProgressInit(show, static_cast<const char*>(Text(id)), total);
+}
+
+void CStlImage::ShowProgressInit(const char* text)
+{
+    progressActive_ = 1;
+    progressDirect_ = 1;
+    progressTotal_ = 0;
+    progressStep_ = 0;
+    progressCount_ = 0;
+    progressThreshold_ = 0;
+    SendProgress(corvane::kProgressStart, text);
+}
+
+void CStlImage::ShowProgressInit(int id)
+{
+    ShowProgressInit(static_cast<const char*>(Text(id)));
+}
+
+int CStlImage::ShowProgress(int n)
+{
+    if (progressActive_ == 0) {
+        return 1;
+    }
+    if (progressDirect_ != 0) {
+        SendMessageA(progressWindow_, corvane::kProgressMessage, corvane::kProgressStep, n);
+        return ShowProgressContinue();
+    }
+    progressCount_ += n;
+    if (progressCount_ > progressThreshold_) {
+        const double done = static_cast<double>(progressCount_) / static_cast<double>(progressTotal_);
+        SendMessageA(progressWindow_, corvane::kProgressMessage, corvane::kProgressStep,
+                     corvane::Truncate(done * 100.0));
+        progressThreshold_ += progressStep_;
+    }
+    return ShowProgressContinue();
+}
+
+void CStlImage::ShowProgressMsg(const char* text)
+{
+    SendProgress(corvane::kProgressText, text);
+}
+
+void CStlImage::ShowProgressMsg(int id)
+{
+    ShowProgressMsg(static_cast<const char*>(Text(id)));
+}
+
+void CStlImage::ShowProgressEnd(const char* text)
+{
+    if (progressActive_ != 0) {
+        SendProgress(corvane::kProgressEnd, text);
+    }
+    progressActive_ = 0;
+}
+
+void CStlImage::ShowProgressEnd(int id)
+{
+    ShowProgressEnd(static_cast<const char*>(Text(id)));
+}
+
+int CStlImage::ShowProgressContinue()
+{
+    MSG message;
+    while (PeekMessageA(&message, nullptr, WM_KEYDOWN, WM_KEYDOWN, PM_REMOVE) != 0) {
+        if (message.wParam == VK_ESCAPE) {
+            return 0;
+        }
+    }
+    while (PeekMessageA(&message, nullptr, WM_PAINT, WM_PAINT, PM_REMOVE) != 0) {
+        TranslateMessage(&message);
+        DispatchMessageA(&message);
+    }
+    return 1;
+}

@@ -1,0 +1,93 @@
+#include "corvane/core/vm_image.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "corvane/core/memory_budget.h"
+#include "corvane/core/pager.h"
+#include "corvane/core/progress_notice.h"
+#include "corvane/platform/memory_exception.h"
+
+namespace {
+
+// Behind this, offsets within a store would no longer fit the difference of two addresses.
+constexpr std::uint64_t kMostBytes = std::numeric_limits<std::int64_t>::max() / 2;
+
+std::uint64_t StoreBytes(int width, int height, int planes, int bytesPerSample)
+{
+    std::uint64_t bytes = 1;
+    for (const int factor : {width, height, planes, bytesPerSample}) {
+        if (factor <= 0) {
+            return 0;
+        }
+        if (bytes > kMostBytes / static_cast<std::uint64_t>(factor)) {
+            AfxThrowMemoryException();
+        }
+        bytes *= static_cast<std::uint64_t>(factor);
+    }
+    return bytes;
+}
+
+} // namespace
+
+CVmImage::CVmImage(int width, int height, int planes, int bytesPerSample, Contents contents)
+    : width_(width), height_(height), planes_(planes), bytesPerSample_(bytesPerSample),
+      bytes_(StoreBytes(width, height, planes, bytesPerSample)), memory_(bytes_, contents), data_(memory_.Data())
+{
+    if (data_ == nullptr && bytes_ > 0) {
+        pager_ = std::make_unique<corvane::Pager>(corvane::SpillFolder(), bytes_, RowBytes());
+    }
+}
+
+CVmImage::CVmImage(const CVmImage& other, HWND window, const char* text)
+    : CVmImage(other.width_, other.height_, other.planes_, other.bytesPerSample_, Contents::kUndefined)
+{
+    std::uint64_t chunk = bytes_;
+    for (const CVmImage* store : {&other, static_cast<const CVmImage*>(this)}) {
+        if (store->pager_ != nullptr) {
+            chunk = std::min(chunk, store->pager_->PageBytes());
+        }
+    }
+    corvane::ProgressNotice notice(window, text, bytes_);
+    for (std::uint64_t offset = 0; offset < bytes_; offset += chunk) {
+        const std::uint64_t count = std::min(chunk, bytes_ - offset);
+        std::memcpy(GetImageAdr(offset, 0), other.GetImageAdr(offset, 1), count);
+        notice.Advance(count);
+    }
+}
+
+CVmImage::~CVmImage() = default;
+
+int CVmImage::Unlock(void* handle) const
+{
+    return pager_ != nullptr && pager_->Unhold(handle) ? 1 : 0;
+}
+
+void CVmImage::UnlockAll() const
+{
+    if (pager_ != nullptr) {
+        pager_->UnholdAll();
+    }
+}
+
+std::uint64_t CVmImage::GetResidentBytes() const
+{
+    return pager_ == nullptr ? bytes_ : static_cast<std::uint64_t>(pager_->State().resident) * pager_->PageBytes();
+}
+
+int CVmImage::GetRowsPerPage() const
+{
+    return pager_ == nullptr ? height_ * planes_ : static_cast<int>(pager_->PageBytes() / RowBytes());
+}
+
+// Every page is written back before its memory is let go, so a page that is only read needs no path of its own.
+unsigned char* CVmImage::GetPagedAdr(std::uint64_t byteOffset, int /*readOnly*/, int hold, void** lockHandle) const
+{
+    const bool held = hold == 2 && lockHandle != nullptr;
+    unsigned char* const address = pager_->Touch(byteOffset, held);
+    if (held) {
+        *lockHandle = address;
+    }
+    return address;
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <algorithm>
+
+#include "corvane/core/stl_image.h"
+
+namespace corvane {
+
+/// The rectangle that an operation works on: each edge clamped by itself into the image, null the whole image.
+/// It is not put in order: with left >= right its rows hold no samples.
+inline CRect WorkingArea(const CImage& image, const CRect* rect)
+{
+    const int width = image.GetWidth();
+    const int height = image.GetHeight();
+    if (rect == nullptr) {
+        return {0, 0, width, height};
+    }
+    const auto inside = [](LONG v, int size) { return std::min(std::max(static_cast<int>(v), 0), size); };
+    return {inside(rect->left, width), inside(rect->top, height), inside(rect->right, width),
+            inside(rect->bottom, height)};
+}
+
+/// Walks the planes and rows of an operation: clips the rectangle into the target, opens progress with one step a row,
+/// gives each row to the kernel that `kernelOf(plane)` makes, as (source, target, count), and closes progress.
+/// ESC is ignored.
+///
+/// Source and target usually have one size. A smaller source is not read outside: rows below it repeat its last row,
+/// planes it does not have repeat its last plane, and target columns to the right of it keep their samples.
+template <class KernelOf>
+void WalkRows(CStlImage& target, const CStlImage& source, const CRect* rect, int showProgress, int textId,
+              KernelOf kernelOf)
+{
+    const CRect area = WorkingArea(target, rect);
+    target.ShowProgressInit(showProgress, textId, static_cast<int>(area.bottom - area.top) * target.GetPlanes());
+    for (int plane = 0; plane < target.GetPlanes(); ++plane) {
+        const auto kernel = kernelOf(plane);
+        const int sourcePlane = std::min(plane, source.GetPlanes() - 1);
+        const int count = std::min<int>(area.right, source.GetWidth()) - static_cast<int>(area.left);
+        for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
+            if (count > 0 && sourcePlane >= 0) {
+                kernel(source.GetImageAdr(area.left, y, sourcePlane, 1), target.GetImageAdr(area.left, y, plane),
+                       count);
+            }
+            target.ShowProgress(1);
+        }
+    }
+    target.ShowProgressEnd(nullptr);
+}
+
+/// An operation of one sample at a time: `functionOf(plane)` gives the function from source to target value, in double.
+template <class FunctionOf>
+void MapPlanes(CStlImage& target, const CStlImage& source, const CRect* rect, int showProgress, int textId,
+               FunctionOf functionOf)
+{
+    WalkRows(target, source, rect, showProgress, textId, [&](int plane) {
+        return [function = functionOf(plane)](const float* in, float* out, int count) {
+            for (int x = 0; x < count; ++x) {
+                out[x] = static_cast<float>(function(in[x]));
+            }
+        };
+    });
+}
+
+} // namespace corvane

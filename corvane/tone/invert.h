@@ -1,0 +1,17 @@
+#pragma once
+
+#include "corvane/core/stl_image.h"
+
+/// Turns an image into its negative within the display levels: a sample s becomes 2 * level min + range - s.
+class CORVANE_API CImgInvert : public CStlImage {
+public:
+    CImgInvert() = default;
+    CImgInvert(const CImgInvert&) = default;
+    CImgInvert& operator=(const CImgInvert&) = default;
+    /// A copy of the image to be inverted.
+    explicit CImgInvert(const CStlImage& source) : CStlImage(source) {}
+
+    /// Inverts the samples of `source` inside the rectangle into this image; the others stay as they are.
+    /// Null means the whole image. Each plane goes through its own levels. Reports "Inverting..."; ESC is ignored.
+    void Do(CStlImage* source, CRect* rect, int showProgress);
+};
