@@ -12,7 +12,8 @@ namespace {
 double Interpolate(double a0, double a1, double b0, double b1, double fx, double fy)
 {
     const double between = (a1 * fx + a0 * (1.0 - fx)) * (1.0 - fy) + (b1 * fx + b0 * (1.0 - fx)) * fy;
-    return (fx == 0.0) & (fy == 0.0) ? a0 : between;
+    const bool isWhole = (fx == 0.0) & (fy == 0.0);
+    return isWhole ? a0 : between;
 }
 
 /// The two rows that a position lies between, and how far.

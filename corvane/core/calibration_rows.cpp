@@ -31,7 +31,8 @@ void SubtractDarkRow(float* samples, const float* dark, int count, const BlankRu
     for (int x = 0; x < count; ++x) {
         const double s = samples[x];
         const double d = dark[x];
-        const double left = frameTest(d) | imageTest(s) ? blank : s - d;
+        const bool isBlank = frameTest(d) | imageTest(s);
+        const double left = isBlank ? blank : s - d;
         samples[x] = static_cast<float>(left <= 0.0 ? 0.0 : left);
     }
 }
@@ -51,7 +52,8 @@ void DivideFlatRow(float* samples, const float* flat, int count, double mean, co
     for (int x = 0; x < count; ++x) {
         const double s = samples[x];
         const double f = flat[x];
-        const double divided = frameTest(f) | imageTest(s) ? blank : s * mean / f;
+        const bool isBlank = frameTest(f) | imageTest(s);
+        const double divided = isBlank ? blank : s * mean / f;
         samples[x] = f > 0.0 ? static_cast<float>(divided) : samples[x];
     }
 }

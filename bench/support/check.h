@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "corvane/core/stl_image.h"
+
+namespace corvane::bench {
+
+/// Throws std::runtime_error with the text unless the condition holds.
+void Require(bool holds, const std::string& what);
+
+/// True for equal floats, neighbouring ones, and two NaN.
+bool IsClose(float a, float b);
+
+/// Throws std::runtime_error that names the position unless the values are close.
+void RequireClose(float got, float expected, int x, int y, int plane = 0);
+
+/// Calls visit(x, y) on a lattice over an area, the first and last columns and rows included.
+template <class Visit>
+void VisitSome(int width, int height, Visit visit)
+{
+    constexpr int kSteps = 53; // no divisor of a vector's or a page's length
+    for (int j = 0; j <= kSteps; ++j) {
+        for (int i = 0; i <= kSteps; ++i) {
+            visit((width - 1) * i / kSteps, (height - 1) * j / kSteps);
+        }
+    }
+}
+
+/// Compares samples all over an image with expected(x, y, plane), a double that is rounded to float.
+template <class Expected>
+void CheckSamples(const CStlImage& image, Expected expected)
+{
+    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+        VisitSome(image.GetWidth(), image.GetHeight(), [&](int x, int y) {
+            RequireClose(image.GetPixelGrayRaw(x, y, plane), static_cast<float>(expected(x, y, plane)), x, y, plane);
+        });
+    }
+}
+
+} // namespace corvane::bench

@@ -1,0 +1,49 @@
+// corvane_bench [--check] [--tiny] [flags of Google Benchmark]
+//
+// --check fails when a line is above its limit, --tiny runs every line on tiny images to see that it still works.
+// A wrong result always fails.
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <string_view>
+
+#include <benchmark/benchmark.h>
+
+#include "bench/support/line.h"
+
+namespace {
+
+/// Takes a flag of our own out of the arguments; true when it was there.
+bool TakeFlag(int& argc, char** argv, std::string_view flag)
+{
+    char** const end = std::remove(argv + 1, argv + argc, flag);
+    const bool found = end != argv + argc;
+    argc = static_cast<int>(end - argv);
+    argv[argc] = nullptr;
+    return found;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    using namespace corvane::bench;
+    const bool check = TakeFlag(argc, argv, "--check");
+    SetTiny(TakeFlag(argc, argv, "--tiny"));
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 2;
+    }
+    try {
+        benchmark::RunSpecifiedBenchmarks();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "corvane_bench: %s\n", error.what());
+        return 1;
+    }
+    const auto messages = check && !IsTiny() ? LinesAboveLimit() : std::vector<std::string>();
+    for (const std::string& message : messages) {
+        std::fprintf(stderr, "corvane_bench: %s\n", message.c_str());
+    }
+    return messages.empty() ? 0 : 1;
+}

@@ -1,0 +1,57 @@
+#include "catalogue/arguments.h"
+
+#include <stdexcept>
+
+namespace corvane::catalogue {
+
+const Value* Arguments::Find(std::string_view name) const
+{
+    for (const Argument& argument : list_) {
+        if (argument.parameter->name == name) {
+            return &argument.value;
+        }
+    }
+    return nullptr;
+}
+
+template <typename Type>
+const Type& Arguments::Get(std::string_view name) const
+{
+    const Value* value = Find(name);
+    if (value == nullptr) {
+        throw std::logic_error("parameter " + std::string(name) + " has no value");
+    }
+    return std::get<Type>(*value);
+}
+
+double Arguments::Number(std::string_view name) const
+{
+    return Get<double>(name);
+}
+
+int Arguments::Whole(std::string_view name) const
+{
+    return Get<int>(name);
+}
+
+bool Arguments::Flag(std::string_view name) const
+{
+    return Get<bool>(name);
+}
+
+const std::string& Arguments::Text(std::string_view name) const
+{
+    return Get<std::string>(name);
+}
+
+CRect* Arguments::Rectangle(std::string_view name)
+{
+    for (Argument& argument : list_) {
+        if (argument.parameter->name == name) {
+            return &std::get<CRect>(argument.value);
+        }
+    }
+    return nullptr;
+}
+
+} // namespace corvane::catalogue

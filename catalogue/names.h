@@ -1,0 +1,41 @@
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvane::catalogue {
+
+/// The names that somebody who typed `word` probably meant, nearest first, at most three: those that begin with it,
+/// or differ by few letters added, left out, changed or exchanged.
+std::vector<std::string> NearestNames(std::string_view word, const std::vector<std::string>& names);
+
+/// "; did you mean median or mean?" with the nearest names, or nothing when none is near.
+std::string Suggestion(std::string_view word, const std::vector<std::string>& names);
+
+/// "a, b or c"
+std::string Joined(const std::vector<std::string>& words);
+
+/// The item of a list that has this name or alias; null when there is none.
+template <typename Item>
+const Item* FindNamed(const std::vector<Item>& items, std::string_view name)
+{
+    const auto found = std::find_if(items.begin(), items.end(), [=](const Item& item) {
+        return item.name == name || std::find(item.aliases.begin(), item.aliases.end(), name) != item.aliases.end();
+    });
+    return found == items.end() ? nullptr : &*found;
+}
+
+/// The names of the items of a list, without aliases.
+template <typename Item>
+std::vector<std::string> Names(const std::vector<Item>& items)
+{
+    std::vector<std::string> names;
+    for (const Item& item : items) {
+        names.push_back(item.name);
+    }
+    return names;
+}
+
+} // namespace corvane::catalogue

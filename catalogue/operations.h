@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "catalogue/operation.h"
+
+namespace corvane::catalogue {
+
+/// Every operation, group by group, in the order in which they are listed.
+const std::vector<Operation>& Operations();
+
+/// The operation with this name or alias. Throws Error with the nearest names when there is none.
+const Operation& FindOperation(std::string_view name);
+
+/// @name The groups that `Operations` gathers
+/// @{
+std::vector<Operation> ToneOperations();
+std::vector<Operation> CalibrationOperations();
+std::vector<Operation> ColourOperations();
+/// @}
+
+} // namespace corvane::catalogue

@@ -1,0 +1,190 @@
+#include "catalogue/parameter.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "catalogue/error.h"
+#include "catalogue/names.h"
+
+namespace corvane::catalogue {
+namespace {
+
+constexpr const char* kRectangleForm = "left:top:right:bottom";
+
+[[noreturn]] void Refuse(const Parameter& parameter, std::string_view value, const std::string& reason)
+{
+    throw Error(parameter.name + " = " + std::string(value) + ": " + reason);
+}
+
+template <typename Number>
+std::string NumberText(Number number)
+{
+    std::array<char, 32> buffer{};
+    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number).ptr;
+    return {buffer.data(), end};
+}
+
+// A limit that is a float's own is none that a person set.
+std::string RangeText(const Parameter& parameter, const char* what)
+{
+    const bool below = parameter.min > std::numeric_limits<float>::lowest();
+    const bool above = parameter.max < std::numeric_limits<float>::max();
+    if (below && above) {
+        return NumberText(parameter.min) + " to " + NumberText(parameter.max);
+    }
+    if (below) {
+        return "at least " + NumberText(parameter.min);
+    }
+    return above ? "at most " + NumberText(parameter.max) : std::string("any ") + what;
+}
+
+// All of the text must be the number; a plus sign is a habit of people that from_chars does not share.
+template <typename Number>
+std::errc ReadNumber(std::string_view text, Number& number)
+{
+    if (text.size() > 1 && text.front() == '+' && text[1] != '-') {
+        text.remove_prefix(1);
+    }
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end != text.data() + text.size() ? std::errc::invalid_argument : error;
+}
+
+template <typename Number>
+Number ParseNumber(const Parameter& parameter, std::string_view text, const char* what)
+{
+    Number number{};
+    const std::errc error = ReadNumber(text, number);
+    if (error == std::errc::invalid_argument) {
+        Refuse(parameter, text, std::string("is not ") + what);
+    }
+    if constexpr (std::is_floating_point_v<Number>) {
+        if (error == std::errc() && !std::isfinite(number)) {
+            Refuse(parameter, text, "is not a finite number");
+        }
+    }
+    if (error != std::errc() || number < parameter.min || number > parameter.max) {
+        Refuse(parameter, text, "must be " + RangeText(parameter, "number that a sample can hold"));
+    }
+    return number;
+}
+
+bool ParseFlag(const Parameter& parameter, std::string_view text)
+{
+    for (const std::string_view yes : {"yes", "on", "true", "1"}) {
+        if (text == yes) {
+            return true;
+        }
+    }
+    for (const std::string_view no : {"no", "off", "false", "0"}) {
+        if (text == no) {
+            return false;
+        }
+    }
+    Refuse(parameter, text, "must be " + AllowedText(parameter));
+}
+
+std::string ParseChoice(const Parameter& parameter, std::string_view text)
+{
+    if (std::find(parameter.choices.begin(), parameter.choices.end(), text) == parameter.choices.end()) {
+        Refuse(parameter, text, "must be " + AllowedText(parameter));
+    }
+    return std::string(text);
+}
+
+CRect ParseRectangle(const Parameter& parameter, std::string_view text)
+{
+    std::array<int, 4> edges{};
+    std::string_view rest = text;
+    for (std::size_t i = 0; i < edges.size(); ++i) {
+        const std::size_t colon = i + 1 < edges.size() ? rest.find(':') : rest.size();
+        if (colon == std::string_view::npos || ReadNumber(rest.substr(0, colon), edges[i]) != std::errc()) {
+            Refuse(parameter, text, std::string("must be ") + kRectangleForm + " in whole pixels");
+        }
+        rest.remove_prefix(std::min(colon + 1, rest.size()));
+    }
+    const CRect rect(edges[0], edges[1], edges[2], edges[3]);
+    if (rect.right <= rect.left || rect.bottom <= rect.top) {
+        Refuse(parameter, text, "is empty; right and bottom must lie beyond left and top");
+    }
+    return rect;
+}
+
+} // namespace
+
+Parameter RectangleParameter()
+{
+    return {.name = "rect",
+            .kind = Kind::Rectangle,
+            .summary = "work inside this rectangle only; right and bottom are the first column and row outside",
+            .unit = "pixels",
+            .whenAbsent = "the whole image"};
+}
+
+Value ParseValue(const Parameter& parameter, std::string_view text)
+{
+    if (text.empty()) {
+        throw Error(parameter.name + " has no value; it must be " + AllowedText(parameter));
+    }
+    switch (parameter.kind) {
+    case Kind::Number:
+        return ParseNumber<double>(parameter, text, "a number");
+    case Kind::Whole:
+        return ParseNumber<int>(parameter, text, "a whole number");
+    case Kind::Choice:
+        return ParseChoice(parameter, text);
+    case Kind::Flag:
+        return ParseFlag(parameter, text);
+    case Kind::Rectangle:
+        return ParseRectangle(parameter, text);
+    case Kind::File:
+        break;
+    }
+    return std::string(text);
+}
+
+std::string ToText(const Value& value)
+{
+    struct Writer {
+        std::string operator()(double number) const { return NumberText(number); }
+        std::string operator()(int number) const { return NumberText(number); }
+        std::string operator()(bool flag) const { return flag ? "yes" : "no"; }
+        std::string operator()(const std::string& text) const { return text; }
+        std::string operator()(const CRect& rect) const
+        {
+            return NumberText(rect.left) + ":" + NumberText(rect.top) + ":" + NumberText(rect.right) + ":" +
+                   NumberText(rect.bottom);
+        }
+    };
+    return std::visit(Writer{}, value);
+}
+
+std::optional<Value> DefaultValue(const Parameter& parameter)
+{
+    if (parameter.readSetting == nullptr) {
+        return parameter.defaultValue;
+    }
+    return ParseValue(parameter, ToText(parameter.readSetting()));
+}
+
+std::string AllowedText(const Parameter& parameter)
+{
+    switch (parameter.kind) {
+    case Kind::Number:
+        return RangeText(parameter, "number");
+    case Kind::Whole:
+        return RangeText(parameter, "whole number");
+    case Kind::Choice:
+        return Joined(parameter.choices);
+    case Kind::Flag:
+        return "yes or no";
+    case Kind::Rectangle:
+        return kRectangleForm;
+    case Kind::File:
+        break;
+    }
+    return "the name of a file";
+}
+
+} // namespace corvane::catalogue

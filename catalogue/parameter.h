@@ -1,0 +1,61 @@
+#pragma once
+
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "corvane/platform/rect.h"
+
+namespace corvane::catalogue {
+
+/// What the value of a parameter looks like.
+enum class Kind {
+    Number,    ///< a finite number, held as double
+    Whole,     ///< a whole number, held as int
+    Choice,    ///< one of a few words, held as text
+    Flag,      ///< yes or no, held as bool
+    File,      ///< the name of a file that is read, held as text
+    Rectangle, ///< left:top:right:bottom in pixels, right and bottom exclusive, never empty
+};
+
+/// The value of a parameter, of the type that its kind says.
+using Value = std::variant<double, int, bool, std::string, CRect>;
+
+/// One parameter of an operation, described as data. A parameter with neither a default nor words for its absence
+/// must be given.
+struct Parameter {
+    std::string name;
+    Kind kind = Kind::Number;
+    std::string summary;                               ///< what it does, in one line
+    std::string unit{};                                ///< empty when it has none
+    double min = std::numeric_limits<float>::lowest(); ///< smallest value of a number that is allowed
+    double max = std::numeric_limits<float>::max();    ///< largest value of a number that is allowed
+    std::vector<std::string> choices{};                ///< the words of a choice
+    std::optional<Value> defaultValue{};
+    std::string whenAbsent{};           ///< what an optional parameter without a default means when it is not given
+    Value (*readSetting)() = nullptr;   ///< where the user's settings stand before the default: reads them
+    std::vector<std::string> aliases{}; ///< other names that are accepted
+
+    bool IsRequired() const { return !defaultValue && whenAbsent.empty(); }
+};
+
+/// The rectangle that an operation keeps to; the whole image when it is not given.
+Parameter RectangleParameter();
+
+/// Reads a value as a person writes it. Throws Error when it is none of the parameter's kind or not allowed.
+Value ParseValue(const Parameter& parameter, std::string_view text);
+
+/// The value as `ParseValue` reads it back, numbers in the fewest digits that give the same number.
+std::string ToText(const Value& value);
+
+/// The value that counts when none is given: the user's setting, or the default, or nothing.
+/// Throws Error when the setting is not allowed.
+std::optional<Value> DefaultValue(const Parameter& parameter);
+
+/// What is allowed, in words: "0 to 100", "at least 0", "any number", "left:top:right:bottom".
+std::string AllowedText(const Parameter& parameter);
+
+} // namespace corvane::catalogue

@@ -1,0 +1,176 @@
+#include <string>
+
+#include "catalogue/error.h"
+#include "catalogue/operations.h"
+#include "corvane/tone/auto_level.h"
+#include "corvane/tone/invert.h"
+
+namespace corvane::catalogue {
+namespace {
+
+// A view of the samples that are there, not a copy: automatic levels change none.
+void RunAutoLevels(io::Frame& frame, Arguments& arguments, const Context&)
+{
+    CImgAutoLevel levels;
+    levels.Swap(&frame.image);
+    levels.Do(arguments.Number("low"), arguments.Number("high"), arguments.Flag("per-plane"),
+              arguments.Rectangle("rect"));
+    frame.image.Swap(&levels);
+    frame.image.SetOwnLevel(1);
+}
+
+void CheckAutoLevels(const Arguments& arguments)
+{
+    const double low = arguments.Number("low");
+    const double high = arguments.Number("high");
+    if (low + high <= 0.0) {
+        throw Error("low = " + ToText(Value(low)) + ", high = " + ToText(Value(high)) +
+                    ": their sum must be above 0, or black would not lie below white");
+    }
+}
+
+void CheckOrder(double min, double max)
+{
+    if (min >= max) {
+        throw Error("min = " + ToText(Value(min)) + ", max = " + ToText(Value(max)) + ": min must be less than max");
+    }
+}
+
+void CheckLevels(const Arguments& arguments)
+{
+    if (arguments.Has("min") && arguments.Has("max")) {
+        CheckOrder(arguments.Number("min"), arguments.Number("max"));
+    }
+}
+
+void CheckPlane(int plane, int planes)
+{
+    if (plane >= planes) {
+        throw Error("plane = " + std::to_string(plane) + ": must be 0, since the image has 1 plane");
+    }
+}
+
+void RunLevels(io::Frame& frame, Arguments& arguments, const Context&)
+{
+    CStlImage& image = frame.image;
+    const bool isOne = arguments.Has("plane");
+    const int first = isOne ? arguments.Whole("plane") : 0;
+    const int last = isOne ? first : image.GetPlanes() - 1;
+    CheckPlane(last, image.GetPlanes());
+    for (int plane = first; plane <= last; ++plane) {
+        image.SetLevel(plane, arguments.Number("min"), arguments.Number("max"));
+    }
+    image.SetOwnLevel(1);
+}
+
+void RunClip(io::Frame& frame, Arguments& arguments, const Context&)
+{
+    CStlImage& image = frame.image;
+    const auto min = [&](int plane) {
+        return arguments.Has("min") ? arguments.Number("min") : image.GetLevelMin(plane);
+    };
+    const auto max = [&](int plane) {
+        return arguments.Has("max") ? arguments.Number("max") : image.GetLevelMax(plane);
+    };
+    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+        CheckOrder(min(plane), max(plane));
+    }
+    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+        image.SetLevel(plane, min(plane), max(plane));
+    }
+    image.CutOutOfLevel();
+}
+
+void RunInvert(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    CImgInvert result(frame.image);
+    result.Do(&frame.image, arguments.Rectangle("rect"), context.showProgress);
+    frame.image.Swap(&result);
+}
+
+Operation Invert()
+{
+    return {.name = "invert",
+            .summary = "turn the image into its negative",
+            .help = "A sample moves as far below white as it was above black: each plane is turned over within its "
+                    "display levels, which stay. Samples outside of the levels stay outside.",
+            .parameters = {RectangleParameter()},
+            .run = RunInvert};
+}
+
+Parameter SigmaParameter(const char* name, const char* summary, double defaultValue, Value (*readSetting)())
+{
+    return {.name = name,
+            .summary = summary,
+            .unit = "standard deviations",
+            .min = -100.0,
+            .max = 100.0,
+            .defaultValue = defaultValue,
+            .readSetting = readSetting};
+}
+
+Operation AutoLevels()
+{
+    const AutoLevelSettings defaults;
+    return {.name = "auto-levels",
+            .summary = "choose display levels that show the sky dark and the objects bright",
+            .help = "Black and white are put around the mean of the samples, as many standard deviations away as "
+                    "given, but not beyond the data. Mean and deviation of a monochrome image leave out stars. No "
+                    "sample changes.",
+            .parameters = {SigmaParameter("low", "how far black lies below the mean", defaults.lowSigma,
+                                          [] { return Value(ReadAutoLevelSettings().lowSigma); }),
+                           SigmaParameter("high", "how far white lies above the mean", defaults.highSigma,
+                                          [] { return Value(ReadAutoLevelSettings().highSigma); }),
+                           {.name = "per-plane",
+                            .kind = Kind::Flag,
+                            .summary = "give each plane of a colour image levels of its own",
+                            .defaultValue = defaults.perPlane != 0,
+                            .readSetting = [] { return Value(ReadAutoLevelSettings().perPlane != 0); }},
+                           RectangleParameter()},
+            .check = CheckAutoLevels,
+            .run = RunAutoLevels};
+}
+
+Operation Levels()
+{
+    return {.name = "levels",
+            .summary = "set the display levels",
+            .help = "The levels say which samples show black and white. No sample changes.",
+            .parameters = {{.name = "min", .summary = "the sample that shows black", .unit = "counts"},
+                           {.name = "max", .summary = "the sample that shows white", .unit = "counts"},
+                           {.name = "plane",
+                            .kind = Kind::Whole,
+                            .summary = "the plane to set: 0 red or the only one, 1 green, 2 blue",
+                            .min = 0.0,
+                            .max = 2.0,
+                            .whenAbsent = "every plane"}},
+            .check = CheckLevels,
+            .run = RunLevels};
+}
+
+Operation Clip()
+{
+    return {.name = "clip",
+            .summary = "cut samples off at the display levels",
+            .help = "A sample below black becomes black, one above white or not a number becomes white. Levels given "
+                    "here are set first, in every plane.",
+            .parameters = {{.name = "min",
+                            .summary = "the least sample that stays",
+                            .unit = "counts",
+                            .whenAbsent = "the level min of each plane"},
+                           {.name = "max",
+                            .summary = "the greatest sample that stays",
+                            .unit = "counts",
+                            .whenAbsent = "the level max of each plane"}},
+            .check = CheckLevels,
+            .run = RunClip};
+}
+
+} // namespace
+
+std::vector<Operation> ToneOperations()
+{
+    return {Invert(), AutoLevels(), Levels(), Clip()};
+}
+
+} // namespace corvane::catalogue

@@ -1,0 +1,87 @@
+#include <new>
+#include <string>
+#include <vector>
+
+#include "catalogue/error.h"
+#include "catalogue/step.h"
+#include "cli/cancel.h"
+#include "cli/session.h"
+#include "io/error.h"
+#include "io/frame.h"
+#include "io/reader.h"
+
+namespace corvane::cli {
+namespace {
+
+struct ApplyOptions {
+    std::string input;
+    std::string output;
+    std::vector<std::string> steps;
+    io::SaveOptions save;
+};
+
+std::vector<catalogue::Step> ParseSteps(const std::vector<std::string>& texts)
+{
+    std::vector<catalogue::Step> steps;
+    for (const std::string& text : texts) {
+        steps.push_back(catalogue::ParseStep(text));
+    }
+    return steps;
+}
+
+// Opens what the steps will read, so that a missing file is told before the first step works.
+void CheckFiles(const std::vector<catalogue::Step>& steps)
+{
+    for (const catalogue::Step& step : steps) {
+        for (const std::string& file : catalogue::InputFiles(step)) {
+            io::OpenFrame(file);
+        }
+    }
+}
+
+// Here the catalogue speaks of the image, not of the command line: the file belongs into the message.
+void RunStep(const catalogue::Step& step, io::Frame& frame, const std::string& input)
+{
+    try {
+        catalogue::Run(step, frame, {});
+    } catch (const catalogue::Error& error) {
+        throw io::Error(input, error.what());
+    } catch (const std::bad_alloc& error) {
+        throw io::Error(input, error.what());
+    }
+    ThrowIfCancelled();
+}
+
+int Apply(const ApplyOptions& options)
+{
+    const std::vector<catalogue::Step> steps = ParseSteps(options.steps);
+    io::CheckSave(options.output, options.save);
+    CheckFiles(steps);
+    io::Frame frame = io::Load(options.input);
+    ThrowIfCancelled();
+    for (const catalogue::Step& step : steps) {
+        RunStep(step, frame, options.input);
+    }
+    io::Save(options.output, frame.image, frame.header, options.save);
+    return kDone;
+}
+
+} // namespace
+
+void AddApply(CLI::App& app, Session& session)
+{
+    CLI::App& command = *app.add_subcommand("apply", "Work on an image, step by step");
+    auto options = std::make_shared<ApplyOptions>();
+    AddCommonOptions(command, session);
+    AddOutputOption(command, options->output, "The image to write: .fits, .tif or .png; may be IN");
+    AddBitsOption(command, options->save.bits);
+    command.add_option("input", options->input, "The image to read")->required()->type_name("IN");
+    command.add_option("steps", options->steps, "What to do: name[:key=value,...], as clip:min=0,max=65535")
+        ->required()
+        ->type_name("STEP");
+    command.footer("`corvane ops` lists the steps. A comma within a value is written twice. Each step is noted in the "
+                   "result's header.");
+    command.callback([&session, options] { session.work = [options] { return Apply(*options); }; });
+}
+
+} // namespace corvane::cli

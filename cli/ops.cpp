@@ -1,0 +1,173 @@
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+#include <unistd.h>
+
+#include "catalogue/operations.h"
+#include "cli/session.h"
+#include "cli/terminal.h"
+
+namespace corvane::cli {
+namespace {
+
+using catalogue::Kind;
+using catalogue::Operation;
+using catalogue::Parameter;
+using catalogue::Planes;
+using Json = nlohmann::ordered_json;
+
+struct OpsOptions {
+    std::string name;
+    bool json = false;
+};
+
+constexpr int kNameColumns = 16;
+
+std::string DefaultText(const Parameter& parameter)
+{
+    const std::optional<catalogue::Value> value = catalogue::DefaultValue(parameter);
+    return value                    ? "default " + catalogue::ToText(*value)
+           : parameter.IsRequired() ? "must be given"
+                                    : "default: " + parameter.whenAbsent;
+}
+
+std::string ParameterText(const Parameter& parameter)
+{
+    return parameter.summary + " [" + catalogue::AllowedText(parameter) +
+           (parameter.unit.empty() ? "" : ", " + parameter.unit) + "; " + DefaultText(parameter) + "]";
+}
+
+void PrintOperation(const Operation& operation, int width)
+{
+    std::cout << Wrapped(operation.name, operation.summary, kNameColumns, width);
+    for (const Parameter& parameter : operation.parameters) {
+        std::cout << Wrapped("    " + parameter.name, ParameterText(parameter), kNameColumns + 4, width);
+    }
+}
+
+const char* PlanesText(Planes planes)
+{
+    switch (planes) {
+    case Planes::Mono:
+        return "images of one plane";
+    case Planes::Colour:
+        return "colour images";
+    case Planes::Any:
+        break;
+    }
+    return "any image";
+}
+
+void PrintHelp(const Operation& operation, int width)
+{
+    std::cout << "\n" << Wrapped("", operation.help, 0, width);
+    std::cout << "Takes " << PlanesText(operation.planes) << ".";
+    for (const std::string& alias : operation.aliases) {
+        std::cout << " Also called " << alias << ".";
+    }
+    std::cout << "\n";
+}
+
+const char* KindText(Kind kind)
+{
+    switch (kind) {
+    case Kind::Number:
+        return "number";
+    case Kind::Whole:
+        return "whole";
+    case Kind::Choice:
+        return "choice";
+    case Kind::Flag:
+        return "flag";
+    case Kind::File:
+        return "file";
+    case Kind::Rectangle:
+        break;
+    }
+    return "rectangle";
+}
+
+Json ToJson(const Parameter& parameter)
+{
+    Json json = {{"name", parameter.name}, {"kind", KindText(parameter.kind)}, {"summary", parameter.summary}};
+    if (!parameter.unit.empty()) {
+        json["unit"] = parameter.unit;
+    }
+    if (parameter.kind == Kind::Number || parameter.kind == Kind::Whole) {
+        json["min"] = parameter.min;
+        json["max"] = parameter.max;
+    }
+    if (parameter.kind == Kind::Choice) {
+        json["choices"] = parameter.choices;
+    }
+    json["required"] = parameter.IsRequired();
+    if (const std::optional<catalogue::Value> value = catalogue::DefaultValue(parameter)) {
+        json["default"] = catalogue::ToText(*value);
+    } else if (!parameter.whenAbsent.empty()) {
+        json["when_absent"] = parameter.whenAbsent;
+    }
+    return json;
+}
+
+Json ToJson(const Operation& operation)
+{
+    Json parameters = Json::array();
+    for (const Parameter& parameter : operation.parameters) {
+        parameters.push_back(ToJson(parameter));
+    }
+    return {{"name", operation.name}, {"aliases", operation.aliases},           {"summary", operation.summary},
+            {"help", operation.help}, {"planes", PlanesText(operation.planes)}, {"parameters", parameters}};
+}
+
+void PrintAll()
+{
+    const int width = TerminalWidth(STDOUT_FILENO);
+    for (const Operation& operation : catalogue::Operations()) {
+        PrintOperation(operation, width);
+    }
+}
+
+void PrintOne(const Operation& operation)
+{
+    const int width = TerminalWidth(STDOUT_FILENO);
+    PrintOperation(operation, width);
+    PrintHelp(operation, width);
+}
+
+void PrintJson(const std::string& name)
+{
+    Json json = Json::array();
+    for (const Operation& operation : catalogue::Operations()) {
+        json.push_back(ToJson(operation));
+    }
+    std::cout << (name.empty() ? json : ToJson(catalogue::FindOperation(name))).dump(2) << "\n";
+}
+
+int Ops(const OpsOptions& options)
+{
+    if (options.json) {
+        PrintJson(options.name);
+    } else if (options.name.empty()) {
+        PrintAll();
+    } else {
+        PrintOne(catalogue::FindOperation(options.name));
+    }
+    return kDone;
+}
+
+} // namespace
+
+void AddOps(CLI::App& app, Session& session)
+{
+    CLI::App& command = *app.add_subcommand("ops", "List what `apply` can do");
+    auto options = std::make_shared<OpsOptions>();
+    AddCommonOptions(command, session);
+    command.add_option("name", options->name, "The step to explain; else all are listed")->type_name("NAME");
+    command.add_flag("--json", options->json, "Print JSON");
+    command.callback([&session, options] { session.work = [options] { return Ops(*options); }; });
+}
+
+} // namespace corvane::cli

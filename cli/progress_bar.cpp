@@ -1,0 +1,149 @@
+#include "cli/progress_bar.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include <unistd.h>
+
+#include "cli/cancel.h"
+#include "cli/terminal.h"
+#include "corvane/core/progress_message.h"
+
+namespace corvane::cli {
+namespace {
+
+constexpr int kBarWidth = 20;
+constexpr auto kRedrawAfter = std::chrono::milliseconds(100);
+// An estimate from less than this is a guess that jumps about.
+constexpr double kSecondsBeforeEstimate = 1.0;
+constexpr int kPercentBeforeEstimate = 2;
+
+std::string TimeText(double seconds)
+{
+    const auto whole = std::lround(seconds);
+    char text[32];
+    if (whole < 3600) {
+        std::snprintf(text, sizeof text, "%ld:%02ld", whole / 60, whole % 60);
+    } else {
+        std::snprintf(text, sizeof text, "%ld:%02ld:%02ld", whole / 3600, whole / 60 % 60, whole % 60);
+    }
+    return text;
+}
+
+std::string Tail(int percent, double elapsed)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "] %3d%% ", percent);
+    std::string tail = text + TimeText(elapsed);
+    if (percent >= kPercentBeforeEstimate && elapsed >= kSecondsBeforeEstimate) {
+        tail += ", " + TimeText(elapsed * (100 - percent) / percent) + " left";
+    }
+    return tail;
+}
+
+std::string Bar(int percent)
+{
+    const int filled = kBarWidth * percent / 100;
+    return std::string(static_cast<std::size_t>(filled), '#') +
+           std::string(static_cast<std::size_t>(kBarWidth - filled), '.');
+}
+
+} // namespace
+
+ProgressBar::ProgressBar(ProgressStyle style)
+    : style_(style), window_(platform::CreateMessageWindow(
+                         [this](UINT message, WPARAM word, LPARAM value) { return Receive(message, word, value); }))
+{
+    platform::SetMainWindow(window_);
+}
+
+ProgressBar::~ProgressBar()
+{
+    Clear();
+    platform::SetMainWindow(nullptr);
+    platform::DestroyMessageWindow(window_);
+}
+
+LRESULT ProgressBar::Receive(UINT message, WPARAM word, LPARAM value)
+{
+    if (message != kProgressMessage) {
+        return 0;
+    }
+    if (CancelRequested()) {
+        PostMessageA(window_, WM_KEYDOWN, VK_ESCAPE, 0);
+    }
+    switch (word) {
+    case kProgressStart:
+        Start(reinterpret_cast<const char*>(value));
+        break;
+    case kProgressStep:
+        Step(static_cast<int>(value));
+        break;
+    case kProgressText:
+        text_ = reinterpret_cast<const char*>(value);
+        Draw();
+        break;
+    case kProgressEnd:
+        End();
+        break;
+    default:
+        break;
+    }
+    return 0;
+}
+
+void ProgressBar::Start(const char* text)
+{
+    text_ = text == nullptr ? "" : text;
+    percent_ = 0;
+    isRunning_ = true;
+    started_ = Clock::now();
+    Draw();
+}
+
+void ProgressBar::Step(int percent)
+{
+    percent_ = std::clamp(percent, 0, 100);
+    Draw();
+}
+
+void ProgressBar::End()
+{
+    Clear();
+    if (style_.stages && isRunning_) {
+        std::fprintf(stderr, "%s %.1f s\n", text_.c_str(), Elapsed());
+    }
+    isRunning_ = false;
+}
+
+void ProgressBar::Draw()
+{
+    const Clock::time_point now = Clock::now();
+    if (!style_.bar || !isRunning_ || (isDrawn_ && now - drawn_ < kRedrawAfter)) {
+        return;
+    }
+    const std::string bar = " [" + Bar(percent_) + Tail(percent_, Elapsed());
+    const int room = std::max(0, TerminalWidth(STDERR_FILENO) - 1 - static_cast<int>(bar.size()));
+    const std::string text = CancelRequested() ? "Cancelling..." : text_;
+    std::fprintf(stderr, "\r%.*s%s\x1b[K", room, text.c_str(), bar.c_str());
+    std::fflush(stderr);
+    isDrawn_ = true;
+    drawn_ = now;
+}
+
+void ProgressBar::Clear()
+{
+    if (isDrawn_) {
+        std::fputs("\r\x1b[K", stderr);
+        std::fflush(stderr);
+        isDrawn_ = false;
+    }
+}
+
+double ProgressBar::Elapsed() const
+{
+    return std::chrono::duration<double>(Clock::now() - started_).count();
+}
+
+} // namespace corvane::cli

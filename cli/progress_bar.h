@@ -1,0 +1,48 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include "corvane/platform/messages.h"
+
+namespace corvane::cli {
+
+/// How much the progress of work shows.
+struct ProgressStyle {
+    bool bar = false;    ///< a bar that is drawn again and again, for terminals
+    bool stages = false; ///< one line for every stage, when it is done
+};
+
+/// The window that images report their progress to, drawn on standard error.
+///
+/// It is the main window of its thread while it lives. Once Ctrl-C was pressed it answers every message with ESC, so
+/// that work that looks for it stops.
+class ProgressBar {
+public:
+    explicit ProgressBar(ProgressStyle style);
+    ~ProgressBar();
+    ProgressBar(const ProgressBar&) = delete;
+    ProgressBar& operator=(const ProgressBar&) = delete;
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    LRESULT Receive(UINT message, WPARAM word, LPARAM value);
+    void Start(const char* text);
+    void Step(int percent);
+    void End();
+    void Draw();
+    void Clear();
+    double Elapsed() const;
+
+    ProgressStyle style_;
+    HWND window_;
+    std::string text_;
+    int percent_ = 0;
+    bool isRunning_ = false;
+    bool isDrawn_ = false;
+    Clock::time_point started_{};
+    Clock::time_point drawn_{};
+};
+
+} // namespace corvane::cli

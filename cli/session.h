@@ -1,0 +1,50 @@
+#pragma once
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+#include <CLI/App.hpp>
+
+namespace corvane::cli {
+
+/// Exit statuses of the command.
+enum ExitStatus : int {
+    kDone = 0,
+    kFailed = 1,
+    kWrongUsage = 2,
+    kCancelled = 130,
+};
+
+/// The command line asks for something that makes no sense.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// What the command line asks for.
+struct Session {
+    bool verbose = false;
+    bool quiet = false;
+    std::function<int()> work; ///< the chosen command; returns the exit status
+};
+
+/// Adds `--verbose` and `--quiet`, which every command takes.
+void AddCommonOptions(CLI::App& command, Session& session);
+
+/// Adds `-o, --output`, which must be given.
+void AddOutputOption(CLI::App& command, std::string& output, const std::string& what);
+
+/// Adds `--bits`, the sample format of an output; 0 leaves it to the file's format.
+void AddBitsOption(CLI::App& command, int& bits);
+
+/// @name The commands: each adds itself to the application and, when chosen, sets the session's work
+/// @{
+void AddInfo(CLI::App& app, Session& session);
+void AddRender(CLI::App& app, Session& session);
+void AddApply(CLI::App& app, Session& session);
+void AddStack(CLI::App& app, Session& session);
+void AddOps(CLI::App& app, Session& session);
+/// @}
+
+} // namespace corvane::cli

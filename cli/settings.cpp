@@ -1,0 +1,97 @@
+#include "cli/settings.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <optional>
+#include <string_view>
+
+#include "corvane/platform/registry.h"
+#include "io/error.h"
+
+namespace corvane::cli {
+namespace {
+
+std::string_view Trimmed(std::string_view text)
+{
+    constexpr std::string_view kBlank = " \t\r";
+    const std::size_t first = text.find_first_not_of(kBlank);
+    return first == std::string_view::npos ? "" : text.substr(first, text.find_last_not_of(kBlank) - first + 1);
+}
+
+std::optional<double> Number(std::string_view text)
+{
+    double number = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size() && std::isfinite(number);
+    return isNumber ? std::optional(number) : std::nullopt;
+}
+
+// Reads one line; `section` is the one it stands in. Returns what is wrong with it, or nothing.
+std::string ReadLine(std::string_view line, std::string& section)
+{
+    if (line.empty() || line.front() == '#' || line.front() == ';') {
+        return {};
+    }
+    if (line.front() == '[' && line.back() == ']') {
+        section = Trimmed(line.substr(1, line.size() - 2));
+        return section.empty() ? "a section without a name" : "";
+    }
+    const std::size_t equals = line.find('=');
+    const std::string key(Trimmed(line.substr(0, equals)));
+    if (equals == std::string_view::npos || key.empty()) {
+        return "neither [section] nor key=number";
+    }
+    const std::optional<double> value = Number(Trimmed(line.substr(equals + 1)));
+    if (!value) {
+        return "the value of " + key + " is not a number";
+    }
+    if (section.empty()) {
+        return key + " stands before the first [section]";
+    }
+    CRegistry::Write(section.c_str(), key.c_str(), *value);
+    return {};
+}
+
+std::string DefaultPath()
+{
+    const char* const configured = std::getenv("XDG_CONFIG_HOME");
+    const char* const home = std::getenv("HOME");
+    const std::string folder = configured != nullptr && *configured != '\0' ? configured
+                               : home != nullptr                            ? std::string(home) + "/.config"
+                                                                            : "";
+    return folder.empty() ? "" : folder + "/corvane/settings.ini";
+}
+
+} // namespace
+
+void ReadSettings()
+{
+    const char* const named = std::getenv("CORVANE_CONFIG");
+    const bool mustExist = named != nullptr && *named != '\0';
+    const std::string path = mustExist ? named : DefaultPath();
+    std::ifstream stream(path);
+    if (stream) {
+        ReadSettings(stream, path);
+    } else if (mustExist) {
+        throw io::Error(path, "the settings cannot be read");
+    }
+}
+
+void ReadSettings(std::istream& stream, const std::string& path)
+{
+    std::string section;
+    std::string line;
+    for (int number = 1; std::getline(stream, line); ++number) {
+        const std::string mistake = ReadLine(Trimmed(line), section);
+        if (!mistake.empty()) {
+            throw io::Error(path, "line " + std::to_string(number) + ": " + mistake);
+        }
+    }
+    if (stream.bad()) {
+        throw io::Error(path, "the settings cannot be read");
+    }
+}
+
+} // namespace corvane::cli

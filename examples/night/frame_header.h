@@ -1,0 +1,16 @@
+#pragma once
+
+#include "examples/night/placement.h"
+#include "examples/night/settings.h"
+#include "io/header.h"
+
+namespace corvane::night {
+
+/// The cards that every frame has, as capture programs write them. The time is the start of the exposure in seconds
+/// after the first light's.
+io::Header FrameHeader(const NightSettings& settings, const char* type, double exposure, double time);
+
+/// Adds what only a light has: object, filter, and its placement as TRUEDX, TRUEDY, TRUEROT.
+void AddLightCards(io::Header& header, const Placement& placement);
+
+} // namespace corvane::night

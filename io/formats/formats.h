@@ -1,0 +1,33 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "corvane/core/stl_image.h"
+#include "io/output_file.h"
+#include "io/reader.h"
+
+namespace corvane::io {
+
+/// @name Opening a file of a known format
+/// @{
+
+/// `choice` names the HDU: "1", "SCI", "SCI,2", or nothing for the first image. `name` is the path as the user wrote
+/// it.
+std::unique_ptr<FrameReader> OpenFits(const std::string& name, const std::string& file, const std::string& choice);
+std::unique_ptr<FrameReader> OpenTiff(const std::string& path);
+std::unique_ptr<FrameReader> OpenPng(const std::string& path);
+/// Null when the file is no camera raw file.
+std::unique_ptr<FrameReader> OpenRaw(const std::string& path);
+/// True when a TIFF file says that a camera made it, so that it may be a raw file.
+bool IsFromCamera(const std::string& path);
+/// @}
+
+/// @name Writing an image in one format
+/// @{
+void WriteFits(OutputFile& file, const CStlImage& image, const Header& header, int bits);
+void WriteTiff(OutputFile& file, const CStlImage& image, const Header& header, int bits);
+void WritePng(OutputFile& file, const CStlImage& image, const Header& header, int bits);
+/// @}
+
+} // namespace corvane::io

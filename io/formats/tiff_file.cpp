@@ -1,0 +1,119 @@
+#include "io/formats/tiff_file.h"
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <memory>
+#include <utility>
+
+#include "io/error.h"
+
+namespace corvane::io {
+namespace {
+
+constexpr tmsize_t kMostBytes = tmsize_t{1} << 30; // that libtiff may take for one strip, tile or tag
+
+} // namespace
+
+TIFFOpenOptions* TiffFile::MakeOptions()
+{
+    TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
+    TIFFOpenOptionsSetErrorHandlerExtR(options, &TiffFile::OnMessage, this);
+    TIFFOpenOptionsSetWarningHandlerExtR(options, &TiffFile::OnWarning, this);
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options, kMostBytes);
+    return options;
+}
+
+TiffFile::TiffFile(const std::string& path) : path_(path)
+{
+    const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(MakeOptions(), TIFFOpenOptionsFree);
+    // Without 'm' a file that shrinks while it is read would be a bus error: it is not mapped into memory.
+    tiff_ = TIFFOpenExt(path.c_str(), "rm", options.get());
+    Check(tiff_ != nullptr, "cannot be opened as TIFF");
+}
+
+TiffFile::TiffFile(OutputFile& output, const std::string& mode) : path_(output.Path()), output_(&output)
+{
+    const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(MakeOptions(), TIFFOpenOptionsFree);
+    tiff_ = TIFFClientOpenExt(path_.c_str(), mode.c_str(), this, OnRead, OnWrite, OnSeek, OnClose, OnSize, nullptr,
+                              nullptr, options.get());
+    Check(tiff_ != nullptr, "cannot be written as TIFF");
+}
+
+TiffFile::~TiffFile()
+{
+    TIFFClose(tiff_);
+}
+
+void TiffFile::Check(bool good, const std::string& action)
+{
+    if (failure_ != nullptr) {
+        std::rethrow_exception(std::exchange(failure_, nullptr));
+    }
+    if (!good) {
+        throw Error(path_, message_.empty() ? action : action + ": " + message_);
+    }
+}
+
+std::string TiffFile::Text(int tag) const
+{
+    const char* text = nullptr;
+    return TIFFGetField(tiff_, static_cast<std::uint32_t>(tag), &text) == 1 && text != nullptr ? text : std::string();
+}
+
+int TiffFile::OnMessage(TIFF*, void* self, const char*, const char* format, va_list arguments)
+{
+    std::array<char, 512> text{};
+    std::vsnprintf(text.data(), text.size(), format, arguments);
+    static_cast<TiffFile*>(self)->message_ = text.data();
+    return 1;
+}
+
+template <class F>
+auto TiffFile::Guard(F action, decltype(action()) failed) -> decltype(action())
+{
+    try {
+        return action();
+    } catch (...) {
+        failure_ = std::current_exception();
+        return failed;
+    }
+}
+
+tmsize_t TiffFile::OnRead(thandle_t self, void* bytes, tmsize_t count)
+{
+    auto* file = static_cast<TiffFile*>(self);
+    return file->Guard(
+        [=] { return static_cast<tmsize_t>(file->output_->Read(bytes, static_cast<std::size_t>(count))); }, 0);
+}
+
+tmsize_t TiffFile::OnWrite(thandle_t self, void* bytes, tmsize_t count)
+{
+    auto* file = static_cast<TiffFile*>(self);
+    const auto write = [=] {
+        file->output_->Write(bytes, static_cast<std::size_t>(count));
+        return count;
+    };
+    return file->Guard(write, 0);
+}
+
+toff_t TiffFile::OnSeek(thandle_t self, toff_t offset, int origin)
+{
+    auto* file = static_cast<TiffFile*>(self);
+    return file->Guard([=] { return toff_t{file->output_->Seek(static_cast<std::int64_t>(offset), origin)}; },
+                       static_cast<toff_t>(-1));
+}
+
+toff_t TiffFile::OnSize(thandle_t self)
+{
+    auto* file = static_cast<TiffFile*>(self);
+    const auto size = [=] {
+        const std::uint64_t at = file->output_->Seek(0, SEEK_CUR);
+        const std::uint64_t end = file->output_->Seek(0, SEEK_END);
+        file->output_->Seek(static_cast<std::int64_t>(at), SEEK_SET);
+        return toff_t{end};
+    };
+    return file->Guard(size, 0);
+}
+
+} // namespace corvane::io

@@ -1,0 +1,177 @@
+#include "io/frame.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <memory>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "io/error.h"
+#include "io/formats/cards.h"
+#include "io/formats/formats.h"
+#include "io/output_file.h"
+#include "io/reader.h"
+
+namespace corvane::io {
+namespace {
+
+constexpr long long kBandBytes = 1 << 20;
+
+using Writer = void (*)(OutputFile&, const CStlImage&, const Header&, int);
+
+struct Format {
+    std::vector<std::string> extensions;
+    std::vector<int> bits; ///< the first is the default
+    Writer write;
+};
+
+const std::vector<Format>& Formats()
+{
+    static const std::vector<Format> formats{
+        {{".fits", ".fit", ".fts"}, {-32, 8, 16, 32, -64}, &WriteFits},
+        {{".tif", ".tiff"}, {-32, 8, 16, 32, -64}, &WriteTiff},
+        {{".png"}, {16, 8}, &WritePng},
+    };
+    return formats;
+}
+
+template <class T>
+bool Contains(const std::vector<T>& list, const T& value)
+{
+    return std::find(list.begin(), list.end(), value) != list.end();
+}
+
+std::string ExtensionOf(const std::string& path)
+{
+    std::string extension = std::filesystem::path(path).extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return extension;
+}
+
+/// The format that a path asks for, and its bits in place of 0.
+const Format& ChooseFormat(const std::string& path, int& bits)
+{
+    std::string known;
+    for (const Format& format : Formats()) {
+        if (!Contains(format.extensions, ExtensionOf(path))) {
+            for (const std::string& extension : format.extensions) {
+                known += (known.empty() ? "" : ", ") + extension;
+            }
+            continue;
+        }
+        bits = bits == 0 ? format.bits.front() : bits;
+        if (Contains(format.bits, bits)) {
+            return format;
+        }
+        std::string choices;
+        for (const int choice : format.bits) {
+            choices += (choices.empty() ? "" : ", ") + std::to_string(choice);
+        }
+        throw Error(path, std::to_string(bits) + " bits cannot be saved in this format; it has " + choices);
+    }
+    throw Error(path, "unknown format '" + ExtensionOf(path) + "'; frames are saved as " + known);
+}
+
+/// Reads all samples, band by band with the planes inside, so that a format which stores them together decodes once.
+void ReadSamples(FrameReader& reader, CStlImage& image)
+{
+    const long long rowBytes = static_cast<long long>(reader.Width()) * static_cast<long long>(sizeof(float));
+    const int most = static_cast<int>(std::clamp<long long>(kBandBytes / rowBytes, 1, reader.Height()));
+    const auto width = static_cast<std::size_t>(reader.Width());
+    std::vector<float> band(width * static_cast<std::size_t>(most));
+    for (int first = 0; first < reader.Height(); first += most) {
+        const int count = std::min(most, reader.Height() - first);
+        for (int plane = 0; plane < reader.Planes(); ++plane) {
+            reader.ReadRows(plane, first, count, band.data());
+            for (int i = 0; i < count; ++i) {
+                std::copy_n(band.data() + static_cast<std::size_t>(i) * width, width,
+                            image.GetImageAdr(0, first + i, plane));
+            }
+        }
+    }
+}
+
+/// Levels that show everything.
+void SetFullLevels(CStlImage& image)
+{
+    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+        double min = 0.0;
+        double max = 0.0;
+        image.GetMinMax(plane, &min, &max);
+        max = max > min ? max : min + 1.0;
+        image.SetLevel(plane, min, max);
+        image.SetOrgDefaultLevel(plane, min, max);
+    }
+}
+
+/// The cards that an output carries.
+Header OutputHeader(const CStlImage& image, const Header& header)
+{
+    std::string text;
+    for (const std::string& card : header.Cards()) {
+        text += card;
+    }
+    Header output;
+    AddCards(output, text);
+    WriteCoordinates(image, output);
+    WriteLevels(image, output);
+    return output;
+}
+
+} // namespace
+
+Frame::Frame(Frame&& other) : header(std::move(other.header))
+{
+    image.Swap(&other.image);
+}
+
+Frame& Frame::operator=(Frame&& other)
+{
+    image.Swap(&other.image);
+    std::swap(header, other.header);
+    return *this;
+}
+
+Frame Load(const std::string& path)
+{
+    const std::unique_ptr<FrameReader> reader = OpenFrame(path);
+    Frame frame;
+    try {
+        CStlImage image(-32, reader->Width(), reader->Height(), reader->Planes(), 1.0, 0.0, 1);
+        frame.image.Swap(&image);
+        const bool levelsKnown = reader->Describe(frame.image);
+        ReadSamples(*reader, frame.image);
+        if (!levelsKnown) {
+            SetFullLevels(frame.image);
+        }
+    } catch (const std::bad_alloc&) {
+        throw Error(path, "there is neither memory nor disk space for its " + std::to_string(reader->Width()) + " x " +
+                              std::to_string(reader->Height()) + " x " + std::to_string(reader->Planes()) + " samples");
+    }
+    frame.header = reader->GetHeader();
+    return frame;
+}
+
+void Save(const std::string& path, const CStlImage& image, const Header& header, const SaveOptions& options)
+{
+    int bits = options.bits;
+    const Format& format = ChooseFormat(path, bits);
+    if (image.GetPixelCount() == 0) {
+        throw Error(path, "the image has no samples");
+    }
+    OutputFile file(path);
+    format.write(file, image, OutputHeader(image, header), bits);
+    file.Commit();
+}
+
+void CheckSave(const std::string& path, const SaveOptions& options)
+{
+    int bits = options.bits;
+    ChooseFormat(path, bits);
+    OutputFile::Check(path);
+}
+
+} // namespace corvane::io

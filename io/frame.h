@@ -1,0 +1,59 @@
+#pragma once
+
+#include <string>
+
+#include "corvane/core/stl_image.h"
+#include "corvane/platform/export.h"
+#include "io/header.h"
+
+namespace corvane::io {
+
+/// An image and what its file says about it.
+struct CORVANE_API Frame {
+    CStlImage image;
+    Header header;
+
+    Frame() = default;
+    Frame(const Frame&) = default;
+    Frame(Frame&& other); ///< Takes the samples over.
+    Frame& operator=(const Frame&) = default;
+    Frame& operator=(Frame&& other); ///< Exchanges the samples.
+    ~Frame() = default;
+};
+
+/// Reads a frame. What `FrameReader` says of samples, record and header holds here.
+///
+/// The display levels become those of the file, or 0 to 255 for 8-bit samples, or else each plane's smallest and
+/// largest sample (with a range of 1 when they are equal); the original default levels are the same. A frame beyond the
+/// memory budget is read in bands, with bounded memory. Throws Error, also when there is no room for the samples.
+CORVANE_API Frame Load(const std::string& path);
+
+/// How samples are stored.
+struct SaveOptions {
+    /// Bits per sample: FITS and TIFF 8, 16, 32, -32 (float), -64 (double); PNG 8, 16. With 0 the format chooses:
+    /// 32-bit floats, for PNG 16 bits. Integers are unsigned (in FITS by BZERO); samples are rounded to even and cut
+    /// to their range.
+    int bits = 0;
+};
+
+/// Writes a frame; the extension chooses the format: .fits, .fit, .fts; .tif, .tiff; .png.
+///
+/// - The file appears whole or not at all: see OutputFile. Throws Error.
+/// - Rows keep their order in memory. A TIFF states it by its orientation; a PNG cannot, so that one of a bottom-up
+///   frame shows upside down (`SavePicture` makes pictures for the screen).
+/// - Undefined samples (NaN, and those that equal the image's blank value) are NaN in float files. FITS files of
+///   integers reserve their lowest value for them (BLANK), if there are any. Integer TIFF and PNG have no such thing
+///   and refuse them.
+/// - PNG holds counts: samples outside of its range, and fractions between 0 and 1, are refused rather than lost.
+/// - World coordinates come from the image's record when it has any, otherwise cards stay as they are. Display levels
+///   are written as CBLACK and CWHITE (CBLACK2, CWHITE2, CBLACK3, CWHITE3 for the other planes) when the image has its
+///   own. All other cards are carried over, in TIFF and PNG as text of the image description, except those that
+///   describe the layout of the file they came from.
+CORVANE_API void Save(const std::string& path, const CStlImage& image, const Header& header,
+                      const SaveOptions& options = {});
+
+/// Throws the Error that `Save` would throw for the path alone: its extension, bits that the format lacks, its folder.
+/// For checking before work starts.
+CORVANE_API void CheckSave(const std::string& path, const SaveOptions& options = {});
+
+} // namespace corvane::io

@@ -1,0 +1,172 @@
+#include "stack/describe.h"
+
+#include <algorithm>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "io/metadata.h"
+#include "stack/text.h"
+
+namespace corvane::stack {
+
+namespace {
+
+/// What holds for one frame, or for its file, but not for a stack.
+constexpr const char* kStaleCards[] = {"DATE",    "DATE-END", "DATE_END", "TIME-END", "UTEND",   "MJD-END", "DATAMIN",
+                                       "DATAMAX", "CBLACK",   "CWHITE",   "CBLACK2",  "CWHITE2", "CBLACK3", "CWHITE3"};
+
+/// Other words for the start of one frame, which DATE-OBS replaces.
+constexpr const char* kStartCards[] = {"DATE-LOC", "DATE_OBS", "TIME-OBS", "TIME_OBS", "UT", "UTC",
+                                       "UTSTART",  "UTC-OBS",  "MJD-OBS",  "MJD-AVG",  "JD", "JD-OBS"};
+
+/// What the used lights say of time, as far as they say it.
+struct Times {
+    int frames = 0;
+    int exposures = 0;
+    double live = 0.0;
+    std::optional<double> first;
+    int starts = 0;
+    double middles = 0.0; ///< sum of the middles of the exposures, as seconds after `first`
+
+    void Add(const std::optional<double>& start, const std::optional<double>& exposure);
+};
+
+void Times::Add(const std::optional<double>& start, const std::optional<double>& exposure)
+{
+    ++frames;
+    if (exposure) {
+        ++exposures;
+        live += *exposure;
+    }
+    if (start) {
+        if (!first || *start < *first) {
+            middles += starts * (first.value_or(*start) - *start);
+            first = start;
+        }
+        ++starts;
+        middles += *start - *first + exposure.value_or(0.0) / 2.0;
+    }
+}
+
+Times CollectTimes(const Plan& plan, const std::vector<FrameReport>& frames)
+{
+    Times times;
+    for (int i = 0; i < plan.lights.Count(); ++i) {
+        if (frames[i].used) {
+            times.Add(io::ObservationTime(plan.lights.Info(i).header), plan.exposures[i]);
+        }
+    }
+    return times;
+}
+
+void RemoveCards(std::span<const char* const> keywords, io::Header& header)
+{
+    for (const char* keyword : keywords) {
+        header.Remove(keyword);
+    }
+}
+
+void SetTimes(const Times& times, const std::optional<double>& exposure, io::Header& header)
+{
+    header.Set("NCOMBINE", times.frames, "number of frames combined");
+    header.Set("STACKCNT", times.frames, "number of frames combined");
+    if (exposure) {
+        header.Set("EXPTIME", *exposure, "[s] exposure of one frame");
+    }
+    if (times.exposures == times.frames) {
+        header.Set("LIVETIME", times.live, "[s] exposure of all frames together");
+    }
+    if (times.first) {
+        RemoveCards(kStartCards, header);
+        header.Set("DATE-OBS", io::FormatTime(*times.first), "start of the earliest frame");
+        header.Set("DATE-AVG", io::FormatTime(*times.first + times.middles / times.starts),
+                   "mean of the middles of the frames");
+    }
+}
+
+/// The letters that a light brings along and those of the calibration done, each once.
+std::string CalibrationLetters(const Options& options, const std::string& before)
+{
+    const bool has[] = {!options.bias.empty(), !options.darks.empty(), !options.flats.empty()};
+    std::string letters;
+    for (int i = 0; i < 3; ++i) {
+        const char letter = "BDF"[i];
+        if (has[i] || before.find(letter) != std::string::npos) {
+            letters += letter;
+        }
+    }
+    for (const char letter : before) {
+        if (letter != ' ' && letters.find(letter) == std::string::npos) {
+            letters += letter;
+        }
+    }
+    return letters;
+}
+
+void SetCalibration(const Options& options, io::Header& header)
+{
+    const std::string letters = CalibrationLetters(options, header.Text("CALSTAT").value_or(""));
+    if (!letters.empty()) {
+        header.Set("CALSTAT", letters, "calibration: B bias, D dark, F flat");
+    }
+    if (options.pedestal != 0.0) {
+        header.Set("PEDESTAL", header.Number("PEDESTAL").value_or(0.0) - options.pedestal,
+                   "add this to take the pedestal off");
+    }
+}
+
+std::string FramesText(const char* kind, const std::vector<std::string>& files)
+{
+    if (files.empty()) {
+        return "";
+    }
+    const std::string count = files.size() == 1 ? "" : "median of " + std::to_string(files.size()) + " from ";
+    return std::string(" ") + kind + " " + count + files.front() + ";";
+}
+
+std::string ParametersText(const Options& options)
+{
+    std::string text = std::string("stack --method ") + MethodName(options.method);
+    text += options.align == AlignMethod::kShift ? " --align shift" : " --align none";
+    if (options.align == AlignMethod::kShift) {
+        text += " --size " + std::to_string(options.size) + " --search " + std::to_string(options.search);
+        if (options.reference) {
+            text += " --reference " + std::to_string(options.reference->x) + "," + std::to_string(options.reference->y);
+        }
+    }
+    return text + " --pedestal " + NumberText(options.pedestal);
+}
+
+void AddHistory(const Options& options, int used, const std::vector<FrameReport>& frames, io::Header& header)
+{
+    header.AddHistory(ParametersText(options));
+    std::string text =
+        "Corvane " CORVANE_VERSION ": " + std::to_string(used) + " of " + std::to_string(frames.size()) + " lights;";
+    text += FramesText("bias", options.bias) + FramesText("dark", options.darks) + FramesText("flat", options.flats) +
+            FramesText("flat-dark", options.flatDarks);
+    text.pop_back();
+    header.AddHistory(text);
+    for (const FrameReport& frame : frames) {
+        if (!frame.used) {
+            header.AddHistory("left out: " + frame.file + ": " + frame.reason);
+        }
+    }
+}
+
+} // namespace
+
+io::Header DescribeStack(const Options& options, const Plan& plan, const std::vector<FrameReport>& frames)
+{
+    const auto used = std::find_if(frames.begin(), frames.end(), [](const FrameReport& frame) { return frame.used; });
+    const auto first = static_cast<int>(used - frames.begin());
+    io::Header header = plan.lights.Info(first).header;
+    const Times times = CollectTimes(plan, frames);
+    RemoveCards(kStaleCards, header);
+    SetTimes(times, plan.exposures[first], header);
+    SetCalibration(options, header);
+    AddHistory(options, times.frames, frames, header);
+    return header;
+}
+
+} // namespace corvane::stack

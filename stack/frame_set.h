@@ -1,0 +1,44 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "corvane/core/image.h"
+#include "io/reader.h"
+
+namespace corvane::stack {
+
+/// Frames on disk that are read by turns, band after band.
+///
+/// The first ones stay open from one band to the next, as many as 256 and the system allow; the others are opened for
+/// each read. So any number of frames can be read, and memory does not grow with their samples.
+class FrameSet {
+public:
+    /// Opens a frame to learn what it is, and closes it again. Throws io::Error.
+    void Add(const std::string& file);
+
+    int Count() const { return static_cast<int>(readers_.size()); }
+    bool IsEmpty() const { return readers_.empty(); }
+    /// True while no frame has to be opened again for each band.
+    bool StaysOpen() const { return Count() <= keptOpen_; }
+    const io::FrameReader& Reader(int frame) const { return *readers_[static_cast<std::size_t>(frame)]; }
+    const io::FrameInfo& Info(int frame) const { return Reader(frame).Info(); }
+    const std::string& Path(int frame) const { return Reader(frame).Path(); }
+    /// What the frame's file says, without samples.
+    void Describe(int frame, CImage& record) const { Reader(frame).Describe(record); }
+
+    /// Reads rows of all planes of a frame; plane p begins at samples + p * planeStride. Throws io::Error.
+    void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
+
+    /// Releases all files.
+    void Close();
+
+private:
+    void ReadPlanes(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
+
+    std::vector<std::unique_ptr<io::FrameReader>> readers_;
+    int keptOpen_ = 256;
+};
+
+} // namespace corvane::stack

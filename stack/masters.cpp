@@ -1,0 +1,177 @@
+#include "stack/masters.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "corvane/core/memory_budget.h"
+#include "io/error.h"
+#include "stack/calibrated_frames.h"
+#include "stack/combine.h"
+#include "stack/progress.h"
+
+namespace corvane::stack {
+
+namespace {
+
+constexpr std::uint64_t kBandOfOpenFrames = 128U << 20U;
+constexpr int kRowsAtOnce = 64;
+
+/// Frames of one kind on their way to a master.
+class MasterSource {
+public:
+    /// `dark` is taken off each frame; none when it holds nothing.
+    MasterSource(FrameSet& frames, const Masters& dark)
+        : set_(frames), frames_(frames, dark, 0.0, std::vector<double>(frames.Count(), 1.0)),
+          gains_(frames.Count(), 1.0)
+    {}
+
+    /// Brings every frame to the mean of the first one.
+    void LevelToFirst(HWND progressWindow);
+    std::shared_ptr<const CStlImage> Combine(const char* text, HWND progressWindow);
+
+private:
+    void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
+    double Mean(int frame);
+
+    FrameSet& set_;
+    CalibratedFrames frames_;
+    std::vector<double> gains_;
+};
+
+void MasterSource::Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
+{
+    frames_.Read(frame, firstRow, rowCount, samples, planeStride);
+    const double gain = gains_[frame];
+    if (gain == 1.0) {
+        return;
+    }
+    const BlankTest isBlank = frames_.IsBlank(frame);
+    const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(rowCount) * set_.Info(frame).width;
+    for (int plane = 0; plane < set_.Info(frame).planes; ++plane) {
+        float* rows = samples + plane * planeStride;
+        for (std::ptrdiff_t i = 0; i < count; ++i) {
+            const double s = rows[i];
+            rows[i] = static_cast<float>(isBlank(s) ? s : s * gain);
+        }
+    }
+}
+
+/// Mean of plane 0, by which a flat works. Blanks and NaN are passed over.
+double MasterSource::Mean(int frame)
+{
+    const io::FrameInfo& info = set_.Info(frame);
+    const BlankTest isBlank = frames_.IsBlank(frame);
+    const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(kRowsAtOnce) * info.width;
+    std::vector<float> samples(static_cast<std::size_t>(stride) * info.planes);
+    double sum = 0.0;
+    long long count = 0;
+    for (int row = 0; row < info.height; row += kRowsAtOnce) {
+        const int rows = std::min(kRowsAtOnce, info.height - row);
+        Read(frame, row, rows, samples.data(), stride);
+        for (std::ptrdiff_t i = 0; i < static_cast<std::ptrdiff_t>(rows) * info.width; ++i) {
+            const double s = samples[i];
+            const bool counts = std::isfinite(s) && !isBlank(s);
+            sum += counts ? s : 0.0;
+            count += counts ? 1 : 0;
+        }
+    }
+    return sum / static_cast<double>(count);
+}
+
+void MasterSource::LevelToFirst(HWND progressWindow)
+{
+    Progress progress(progressWindow, "Measuring flats...", set_.Count());
+    double first = 0.0;
+    for (int i = 0; i < set_.Count(); ++i) {
+        const double mean = Mean(i);
+        if (!(mean > 0.0)) {
+            throw io::Error(set_.Path(i), "the flat holds no light: its mean is not above 0");
+        }
+        if (i == 0) {
+            first = mean;
+        }
+        gains_[i] = first / mean;
+        progress.Step();
+    }
+}
+
+std::shared_ptr<const CStlImage> MasterSource::Combine(const char* text, HWND progressWindow)
+{
+    const io::FrameInfo& info = set_.Info(0);
+    auto master = std::make_shared<CStlImage>(-32, info.width, info.height, info.planes, 1.0, 0.0, 1);
+    std::vector<Placement> placements;
+    for (int i = 0; i < set_.Count(); ++i) {
+        placements.push_back({Alignment(), frames_.Blank(i)});
+    }
+    const CombineJob job{CombineMethod::kMedian, CommonBlank(set_), BandMemory(set_), progressWindow, text};
+    CombineFrames(
+        placements,
+        [this](int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) {
+            Read(frame, firstRow, rowCount, samples, planeStride);
+        },
+        job, *master);
+    master->UnlockAll();
+    set_.Close();
+    return master;
+}
+
+std::shared_ptr<const CStlImage> MakePlain(FrameSet& frames, const char* text, HWND progressWindow)
+{
+    return frames.IsEmpty() ? nullptr : MasterSource(frames, Masters()).Combine(text, progressWindow);
+}
+
+/// The master flat, from which `dark` was taken off.
+void MakeFlat(FrameSet& flats, std::shared_ptr<const CStlImage> dark, HWND progressWindow, Masters& masters)
+{
+    Masters forFlats;
+    forFlats.dark = std::move(dark);
+    MasterSource source(flats, forFlats);
+    if (flats.Count() > 1) {
+        source.LevelToFirst(progressWindow);
+    }
+    masters.flat = source.Combine("Combining flats...", progressWindow);
+    masters.flatMean = masters.flat->GetAvrGrayRaw(0);
+    const bool isUsable = masters.flatMean > 0.0 && std::isfinite(masters.flatMean);
+    if (!isUsable) {
+        throw io::Error(flats.Path(0), "the flat cannot be used: its mean is not a number above 0");
+    }
+}
+
+} // namespace
+
+std::uint64_t BandMemory(const FrameSet& frames)
+{
+    const std::uint64_t budget = MemoryBudget();
+    const std::uint64_t inUse = std::min(MemoryInUse(), budget);
+    const std::uint64_t left = budget - inUse;
+    return frames.StaysOpen() ? std::min(left, kBandOfOpenFrames) : left;
+}
+
+int CommonBlank(const FrameSet& frames)
+{
+    for (int i = 0; i < frames.Count(); ++i) {
+        if (frames.Info(i).blank) {
+            return *frames.Info(i).blank;
+        }
+    }
+    CImage record;
+    frames.Describe(0, record);
+    const int blank = static_cast<int>(UndefinedValue(record));
+    return blank != 0 ? blank : std::numeric_limits<int>::min();
+}
+
+Masters MakeMasters(Plan& plan, HWND progressWindow)
+{
+    Masters masters;
+    masters.bias = MakePlain(plan.bias, "Combining bias frames...", progressWindow);
+    masters.dark = MakePlain(plan.darks, "Combining darks...", progressWindow);
+    if (!plan.flats.IsEmpty()) {
+        const auto flatDark = MakePlain(plan.flatDarks, "Combining flat-darks...", progressWindow);
+        MakeFlat(plan.flats, flatDark != nullptr ? flatDark : masters.bias, progressWindow, masters);
+    }
+    return masters;
+}
+
+} // namespace corvane::stack

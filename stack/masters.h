@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+
+#include "stack/calibrate.h"
+#include "stack/plan.h"
+
+namespace corvane::stack {
+
+/// Bytes that the bands of these frames may take: what the memory budget leaves, and no more than is of use as long as
+/// the frames stay open.
+std::uint64_t BandMemory(const FrameSet& frames);
+
+/// The blank value that frames of a set are given in common: the first one declared, or else the one that their bits
+/// per sample stand for, which is never the 0 that real samples have.
+int CommonBlank(const FrameSet& frames);
+
+/// Makes the master frames of a plan. Each flat loses the flat-darks, or else the bias, and is brought to the mean of
+/// the first one. Throws io::Error for a flat without light, and `Cancelled`.
+Masters MakeMasters(Plan& plan, HWND progressWindow);
+
+} // namespace corvane::stack

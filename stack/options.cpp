@@ -1,0 +1,98 @@
+#include "stack/options.h"
+
+#include <cmath>
+#include <filesystem>
+#include <set>
+#include <system_error>
+#include <utility>
+
+#include "io/error.h"
+#include "stack/text.h"
+
+namespace corvane::stack {
+
+namespace {
+
+void CheckRange(const char* option, int value, int min, int max)
+{
+    if (value < min || value > max) {
+        throw OptionError(option, std::to_string(value), std::to_string(min) + " to " + std::to_string(max));
+    }
+}
+
+/// One name for one file, whatever way leads there.
+std::string FileKey(const std::string& path)
+{
+    std::error_code ignored;
+    const auto key = std::filesystem::weakly_canonical(std::filesystem::absolute(path), ignored);
+    return key.empty() ? path : key.string();
+}
+
+/// The file behind the name of a frame, which may choose a part of it as in `m31.fits[1]`.
+std::string FileOfFrame(const std::string& name)
+{
+    std::error_code ignored;
+    const std::size_t bracket = name.rfind('[');
+    const bool choosesPart = bracket != std::string::npos && name.back() == ']';
+    return choosesPart && !std::filesystem::exists(name, ignored) ? name.substr(0, bracket) : name;
+}
+
+void CheckListedOnce(const std::vector<std::string>& lights)
+{
+    std::set<std::string> seen;
+    for (const std::string& light : lights) {
+        if (!seen.insert(FileKey(light)).second) {
+            throw OptionError("LIGHT", light, "each light once, since one that counts twice spoils the statistics");
+        }
+    }
+}
+
+} // namespace
+
+OptionError::OptionError(std::string name, const std::string& value, const std::string& allowed)
+    : std::invalid_argument(name + ": " + value + " is not allowed; it takes " + allowed), option_(std::move(name))
+{}
+
+const char* Cancelled::what() const noexcept
+{
+    return "cancelled";
+}
+
+void CheckOptions(const Options& options)
+{
+    if (options.lights.empty()) {
+        throw OptionError("LIGHT", "no file", "one or more lights");
+    }
+    CheckRange("--size", options.size, kMinPatchSize, kMaxPatchSize);
+    CheckRange("--search", options.search, 0, kMaxSearch);
+    const bool isAllowed = options.pedestal >= 0.0 && options.pedestal <= kMaxPedestal; // NaN is not
+    if (!isAllowed) {
+        throw OptionError("--pedestal", NumberText(options.pedestal), "0 to " + NumberText(kMaxPedestal));
+    }
+    if (!options.flatDarks.empty() && options.flats.empty()) {
+        throw OptionError("--flat-dark", options.flatDarks.front(), "frames that belong to flats: add --flat");
+    }
+    CheckListedOnce(options.lights);
+}
+
+void CheckOutputs(const Options& options, const std::vector<std::string>& outputs)
+{
+    std::set<std::string> inputs;
+    for (const auto* files : {&options.lights, &options.bias, &options.darks, &options.flats, &options.flatDarks}) {
+        for (const std::string& file : *files) {
+            inputs.insert(FileKey(FileOfFrame(file)));
+        }
+    }
+    std::set<std::string> seen;
+    for (const std::string& output : outputs) {
+        const std::string key = FileKey(output);
+        if (inputs.count(key) != 0) {
+            throw io::Error(output, "is both input and output");
+        }
+        if (!seen.insert(key).second) {
+            throw io::Error(output, "is named for two outputs");
+        }
+    }
+}
+
+} // namespace corvane::stack

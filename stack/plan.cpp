@@ -1,0 +1,196 @@
+#include "stack/plan.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "io/error.h"
+#include "io/metadata.h"
+#include "stack/progress.h"
+#include "stack/text.h"
+
+namespace corvane::stack {
+
+namespace {
+
+std::string SizeText(const io::FrameReader& frame)
+{
+    const std::string planes = frame.Planes() == 1 ? " (1 plane)" : " (" + std::to_string(frame.Planes()) + " planes)";
+    return std::to_string(frame.Width()) + " x " + std::to_string(frame.Height()) + planes;
+}
+
+bool SameSize(const io::FrameReader& a, const io::FrameReader& b)
+{
+    return a.Width() == b.Width() && a.Height() == b.Height();
+}
+
+/// Checks a set of frames against the one that they are for, which they may serve with one plane.
+void CheckFit(const FrameSet& frames, const char* kind, const io::FrameReader& other, const char* otherKind)
+{
+    for (int i = 0; i < frames.Count(); ++i) {
+        const io::FrameReader& frame = frames.Reader(i);
+        const bool fits = frame.Planes() == 1 || frame.Planes() == other.Planes();
+        if (!SameSize(frame, other) || !fits) {
+            throw io::Error(frame.Path(), "the " + std::string(kind) + " is " + SizeText(frame) + ", but the " +
+                                              otherKind + " " + other.Path() + " is " + SizeText(other));
+        }
+        if (frame.Planes() != frames.Reader(0).Planes()) {
+            throw io::Error(frame.Path(), "the " + std::string(kind) + " is " + SizeText(frame) + ", but " +
+                                              frames.Path(0) + " is " + SizeText(frames.Reader(0)));
+        }
+    }
+}
+
+void CheckLights(const FrameSet& lights)
+{
+    const io::FrameReader& first = lights.Reader(0);
+    for (int i = 1; i < lights.Count(); ++i) {
+        const io::FrameReader& light = lights.Reader(i);
+        if (!SameSize(light, first) || light.Planes() != first.Planes()) {
+            throw io::Error(light.Path(), "the light is " + SizeText(light) + ", but the first light " + first.Path() +
+                                              " is " + SizeText(first));
+        }
+    }
+}
+
+void CheckSizes(const Plan& plan)
+{
+    CheckLights(plan.lights);
+    const io::FrameReader& light = plan.lights.Reader(0);
+    CheckFit(plan.bias, "bias", light, "light");
+    CheckFit(plan.darks, "dark", light, "light");
+    CheckFit(plan.flats, "flat", light, "light");
+    if (!plan.flats.IsEmpty()) {
+        const bool hasOwnDark = !plan.flatDarks.IsEmpty();
+        CheckFit(hasOwnDark ? plan.flatDarks : plan.bias, hasOwnDark ? "flat-dark" : "bias", plan.flats.Reader(0),
+                 "flat");
+    }
+}
+
+bool AreClose(double a, double b)
+{
+    return std::fabs(a - b) <= std::max(0.05, 0.005 * std::max(a, b));
+}
+
+/// The one exposure of the darks; unknown when none of them says it.
+std::optional<double> DarkExposure(const FrameSet& darks)
+{
+    std::optional<double> common;
+    int from = 0;
+    for (int i = 0; i < darks.Count(); ++i) {
+        const auto exposure = io::ExposureSeconds(darks.Info(i).header);
+        if (exposure && common && !AreClose(*exposure, *common)) {
+            throw io::Error(darks.Path(i), "the dark has " + NumberText(*exposure) + " s, but the dark " +
+                                               darks.Path(from) + " has " + NumberText(*common) + " s");
+        }
+        if (exposure && !common) {
+            common = exposure;
+            from = i;
+        }
+    }
+    return common;
+}
+
+/// Checks that the darks suit every light, or can be scaled to it.
+void CheckExposures(const Plan& plan)
+{
+    for (int i = 0; i < plan.lights.Count() && !plan.darks.IsEmpty(); ++i) {
+        if (ExposuresMatch(plan.exposures[i], plan.darkExposure)) {
+            continue;
+        }
+        const std::string difference = "the light has " + NumberText(*plan.exposures[i]) + " s, but the darks have " +
+                                       NumberText(*plan.darkExposure) + " s";
+        if (plan.bias.IsEmpty()) {
+            throw io::Error(plan.lights.Path(i), difference + ": add --bias to scale them, or darks of its exposure");
+        }
+        if (!(*plan.darkExposure > 0.0)) {
+            throw io::Error(plan.lights.Path(i), difference + ", which cannot be scaled");
+        }
+    }
+}
+
+void NoteUnknownExposures(Plan& plan)
+{
+    if (plan.darks.IsEmpty()) {
+        return;
+    }
+    if (!plan.darkExposure) {
+        plan.notes.emplace_back("the exposure of the darks is not known; they were taken as matching the lights");
+        return;
+    }
+    const auto unknown = std::count(plan.exposures.begin(), plan.exposures.end(), std::nullopt);
+    if (unknown > 0) {
+        plan.notes.push_back("the exposure of " + std::to_string(unknown) + " of " +
+                             std::to_string(plan.lights.Count()) +
+                             " lights is not known; the darks were taken as matching them");
+    }
+}
+
+void Open(FrameSet& frames, const std::vector<std::string>& files, Progress& progress)
+{
+    for (const std::string& file : files) {
+        frames.Add(file);
+        progress.Step();
+    }
+}
+
+Plan OpenFrames(const Options& options)
+{
+    const std::size_t total = options.lights.size() + options.bias.size() + options.darks.size() +
+                              options.flats.size() + options.flatDarks.size();
+    Progress progress(options.progressWindow, "Checking frames...", static_cast<int>(total));
+    Plan plan;
+    Open(plan.lights, options.lights, progress);
+    Open(plan.bias, options.bias, progress);
+    Open(plan.darks, options.darks, progress);
+    Open(plan.flats, options.flats, progress);
+    Open(plan.flatDarks, options.flatDarks, progress);
+    return plan;
+}
+
+/// Checks what the options ask of the patch, now that the size of the frames is known.
+void CheckPatch(const Options& options, const Plan& plan)
+{
+    if (options.align != AlignMethod::kShift) {
+        return;
+    }
+    const int smaller = std::min(plan.width, plan.height);
+    if (options.size > smaller) {
+        throw OptionError("--size", std::to_string(options.size),
+                          "at most " + std::to_string(smaller) + ", the smaller side of the lights");
+    }
+    if (options.reference) {
+        const auto [x, y] = *options.reference;
+        if (x < 0 || x >= plan.width || y < 0 || y >= plan.height) {
+            throw OptionError("--reference", std::to_string(x) + "," + std::to_string(y),
+                              "0,0 to " + std::to_string(plan.width - 1) + "," + std::to_string(plan.height - 1));
+        }
+    }
+}
+
+} // namespace
+
+bool ExposuresMatch(const std::optional<double>& light, const std::optional<double>& dark)
+{
+    return !light || !dark || AreClose(*light, *dark);
+}
+
+Plan MakePlan(const Options& options)
+{
+    CheckOptions(options);
+    Plan plan = OpenFrames(options);
+    const io::FrameReader& first = plan.lights.Reader(0);
+    plan.width = first.Width();
+    plan.height = first.Height();
+    plan.planes = first.Planes();
+    CheckPatch(options, plan);
+    CheckSizes(plan);
+    for (int i = 0; i < plan.lights.Count(); ++i) {
+        plan.exposures.push_back(io::ExposureSeconds(plan.lights.Info(i).header));
+    }
+    plan.darkExposure = DarkExposure(plan.darks);
+    CheckExposures(plan);
+    NoteUnknownExposures(plan);
+    return plan;
+}
+
+} // namespace corvane::stack

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <vector>
+
+#include "corvane/core/aligned_row.h"
+
+namespace corvane::stack {
+
+/// The rows of one frame that a band of the target needs, of all planes. Rows that the next band needs too are kept, so
+/// that a walk from the first band to the last reads every row once.
+class RowWindow {
+public:
+    /// Reads rows into samples + plane * planeStride, for all planes.
+    using Reader = std::function<void(int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)>;
+
+    RowWindow(const Alignment& alignment, int width, int height, int planes);
+
+    /// Rows of the frame that rows firstRow to lastRow of the target touch; empty when they touch none.
+    RowSpan Touched(int firstRow, int lastRow) const;
+    /// Brings in what rows firstRow to lastRow of the target touch.
+    void MoveTo(int firstRow, int lastRow, const Reader& read);
+    /// Samples a row of the target from a plane: values and whether they lie inside.
+    void Sample(int plane, int row, double outside, double* values, int* inside) const;
+
+private:
+    void Keep(const RowSpan& wanted);
+    void ReadFollowers(const Reader& read);
+    std::ptrdiff_t PlaneStride() const { return static_cast<std::ptrdiff_t>(capacity_) * width_; }
+
+    Alignment alignment_;
+    int width_;
+    int height_;
+    int planes_;
+    int capacity_ = 0; ///< rows that there is room for
+    int first_ = 0;
+    int count_ = 0;
+    std::vector<float> samples_;
+    std::vector<float> followers_; ///< for each plane but the last, the sample that follows it in storage
+};
+
+} // namespace corvane::stack

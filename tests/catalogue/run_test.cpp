@@ -1,0 +1,165 @@
+#include <cmath>
+#include <filesystem>
+#include <functional>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "catalogue/error.h"
+#include "catalogue/statistics.h"
+#include "catalogue/step.h"
+#include "io/frame.h"
+
+namespace corvane::catalogue {
+namespace {
+
+constexpr int kWidth = 5;
+constexpr int kHeight = 3;
+
+// Samples tell their place: 100 * plane + 10 * y + x.
+io::Frame MakeFrame(int planes, int width = kWidth)
+{
+    io::Frame frame;
+    CStlImage image(-32, width, kHeight, planes, 1.0, 0.0, 1);
+    for (int plane = 0; plane < planes; ++plane) {
+        for (int y = 0; y < kHeight; ++y) {
+            for (int x = 0; x < width; ++x) {
+                image.SetPixelGrayRaw(x, y, static_cast<float>(100 * plane + 10 * y + x), plane);
+            }
+        }
+    }
+    frame.image.Swap(&image);
+    return frame;
+}
+
+io::Frame After(const std::string& step, int planes = 1)
+{
+    io::Frame frame = MakeFrame(planes);
+    Run(ParseStep(step), frame, {});
+    return frame;
+}
+
+std::string RunError(const std::string& step, int planes = 1)
+{
+    try {
+        After(step, planes);
+    } catch (const Error& error) {
+        return error.what();
+    }
+    return "no error";
+}
+
+std::string SaveTemporary(const io::Frame& frame, const std::string& name)
+{
+    const std::string path = (std::filesystem::path(testing::TempDir()) / name).string();
+    io::Save(path, frame.image, frame.header);
+    return path;
+}
+
+TEST(Run, ChangesTheSamplesThatItShould)
+{
+    const struct {
+        const char* step;
+        int planes;
+        int plane;
+        float first; // sample (0, 0)
+        float last;  // sample (4, 2), 24 above the first before
+    } cases[] = {
+        {"invert", 1, 0, 255.0F, 231.0F},         {"invert:rect=4:2:5:3", 1, 0, 0.0F, 231.0F},
+        {"invert", 3, 2, 55.0F, 31.0F},           {"clip", 3, 2, 200.0F, 224.0F},
+        {"clip:min=3,max=20", 1, 0, 3.0F, 20.0F}, {"clip:max=210", 3, 2, 200.0F, 210.0F},
+        {"to-color", 1, 2, 0.0F, 24.0F},          {"levels:min=3,max=5", 1, 0, 0.0F, 24.0F},
+        {"auto-levels", 1, 0, 0.0F, 24.0F},
+    };
+    for (const auto& c : cases) {
+        const io::Frame frame = After(c.step, c.planes);
+        EXPECT_FLOAT_EQ(frame.image.GetPixelGrayRaw(0, 0, c.plane), c.first) << c.step;
+        EXPECT_FLOAT_EQ(frame.image.GetPixelGrayRaw(4, 2, c.plane), c.last) << c.step;
+        EXPECT_EQ(frame.header.History(), std::vector<std::string>{"corvane apply " + ToText(ParseStep(c.step))});
+    }
+    const io::Frame grey = After("to-gray", 3);
+    EXPECT_EQ(grey.image.GetPlanes(), 1);
+    EXPECT_NEAR(grey.image.GetPixelGrayRaw(4, 2, 0), 0.299 * 24 + 0.587 * 124 + 0.114 * 224, 1e-3);
+}
+
+TEST(Run, SetsLevelsOfThePlanesThatItShould)
+{
+    const CStlImage every = After("levels:min=-1,max=9", 3).image;
+    const CStlImage one = After("levels:min=-1,max=9,plane=1", 3).image;
+    for (int plane = 0; plane < 3; ++plane) {
+        EXPECT_EQ(every.GetLevelMin(plane), -1.0);
+        EXPECT_EQ(every.GetLevelRange(plane), 10.0);
+        EXPECT_EQ(one.GetLevelMax(plane), plane == 1 ? 9.0 : 255.0);
+    }
+    EXPECT_TRUE(every.HasOwnLevel());
+    // The samples 0..4, 10..14, 20..24: mean 12, variance 68 + 2/3; 100 sigma are cut to the data.
+    const CStlImage automatic = After("auto-levels:low=0.5,high=100").image;
+    EXPECT_NEAR(automatic.GetLevelMin(0), 12.0 - 0.5 * std::sqrt(206.0 / 3.0), 1e-9);
+    EXPECT_EQ(automatic.GetLevelMax(0), 24.0);
+}
+
+TEST(Run, CalibratesWithFramesFromFiles)
+{
+    io::Frame one = MakeFrame(1);
+    one.image.SetLevel(0, 2.0, 4.0);
+    one.image.CutOutOfLevel(); // 2, 2, 2, 3, 4, then all 4: mean 53 / 15
+    const std::string file = SaveTemporary(one, "calibration,1.fits");
+    const std::string argument = "file=" + (std::filesystem::path(testing::TempDir()) / "calibration,,1.fits").string();
+    for (const int planes : {1, 3}) {
+        const CStlImage dark = After("dark:" + argument, planes).image;
+        EXPECT_FLOAT_EQ(dark.GetPixelGrayRaw(4, 2, planes - 1), static_cast<float>(100 * planes - 80));
+        EXPECT_FLOAT_EQ(dark.GetPixelGrayRaw(1, 0, 0), 0.0F);
+        const CStlImage flat = After("flat:" + argument, planes).image;
+        EXPECT_FLOAT_EQ(flat.GetPixelGrayRaw(3, 0, 0), static_cast<float>(53.0 / 15.0));
+    }
+    std::filesystem::remove(file);
+}
+
+TEST(Run, RefusesWhatDoesNotFitTheFrame)
+{
+    const std::string wide = SaveTemporary(MakeFrame(1, 7), "wide.fits");
+    const std::string colour = SaveTemporary(MakeFrame(3), "colour.fits");
+    const struct {
+        std::string step;
+        int planes;
+        std::string error;
+    } cases[] = {
+        {"invert:rect=0:0:6:3", 1, "invert: rect = 0:0:6:3: must lie within the image, 0:0:5:3"},
+        {"invert:rect=-1:0:5:3", 1, "invert: rect = -1:0:5:3: must lie within the image, 0:0:5:3"},
+        {"auto-levels:rect=0:0:5:4", 1, "auto-levels: rect = 0:0:5:4: must lie within the image, 0:0:5:3"},
+        {"levels:min=0,max=1,plane=1", 1, "levels: plane = 1: must be 0, since the image has 1 plane"},
+        {"clip:min=255", 1, "clip: min = 255, max = 255: min must be less than max"},
+        {"to-grey", 1, "to-grey: takes a colour image of 3 planes; this one has 1"},
+        {"to-color", 3, "to-color: takes an image of 1 plane; this one has 3"},
+        {"dark:file=" + wide, 1,
+         "dark: file = " + wide + ": is 7 x 3 pixels, 1 plane; the image is 5 x 3 pixels, 1 plane"},
+        {"flat:file=" + colour, 1,
+         "flat: file = " + colour + ": is 5 x 3 pixels, 3 planes; the image is 5 x 3 pixels, 1 plane"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(RunError(c.step, c.planes), c.error);
+    }
+    std::filesystem::remove(wide);
+    std::filesystem::remove(colour);
+}
+
+TEST(Statistics, LeaveOutBlanksAndWhatIsNotFinite)
+{
+    io::Frame frame = MakeFrame(3);
+    frame.image.SetPixelGrayRaw(0, 0, std::numeric_limits<float>::quiet_NaN(), 0);
+    frame.image.SetPixelGrayRaw(1, 0, std::numeric_limits<float>::infinity(), 0);
+    const std::string file = SaveTemporary(frame, "statistics.fits");
+    const std::vector<PlaneStatistics> planes = ReadStatistics(*io::OpenFrame(file));
+    ASSERT_EQ(planes.size(), 3U);
+    EXPECT_EQ(planes[0].min, 2.0);
+    EXPECT_EQ(planes[0].infinite, 2);
+    EXPECT_DOUBLE_EQ(planes[0].mean, 179.0 / 13.0);
+    EXPECT_EQ(planes[2].max, 224.0);
+    EXPECT_DOUBLE_EQ(planes[2].mean, 212.0);
+    std::filesystem::remove(file);
+}
+
+} // namespace
+} // namespace corvane::catalogue

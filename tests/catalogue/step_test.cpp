@@ -1,0 +1,129 @@
+#include "catalogue/step.h"
+
+#include <functional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "catalogue/error.h"
+#include "catalogue/operations.h"
+#include "corvane/platform/registry.h"
+
+namespace corvane::catalogue {
+namespace {
+
+std::string ErrorOf(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (const Error& error) {
+        return error.what();
+    }
+    return "no error";
+}
+
+TEST(Step, RefusesWhatIsWrongByNameValueAndRange)
+{
+    const struct {
+        const char* text;
+        const char* error;
+    } cases[] = {
+        {"", "unknown step ''; `corvane ops` lists the steps"},
+        {"frobnicate", "unknown step 'frobnicate'; `corvane ops` lists the steps"},
+        {"inver", "unknown step 'inver'; did you mean invert?"},
+        {"Invert", "unknown step 'Invert'; did you mean invert?"},
+        {"to", "unknown step 'to'; did you mean to-grey or to-color?"},
+        {"auto-lveels", "unknown step 'auto-lveels'; did you mean auto-levels?"},
+        {"to-grey:x=1", "to-grey: unknown parameter 'x'; it takes none"},
+        {"invert:", "invert: '' is not of the form key=value"},
+        {"invert:rect", "invert: 'rect' is not of the form key=value"},
+        {"invert:rct=0:0:1:1", "invert: unknown parameter 'rct'; did you mean rect?"},
+        {"levels:low=1", "levels: unknown parameter 'low'; it takes min, max or plane"},
+        {"levels:min=1,max=2,", "levels: '' is not of the form key=value"},
+        {"levels:max=1", "levels: min must be given: any number"},
+        {"levels:min=,max=1", "levels: min has no value; it must be any number"},
+        {"levels:min=1,min=2,max=3", "levels: min is given twice"},
+        {"levels:min=ten,max=1", "levels: min = ten: is not a number"},
+        {"levels:min=1x,max=2", "levels: min = 1x: is not a number"},
+        {"levels:min=+-1,max=2", "levels: min = +-1: is not a number"},
+        {"levels:min=nan,max=1", "levels: min = nan: is not a finite number"},
+        {"levels:min=-inf,max=1", "levels: min = -inf: is not a finite number"},
+        {"levels:min=0,max=1e39", "levels: max = 1e39: must be any number that a sample can hold"},
+        {"levels:min=0,max=1e999", "levels: max = 1e999: must be any number that a sample can hold"},
+        {"levels:min=2,max=2", "levels: min = 2, max = 2: min must be less than max"},
+        {"levels:min=0,max=1,plane=1.5", "levels: plane = 1.5: is not a whole number"},
+        {"levels:min=0,max=1,plane=3", "levels: plane = 3: must be 0 to 2"},
+        {"levels:min=0,max=1,plane=-1", "levels: plane = -1: must be 0 to 2"},
+        {"auto-levels:low=100.5", "auto-levels: low = 100.5: must be -100 to 100"},
+        {"auto-levels:per-plane=perhaps", "auto-levels: per-plane = perhaps: must be yes or no"},
+        {"auto-levels:low=-2,high=2", "auto-levels: low = -2, high = 2: their sum must be above 0, or black would not "
+                                      "lie below white"},
+        {"invert:rect=1:2:3", "invert: rect = 1:2:3: must be left:top:right:bottom in whole pixels"},
+        {"invert:rect=1:2:3:4:5", "invert: rect = 1:2:3:4:5: must be left:top:right:bottom in whole pixels"},
+        {"invert:rect=1:2:3:99999999999", "invert: rect = 1:2:3:99999999999: must be left:top:right:bottom in whole "
+                                          "pixels"},
+        {"invert:rect=5:2:5:9", "invert: rect = 5:2:5:9: is empty; right and bottom must lie beyond left and top"},
+        {"clip:min=5,max=4", "clip: min = 5, max = 4: min must be less than max"},
+        {"dark", "dark: file must be given: the name of a file"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(ErrorOf([&] { ParseStep(c.text); }), c.error) << c.text;
+    }
+}
+
+TEST(Step, WritesItselfSoThatItCanBeReadAgain)
+{
+    const struct {
+        const char* text;
+        const char* canonical;
+    } cases[] = {
+        {"to-gray", "to-grey"},
+        {"invert", "invert"},
+        {"invert:rect=10:20:200:300", "invert:rect=10:20:200:300"},
+        {"clip:max=+65535.0,min=0.10", "clip:min=0.1,max=65535"},
+        {"levels:max=1e20,min=-1e-7", "levels:min=-1e-07,max=1e+20"},
+        {"levels:min=0,max=255,plane=0", "levels:min=0,max=255,plane=0"},
+        {"auto-levels:per-plane=on,high=2,low=0.1", "auto-levels:low=0.1,high=2,per-plane=yes"},
+        {"dark:file=a,,b:c=d.fits", "dark:file=a,,b:c=d.fits"},
+    };
+    for (const auto& c : cases) {
+        const std::string canonical = ToText(ParseStep(c.text));
+        EXPECT_EQ(canonical, c.canonical);
+        EXPECT_EQ(ToText(ParseStep(canonical)), canonical);
+    }
+    EXPECT_EQ(InputFiles(ParseStep("dark:file=a,,b:c=d.fits")), std::vector<std::string>{"a,b:c=d.fits"});
+}
+
+// Another user's settings may differ: the text of a step holds those that it ran with.
+TEST(Step, TakesDefaultsFromSettingsAndWritesThemDown)
+{
+    EXPECT_EQ(ToText(ParseStep("auto-levels:high=3")), "auto-levels:low=0.2,high=3,per-plane=no");
+    CRegistry::Write("PrcAutoLevel", "Min", 0.75);
+    CRegistry::Write("PrcAutoLevel", "Plane", 1);
+    EXPECT_EQ(ToText(ParseStep("auto-levels")), "auto-levels:low=0.75,high=1,per-plane=yes");
+    CRegistry::Write("PrcAutoLevel", "Min", 1000.0);
+    EXPECT_EQ(ErrorOf([] { ParseStep("auto-levels"); }), "auto-levels: low = 1000: must be -100 to 100");
+    CRegistry::Write("PrcAutoLevel", "Min", 0.2);
+    CRegistry::Write("PrcAutoLevel", "Plane", 0);
+}
+
+// Nothing in the list can be reached only by reading the source.
+TEST(Operations, AreDescribedInFullAndFoundByEveryName)
+{
+    for (const Operation& operation : Operations()) {
+        EXPECT_FALSE(operation.summary.empty() || operation.help.empty() || !operation.run) << operation.name;
+        EXPECT_EQ(&FindOperation(operation.name), &operation);
+        for (const std::string& alias : operation.aliases) {
+            EXPECT_EQ(&FindOperation(alias), &operation) << alias;
+        }
+        for (const Parameter& parameter : operation.parameters) {
+            EXPECT_FALSE(parameter.summary.empty()) << operation.name << " " << parameter.name;
+            if (const std::optional<Value> value = DefaultValue(parameter)) {
+                EXPECT_EQ(ToText(ParseValue(parameter, ToText(*value))), ToText(*value)) << parameter.name;
+            }
+        }
+    }
+}
+
+} // namespace
+} // namespace corvane::catalogue

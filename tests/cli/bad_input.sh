@@ -1,0 +1,52 @@
+# Files that are missing, broken or do not fit, and outputs that cannot be: status 1, one line, nothing left behind.
+source "$(dirname "$0")/check.bash"
+
+"$MAKE_NIGHT" --lights 3 --darks 1 --flats 0 --bias 0 --size 120x90 night >/dev/null || fail 'make-night'
+"$MAKE_NIGHT" --lights 1 --darks 1 --flats 0 --bias 0 --size 90x120 turned >/dev/null || fail 'make-night'
+lights=(night/light*)
+dark=$(echo night/dark*)
+other=$(echo turned/light*)
+: >empty.fits
+: >empty.png
+echo 'no image' >text.fits
+head -c 1000 "${lights[0]}" >short_header.fits
+head -c 10000 "${lights[0]}" >short_data.fits
+mkdir folder
+
+for file in missing.fits empty.fits empty.png text.fits short_header.fits short_data.fits folder; do
+    refuse 1 "^corvane: $file: " apply $file -o out.fits invert
+    refuse 1 "^corvane: $file: " render $file -o out.png
+    refuse 1 "^corvane: $file: " stack "${lights[@]}" $file -o out.fits --preview out.png
+    refuse 1 "^corvane: $file: " stack "${lights[@]}" -o out.fits --dark $file
+    refuse 1 "^corvane: $file: " apply "${lights[0]}" -o out.fits invert dark:file=$file
+done
+check 1 "missing.fits: .*size +120 x 90, 1 plane.*exposure +60 s" info missing.fits "${lights[0]}"
+check 1 '"error": "no such file".*"width": 120' info --json missing.fits "${lights[0]}"
+
+refuse 1 'light.*: dark: file = .*: is 90 x 120 .*the image is 120 x 90' \
+    apply "${lights[0]}" -o out.fits "dark:file=$(echo turned/dark*)"
+refuse 1 'invert: rect = 0:0:121:90: must lie within the image, 0:0:120:90' \
+    apply "${lights[0]}" -o out.fits invert:rect=0:0:121:90
+refuse 1 "$other: .*90 x 120" stack "${lights[@]}" "$other" -o out.fits
+refuse 1 "turned/dark.*90 x 120" stack "${lights[@]}" -o out.fits --dark turned/dark*
+refuse 1 '--search: -1' stack "${lights[@]}" -o out.fits --search -1
+refuse 1 '--pedestal: ' stack "${lights[@]}" -o out.fits --pedestal nan
+refuse 1 'out.png' stack "${lights[@]}" -o out.png --preview ./out.png
+refuse 1 "${lights[1]}: is both input and output" stack "${lights[@]}" -o "${lights[1]}"
+for output in folder none/out.fits out.jpg; do
+    refuse 1 "^corvane: $output: " apply "${lights[0]}" -o $output invert
+    refuse 1 "^corvane: $output: " render "${lights[0]}" -o $output
+    refuse 1 "^corvane: $output: " stack "${lights[@]}" -o out.fits --preview $output
+done
+
+# A limit for the size of files stands for a full disk.
+(
+    ulimit -f 8
+    refuse 1 'out.fits: cannot be written' apply "${lights[0]}" -o out.fits invert
+    refuse 1 'cannot be written' stack "${lights[@]}" -o out.fits --preview out.png
+    finish
+) || fail 'full disk'
+cp "$dark" kept.fits
+(ulimit -f 8; "$CORVANE" apply "${lights[0]}" -o kept.fits invert 2>/dev/null) && fail 'wrote beyond the limit'
+cmp -s "$dark" kept.fits || fail 'the old output is gone'
+finish

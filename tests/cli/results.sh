@@ -1,0 +1,32 @@
+# What the commands make, from a small night.
+source "$(dirname "$0")/check.bash"
+
+"$MAKE_NIGHT" --lights 4 --darks 2 --flats 2 --bias 2 --size 320x240 night >/dev/null || fail 'make-night'
+lights=(night/light*)
+
+check 0 '^$' apply "${lights[0]}" -o once.fits clip:min=500,max=1000 invert:rect=0:0:10:10
+check 0 'max 1000,' info once.fits
+strings once.fits | grep -q 'HISTORY corvane apply clip:min=500,max=1000' || fail 'no HISTORY line'
+mapfile -t steps < <(fold -w 80 once.fits | sed -n 's/^HISTORY corvane apply \([^ ]*\) *$/\1/p')
+check 0 '^$' apply "${lights[0]}" -o again.fits "${steps[@]}"
+cmp -s once.fits again.fits || fail 'the steps in HISTORY give another result'
+check 0 '^$' apply again.fits -o again.fits --bits 16 to-color
+check 0 '320 x 240, 3 planes.*16 bits' info again.fits
+
+for levels in auto file 500,700; do
+    check 0 '^$' render "${lights[0]}" -o "$levels.png" --levels "$levels"
+    check 0 '320 x 240, 1 plane.*PNG, 8 bits' info "$levels.png"
+done
+cmp -s auto.png 500,700.png && fail '--levels makes no difference'
+
+check 0 '4 lights, 4 used, 0 rejected.*shift .*stack: s.fits.*preview: s.png' \
+    stack "${lights[@]}" -o s.fits --preview s.png --align shift --method clipped-mean \
+    --dark night/dark* --bias night/bias* --flat night/flat*
+check 0 '^$' stack -q -o plain.fits --align shift --method clipped-mean \
+    --dark night/dark* --bias night/bias* --flat night/flat* -- "${lights[@]}"
+cmp -s s.fits plain.fits || fail 'a preview changes the stack'
+# A file may be called as a command is, and no step of `apply` is taken for one.
+cp "${lights[0]}" stack
+check 0 '320 x 240' info stack
+check 0 '^$' apply stack -o info.fits invert
+finish

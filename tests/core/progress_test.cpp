@@ -1,0 +1,94 @@
+#include <climits>
+
+#include <gtest/gtest.h>
+
+#include "corvane/core/stl_image.h"
+#include "corvane/resources/string_table.h"
+#include "tests/support/progress_window.h"
+
+using namespace corvane::test;
+using Messages = std::vector<std::string>;
+
+namespace {
+
+/// An image that reports to a recording window.
+struct Progress : testing::Test {
+    Progress() { image.SetProgressHandle(window.Handle()); }
+    void Press(WPARAM key) { PostMessageA(window.Handle(), WM_KEYDOWN, key, 0); }
+    int PendingKeys()
+    {
+        MSG message;
+        int count = 0;
+        while (PeekMessageA(&message, nullptr, WM_KEYDOWN, WM_KEYDOWN, PM_REMOVE)) {
+            ++count;
+        }
+        return count;
+    }
+
+    ProgressWindow window;
+    CStlImage image;
+};
+
+} // namespace
+
+TEST_F(Progress, ReportsAboutFiftyTimes)
+{
+    for (const int total : {1, 30, 99, 120, 1000}) {
+        for (const int step : {1, 40}) {
+            const std::vector<int> steps(static_cast<std::size_t>(total), step);
+            image.ShowProgressInit(1, IDS_INVERT, total);
+            for (const int n : steps) {
+                EXPECT_EQ(image.ShowProgress(n), 1);
+            }
+            image.ShowProgressEnd(nullptr);
+            EXPECT_EQ(window.Take(), Counted("Inverting...", total, steps)) << total << ' ' << step;
+        }
+    }
+    image.ShowProgressInit(1, "none", 0); // not guarded
+    image.ShowProgress(1);
+    EXPECT_EQ(window.Take(), (Messages{"0:none", "1:" + std::to_string(INT_MIN)}));
+}
+
+TEST_F(Progress, DirectModeForwards)
+{
+    image.ShowProgressInit("direct");
+    for (const int n : {7, -3, 200}) {
+        image.ShowProgress(n);
+    }
+    image.ShowProgressInit(IDS_CALCULATION);
+    image.ShowProgressMsg(IDS_INITIALIZING);
+    image.ShowProgressEnd(IDS_LUCY_CANCELLED);
+    image.ShowProgressEnd(nullptr);
+    image.ShowProgressMsg("still");
+    EXPECT_EQ(window.Take(), (Messages{"0:direct", "1:7", "1:-3", "1:200", "0:Calculating...", "4:Initializing...",
+                                       "2:Cancelled", "4:still"}));
+    image.ShowProgressInit(1, "counted again", 2);
+    image.ShowProgress(1);
+    EXPECT_EQ(window.Take(), (Messages{"0:counted again", "1:50"}));
+}
+
+TEST_F(Progress, HiddenItLeavesTheQueueAlone)
+{
+    image.ShowProgressInit(0, IDS_INVERT, 10);
+    Press(VK_ESCAPE);
+    EXPECT_EQ(image.ShowProgress(1), 1);
+    image.ShowProgressEnd(nullptr);
+    EXPECT_TRUE(window.Take().empty());
+    EXPECT_EQ(PendingKeys(), 1);
+}
+
+TEST_F(Progress, EscapeCancelsAndOtherKeysAreDropped)
+{
+    image.ShowProgressInit(1, "keys", 1000);
+    for (const WPARAM key : {WPARAM{65}, WPARAM{66}, WPARAM{VK_ESCAPE}, WPARAM{67}}) {
+        Press(key);
+    }
+    PostMessageA(window.Handle(), WM_PAINT, 0, 0);
+    EXPECT_EQ(image.ShowProgress(1), 0);
+    EXPECT_EQ(window.Paints(), 0); // ESC returns before anything is painted
+    EXPECT_EQ(PendingKeys(), 1);
+    Press(68);
+    EXPECT_EQ(image.ShowProgress(0), 1);
+    EXPECT_EQ(window.Paints(), 1);
+    EXPECT_EQ(PendingKeys(), 0);
+}

@@ -1,0 +1,136 @@
+#include "corvane/core/vm_image.h"
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "corvane/core/memory_budget.h"
+#include "corvane/platform/memory_exception.h"
+#include "corvane/tone/invert.h"
+#include "tests/support/images.h"
+#include "tests/support/storage.h"
+
+using namespace corvane::test;
+
+namespace {
+
+constexpr std::uint64_t kMiB = 1 << 20;
+// Rows that do not divide a page; three planes of 600 rows are 6.9 MiB, in pages of 262 rows.
+constexpr Size kLarge{1000, 600};
+
+enum class Locking { kNever, kEachRow, kAllAtOnce, kHeldForEver };
+
+CStlImage Zeros(int planes)
+{
+    return {-32, kLarge.width, kLarge.height, planes, 1.0, 0.0, 1};
+}
+
+/// Calls visit(row, first sample's number) for every row, releasing rows as callers do; checks the bound at every row.
+template <class Visit>
+void WalkRows(const CStlImage& image, Locking locking, Visit visit)
+{
+    const CVmImage& store = *image.GetStore();
+    const std::uint64_t page = static_cast<std::uint64_t>(store.GetRowsPerPage()) * kLarge.width * sizeof(float);
+    std::uint64_t most = 0;
+    for (int row = 0; row < image.GetPlanes() * kLarge.height; ++row) {
+        void* lock = nullptr;
+        const int flags = locking == Locking::kNever ? 0 : 2;
+        visit(image.GetImageAdr(0, row % kLarge.height, row / kLarge.height, flags, &lock), row * kLarge.width);
+        EXPECT_EQ(locking == Locking::kEachRow ? image.Unlock(lock) : 1, 1);
+        most = std::max(most, store.GetResidentBytes());
+    }
+    if (locking == Locking::kAllAtOnce) {
+        image.UnlockAll();
+    }
+    EXPECT_GT(most, 0U);
+    EXPECT_LE(most, 4 * page);
+}
+
+} // namespace
+
+TEST(PagedStore, KeepsContentsWithinTheBoundUnderEveryLocking)
+{
+    const TightMemory tight(kMiB);
+    for (const Locking locking : {Locking::kNever, Locking::kEachRow, Locking::kAllAtOnce, Locking::kHeldForEver}) {
+        SCOPED_TRACE(static_cast<int>(locking));
+        const CStlImage image = Zeros(3);
+        ASSERT_TRUE(image.GetStore()->IsPaged());
+        int wrong = 0;
+        for (int pass = 0; pass < 3; ++pass) {
+            WalkRows(image, locking, [&](float* row, int number) {
+                for (int x = 0; x < kLarge.width; ++x) {
+                    wrong += row[x] != static_cast<float>(pass == 0 ? 0 : number + x + pass);
+                    row[x] = static_cast<float>(number + x + pass + 1);
+                }
+            });
+        }
+        EXPECT_EQ(wrong, 0);
+    }
+}
+
+TEST(PagedStore, AHeldPageStaysUntilItIsReleased)
+{
+    const TightMemory tight(kMiB);
+    const CStlImage image = Zeros(3);
+    void* first = nullptr;
+    void* second = nullptr;
+    image.GetImageAdr(0, 0, 0, 3, &first);
+    image.GetImageAdr(5, 1, 0, 2, &second); // the same page again
+    WalkRows(image, Locking::kNever, [](const float*, int) {});
+    EXPECT_EQ(image.Unlock(first), 1);
+    EXPECT_EQ(image.Unlock(second), 1);
+    EXPECT_EQ(image.Unlock(second), 0);
+    image.GetImageAdr(0, 0, 0, 2, &first);
+    image.UnlockAll();
+    EXPECT_EQ(image.Unlock(first), 0);
+    EXPECT_EQ(image.Unlock(&first), 0);
+}
+
+TEST(PagedStore, WorksLikePlainMemoryAndGivesItBack)
+{
+    const CStlImage plain = RandomImage(kLarge, 3, 5);
+    CStlImage source(plain);
+    CImgInvert inverted(plain);
+    inverted.Do(&source, nullptr, 0);
+    const TightMemory tight(kMiB);
+    WalkRows(Zeros(3), Locking::kNever, [](const float*, int) {}); // drops what earlier images left behind
+    const std::uint64_t before = corvane::MemoryInUse();
+    {
+        CStlImage paged(plain);
+        CImgInvert operation(paged);
+        operation.Do(&paged, nullptr, 0);
+        EXPECT_TRUE(paged.GetStore()->IsPaged() && operation.GetStore()->IsPaged() && !plain.GetStore()->IsPaged());
+        EXPECT_EQ(Samples(paged), Samples(plain));
+        EXPECT_EQ(Samples(operation), Samples(inverted));
+        EXPECT_EQ(Samples(CStlImage(operation)), Samples(inverted));
+        ASSERT_EQ(paged.ChangeSize(1001, 599), 1);
+        EXPECT_EQ(*paged.GetImageAdr(999, 598, 2), *plain.GetImageAdr(999, 598, 2));
+    }
+    EXPECT_EQ(corvane::MemoryInUse(), before);
+}
+
+TEST(PagedStore, WithoutASpillFolderThereIsNoMemory)
+{
+    const TightMemory tight(kMiB);
+    CStlImage small = RandomImage({100, 100}, 1, 6);
+    const std::vector<float> samples = Samples(small);
+    const CStlImage paged = Zeros(1);
+    corvane::SetSpillFolder((tight.Folder() / "missing").string());
+    EXPECT_THROW(Zeros(1), CMemoryException);
+    EXPECT_THROW(small.CopyImage(paged), CMemoryException);
+    EXPECT_THROW(CImage(-64, 2147483647, 2147483647, 3, 1.0, 0.0, 1), CMemoryException);
+    EXPECT_EQ(small.CImage::Create(paged) + small.ChangeSize(4000, 4000), 0);
+    EXPECT_EQ(Samples(small), samples);
+}
+
+TEST(MemoryBudget, ReadsAmounts)
+{
+    std::uint64_t bytes = 0;
+    for (const auto& [text, expected] :
+         {std::pair{"123", 123ULL}, {"4K", 4096ULL}, {"2m", 2ULL << 20}, {"17179869183G", 17179869183ULL << 30}}) {
+        EXPECT_TRUE(corvane::ParseMemorySize(text, bytes) && bytes == expected) << text;
+    }
+    for (const char* text : {"", "K", "4KB", "-1", "1.5G", " 1", "17179869184G", "99999999999999999999"}) {
+        EXPECT_FALSE(corvane::ParseMemorySize(text, bytes)) << text;
+    }
+}

@@ -1,0 +1,181 @@
+#include "corvane/core/progress_message.h"
+#include "corvane/platform/messages.h"
+#include "tests/stack/test_night.h"
+
+namespace corvane::stack {
+
+namespace {
+
+double Ramp(int x, int y, int)
+{
+    return 1000 + 10 * y + x;
+}
+
+} // namespace
+
+class RunTest : public Night {
+protected:
+    std::string SaveRamp(const std::string& name, double exposure = 60.0, int width = 20, int planes = 1)
+    {
+        return Save(name, Make(width, 16, planes, Ramp), exposure);
+    }
+};
+
+TEST_F(RunTest, HeaderTellsWhatTheStackIsMadeOf)
+{
+    const CStlImage image = Make(20, 16, 1, Ramp);
+    Options options;
+    const char* const starts[] = {"2024-07-30T22:44:00", "2024-07-30T22:40:00", "2024-07-30T22:48:00.5"};
+    const double exposures[] = {60.0, 60.0, 61.0};
+    for (int i = 0; i < 3; ++i) {
+        options.lights.push_back(Save("l" + std::to_string(i) + ".fits", image, exposures[i], [&](io::Header& header) {
+            header.Set("OBJECT", "M 31");
+            header.Set("DATE-OBS", starts[i]);
+            header.Set("DATE-END", starts[i]);
+            header.Set("MJD-OBS", 60521.9);
+            header.Set("DATAMAX", 1170.0);
+            header.Set("CALSTAT", "DX");
+            header.Set("PEDESTAL", -100);
+        }));
+    }
+    options.bias = {Save("b.fits", Make(20, 16, 1, [](int, int, int) { return 5; }), 0.0)};
+    options.flats = {SaveRamp("f1.fits"), SaveRamp("f2.fits")};
+    options.pedestal = 20.0;
+    options.method = CombineMethod::kClippedMean;
+    const io::Header header = stack::Run(options).header;
+    EXPECT_EQ(header.Text("OBJECT"), "M 31");
+    EXPECT_EQ(header.Number("NCOMBINE"), 3.0);
+    EXPECT_EQ(header.Number("STACKCNT"), 3.0);
+    EXPECT_EQ(header.Number("EXPTIME"), 60.0);
+    EXPECT_EQ(header.Number("LIVETIME"), 181.0);
+    EXPECT_EQ(header.Text("CALSTAT"), "BDFX");
+    EXPECT_EQ(header.Number("PEDESTAL"), -120.0);
+    EXPECT_EQ(header.Text("DATE-OBS"), "2024-07-30T22:40:00.000");
+    EXPECT_EQ(header.Text("DATE-AVG"), "2024-07-30T22:44:30.333");
+    for (const char* stale : {"DATE-END", "MJD-OBS", "DATAMAX"}) {
+        EXPECT_FALSE(header.Has(stale)) << stale;
+    }
+    const auto history = header.History();
+    ASSERT_EQ(history.size(), 2U);
+    EXPECT_EQ(history[0], "stack --method clipped-mean --align none --pedestal 20");
+    EXPECT_PRED2(Holds, history[1], ": 3 of 3 lights; bias " + Path("b.fits") + "; flat median of 2 from ");
+}
+
+TEST_F(RunTest, SaysWhatItAssumesOfUnknownExposures)
+{
+    Options options;
+    options.lights = {SaveRamp("a.fits"), SaveRamp("b.fits", 0.0)};
+    options.darks = {SaveRamp("dark.fits")};
+    const Result result = stack::Run(options);
+    EXPECT_EQ(result.notes,
+              std::vector<std::string>{"the exposure of 1 of 2 lights is not known; the darks were taken as "
+                                       "matching them"});
+    EXPECT_FALSE(result.header.Has("LIVETIME"));
+}
+
+TEST_F(RunTest, WrongInputIsAnErrorThatNamesIt)
+{
+    const std::string light = SaveRamp("light.fits");
+    const std::string wide = SaveRamp("wide.fits", 60.0, 24);
+    const std::string colour = SaveRamp("colour.fits", 60.0, 20, 3);
+    const std::string shorter = SaveRamp("short.fits", 30.0);
+    const std::string black = Save("black.fits", Make(20, 16, 1, [](int, int, int) { return 0; }));
+    Options base;
+    base.lights = {light};
+    const struct {
+        std::function<void(Options&)> change;
+        std::string text;
+    } cases[] = {
+        {[](Options& o) { o.lights.clear(); }, "option LIGHT: no file is not allowed; it takes one or more lights"},
+        {[&](Options& o) { o.lights.push_back(Path("none.fits")); }, "none.fits: "},
+        {[&](Options& o) { o.lights.push_back(Path("./light.fits")); }, "each light once"},
+        {[&](Options& o) { o.lights.push_back(wide); },
+         "wide.fits: the light is 24 x 16 (1 plane), but the first light"},
+        {[&](Options& o) { o.lights.push_back(colour); }, "colour.fits: the light is 20 x 16 (3 planes), but"},
+        {[&](Options& o) { o.bias = {wide}; }, "wide.fits: the bias is 24 x 16 (1 plane), but the light"},
+        {[&](Options& o) { o.darks = {colour}; }, "colour.fits: the dark is 20 x 16 (3 planes), but the light"},
+        {[&](Options& o) { o.flats = {wide}; }, "wide.fits: the flat is"},
+        {[&](Options& o) { o.flats = {black}; }, "black.fits: the flat cannot be used"},
+        {[&](Options& o) {
+             o.flats = {light, black};
+         },
+         "black.fits: the flat holds no light"},
+        {[&](Options& o) { o.flatDarks = {light}; }, "option --flat-dark: "},
+        {[&](Options& o) {
+             o.flats = {light};
+             o.flatDarks = {wide};
+         },
+         "wide.fits: the flat-dark is"},
+        {[&](Options& o) { o.darks = {shorter}; },
+         "light.fits: the light has 60 s, but the darks have 30 s: add --bias"},
+        {[&](Options& o) {
+             o.darks = {shorter, light};
+         },
+         "light.fits: the dark has 60 s, but the dark"},
+        {[](Options& o) { o.search = -1; }, "option --search: -1 is not allowed; it takes 0 to 2048"},
+        {[](Options& o) { o.size = 7; }, "option --size: 7 is not allowed; it takes 8 to 256"},
+        {[](Options& o) { o.pedestal = std::nan(""); }, "option --pedestal: nan is not allowed; it takes 0 to 1e+09"},
+        {[](Options& o) { o.align = AlignMethod::kShift; },
+         "option --size: 32 is not allowed; it takes at most 16, the smaller side"},
+        {[](Options& o) {
+             o.align = AlignMethod::kShift;
+             o.size = 8;
+             o.reference = PixelPlace{20, 3};
+         },
+         "option --reference: 20,3 is not allowed; it takes 0,0 to 19,15"},
+    };
+    for (const auto& wrong : cases) {
+        Options options = base;
+        wrong.change(options);
+        EXPECT_PRED2(Holds, Thrown([&] { stack::Run(options); }), wrong.text);
+    }
+}
+
+TEST_F(RunTest, OutputsAreNoInputsAndDifferFromEachOther)
+{
+    Options options;
+    options.lights = {Path("a.fits[1]")};
+    options.flats = {Path("f.fits")};
+    EXPECT_NO_THROW(CheckOutputs(options, {Path("out.fits"), Path("out.png")}));
+    EXPECT_EQ(Thrown([&] { CheckOutputs(options, {Path("x/../a.fits")}); }), "a.fits: is both input and output");
+    EXPECT_EQ(Thrown([&] { CheckOutputs(options, {Path("f.fits")}); }), "f.fits: is both input and output");
+    EXPECT_EQ(Thrown([&] {
+                  CheckOutputs(options, {Path("o.fits"), Path("./o.fits")});
+              }),
+              "o.fits: is named for two outputs");
+}
+
+TEST_F(RunTest, EscapeStopsEveryStage)
+{
+    const auto sky = Sky(120, 120, 1, {{60, 60, 5000}});
+    Options options;
+    options.lights = {Save("a.fits", sky), Save("b.fits", sky)};
+    const auto flat = Make(120, 120, 1, Ramp);
+    options.flats = {Save("f.fits", flat), Save("g.fits", flat)};
+    options.align = AlignMethod::kShift;
+    options.search = 4;
+    std::vector<std::string> texts;
+    std::size_t stopAt = 100;
+    HWND window = platform::CreateMessageWindow([&](UINT message, WPARAM word, LPARAM data) -> LRESULT {
+        if (message == kProgressMessage && word == kProgressStart) {
+            texts.emplace_back(reinterpret_cast<const char*>(data));
+            if (texts.size() == stopAt) {
+                PostMessageA(nullptr, WM_KEYDOWN, VK_ESCAPE, 0);
+            }
+        }
+        return 0;
+    });
+    options.progressWindow = window;
+    stack::Run(options);
+    const std::vector<std::string> expected = {"Checking frames...", "Measuring flats...", "Combining flats...",
+                                               "Aligning frames...", "Combining frames..."};
+    EXPECT_EQ(texts, expected);
+    for (stopAt = 1; stopAt <= expected.size(); ++stopAt) {
+        texts.clear();
+        EXPECT_EQ(Thrown([&] { stack::Run(options); }), "cancelled") << expected[stopAt - 1];
+        EXPECT_EQ(texts.size(), stopAt);
+    }
+    platform::DestroyMessageWindow(window);
+}
+
+} // namespace corvane::stack
