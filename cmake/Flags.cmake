@@ -15,10 +15,12 @@ target_compile_definitions(corvane_flags INTERFACE CORVANE_VERSION="${PROJECT_VE
 # The same input gives the same bits on every processor: no fused multiply-add behind our back, and nothing that lets
 # the compiler reorder arithmetic. Dropping errno and trap bookkeeping changes no result and lets loops vectorise.
 # Without semantic interposition an exported member can be inlined into the library's own loops. GCC's vectoriser of
-# straight-line code fuses a product with an alternating sum even so, so it stays off.
+# straight-line code fuses a product with an alternating sum even so: it stays off, and short loops stay loops for the
+# other vectoriser.
 target_compile_options(corvane_flags INTERFACE
     -ffp-contract=off -fno-math-errno -fno-trapping-math -fno-semantic-interposition
     $<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize>
+    "$<$<CXX_COMPILER_ID:GNU>:SHELL:--param max-completely-peel-times=8>"
     $<$<CONFIG:RelWithDebInfo>:-O3>)
 
 # Row kernels join conditions with | and &, because || and && would branch on every sample.

@@ -26,12 +26,12 @@ struct PixelPlace {
 
 /// @name Ranges and defaults of the options
 /// @{
-inline constexpr int kMinPatchSize = 8;
-inline constexpr int kMaxPatchSize = 256;
-inline constexpr int kDefaultPatchSize = 32;
-inline constexpr int kMaxSearch = 2048;
-inline constexpr int kDefaultSearch = 64;
-inline constexpr double kMaxPedestal = 1e9;
+inline constexpr int kMinPatchSize = 8;      ///< smallest patch [pixels]
+inline constexpr int kMaxPatchSize = 256;    ///< largest patch [pixels]
+inline constexpr int kDefaultPatchSize = 32; ///< [pixels]
+inline constexpr int kMaxSearch = 2048;      ///< farthest that a patch is looked for [pixels]
+inline constexpr int kDefaultSearch = 64;    ///< [pixels]
+inline constexpr double kMaxPedestal = 1e9;  ///< largest pedestal [raw units]
 /// @}
 
 /// What to stack and how. File names are as `io::OpenFrame` takes them.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <utility>
 
 namespace corvane::stack {
 
@@ -11,6 +12,9 @@ namespace {
 constexpr double kNearCeiling = 0.98;
 constexpr int kPlateau = 4;    // so many equal largest samples make a ceiling
 constexpr double kRival = 0.6; // of a star's brightness: enough to be taken for it
+constexpr double kEdge = 0.3;  // as bad as a star of this brightness that could be taken for it
+constexpr double kFaint = 0.5; // of the brightest: its place is measured far worse
+constexpr double kTrail = 0.1; // of a star's brightness: enough to disturb the comparison of its patch
 constexpr int kSameStar = 3;   // maxima so close belong to one star [pixels]
 
 double FullScale(int bits)
@@ -48,17 +52,29 @@ double RivalBrightness(const std::vector<Star>& stars, const Star& star, int rea
     double rival = 0.0;
     for (const Star& other : stars) {
         const int distance = Distance(star, other);
-        if (distance > kSameStar && distance <= reach && (other.IsSpread() || other.isSaturated)) {
+        if (distance > kSameStar && distance <= reach && (other.IsPoint() || other.isSaturated)) {
             rival = std::max(rival, other.excess / star.excess);
         }
     }
     return rival;
 }
 
+/// True when a trail crosses the patch of a star. Hot pixels and tracks are removed from it.
+bool IsCrossed(const std::vector<Star>& stars, const Star& star, int size)
+{
+    return std::any_of(stars.begin(), stars.end(), [&](const Star& other) {
+        return other.isSpread && !other.isRound && other.excess > kTrail * star.excess &&
+               Distance(star, other) <= size / 2;
+    });
+}
+
 bool LiesInside(const Star& star, int width, int height, int margin)
 {
     return star.x >= margin && star.y >= margin && star.x < width - margin && star.y < height - margin;
 }
+
+/// What speaks against a star, the gravest first.
+using Fault = std::pair<bool, double>;
 
 } // namespace
 
@@ -74,27 +90,29 @@ void MarkSaturated(const CStlImage& raw, int plane, std::vector<Star>& stars)
 
 std::optional<PixelPlace> ChooseReference(const std::vector<Star>& stars, int width, int height, int size, int search)
 {
-    const Star* isolated = nullptr;
-    const Star* standsOut = nullptr;
-    double leastRival = std::numeric_limits<double>::infinity();
+    const Star* best = nullptr;
+    Fault least;
+    double brightest = 0.0;
     for (const Star& star : stars) {
-        if (!star.IsSpread() || star.isSaturated || !LiesInside(star, width, height, size / 2)) {
+        if (!star.IsPoint() || star.isSaturated || !LiesInside(star, width, height, size / 2)) {
             continue;
         }
+        brightest = std::max(brightest, star.excess);
+        if (best != nullptr && !least.first && star.excess < kFaint * brightest) {
+            break;
+        }
         const double rival = RivalBrightness(stars, star, search + size / 2);
-        if (rival < kRival && LiesInside(star, width, height, size / 2 + search)) {
-            return PixelPlace{star.x, star.y};
+        const double edge = LiesInside(star, width, height, size / 2 + search) ? 0.0 : kEdge;
+        const Fault fault{IsCrossed(stars, star, size), rival < kRival ? edge : rival};
+        if (best == nullptr || fault < least) {
+            best = &star;
+            least = fault;
         }
-        if (rival < kRival && isolated == nullptr) {
-            isolated = &star;
-        }
-        if (rival < leastRival) {
-            leastRival = rival;
-            standsOut = &star;
+        if (least == Fault()) {
+            break;
         }
     }
-    const Star* chosen = isolated != nullptr ? isolated : standsOut;
-    return chosen != nullptr ? std::optional(PixelPlace{chosen->x, chosen->y}) : std::nullopt;
+    return best != nullptr ? std::optional(PixelPlace{best->x, best->y}) : std::nullopt;
 }
 
 } // namespace corvane::stack

@@ -12,64 +12,29 @@ namespace corvane::stack {
 namespace {
 
 constexpr double kLeastCorrelation = 0.7;
-constexpr double kLeastPeak = 5.0;  // sigmas above the sky
-constexpr double kMostGain = 3.0;   // brighter or fainter than the reference
-constexpr int kFineReach = 3;       // the fine passes look so far beyond the search [pixels]
-constexpr double kSkyOffset = 10.0; // in units of the patch's peak
-constexpr std::size_t kWitnesses = 8;
-constexpr int kWitnessReach = 512;         // columns; farther away a turn of the field shows
-constexpr int kWitnessTolerance = 3;       // pixels
-constexpr double kWitnessDetection = 10.0; // sigmas that it should have
-constexpr double kWitnessBrightness = 0.3; // of what it should have
+constexpr double kLoneCorrelation = 0.9; // where the reference has hardly another star
+constexpr double kLoneGain = 1.5;        // there, too
+constexpr double kLeastPeak = 8.0;       // sigmas above the sky; the shift then is off by 0.14 pixels (1 sigma) at most
+constexpr double kMostGain = 3.0;        // brighter or fainter than the reference
+constexpr int kFineReach = 3;            // the fine passes look so far beyond the search [pixels]
+constexpr double kSkyOffset = 10.0;      // in units of the patch's peak
+constexpr std::size_t kWitnesses = 24;
+constexpr int kWitnessReach = 256;         // pixels; farther away a turn of the field shows
+constexpr double kWitnessTolerance = 2.0;  // pixels
+constexpr double kWitnessTurn = 0.01;      // more of them for each pixel of distance from the star
+constexpr double kWitnessExcess = 10.0;    // sigmas in the reference
+constexpr double kWitnessDetection = 6.0;  // sigmas that it should have in the frame
+constexpr double kWitnessPeak = 4.0;       // sigmas that it must have
+constexpr double kWitnessBrightness = 0.4; // of what it should have, and the inverse
+constexpr std::size_t kFewWitnesses = 2;   // as many as chance may put into their places
+constexpr int kEnoughWitnesses = 3;        // in their places; chance does not put so many there
 constexpr int kAttempts = 5;
-constexpr int kErasedReach = 6; // pixels, beyond which a smoothed star hardly goes
+constexpr int kStarReach = 6;       // pixels, beyond which a smoothed star hardly goes
+constexpr double kMostDrift = 0.25; // pixels; farther off the centroid, something lies on the star
 
 double Tenths(double v)
 {
     return std::round(v * 10.0) / 10.0;
-}
-
-/// Sums for the correlation and the regression of one set of samples on another.
-struct Regression {
-    double n = 0.0;
-    double s = 0.0;
-    double r = 0.0;
-    double ss = 0.0;
-    double rr = 0.0;
-    double sr = 0.0;
-
-    void Add(double sample, double reference)
-    {
-        n += 1.0;
-        s += sample;
-        r += reference;
-        ss += sample * sample;
-        rr += reference * reference;
-        sr += sample * reference;
-    }
-    double Covariance() const { return sr - s * r / n; }
-    double Variance() const { return rr - r * r / n; }
-    double Correlation() const
-    {
-        const double product = Variance() * (ss - s * s / n);
-        return product > 0.0 ? Covariance() / std::sqrt(product) : 0.0;
-    }
-    double Gain() const { return Variance() > 0.0 ? Covariance() / Variance() : 0.0; }
-};
-
-/// Compares the patch with what lies at a place of a window. Levels are taken off, which keeps the sums exact.
-Regression Compare(const CStlImage& window, double x, double y, const CStlImage& patch, double level)
-{
-    Regression sums;
-    for (int plane = 0; plane < patch.GetPlanes(); ++plane) {
-        for (int row = 0; row < patch.GetHeight(); ++row) {
-            for (int column = 0; column < patch.GetWidth(); ++column) {
-                sums.Add(window.GetPixelGrayRaw(x + column, y + row, plane) - level,
-                         patch.GetPixelGrayRaw(column, row, plane) - level);
-            }
-        }
-    }
-    return sums;
 }
 
 /// Smooths a plane by the binomial filter of five taps, along rows and columns. The search reads one of two images
@@ -117,42 +82,51 @@ Peak FindPeak(const CStlImage& image, int plane, int left, int top, int size)
 
 ShiftRegistration::ShiftRegistration(const CStlImage& reference, PixelPlace centre, const std::vector<Star>& stars,
                                      const Options& options)
-    : size_(options.size), search_(options.search),
+    : width_(reference.GetWidth()), size_(options.size), search_(options.search),
       left_(std::clamp(centre.x - size_ / 2, 0, reference.GetWidth() - size_)),
       top_(std::clamp(centre.y - size_ / 2, 0, reference.GetHeight() - size_)),
-      rows_{std::max(top_ - search_ - kFineReach, 0),
-            std::min(top_ + size_ + search_ + kFineReach, reference.GetHeight())}
+      rows_{std::max(centre.y - std::max(size_ + search_ + kFineReach, kWitnessReach), 0),
+            std::min(centre.y + std::max(size_ + search_ + kFineReach, kWitnessReach), reference.GetHeight())}
 {
     const int margin = search_ + kFineReach;
     CStlImage surroundings(Cut(reference, 0));
     for (int plane = 0; plane < reference.GetPlanes(); ++plane) {
         const Peak peak = FindPeak(surroundings, plane, margin, margin, size_);
-        offset_ = std::max(offset_, kSkyOffset * peak.value);
+        patch_.level = std::max(patch_.level, kSkyOffset * peak.value);
         if (plane == StarPlane(reference)) {
-            peak_ = peak.value;
-            peakX_ = peak.x - margin;
-            peakY_ = peak.y - margin;
+            patch_.plane = plane;
+            patch_.peak = peak.value;
+            patch_.peakX = peak.x - margin;
+            patch_.peakY = peak.y - margin;
         }
     }
     surroundings = Cut(reference, 0); // again, now that the level is known
-    patch_ = CStlImage(-32, size_, size_, reference.GetPlanes(), 1.0, 0.0, 1);
-    patch_.PixelBlt(0, 0, size_, size_, &surroundings, margin, margin, 0);
-    ChooseWitnesses(centre, stars);
+    patch_.image = CStlImage(-32, size_, size_, reference.GetPlanes(), 1.0, 0.0, 1);
+    patch_.image.PixelBlt(0, 0, size_, size_, &surroundings, margin, margin, 0);
+    ChooseWitnesses(stars, MeasureSky(reference, StarPlane(reference)));
 }
 
-void ShiftRegistration::ChooseWitnesses(PixelPlace centre, const std::vector<Star>& stars)
+/// The brightest other stars, the only ones that chance hardly puts into each other's places.
+void ShiftRegistration::ChooseWitnesses(const std::vector<Star>& stars, const Sky& sky)
 {
     for (const Star& star : stars) {
-        const bool isOther = std::max(std::abs(star.x - centre.x), std::abs(star.y - centre.y)) > 2 * kWitnessTolerance;
-        const bool isNear = star.y >= rows_.first && star.y < rows_.end && std::abs(star.x - centre.x) < kWitnessReach;
-        if (star.IsSpread() && isOther && isNear && witnesses_.size() < kWitnesses) {
+        const int distance = Distance(star);
+        const bool isOther = distance > kStarReach && distance < kWitnessReach;
+        const bool isBright = star.excess > kWitnessExcess * sky.noise;
+        if (star.IsPoint() && isOther && isBright && witnesses_.size() < kWitnesses) {
             witnesses_.push_back(star);
         }
     }
 }
 
-/// The surroundings of the patch in a frame of which rows from firstRow on are given: smoothed, without hot pixels, the
-/// sky at the common level, and nothing but sky where the frame has nothing.
+/// Of another star from the patch's.
+int ShiftRegistration::Distance(const Star& other) const
+{
+    return std::max(std::abs(other.x - left_ - patch_.peakX), std::abs(other.y - top_ - patch_.peakY));
+}
+
+/// The surroundings of the patch in a frame of which rows from firstRow on are given: smoothed, without hits, the sky
+/// at the common level, and nothing but sky where the frame has nothing.
 CStlImage ShiftRegistration::Cut(const CStlImage& rows, int firstRow) const
 {
     const int margin = search_ + kFineReach;
@@ -168,10 +142,11 @@ CStlImage ShiftRegistration::Cut(const CStlImage& rows, int firstRow) const
                 const int column = left_ - margin + x;
                 const bool exists = from >= 0 && from < rows.GetHeight() && column >= 0 && column < rows.GetWidth();
                 const double s = exists ? rows.GetPixelGrayRaw(column, from, plane) : sky.level;
-                row[x] = static_cast<float>(std::isfinite(s) && !isBlank(s) ? s - sky.level + offset_ : offset_);
+                row[x] =
+                    static_cast<float>(std::isfinite(s) && !isBlank(s) ? s - sky.level + patch_.level : patch_.level);
             }
         }
-        RemoveHotPixels(window, plane, {offset_, sky.noise});
+        RemoveHits(window, plane, {patch_.level, sky.noise});
         Smooth(window, plane);
     }
     return window;
@@ -184,19 +159,23 @@ Match ShiftRegistration::Find(const CStlImage& rows) const
     Match first;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         Found found = Search(window, sky);
-        const bool isStar = found.match.reason.empty();
-        const Witnesses witnesses = isStar ? CountWitnesses(rows, found.match, found.gain, sky) : Witnesses();
-        if (isStar && (witnesses.Disagree() || (attempt > 0 && witnesses.expected < 2))) {
-            found.match.reason = witnesses.Text();
+        Match& match = found.match;
+        const bool isStar = match.reason.empty();
+        if (isStar) {
+            match.reason = JudgeWitnesses(found, CountWitnesses(rows, found, sky));
         }
-        if (found.match.reason.empty()) {
-            return found.match;
+        if (match.reason.empty() && !IsLone()) {
+            return match;
         }
-        first = attempt == 0 ? found.match : first;
+        if (attempt == 0) {
+            first = match;
+        } else if (first.reason.empty() && match.reason.empty()) {
+            first.reason = "several stars match the reference equally well";
+        }
         if (!isStar) {
             break;
         }
-        Erase(window, found.x + peakX_, found.y + peakY_);
+        Erase(window, found.x + patch_.peakX, found.y + patch_.peakY);
     }
     return first;
 }
@@ -205,35 +184,37 @@ Match ShiftRegistration::Find(const CStlImage& rows) const
 ShiftRegistration::Found ShiftRegistration::Search(CImgMatching& window, const Sky& sky) const
 {
     const double start = search_ + kFineReach;
-    Found found{{}, start, start, 0.0};
-    CStlImage patch(patch_);
+    Found found{{}, start, start, 0.0, 0.0};
+    CStlImage patch(patch_.image);
     if (window.Do(&patch, &found.x, &found.y, 2 * search_, 1, 0) == 0) {
         found.match.reason = "nothing in it can be compared with the reference";
         return found;
     }
-    const Regression sums = Compare(window, found.x, found.y, patch, offset_);
-    found.match = {Tenths(start - found.x), Tenths(start - found.y), sums.Correlation(), ""};
-    found.match.reason = Judge(found.match, sums.Gain(), sky);
-    found.gain = sums.Gain();
+    const Likeness likeness = Compare(window, found.x, found.y, patch_);
+    found.gain = likeness.gain;
+    found.drift = likeness.drift;
+    found.match = {Tenths(start - found.x), Tenths(start - found.y), likeness.correlation, ""};
+    found.match.reason = Judge(found, sky);
     return found;
 }
 
 /// Leaves nothing but sky where a star is.
 void ShiftRegistration::Erase(CStlImage& window, double x, double y) const
 {
-    const int left = static_cast<int>(std::lround(x)) - kErasedReach;
-    const int top = static_cast<int>(std::lround(y)) - kErasedReach;
+    const int left = static_cast<int>(std::lround(x)) - kStarReach;
+    const int top = static_cast<int>(std::lround(y)) - kStarReach;
     for (int plane = 0; plane < window.GetPlanes(); ++plane) {
-        for (int row = top; row <= top + 2 * kErasedReach; ++row) {
-            for (int column = left; column <= left + 2 * kErasedReach; ++column) {
-                window.SetPixelGrayRaw(column, row, static_cast<float>(offset_), plane);
+        for (int row = top; row <= top + 2 * kStarReach; ++row) {
+            for (int column = left; column <= left + 2 * kStarReach; ++column) {
+                window.SetPixelGrayRaw(column, row, static_cast<float>(patch_.level), plane);
             }
         }
     }
 }
 
-std::string ShiftRegistration::Judge(const Match& match, double gain, const Sky& sky) const
+std::string ShiftRegistration::Judge(const Found& found, const Sky& sky) const
 {
+    const auto& [match, x, y, gain, drift] = found;
     if (std::max(std::fabs(match.dx), std::fabs(match.dy)) >= std::max(search_, 1)) {
         return "the best match lies at the edge of the search range of " + std::to_string(search_) + " pixels";
     }
@@ -241,40 +222,71 @@ std::string ShiftRegistration::Judge(const Match& match, double gain, const Sky&
         return "the best match has a correlation of " + NumberText(match.correlation, 2) + " with the reference, " +
                NumberText(kLeastCorrelation, 1) + " is needed";
     }
+    if (!IsWhole(match)) {
+        return "the best match lies at the edge of the frame";
+    }
     const bool isAlike = gain * kMostGain >= 1.0 && gain <= kMostGain;
     if (!isAlike) {
         return "the best match has " + NumberText(gain, 2) + " times the brightness of the reference";
     }
-    if (!(gain * peak_ >= kLeastPeak * sky.noise)) {
+    if (!(gain * patch_.peak >= kLeastPeak * sky.noise)) {
         return "the best match does not stand above the noise";
+    }
+    if (!(drift <= kMostDrift)) {
+        return "something lies on the star of the best match";
     }
     return "";
 }
 
-ShiftRegistration::Witnesses ShiftRegistration::CountWitnesses(const CStlImage& rows, const Match& match, double gain,
+/// True when the frame holds the whole star.
+bool ShiftRegistration::IsWhole(const Match& match) const
+{
+    const double x = left_ + patch_.peakX - match.dx;
+    const double y = top_ + patch_.peakY - match.dy;
+    return x >= kStarReach && x < width_ - kStarReach && y >= rows_.first + kStarReach && y < rows_.end - kStarReach;
+}
+
+/// Why a match is not to be believed as far as other stars tell; empty if it is.
+std::string ShiftRegistration::JudgeWitnesses(const Found& found, const Witnesses& witnesses) const
+{
+    const int enough = IsLone() ? 0 : std::min(kEnoughWitnesses, static_cast<int>(witnesses_.size() + 1) / 2);
+    if (witnesses.present < enough || 2 * witnesses.present < witnesses.expected) {
+        return "only " + std::to_string(witnesses.present) + " of " + std::to_string(witnesses.expected) +
+               " other stars are where the best match would have them";
+    }
+    const bool isAlike = found.gain * kLoneGain >= 1.0 && found.gain <= kLoneGain;
+    if (IsLone() && !(isAlike && found.match.correlation >= kLoneCorrelation)) {
+        return "the best match is not like enough to the reference, which has hardly another star to confirm it";
+    }
+    return "";
+}
+
+/// True when the reference has too few other stars for them to prove a match.
+bool ShiftRegistration::IsLone() const
+{
+    return witnesses_.size() <= kFewWitnesses;
+}
+
+ShiftRegistration::Witnesses ShiftRegistration::CountWitnesses(const CStlImage& rows, const Found& found,
                                                                const Sky& sky) const
 {
     Witnesses count;
     for (const Star& star : witnesses_) {
-        const int left = static_cast<int>(std::lround(star.x - match.dx)) - kWitnessTolerance;
-        const int top = static_cast<int>(std::lround(star.y - match.dy)) - kWitnessTolerance - rows_.first;
-        const int extent = 2 * kWitnessTolerance + 1;
+        const int reach = static_cast<int>(std::lround(kWitnessTolerance + kWitnessTurn * Distance(star)));
+        const int left = static_cast<int>(std::lround(star.x - found.match.dx)) - reach;
+        const int top = static_cast<int>(std::lround(star.y - found.match.dy)) - reach - rows_.first;
+        const int extent = 2 * reach + 1;
         const bool isInside =
             left >= 0 && left + extent <= rows.GetWidth() && top >= 0 && top + extent <= rows.GetHeight();
-        if (isInside && gain * star.excess > kWitnessDetection * sky.noise) {
-            const double excess = FindPeak(rows, StarPlane(rows), left, top, extent).value - sky.level;
+        const double excess = found.gain * star.excess;
+        if (isInside && excess > kWitnessDetection * sky.noise) {
+            const double seen = FindPeak(rows, StarPlane(rows), left, top, extent).value - sky.level;
             ++count.expected;
-            count.present +=
-                excess > kWitnessBrightness * gain * star.excess && excess > kLeastPeak * sky.noise ? 1 : 0;
+            const bool isBright = seen > kWitnessBrightness * excess && seen > kWitnessPeak * sky.noise;
+            count.present += isBright && seen * kWitnessBrightness < excess ? 1 : 0;
         }
     }
     return count;
-}
-
-std::string ShiftRegistration::Witnesses::Text() const
-{
-    return "only " + std::to_string(present) + " of " + std::to_string(expected) +
-           " other stars are where the best match would have them";
 }
 
 } // namespace corvane::stack

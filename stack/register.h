@@ -6,6 +6,7 @@
 #include "corvane/combine/matching.h"
 #include "corvane/core/aligned_row.h"
 #include "stack/options.h"
+#include "stack/patch.h"
 #include "stack/stars.h"
 
 namespace corvane::stack {
@@ -20,13 +21,19 @@ struct Match {
 
 /// Finds a patch of the reference frame in other frames, to a tenth of a pixel.
 ///
-/// The search is that of `CImgMatching`, on windows from which hot pixels and the sky were taken, so that neither what
-/// stays put on the sensor nor a change of the sky draws the match away. A match is believed only if it
+/// The search is that of `CImgMatching`, on windows from which hits and the sky were taken, so that neither what stays
+/// put on the sensor nor a change of the sky draws the match away. A match is believed only if it
 /// - does not lie at the edge of the search range,
-/// - correlates with the patch by 0.7 or more (Pearson's coefficient over all planes),
-/// - is between a third of and three times as bright, and stands 5 sigma above the noise,
-/// - and, where the rows at hand hold two or more other bright stars of the reference, has half of them in their
-///   places; if not, another star was found, which is erased from the window for another attempt.
+/// - correlates with the patch by 0.7 or more (Pearson's coefficient over all planes, without the samples that differ
+///   by more than 0.3 of the star's peak),
+/// - is between a third of and three times as bright, and stands 8 sigma above the noise,
+/// - is a whole star, of which the centroid agrees with the match to 0.25 pixels: nothing else lies on it,
+/// - and is confirmed by other stars: of the brightest of the reference within 256 pixels, at least half of those that
+///   the frame should show are in their places, and three of them or more (two where the reference has three or four).
+///
+/// If they do not confirm it, another star was found, which is erased from the window for another attempt. Where the
+/// reference has no more than two such stars, a correlation of 0.9, nearly the same brightness and that there is no
+/// other such match stand in for them.
 class ShiftRegistration {
 public:
     /// Takes the patch about `centre` from the calibrated reference frame. `stars` are those of the reference.
@@ -45,34 +52,34 @@ private:
         double x;
         double y;
         double gain;
+        double drift; ///< of the star's centroid from its place in the patch [pixels]
     };
 
-    CStlImage Cut(const CStlImage& rows, int firstRow) const;
-    /// Why a match is not to be believed, by itself; empty if it is.
-    std::string Judge(const Match& match, double gain, const Sky& sky) const;
-    Found Search(CImgMatching& window, const Sky& sky) const;
     /// Other bright stars of the reference that a frame should hold, and those that it does.
     struct Witnesses {
         int expected = 0;
         int present = 0;
-
-        bool Disagree() const { return expected >= 2 && 2 * present < expected; }
-        std::string Text() const;
     };
-    Witnesses CountWitnesses(const CStlImage& rows, const Match& match, double gain, const Sky& sky) const;
-    void Erase(CStlImage& window, double x, double y) const;
-    void ChooseWitnesses(PixelPlace centre, const std::vector<Star>& stars);
 
+    CStlImage Cut(const CStlImage& rows, int firstRow) const;
+    Found Search(CImgMatching& window, const Sky& sky) const;
+    /// Why a match is not to be believed, by itself; empty if it is.
+    std::string Judge(const Found& found, const Sky& sky) const;
+    bool IsWhole(const Match& match) const;
+    std::string JudgeWitnesses(const Found& found, const Witnesses& witnesses) const;
+    Witnesses CountWitnesses(const CStlImage& rows, const Found& found, const Sky& sky) const;
+    bool IsLone() const;
+    void Erase(CStlImage& window, double x, double y) const;
+    void ChooseWitnesses(const std::vector<Star>& stars, const Sky& sky);
+    int Distance(const Star& other) const;
+
+    int width_; ///< of the frames
     int size_;
     int search_;
     int left_; ///< of the patch in the reference frame
     int top_;
     RowSpan rows_;
-    double offset_ = 0.0; ///< level of the sky in windows and patch, so high that their means hardly differ
-    double peak_ = 0.0;   ///< of the patch above the sky, in the plane of the stars
-    int peakX_ = 0;       ///< its place in the patch
-    int peakY_ = 0;
-    CStlImage patch_;
+    Patch patch_;
     std::vector<Star> witnesses_;
 };
 

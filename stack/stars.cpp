@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "corvane/core/blank.h"
 
@@ -9,9 +10,10 @@ namespace corvane::stack {
 
 namespace {
 
-constexpr double kDetection = 8.0;     // sigmas above the sky
-constexpr double kSpread = 0.15;       // of the peak: a Gaussian of FWHM 2 still has 0.25 a pixel and a half away
-constexpr int kHotPixelNeighbours = 1; // so many bright neighbours, or fewer, betray a hot pixel
+constexpr double kDetection = 8.0; // sigmas above the sky
+constexpr double kSpread = 0.15;   // of the peak: a Gaussian of FWHM 2 still has 0.25 a pixel and a half away
+constexpr int kRoundReach = 5;     // pixels, where a star of FWHM 12 still has fallen to 0.62
+constexpr double kRoundFall = 0.7; // of the peak
 constexpr std::size_t kSkySamples = 16384;
 constexpr double kDeviationToSigma = 1.4826;
 
@@ -60,6 +62,44 @@ struct RowTriple {
     }
 };
 
+/// True when three of the four direct neighbours hold a good part of the excess over the sky.
+bool IsSpread(const CStlImage& image, int plane, int x, int y, double sky)
+{
+    const double least = sky + kSpread * (image.GetPixelGrayRaw(x, y, plane) - sky);
+    int count = 0;
+    for (const auto& [nx, ny] : {CPoint(x - 1, y), CPoint(x + 1, y), CPoint(x, y - 1), CPoint(x, y + 1)}) {
+        count += image.GetPixelGrayRaw(nx, ny, plane) >= least ? 1 : 0;
+    }
+    return count >= 3;
+}
+
+/// True when on no line through a place both ends of it, kRoundReach away, are nearly as bright.
+bool IsRound(const CStlImage& image, int plane, int x, int y, double sky)
+{
+    const double most = sky + kRoundFall * (image.GetPixelGrayRaw(x, y, plane) - sky);
+    const auto isBright = [&](int dx, int dy) {
+        return image.GetPixelGrayRaw(x + dx, y + dy, plane) > most &&
+               image.GetPixelGrayRaw(x - dx, y - dy, plane) > most;
+    };
+    for (int i = -kRoundReach; i < kRoundReach; ++i) {
+        if (isBright(kRoundReach, i) || isBright(-i, kRoundReach)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// The brighter neighbour on each of the four lines through a sample; of these the faintest.
+float Support(const CStlImage& image, int plane, int x, int y)
+{
+    float support = std::numeric_limits<float>::infinity();
+    for (const auto& [dx, dy] : {CPoint(1, 0), CPoint(0, 1), CPoint(1, 1), CPoint(1, -1)}) {
+        support = std::min(support, std::max(image.GetPixelGrayRaw(x + dx, y + dy, plane),
+                                             image.GetPixelGrayRaw(x - dx, y - dy, plane)));
+    }
+    return support;
+}
+
 bool IsBrighter(const Star& a, const Star& b)
 {
     return a.excess > b.excess;
@@ -86,16 +126,6 @@ Sky MeasureSky(const CStlImage& image, int plane)
     return {level, kDeviationToSigma * Median(samples)};
 }
 
-int CountBrightNeighbours(const CStlImage& image, int plane, int x, int y, double sky)
-{
-    const double least = kSpread * (image.GetPixelGrayRaw(x, y, plane) - sky);
-    int count = 0;
-    for (const auto& [nx, ny] : {CPoint(x - 1, y), CPoint(x + 1, y), CPoint(x, y - 1), CPoint(x, y + 1)}) {
-        count += image.GetPixelGrayRaw(nx, ny, plane) - sky >= least ? 1 : 0;
-    }
-    return count;
-}
-
 std::vector<Star> FindStars(const CStlImage& image, int plane, const Sky& sky, std::size_t limit)
 {
     const BlankTest isBlank(image);
@@ -106,7 +136,8 @@ std::vector<Star> FindStars(const CStlImage& image, int plane, const Sky& sky, s
         for (int x = 1; x < image.GetWidth() - 1; ++x) {
             const double s = rows.at[x];
             if (s > threshold && rows.IsMaximum(x) && std::isfinite(s) && !isBlank(s)) {
-                stars.push_back({x, y, s - sky.level, CountBrightNeighbours(image, plane, x, y, sky.level)});
+                stars.push_back({x, y, s - sky.level, IsSpread(image, plane, x, y, sky.level),
+                                 IsRound(image, plane, x, y, sky.level)});
             }
         }
         if (stars.size() > 4 * limit) {
@@ -117,16 +148,27 @@ std::vector<Star> FindStars(const CStlImage& image, int plane, const Sky& sky, s
     return stars;
 }
 
-void RemoveHotPixels(CStlImage& image, int plane, const Sky& sky)
+void RemoveHits(CStlImage& image, int plane, const Sky& sky)
 {
-    for (const Star& star : FindStars(image, plane, sky, static_cast<std::size_t>(image.GetPixelCount()))) {
-        if (star.brightNeighbours <= kHotPixelNeighbours) {
-            const double sum = static_cast<double>(image.GetPixelGrayRaw(star.x - 1, star.y, plane)) +
-                               image.GetPixelGrayRaw(star.x + 1, star.y, plane) +
-                               image.GetPixelGrayRaw(star.x, star.y - 1, plane) +
-                               image.GetPixelGrayRaw(star.x, star.y + 1, plane);
-            image.SetPixelGrayRaw(star.x, star.y, static_cast<float>(sum / 4.0), plane);
+    struct Hit {
+        int x;
+        int y;
+        float support;
+    };
+    std::vector<Hit> hits;
+    for (int y = 1; y < image.GetHeight() - 1; ++y) {
+        const float* row = image.GetImageAdr(0, y, plane, 1);
+        for (int x = 1; x < image.GetWidth() - 1; ++x) {
+            if (row[x] > sky.level + kDetection * sky.noise) {
+                const float support = Support(image, plane, x, y);
+                if (support - sky.level < kSpread * (row[x] - sky.level)) {
+                    hits.push_back({x, y, support});
+                }
+            }
         }
+    }
+    for (const Hit& hit : hits) {
+        image.SetPixelGrayRaw(hit.x, hit.y, hit.support, plane);
     }
 }
 

@@ -16,12 +16,13 @@ struct Sky {
 struct Star {
     int x;
     int y;
-    double excess;        ///< peak above the sky
-    int brightNeighbours; ///< of the four direct neighbours, those that hold a good part of the peak
+    double excess; ///< peak above the sky
+    bool isSpread; ///< as all light that came through the optics: three direct neighbours hold a good part
+    bool isRound;  ///< falls off along every line through it; a trail does not along its own
     bool isSaturated = false;
 
-    /// Light that came through the optics spreads; a hot pixel's or a particle's does not.
-    bool IsSpread() const { return brightNeighbours >= 3; }
+    /// Neither a hot pixel, a particle's track nor a satellite's trail.
+    bool IsPoint() const { return isSpread && isRound; }
 };
 
 /// Measures the sky of one plane; blanks and NaN are passed over. Noise 0 when nothing is left.
@@ -31,10 +32,8 @@ Sky MeasureSky(const CStlImage& image, int plane);
 /// star, nor are blanks.
 std::vector<Star> FindStars(const CStlImage& image, int plane, const Sky& sky, std::size_t limit);
 
-/// How many of the four direct neighbours of a sample inside the image hold 15 % or more of its excess over the sky.
-int CountBrightNeighbours(const CStlImage& image, int plane, int x, int y, double sky);
-
-/// Replaces what rises 8 sigma above the sky without spreading (hot pixels) by the mean of its neighbours.
-void RemoveHotPixels(CStlImage& image, int plane, const Sky& sky);
+/// Lowers what rises 8 sigma above the sky, but along some line through it has no neighbour that holds a good part (hot
+/// pixels, tracks of particles), to its brightest neighbour on that line.
+void RemoveHits(CStlImage& image, int plane, const Sky& sky);
 
 } // namespace corvane::stack

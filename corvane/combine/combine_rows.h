@@ -46,8 +46,10 @@ public:
 private:
     CombineMethod method_;
     int frames_;
+    bool usesFloats_;
     std::vector<Exchange> network_;
-    std::vector<double> values_;
+    std::vector<float> floats_;
+    std::vector<double> doubles_;
 };
 
 } // namespace corvane

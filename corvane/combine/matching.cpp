@@ -47,7 +47,7 @@ Overlap FractionalOverlap(double offset, int size, int imageSize)
 {
     const double begin = std::ceil(std::max(offset, 0.0));
     const double end = std::floor(std::min(offset + size, static_cast<double>(imageSize)));
-    return {Truncate(begin), Truncate(end)};
+    return begin < end ? Overlap{Truncate(begin), Truncate(end)} : Overlap{0, 0};
 }
 
 /// Sums the squared differences of the pairs in an overlap; `rowOf(plane, y)` gives r as a function of x.

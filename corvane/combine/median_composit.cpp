@@ -116,7 +116,8 @@ void CImgMedianComposit::SigmaClipping(int& count, double* values)
     if (count < 1) {
         return;
     }
-    std::sort(values, values + count);
+    // NaN goes last: without a place in the order it would break the sort.
+    std::sort(values, values + count, [](double a, double b) { return a < b || (std::isnan(b) && !std::isnan(a)); });
     double sum = 0.0;
     for (int i = 0; i < count; ++i) {
         sum += values[i];

@@ -102,6 +102,22 @@ void SampleShiftedRow(const PlaneRows& plane, const Alignment& alignment, int y,
     std::fill(inside + end, inside + count, 0);
 }
 
+/// Maps pixels of a row. Positions outside become one that is a number.
+template <class Map>
+void MapRow(Map map, const PlaneRows& plane, int x, int y, int count, double* __restrict xs, double* __restrict ys,
+            int* __restrict inside)
+{
+    const double width = plane.width;
+    const double height = plane.height;
+    for (int i = 0; i < count; ++i) {
+        const Position at = map(x + i, y);
+        const bool isInside = (at.x >= 0.0) & (at.x < width) & (at.y >= 0.0) & (at.y < height);
+        xs[i] = isInside ? at.x : 0.0;
+        ys[i] = isInside ? at.y : 0.0;
+        inside[i] = isInside;
+    }
+}
+
 /// A stretch of a row under any alignment: positions first, all together, then the samples that they lie between.
 class TurnedStretch {
 public:
@@ -110,24 +126,56 @@ public:
     TurnedStretch(const PlaneRows& plane, const Alignment& alignment, int x, int y, int count)
         : plane_(plane), count_(count)
     {
-        for (int i = 0; i < count; ++i) {
-            const Position at = alignment.Map(x + i, y);
-            const bool isInside = (at.x >= 0.0) & (at.x < plane.width) & (at.y >= 0.0) & (at.y < plane.height);
-            inside_[i] = isInside ? 1 : 0;
-            x_[i] = isInside ? at.x : 0.0;
-            y_[i] = isInside ? at.y : plane.firstRow;
-        }
+        alignment.WithMap([&](auto map) { MapRow(map, plane, x, y, count, x_, y_, inside_); });
     }
 
     void Sample(double outside, double* values, int* inside) const
     {
-        for (int i = 0; i < count_; ++i) {
-            values[i] = inside_[i] != 0 ? At(i) : outside;
-            inside[i] = inside_[i];
+        if (IsInner()) {
+            SampleInner(values);
+        } else {
+            for (int i = 0; i < count_; ++i) {
+                values[i] = inside_[i] != 0 ? At(i) : outside;
+            }
         }
+        std::copy_n(inside_, count_, inside);
     }
 
 private:
+    /// True when all of it is inside, and above the last two rows: there, what follows a row in storage follows it in
+    /// memory too.
+    bool IsInner() const
+    {
+        int count = 0;
+        double lowest = 0.0;
+        for (int i = 0; i < count_; ++i) {
+            count += inside_[i];
+            lowest = y_[i] > lowest ? y_[i] : lowest;
+        }
+        return count == count_ && lowest < plane_.height - 2;
+    }
+
+    void SampleInner(double* values) const
+    {
+        float above[kLength];
+        float aboveNext[kLength];
+        float below[kLength];
+        float belowNext[kLength];
+        for (int i = 0; i < count_; ++i) {
+            const float* const a = plane_.Row(static_cast<int>(y_[i])) + static_cast<int>(x_[i]);
+            const float* const b = a + plane_.width;
+            above[i] = a[0];
+            aboveNext[i] = a[1];
+            below[i] = b[0];
+            belowNext[i] = b[1];
+        }
+        for (int i = 0; i < count_; ++i) {
+            const double fx = x_[i] - static_cast<int>(x_[i]);
+            const double fy = y_[i] - static_cast<int>(y_[i]);
+            values[i] = Interpolate(above[i], aboveNext[i], below[i], belowNext[i], fx, fy);
+        }
+    }
+
     double At(int i) const
     {
         const RowPair rows(y_[i], plane_.height);

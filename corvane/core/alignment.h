@@ -41,15 +41,30 @@ struct Alignment {
     /// Where pixel (x, y) of the frame lies in the image.
     Position Map(int x, int y) const
     {
+        Position at{};
+        WithMap([&](auto map) { at = map(x, y); });
+        return at;
+    }
+
+    /// Calls visit with a function that maps pixels as `Map` does, chosen once for many of them.
+    template <class Visit>
+    void WithMap(Visit visit) const
+    {
         if (IsShift()) {
-            return {x - dx, y - dy};
+            visit([shiftX = dx, shiftY = dy](int x, int y) { return Position{x - shiftX, y - shiftY}; });
+        } else if (cosine == 1.0 && sine == 0.0) {
+            visit([m = *this](int x, int y) {
+                return Position{(x - m.centreX - m.dx) * m.scale + m.centreX,
+                                (y - m.centreY - m.dy) * m.scale + m.centreY};
+            });
+        } else {
+            visit([m = *this](int x, int y) {
+                const double a = x - m.centreX - m.dx;
+                const double b = m.centreY - y + m.dy;
+                return Position{(a * m.cosine - b * m.sine) * m.scale + m.centreX,
+                                m.centreY - (a * m.sine + b * m.cosine) * m.scale};
+            });
         }
-        if (cosine == 1.0 && sine == 0.0) {
-            return {(x - centreX - dx) * scale + centreX, (y - centreY - dy) * scale + centreY};
-        }
-        const double a = x - centreX - dx;
-        const double b = centreY - y + dy;
-        return {(a * cosine - b * sine) * scale + centreX, centreY - (a * sine + b * cosine) * scale};
     }
 };
 

@@ -77,7 +77,7 @@ bool Parse(const LockedBlock& block, PackedDib& dib)
     const std::uint64_t front = std::uint64_t{header.biSize} + std::uint64_t{colours} * sizeof(RGBQUAD);
     dib.table = block.Data() + header.biSize;
     dib.rows = block.Data() + front;
-    return front + dib.stride * static_cast<std::uint64_t>(dib.height) <= block.Size();
+    return front <= block.Size() && dib.stride <= (block.Size() - front) / static_cast<std::uint64_t>(dib.height);
 }
 
 RGBQUAD PixelAt(const PackedDib& dib, const std::array<RGBQUAD, 256>& table, const unsigned char* row, int x)

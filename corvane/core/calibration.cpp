@@ -21,7 +21,8 @@ public:
 
     const float* Get(int y, int plane)
     {
-        const float* const row = frame_.GetImageAdr(0, y, frame_.IsColor() ? plane : 0, 1);
+        const float* const row =
+            frame_.GetImageAdr(0, y, frame_.IsColor() ? std::min(plane, frame_.GetPlanes() - 1) : 0, 1);
         const int own = std::max(frame_.GetWidth(), 1);
         if (own >= width_) {
             return row;
@@ -151,7 +152,8 @@ int CStlImage::ToColor(CStlImage* source, int showProgress)
     ShowProgressInit(showProgress, IDS_TO_COLOR, GetHeight());
     for (int y = 0; y < GetHeight(); ++y) {
         for (int plane = 0; plane < 3; ++plane) {
-            std::copy_n(source->GetImageAdr(0, y, source->IsColor() ? plane : 0, 1), count, GetImageAdr(0, y, plane));
+            std::copy_n(source->GetImageAdr(0, y, source->GetPlanes() >= 3 ? plane : 0, 1), count,
+                        GetImageAdr(0, y, plane));
         }
         ShowProgress(1);
     }

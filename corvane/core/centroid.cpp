@@ -1,6 +1,7 @@
 // Brightness centroids, reference points, and the alignment that follows from them.
 
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 
 #include "corvane/core/blank.h"
@@ -43,9 +44,13 @@ public:
         return blank;
     }
 
-    /// The value for the mean: each plane counts from its level min up.
+    /// The value for the mean: each plane counts from its level min up. NaN stays only where there is one plane.
     double Positive(int x) const
     {
+        const double first = Value(0, x);
+        if (planes_ == 1) {
+            return first < 0.0 ? 0.0 : first;
+        }
         return Mix([&](int p) {
             const double d = Value(p, x);
             return d > 0.0 ? d : 0.0;
@@ -62,9 +67,9 @@ private:
     double Value(int p, int x) const { return image_.To256(static_cast<double>(rows_[p][x]), p); }
 
     template <class ValueOf>
-    double Mix(ValueOf value) const
+    static double Mix(ValueOf value)
     {
-        return planes_ == 1 ? value(0) : 0.299 * value(0) + 0.587 * value(1) + 0.114 * value(2);
+        return 0.299 * value(0) + 0.587 * value(1) + 0.114 * value(2);
     }
 
     const CStlImage& image_;
@@ -93,11 +98,17 @@ void ForEachPixel(const CStlImage& image, const CRect& area, IsInside isInside, 
     }
 }
 
+/// The part of a rectangle that lies inside the image.
+CRect Clipped(const CImage& image, const CRect& rect)
+{
+    return {std::max<int>(rect.left, 0), std::max<int>(rect.top, 0), std::min<int>(rect.right, image.GetWidth()),
+            std::min<int>(rect.bottom, image.GetHeight())};
+}
+
 template <class IsInside>
 void Centroid(const CStlImage& image, const CRect& kept, double& cx, double& cy, IsInside isInside)
 {
-    const CRect area(std::max<int>(kept.left, 0), std::max<int>(kept.top, 0),
-                     std::min<int>(kept.right, image.GetWidth()), std::min<int>(kept.bottom, image.GetHeight()));
+    const CRect area = Clipped(image, kept);
     double total = 0.0;
     long long count = 0;
     ForEachPixel(
@@ -123,8 +134,9 @@ void Centroid(const CStlImage& image, const CRect& kept, double& cx, double& cy,
     cy = weightedY / weight;
     const POINT rounded{Truncate(cx + 0.5), Truncate(cy + 0.5)};
     if (PtInRect(&kept, rounded) == 0) {
-        cx = static_cast<double>((kept.left + kept.right) / 2);
-        cy = static_cast<double>((kept.top + kept.bottom) / 2);
+        const POINT middle{(kept.left + kept.right) / 2, (kept.top + kept.bottom) / 2};
+        cx = middle.x;
+        cy = middle.y;
     }
 }
 
@@ -195,10 +207,11 @@ void CStlImage::GetCenterOfGravity(int& cx, int& cy, CRect* rect) const
 void CStlImage::GetCenterOfGravityCircle(double& cx, double& cy, CRect* rect, CArray<int, int>* halfWidths) const
 {
     const CRect kept = WholeOr(*this, rect);
-    const double rx = (kept.right - kept.left) * 0.5;
-    const double ry = (kept.bottom - kept.top) * 0.5;
+    const CRect area = Clipped(*this, kept);
+    const double rx = (area.right - area.left) * 0.5;
+    const double ry = (area.bottom - area.top) * 0.5;
     Centroid(*this, kept, cx, cy,
-             [&](int x, int y) { return PtInRgn(x, y, kept.left + rx, kept.top + ry, rx, ry, halfWidths) != 0; });
+             [&](int x, int y) { return PtInRgn(x, y, area.left + rx, area.top + ry, rx, ry, halfWidths) != 0; });
 }
 
 void CStlImage::GetCenterOfGravityCircle(int& cx, int& cy, CRect* rect, CArray<int, int>* halfWidths) const
@@ -212,16 +225,12 @@ void CStlImage::GetCenterOfGravityCircle(int& cx, int& cy, CRect* rect, CArray<i
 
 int CStlImage::PtInRgn(int x, int y, double cx, double cy, double rx, double ry, CArray<int, int>* halfWidths)
 {
-    const int icx = Truncate(cx);
-    const int icy = Truncate(cy);
-    const int irx = Truncate(rx);
-    const int iry = Truncate(ry);
-    const CRect box(icx - irx, icy - iry, icx + irx + 1, icy + iry + 1);
-    const int row = std::abs(y - icy);
-    if (PtInRect(&box, {x, y}) == 0 || halfWidths == nullptr || row >= halfWidths->GetSize()) {
+    const std::int64_t column = std::abs(std::int64_t{x} - Truncate(cx));
+    const std::int64_t row = std::abs(std::int64_t{y} - Truncate(cy));
+    if (column > Truncate(rx) || row > Truncate(ry) || halfWidths == nullptr || row >= halfWidths->GetSize()) {
         return 0;
     }
-    return std::abs(x - icx) <= halfWidths->GetAt(row) ? 1 : 0;
+    return column <= halfWidths->GetAt(static_cast<int>(row)) ? 1 : 0;
 }
 
 int CStlImage::GetFitPrm(CStlImage* ref, double& dx, double& dy, double& angle) const

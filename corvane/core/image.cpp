@@ -129,7 +129,7 @@ int CImage::ChangeSize(int width, int height, HWND window, const char* text)
 
 int CImage::ChangePlanes(int planes, HWND window, const char* text)
 {
-    if (planes < 1 || planes > 3) {
+    if (planes != 1 && planes != 3) {
         return 0;
     }
     CImage changed;

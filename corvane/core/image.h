@@ -85,7 +85,7 @@ public:
     /// Changes the size. Samples inside both sizes stay where they are, new ones are 0; levels, blank settings and
     /// coordinates stay. Returns 0, with nothing changed, when a size is below 1 or there is no room.
     int ChangeSize(int width, int height, HWND window = nullptr, const char* text = nullptr);
-    /// Changes the number of planes [1..3]. New planes are copies of plane 0 and take its levels. 0 on failure.
+    /// Changes the number of planes [1 or 3]. New planes are copies of plane 0 and take its levels. 0 on failure.
     int ChangePlanes(int planes, HWND window = nullptr, const char* text = nullptr);
     /// Converts the samples to another bits per pixel [8, 16, 32, -32, -64]. With `physical` they become physical
     /// values (bscale and bzero are applied and reset), otherwise stored values are kept. With `saturate` integer

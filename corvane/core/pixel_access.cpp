@@ -5,7 +5,6 @@
 #include "corvane/core/truncate.h"
 
 using corvane::Alignment;
-using corvane::DisplayScale;
 using corvane::Position;
 using corvane::Truncate;
 

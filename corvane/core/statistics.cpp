@@ -111,15 +111,18 @@ class RowSum {
 public:
     void Add(const float* row, int count)
     {
+        double lanes[kLanes]; // a copy that stays in registers
+        std::copy_n(lanes_, kLanes, lanes);
         int x = 0;
         for (; x + kLanes <= count; x += kLanes) {
             for (int lane = 0; lane < kLanes; ++lane) {
-                lanes_[lane] += row[x + lane];
+                lanes[lane] += row[x + lane];
             }
         }
         for (; x < count; ++x) {
-            lanes_[x % kLanes] += row[x];
+            lanes[x % kLanes] += row[x];
         }
+        std::copy_n(lanes, kLanes, lanes_);
         count_ += count;
     }
 
@@ -133,7 +136,7 @@ public:
     }
 
 private:
-    static constexpr int kLanes = 32;
+    static constexpr int kLanes = 16;
     double lanes_[kLanes] = {};
     long long count_ = 0;
 };

@@ -33,11 +33,13 @@ using HANDLE = void*;
 using HGLOBAL = HANDLE;
 using HWND = struct WindowHandle*;
 
+/// A pixel's place.
 struct POINT {
     LONG x;
     LONG y;
 };
 
+/// A rectangle; right and bottom are exclusive.
 struct RECT {
     LONG left;
     LONG top;
@@ -45,6 +47,7 @@ struct RECT {
     LONG bottom;
 };
 
+/// A message out of a thread's queue.
 struct MSG {
     HWND hwnd;
     UINT message;
@@ -54,6 +57,7 @@ struct MSG {
     POINT pt;
 };
 
+/// The head of a packed device-independent bitmap, 40 bytes.
 struct BITMAPINFOHEADER {
     DWORD biSize;
     LONG biWidth;
@@ -68,6 +72,7 @@ struct BITMAPINFOHEADER {
     DWORD biClrImportant;
 };
 
+/// An entry of a bitmap's colour table.
 struct RGBQUAD {
     BYTE rgbBlue;
     BYTE rgbGreen;

@@ -137,7 +137,7 @@ Spread ClippedSpread(const Samples& samples, const Spread& before)
         }
     });
     const double sigma = std::sqrt(squares / static_cast<double>(count));
-    now.sigma = sigma != 0.0 ? sigma : before.sigma;
+    now.sigma = sigma > 0.0 ? sigma : before.sigma;
     return now;
 }
 
@@ -173,7 +173,7 @@ Spread PlainSpread(const Samples& samples, const Spread& before)
     double squares = 0.0;
     samples.ForEach([&](double v) { squares += (v - now.mean) * (v - now.mean); });
     const double sigma = std::sqrt(squares / static_cast<double>(count));
-    now.sigma = sigma != 0.0 ? sigma : before.sigma;
+    now.sigma = sigma > 0.0 ? sigma : before.sigma;
     return now;
 }
 
@@ -199,21 +199,36 @@ Bounds PlaneBounds(const CImage& image, int plane)
 /// Extremes of the luminance of the whole image; pixels whose luminance is blank are left out.
 Bounds LuminanceBounds(const CStlImage& image)
 {
+    // Independent lanes: a single running minimum would wait for itself at every pixel.
+    constexpr int kLanes = 16;
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
     const BlankTest isBlank(image);
-    Bounds bounds{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
+    double low[kLanes];
+    double high[kLanes];
+    std::fill_n(low, kLanes, kInfinity);
+    std::fill_n(high, kLanes, -kInfinity);
+    const auto add = [&](int lane, double v) {
+        const bool blank = isBlank(v);
+        const double forLow = blank ? kInfinity : v;
+        const double forHigh = blank ? -kInfinity : v;
+        low[lane] = forLow < low[lane] ? forLow : low[lane];
+        high[lane] = forHigh > high[lane] ? forHigh : high[lane];
+    };
     for (int y = 0; y < image.GetHeight(); ++y) {
         const float* const r = image.GetImageAdr(0, y, 0, 1);
         const float* const g = image.GetImageAdr(0, y, 1, 1);
         const float* const b = image.GetImageAdr(0, y, 2, 1);
-        for (int x = 0; x < image.GetWidth(); ++x) {
-            const double v = Luminance(r[x], g[x], b[x]);
-            if (!isBlank(v)) {
-                bounds.low = v < bounds.low ? v : bounds.low;
-                bounds.high = v > bounds.high ? v : bounds.high;
+        int x = 0;
+        for (; x + kLanes <= image.GetWidth(); x += kLanes) {
+            for (int lane = 0; lane < kLanes; ++lane) {
+                add(lane, Luminance(r[x + lane], g[x + lane], b[x + lane]));
             }
         }
+        for (; x < image.GetWidth(); ++x) {
+            add(0, Luminance(r[x], g[x], b[x]));
+        }
     }
-    return bounds;
+    return {*std::min_element(low, low + kLanes), *std::max_element(high, high + kLanes)};
 }
 
 /// Extremes of what `Get` looks at in a rectangle, in raw units: the samples, or the displayed luminance.
@@ -298,12 +313,12 @@ void CImgAutoLevel::Do(double lowSigma, double highSigma, int perPlane, CRect* r
     const WaitCursor wait;
     const Grid grid(*this, rect);
     const auto apply = [&](int plane, const Spread& spread, const Bounds& data) {
-        if (spread.counted) {
+        if (spread.counted && data.low <= data.high) {
             const Bounds levels = LevelsFrom(spread, lowSigma, highSigma, data);
             SetLevel(plane, levels.low, levels.high);
         }
     };
-    if (GetDimension() <= 2) {
+    if (GetPlanes() < 3) {
         apply(-1, IteratedSpread(PlaneSamples(*this, grid, 0)), PlaneBounds(*this, 0));
     } else if (perPlane == 0) {
         apply(-1, PlainSpread(LuminanceSamples(*this, grid), Spread()), LuminanceBounds(*this));

@@ -25,12 +25,8 @@ check 1 '"error": "no such file".*"width": 120' info --json missing.fits "${ligh
 
 refuse 1 'light.*: dark: file = .*: is 90 x 120 .*the image is 120 x 90' \
     apply "${lights[0]}" -o out.fits "dark:file=$(echo turned/dark*)"
-refuse 1 'invert: rect = 0:0:121:90: must lie within the image, 0:0:120:90' \
-    apply "${lights[0]}" -o out.fits invert:rect=0:0:121:90
 refuse 1 "$other: .*90 x 120" stack "${lights[@]}" "$other" -o out.fits
 refuse 1 "turned/dark.*90 x 120" stack "${lights[@]}" -o out.fits --dark turned/dark*
-refuse 1 '--search: -1' stack "${lights[@]}" -o out.fits --search -1
-refuse 1 '--pedestal: ' stack "${lights[@]}" -o out.fits --pedestal nan
 refuse 1 'out.png' stack "${lights[@]}" -o out.png --preview ./out.png
 refuse 1 "${lights[1]}: is both input and output" stack "${lights[@]}" -o "${lights[1]}"
 for output in folder none/out.fits out.jpg; do

@@ -181,23 +181,6 @@ TEST(MedianComposit, PlacedFramesWithBlanksAndDifferentSizes)
     }
 }
 
-TEST(MedianComposit, SigmaClippingKeepsSortedValuesAtTheFront)
-{
-    for (int n = 1; n <= 60; ++n) {
-        Random random(static_cast<std::uint64_t>(n));
-        std::vector<double> values(static_cast<std::size_t>(n), 4.0); // equal ones first: nothing is kept
-        std::generate(values.begin(), values.begin() + n / 3 * 3,
-                      [&] { return random.Whole(0, 14) ? random.Between(0, 10) : 1e5; });
-        std::vector<double> expected(values);
-        const std::vector<double> kept = PlainClipping(expected);
-        int count = n;
-        CImgMedianComposit::SigmaClipping(count, values.data());
-        ASSERT_EQ(count, static_cast<int>(kept.size()));
-        values.resize(kept.empty() ? values.size() : kept.size());
-        EXPECT_EQ(values, kept.empty() ? expected : kept);
-    }
-}
-
 TEST(MedianComposit, ReportsThroughTheTarget)
 {
     ProgressWindow window;

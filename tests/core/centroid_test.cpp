@@ -103,38 +103,6 @@ TEST(Centroid, EqualsThePlainForm)
     EXPECT_GT(offCentre, 40);
 }
 
-TEST(Centroid, RegionTest)
-{
-    CArray<int, int> widths;
-    for (const int width : {2, 1, 0}) {
-        widths.Add(width);
-    }
-    std::string picture;
-    for (int y = 7; y <= 13; ++y) {
-        for (int x = 7; x <= 13; ++x) {
-            picture += CStlImage::PtInRgn(x, y, 10.9, 10.9, 2.9, 2.0, &widths) ? '#' : '.';
-        }
-    }
-    EXPECT_EQ(picture, "..........#.....###...#####...###.....#..........");
-    EXPECT_EQ(CStlImage::PtInRgn(10, 13, 10, 10, 5, 5, &widths), 0);
-}
-
-TEST(ReferencePoints, SetAndUnset)
-{
-    CStlImage image = RandomImage({7, 5}, 1, 1);
-    EXPECT_EQ(image.GetStdPtNum() + image.IsValidStdCtr(), 0);
-    image.SetStdPt(1, CfPoint(-0.7, 2.9));
-    EXPECT_EQ(std::pair(image.GetStdPt(1).ix, image.GetStdPt(1).iy), std::pair(0, 2));
-    EXPECT_EQ(image.IsValidStdCtr(), 0);
-    image.SetStdPt(0, CfPoint(3.5, 4.5));
-    EXPECT_EQ(image.GetStdPtNum(), 2);
-    EXPECT_EQ(image.GetStdCtr().x, 3.5);
-    image.SetStdCtr(-1.5, 4.0); // truncates to -1, which means unset
-    EXPECT_EQ(image.IsValidStdCtr(), 0);
-    image.SetDefaultCenter();
-    EXPECT_EQ(std::pair(image.GetStdCtr().x, image.GetStdCtr().y), std::pair(3.0, 2.0));
-}
-
 TEST(ReferencePoints, FitParameters)
 {
     struct At {

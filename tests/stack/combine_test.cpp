@@ -4,6 +4,7 @@
 
 #include "corvane/combine/median_composit.h"
 #include "corvane/core/memory_budget.h"
+#include "tests/io/files.h"
 #include "tests/stack/test_night.h"
 
 #if __has_include(<sys/resource.h>)
@@ -107,24 +108,9 @@ using StackTest = Night;
 
 TEST_F(StackTest, BlanksOfLightsBecomeOneBlankAndNanStays)
 {
-    const auto light = [&](const std::string& name, int blank, const std::vector<int>& samples) {
-        std::string file;
-        const std::string cards[] = {"SIMPLE  =                    T",
-                                     "BITPIX  =                   16",
-                                     "NAXIS   =                    2",
-                                     "NAXIS1  =                    3",
-                                     "NAXIS2  =                    1",
-                                     "BLANK   = " + std::to_string(blank),
-                                     "END"};
-        for (const std::string& card : cards) {
-            file += card + std::string(80 - card.size(), ' ');
-        }
-        file.resize(2880, ' ');
-        for (const int sample : samples) {
-            file += {static_cast<char>(sample >> 8), static_cast<char>(sample)};
-        }
-        file.resize(5760, '\0');
-        std::ofstream(Path(name), std::ios::binary) << file;
+    const auto light = [&](const std::string& name, int blank, const std::vector<std::int16_t>& samples) {
+        std::ofstream(Path(name), std::ios::binary)
+            << test::Hdu(test::Cards(16, {3, 1}, {"BLANK   = " + std::to_string(blank)}), test::Bytes(samples, true));
         return Path(name);
     };
     Options options;

@@ -85,6 +85,72 @@ TEST_F(RegisterTest, TriesTheNextStarWhenOthersContradict)
     EXPECT_NEAR(result.frames[1].dy, 3.0, 0.1001);
 }
 
+TEST_F(RegisterTest, NeverTakesAnotherStarForOneThatIsSpoiled)
+{
+    // Where hardly another star can contradict: a flash hides the star, and a fainter one is all the search can find.
+    const std::vector<Place> pair = {{120, 100, 6000}, {145, 85, 3000}};
+    auto spoiled = Sky(kWidth, kHeight, 1, pair, 2, 1);
+    for (int i = 0; i < 400; ++i) {
+        spoiled.SetPixelGrayRaw(108 + i % 20, 89 + i / 20, 40000.0F, 0);
+    }
+    // A field of twins: nothing tells which is which.
+    const std::vector<Place> twins = {{110, 100, 6000}, {135, 100, 5900}};
+    const auto chain = Sky(kWidth, kHeight, 1, {{85, 100, 6000}, {110, 100, 6000}, {135, 100, 6000}});
+    for (const auto& [first, second] :
+         {std::pair(Sky(kWidth, kHeight, 1, pair), spoiled), std::pair(Sky(kWidth, kHeight, 1, twins), chain)}) {
+        const auto options = Shift({Save("a.fits", first), Save("b.fits", second)});
+        EXPECT_PRED2(Holds, Thrown([&] { stack::Run(options); }), "no other light can be aligned");
+    }
+}
+
+TEST_F(RegisterTest, MatchesThroughTracksAndTrails)
+{
+    const auto draw = [](CStlImage& image, double x, double y, double dx, double dy, int length, double light) {
+        for (int i = 0; i < length; ++i) { // as wide as a star when it is long
+            for (int across = -3; across <= 3; ++across) {
+                const int column = static_cast<int>(std::lround(x + i * dx));
+                const int row = static_cast<int>(std::lround(y + i * dy)) + across;
+                const double share = length > 20 ? std::exp(-across * across / 3.2) : across == 0 ? 1.0 : 0.0;
+                const auto s = static_cast<float>(image.GetPixelGrayRaw(column, row, 0) + share * light);
+                image.SetPixelGrayRaw(column, row, s, 0);
+            }
+        }
+    };
+    auto first = Light(0, 0);
+    draw(first, 0, 5, 1, 0.3, kWidth, 9000); // brighter than any star
+    draw(first, 130, 108, 1, 0, 5, 9000);    // and in the patch
+    auto second = Light(6.3, -4.2);
+    draw(second, 100, 110, 1, 1, 6, 9000);
+    draw(second, 0, 190, 1, -0.5, kWidth, 2000);
+    const Result result = stack::Run(Shift({Save("a.fits", first), Save("b.fits", second)}));
+    ASSERT_TRUE(result.reference);
+    EXPECT_EQ(std::pair(result.reference->x, result.reference->y), std::pair(120, 100));
+    EXPECT_NEAR(result.frames[1].dx, 6.3, 0.2);
+    EXPECT_NEAR(result.frames[1].dy, -4.2, 0.2);
+}
+
+TEST_F(RegisterTest, LeavesOutWhatCannotBePlacedExactly)
+{
+    auto touched = Light(0, 0); // a fainter star's light runs into the star
+    for (int i = 0; i < 400; ++i) {
+        const double far = std::pow(i % 20 - 14.0, 2) + std::pow(i / 20 - 10.0, 2);
+        float* s = touched.GetImageAdr(110 + i % 20, 90 + i / 20, 0);
+        *s += static_cast<float>(4000.0 * std::exp(-far / 3.2));
+    }
+    const Result result = stack::Run(Shift({
+        Save("a.fits", Light(0, 0)),
+        Save("b.fits", Light(1, 1)),
+        Save("touched.fits", touched),
+    }));
+    EXPECT_TRUE(result.frames[1].used) << result.frames[1].reason;
+    EXPECT_PRED2(Holds, result.frames[2].reason, "something lies on the star");
+    const std::vector<Place> moving = {{30, 100, 6000}, {95, 95, 1500}, {160, 120, 1200}, {95, 60, 800}};
+    auto options = Shift(
+        {Save("a.fits", Sky(kWidth, kHeight, 1, moving)), Save("cut.fits", Sky(kWidth, kHeight, 1, moving, 27, 0))});
+    options.reference = PixelPlace{32, 100};
+    EXPECT_PRED2(Holds, Thrown([&] { stack::Run(options); }), "edge of the frame");
+}
+
 TEST_F(RegisterTest, FindsAPatchAtTheEdgeThroughAChangedSky)
 {
     auto options = Shift({});

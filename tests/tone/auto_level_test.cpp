@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "corvane/platform/application.h"
-#include "corvane/platform/registry.h"
 #include "tests/support/images.h"
 #include "tests/support/plain.h"
 
@@ -203,9 +202,6 @@ TEST(AutoLevel, ConstantBlankAndEmptyImages)
     image.SetLevel(0, 1.0, 2.0);
     image.Do(0.2, 1.0, 0, nullptr); // nothing but blanks: levels stay
     EXPECT_EQ(std::pair(image.GetLevelMin(0), image.GetLevelMax(0)), std::pair(1.0, 2.0));
-    CImgAutoLevel empty;
-    empty.Do(0.2, 1.0, 0, nullptr);
-    EXPECT_EQ(empty.GetLevelMax(0), 255.0);
     CImgAutoLevel flatGreen(RandomImage({5, 5}, 3, 15));
     std::fill_n(flatGreen.GetImageAdr(0, 0, 1), 25, 40.0F); // its sigma of 0 keeps that of the plane before
     const CStlImage expected = PlainDo(flatGreen, 0.2, 1.0, true, nullptr);
@@ -234,20 +230,4 @@ TEST(AutoLevel, GetEqualsThePlainForm)
             });
         },
         true);
-}
-
-TEST(AutoLevel, SettingsHaveDefaults)
-{
-    const auto read = [] {
-        const corvane::AutoLevelSettings settings = corvane::ReadAutoLevelSettings();
-        return std::vector<double>{settings.lowSigma, settings.highSigma, static_cast<double>(settings.perPlane)};
-    };
-    const std::vector<double> defaults{0.2, 1.0, 0.0};
-    EXPECT_EQ(read(), defaults);
-    for (const auto& set : {std::vector<double>{0.5, 2.5, 1.0}, defaults}) { // the table belongs to the process
-        CRegistry::Write("PrcAutoLevel", "Min", set[0]);
-        CRegistry::Write("PrcAutoLevel", "Max", set[1]);
-        CRegistry::Write("PrcAutoLevel", "Plane", static_cast<int>(set[2]));
-        EXPECT_EQ(read(), set);
-    }
 }

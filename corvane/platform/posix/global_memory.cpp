@@ -8,14 +8,35 @@
 #include <unordered_map>
 #include <utility>
 
+#include "corvane/platform/memory.h"
+
 namespace {
 
+// From here on blocks are pages of their own, large ones where the system has them: bringing in small pages costs more
+// than filling them.
+constexpr std::size_t kLeastPages = std::size_t{1} << 20;
+
 struct FreeMemory {
-    void operator()(void* memory) const { std::free(memory); }
+    std::size_t bytes = 0;
+
+    void operator()(void* memory) const
+    {
+        bytes < kLeastPages ? std::free(memory) : corvane::platform::FreePages(memory, bytes);
+    }
 };
 
+using Memory = std::unique_ptr<void, FreeMemory>;
+
+Memory Allocate(UINT flags, std::size_t bytes)
+{
+    if (bytes >= kLeastPages) {
+        return Memory(corvane::platform::AllocatePages(bytes), FreeMemory{bytes});
+    }
+    return Memory((flags & GMEM_ZEROINIT) != 0 ? std::calloc(bytes, 1) : std::malloc(bytes), FreeMemory{bytes});
+}
+
 struct Block {
-    std::unique_ptr<void, FreeMemory> memory;
+    Memory memory;
     std::size_t bytes = 0;
     unsigned locks = 0;
 };
@@ -49,7 +70,7 @@ HGLOBAL GlobalAlloc(UINT flags, std::size_t bytes)
         if (bytes > PTRDIFF_MAX) {
             return nullptr;
         }
-        block.memory.reset((flags & GMEM_ZEROINIT) != 0 ? std::calloc(bytes, 1) : std::malloc(bytes));
+        block.memory = Allocate(flags, bytes);
         if (!block.memory) {
             return nullptr;
         }
