@@ -123,12 +123,12 @@ Header OutputHeader(const CStlImage& image, const Header& header)
 
 } // namespace
 
-Frame::Frame(Frame&& other) : header(std::move(other.header))
+Frame::Frame(Frame&& other) noexcept : header(std::move(other.header))
 {
     image.Swap(&other.image);
 }
 
-Frame& Frame::operator=(Frame&& other)
+Frame& Frame::operator=(Frame&& other) noexcept
 {
     image.Swap(&other.image);
     std::swap(header, other.header);

@@ -15,9 +15,9 @@ struct CORVANE_API Frame {
 
     Frame() = default;
     Frame(const Frame&) = default;
-    Frame(Frame&& other); ///< Takes the samples over.
+    Frame(Frame&& other) noexcept; ///< Takes the samples over.
     Frame& operator=(const Frame&) = default;
-    Frame& operator=(Frame&& other); ///< Exchanges the samples.
+    Frame& operator=(Frame&& other) noexcept; ///< Exchanges the samples.
     ~Frame() = default;
 };
 

@@ -32,7 +32,7 @@ std::optional<double> FirstNumber(const Header& header, Names names)
 std::optional<std::string> FirstText(const Header& header, Names names)
 {
     for (const char* name : names) {
-        if (const auto text = header.Text(name); text && !text->empty()) {
+        if (auto text = header.Text(name); text && !text->empty()) {
             return text;
         }
     }

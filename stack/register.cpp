@@ -255,7 +255,8 @@ std::string ShiftRegistration::JudgeWitnesses(const Found& found, const Witnesse
                " other stars are where the best match would have them";
     }
     const bool isAlike = found.gain * kLoneGain >= 1.0 && found.gain <= kLoneGain;
-    if (IsLone() && !(isAlike && found.match.correlation >= kLoneCorrelation)) {
+    const bool isConvincing = isAlike && found.match.correlation >= kLoneCorrelation;
+    if (IsLone() && !isConvincing) {
         return "the best match is not like enough to the reference, which has hardly another star to confirm it";
     }
     return "";

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <ranges>
 
 namespace corvane {
 namespace {
@@ -48,12 +49,12 @@ Exchanges KeepWhatReaches(int place, int n, const Exchanges& network)
     std::vector<bool> needed(static_cast<std::size_t>(n), false);
     needed[static_cast<std::size_t>(place)] = true;
     Exchanges kept;
-    for (auto exchange = network.rbegin(); exchange != network.rend(); ++exchange) {
-        const auto low = static_cast<std::size_t>(exchange->low);
-        const auto high = static_cast<std::size_t>(exchange->high);
+    for (const auto& exchange : std::views::reverse(network)) {
+        const auto low = static_cast<std::size_t>(exchange.low);
+        const auto high = static_cast<std::size_t>(exchange.high);
         if (needed[low] || needed[high]) {
             needed[low] = needed[high] = true;
-            kept.push_back(*exchange);
+            kept.push_back(exchange);
         }
     }
     std::reverse(kept.begin(), kept.end());

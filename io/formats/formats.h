@@ -27,7 +27,7 @@ bool IsFromCamera(const std::string& path);
 /// @{
 void WriteFits(OutputFile& file, const CStlImage& image, const Header& header, int bits);
 void WriteTiff(OutputFile& file, const CStlImage& image, const Header& header, int bits);
-void WritePng(OutputFile& file, const CStlImage& image, const Header& header, int bits);
+void WritePng(OutputFile& output, const CStlImage& image, const Header& header, int bits);
 /// @}
 
 } // namespace corvane::io
