@@ -7,7 +7,7 @@ for i in {1..40}; do
     cp night/light* "light$i.fits"
 done
 echo older >out.fits
-find . | sort >before
+before=$(find . | sort)
 
 "$CORVANE" stack -v light*.fits -o out.fits --preview out.png --align shift --method clipped-median 2>said >printed &
 job=$!
@@ -22,6 +22,6 @@ status=$?
 [[ $status -eq 130 ]] || fail "status $status, not 130: $(<said)"
 [[ $(tail -n 1 said) == 'corvane: cancelled' ]] || fail "said $(<said)"
 rm said printed
-[[ $(find . | sort) == "$(<before)"  ]] || fail 'something is left behind'
+[[ $(find . | sort) == "$before" ]] || fail 'something is left behind'
 [[ $(<out.fits) == older ]] || fail 'the old output is gone'
 finish
