@@ -125,6 +125,16 @@ void NoteUnknownExposures(Plan& plan)
     }
 }
 
+/// A shift that is no multiple of the mosaic's cell mixes its colours.
+void NoteMosaic(const Options& options, Plan& plan)
+{
+    const auto pattern = io::BayerPattern(plan.lights.Info(0).header);
+    if (pattern && options.align == AlignMethod::kShift) {
+        plan.notes.push_back("the lights are a mosaic of colour filters, " + *pattern +
+                             ": shifting them mixes its colours; stack them with --align none");
+    }
+}
+
 void Open(FrameSet& frames, const std::vector<std::string>& files, Progress& progress)
 {
     for (const std::string& file : files) {
@@ -190,6 +200,7 @@ Plan MakePlan(const Options& options)
     plan.darkExposure = DarkExposure(plan.darks);
     CheckExposures(plan);
     NoteUnknownExposures(plan);
+    NoteMosaic(options, plan);
     return plan;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "corvane/core/truncate.h"
 
@@ -131,48 +132,48 @@ public:
 
     void Sample(double outside, double* values, int* inside) const
     {
-        if (IsInner()) {
-            SampleInner(values);
+        // Positions move along a line, so those inside follow each other.
+        const int begin = static_cast<int>(std::find(inside_, inside_ + count_, 1) - inside_);
+        const int end = static_cast<int>(std::find(inside_ + begin, inside_ + count_, 0) - inside_);
+        std::fill(values, values + begin, outside);
+        if (IsInner(begin, end)) {
+            SampleInner(begin, end, values);
         } else {
-            for (int i = 0; i < count_; ++i) {
-                values[i] = inside_[i] != 0 ? At(i) : outside;
+            for (int i = begin; i < end; ++i) {
+                values[i] = At(i);
             }
         }
+        std::fill(values + end, values + count_, outside);
         std::copy_n(inside_, count_, inside);
     }
 
 private:
-    /// True when all of it is inside, and above the last two rows: there, what follows a row in storage follows it in
-    /// memory too.
-    bool IsInner() const
+    /// Two samples that follow each other in memory.
+    struct Pair {
+        float first;
+        float second;
+    };
+
+    /// True when all of them are above the last two rows: there, what follows a row in storage follows it in memory too.
+    /// Rounding keeps the order of positions, so both ends tell of all.
+    bool IsInner(int begin, int end) const
     {
-        int count = 0;
-        double lowest = 0.0;
-        for (int i = 0; i < count_; ++i) {
-            count += inside_[i];
-            lowest = y_[i] > lowest ? y_[i] : lowest;
-        }
-        return count == count_ && lowest < plane_.height - 2;
+        return begin < end && std::max(y_[begin], y_[end - 1]) < plane_.height - 2;
     }
 
-    void SampleInner(double* values) const
+    void SampleInner(int begin, int end, double* values) const
     {
-        float above[kLength];
-        float aboveNext[kLength];
-        float below[kLength];
-        float belowNext[kLength];
-        for (int i = 0; i < count_; ++i) {
-            const float* const a = plane_.Row(static_cast<int>(y_[i])) + static_cast<int>(x_[i]);
-            const float* const b = a + plane_.width;
-            above[i] = a[0];
-            aboveNext[i] = a[1];
-            below[i] = b[0];
-            belowNext[i] = b[1];
+        Pair above[kLength];
+        Pair below[kLength];
+        for (int i = begin; i < end; ++i) {
+            const float* const sample = plane_.Row(static_cast<int>(y_[i])) + static_cast<int>(x_[i]);
+            std::memcpy(&above[i], sample, sizeof(Pair));
+            std::memcpy(&below[i], sample + plane_.width, sizeof(Pair));
         }
-        for (int i = 0; i < count_; ++i) {
+        for (int i = begin; i < end; ++i) {
             const double fx = x_[i] - static_cast<int>(x_[i]);
             const double fy = y_[i] - static_cast<int>(y_[i]);
-            values[i] = Interpolate(above[i], aboveNext[i], below[i], belowNext[i], fx, fy);
+            values[i] = Interpolate(above[i].first, above[i].second, below[i].first, below[i].second, fx, fy);
         }
     }
 
@@ -204,14 +205,30 @@ PlaneRows WholePlane(const CStlImage& image, int plane)
     return {image.GetImageAdr(0, 0, plane, 1), image.GetWidth(), image.GetHeight(), 0, after};
 }
 
-/// Sample by sample, so that the pages of a turned row, which may be most of the image, stay within the budget.
-void SamplePagedRow(const CStlImage& image, int plane, const Alignment& alignment, int y, int count, double outside,
-                    double* values, int* inside)
+bool IsPaged(const CStlImage& image)
 {
-    for (int x = 0; x < count; ++x) {
-        const Position at = alignment.Map(x, y);
-        inside[x] = at.x >= 0.0 && at.x < image.GetWidth() && at.y >= 0.0 && at.y < image.GetHeight() ? 1 : 0;
-        values[x] = inside[x] != 0 ? image.GetPixelGrayRaw(at.x, at.y, plane) : outside;
+    return image.GetStore() != nullptr && image.GetStore()->IsPaged();
+}
+
+/// Sample by sample, so that the pages of a turned row, which may be most of the image, stay within the budget.
+void SamplePaged(const CStlImage& image, int plane, const Alignment& alignment, int x, int y, int count, double outside,
+                 double* values, int* inside)
+{
+    for (int i = 0; i < count; ++i) {
+        const Position at = alignment.Map(x + i, y);
+        inside[i] = at.x >= 0.0 && at.x < image.GetWidth() && at.y >= 0.0 && at.y < image.GetHeight() ? 1 : 0;
+        values[i] = inside[i] != 0 ? image.GetPixelGrayRaw(at.x, at.y, plane) : outside;
+    }
+}
+
+/// Samples columns x to x + count - 1 of row y, whatever the alignment.
+void SampleTurned(const PlaneRows& plane, const Alignment& alignment, int x, int y, int count, double outside,
+                  double* values, int* inside)
+{
+    for (int done = 0; done < count; done += TurnedStretch::kLength) {
+        const int length = std::min(TurnedStretch::kLength, count - done);
+        const TurnedStretch stretch(plane, alignment, x + done, y, length);
+        stretch.Sample(outside, values + done, inside + done);
     }
 }
 
@@ -237,19 +254,15 @@ void SampleAlignedRow(const PlaneRows& plane, const Alignment& alignment, int y,
         SampleShiftedRow(plane, alignment, y, count, outside, values, inside);
         return;
     }
-    for (int x = 0; x < count; x += TurnedStretch::kLength) {
-        const int length = std::min(TurnedStretch::kLength, count - x);
-        const TurnedStretch stretch(plane, alignment, x, y, length);
-        stretch.Sample(outside, values + x, inside + x);
-    }
+    SampleTurned(plane, alignment, 0, y, count, outside, values, inside);
 }
 
 void SampleAlignedRow(const CStlImage& image, int plane, const Alignment& alignment, int y, int count, double outside,
                       double* values, int* inside)
 {
-    const bool isPaged = image.GetStore() != nullptr && image.GetStore()->IsPaged();
+    const bool isPaged = IsPaged(image);
     if (isPaged && !alignment.IsShift()) {
-        SamplePagedRow(image, plane, alignment, y, count, outside, values, inside);
+        SamplePaged(image, plane, alignment, 0, y, count, outside, values, inside);
         return;
     }
     const RowSpan rows = RowsTouched(alignment, y, count, image.GetWidth(), image.GetHeight());
@@ -257,6 +270,16 @@ void SampleAlignedRow(const CStlImage& image, int plane, const Alignment& alignm
         image.GetImageAdr(0, row, plane, 1);
     }
     SampleAlignedRow(WholePlane(image, plane), alignment, y, count, outside, values, inside);
+}
+
+void SampleAlignedStretch(const CStlImage& image, int plane, const Alignment& alignment, int x, int y, int count,
+                          double outside, double* values, int* inside)
+{
+    if (IsPaged(image)) {
+        SamplePaged(image, plane, alignment, x, y, count, outside, values, inside);
+    } else {
+        SampleTurned(WholePlane(image, plane), alignment, x, y, count, outside, values, inside);
+    }
 }
 
 } // namespace corvane

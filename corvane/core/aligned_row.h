@@ -42,4 +42,9 @@ CORVANE_API void SampleAlignedRow(const PlaneRows& plane, const Alignment& align
 CORVANE_API void SampleAlignedRow(const CStlImage& image, int plane, const Alignment& alignment, int y, int count,
                                   double outside, double* values, int* inside);
 
+/// The same for `count` columns from x on: values[0] belongs to column x. For callers that take a turned frame in narrow
+/// strips, a band of rows at a time, so that the samples of neighbouring rows are still in the nearest cache.
+CORVANE_API void SampleAlignedStretch(const CStlImage& image, int plane, const Alignment& alignment, int x, int y,
+                                      int count, double outside, double* values, int* inside);
+
 } // namespace corvane

@@ -8,6 +8,7 @@
 #include "corvane/core/display_scale.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/truncate.h"
+#include "corvane/core/walk.h"
 
 using namespace corvane;
 
@@ -98,17 +99,17 @@ void ForEachPixel(const CStlImage& image, const CRect& area, IsInside isInside, 
     }
 }
 
-/// The part of a rectangle that lies inside the image.
-CRect Clipped(const CImage& image, const CRect& rect)
+/// Half way between two edges, whose sum an int may not hold.
+double Middle(LONG first, LONG second)
 {
-    return {std::max<int>(rect.left, 0), std::max<int>(rect.top, 0), std::min<int>(rect.right, image.GetWidth()),
-            std::min<int>(rect.bottom, image.GetHeight())};
+    const std::int64_t middle = (std::int64_t{first} + second) / 2;
+    return static_cast<double>(middle);
 }
 
 template <class IsInside>
 void Centroid(const CStlImage& image, const CRect& kept, double& cx, double& cy, IsInside isInside)
 {
-    const CRect area = Clipped(image, kept);
+    const CRect area = WorkingArea(image, &kept);
     double total = 0.0;
     long long count = 0;
     ForEachPixel(
@@ -134,9 +135,8 @@ void Centroid(const CStlImage& image, const CRect& kept, double& cx, double& cy,
     cy = weightedY / weight;
     const POINT rounded{Truncate(cx + 0.5), Truncate(cy + 0.5)};
     if (PtInRect(&kept, rounded) == 0) {
-        const POINT middle{(kept.left + kept.right) / 2, (kept.top + kept.bottom) / 2};
-        cx = middle.x;
-        cy = middle.y;
+        cx = Middle(kept.left, kept.right);
+        cy = Middle(kept.top, kept.bottom);
     }
 }
 
@@ -207,7 +207,7 @@ void CStlImage::GetCenterOfGravity(int& cx, int& cy, CRect* rect) const
 void CStlImage::GetCenterOfGravityCircle(double& cx, double& cy, CRect* rect, CArray<int, int>* halfWidths) const
 {
     const CRect kept = WholeOr(*this, rect);
-    const CRect area = Clipped(*this, kept);
+    const CRect area = WorkingArea(*this, &kept);
     const double rx = (area.right - area.left) * 0.5;
     const double ry = (area.bottom - area.top) * 0.5;
     Centroid(*this, kept, cx, cy,

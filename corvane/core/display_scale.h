@@ -19,6 +19,8 @@ struct DisplayScale {
 
     double To256(double v) const { return (v - min) / range * 255.0; }
     double ToRaw(double d) const { return range * d * kPer255 + min; }
+    /// What the way to display values and back multiplies a distance by: 1 up to rounding, NaN when the range is 0.
+    double RoundTrip() const { return 255.0 / range * range * kPer255; }
 };
 
 } // namespace corvane

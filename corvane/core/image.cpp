@@ -27,11 +27,12 @@ std::unique_ptr<CVmImage> MakeStore(const corvane::ImageRecord& record, CVmImage
     return std::make_unique<CVmImage>(record.width, record.height, record.planes, bytes, contents);
 }
 
-/// Makes a store of zero samples; null when there is no room.
-std::unique_ptr<CVmImage> TryMakeStore(const corvane::ImageRecord& record)
+/// Makes a store; null when there is no room.
+std::unique_ptr<CVmImage> TryMakeStore(const corvane::ImageRecord& record,
+                                       CVmImage::Contents contents = CVmImage::Contents::kZero)
 {
     try {
-        return MakeStore(record, CVmImage::Contents::kZero);
+        return MakeStore(record, contents);
     } catch (const CMemoryException&) {
         return nullptr;
     }
@@ -101,18 +102,33 @@ void CImage::Swap(CImage* other)
     std::swap(record_, other->record_);
 }
 
-int CImage::ChangeSize(int width, int height, HWND window, const char* text)
+/// Takes the other's record with another size and a store for it; false when there is none.
+bool CImage::TakeResized(const CImage& other, int width, int height, CVmImage::Contents contents)
 {
-    corvane::ImageRecord record = record_;
-    record.width = width;
-    record.height = height;
-    std::unique_ptr<CVmImage> store = width < 1 || height < 1 ? nullptr : TryMakeStore(record);
-    if (store == nullptr) {
+    record_ = other.record_;
+    record_.width = width;
+    record_.height = height;
+    store_ = width < 1 || height < 1 ? nullptr : TryMakeStore(record_, contents);
+    return store_ != nullptr;
+}
+
+int CImage::ChangeCanvas(int width, int height, HWND window, const char* text)
+{
+    CImage canvas;
+    if (!canvas.TakeResized(*this, width, height, CVmImage::Contents::kUndefined)) {
         return 0;
     }
+    const corvane::ProgressNotice notice(window, text, 0);
+    Swap(&canvas);
+    return 1;
+}
+
+int CImage::ChangeSize(int width, int height, HWND window, const char* text)
+{
     CImage resized;
-    resized.record_ = std::move(record);
-    resized.store_ = std::move(store);
+    if (!resized.TakeResized(*this, width, height, CVmImage::Contents::kZero)) {
+        return 0;
+    }
     const int rows = std::min(height, GetHeight());
     const std::size_t bytes =
         static_cast<std::size_t>(std::min(width, GetWidth())) * static_cast<std::size_t>(GetBytesPixel());

@@ -85,6 +85,8 @@ public:
     /// Changes the size. Samples inside both sizes stay where they are, new ones are 0; levels, blank settings and
     /// coordinates stay. Returns 0, with nothing changed, when a size is below 1 or there is no room.
     int ChangeSize(int width, int height, HWND window = nullptr, const char* text = nullptr);
+    /// `ChangeSize` for a caller who writes every sample of the new size: what they hold until then is undefined.
+    int ChangeCanvas(int width, int height, HWND window = nullptr, const char* text = nullptr);
     /// Changes the number of planes [1 or 3]. New planes are copies of plane 0 and take its levels. 0 on failure.
     int ChangePlanes(int planes, HWND window = nullptr, const char* text = nullptr);
     /// Converts the samples to another bits per pixel [8, 16, 32, -32, -64]. With `physical` they become physical
@@ -200,6 +202,11 @@ public:
     int GetCUnit(int axis, CString* unit) const;
     void SetCUnit(int axis, const CString& unit);
     /// @}
+    /// @name All world coordinates at once
+    /// @{
+    const corvane::WorldCoordinates& GetCoordinates() const { return record_.coordinates; }
+    void SetCoordinates(const corvane::WorldCoordinates& coordinates) { record_.coordinates = coordinates; }
+    /// @}
     /// Assigns the type (CTYPE) of an axis.
     void SetType(const CString& type, int axis);
     /// The linear transform; returns its kind (`corvane::LinearTransformKind`), 0 when there is none.
@@ -251,6 +258,7 @@ private:
         const long long row = static_cast<long long>(plane) * record_.height + y;
         return static_cast<std::uint64_t>((row * record_.width + x) * GetBytesPixel());
     }
+    bool TakeResized(const CImage& other, int width, int height, CVmImage::Contents contents);
     const corvane::AxisCoordinates* Axis(int axis) const;
     corvane::AxisCoordinates* Axis(int axis);
 

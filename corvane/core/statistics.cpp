@@ -9,6 +9,7 @@
 #include "corvane/core/display_scale.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/truncate.h"
+#include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 
 using namespace corvane;
@@ -57,16 +58,6 @@ private:
     double hi_;
     std::vector<int> counts_;
 };
-
-/// The rectangle of a measurement: cut at the near edges only, so one that begins behind the image holds nothing.
-CRect MeasuredArea(const CImage& image, const CRect* rect)
-{
-    if (rect == nullptr) {
-        return {0, 0, image.GetWidth(), image.GetHeight()};
-    }
-    return {std::max<int>(rect->left, 0), std::max<int>(rect->top, 0), std::min<int>(rect->right, image.GetWidth()),
-            std::min<int>(rect->bottom, image.GetHeight())};
-}
 
 /// Brightness on the 256 scale of a row of three planes.
 struct BrightnessRow {
@@ -146,7 +137,7 @@ private:
 int CStlImage::GetHistGram(int* hist, int bins, double lo, double hi, int plane, CRect* rect, int showProgress,
                            int textId)
 {
-    const CRect area = MeasuredArea(*this, rect);
+    const CRect area = WorkingArea(*this, rect);
     ShowProgressInit(showProgress, textId == 0 ? IDS_HISTOGRAM : textId, static_cast<int>(area.bottom - area.top));
     const bool brightness = plane == -1 && IsColor() && GetPlanes() >= 3;
     if (brightness) {

@@ -44,6 +44,7 @@ public:
     void Init();
     /// Chooses the window that gets the progress messages; null for none.
     void SetProgressHandle(HWND window);
+    HWND GetProgressHandle() const { return progressWindow_; } ///< The window that gets the progress messages.
 
     /// @name Levels
     /// @{

@@ -20,18 +20,14 @@ inline CRect WorkingArea(const CImage& image, const CRect* rect)
             inside(rect->bottom, height)};
 }
 
-/// Walks the planes and rows of an operation: clips the rectangle into the target, opens progress with one step a row,
-/// gives each row to the kernel that `kernelOf(plane)` makes, as (source, target, count), and closes progress.
-/// ESC is ignored.
+/// Walks the planes and rows of an area that lies in the target: gives each row to the kernel that `kernelOf(plane)`
+/// makes, as (source, target, count), and reports one step of progress, whose channel is the caller's. ESC is ignored.
 ///
 /// Source and target usually have one size. A smaller source is not read outside: rows below it repeat its last row,
 /// planes it does not have repeat its last plane, and target columns to the right of it keep their samples.
 template <class KernelOf>
-void WalkRows(CStlImage& target, const CStlImage& source, const CRect* rect, int showProgress, int textId,
-              KernelOf kernelOf)
+void WalkArea(CStlImage& target, const CStlImage& source, const CRect& area, KernelOf kernelOf)
 {
-    const CRect area = WorkingArea(target, rect);
-    target.ShowProgressInit(showProgress, textId, static_cast<int>(area.bottom - area.top) * target.GetPlanes());
     for (int plane = 0; plane < target.GetPlanes(); ++plane) {
         const auto kernel = kernelOf(plane);
         const int sourcePlane = std::min(plane, source.GetPlanes() - 1);
@@ -44,6 +40,17 @@ void WalkRows(CStlImage& target, const CStlImage& source, const CRect* rect, int
             target.ShowProgress(1);
         }
     }
+}
+
+/// The walk of most operations: clips the rectangle into the target, opens progress with one step a row, walks the
+/// area, and closes progress.
+template <class KernelOf>
+void WalkRows(CStlImage& target, const CStlImage& source, const CRect* rect, int showProgress, int textId,
+              KernelOf kernelOf)
+{
+    const CRect area = WorkingArea(target, rect);
+    target.ShowProgressInit(showProgress, textId, static_cast<int>(area.bottom - area.top) * target.GetPlanes());
+    WalkArea(target, source, area, kernelOf);
     target.ShowProgressEnd(nullptr);
 }
 

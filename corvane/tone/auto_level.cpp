@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 #include "corvane/core/blank.h"
@@ -113,42 +114,38 @@ struct Spread {
     bool counted = false;
 };
 
-/// Mean and deviation of the samples that lie strictly within 3 old sigma: of the old mean for the mean, and of the
-/// new mean for the deviation. A deviation of 0 keeps the old one. Not counted when nothing was.
+/// Mean and deviation of the samples that lie strictly within reach: of the old mean for the mean, and of the new mean
+/// for the deviation. A deviation of 0 keeps the old one. Not counted when nothing was.
 template <class Samples>
-Spread ClippedSpread(const Samples& samples, const Spread& before)
+Spread Measure(const Samples& samples, double oldMean, double oldSigma, double reach)
 {
-    Spread now = before;
     double sum = 0.0;
     long long count = 0;
-    const double reach = 3.0 * before.sigma;
-    samples.ForEach([&, low = before.mean - reach, high = before.mean + reach](double v) {
+    samples.ForEach([&, low = oldMean - reach, high = oldMean + reach](double v) {
         if (low < v && v < high) {
             sum += v;
             ++count;
         }
     });
-    now.counted = count > 0;
-    now.mean = sum / static_cast<double>(count);
+    const double mean = sum / static_cast<double>(count);
     double squares = 0.0;
-    samples.ForEach([&, low = now.mean - reach, high = now.mean + reach](double v) {
+    samples.ForEach([&, low = mean - reach, high = mean + reach](double v) {
         if (low < v && v < high) {
-            squares += (v - now.mean) * (v - now.mean);
+            squares += (v - mean) * (v - mean);
         }
     });
     const double sigma = std::sqrt(squares / static_cast<double>(count));
-    now.sigma = sigma > 0.0 ? sigma : before.sigma;
-    return now;
+    return {mean, sigma > 0.0 ? sigma : oldSigma, count > 0};
 }
 
-/// Clips until the whole part of the mean settles.
+/// Clips at 3 sigma until the whole part of the mean settles.
 Spread IteratedSpread(const PlaneSamples& samples)
 {
     constexpr int kMost = 1000; // a mean that swings between two values for ever ends here
     Spread spread;
     double previous = -3.4028234663852886e38;
     for (int i = 0; i < kMost; ++i) {
-        spread = ClippedSpread(samples, spread);
+        spread = Measure(samples, spread.mean, spread.sigma, 3.0 * spread.sigma);
         if (!spread.counted || std::floor(spread.mean) == std::floor(previous)) {
             break;
         }
@@ -157,24 +154,11 @@ Spread IteratedSpread(const PlaneSamples& samples)
     return spread;
 }
 
-/// Mean and deviation of all samples; a deviation of 0 keeps the one before.
+/// Mean and deviation of all finite samples; a deviation of 0 keeps the one before.
 template <class Samples>
 Spread PlainSpread(const Samples& samples, const Spread& before)
 {
-    Spread now = before;
-    double sum = 0.0;
-    long long count = 0;
-    samples.ForEach([&](double v) {
-        sum += v;
-        ++count;
-    });
-    now.counted = count > 0;
-    now.mean = sum / static_cast<double>(count);
-    double squares = 0.0;
-    samples.ForEach([&](double v) { squares += (v - now.mean) * (v - now.mean); });
-    const double sigma = std::sqrt(squares / static_cast<double>(count));
-    now.sigma = sigma > 0.0 ? sigma : before.sigma;
-    return now;
+    return Measure(samples, 0.0, before.sigma, std::numeric_limits<double>::infinity());
 }
 
 /// A pair of values: bounds of data, or levels.
@@ -334,7 +318,13 @@ void CImgAutoLevel::Do(double lowSigma, double highSigma, int perPlane, CRect* r
 void CImgAutoLevel::Get(double& lowFraction, double& highFraction, CRect* rect)
 {
     const CRect area = WorkingArea(*this, rect);
-    const Distribution distribution(*this, DisplayedBounds(*this, area), area);
+    const Bounds data = DisplayedBounds(*this, area);
+    lowFraction = 0.0;
+    highFraction = 1.0;
+    if (area.left >= area.right || area.top >= area.bottom) {
+        return;
+    }
+    const Distribution distribution(*this, data, area);
     lowFraction = distribution.FromBelow(GetLevelMin(0));
     highFraction = distribution.FromAbove(GetLevelMax(0));
 }

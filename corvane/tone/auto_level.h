@@ -17,12 +17,13 @@ public:
     /// Sets the levels to mean - lowSigma * sigma and mean + highSigma * sigma, cut to the data's own range.
     /// Statistics come from a grid of about a million samples of the rectangle; null means the whole image. Mean and
     /// sigma of a monochrome image are clipped at 3 sigma until the whole part of the mean settles. A colour image gets
-    /// one pair of levels from its luminance, or with perPlane a pair for each plane. Blanks and NaN are left out.
+    /// one pair of levels from its luminance, or with perPlane a pair for each plane. Blanks, NaN and infinities are left out.
     /// Levels stay as they are when nothing can be counted. The wait cursor is shown meanwhile.
     void Do(double lowSigma, double highSigma, int perPlane, CRect* rect);
 
     /// Tells where plane 0's levels lie in the cumulative distribution of the rectangle's samples, as fractions from 0
-    /// (all samples are above) to 1; levels outside the data give fractions outside 0..1.
+    /// (all samples are above) to 1; levels outside the data give fractions outside 0..1. An empty rectangle gives 0
+    /// and 1.
     void Get(double& lowFraction, double& highFraction, CRect* rect);
 };
 

@@ -6,6 +6,7 @@
 #include <numbers>
 #include <vector>
 
+#include "corvane/core/exponential.h"
 #include "examples/night/portable_math.h"
 
 namespace corvane::night {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "corvane/core/exponential.h"
 #include "examples/night/draw.h"
 #include "examples/night/frame_header.h"
 #include "examples/night/portable_math.h"

@@ -1,10 +1,7 @@
 #include "examples/night/portable_math.h"
 
-#include <algorithm>
-#include <array>
 #include <bit>
 #include <cmath>
-#include <cstddef>
 #include <cstdint>
 #include <numbers>
 
@@ -16,38 +13,7 @@ constexpr std::uint64_t kMantissaMask = 0x000fffffffffffff;
 constexpr int kMantissaBits = 52;
 constexpr int kExponentBias = 1023;
 
-double PowerOfTwo(int exponent)
-{
-    return std::bit_cast<double>(static_cast<std::uint64_t>(exponent + kExponentBias) << kMantissaBits);
-}
-
-/// 1 / n! for n = 0..14: |r| <= ln 2 / 2 makes the next term of the series smaller than 1e-17.
-constexpr std::array<double, 15> kReciprocalFactorials = [] {
-    std::array<double, 15> factors{};
-    double factorial = 1.0;
-    for (std::size_t n = 0; n < factors.size(); ++n) {
-        factorial *= n == 0 ? 1.0 : static_cast<double>(n);
-        factors[n] = 1.0 / factorial;
-    }
-    return factors;
-}();
-
 } // namespace
-
-double Exp(double x)
-{
-    // ln 2 in two parts, the first with so few digits that k times it is exact.
-    constexpr double kLn2High = 0x1.62e42feep-1;
-    constexpr double kLn2Low = 0x1.a39ef35793c76p-33;
-    x = std::clamp(x, -700.0, 700.0);
-    const int k = static_cast<int>(x * std::numbers::log2e + (x < 0.0 ? -0.5 : 0.5));
-    const double r = (x - k * kLn2High) - k * kLn2Low;
-    double sum = 0.0;
-    for (auto factor = kReciprocalFactorials.rbegin(); factor != kReciprocalFactorials.rend(); ++factor) {
-        sum = sum * r + *factor;
-    }
-    return sum * PowerOfTwo(k);
-}
 
 double Log(double x)
 {

@@ -1,11 +1,9 @@
 #pragma once
 
-/// Elementary functions in plain arithmetic. The system's mathematical library may round differently from one machine
+/// Elementary functions in plain arithmetic, beside `corvane::Exp`. The system's mathematical library may round differently from one machine
 /// to the next; these give the same bits wherever double is IEEE 754, which is what makes a night repeatable.
 namespace corvane::night {
 
-/// e to the power x, within 2 units in the last place; x outside [-700, 700] counts as the nearer end.
-double Exp(double x);
 /// Natural logarithm of a positive normal number, within 2 units in the last place away from 1.
 double Log(double x);
 

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 
+#include "corvane/core/exponential.h"
 #include "examples/night/portable_math.h"
 
 namespace corvane::night {

@@ -2,8 +2,6 @@
 
 #include <cmath>
 
-#include <gtest/gtest.h>
-
 #include "tests/support/images.h"
 #include "tests/support/plain.h"
 #include "tests/support/progress_window.h"
@@ -14,37 +12,26 @@ namespace {
 
 constexpr double kNoScore = 3.402823466e38;
 
-bool IsPairBlank(const Plain& s, const Plain& r, double sv, double rv)
-{
-    return (s.blankUsed && std::trunc(sv) == s.blank) || (r.blankUsed && std::trunc(rv) == s.blank);
-}
-
 /// The score in its plain form at any offset; `between` reads the reference between its samples.
 double PlainScore(const Plain& s, const Plain& r, double ox, double oy, const double* gains, bool between)
 {
-    const int left = static_cast<int>(std::ceil(std::max(ox, 0.0)));
-    const int top = static_cast<int>(std::ceil(std::max(oy, 0.0)));
-    const int right = static_cast<int>(std::floor(std::min<double>(s.width, ox + r.width)));
-    const int bottom = static_cast<int>(std::floor(std::min<double>(s.height, oy + r.height)));
-    if (left >= right || top >= bottom) {
-        return kNoScore;
-    }
+    const CRect both(static_cast<int>(std::ceil(std::max(ox, 0.0))), static_cast<int>(std::ceil(std::max(oy, 0.0))),
+                     static_cast<int>(std::floor(std::min<double>(s.width, ox + r.width))),
+                     static_cast<int>(std::floor(std::min<double>(s.height, oy + r.height))));
     double sum = 0.0;
     int used = 0;
-    for (int p = 0; p < std::min(s.planes, r.planes); ++p) {
-        for (int y = top; y < bottom; ++y) {
-            for (int x = left; x < right; ++x) {
-                const double sv = s.At(x, y, p);
-                const double rv = between ? r.Between(x - ox, y - oy, p)
-                                          : r.At(x - static_cast<int>(ox), y - static_cast<int>(oy), p);
-                if (!IsPairBlank(s, r, sv, rv)) {
-                    sum += (sv - rv * gains[p]) * (sv - rv * gains[p]);
-                    ++used;
-                }
-            }
+    s.ForEach([&](int x, int y, int p) {
+        if (both.PtInRect({x, y}) && p < r.planes) {
+            const double sv = s.At(x, y, p);
+            const double rv =
+                between ? r.Between(x - ox, y - oy, p) : r.At(x - static_cast<int>(ox), y - static_cast<int>(oy), p);
+            // The blank value of the searched image counts for both.
+            const bool isBlank = s.IsBlank(sv) || (r.blankUsed && std::trunc(rv) == s.blank);
+            sum += isBlank ? 0.0 : (sv - rv * gains[p]) * (sv - rv * gains[p]);
+            used += isBlank ? 0 : 1;
         }
-    }
-    return sum / used;
+    });
+    return both.Width() > 0 && both.Height() > 0 ? sum / used : kNoScore;
 }
 
 /// The search in its plain form. `steps` are the progress steps that it reports.
@@ -59,26 +46,23 @@ std::pair<double, double> PlainSearch(const CStlImage& image, const CStlImage& r
     }
     double best = kNoScore;
     std::pair<double, double> at;
-    const auto scan = [&](double left, double right, double top, double bottom, double step, bool between) {
-        const std::pair<double, double> centre = at;
-        for (double oy = top; oy <= bottom; oy += step) {
-            for (double ox = left; ox <= right; ox += step) {
-                if (step == 2.0 || std::pair(ox, oy) != centre) {
-                    const double score = PlainScore(s, r, ox, oy, gains, between);
-                    steps.push_back(between ? 6 : 1);
+    const auto scan = [&](double cx, double cy, double reach, double step) {
+        for (double oy = cy - reach; oy <= cy + reach; oy += step) {
+            for (double ox = cx - reach; ox <= cx + reach; ox += step) {
+                if (step == 2.0 || std::pair(ox, oy) != std::pair(cx, cy)) {
+                    const double score = PlainScore(s, r, ox, oy, gains, step < 1.0);
+                    steps.push_back(step < 1.0 ? 6 : 1);
                     at = score < best ? std::pair(ox, oy) : at;
                     best = std::min(best, score);
                 }
             }
         }
     };
-    const int half = range / 2;
-    scan(std::trunc(x - half), std::trunc(x + half), std::trunc(y - half), std::trunc(y + half), 2.0, false);
-    scan(at.first - 1, at.first + 1, at.second - 1, at.second + 1, 1.0, false);
+    scan(std::trunc(x), std::trunc(y), range / 2, 2.0);
+    scan(at.first, at.second, 1.0, 1.0);
     if (subPixel) {
-        scan(at.first - 0.6, at.first + 0.6, at.second - 0.6, at.second + 0.6, 0.3, true);
-        const double reach = 0.19999999999999998;
-        scan(at.first - reach, at.first + reach, at.second - reach, at.second + reach, 0.1, true);
+        scan(at.first, at.second, 0.6, 0.3);
+        scan(at.first, at.second, 0.19999999999999998, 0.1);
     }
     return at;
 }
@@ -94,18 +78,19 @@ CStlImage CutOut(const CStlImage& image, double left, double top, Size size)
 }
 
 /// A few smooth stars, so that positions between samples mean something.
-CStlImage Field(Size size, int planes)
+CStlImage Field(int planes)
 {
-    CStlImage image(-32, size.width, size.height, planes, 1.0, 0.0, 1);
-    Random random(81);
-    for (int star = 0; star < 12; ++star) {
-        const double cx = random.Between(0.0, size.width);
-        const double cy = random.Between(0.0, size.height);
-        Plain(image).ForEach([&](int x, int y, int p) {
-            const double square = (x - cx) * (x - cx) + (y - cy) * (y - cy);
-            *image.GetImageAdr(x, y, p) += static_cast<float>(10.0 + p + 1000.0 * std::exp(square * -0.1));
-        });
-    }
+    CStlImage image(-32, 80, 60, planes, 1.0, 0.0, 1);
+    Plain(image).ForEach([&](int x, int y, int p) {
+        Random random(81);
+        double light = 0.0;
+        for (int star = 0; star < 12; ++star) {
+            const double dx = x - random.Between(0.0, 80.0);
+            const double dy = y - random.Between(0.0, 60.0);
+            light += 10.0 + p + 1000.0 * std::exp((dx * dx + dy * dy) * -0.1);
+        }
+        *image.GetImageAdr(x, y, p) = static_cast<float>(light);
+    });
     return image;
 }
 
@@ -130,10 +115,10 @@ TEST(Matching, ScoresEqualThePlainForm)
                 const int iy = random.Whole(-6, s.height + 2);
                 const double fx = ix + (i % 3 == 0 ? 0.0 : random.Between(0.0, 1.0));
                 const double fy = iy + random.Between(0.0, 1.0);
-                EXPECT_TRUE(
-                    Same(image.CalcValue(&reference, ix, iy, gains), PlainScore(s, r, ix, iy, gains, false), 1e-12));
-                EXPECT_TRUE(
-                    Same(image.CalcValue(&reference, fx, fy, gains), PlainScore(s, r, fx, fy, gains, true), 1e-12));
+                const double whole = image.CalcValue(&reference, ix, iy, gains);
+                EXPECT_TRUE(Same(whole, PlainScore(s, r, ix, iy, gains, false), 1e-12));
+                const double between = image.CalcValue(&reference, fx, fy, gains);
+                EXPECT_TRUE(Same(between, PlainScore(s, r, fx, fy, gains, true), 1e-12));
             }
         }
     });
@@ -141,19 +126,15 @@ TEST(Matching, ScoresEqualThePlainForm)
 
 TEST(Matching, FindsACutOut)
 {
-    struct Case {
+    const struct {
         double left, top, x, y;
         int range, subPixel;
         double tolerance;
-    };
+    } cases[] = {{40, 30, 42, 28, 10, 0, 0.0}, {40, 30, 40.9, 30.9, 0, 0, 0.0},    {41, 30, 40, 30, 1, 0, 0.0},
+                 {33, 21, 35, 23, 8, 1, 1e-9}, {30.6, 20.3, 33, 18, 10, 1, 0.051}, {0.2, 20.3, 1, 19, 4, 1, 1.0}};
     for (const int planes : {1, 3}) {
-        const CStlImage field = Field({80, 60}, planes);
-        for (const Case& c : {Case{40, 30, 42, 28, 10, 0, 0.0},
-                              {40, 30, 40.9, 30.9, 0, 0, 0.0},
-                              {41, 30, 40, 30, 1, 0, 0.0},
-                              {33, 21, 35, 23, 8, 1, 1e-9},
-                              {30.6, 20.3, 33, 18, 10, 1, 0.051},
-                              {0.2, 20.3, 1, 19, 4, 1, 1.0}}) {
+        const CStlImage field = Field(planes);
+        for (const auto& c : cases) {
             SCOPED_TRACE(testing::Message() << c.left << ' ' << c.range << ' ' << planes);
             CStlImage reference = CutOut(field, c.left, c.top, {21, 17});
             CImgMatching image(field);
@@ -189,4 +170,9 @@ TEST(Matching, TiesGoToTheFirstAndNoOverlapFindsNothing)
     EXPECT_EQ(std::pair(x, y), std::pair(500.0, 5.0));
     EXPECT_EQ(window.Take(), Counted("Processing object matching...", 301, std::vector<int>(9, 1)));
     EXPECT_EQ(flat.Do(&part, &x, &y, -9, 0, 0), 0);
+    const double gain = 1.0;
+    for (const double far : {1e9, -1e9, 3e9, 1e300, -1e300, std::nan("")}) {
+        EXPECT_EQ(flat.CalcValue(&part, far, 0.5, &gain), kNoScore) << far;
+        EXPECT_EQ(flat.CalcValue(&part, 0.5, far, &gain), kNoScore) << far;
+    }
 }

@@ -2,8 +2,6 @@
 
 #include <limits>
 
-#include <gtest/gtest.h>
-
 #include "tests/support/images.h"
 #include "tests/support/plain.h"
 
@@ -11,6 +9,9 @@ using namespace corvane;
 using namespace corvane::test;
 
 namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 /// Samples row y into a row of `count` and compares it, bit for bit, with the reader of single samples.
 void Check(const CStlImage& image, const Alignment& a, int y, int count)
@@ -27,8 +28,7 @@ void Check(const CStlImage& image, const Alignment& a, int y, int count)
             ASSERT_TRUE(Same(values[static_cast<std::size_t>(x)], expected)) << x << ' ' << p;
             ASSERT_EQ(inside[static_cast<std::size_t>(x)], 1 - outOfImage);
         }
-        ASSERT_EQ(values.back(), 9e99);
-        ASSERT_EQ(inside.back(), 77);
+        ASSERT_EQ(std::pair(values.back(), inside.back()), std::pair(9e99, 77));
     }
 }
 
@@ -36,24 +36,20 @@ void Check(const CStlImage& image, const Alignment& a, int y, int count)
 
 TEST(AlignedRow, EqualsTheReaderOfSingleSamples)
 {
-    constexpr double kShifts[] = {0.0,   1.0,  -3.0,  0.5, -0.37, 2.999, 1e-17,        -1e-17,       1e-9,
-                                  -1e-9, 3e-6, -1e-5, 1e6, -4e9,  1e300, 0.9999999999, -2.0000000001};
+    constexpr double kShifts[] = {0.0,   1.0,  -3.0,  0.5, -0.37, 2.999, 1e-17,        -1e-17,        1e-9,
+                                  -1e-9, 3e-6, -1e-5, 1e6, -4e9,  kNan,  0.9999999999, -2.0000000001, kInfinity};
     ForEachImage([&](CStlImage& image) {
         const CfPoint centre(image.GetWidth() * 0.4, image.GetHeight() * 0.6);
         image.SetStdCtr(centre);
         Random random(5);
         for (const double degrees : {0.0, 1e-9, 7.3, 90.0, 180.0, -33.3}) {
             for (const double dx : kShifts) {
-                const Alignment alignment = Alignment::Turned(dx, kShifts[random.Whole(0, 10)], degrees, centre);
+                const Alignment alignment = Alignment::Turned(dx, kShifts[random.Whole(0, 17)], degrees, centre);
                 for (int y = -1; y <= image.GetHeight(); ++y) {
                     Check(image, alignment, y, image.GetWidth() + 3);
-                    Check(image, alignment, y, 1);
                 }
+                Check(image, alignment, 0, 1);
             }
-        }
-        for (const double bad : {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
-            Check(image, Alignment::Turned(bad, 0.0, 0.0, centre), 0, 4);
-            Check(image, Alignment::Turned(0.0, bad, 1.0, centre), 0, 4);
         }
         Check(image, {0.4, -0.3, 0.6, 0.8, 1.7, centre}, 0, image.GetWidth() + 3);
     });

@@ -1,6 +1,6 @@
+#include <climits>
 #include <cmath>
-
-#include <gtest/gtest.h>
+#include <limits>
 
 #include "corvane/core/stl_image.h"
 #include "tests/support/images.h"
@@ -11,56 +11,43 @@ using namespace corvane::test;
 namespace {
 
 /// The centroid in its plain form; without half-widths the whole rectangle counts.
-std::pair<double, double> PlainCentroid(const Plain& image, const CRect& kept, const std::vector<int>* halfWidths)
+std::pair<double, double> PlainCentroid(const Plain& image, const CRect& kept, CArray<int, int>* halfWidths)
 {
-    const int left = std::max<int>(kept.left, 0);
-    const int top = std::max<int>(kept.top, 0);
-    const int right = std::min<int>(kept.right, image.width);
-    const int bottom = std::min<int>(kept.bottom, image.height);
-    const auto isInside = [&](int x, int y) {
-        const int dx = std::abs(x - static_cast<int>(left + (right - left) * 0.5));
-        const int dy = std::abs(y - static_cast<int>(top + (bottom - top) * 0.5));
-        return halfWidths == nullptr ||
-               (dx <= static_cast<int>((right - left) * 0.5) && dy <= static_cast<int>((bottom - top) * 0.5) &&
-                dx <= (*halfWidths)[static_cast<std::size_t>(dy)]);
-    };
-    double m = 0.0;
-    double sums[3] = {};
-    for (const int pass : {1, 2}) {
-        double total = 0.0;
-        int count = 0;
-        for (int y = top; y < bottom; ++y) {
-            for (int x = left; x < right; ++x) {
-                bool blank = true;
-                double d[3] = {};
-                for (int p = 0; p < image.planes; ++p) {
-                    blank = blank && image.IsBlank(image.At(x, y, p));
-                    d[p] = image.To256(image.At(x, y, p), p);
-                    d[p] = (pass == 1 || !image.Colour()) && d[p] < 0.0 ? 0.0 : d[p];
-                }
-                if (isInside(x, y) && blank) {
-                    break;
-                }
-                if (isInside(x, y)) {
-                    const double v = image.Colour() ? 0.299 * d[0] + 0.587 * d[1] + 0.114 * d[2] : d[0];
-                    const double w = pass == 1 || v - m <= 0.0 ? 0.0 : (v - m) * (v - m);
-                    total += v;
-                    ++count;
-                    sums[0] += x * w;
-                    sums[1] += y * w;
-                    sums[2] += w;
-                }
+    const CRect area(std::max<int>(kept.left, 0), std::max<int>(kept.top, 0), std::min<int>(kept.right, image.width),
+                     std::min<int>(kept.bottom, image.height));
+    const double rx = area.Width() * 0.5;
+    const double ry = area.Height() * 0.5;
+    std::vector<std::tuple<int, int, double>> pixels;
+    double total = 0.0;
+    for (int y = area.top; y < area.bottom; ++y) {
+        for (int x = area.left; x < area.right; ++x) {
+            if (halfWidths && !CStlImage::PtInRgn(x, y, area.left + rx, area.top + ry, rx, ry, halfWidths)) {
+                continue;
             }
+            const auto isBlank = [&](int p) { return image.IsBlank(image.At(x, y, p)); };
+            if (isBlank(0) && isBlank(image.planes / 2) && isBlank(image.planes - 1)) {
+                break;
+            }
+            const auto shown = [&](int p) { return image.To256(image.At(x, y, p), p); };
+            const double lifted = image.Bright([&](int p) { return shown(p) < 0.0 ? 0.0 : shown(p); });
+            total += lifted;
+            pixels.emplace_back(x, y, image.Colour() ? image.Bright(shown) : lifted);
         }
-        m = pass == 1 ? total / count : m;
+    }
+    double sums[3] = {};
+    for (const auto& [x, y, v] : pixels) {
+        const double excess = v - total / static_cast<double>(pixels.size());
+        const double weight = excess <= 0.0 ? 0.0 : excess * excess;
+        sums[0] += x * weight;
+        sums[1] += y * weight;
+        sums[2] += weight;
     }
     const double cx = sums[0] / sums[2];
     const double cy = sums[1] / sums[2];
-    if (std::trunc(cx + 0.5) >= kept.left && std::trunc(cx + 0.5) < kept.right && std::trunc(cy + 0.5) >= kept.top &&
-        std::trunc(cy + 0.5) < kept.bottom) {
-        return {cx, cy};
+    if (std::isnan(cx + cy) || !kept.PtInRect({static_cast<int>(cx + 0.5), static_cast<int>(cy + 0.5)})) {
+        return {(kept.left + kept.right) / 2, (kept.top + kept.bottom) / 2};
     }
-    return {static_cast<int>(kept.left + kept.right) / 2, static_cast<int>(kept.top + kept.bottom) / 2};
+    return {cx, cy};
 }
 
 } // namespace
@@ -68,82 +55,94 @@ std::pair<double, double> PlainCentroid(const Plain& image, const CRect& kept, c
 TEST(Centroid, EqualsThePlainForm)
 {
     int offCentre = 0;
-    ForEachImage(
-        [&](CStlImage& image) {
-            const Plain plain(image);
-            ForEachRect(image, [&](CRect* rect) {
-                const CRect kept = rect ? *rect : CRect(0, 0, plain.width, plain.height);
-                std::vector<int> circle;
-                CArray<int, int> halfWidths;
-                for (int i = 0, radius = std::max(kept.Height() / 2, 0); i <= radius; ++i) {
-                    circle.push_back(static_cast<int>(std::sqrt(radius * radius - i * i)));
-                    halfWidths.Add(circle.back());
-                }
-                const bool reachesOut =
-                    kept.left < 0 || kept.top < 0 || kept.right > plain.width || kept.bottom > plain.height;
-                for (const bool isCircle : {false, !reachesOut}) {
-                    const auto [ex, ey] = PlainCentroid(plain, kept, isCircle ? &circle : nullptr);
-                    double cx = -99.0;
-                    double cy = -99.0;
-                    int ix = -99;
-                    int iy = -99;
-                    isCircle ? image.GetCenterOfGravityCircle(cx, cy, rect, &halfWidths)
-                             : image.GetCenterOfGravity(cx, cy, rect);
-                    isCircle ? image.GetCenterOfGravityCircle(ix, iy, rect, &halfWidths)
-                             : image.GetCenterOfGravity(ix, iy, rect);
-                    EXPECT_NEAR(cx, ex, 1e-9);
-                    EXPECT_NEAR(cy, ey, 1e-9);
-                    EXPECT_EQ(ix, static_cast<int>(cx + 0.5));
-                    EXPECT_EQ(iy, static_cast<int>(cy + 0.5));
-                    offCentre += cx != std::floor(cx);
-                }
-            });
-        },
-        true);
+    const auto check = [&](CStlImage& image) {
+        const Plain plain(image);
+        ForEachRect(image, [&](CRect* rect) {
+            const CRect kept = rect ? *rect : CRect(0, 0, plain.width, plain.height);
+            CArray<int, int> halfWidths;
+            for (int i = 0, radius = std::max(kept.Height() / 2, 0); i <= radius; ++i) {
+                halfWidths.Add(static_cast<int>(std::sqrt(radius * radius - i * i)));
+            }
+            for (const bool isCircle : {false, true}) {
+                const auto found = [&](auto x) {
+                    auto y = x;
+                    isCircle ? image.GetCenterOfGravityCircle(x, y, rect, &halfWidths)
+                             : image.GetCenterOfGravity(x, y, rect);
+                    return std::pair(x, y);
+                };
+                const auto [ex, ey] = PlainCentroid(plain, kept, isCircle ? &halfWidths : nullptr);
+                const auto [cx, cy] = found(-99.0);
+                EXPECT_NEAR(cx, ex, 1e-9);
+                EXPECT_NEAR(cy, ey, 1e-9);
+                EXPECT_EQ(found(-99), std::pair(static_cast<int>(cx + 0.5), static_cast<int>(cy + 0.5)));
+                offCentre += cx != std::floor(cx);
+            }
+        });
+    };
+    ForEachImage(check, true);
     EXPECT_GT(offCentre, 40);
+    ForEachImage(check); // one NaN or infinity, and the rectangle's centre is the answer
+}
+
+TEST(Centroid, RegionIsThatOfTheHalfWidthsWhateverTheNumbers)
+{
+    constexpr int kLow = INT_MIN;
+    constexpr int kHigh = INT_MAX;
+    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+    CArray<int, int> halfWidths;
+    for (const int halfWidth : {2, 1, 0}) {
+        halfWidths.Add(halfWidth);
+    }
+    const std::tuple<int, int, double, double, double, double, int> cases[] = {
+        {12, 10, 10, 10, 2, 2, 1}, {11, 11, 10, 10, 2, 2, 1},         {11, 12, 10, 10, 2, 2, 0},
+        {13, 10, 10, 10, 9, 2, 0}, {12, 10, 10.9, 10.9, 2.9, 0.9, 1}, {10, 10, 10, 10, -1, 2, 0},
+        {10, 13, 10, 10, 9, 9, 0}, {kLow, 0, kHigh, 0, 2, 2, 0},      {0, kHigh, 0, kLow, 9e9, 9e9, 0},
+        {0, 0, 1e300, 0, 2, 2, 0}, {0, 0, 0, kNan, 2, 2, 0},          {0, 0, 0, 0, 2, kNan, 0}};
+    for (const auto& [x, y, cx, cy, rx, ry, isInside] : cases) {
+        EXPECT_EQ(CStlImage::PtInRgn(x, y, cx, cy, rx, ry, &halfWidths), isInside) << x << ' ' << cx;
+    }
+    CArray<int, int> none;
+    EXPECT_EQ(CStlImage::PtInRgn(0, 0, 0.0, 0.0, 2.0, 2.0, &none), 0);
+    for (const auto& [rect, x, y] : {std::tuple{CRect(kHigh - 4, kLow, kHigh, kLow + 2), kHigh - 2.0, kLow + 1.0},
+                                     {CRect(kHigh, kHigh, kLow, kLow), 0.0, 0.0}}) {
+        CRect kept(rect);
+        double cx = -1.0;
+        double cy = -1.0;
+        RandomImage({3, 3}, 1, 1).GetCenterOfGravityCircle(cx, cy, &kept, &halfWidths);
+        EXPECT_EQ(std::pair(cx, cy), std::pair(x, y));
+    }
 }
 
 TEST(ReferencePoints, FitParameters)
 {
-    struct At {
-        double x, y;
-        operator CfPoint() const { return {x, y}; }
+    const std::tuple<CfPoint, CfPoint, CfPoint, CfPoint, int, double, double, double> cases[] = {
+        {{-1, -1}, {1, 1}, {1, 1}, {2, 2}, 0, 0, 0, 0},
+        {{1, 1}, {2, 2}, {-1, -1}, {2, 2}, 0, 0, 0, 0},
+        {{3.5, 1.25}, {-1, -1}, {1, 2}, {9, 9}, 1, 2.5, -0.75, 0},
+        {{10, 10}, {0, 10}, {10, 10}, {10, 20}, 2, 0, 0, 89.9}, // a quarter turn one way falls just short
+        {{10, 10}, {0, 10}, {10, 10}, {10, 0}, 2, 0, 0, -90.0}, // and the other way it does not
+        {{100, 0}, {0, 0}, {100, 0}, {0, 1}, 2, 0, 0, 0.5},     // 0.573 degrees, rounded down
+        {{100, 0}, {0, 0}, {100, 0}, {0, -1}, 2, 0, 0, -0.6},
+        {{10, 10}, {0, 10}, {10, 10}, {-1, -1}, 2, 0, 0, -45.0}, // the reference's point is not tested
+        {{10, 10}, {10.9, 10.0}, {5, 5}, {9, 9}, 1, 5, 5, 0},    // points that coincide
+        {{10, 10}, {20, 10}, {5, 5}, {5.5, 5.5}, 1, 5, 5, 0},
     };
-    struct Case {
-        At own0, own1, ref0, ref1;
-        int found;
-        double dx, dy, angle;
-    };
-    for (const Case& c : {
-             Case{{-1, -1}, {1, 1}, {1, 1}, {2, 2}, 0, 0, 0, 0},
-             {{1, 1}, {2, 2}, {-1, -1}, {2, 2}, 0, 0, 0, 0},
-             {{3.5, 1.25}, {-1, -1}, {1, 2}, {9, 9}, 1, 2.5, -0.75, 0},
-             {{10, 10}, {0, 10}, {10, 10}, {10, 20}, 2, 0, 0, 89.9}, // a quarter turn one way falls just short
-             {{10, 10}, {0, 10}, {10, 10}, {10, 0}, 2, 0, 0, -90.0}, // and the other way it does not
-             {{10, 10}, {0, 10}, {11.5, 9.5}, {1.5, 9.5}, 2, -1.5, 0.5, 0.0},
-             {{100, 0}, {0, 0}, {100, 0}, {0, 1}, 2, 0, 0, 0.5}, // 0.573 degrees, rounded down
-             {{100, 0}, {0, 0}, {100, 0}, {0, -1}, 2, 0, 0, -0.6},
-             {{10, 10}, {0, 10}, {10, 10}, {-1, -1}, 2, 0, 0, -45.0}, // the reference's point is not tested
-             {{10, 10}, {10.9, 10}, {5, 5}, {9, 9}, 1, 5, 5, 0},      // points that coincide
-             {{10, 10}, {20, 10}, {5, 5}, {5.5, 5.5}, 1, 5, 5, 0},
-         }) {
+    for (const auto& [own0, own1, ref0, ref1, found, ex, ey, turn] : cases) {
         CStlImage own = RandomImage({3, 3}, 1, 1);
         CStlImage ref = RandomImage({9, 7}, 1, 1);
-        own.SetStdPt(0, c.own0);
-        own.SetStdPt(1, c.own1);
-        ref.SetStdPt(0, c.ref0);
-        ref.SetStdPt(1, c.ref1);
+        own.SetStdPt(0, own0);
+        own.SetStdPt(1, own1);
+        ref.SetStdPt(0, ref0);
+        ref.SetStdPt(1, ref1);
         double dx = 9.0;
         double dy = 9.0;
         double angle = 9.0;
-        EXPECT_EQ(own.GetFitPrm(&ref, dx, dy, angle), c.found);
-        EXPECT_EQ(dx, c.dx);
-        EXPECT_EQ(dy, c.dy);
-        EXPECT_NEAR(angle, c.angle, 1e-12);
-        EXPECT_EQ(ref.GetStdCtr().ix, c.ref0.x == -1 ? 4 : static_cast<int>(c.ref0.x));
-        EXPECT_EQ(own.GetFitPrm(&ref, dx, dy, angle, 0.5, 0.25, 2.0), c.found);
-        EXPECT_EQ(dx, c.found > 0 ? c.dx + 0.5 : 0.0);
-        EXPECT_EQ(dy, c.found > 0 ? c.dy + 0.25 : 0.0);
-        EXPECT_NEAR(angle, c.found == 2 ? c.angle + 2.0 : 0.0, 1e-12);
+        EXPECT_EQ(own.GetFitPrm(&ref, dx, dy, angle), found);
+        EXPECT_EQ(std::pair(dx, dy), std::pair(ex, ey));
+        EXPECT_NEAR(angle, turn, 1e-12);
+        EXPECT_EQ(ref.GetStdCtr().ix, ref0.x == -1 ? 4 : ref0.ix);
+        EXPECT_EQ(own.GetFitPrm(&ref, dx, dy, angle, 0.5, 0.25, 2.0), found);
+        EXPECT_EQ(std::pair(dx, dy), found > 0 ? std::pair(ex + 0.5, ey + 0.25) : std::pair(0.0, 0.0));
+        EXPECT_NEAR(angle, found == 2 ? turn + 2.0 : 0.0, 1e-12);
     }
 }

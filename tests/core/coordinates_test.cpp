@@ -2,8 +2,6 @@
 #include <functional>
 #include <limits>
 
-#include <gtest/gtest.h>
-
 #include "corvane/core/stl_image.h"
 #include "tests/support/plain.h"
 

@@ -1,8 +1,5 @@
 #include <cstring>
 #include <functional>
-#include <set>
-
-#include <gtest/gtest.h>
 
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/global_memory.h"
@@ -53,7 +50,7 @@ Bytes Block(int width, int height, int bits, const Bytes& table, const std::func
 
 } // namespace
 
-TEST(Dib, BytesOfEveryForm)
+TEST(Dib, BytesOfEveryFormAndBack)
 {
     Bytes greys;
     for (int i = 0; i < 1024; ++i) {
@@ -61,55 +58,38 @@ TEST(Dib, BytesOfEveryForm)
     }
     ForEachImage([&](CStlImage& image) {
         const Plain plain(image);
-        const auto rgb = [&](int x, int y) {
-            return Bytes{plain.Byte(x, y, plain.planes - 1), plain.Byte(x, y, plain.planes / 2), plain.Byte(x, y, 0)};
-        };
-        EXPECT_EQ(Take(image.GetDib(24)), Block(plain.width, plain.height, 24, {}, rgb));
-        const auto grey = [&](int x, int y) { return Bytes{plain.Byte(x, y, 0)}; };
-        EXPECT_TRUE(plain.Colour() || Take(image.GetDib(8)) == Block(plain.width, plain.height, 8, greys, grey));
-        for (const int bits : {0, 1, 16, 32, -8}) {
-            EXPECT_EQ(image.GetDib(bits), nullptr);
+        for (const int bits : plain.Colour() ? std::vector{24} : std::vector{24, 8}) {
+            const Bytes block = Take(image.GetDib(bits));
+            EXPECT_EQ(block, Block(plain.width, plain.height, bits, bits == 24 ? Bytes{} : greys, [&](int x, int y) {
+                          const auto byte = [&](int p) { return plain.Byte(x, y, plain.Colour() ? p : 0); };
+                          return bits == 24 ? Bytes{byte(2), byte(1), byte(0)} : Bytes{byte(0)};
+                      }));
+            CStlImage attached = RandomImage({2, 2}, 1, 9);
+            ASSERT_EQ(attached.AttachDIB(Give(block)), 1);
+            ASSERT_EQ(std::pair(attached.GetPlanes(), attached.GetBitsPixel()), std::pair(bits == 24 ? 3 : 1, -32));
+            EXPECT_EQ(attached.GetWidth(), plain.width);
+            EXPECT_TRUE(Agree(attached, Plain(attached).Map([&](double, int x, int y, int p) {
+                return plain.Byte(x, y, plain.Colour() ? p : 0);
+            })));
         }
+        EXPECT_TRUE(image.GetDib(16) == nullptr && image.GetDib(-8) == nullptr);
     });
     EXPECT_EQ(Take(CStlImage().GetDib(8)).size(), 1064U);
 }
 
 TEST(Dib, QuantiserReproducesFewColours)
 {
-    Random random(7);
     CStlImage image(-32, 16, 16, 3, 1.0, 0.0, 1);
-    std::set<int> cells;
-    for (int i = 0; i < 256; ++i) { // every pixel in a cell of its own
-        int colour = 0;
-        do {
-            colour = random.Whole(0, 0xffffff);
-        } while (!cells.insert(colour & 0xf8f8f8).second);
-        for (int p = 0; p < 3; ++p) {
-            *image.GetImageAdr(i % 16, i / 16, p) = static_cast<float>(colour >> 8 * p & 255);
-        }
-    }
+    Plain(image).ForEach([&](int x, int y, int p) { // every pixel in a cell of its own
+        const int colour[] = {16 * x + y % 7, 16 * y + x % 5, 3 * (x + y)};
+        *image.GetImageAdr(x, y, p) = static_cast<float>(colour[p]);
+    });
     const Plain plain(image);
     const Bytes block = Take(image.GetDib(8));
     ASSERT_EQ(block.size(), 1064U + 256U);
     plain.ForEach([&](int x, int y, int p) {
         const int entry = block[static_cast<std::size_t>(1064 + (15 - y) * 16 + x)];
         EXPECT_LE(std::abs(block[static_cast<std::size_t>(42 + entry * 4 - p)] - plain.Byte(x, y, p)), 4);
-    });
-}
-
-TEST(Dib, AttachTakesWhatGetDibMade)
-{
-    ForEachImage([](CStlImage& image) {
-        const Plain plain(image);
-        for (const int bits : plain.Colour() ? std::vector{24} : std::vector{24, 8}) {
-            CStlImage attached = RandomImage({2, 2}, 1, 9);
-            ASSERT_EQ(attached.AttachDIB(image.GetDib(bits)), 1);
-            ASSERT_EQ(attached.GetBitsPixel(), -32);
-            const Plain read(attached);
-            ASSERT_EQ(read.planes, bits == 24 ? 3 : 1);
-            read.ForEach(
-                [&](int x, int y, int p) { EXPECT_EQ(read.At(x, y, p), plain.Byte(x, y, plain.Colour() ? p : 0)); });
-        }
     });
 }
 
@@ -136,21 +116,27 @@ TEST(Dib, AttachReadsPackedPixelsAndTopDownRows)
 TEST(Dib, AttachRefusesWhatIsNoBitmap)
 {
     const Bytes good = Block(5, 3, 24, {}, [](int, int) { return Bytes{1, 2, 3}; });
-    const auto with = [&](Bytes bytes, std::size_t at, std::uint32_t value) {
-        std::memcpy(bytes.data() + at, &value, 4);
-        return bytes;
-    };
-    // Sizes whose product with the colours used no longer fits 64 bits.
-    const Bytes huge = with(with(with(with(good, 4, 0x7fffffff), 8, 0x7fffffff), 14, 32), 32, 0xffffffff);
-    for (const Bytes& bad :
-         {Bytes{}, Bytes(good.begin(), good.begin() + 39), Bytes(good.begin(), good.end() - 1), huge, with(good, 0, 39),
-          with(good, 0, 0xffffffff), with(good, 4, 0), with(good, 4, 0x80000000), with(good, 8, 0),
-          with(good, 8, 0x80000000), with(good, 8, 4), with(good, 14, 2), with(good, 16, 1), with(good, 32, 1000)}) {
+    Bytes tooManyColours = Block(1, 1, 8, Bytes(257 * 4), [](int, int) { return Bytes{1}; });
+    tooManyColours[32] = tooManyColours[33] = 1;
+    std::vector<Bytes> bads{{}, {good.begin(), good.begin() + 39}, {good.begin(), good.end() - 1}, tooManyColours};
+    using Change = std::pair<std::size_t, std::uint32_t>;
+    const Change changes[] = {{0, 39},         {0, 0xffffffff}, {4, 0},  {4, 0x80000000}, {8, 0},
+                              {8, 0x80000000}, {8, 4},          {14, 2}, {16, 1},         {32, 1000}};
+    for (const auto& [at, value] : changes) {
+        bads.push_back(good);
+        std::memcpy(bads.back().data() + at, &value, 4);
+    }
+    for (const auto& [width, height] : {std::pair{0x10000, 0x10000}, {0x8000001, 1}}) { // none or few bytes in 32 bits
+        const int fields[] = {width, height, 1 | 32 << 16};
+        bads.push_back(good);
+        std::memcpy(bads.back().data() + 4, fields, sizeof fields);
+    }
+    for (const Bytes& bad : bads) {
         CStlImage image = RandomImage({2, 2}, 1, 1);
-        const std::vector<float> before = Samples(image);
+        const Plain before(image);
         const HDIB dib = Give(bad);
         EXPECT_EQ(image.AttachDIB(dib), 0);
-        EXPECT_EQ(Samples(image), before);
+        EXPECT_TRUE(Agree(image, before));
         EXPECT_EQ(GlobalFree(dib), nullptr); // a block that is refused stays the caller's
     }
     EXPECT_EQ(CStlImage().AttachDIB(nullptr), 0);

@@ -1,8 +1,6 @@
 #include <cstring>
 #include <limits>
 
-#include <gtest/gtest.h>
-
 #include "corvane/core/image.h"
 #include "tests/support/plain.h"
 
@@ -13,41 +11,19 @@ namespace {
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-/// Stores v in the image's own format.
+/// Stores v in the image's own format; the integer formats are the low bytes of a larger integer.
 void Store(CImage& image, int x, double v)
 {
-    const auto put = [&](auto stored) { std::memcpy(image.GetImageAdr(x, 0, 0), &stored, sizeof stored); };
-    switch (image.GetBitsPixel() + (image.IsSigned() ? 1 : 0)) {
-    case 8:
-    case 9:
-        return put(static_cast<std::uint8_t>(v));
-    case 16:
-        return put(static_cast<std::uint16_t>(v));
-    case 17:
-        return put(static_cast<std::int16_t>(v));
-    case 32:
-        return put(static_cast<std::uint32_t>(v));
-    case 33:
-        return put(static_cast<std::int32_t>(v));
-    case -32:
-    case -31:
-        return put(static_cast<float>(v));
-    default:
-        return put(v);
-    }
+    const auto single = static_cast<float>(v);
+    const auto whole = image.GetBitsPixel() > 0 ? static_cast<std::int64_t>(v) : 0;
+    const void* const stored[] = {&whole, &single, &v};
+    const int kind = image.GetBitsPixel() > 0 ? 0 : image.GetBitsPixel() / -32;
+    std::memcpy(image.GetImageAdr(x, 0, 0), stored[kind], static_cast<std::size_t>(image.GetBytesPixel()));
 }
 
-struct Case {
-    int from;
-    int isSigned;
-    int to;
-    int physical;
-    int saturate;
-    std::vector<double> stored;
-    std::vector<double> converted; ///< as stored afterwards, with scale 2, zero 10 and blank 5
-};
-
-const Case kCases[] = {
+/// Bits and sign, the new bits, physical, saturate, and the stored values before and after, with scale 2, zero 10 and
+/// blank 5.
+const std::tuple<int, int, int, int, int, std::vector<double>, std::vector<double>> kCases[] = {
     {16, 0, -32, 1, 1, {0, 65535}, {10, 131080}},
     {16, 1, -32, 1, 1, {-32768, 32767}, {-65526, 65544}},
     {8, 1, -64, 0, 0, {0, 255}, {0, 255}},
@@ -64,27 +40,26 @@ const Case kCases[] = {
 
 TEST(ImageSamples, PhysicalValuesAndConversions)
 {
-    for (const Case& c : kCases) {
-        SCOPED_TRACE(testing::Message() << c.from << " to " << c.to);
-        CImage image(c.from, static_cast<int>(c.stored.size()), 1, 1, 2.0, 10.0, 1);
-        image.SetSigned(c.isSigned);
+    for (const auto& [from, isSigned, to, physical, saturate, stored, converted] : kCases) {
+        SCOPED_TRACE(testing::Message() << from << " to " << to);
+        CImage image(from, static_cast<int>(stored.size()), 1, 1, 2.0, 10.0, 1);
+        image.SetSigned(isSigned);
         image.SetBlankUsed(1);
         image.SetBlank(5);
         for (int x = 0; x < image.GetWidth(); ++x) {
-            const double v = c.stored[static_cast<std::size_t>(x)];
+            const double v = stored[static_cast<std::size_t>(x)];
             Store(image, x, v);
-            EXPECT_TRUE(Same(image.GetPixel(x, 0, 0), (c.from == -32 ? static_cast<float>(v) : v) * 2.0 + 10.0));
+            EXPECT_TRUE(Same(image.GetPixel(x, 0, 0), (from == -32 ? static_cast<float>(v) : v) * 2.0 + 10.0));
         }
-        ASSERT_EQ(image.ChangeBits(c.to, c.physical, c.saturate), 1);
-        EXPECT_EQ(image.GetBscale(), c.physical ? 1.0 : 2.0);
-        EXPECT_EQ(image.GetBzero(), c.physical ? 0.0 : 10.0);
+        ASSERT_EQ(image.ChangeBits(to, physical, saturate), 1);
+        EXPECT_EQ(image.GetBscale(), physical ? 1.0 : 2.0);
+        EXPECT_EQ(image.GetBzero(), physical ? 0.0 : 10.0);
         image.SetBscale(1.0);
         image.SetBzero(0.0);
         for (int x = 0; x < image.GetWidth(); ++x) {
-            EXPECT_TRUE(Same(image.GetPixel(image.GetImageAdr(x, 0, 0)), c.converted[static_cast<std::size_t>(x)]))
-                << x;
+            EXPECT_TRUE(Same(image.GetPixel(image.GetImageAdr(x, 0, 0)), converted[static_cast<std::size_t>(x)])) << x;
         }
         EXPECT_EQ(image.ChangeBits(24, 1, 1), 0);
-        EXPECT_EQ(image.GetBitsPixel(), c.to);
+        EXPECT_EQ(image.GetBitsPixel(), to);
     }
 }

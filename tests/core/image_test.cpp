@@ -1,7 +1,5 @@
 #include "corvane/core/image.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/support/images.h"
 #include "tests/support/plain.h"
 

@@ -1,8 +1,6 @@
 #include <cmath>
 #include <limits>
 
-#include <gtest/gtest.h>
-
 #include "corvane/core/stl_image.h"
 #include "tests/support/images.h"
 #include "tests/support/plain.h"
@@ -16,6 +14,31 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 double Mix(const double* rgb)
 {
     return 0.299 * rgb[0] + 0.587 * rgb[1] + 0.114 * rgb[2];
+}
+
+bool Close(double a, double b)
+{
+    return Same(a, b, 1e-12) || std::fabs(a - b) < 1e-10;
+}
+
+/// Compares what is read at a place, whole or between samples, with the plain form.
+template <class Number>
+void ExpectReads(const CStlImage& image, const Plain& plain, Number x, Number y)
+{
+    using Result = decltype(image.GetPixelGrayRaw(x, y, 0));
+    const auto raw = [&](int p) { return plain.Between(x, y, p); };
+    const auto shown = [&](int p) { return plain.To256(raw(p), p); };
+    for (int p = 0; p < plain.planes; ++p) {
+        ASSERT_TRUE(Same(image.GetPixelGrayRaw(x, y, p), raw(p))) << x << ' ' << y << ' ' << p;
+        ASSERT_TRUE(Same(image.GetPixelGray(x, y, p), static_cast<Result>(raw(p) - plain.min[p])));
+        ASSERT_TRUE(Same(image.GetPixelGray256f(x, y, p), static_cast<Result>(shown(p))));
+    }
+    const double low = Mix(plain.min); // of all three, whatever the planes
+    const double range = Mix(plain.max) - low;
+    const double bright = plain.Bright(shown);
+    ASSERT_TRUE(Close(image.GetPixelBright256f(x, y), bright));
+    ASSERT_TRUE(Close(image.GetPixelBright(x, y), bright * range * static_cast<double>(0.003921569F) + low));
+    ASSERT_TRUE(!plain.Colour() || Close(image.GetPixelBrightRaw(x, y), plain.Bright(raw)));
 }
 
 /// How an image is placed onto a frame.
@@ -44,16 +67,17 @@ TEST(PixelAccess, WholeCoordinatesClampAndScale)
 {
     ForEachImage([](CStlImage& image) {
         const Plain plain(image);
-        for (int i = 0; i < (plain.width + 4) * (plain.height + 4) * plain.planes; ++i) {
+        for (int i = 0; i < (plain.width + 4) * (plain.height + 4); ++i) {
             const int x = i % (plain.width + 4) - 2;
-            const int y = i / (plain.width + 4) % (plain.height + 4) - 2;
-            const int p = i / (plain.width + 4) / (plain.height + 4);
-            const float v = plain.At(x, y, p);
-            const float* const at = image.GetImageAdr(x, y, p, 1);
-            ASSERT_TRUE(Same(image.GetPixelGrayRaw(x, y, p), v) && Same(image.GetPixelGrayRaw(at), v));
-            ASSERT_TRUE(Same(image.GetPixelGray(x, y, p), static_cast<float>(v - plain.min[p])));
-            ASSERT_TRUE(Same(image.GetPixelGray256f(x, y, p), static_cast<float>(plain.To256(v, p))));
-            ASSERT_EQ(image.GetPixelGray256(x, y, p), plain.Byte(x, y, p));
+            const int y = i / (plain.width + 4) - 2;
+            ExpectReads(image, plain, x, y);
+            const auto at = [&](int p) { return image.GetImageAdr(x, y, p, 1); };
+            for (int p = 0; p < plain.planes; ++p) {
+                ASSERT_TRUE(Same(image.GetPixelGrayRaw(at(p)), plain.At(x, y, p)));
+                ASSERT_EQ(image.GetPixelGray256(x, y, p), plain.Byte(x, y, p));
+            }
+            const double shown = plain.Bright([&](int p) { return plain.To256(plain.At(x, y, p), p); });
+            ASSERT_TRUE(Close(image.GetPixelBrightRaw(at(0), at(1), at(2)), plain.ToRaw(shown, 0)));
         }
     });
     CStlImage image = RandomImage({4, 3}, 3, 1);
@@ -65,43 +89,6 @@ TEST(PixelAccess, WholeCoordinatesClampAndScale)
     image.SetPixelGray256f(2, 7, 99.9F, 2);
     expected.At(2, 2, 2) = static_cast<float>(expected.ToRaw(99.9F, 2));
     EXPECT_TRUE(Agree(image, expected));
-}
-
-TEST(PixelAccess, Brightness)
-{
-    ForEachImage([](CStlImage& image) {
-        const Plain plain(image);
-        const double low = Mix(plain.min);
-        const auto toRaw = [&](double d) {
-            return d * (Mix(plain.max) - low) * static_cast<double>(0.003921569F) + low;
-        };
-        const auto close = [](double a, double b) { return Same(a, b, 1e-12) || std::fabs(a - b) < 1e-10; };
-        Random random(3);
-        for (int i = 0; i < 200; ++i) {
-            const double x = random.Between(-1.0, plain.width + 1);
-            const double y = random.Between(-1.0, plain.height + 1);
-            const int ix = static_cast<int>(std::floor(x));
-            const int iy = static_cast<int>(std::floor(y));
-            double raw[2][3];
-            double shown[2][3];
-            for (int p = 0; p < 3; ++p) {
-                raw[0][p] = plain.At(ix, iy, plain.Colour() ? p : 0);
-                raw[1][p] = plain.Between(x, y, plain.Colour() ? p : 0);
-                shown[0][p] = plain.To256(raw[0][p], p);
-                shown[1][p] = plain.To256(raw[1][p], p);
-            }
-            const double whole = plain.Colour() ? Mix(shown[0]) : shown[0][0];
-            const double between = plain.Colour() ? Mix(shown[1]) : shown[1][0];
-            ASSERT_TRUE(close(image.GetPixelBright256f(ix, iy), whole) &&
-                        close(image.GetPixelBright256f(x, y), between));
-            ASSERT_TRUE(close(image.GetPixelBright(ix, iy), toRaw(whole)) &&
-                        close(image.GetPixelBright(x, y), toRaw(between)));
-            ASSERT_TRUE(!plain.Colour() || (close(image.GetPixelBrightRaw(ix, iy), Mix(raw[0])) &&
-                                            close(image.GetPixelBrightRaw(x, y), Mix(raw[1]))));
-            const auto at = [&](int p) { return image.GetImageAdr(ix, iy, p, 1); };
-            ASSERT_TRUE(close(image.GetPixelBrightRaw(at(0), at(1), at(2)), plain.ToRaw(whole, 0)));
-        }
-    });
 }
 
 TEST(PixelAccess, BetweenSamples)
@@ -118,11 +105,9 @@ TEST(PixelAccess, BetweenSamples)
         for (std::size_t i = 0; i < xs.size() * ys.size(); ++i) {
             const double x = xs[i % xs.size()];
             const double y = ys[i / xs.size()];
+            ExpectReads(image, plain, x, y);
             for (int p = 0; p < plain.planes; ++p) {
                 const double v = plain.Between(x, y, p);
-                ASSERT_TRUE(Same(image.GetPixelGrayRaw(x, y, p), v)) << x << ' ' << y << ' ' << p;
-                ASSERT_TRUE(Same(image.GetPixelGray(x, y, p), v - plain.min[p]));
-                ASSERT_TRUE(Same(image.GetPixelGray256f(x, y, p), plain.To256(v, p)));
                 ASSERT_TRUE(!(std::fabs(v) < 1e6) ||
                             image.GetPixelGray256(x, y, p) == (static_cast<int>(plain.To256(v, p)) & 255));
             }
@@ -137,14 +122,14 @@ TEST(PixelAccess, AlignedSampling)
         const CfPoint centre(image.GetWidth() / 2.0 + 0.3, image.GetHeight() / 2.0 - 0.2);
         image.SetStdCtr(centre);
         const Plain plain(image);
-        for (int k = 0; k < 40; ++k) {
-            const double radians = std::vector{0.0, 1e-11, 0.58, 1.5707963, -3.14159}[static_cast<std::size_t>(k % 5)];
-            const double dx = std::vector{0.0, 1.0, -0.37, 1e9}[static_cast<std::size_t>(k / 5 % 4)];
-            const Placement how{dx, 1.7 - dx * 2.0, std::sin(radians), std::cos(radians), k < 20 ? 1.0 : 0.7};
-            SCOPED_TRACE(k);
-            for (int i = 0; i<(plain.width + 2) * (plain.height + 2); i += plain.width> 100 ? 7 : 1) {
-                const int x = i % (plain.width + 2) - 1;
-                const int y = i / (plain.width + 2) - 1;
+        for (int i = 0; i < 40; ++i) {
+            const double radians = std::vector{0.0, 1e-11, 0.58, 1.5707963, -3.14159}[static_cast<std::size_t>(i % 5)];
+            const double dx = std::vector{0.0, 1.0, -0.37, 1e9}[static_cast<std::size_t>(i / 5 % 4)];
+            const Placement how{dx, 1.7 - dx * 2.0, std::sin(radians), std::cos(radians), i < 20 ? 1.0 : 0.7};
+            SCOPED_TRACE(i);
+            for (int k = 0; k<(plain.width + 2) * (plain.height + 2); k += plain.width> 100 ? 7 : 1) {
+                const int x = k % (plain.width + 2) - 1;
+                const int y = k / (plain.width + 2) - 1;
                 const auto [sx, sy] = Map(how, centre, x, y);
                 const bool inside = 0.0 <= sx && sx < plain.width && 0.0 <= sy && sy < plain.height;
                 double rgb[6];
@@ -155,26 +140,28 @@ TEST(PixelAccess, AlignedSampling)
                 image.GetPixelRgb256f(x, y, how.dx, how.dy, how.sine, how.cosine, how.scale, rgb + 3, rgb + 4, rgb + 5,
                                       kOut, nullptr, nullptr, nullptr);
                 for (const int nearest : {1, 0}) {
-                    double raw[3];
-                    double shown[3];
-                    for (int p = 0; p < 3; ++p) {
-                        const int q = plain.Colour() ? p : 0;
-                        raw[p] = !inside   ? kOut
-                                 : nearest ? plain.At(static_cast<int>(sx + 0.5), static_cast<int>(sy + 0.5), q)
-                                           : plain.Between(sx, sy, q);
-                        shown[p] = inside ? plain.To256(raw[p], q) : kOut;
-                        ASSERT_TRUE(nearest || (Same(rgb[p], raw[p]) && Same(rgb[3 + p], shown[p])));
+                    const auto raw = [&, px = sx, py = sy](int p) -> double {
+                        return !inside   ? kOut
+                               : nearest ? plain.At(static_cast<int>(px + 0.5), static_cast<int>(py + 0.5), p)
+                                         : plain.Between(px, py, p);
+                    };
+                    const auto shown = [&](int p) { return inside ? plain.To256(raw(p), p) : kOut; };
+                    for (int q = 0; q < 3 && nearest == 0; ++q) {
+                        const int p = plain.Colour() ? q : 0;
+                        ASSERT_TRUE(Same(rgb[q], raw(p)) && Same(rgb[3 + q], shown(p)));
                     }
                     for (int p = -1; p < plain.planes; ++p) {
-                        const bool mixed = p < 0 && plain.Colour() && inside;
+                        const auto expected = [&](auto of) {
+                            return p >= 0 || !inside ? of(std::max(p, 0)) : plain.Bright(of);
+                        };
                         double at[2] = {};
                         ASSERT_TRUE(Same(image.GetPixelGrayRaw(x, y, how.dx, how.dy, how.sine, how.cosine, how.scale, p,
                                                                kOut, nearest, &out, &at[0], &at[1]),
-                                         mixed ? Mix(raw) : raw[std::max(p, 0)]));
+                                         expected(raw)));
                         ASSERT_TRUE(Same(at[0], sx) && Same(at[1], sy) && out == (inside ? 0 : 1));
                         ASSERT_TRUE(Same(image.GetPixelGray256f(x, y, how.dx, how.dy, how.sine, how.cosine, how.scale,
                                                                 p, kOut, nearest, nullptr, nullptr, nullptr),
-                                         mixed ? Mix(shown) : shown[std::max(p, 0)]));
+                                         expected(shown)));
                     }
                 }
             }

@@ -1,6 +1,5 @@
-#include <cmath>
-
-#include <gtest/gtest.h>
+#include <algorithm>
+#include <climits>
 
 #include "corvane/core/stl_image.h"
 #include "tests/support/images.h"
@@ -16,31 +15,24 @@ std::vector<int> PlainHistogram(const Plain& image, int bins, double lo, double 
     std::vector<int> hist(static_cast<std::size_t>(bins), 0);
     const bool bright = plane == -1 && image.Colour();
     if (bright) {
-        const double low = 0.587 * image.min[1] + 0.299 * image.min[0] + 0.114 * image.min[2];
-        const double high = 0.299 * image.max[0] + 0.587 * image.max[1] + 0.114 * image.max[2];
+        const double low = image.Bright([&](int p) { return image.min[p]; });
+        const double high = image.Bright([&](int p) { return image.max[p]; });
         lo = (lo - low) * 255.0 / (high - low);
         hi = (hi - low) * 255.0 / (high - low);
     }
-    for (int y = std::max<int>(rect.top, 0); y < std::min<int>(rect.bottom, image.height); ++y) {
-        for (int x = std::max<int>(rect.left, 0); x < std::min<int>(rect.right, image.width); ++x) {
-            double v = image.At(x, y, std::max(plane, 0));
-            bool blank = image.IsBlank(v);
-            if (bright) {
-                const double r = image.At(x, y, 0);
-                const double g = image.At(x, y, 1);
-                const double b = image.At(x, y, 2);
-                blank = image.IsBlank(r) && image.IsBlank(g) && image.IsBlank(b);
-                v = 0.587 * (g - image.min[1]) * (255.0 / image.range[1]) +
-                    0.114 * (b - image.min[2]) * (255.0 / image.range[2]) +
-                    0.299 * (r - image.min[0]) * (255.0 / image.range[0]);
-            }
-            if (!blank && lo <= v && v <= hi) {
-                const double place = (v - lo) / (hi - lo) * bins;
-                const int bin = place > 0.0 ? static_cast<int>(std::min(place, bins - 1.0)) : 0;
-                ++hist[static_cast<std::size_t>(bin)];
-            }
+    image.ForEach([&](int x, int y, int p) {
+        const auto isBlank = [&](int q) { return image.IsBlank(image.At(x, y, q)); };
+        const auto part = [&](double weight, int q) {
+            return weight * (image.At(x, y, q) - image.min[q]) * (255.0 / image.range[q]);
+        };
+        const double v = bright ? part(0.587, 1) + part(0.114, 2) + part(0.299, 0) : image.At(x, y, p);
+        const bool blank = bright ? isBlank(0) && isBlank(1) && isBlank(2) : isBlank(p);
+        if (p == std::max(plane, 0) && rect.PtInRect({x, y}) && !blank && lo <= v && v <= hi) {
+            const double place = (v - lo) / (hi - lo) * bins;
+            const int bin = place > 0.0 ? static_cast<int>(std::min(place, bins - 1.0)) : 0;
+            ++hist[static_cast<std::size_t>(bin)];
         }
-    }
+    });
     return hist;
 }
 
@@ -48,8 +40,7 @@ std::vector<int> PlainHistogram(const Plain& image, int bins, double lo, double 
 
 TEST(Statistics, Histogram)
 {
-    long long counted = 0;
-    ForEachImage([&](CStlImage& image) {
+    ForEachImage([](CStlImage& image) {
         const Plain plain(image);
         for (const int plane : {-1, 0, plain.planes - 1}) {
             for (const auto& [lo, hi] : {std::pair{-20.0, 300.0}, {50.0, 60.5}, {400.0, 500.0}, {80.0, 20.0}}) {
@@ -58,17 +49,15 @@ TEST(Statistics, Histogram)
                         std::vector<int> hist(static_cast<std::size_t>(bins) + 1, -99);
                         ASSERT_EQ(image.GetHistGram(hist.data(), bins, lo, hi, plane, rect, 0, 0),
                                   static_cast<int>(2.0 * plain.height * plain.width / bins));
-                        ASSERT_EQ(hist.back(), -99);
-                        hist.pop_back();
                         const CRect area = rect ? *rect : CRect(0, 0, plain.width, plain.height);
-                        ASSERT_EQ(hist, PlainHistogram(plain, bins, lo, hi, plane, area));
-                        counted += hist[0];
+                        std::vector<int> expected = PlainHistogram(plain, bins, lo, hi, plane, area);
+                        expected.push_back(-99);
+                        ASSERT_EQ(hist, expected);
                     });
                 }
             }
         }
     });
-    EXPECT_GT(counted, 0);
 }
 
 TEST(Statistics, HistogramBinsAndProgress)
@@ -76,8 +65,7 @@ TEST(Statistics, HistogramBinsAndProgress)
     ProgressWindow window;
     CStlImage image(-32, 5, 1, 1, 1.0, 0.0, 1);
     image.SetProgressHandle(window.Handle());
-    const float values[] = {0.0F, 255.0F, 256.0F, -0.001F, 127.5F};
-    std::copy_n(values, 5, image.GetImageAdr(0, 0, 0));
+    std::ranges::copy(std::vector{0.0F, 255.0F, 256.0F, -0.001F, 127.5F}, image.GetImageAdr(0, 0, 0));
     std::vector<int> hist(256);
     image.GetHistGram(hist.data(), 256, 0.0, 255.0, 0, nullptr, 1, 0);
     EXPECT_EQ((std::vector{hist[0], hist[127], hist[128], hist[255]}), (std::vector{1, 0, 1, 1}));
@@ -85,28 +73,29 @@ TEST(Statistics, HistogramBinsAndProgress)
     image.GetHistGram(hist.data(), 2, 256.0, 256.0, 0, nullptr, 1, 3067); // an empty range counts into bin 0
     EXPECT_EQ((std::vector{hist[0], hist[1], hist[255]}), (std::vector{1, 0, 1}));
     EXPECT_EQ(window.Take(), Counted("Calculating auto level values...", 1, {1}));
+    CRect inverted(INT_MAX, 0, INT_MIN, 1); // the difference of its edges fits no int
+    image.GetHistGram(hist.data(), 2, 0.0, 999.0, 0, &inverted, 0, 0);
+    EXPECT_EQ(std::pair(hist[0], hist[1]), std::pair(0, 0));
 }
 
 TEST(Statistics, MeanLeavesOutTheRestOfARowBehindABlank)
 {
-    ForEachImage(
-        [](CStlImage& image) {
-            const Plain plain(image);
-            for (int p = 0; p < plain.planes; ++p) {
-                double sum = 0.0;
-                int count = 0;
-                for (int y = 0; y < plain.height; ++y) {
-                    for (int x = 0; x < plain.width && !plain.IsBlank(plain.At(x, y, p)); ++x) {
-                        sum += plain.At(x, y, p);
-                        ++count;
-                    }
+    const auto check = [](CStlImage& image) {
+        const Plain plain(image);
+        for (int p = 0; p < plain.planes; ++p) {
+            double sum = 0.0;
+            int count = 0;
+            for (int y = 0; y < plain.height; ++y) {
+                for (int x = 0; x < plain.width && !plain.IsBlank(plain.At(x, y, p)); ++x) {
+                    sum += plain.At(x, y, p);
+                    ++count;
                 }
-                const auto mean = static_cast<float>(sum / count);
-                EXPECT_TRUE(Near(image.GetAvrGrayRaw(p), mean, 1));
             }
-        },
-        true);
+            EXPECT_TRUE(Near(image.GetAvrGrayRaw(p), static_cast<float>(sum / count), 1));
+        }
+    };
+    ForEachImage(check, true);
     CStlImage nothing(-32, 2, 2, 1, 1.0, 0.0, 1);
     nothing.SetBlankUsed(1);
-    EXPECT_TRUE(std::isnan(nothing.GetAvrGrayRaw(0)));
+    check(nothing); // NaN
 }

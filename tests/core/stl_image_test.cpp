@@ -1,7 +1,5 @@
 #include "corvane/core/stl_image.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/support/images.h"
 #include "tests/support/progress_window.h"
 

@@ -12,9 +12,30 @@
 
 #include "corvane/core/stl_image.h"
 #include "io/error.h"
+#include "io/frame.h"
 #include "tests/support/images.h"
 
 namespace corvane::test {
+
+/// Expects an Error that names the path and has `part` in its reason.
+template <class Action>
+void ExpectError(Action action, const std::string& path, const std::string& part)
+{
+    try {
+        action();
+        ADD_FAILURE() << path << ": no error, expected one with '" << part << "'";
+    } catch (const io::Error& error) {
+        EXPECT_EQ(error.Path(), path);
+        EXPECT_NE(error.Reason().find(part), std::string::npos) << error.what();
+    }
+}
+
+/// A file that cannot be read, and a part of the reason.
+struct BadFile {
+    const char* name;
+    std::string bytes;
+    const char* reason;
+};
 
 /// A folder of its own for each test, gone afterwards.
 class InFolder : public testing::Test {
@@ -45,6 +66,17 @@ protected:
         return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder_), {}));
     }
 
+    void ExpectRefused(const std::vector<BadFile>& files) const
+    {
+        for (const BadFile& file : files) {
+            SCOPED_TRACE(file.name);
+            Write("bad", file.bytes);
+            testing::internal::CaptureStderr();
+            ExpectError([&] { io::Load(Path("bad")); }, Path("bad"), file.reason);
+            EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "a library never prints";
+        }
+    }
+
 private:
     std::filesystem::path folder_;
 };
@@ -63,14 +95,14 @@ std::string Bytes(const std::vector<T>& values, bool highFirst)
 }
 
 /// A FITS HDU of cards and samples, padded as the standard says.
-inline std::string Hdu(const std::vector<std::string>& cards, const std::string& data, bool withEnd = true)
+inline std::string Hdu(const std::vector<std::string>& cards, const std::string& data)
 {
     std::string bytes;
     for (std::string card : cards) {
         card.resize(80, ' ');
         bytes += card;
     }
-    bytes += withEnd ? "END" : "";
+    bytes += "END";
     bytes.resize((bytes.size() + 2879) / 2880 * 2880, ' ');
     bytes += data;
     bytes.resize((bytes.size() + 2879) / 2880 * 2880, '\0');
@@ -89,66 +121,25 @@ inline std::vector<std::string> Cards(int bits, const std::vector<long long>& si
     return cards;
 }
 
-/// One entry of a TIFF directory with a single number, or with a place for bytes.
-struct TiffTag {
-    int tag;
-    int type; ///< 1 byte, 2 text, 3 short, 4 long
-    std::uint32_t value;
-    std::string bytes = {};
-};
-
-/// A TIFF file of one directory; its samples begin at byte 8.
-inline std::string Tiff(const std::vector<TiffTag>& tags, std::string samples)
+/// An image of the samples value(x, y, plane).
+template <class Value>
+CStlImage Make(int width, int height, int planes, Value value)
 {
-    samples.resize((samples.size() + 1) / 2 * 2);
-    const auto start = static_cast<std::uint32_t>(8 + samples.size());
-    auto extra = static_cast<std::uint32_t>(start + 2 + 12 * tags.size() + 4);
-    std::string entries = Bytes<std::uint16_t>({static_cast<std::uint16_t>(tags.size())}, false);
-    std::string tail;
-    for (const TiffTag& tag : tags) {
-        const bool inside = tag.bytes.size() <= 4;
-        std::string value = tag.bytes.empty() ? Bytes<std::uint32_t>({tag.value}, false) : tag.bytes;
-        if (!inside) {
-            value = Bytes<std::uint32_t>({extra}, false);
-            tail += tag.bytes;
-            extra += static_cast<std::uint32_t>(tag.bytes.size());
-        }
-        value.resize(4);
-        const std::size_t unit = tag.type == 3 ? 2 : tag.type == 4 ? 4 : 1;
-        const auto count = static_cast<std::uint32_t>(tag.bytes.empty() ? 1 : tag.bytes.size() / unit);
-        entries +=
-            Bytes<std::uint16_t>({static_cast<std::uint16_t>(tag.tag), static_cast<std::uint16_t>(tag.type)}, false) +
-            Bytes<std::uint32_t>({count}, false) + value;
+    CStlImage image(-32, width, height, planes, 1.0, 0.0, 1);
+    for (int i = 0; i < planes * height * width; ++i) {
+        const int x = i % width;
+        const int y = i / width % height;
+        const int p = i / width / height;
+        image.SetPixelGrayRaw(x, y, static_cast<float>(value(x, y, p)), p);
     }
-    return "II*" + std::string(1, '\0') + Bytes<std::uint32_t>({start}, false) + samples + entries +
-           std::string(4, '\0') + tail;
+    return image;
 }
 
 /// An image whose samples tell their place, as whole numbers of at most `most`.
 inline CStlImage Numbered(int width, int height, int planes, int most = 65535)
 {
-    CStlImage image(-32, width, height, planes, 1.0, 0.0, 1);
-    for (int p = 0; p < planes; ++p) {
-        for (int y = 0; y < height; ++y) {
-            for (int x = 0; x < width; ++x) {
-                *image.GetImageAdr(x, y, p) = static_cast<float>((x + 7 * y * width + 1013 * p) % (most + 1));
-            }
-        }
-    }
-    return image;
-}
-
-/// Expects an Error that names the path and has `part` in its reason.
-template <class Action>
-void ExpectError(Action action, const std::string& path, const std::string& part)
-{
-    try {
-        action();
-        ADD_FAILURE() << path << ": no error, expected one with '" << part << "'";
-    } catch (const io::Error& error) {
-        EXPECT_EQ(error.Path(), path);
-        EXPECT_NE(error.Reason().find(part), std::string::npos) << error.what();
-    }
+    return Make(width, height, planes,
+                [=](int x, int y, int p) { return (x + 7 * y * width + 1013 * p) % (most + 1); });
 }
 
 } // namespace corvane::test

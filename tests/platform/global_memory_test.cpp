@@ -18,11 +18,11 @@ TEST(GlobalMemory, BlockKeepsItsBytesBetweenCountedLocks)
     EXPECT_EQ(GlobalUnlock(block), 0);
     EXPECT_EQ(GlobalUnlock(block), 0);
     EXPECT_EQ(GlobalLock(block), bytes);
-    EXPECT_TRUE(std::all_of(bytes, bytes + 1000, [](unsigned char byte) { return byte == 0x5A; }));
+    EXPECT_EQ(std::count(bytes, bytes + 1000, 0x5A), 1000);
     EXPECT_EQ(GlobalFree(block), nullptr);
     const HGLOBAL zeroed = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, 1000); // the allocator may give the same bytes
     bytes = static_cast<const unsigned char*>(GlobalLock(zeroed));
-    EXPECT_TRUE(std::all_of(bytes, bytes + 1000, [](unsigned char byte) { return byte == 0; }));
+    EXPECT_EQ(std::count(bytes, bytes + 1000, 0), 1000);
     GlobalFree(zeroed);
 }
 

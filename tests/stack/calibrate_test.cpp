@@ -1,4 +1,5 @@
 #include "tests/stack/test_night.h"
+#include "tests/support/plain.h"
 
 namespace corvane::stack {
 
@@ -9,22 +10,12 @@ using Values = std::function<double(int, int, int)>;
 constexpr int kWidth = 37;
 constexpr int kHeight = 70; // more rows than are measured at once
 
-double Bias(int x, int y, int)
-{
-    return 300 + x % 3 + y % 2;
-}
-double Light(int x, int y, int p)
-{
-    return 1000 + 17 * x + 3 * y + 100 * p;
-}
-double Current(int x, int y, int)
-{
-    return 0.5 * (x % 11) + 0.25 * (y % 7);
-}
-double Vignette(int x, int y, int)
-{
+constexpr auto Bias = [](int x, int y, int) -> double { return 300 + x % 3 + y % 2; };
+constexpr auto Light = [](int x, int y, int p) -> double { return 1000 + 17 * x + 3 * y + 100 * p; };
+constexpr auto Current = [](int x, int y, int) { return 0.5 * (x % 11) + 0.25 * (y % 7); };
+constexpr auto Vignette = [](int x, int y, int) -> double {
     return 5000 - (x - 18) * (x - 18) * 3 - (y - 35) * (y - 35);
-}
+};
 
 /// Three frames whose median is the given one.
 std::vector<Values> Scattered(const Values& middle)
@@ -50,25 +41,11 @@ protected:
 
     void ExpectStack(const Options& options, const Values& expected)
     {
-        const Result result = stack::Run(options);
-        for (int p = 0; p < result.image.GetPlanes(); ++p) {
-            for (int y = 0; y < kHeight; ++y) {
-                for (int x = 0; x < kWidth; ++x) {
-                    ASSERT_FLOAT_EQ(result.image.GetPixelGrayRaw(x, y, p), static_cast<float>(expected(x, y, p)))
-                        << x << ", " << y << ", " << p;
-                }
-            }
-        }
+        const CStlImage image = stack::Run(options).image;
+        EXPECT_TRUE(test::Agree(image, test::Plain(Make(kWidth, kHeight, image.GetPlanes(), expected)), 4));
     }
 
-    static double MeanOfFlat(const Values& flat)
-    {
-        double sum = 0.0;
-        for (int i = 0; i < kWidth * kHeight; ++i) {
-            sum += flat(i % kWidth, i / kWidth, 0);
-        }
-        return sum / (kWidth * kHeight);
-    }
+    static double MeanOf(const Values& flat) { return Make(kWidth, kHeight, 1, flat).GetAvrGrayRaw(0); }
 };
 
 TEST_F(CalibrateTest, TakesOffBiasOrDarkAsItIs)
@@ -123,21 +100,20 @@ TEST_F(CalibrateTest, BringsFlatsToOneLevelBeforeTheirMedian)
     }
     options.flats = SaveAll("flat", flats, 2.0);
     const auto level = [](const Values& flat) {
-        return MeanOfFlat([&](int x, int y, int p) { return flat(x, y, p) - Bias(x, y, p); });
+        return MeanOf([&](int x, int y, int p) { return flat(x, y, p) - Bias(x, y, p); });
     };
-    const double first = level(flats[0]);
+    const double levels[] = {level(flats[0]), level(flats[1]), level(flats[2])};
     const Values master = [&](int x, int y, int p) {
         std::vector<double> values;
-        for (const Values& flat : flats) {
-            values.push_back((flat(x, y, p) - Bias(x, y, p)) * first / level(flat));
+        for (std::size_t i = 0; i < 3; ++i) {
+            values.push_back((flats[i](x, y, p) - Bias(x, y, p)) * levels[0] / levels[i]);
         }
         std::sort(values.begin(), values.end());
         return values[1];
     };
-    const auto table = Make(kWidth, kHeight, 1, master);
-    const double mean = table.GetAvrGrayRaw(0);
+    const double mean = MeanOf(master);
     ExpectStack(options, [&](int x, int y, int p) {
-        return (Light(x, y, p) - Bias(x, y, p)) * mean / table.GetPixelGrayRaw(x, y, 0);
+        return (Light(x, y, p) - Bias(x, y, p)) * mean / static_cast<float>(master(x, y, 0));
     });
 }
 
@@ -150,7 +126,7 @@ TEST_F(CalibrateTest, FlatDarksStandBeforeTheBias)
     const Values flatDark = [](int x, int y, int p) { return 2 * Bias(x, y, p); };
     options.flatDarks = SaveAll("flatdark", {flatDark}, 2.0);
     const Values flat = [&](int x, int y, int p) { return Vignette(x, y, p) - flatDark(x, y, p); };
-    const double mean = static_cast<float>(MeanOfFlat(flat));
+    const double mean = MeanOf(flat);
     ExpectStack(options, [&](int x, int y, int p) { return (Light(x, y, p) - Bias(x, y, p)) * mean / flat(x, y, p); });
 }
 

@@ -9,32 +9,44 @@ protected:
     const std::vector<Place> field_ = {
         {120, 100, 6000}, {70, 95, 1500}, {160, 120, 1200}, {200, 90, 900}, {95, 60, 800}};
 
-    CStlImage Light(double dx, double dy) { return Sky(kWidth, kHeight, 1, field_, dx, dy); }
+    CStlImage Stars(const std::vector<Place>& stars, double dx = 0.0, double dy = 0.0)
+    {
+        return Sky(kWidth, kHeight, 1, stars, dx, dy);
+    }
+    CStlImage Light(double dx, double dy) { return Stars(field_, dx, dy); }
 
-    Options Shift(std::vector<std::string> lights)
+    /// The frames as lights a.fits, b.fits and so on.
+    Options Shift(const std::vector<CStlImage>& frames)
     {
         Options options;
-        options.lights = std::move(lights);
+        for (const CStlImage& frame : frames) {
+            const auto letter = static_cast<char>('a' + options.lights.size());
+            options.lights.push_back(Save(letter + std::string(".fits"), frame));
+        }
         options.align = AlignMethod::kShift;
         options.search = 30;
         return options;
+    }
+
+    static void ExpectShift(const FrameReport& frame, double dx, double dy, double tolerance = 0.1001)
+    {
+        EXPECT_TRUE(frame.used) << frame.reason;
+        EXPECT_NEAR(frame.dx, dx, tolerance);
+        EXPECT_NEAR(frame.dy, dy, tolerance);
     }
 };
 
 TEST_F(RegisterTest, ChoosesAStarThatIsNeitherSaturatedNorHotNorAtTheEdge)
 {
-    auto first = Sky(kWidth, kHeight, 1, {{60, 60, 90000}, {15, 150, 9000}, {150, 140, 5000}, {60, 140, 3000}});
-    for (long long i = 0; i < first.GetPixelCount(); ++i) {
-        float* s = first.GetImageAdr(0, 0, 0) + i;
-        *s = std::min(*s, 60000.0F);
-    }
+    auto first = Stars({{60, 60, 90000}, {15, 150, 9000}, {150, 140, 5000}, {60, 140, 3000}});
+    first.SetLevel(0, 0.0, 60000.0);
+    first.CutOutOfLevel();
     for (int i = 0; i < 4; ++i) { // a hot pixel, and a particle's track
         first.SetPixelGrayRaw(180, 60, 40000.0F, 0);
         first.SetPixelGrayRaw(90 + i, 100, 30000.0F, 0);
     }
-    const Result result = stack::Run(Shift({Save("a.fits", first), Save("b.fits", first)}));
-    EXPECT_EQ(result.reference->x, 150);
-    EXPECT_EQ(result.reference->y, 140);
+    const Result result = stack::Run(Shift({first, first}));
+    EXPECT_EQ(std::pair(result.reference->x, result.reference->y), std::pair(150, 140));
 }
 
 TEST_F(RegisterTest, LeavesOutByNameWhatCannotBeMatched)
@@ -44,29 +56,19 @@ TEST_F(RegisterTest, LeavesOutByNameWhatCannotBeMatched)
     for (auto* image : {&reference, &hot}) { // brighter than the star, and not moved
         image->SetPixelGrayRaw(110, 110, 30000.0F, 0);
     }
-    const auto other = Sky(kWidth, kHeight, 1, {{128, 93, 5500}, {40, 60, 1500}, {180, 105, 1300}});
-    const Result result = stack::Run(Shift({
-        Save("reference.fits", reference),
-        Save("hot.fits", hot),
-        Save("other.fits", other),
-        Save("far.fits", Light(31, 2)),
-        Save("empty.fits", Sky(kWidth, kHeight, 1, {})),
-        Save("faint.fits", Sky(kWidth, kHeight, 1, {{120, 100, 600}})),
-    }));
-    std::vector<bool> used;
-    for (const FrameReport& frame : result.frames) {
-        used.push_back(frame.used);
-        EXPECT_EQ(frame.used, frame.reason.empty()) << frame.file;
+    const auto other = Stars({{128, 93, 5500}, {40, 60, 1500}, {180, 105, 1300}});
+    const std::vector<Place> faint = {{120, 100, 600}};
+    const Result result = stack::Run(Shift({reference, hot, other, Light(31, 2), Stars({}), Stars(faint)}));
+    for (std::size_t i = 0; i < 6; ++i) {
+        EXPECT_EQ(result.frames[i].used, i < 2) << i;
     }
-    EXPECT_EQ(used, (std::vector<bool>{true, true, false, false, false, false}));
-    EXPECT_EQ(result.frames[1].dx, 9.0);
-    EXPECT_EQ(result.frames[1].dy, -7.0);
+    ExpectShift(result.frames[1], 9.0, -7.0, 0.0);
     EXPECT_PRED2(Holds, result.frames[2].reason, "other stars are where");
     EXPECT_PRED2(Holds, result.frames[3].reason, "edge of the search range of 30 pixels");
     EXPECT_PRED2(Holds, result.frames[4].reason, "correlation");
     EXPECT_PRED2(Holds, result.frames[5].reason, "times the brightness");
     EXPECT_EQ(result.header.Number("NCOMBINE"), 2.0);
-    EXPECT_PRED2(Holds, result.header.History().back(), "left out: " + Path("faint.fits"));
+    EXPECT_PRED2(Holds, result.header.History().back(), "left out: " + Path("f.fits"));
 }
 
 TEST_F(RegisterTest, TriesTheNextStarWhenOthersContradict)
@@ -74,31 +76,27 @@ TEST_F(RegisterTest, TriesTheNextStarWhenOthersContradict)
     // The star has become a little fainter, and another comes into the search range that looks as it did before.
     auto crowded = field_;
     crowded.push_back({150, 100, 6000});
-    const auto first = Sky(kWidth, kHeight, 1, crowded);
+    const auto first = Stars(crowded);
     crowded[0].peak = 5000;
-    const auto second = Sky(kWidth, kHeight, 1, crowded, 25, 3);
-    Options options = Shift({Save("a.fits", first), Save("b.fits", second)});
+    Options options = Shift({first, Stars(crowded, 25, 3)});
     options.reference = PixelPlace{120, 100};
     options.size = 16;
-    const Result result = stack::Run(options);
-    EXPECT_NEAR(result.frames[1].dx, 25.0, 0.1001);
-    EXPECT_NEAR(result.frames[1].dy, 3.0, 0.1001);
+    ExpectShift(stack::Run(options).frames[1], 25.0, 3.0);
 }
 
 TEST_F(RegisterTest, NeverTakesAnotherStarForOneThatIsSpoiled)
 {
     // Where hardly another star can contradict: a flash hides the star, and a fainter one is all the search can find.
     const std::vector<Place> pair = {{120, 100, 6000}, {145, 85, 3000}};
-    auto spoiled = Sky(kWidth, kHeight, 1, pair, 2, 1);
+    auto spoiled = Stars(pair, 2, 1);
     for (int i = 0; i < 400; ++i) {
         spoiled.SetPixelGrayRaw(108 + i % 20, 89 + i / 20, 40000.0F, 0);
     }
     // A field of twins: nothing tells which is which.
     const std::vector<Place> twins = {{110, 100, 6000}, {135, 100, 5900}};
-    const auto chain = Sky(kWidth, kHeight, 1, {{85, 100, 6000}, {110, 100, 6000}, {135, 100, 6000}});
-    for (const auto& [first, second] :
-         {std::pair(Sky(kWidth, kHeight, 1, pair), spoiled), std::pair(Sky(kWidth, kHeight, 1, twins), chain)}) {
-        const auto options = Shift({Save("a.fits", first), Save("b.fits", second)});
+    const auto chain = Stars({{85, 100, 6000}, {110, 100, 6000}, {135, 100, 6000}});
+    for (const auto& [first, second] : {std::pair(Stars(pair), spoiled), std::pair(Stars(twins), chain)}) {
+        const Options options = Shift({first, second});
         EXPECT_PRED2(Holds, Thrown([&] { stack::Run(options); }), "no other light can be aligned");
     }
 }
@@ -122,64 +120,43 @@ TEST_F(RegisterTest, MatchesThroughTracksAndTrails)
     auto second = Light(6.3, -4.2);
     draw(second, 100, 110, 1, 1, 6, 9000);
     draw(second, 0, 190, 1, -0.5, kWidth, 2000);
-    const Result result = stack::Run(Shift({Save("a.fits", first), Save("b.fits", second)}));
-    ASSERT_TRUE(result.reference);
+    const Result result = stack::Run(Shift({first, second}));
     EXPECT_EQ(std::pair(result.reference->x, result.reference->y), std::pair(120, 100));
-    EXPECT_NEAR(result.frames[1].dx, 6.3, 0.2);
-    EXPECT_NEAR(result.frames[1].dy, -4.2, 0.2);
+    ExpectShift(result.frames[1], 6.3, -4.2, 0.2);
 }
 
 TEST_F(RegisterTest, LeavesOutWhatCannotBePlacedExactly)
 {
-    auto touched = Light(0, 0); // a fainter star's light runs into the star
-    for (int i = 0; i < 400; ++i) {
-        const double far = std::pow(i % 20 - 14.0, 2) + std::pow(i / 20 - 10.0, 2);
-        float* s = touched.GetImageAdr(110 + i % 20, 90 + i / 20, 0);
-        *s += static_cast<float>(4000.0 * std::exp(-far / 3.2));
-    }
-    const Result result = stack::Run(Shift({
-        Save("a.fits", Light(0, 0)),
-        Save("b.fits", Light(1, 1)),
-        Save("touched.fits", touched),
-    }));
-    EXPECT_TRUE(result.frames[1].used) << result.frames[1].reason;
+    auto touched = field_;
+    touched.push_back({124, 100, 4000}); // its light runs into the star
+    const Result result = stack::Run(Shift({Light(0, 0), Light(1, 1), Stars(touched)}));
+    ExpectShift(result.frames[1], 1.0, 1.0);
     EXPECT_PRED2(Holds, result.frames[2].reason, "something lies on the star");
     const std::vector<Place> moving = {{30, 100, 6000}, {95, 95, 1500}, {160, 120, 1200}, {95, 60, 800}};
-    auto options = Shift(
-        {Save("a.fits", Sky(kWidth, kHeight, 1, moving)), Save("cut.fits", Sky(kWidth, kHeight, 1, moving, 27, 0))});
+    Options options = Shift({Stars(moving), Stars(moving, 27, 0)});
     options.reference = PixelPlace{32, 100};
     EXPECT_PRED2(Holds, Thrown([&] { stack::Run(options); }), "edge of the frame");
 }
 
 TEST_F(RegisterTest, FindsAPatchAtTheEdgeThroughAChangedSky)
 {
-    auto options = Shift({});
-    options.reference = PixelPlace{6, 192};
     const std::vector<Place> stars = {{12, 185, 2000}};
-    options.lights.push_back(Save("a.fits", Sky(kWidth, kHeight, 1, stars)));
-    auto bright = Sky(kWidth, kHeight, 1, stars, -8, 6.5);
-    for (long long i = 0; i < bright.GetPixelCount(); ++i) {
-        bright.GetImageAdr(0, 0, 0)[i] += 3000.0F;
-    }
-    options.lights.push_back(Save("b.fits", bright));
-    const Result result = stack::Run(options);
-    EXPECT_TRUE(result.frames[1].used) << result.frames[1].reason;
-    EXPECT_NEAR(result.frames[1].dx, -8.0, 0.1001);
-    EXPECT_NEAR(result.frames[1].dy, 6.5, 0.1001);
+    auto bright = Stars(stars, -8, 6.5);
+    std::for_each_n(bright.GetImageAdr(0, 0, 0), kWidth * kHeight, [](float& sample) { sample += 3000.0F; });
+    Options options = Shift({Stars(stars), bright});
+    options.reference = PixelPlace{6, 192};
+    ExpectShift(stack::Run(options).frames[1], -8.0, 6.5);
 }
 
 TEST_F(RegisterTest, RefusesAStackOfTheReferenceAlone)
 {
-    const auto options =
-        Shift({Save("a.fits", Light(0, 0)), Save("b.fits", Sky(kWidth, kHeight, 1, {})), Save("c.fits", Light(50, 0))});
+    Options options = Shift({Light(0, 0), Stars({}), Light(50, 0)});
     const std::string text = Thrown([&] { stack::Run(options); });
-    EXPECT_PRED2(Holds, text, "a.fits: no other light can be aligned with it: ");
-    EXPECT_PRED2(Holds, text, "b.fits: ");
-    EXPECT_PRED2(Holds, text, "c.fits: ");
-    EXPECT_PRED2(Holds, Thrown([&] {
-                     stack::Run(Shift({options.lights[1], options.lights[0]}));
-                 }),
-                 "b.fits: shows no star");
+    for (const char* part : {"a.fits: no other light can be aligned with it: ", "b.fits: ", "c.fits: "}) {
+        EXPECT_PRED2(Holds, text, part);
+    }
+    options.lights = {options.lights[1], options.lights[0]};
+    EXPECT_PRED2(Holds, Thrown([&] { stack::Run(options); }), "b.fits: shows no star");
 }
 
 } // namespace corvane::stack

@@ -43,22 +43,14 @@ TEST_F(RunTest, HeaderTellsWhatTheStackIsMadeOf)
     options.pedestal = 20.0;
     options.method = CombineMethod::kClippedMean;
     const io::Header header = stack::Run(options).header;
-    EXPECT_EQ(header.Text("OBJECT"), "M 31");
-    EXPECT_EQ(header.Number("NCOMBINE"), 3.0);
-    EXPECT_EQ(header.Number("STACKCNT"), 3.0);
-    EXPECT_EQ(header.Number("EXPTIME"), 60.0);
-    EXPECT_EQ(header.Number("LIVETIME"), 181.0);
-    EXPECT_EQ(header.Text("CALSTAT"), "BDFX");
-    EXPECT_EQ(header.Number("PEDESTAL"), -120.0);
-    EXPECT_EQ(header.Text("DATE-OBS"), "2024-07-30T22:40:00.000");
-    EXPECT_EQ(header.Text("DATE-AVG"), "2024-07-30T22:44:30.333");
-    for (const char* stale : {"DATE-END", "MJD-OBS", "DATAMAX"}) {
-        EXPECT_FALSE(header.Has(stale)) << stale;
+    std::string told;
+    for (const char* keyword : {"OBJECT", "NCOMBINE", "STACKCNT", "EXPTIME", "LIVETIME", "CALSTAT", "PEDESTAL",
+                                "DATE-END", "MJD-OBS", "DATAMAX", "DATE-OBS", "DATE-AVG"}) {
+        told += header.Text(keyword).value_or("none") + ' ';
     }
-    const auto history = header.History();
-    ASSERT_EQ(history.size(), 2U);
-    EXPECT_EQ(history[0], "stack --method clipped-mean --align none --pedestal 20");
-    EXPECT_PRED2(Holds, history[1], ": 3 of 3 lights; bias " + Path("b.fits") + "; flat median of 2 from ");
+    EXPECT_EQ(told, "M 31 3 3 60.0 181.0 BDFX -120.0 none none none 2024-07-30T22:40:00.000 2024-07-30T22:44:30.333 ");
+    EXPECT_EQ(header.History().at(0), "stack --method clipped-mean --align none --pedestal 20");
+    EXPECT_PRED2(Holds, header.History().at(1), ": 3 of 3 lights; bias " + Path("b.fits") + "; flat median of 2 from ");
 }
 
 TEST_F(RunTest, WrongInputIsAnErrorThatNamesIt)
@@ -70,12 +62,10 @@ TEST_F(RunTest, WrongInputIsAnErrorThatNamesIt)
     const std::string black = Save("black.fits", Make(20, 16, 1, [](int, int, int) { return 0; }));
     Options base;
     base.lights = {light};
-    const struct {
-        std::function<void(Options&)> change;
-        std::string text;
-    } cases[] = {
+    base.align = AlignMethod::kShift;
+    base.size = 8;
+    const std::pair<std::function<void(Options&)>, const char*> cases[] = {
         {[](Options& o) { o.lights.clear(); }, "option LIGHT: no file is not allowed; it takes one or more lights"},
-        {[&](Options& o) { o.lights.push_back(Path("none.fits")); }, "none.fits: "},
         {[&](Options& o) { o.lights.push_back(Path("./light.fits")); }, "each light once"},
         {[&](Options& o) { o.lights.push_back(wide); },
          "wide.fits: the light is 24 x 16 (1 plane), but the first light"},
@@ -86,45 +76,28 @@ TEST_F(RunTest, WrongInputIsAnErrorThatNamesIt)
         {[&](Options& o) { o.darks = {shorter}; },
          "light.fits: the light has 60 s, but the darks have 30 s: add --bias"},
         {[&](Options& o) {
-             o.darks = {shorter, light};
+             o.darks.assign({shorter, light});
          },
          "light.fits: the dark has 60 s, but the dark"},
         {[](Options& o) { o.search = -1; }, "option --search: -1 is not allowed; it takes 0 to 2048"},
         {[](Options& o) { o.pedestal = std::nan(""); }, "option --pedestal: nan is not allowed; it takes 0 to 1e+09"},
-        {[](Options& o) { o.align = AlignMethod::kShift; },
-         "option --size: 32 is not allowed; it takes at most 16, the smaller side"},
-        {[](Options& o) {
-             o.align = AlignMethod::kShift;
-             o.size = 8;
-             o.reference = PixelPlace{20, 3};
-         },
+        {[](Options& o) { o.size = 32; }, "option --size: 32 is not allowed; it takes at most 16, the smaller side"},
+        {[](Options& o) { o.reference.emplace(PixelPlace(20, 3)); },
          "option --reference: 20,3 is not allowed; it takes 0,0 to 19,15"},
     };
-    for (const auto& wrong : cases) {
+    for (const auto& [change, text] : cases) {
         Options options = base;
-        wrong.change(options);
-        EXPECT_PRED2(Holds, Thrown([&] { stack::Run(options); }), wrong.text);
+        change(options);
+        EXPECT_PRED2(Holds, Thrown([&] { stack::Run(options); }), text);
     }
-}
-
-TEST_F(RunTest, OutputsAreNoInputsAndDifferFromEachOther)
-{
-    Options options;
-    options.lights = {Path("a.fits[1]")};
-    options.flats = {Path("f.fits")};
-    EXPECT_NO_THROW(CheckOutputs(options, {Path("out.fits"), Path("out.png")}));
-    EXPECT_EQ(Thrown([&] { CheckOutputs(options, {Path("x/../a.fits")}); }), "a.fits: is both input and output");
-    EXPECT_EQ(Thrown([&] {
-                  CheckOutputs(options, {Path("o.fits"), Path("./o.fits")});
-              }),
-              "o.fits: is named for two outputs");
 }
 
 TEST_F(RunTest, EscapeStopsEveryStage)
 {
     const auto sky = Sky(120, 120, 1, {{60, 60, 5000}});
     Options options;
-    options.lights = {Save("a.fits", sky), Save("b.fits", sky)};
+    options.lights = {Save("a.fits", sky, 60.0, [](io::Header& header) { header.Set("BAYERPAT", "RGGB"); }),
+                      Save("b.fits", sky)};
     const auto flat = Make(120, 120, 1, Ramp);
     options.flats = {Save("f.fits", flat), Save("g.fits", flat)};
     options.align = AlignMethod::kShift;
@@ -141,7 +114,7 @@ TEST_F(RunTest, EscapeStopsEveryStage)
         return 0;
     });
     options.progressWindow = window;
-    stack::Run(options);
+    EXPECT_PRED2(Holds, stack::Run(options).notes.back(), "mosaic of colour filters, RGGB");
     const std::vector<std::string> expected = {"Checking frames...", "Measuring flats...", "Combining flats...",
                                                "Aligning frames...", "Combining frames..."};
     EXPECT_EQ(texts, expected);

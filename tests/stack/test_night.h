@@ -1,54 +1,26 @@
 #pragma once
 
-#include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <functional>
 #include <random>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include <gtest/gtest.h>
-
-#include "io/error.h"
 #include "io/frame.h"
 #include "stack/stack.h"
+#include "tests/io/files.h"
 
 namespace corvane::stack {
 
+using test::Make;
+
 /// Frames made for a test, in a folder of their own that goes with it.
-class Night : public testing::Test {
+class Night : public test::InFolder {
 protected:
     struct Place {
         double x;
         double y;
         double peak;
     };
-
-    Night()
-    {
-        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-        std::string name = std::string(test->test_suite_name()) + "." + test->name();
-        std::replace(name.begin(), name.end(), '/', '.');
-        folder_ = std::filesystem::temp_directory_path() / ("corvane-" + name + std::to_string(std::random_device()()));
-        std::filesystem::create_directories(folder_);
-    }
-    ~Night() override { std::filesystem::remove_all(folder_); }
-
-    /// Makes an image from a function of column, row and plane.
-    static CStlImage Make(int width, int height, int planes, const std::function<double(int, int, int)>& value)
-    {
-        CStlImage image(-32, width, height, planes, 1.0, 0.0, 1);
-        for (int p = 0; p < planes; ++p) {
-            for (int y = 0; y < height; ++y) {
-                for (int x = 0; x < width; ++x) {
-                    image.SetPixelGrayRaw(x, y, static_cast<float>(value(x, y, p)), p);
-                }
-            }
-        }
-        return image;
-    }
 
     /// Stars of FWHM 3 on a sky of 200 with noise 2, all moved by (-dx, -dy): (dx, dy) is the shift that undoes it.
     CStlImage Sky(int width, int height, int planes, const std::vector<Place>& stars, double dx = 0.0, double dy = 0.0)
@@ -74,18 +46,13 @@ protected:
         if (change) {
             change(header);
         }
-        const std::string path = (folder_ / name).string();
-        io::Save(path, image, header, {-32});
-        return path;
+        io::Save(Path(name), image, header, {-32});
+        return Path(name);
     }
 
-    std::string Path(const std::string& name) const { return (folder_ / name).string(); }
-
-    std::mt19937 random_{7};
-
 private:
+    std::mt19937 random_{7};
     std::normal_distribution<double> normal_;
-    std::filesystem::path folder_;
 };
 
 /// True when the text holds the part.

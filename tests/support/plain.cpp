@@ -46,7 +46,8 @@ std::size_t Plain::Index(int x, int y, int p) const
 {
     const int column = std::min(std::max(x, 0), width - 1);
     const int row = std::min(std::max(y, 0), height - 1);
-    return static_cast<std::size_t>((p * height + row) * width + column);
+    const int plane = std::min(p, planes - 1);
+    return static_cast<std::size_t>((plane * height + row) * width + column);
 }
 
 double Plain::Next(int x, int y, int p) const

@@ -13,13 +13,20 @@ struct Plain {
     explicit Plain(const CStlImage& image);
 
     bool Colour() const { return planes > 1; }
-    float& At(int x, int y, int p) { return samples[Index(x, y, p)]; } ///< x and y clamped into the image
+    float& At(int x, int y, int p) { return samples[Index(x, y, p)]; } ///< x, y and p clamped into the image
     float At(int x, int y, int p) const { return samples[Index(x, y, p)]; }
     double To256(double v, int p) const { return (v - min[p]) / range[p] * 255.0; }
     double ToRaw(double d, int p) const { return range[p] * d * 0.00392156862745098 + min[p]; }
     /// The byte that the screen shows.
     unsigned char Byte(int x, int y, int p) const;
     bool IsBlank(double v) const;
+    /// The brightness of what of(p) gives for each plane; one plane stands for itself.
+    template <class Of>
+    double Bright(Of of) const
+    {
+        return Colour() ? 0.299 * of(0) + 0.587 * of(1) + 0.114 * of(2) : of(0);
+    }
+
     /// Bilinear between samples; the right-hand neighbour is the next sample in storage.
     double Between(double x, double y, int p) const;
     /// Calls visit(x, y, p) for every sample, in the order of storage.
