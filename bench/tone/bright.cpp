@@ -1,0 +1,30 @@
+#include "corvane/tone/bright.h"
+
+#include "bench/support/check.h"
+#include "bench/support/frames.h"
+#include "bench/support/line.h"
+
+namespace corvane::bench {
+namespace {
+
+void TimeBright(Run& run, CStlImage& frame)
+{
+    CImgBright result(frame);
+    const auto brighten = [&] { result.Do(20.0, 64.0, 128.0, &frame, nullptr, 0); };
+    brighten();
+    CheckSamples(result, [&](int x, int y, int plane) {
+        const double shown = frame.To256(static_cast<double>(frame.GetPixelGrayRaw(x, y, plane)), 0);
+        return frame.ToRaw(shown + (shown - 128.0) * 0.25 + 20.0, 0);
+    });
+    run.Time(frame.GetImageSize(), brighten);
+}
+
+const Line mono("tone/Bright/mono", TimesMemcpy(1.5), [](Run& run) { TimeBright(run, LargeFrame()); });
+
+const Line colour("tone/Bright/colour", TimesMemcpy(1.5), [](Run& run) {
+    Sky frame(Size(2048, 67), Size(2048, 45), 3, 5);
+    TimeBright(run, frame);
+});
+
+} // namespace
+} // namespace corvane::bench
