@@ -11,6 +11,7 @@
 #include "corvane/core/progress_message.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/vm_image.h"
+#include "corvane/filter/filter.h"
 #include "corvane/platform/application.h"
 #include "corvane/platform/global_memory.h"
 #include "corvane/platform/messages.h"

@@ -1,0 +1,40 @@
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "bench/filter/window.h"
+#include "bench/support/check.h"
+#include "bench/support/frames.h"
+#include "bench/support/line.h"
+#include "corvane/filter/filter.h"
+
+namespace corvane::bench {
+namespace {
+
+constexpr double kRank = 2.25;
+constexpr double kThreshold = 0.05;
+
+double PlainStar(std::vector<double> window)
+{
+    const double centre = window[window.size() / 2];
+    std::sort(window.begin(), window.end());
+    const double value = window[2] + (window[3] - window[2]) * (kRank - 2.0);
+    const bool isKept = window.back() == centre || std::fabs(value / window.back() - 1.0) < kThreshold;
+    return isKept ? centre : value;
+}
+
+void TimeStarSharpen(Run& run, int type)
+{
+    CStlImage& frame = LargeFrame();
+    CImgFilter result(frame);
+    const auto filter = [&] { result.StarSharpFilter(type, kRank, kThreshold, 1, &frame, nullptr, 0); };
+    filter();
+    CheckSamples(result, [&](int x, int y, int plane) { return PlainStar(Window(frame, x, y, plane, type)); });
+    run.Time(frame.GetImageSize(), filter);
+}
+
+const Line square3("filter/StarSharpen/3 x 3", {}, [](Run& run) { TimeStarSharpen(run, 1); });
+const Line square5("filter/StarSharpen/5 x 5", {}, [](Run& run) { TimeStarSharpen(run, 2); });
+
+} // namespace
+} // namespace corvane::bench

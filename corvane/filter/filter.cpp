@@ -1,0 +1,152 @@
+// The frame of the filters: radii, rectangle, rows about a row, work images.
+
+#include "corvane/filter/filter.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+
+#include "corvane/filter/filter_rows.h"
+#include "corvane/platform/memory_exception.h"
+#include "corvane/resources/string_table.h"
+
+using namespace corvane;
+
+namespace {
+
+/// The row or column that stands in a work image for one outside: mirrored at the near edge by the rule for rows, and
+/// what then lies beyond the far edge mirrored there too.
+int MirrorTwice(long long i, int size)
+{
+    return filter::MirrorRow(i < 0 ? -i : i, size);
+}
+
+/// Copies the columns of a row that lie outside of it, from `begin` to before `end`.
+void FillColumns(const float* row, int width, int margin, int begin, int end, float* work)
+{
+    for (int x = begin; x < end; ++x) {
+        work[x] = row[MirrorTwice(x - margin, width)];
+    }
+}
+
+/// An image larger than `image` by a margin on each side, without samples yet. Null when there is no room for it.
+std::unique_ptr<CStlImage> MakeLarger(const CStlImage& image, long long margin, HWND window, const char* text)
+{
+    const long long width = image.GetWidth() + 2 * margin;
+    const long long height = image.GetHeight() + 2 * margin;
+    if (std::max(width, height) > std::numeric_limits<int>::max()) {
+        return nullptr;
+    }
+    try {
+        return std::make_unique<CStlImage>(-32, static_cast<int>(width), static_cast<int>(height), image.GetPlanes(),
+                                           1.0, 0.0, 1, window, text);
+    } catch (const CMemoryException&) {
+        return nullptr;
+    }
+}
+
+/// Copies the samples and levels of `image` into the middle of a larger one, one step of progress a row.
+void CopyInterior(CStlImage& image, int margin, CStlImage& work)
+{
+    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+        work.SetLevel(plane, image.GetLevelMin(plane), image.GetLevelMax(plane));
+        for (int y = 0; y < image.GetHeight(); ++y) {
+            std::copy_n(image.GetImageAdr(0, y, plane, 1), image.GetWidth(),
+                        work.GetImageAdr(margin, y + margin, plane));
+            image.ShowProgress(1);
+        }
+    }
+}
+
+/// Fills what lies about the interior, one step of progress a row.
+void FillBorder(CStlImage& image, int margin, CStlImage& work)
+{
+    const int width = image.GetWidth();
+    for (int plane = 0; plane < work.GetPlanes(); ++plane) {
+        for (int y = 0; y < work.GetHeight(); ++y) {
+            const int from = MirrorTwice(y - margin, image.GetHeight());
+            const int middle = from == y - margin ? margin : margin + width;
+            const float* const row = image.GetImageAdr(0, from, plane, 1);
+            float* const workRow = work.GetImageAdr(0, y, plane);
+            FillColumns(row, width, margin, 0, middle, workRow);
+            FillColumns(row, width, margin, margin + width, work.GetWidth(), workRow);
+            image.ShowProgress(1);
+        }
+    }
+}
+
+/// The padded copy that both work images are.
+CStlImage* MakeWork(CStlImage& image, int margin, int showProgress, int textId)
+{
+    auto work = MakeLarger(image, margin, showProgress != 0 ? image.GetProgressHandle() : nullptr,
+                           showProgress != 0 ? FindString(IDS_INITIALIZING) : nullptr);
+    if (work != nullptr && image.GetStore() != nullptr) {
+        image.ShowProgressInit(showProgress, textId, work->GetHeight() * work->GetPlanes() * 2);
+        CopyInterior(image, margin, *work);
+        FillBorder(image, margin, *work);
+        image.ShowProgressEnd(nullptr);
+    }
+    return work.release();
+}
+
+} // namespace
+
+int CImgFilter::GetMeanR(int type)
+{
+    return filter::Radius(type);
+}
+
+int CImgFilter::GetMedianR(int type)
+{
+    return filter::Radius(type);
+}
+
+int CImgFilter::GetMinMaxR(int type)
+{
+    return filter::Radius(type);
+}
+
+int CImgFilter::GetSharpR(int type)
+{
+    return filter::Radius(type);
+}
+
+int CImgFilter::GetStarSharpR(int type)
+{
+    return filter::Radius(type);
+}
+
+void CImgFilter::CalcRect(int& left, int& top, int& right, int& bottom, const CRect* rect) const
+{
+    const CRect area = WorkingArea(*this, rect);
+    left = static_cast<int>(area.left);
+    top = static_cast<int>(area.top);
+    right = static_cast<int>(area.right);
+    bottom = static_cast<int>(area.bottom);
+}
+
+void CImgFilter::SetFilterAdr(int x, int y, int plane, int r, const float** rows, unsigned flags) const
+{
+    r = std::clamp(r, 0, filter::kMostRadius);
+    const filter::Band band(*this, y, plane, r, x, static_cast<int>(flags & 2U));
+    std::copy_n(band.Rows(), 2 * r + 1, rows);
+}
+
+void CImgFilter::CalcShift(int& dx, int& dy, int /*unused*/, const CStlImage* other) const
+{
+    if (GetWidth() >= other->GetWidth() && GetHeight() >= other->GetHeight()) {
+        return;
+    }
+    dx = (other->GetWidth() - GetWidth()) / 2;
+    dy = (other->GetHeight() - GetHeight()) / 2;
+}
+
+CStlImage* CImgFilter::MakeFilterWork(int margin, int showProgress)
+{
+    return MakeWork(*this, margin > 0 ? margin : 2, showProgress, IDS_FILTER_INIT);
+}
+
+CStlImage* CImgFilter::MakeDDWork(int margin, int showProgress)
+{
+    return MakeWork(*this, margin > 0 ? margin : 1, showProgress, IDS_DEVELOPMENT_INIT);
+}

@@ -1,0 +1,118 @@
+#pragma once
+
+#include <algorithm>
+
+#include "corvane/core/stl_image.h"
+#include "corvane/core/walk.h"
+#include "corvane/filter/neighbourhood.h"
+
+namespace corvane::filter {
+
+/// The widest band: a Gaussian of the largest deviation.
+inline constexpr int kMostRadius = 10;
+
+/// The rows of a plane about row y, mirrored at the edges. They are locked in the store until its `UnlockAll`.
+class Band {
+public:
+    Band(const CStlImage& image, int y, int plane, int radius, int x = 0, int flags = 2)
+        : radius_(radius), width_(image.GetWidth())
+    {
+        for (int i = 0; i <= 2 * radius; ++i) {
+            rows_[i] = image.GetImageAdr(x, MirrorRow(static_cast<long long>(y) + i - radius, image.GetHeight()), plane,
+                                         1 | flags);
+        }
+    }
+
+    int Radius() const { return radius_; }
+    int Width() const { return width_; }
+    /// The row dy below the centre, from the column the band was made at.
+    const float* Row(int dy) const { return rows_[dy + radius_]; }
+    /// The pointers as kernels take them, top row first.
+    const float* const* Rows() const { return rows_; }
+
+    /// The neighbourhood of column x; for a band made at column 0.
+    Neighbours At(int x, int type) const
+    {
+        const float* shifted[2 * kMostPointRadius + 1];
+        const int r = filter::Radius(type);
+        for (int dy = -r; dy <= r; ++dy) {
+            shifted[dy + r] = Row(dy) + x;
+        }
+        return {shifted, x, width_, type};
+    }
+
+private:
+    const float* rows_[2 * kMostRadius + 1];
+    int radius_;
+    int width_;
+};
+
+/// The plane of the source that stands for a plane of the target: its last one for those that it lacks.
+inline int PlaneOf(const CImage& source, int plane)
+{
+    return std::min(plane, std::max(source.GetPlanes() - 1, 0));
+}
+
+/// Calls inner(begin, end) for the columns that have `margin` neighbours on either side within the row, and edge(x) for
+/// the others.
+template <class Inner, class Edge>
+void SplitColumns(int left, int right, int width, int margin, Inner inner, Edge edge)
+{
+    const int begin = std::min(std::max(left, margin), right);
+    const int end = std::max(std::min(right, width - margin), begin);
+    for (int x = left; x < begin; ++x) {
+        edge(x);
+    }
+    if (begin < end) {
+        inner(begin, end);
+    }
+    for (int x = end; x < right; ++x) {
+        edge(x);
+    }
+}
+
+/// Calls use(begin, count) for the blocks of at most `columns` columns from `begin` to before `end`.
+///
+/// While one block is worked on in the nearest cache, nothing would come from or go to memory, and the processor does
+/// not fetch ahead of stores by itself: the next block's samples, in the band's lowest row and in the target, are asked
+/// for before.
+template <class Use>
+void ForEachBlock(const Band& band, int begin, int end, int columns, const float* out, Use use)
+{
+    constexpr int kLine = 64 / sizeof(float); // of the cache
+    for (int next = begin; begin < end; begin = next) {
+        next = std::min(begin + columns, end);
+        for (int x = next; x < std::min(next + columns, end); x += kLine) {
+            __builtin_prefetch(band.Row(band.Radius()) + x);
+            __builtin_prefetch(out + x, 1);
+        }
+        use(begin, next - begin);
+    }
+}
+
+/// Walks a filter: `kernelOf(plane)` gives the kernel, which is called for each row as kernel(band, left, right, out)
+/// with the band of the source and the target row, both from column 0. The rows of both images are released after it.
+template <class KernelOf>
+void FilterRows(CStlImage& target, const CStlImage& source, const CRect* rect, int showProgress, int textId, int radius,
+                KernelOf kernelOf)
+{
+    const CRect area = WorkingArea(target, rect);
+    const int left = static_cast<int>(area.left);
+    const int right = std::min(static_cast<int>(area.right), source.GetWidth());
+    target.ShowProgressInit(showProgress, textId, static_cast<int>(area.bottom - area.top) * target.GetPlanes());
+    for (int plane = 0; plane < target.GetPlanes(); ++plane) {
+        const auto kernel = kernelOf(plane);
+        const int sourcePlane = std::min(plane, source.GetPlanes() - 1);
+        for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
+            if (left < right && sourcePlane >= 0) {
+                kernel(Band(source, y, sourcePlane, radius), left, right, target.GetImageAdr(0, y, plane));
+                source.UnlockAll();
+                target.UnlockAll();
+            }
+            target.ShowProgress(1);
+        }
+    }
+    target.ShowProgressEnd(nullptr);
+}
+
+} // namespace corvane::filter

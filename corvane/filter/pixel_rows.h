@@ -1,0 +1,80 @@
+#pragma once
+
+#include <algorithm>
+
+#include "corvane/core/display_scale.h"
+#include "corvane/filter/filter_rows.h"
+
+namespace corvane::filter {
+
+/// The planes of a colour image.
+inline constexpr int kColours = 3;
+
+/// The rows about row y in each plane of the source. A plane that it lacks is its last one again.
+class PlaneBands {
+public:
+    PlaneBands(const CStlImage& source, int y, int radius)
+        : bands_{{source, y, PlaneOf(source, 0), radius},
+                 {source, y, PlaneOf(source, 1), radius},
+                 {source, y, PlaneOf(source, 2), radius}}
+    {}
+
+    const Band& operator[](int plane) const { return bands_[std::min(plane, kColours - 1)]; }
+
+private:
+    Band bands_[kColours];
+};
+
+/// Walks a filter that takes the planes of a pixel together: kernel(bands, y, left, right) for each row, with the bands
+/// of the source. The rows of both images are released after it. A row counts `steps` steps of progress.
+template <class Kernel>
+void FilterPixels(CStlImage& target, const CStlImage& source, const CRect* rect, int showProgress, int textId,
+                  int radius, int steps, Kernel kernel)
+{
+    const CRect area = WorkingArea(target, rect);
+    const int left = static_cast<int>(area.left);
+    const int right = std::min(static_cast<int>(area.right), source.GetWidth());
+    target.ShowProgressInit(showProgress, textId, static_cast<int>(area.bottom - area.top) * steps);
+    for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
+        if (left < right && source.GetPlanes() > 0) {
+            kernel(PlaneBands(source, y, radius), y, left, right);
+            source.UnlockAll();
+            target.UnlockAll();
+        }
+        for (int step = 0; step < steps; ++step) {
+            target.ShowProgress(1);
+        }
+    }
+    target.ShowProgressEnd(nullptr);
+}
+
+/// Brightness of pixels in display units: of a colour image 0.299 R + 0.587 G + 0.114 B.
+class Brightness {
+public:
+    explicit Brightness(const CStlImage& image)
+        : scale_{{image, 0}, {image, 1}, {image, 2}}, isColour_(image.GetDimension() >= kColours)
+    {}
+
+    static double Of(double r, double g, double b) { return 0.299 * r + 0.587 * g + 0.114 * b; }
+
+    /// Writes that of the row dy below the centre to out[x], for the columns from `left` to before `right`. Each plane
+    /// goes through its 256f value, which is a float.
+    void Row(const PlaneBands& bands, int dy, int left, int right, double* __restrict out) const
+    {
+        const float* const r = bands[0].Row(dy);
+        const float* const g = bands[1].Row(dy);
+        const float* const b = bands[2].Row(dy);
+        for (int x = left; x < right; ++x) {
+            const double red = Shown(r[x], 0);
+            out[x] = isColour_ ? Of(red, Shown(g[x], 1), Shown(b[x], 2)) : red;
+        }
+    }
+
+private:
+    float Shown(double v, int plane) const { return static_cast<float>(scale_[plane].To256(v)); }
+
+    DisplayScale scale_[kColours];
+    bool isColour_;
+};
+
+} // namespace corvane::filter
