@@ -1,0 +1,70 @@
+#include "corvane/geometry/resize.h"
+
+#include <algorithm>
+
+#include "corvane/core/display_scale.h"
+#include "corvane/geometry/canvas.h"
+#include "corvane/geometry/rows.h"
+#include "corvane/resources/string_table.h"
+
+using namespace corvane;
+
+namespace {
+
+constexpr int kAnchors = 9;
+
+/// Where a picture lies along one side of a canvas: pixels `first` to before `end`, from source pixel `from` on.
+struct Placement {
+    int first = 0;
+    int end = 0;
+    int from = 0;
+
+    /// `part` is 0 for the near end, 1 for the middle, 2 for the far end.
+    Placement(int canvas, int picture, int part)
+    {
+        const int offset = (canvas - picture) / 2 * (part == 1) + (canvas - picture) * (part == 2);
+        first = std::max(offset, 0);
+        from = std::max(-offset, 0);
+        end = std::min(canvas, picture - from + first);
+    }
+};
+
+/// Fills what the picture leaves free of a row of the canvas.
+void FillAround(const Placement& columns, bool isPictureRow, int width, float value, float* row)
+{
+    std::fill(row, row + (isPictureRow ? columns.first : width), value);
+    std::fill(row + (isPictureRow ? columns.end : width), row + width, value);
+}
+
+} // namespace
+
+int CImgResize::Do(int newWidth, int newHeight, int anchor, float* background, CStlImage* source, int showProgress)
+{
+    InitStdPt();
+    if (MakeCanvas(*this, *source, newWidth, newHeight, showProgress) == 0) {
+        return 0;
+    }
+    const int place = anchor >= 0 && anchor < kAnchors ? anchor : 0;
+    const Placement columns(newWidth, source->GetWidth(), place % 3);
+    const Placement rows(newHeight, source->GetHeight(), place / 3);
+    const DisplayScale scale(*this, 0); // for every plane: the background is one colour of the screen
+    const SourceRows from(*source);
+    ShowProgressInit(showProgress, IDS_CANVAS_SIZE, (newHeight + rows.end - rows.first) * GetPlanes());
+    for (int plane = 0; plane < GetPlanes(); ++plane) {
+        const auto value = static_cast<float>(scale.ToRaw(background == nullptr ? 0.0 : background[plane]));
+        for (int y = 0; y < newHeight; ++y) {
+            FillAround(columns, y >= rows.first && y < rows.end, newWidth, value, GetImageAdr(0, y, plane));
+            ShowProgress(1);
+        }
+    }
+    for (int plane = 0; plane < GetPlanes(); ++plane) {
+        for (int y = rows.first; y < rows.end; ++y) {
+            from.Copy(columns.from, y - rows.first + rows.from, plane, columns.end - columns.first,
+                      GetImageAdr(columns.first, y, plane));
+            ShowProgress(1);
+        }
+    }
+    ShowProgressEnd(nullptr);
+    TranslatePhysicalCoords(columns.from, rows.from);
+    return 1;
+}

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <algorithm>
+
+#include "corvane/core/stl_image.h"
+
+namespace corvane {
+
+/// The rows of a source as operations that move samples read them: a row, a column or a plane that it does not have is
+/// the nearest one that it has. A source without samples reads as 0.
+class SourceRows {
+public:
+    explicit SourceRows(const CStlImage& source)
+        : source_(source), width_(std::max(source.GetWidth(), 1)), height_(std::max(source.GetHeight(), 1)),
+          lastPlane_(std::max(source.GetPlanes() - 1, 0))
+    {}
+
+    int Width() const { return width_; }
+    int Height() const { return height_; }
+    int Plane(int plane) const { return std::min(plane, lastPlane_); }
+    /// `Width` samples.
+    const float* Row(int y, int plane) const { return source_.GetImageAdr(0, y, Plane(plane), 1); }
+
+    /// Writes `count` samples from column x on.
+    void Copy(long long x, int y, int plane, int count, float* out) const
+    {
+        const float* const row = Row(y, plane);
+        const int first = static_cast<int>(std::clamp<long long>(-x, 0, count));
+        const int end = static_cast<int>(std::clamp<long long>(width_ - x, first, count));
+        std::fill(out, out + first, row[0]);
+        std::copy_n(row + (x + first), end - first, out + first);
+        std::fill(out + end, out + count, row[width_ - 1]);
+    }
+
+    /// Writes `count` samples from column x, taken into the source, backwards.
+    void CopyMirrored(int x, int y, int plane, int count, float* out) const
+    {
+        const float* const row = Row(y, plane);
+        const float* const last = row + std::clamp(x, 0, width_ - 1);
+        const int end = std::min(count, static_cast<int>(last - row) + 1);
+        for (int i = 0; i < end; ++i) {
+            out[i] = *(last - i);
+        }
+        std::fill(out + end, out + count, row[0]);
+    }
+
+private:
+    const CStlImage& source_;
+    int width_;
+    int height_;
+    int lastPlane_;
+};
+
+/// Walks the planes and rows of `target`, all of it: opens progress with one step a row, calls fill(plane, y, row) with
+/// the row to be written, and closes progress. The rows are one of `parts` that the bar has room for. ESC is ignored.
+template <class Fill>
+void FillRows(CStlImage& target, int showProgress, int textId, Fill fill, int parts = 1)
+{
+    target.ShowProgressInit(showProgress, textId, parts * target.GetHeight() * target.GetPlanes());
+    for (int plane = 0; plane < target.GetPlanes(); ++plane) {
+        for (int y = 0; y < target.GetHeight(); ++y) {
+            fill(plane, y, target.GetImageAdr(0, y, plane));
+            target.ShowProgress(1);
+        }
+    }
+    target.ShowProgressEnd(nullptr);
+}
+
+} // namespace corvane
