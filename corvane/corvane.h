@@ -3,8 +3,10 @@
 /// @file
 /// Everything that a caller of the library needs.
 
+#include "corvane/combine/composit.h"
 #include "corvane/combine/matching.h"
 #include "corvane/combine/median_composit.h"
+#include "corvane/combine/mosic.h"
 #include "corvane/core/line_data.h"
 #include "corvane/core/memory_budget.h"
 #include "corvane/core/page_map.h"
