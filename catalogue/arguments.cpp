@@ -44,6 +44,11 @@ const std::string& Arguments::Text(std::string_view name) const
     return Get<std::string>(name);
 }
 
+const Points& Arguments::Curve(std::string_view name) const
+{
+    return Get<Points>(name);
+}
+
 CRect* Arguments::Rectangle(std::string_view name)
 {
     for (Argument& argument : list_) {

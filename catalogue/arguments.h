@@ -32,6 +32,7 @@ public:
     bool Flag(std::string_view name) const;
     /// The text of a choice or of a file name.
     const std::string& Text(std::string_view name) const;
+    const Points& Curve(std::string_view name) const;
     /// The rectangle in the form that operations take: null when none was given. It lives as long as the arguments.
     CRect* Rectangle(std::string_view name);
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "catalogue/error.h"
+
 namespace corvane::catalogue {
 namespace {
 
@@ -66,6 +68,18 @@ std::string Joined(const std::vector<std::string>& words)
         text += (i == 0 ? "" : i + 1 == words.size() ? " or " : ", ") + words[i];
     }
     return text;
+}
+
+int PlaceOf(std::string_view word, const std::vector<std::string>& words)
+{
+    return static_cast<int>(std::find(words.begin(), words.end(), word) - words.begin());
+}
+
+void CheckWord(const std::string& option, const std::string& word, const std::vector<std::string>& words)
+{
+    if (PlaceOf(word, words) == static_cast<int>(words.size())) {
+        throw Error(option + " = " + word + ": must be " + Joined(words));
+    }
 }
 
 } // namespace corvane::catalogue

@@ -17,6 +17,12 @@ std::string Suggestion(std::string_view word, const std::vector<std::string>& na
 /// "a, b or c"
 std::string Joined(const std::vector<std::string>& words);
 
+/// The place of a word in a list; the size of the list when it is not there.
+int PlaceOf(std::string_view word, const std::vector<std::string>& words);
+
+/// Throws Error, "--mode = add: must be sum or mean", for a word that is not in the list.
+void CheckWord(const std::string& option, const std::string& word, const std::vector<std::string>& words);
+
 /// The item of a list that has this name or alias; null when there is none.
 template <typename Item>
 const Item* FindNamed(const std::vector<Item>& items, std::string_view name)

@@ -17,8 +17,13 @@ const Operation& FindOperation(std::string_view name);
 /// @name The groups that `Operations` gathers
 /// @{
 std::vector<Operation> ToneOperations();
+std::vector<Operation> AdjustOperations();
 std::vector<Operation> CalibrationOperations();
 std::vector<Operation> ColourOperations();
+std::vector<Operation> SmoothOperations();
+std::vector<Operation> SharpenOperations();
+std::vector<Operation> DevelopOperations();
+std::vector<Operation> GeometryOperations();
 /// @}
 
 } // namespace corvane::catalogue

@@ -11,6 +11,7 @@
 namespace corvane::catalogue {
 namespace {
 
+constexpr const char* kCurveForm = "x:y/x:y/...";
 constexpr const char* kRectangleForm = "left:top:right:bottom";
 
 [[noreturn]] void Refuse(const Parameter& parameter, std::string_view value, const std::string& reason)
@@ -93,6 +94,25 @@ std::string ParseChoice(const Parameter& parameter, std::string_view text)
     return std::string(text);
 }
 
+Points ParseCurve(const Parameter& parameter, std::string_view text)
+{
+    Points points;
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::string_view item = rest.substr(0, rest.find('/'));
+        const std::size_t colon = item.find(':');
+        Point& point = points.emplace_back();
+        if (colon == std::string_view::npos || ReadNumber(item.substr(0, colon), point.x) != std::errc() ||
+            ReadNumber(item.substr(colon + 1), point.y) != std::errc()) {
+            Refuse(parameter, text, "must be " + AllowedText(parameter));
+        }
+        rest.remove_prefix(std::min(item.size() + 1, rest.size()));
+    }
+    if (const std::string fault = FaultOf(points); !fault.empty()) {
+        Refuse(parameter, text, fault);
+    }
+    return points;
+}
+
 CRect ParseRectangle(const Parameter& parameter, std::string_view text)
 {
     std::array<int, 4> edges{};
@@ -136,9 +156,12 @@ Value ParseValue(const Parameter& parameter, std::string_view text)
         return ParseChoice(parameter, text);
     case Kind::Flag:
         return ParseFlag(parameter, text);
+    case Kind::Curve:
+        return ParseCurve(parameter, text);
     case Kind::Rectangle:
         return ParseRectangle(parameter, text);
     case Kind::File:
+    case Kind::CurveFile:
         break;
     }
     return std::string(text);
@@ -151,6 +174,14 @@ std::string ToText(const Value& value)
         std::string operator()(int number) const { return NumberText(number); }
         std::string operator()(bool flag) const { return flag ? "yes" : "no"; }
         std::string operator()(const std::string& text) const { return text; }
+        std::string operator()(const Points& points) const
+        {
+            std::string text;
+            for (const Point& point : points) {
+                text.append(text.empty() ? "" : "/").append(NumberText(point.x) + ":" + NumberText(point.y));
+            }
+            return text;
+        }
         std::string operator()(const CRect& rect) const
         {
             return NumberText(rect.left) + ":" + NumberText(rect.top) + ":" + NumberText(rect.right) + ":" +
@@ -179,9 +210,12 @@ std::string AllowedText(const Parameter& parameter)
         return Joined(parameter.choices);
     case Kind::Flag:
         return "yes or no";
+    case Kind::Curve:
+        return std::string(kCurveForm) + ", points from 0:0 to 1:1";
     case Kind::Rectangle:
         return kRectangleForm;
     case Kind::File:
+    case Kind::CurveFile:
         break;
     }
     return "the name of a file";

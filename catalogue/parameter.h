@@ -7,6 +7,7 @@
 #include <variant>
 #include <vector>
 
+#include "catalogue/points.h"
 #include "corvane/platform/rect.h"
 
 namespace corvane::catalogue {
@@ -17,12 +18,14 @@ enum class Kind {
     Whole,     ///< a whole number, held as int
     Choice,    ///< one of a few words, held as text
     Flag,      ///< yes or no, held as bool
-    File,      ///< the name of a file that is read, held as text
+    File,      ///< the name of an image that is read, held as text
+    CurveFile, ///< the name of a text file with a curve, held as text; see `ReadPoints`
+    Curve,     ///< x:y/x:y/... with at least two points within 0 and 1, x rising
     Rectangle, ///< left:top:right:bottom in pixels, right and bottom exclusive, never empty
 };
 
 /// The value of a parameter, of the type that its kind says.
-using Value = std::variant<double, int, bool, std::string, CRect>;
+using Value = std::variant<double, int, bool, std::string, Points, CRect>;
 
 /// One parameter of an operation, described as data. A parameter with neither a default nor words for its absence
 /// must be given.

@@ -6,6 +6,8 @@
 #include "catalogue/error.h"
 #include "catalogue/names.h"
 #include "catalogue/operations.h"
+#include "catalogue/points.h"
+#include "io/reader.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -150,15 +152,15 @@ std::string ToText(const Step& step)
     return text;
 }
 
-std::vector<std::string> InputFiles(const Step& step)
+void CheckFiles(const Step& step)
 {
-    std::vector<std::string> files;
     for (const Argument& argument : step.arguments.List()) {
         if (argument.parameter->kind == Kind::File) {
-            files.push_back(std::get<std::string>(argument.value));
+            io::OpenFrame(std::get<std::string>(argument.value));
+        } else if (argument.parameter->kind == Kind::CurveFile) {
+            ReadPoints(std::get<std::string>(argument.value));
         }
     }
-    return files;
 }
 
 void Run(const Step& step, io::Frame& frame, const Context& context)

@@ -2,7 +2,6 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "catalogue/arguments.h"
 #include "catalogue/operation.h"
@@ -23,8 +22,9 @@ Step ParseStep(std::string_view text);
 /// user's settings are among them, so that the text means the same elsewhere.
 std::string ToText(const Step& step);
 
-/// The files that the step reads.
-std::vector<std::string> InputFiles(const Step& step);
+/// Opens the files that the step will read, so that one that is missing or none of its kind is told before any work.
+/// Throws io::Error.
+void CheckFiles(const Step& step);
 
 /// Runs the step on the frame and adds one HISTORY line, `corvane apply STEP`. Throws Error, before any work, when the
 /// step does not fit the frame; io::Error for a file that the step reads; CMemoryException when there is no room.

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <new>
 #include <string>
 #include <vector>
@@ -8,7 +9,6 @@
 #include "cli/session.h"
 #include "io/error.h"
 #include "io/frame.h"
-#include "io/reader.h"
 
 namespace corvane::cli {
 namespace {
@@ -29,16 +29,6 @@ std::vector<catalogue::Step> ParseSteps(const std::vector<std::string>& texts)
     return steps;
 }
 
-// Opens what the steps will read, so that a missing file is told before the first step works.
-void CheckFiles(const std::vector<catalogue::Step>& steps)
-{
-    for (const catalogue::Step& step : steps) {
-        for (const std::string& file : catalogue::InputFiles(step)) {
-            io::OpenFrame(file);
-        }
-    }
-}
-
 // Here the catalogue speaks of the image, not of the command line: the file belongs into the message.
 void RunStep(const catalogue::Step& step, io::Frame& frame, const std::string& input)
 {
@@ -56,7 +46,7 @@ int Apply(const ApplyOptions& options)
 {
     const std::vector<catalogue::Step> steps = ParseSteps(options.steps);
     io::CheckSave(options.output, options.save);
-    CheckFiles(steps);
+    std::for_each(steps.begin(), steps.end(), catalogue::CheckFiles);
     io::Frame frame = io::Load(options.input);
     ThrowIfCancelled();
     for (const catalogue::Step& step : steps) {

@@ -64,6 +64,9 @@ void AddCommands(CLI::App& app, std::string& topic, Session& session)
     AddRender(app, session);
     AddApply(app, session);
     AddStack(app, session);
+    AddComposite(app, session);
+    AddMosaic(app, session);
+    AddMatch(app, session);
     AddOps(app, session);
     AddHelp(app, topic, session);
     app.footer("Exit status: 0 done, 1 failed, 2 the command line is wrong, 130 cancelled.");

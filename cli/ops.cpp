@@ -83,7 +83,10 @@ const char* KindText(Kind kind)
     case Kind::Flag:
         return "flag";
     case Kind::File:
+    case Kind::CurveFile:
         return "file";
+    case Kind::Curve:
+        return "curve";
     case Kind::Rectangle:
         break;
     }

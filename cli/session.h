@@ -44,6 +44,9 @@ void AddInfo(CLI::App& app, Session& session);
 void AddRender(CLI::App& app, Session& session);
 void AddApply(CLI::App& app, Session& session);
 void AddStack(CLI::App& app, Session& session);
+void AddComposite(CLI::App& app, Session& session);
+void AddMosaic(CLI::App& app, Session& session);
+void AddMatch(CLI::App& app, Session& session);
 void AddOps(CLI::App& app, Session& session);
 /// @}
 

@@ -8,6 +8,7 @@
 #include "catalogue/error.h"
 #include "catalogue/operations.h"
 #include "corvane/platform/registry.h"
+#include "io/error.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -55,6 +56,19 @@ TEST(Step, RefusesWhatIsWrongByNameValueAndRange)
                                           "pixels"},
         {"invert:rect=5:2:5:9", "invert: rect = 5:2:5:9: is empty; right and bottom must lie beyond left and top"},
         {"dark", "dark: file must be given: the name of a file"},
+        {"divide:value=0", "divide: value = 0: must not be 0"},
+        {"curve:points=0:0/1", "curve: points = 0:0/1: must be x:y/x:y/..., points from 0:0 to 1:1"},
+        {"curve:points=0:0", "curve: points = 0:0: a curve has two points or more"},
+        {"curve:green=0:0/0:1", "curve: green = 0:0/0:1: x must rise from point to point"},
+        {"curve:red=0:0/1:nan", "curve: red = 0:0/1:nan: points must lie within 0 and 1"},
+        {"curve:points=0:0/1:1,file=x", "curve: points and file both give the curve; one must go"},
+        {"median:shape=3", "median: shape = 3: must be cross, square3, square5, 0, 1 or 2"},
+        {"resize", "resize: give factor, or width, or height, or both of these"},
+        {"resize:width=10,factor=2", "resize: give factor, or width, or height, or both of these"},
+        {"rank:rank=9", "rank: rank = 9: must be 0 to 8 for a shape of 9 samples"},
+        {"star-sharpen:shape=cross,rank=4.5", "star-sharpen: rank = 4.5: must be 0 to 4 for a shape of 5 samples"},
+        {"hot-pixels:hot=no,cool=no", "hot-pixels: hot = no, cool = no: one of them must be yes, or no pixel would "
+                                      "change"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(ErrorOf([&] { ParseStep(c.text); }), c.error) << c.text;
@@ -73,13 +87,25 @@ TEST(Step, WritesItselfSoThatItCanBeReadAgain)
         {"levels:max=1e20,min=-1e-7", "levels:min=-1e-07,max=1e+20"},
         {"auto-levels:per-plane=on,high=2,low=0.1", "auto-levels:low=0.1,high=2,per-plane=yes"},
         {"dark:file=a,,b:c=d.fits", "dark:file=a,,b:c=d.fits"},
+        {"curves:red=0:1/1:0,points=+0.0:.25/1:1e-3", "curve:points=0:0.25/1:0.001,red=0:1/1:0"},
     };
     for (const auto& c : cases) {
         const std::string canonical = ToText(ParseStep(c.text));
         EXPECT_EQ(canonical, c.canonical);
         EXPECT_EQ(ToText(ParseStep(canonical)), canonical);
     }
-    EXPECT_EQ(InputFiles(ParseStep("dark:file=a,,b:c=d.fits")), std::vector<std::string>{"a,b:c=d.fits"});
+}
+
+TEST(Step, OpensItsFilesBeforeItWorks)
+{
+    for (const char* const step : {"dark:file=a,,b:c=d.fits", "curve:file=a,,b:c=d.fits"}) {
+        try {
+            CheckFiles(ParseStep(step));
+            ADD_FAILURE() << step;
+        } catch (const io::Error& error) {
+            EXPECT_EQ(error.Path(), "a,b:c=d.fits");
+        }
+    }
 }
 
 // Another user's settings may differ: the text of a step holds those that it ran with.

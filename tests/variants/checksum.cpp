@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr CRect* whole = nullptr;
+
 std::uint64_t Mix(std::uint64_t hash, std::uint64_t value)
 {
     hash = (hash ^ value) * 0x9E3779B97F4A7C15U;
@@ -68,6 +70,15 @@ void PrintDib(const char* name, const CStlImage& image, int bitCount)
     GlobalFree(dib);
 }
 
+/// Prints what an operation makes of an image.
+template <class Operation, class Result, class... Parameters, class... Arguments>
+void PrintOf(const char* name, CStlImage& image, Result (Operation::*member)(Parameters...), Arguments... arguments)
+{
+    Operation operation(image);
+    (operation.*member)(arguments...);
+    Print(name, operation);
+}
+
 void Measurements(CStlImage image)
 {
     std::vector<int> counts(5000);
@@ -119,6 +130,25 @@ void Composites(int planes)
     }
 }
 
+void Pairs(CStlImage first, CStlImage second)
+{
+    second.SetDefaultCenter();
+    first.CalcMinMax();
+    second.CalcMinMax();
+    for (const int display : {0, 1}) {
+        for (int mode = 0; mode < 10; ++mode) {
+            CImgComposit composite(first); // its Do has two forms
+            composite.Do(&first, &second, 3.3, -2.6, 0.7, mode, 0.4, display, 1, 0.8, 2, whole, 0, -1);
+            Print("composite", composite);
+        }
+        for (int mode = 0; mode < 5; ++mode) {
+            float key[] = {5000.0F, 6000.0F, 7000.0F};
+            PrintOf("mosaic", first, &CImgMosic::Do, &first, 5, -7, &second, 40.3, 20.6, 3.1, mode, key, nullptr,
+                    display, 0, whole, 0);
+        }
+    }
+}
+
 void Matching(CStlImage image)
 {
     CStlImage patch(-32, 31, 29, image.GetPlanes(), 1.0, 0.0, 1);
@@ -131,16 +161,72 @@ void Matching(CStlImage image)
     Print("matching", HashOf(found.data(), found.size()));
 }
 
+void Tones(CStlImage image)
+{
+    PrintOf("brightness", image, &CImgBright::Do, 20.0, 64.0, 128.0, &image, whole, 0);
+    PrintOf("colour balance", image, &CImgColorBalance::Do, 12.5, -3.0, 40.0, &image, whole, 0);
+    PrintOf("tone reduction", image, &CImgReduceTone::Do, 12, &image, whole, 0);
+    std::vector<float> curve;
+    for (int i = 0; i < 1001; ++i) {
+        curve.push_back(static_cast<float>(i * i) * 1e-6F);
+    }
+    const float* curves[] = {curve.data(), curve.data(), curve.data(), curve.data()};
+    PrintOf("tone curve", image, &CImgToneCurve::Do, curves, 1001, &image, whole, 0);
+    CStlImage colour(image);
+    colour.ToColor(&image, 0);
+    for (const int kind : {0, 1, 2, 3, 4}) {
+        PrintOf("calculation", image, &CImgCalculation::Do, 1003.7, kind, 1, &image, whole, 0);
+        PrintOf("false colour", colour, &CImgFalseColor::Do, 2000.0, 40000.0, kind, 2, &image, whole, 0);
+    }
+}
+
+void Filters(CStlImage image)
+{
+    using Filter = CImgFilter;
+    CStlImage* const source = &image;
+    for (const int type : {0, 1, 2}) {
+        PrintOf("mean", image, &Filter::MeanFilter, type, 0.7, source, whole, 0);
+        PrintOf("mean without edge", image, &Filter::MeanWithoutEdgeFilter, type, 0.7, source, whole, 0);
+        PrintOf("median", image, &Filter::MedianFilter, type, source, whole, 0);
+        PrintOf("rank", image, &Filter::MinMaxFilter, type, 3, source, whole, 0);
+        PrintOf("star sharpening", image, &Filter::StarSharpFilter, type, 2.3, 0.1, 0, source, whole, 0);
+        PrintOf("sharpen", image, &Filter::SharpFilter, type, 0.9, source, whole, 0);
+        PrintOf("sharpen edges", image, &Filter::SharpEdgeFilter, type, 1.7, source, whole, 0);
+        PrintOf("laplacian", image, &Filter::LaplacianFilter, type, source, whole, 0);
+        PrintOf("unsharp mask", image, &Filter::UnSharpMask, 1.3, type, 0.7, 0.1, source, whole, 0);
+        PrintOf("background", image, &Filter::BkgSmooth, 30000.0, type, 0.8, source, whole, 0);
+        PrintOf("hot pixels", image, &Filter::NoiseCut, type, 0.3, 1, 1, source, whole, 0);
+    }
+    for (const double sigma : {0.7, 2.0, 5.0}) {
+        PrintOf("gaussian", image, &Filter::GaussianFilter, sigma, source, whole, 0);
+    }
+    int selector = 3;
+    PrintOf("development", image, &Filter::DigitalDvlp, 9000.0, 0.9, source, &selector, whole, 0);
+    PrintOf("posterize", image, &Filter::AAPosterizationFilter, 11, source, whole, 0);
+    PrintOf("contour", image, &Filter::ContourFilter, 11, 1, source, whole, 0);
+}
+
+void Geometry(CStlImage image)
+{
+    double background[] = {1.0, 2.0, 3.0};
+    float shown[] = {0.0F, 99.9F, 255.0F};
+    PrintOf("flip", image, &CImgFlip::Do, 1, &image, 0);
+    PrintOf("turn", image, &CImgRotate::Do, 33.3, background, &image, 1, 0);
+    PrintOf("quarter turn", image, &CImgRotate::Do90, 0, &image, 0);
+    PrintOf("resolution", image, &CImgResolution::Do, &image, 611, 150, 0);
+    PrintOf("binning", image, &CImgSoftBinning::Do, 3, 2, 1, 1, &image, 0);
+    PrintOf("canvas", image, &CImgResize::Do, 600, 150, 5, shown, &image, 0);
+    PrintOf("scroll", image, &CImgScroll::Do, -70, 33, &image, 0);
+    PrintOf("expansion", image, &CImgExpansion::Do, 3, 2, &image, 0);
+}
+
 void AllOf(int planes)
 {
     std::printf("%d plane(s)\n", planes);
     CStlImage image = Noise(planes, 7);
-    CImgInvert inverted(image);
-    inverted.Do(&image, nullptr, 0);
-    Print("invert", inverted);
-    CImgAutoLevel levels(image);
-    levels.Do(0.2, 1.0, 1, nullptr);
-    Print("automatic levels", levels);
+    PrintOf("invert", image, &CImgInvert::Do, &image, whole, 0);
+    Tones(image);
+    PrintOf("automatic levels", image, &CImgAutoLevel::Do, 0.2, 1.0, 1, whole);
     CStlImage changed(image);
     planes == 1 ? changed.ToColor(&image, 0) : changed.ToGray(&image, 0);
     Print("planes", changed);
@@ -149,7 +235,10 @@ void AllOf(int planes)
     Measurements(image);
     Calibration(image, Noise(1, 9));
     Composites(planes);
+    Pairs(image, Noise(4 - planes, 8));
     Matching(image);
+    Geometry(image);
+    Filters(image);
 }
 
 } // namespace

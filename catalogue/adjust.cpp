@@ -1,0 +1,338 @@
+// Brightness, arithmetic, colour balance, curves, grey steps and false colours.
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "catalogue/display_levels.h"
+#include "catalogue/error.h"
+#include "catalogue/operations.h"
+#include "catalogue/points.h"
+#include "corvane/platform/memory_exception.h"
+#include "corvane/tone/bright.h"
+#include "corvane/tone/calculation.h"
+#include "corvane/tone/color_balance.h"
+#include "corvane/tone/false_color.h"
+#include "corvane/tone/reduce_tone.h"
+#include "corvane/tone/tone_curve.h"
+
+namespace corvane::catalogue {
+namespace {
+
+constexpr const char* kDisplayUnits = "display units, black 0 and white 255";
+constexpr const char* kGivenLevels =
+    " The display levels stay; a frame that comes without them gets such as suit its sky first.";
+
+void GiveSkyLevels(CStlImage& image)
+{
+    GiveLevels(image, 1.0, 12.0);
+}
+
+void RunBrightness(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    GiveSkyLevels(frame.image);
+    CImgBright result(frame.image);
+    result.Do(arguments.Number("brightness"), arguments.Number("contrast"), arguments.Number("centre"), &frame.image,
+              arguments.Rectangle("rect"), context.showProgress);
+    frame.image.Swap(&result);
+}
+
+Operation Brightness()
+{
+    return {.name = "brightness",
+            .summary = "change brightness and contrast",
+            .help = std::string("A display value s becomes s + (s - centre) * contrast / 256 + brightness. Nothing is "
+                                "cut off. A colour image is changed by the levels of its red plane.") +
+                    kGivenLevels,
+            .parameters = {{.name = "brightness",
+                            .summary = "added to every sample",
+                            .unit = kDisplayUnits,
+                            .min = -255.0,
+                            .max = 255.0,
+                            .defaultValue = 20.0},
+                           {.name = "contrast",
+                            .summary = "256 doubles the distance from the centre, -128 halves it",
+                            .unit = "1/256",
+                            .min = -256.0,
+                            .max = 2560.0,
+                            .defaultValue = 64.0},
+                           {.name = "centre",
+                            .summary = "what contrast leaves alone",
+                            .unit = kDisplayUnits,
+                            .min = 0.0,
+                            .max = 255.0,
+                            .defaultValue = 64.0,
+                            .aliases = {"center"}},
+                           RectangleParameter()},
+            .aliases = {"contrast"},
+            .run = RunBrightness};
+}
+
+/// The modes of `CImgCalculation::Do`.
+enum Mode { kAdd = 0, kSubtract = 1, kMultiply = 2, kDivide = 3 };
+
+template <Mode kMode>
+void RunCalculation(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    const bool clip = arguments.Has("clip-negative") && arguments.Flag("clip-negative");
+    CImgCalculation result(frame.image);
+    result.Do(arguments.Number("value"), kMode, clip, &frame.image, arguments.Rectangle("rect"), context.showProgress);
+    frame.image.Swap(&result);
+}
+
+Parameter ValueParameter(const char* summary, const char* unit)
+{
+    return {.name = "value", .summary = summary, .unit = unit};
+}
+
+constexpr const char* kBlanksStay = "Blank samples stay blank. The display levels stay.";
+
+void CheckDivisor(const Arguments& arguments)
+{
+    if (arguments.Number("value") == 0.0) {
+        throw Error("value = 0: must not be 0");
+    }
+}
+
+std::vector<Operation> Arithmetic()
+{
+    return {{.name = "add",
+             .summary = "add a number to every sample",
+             .help = kBlanksStay,
+             .parameters = {ValueParameter("what to add", "counts"), RectangleParameter()},
+             .run = RunCalculation<kAdd>},
+            {.name = "subtract",
+             .summary = "take a number off every sample",
+             .help = kBlanksStay,
+             .parameters = {ValueParameter("what to take off", "counts"),
+                            {.name = "clip-negative",
+                             .kind = Kind::Flag,
+                             .summary = "make 0 of what falls below 0",
+                             .defaultValue = false},
+                            RectangleParameter()},
+             .run = RunCalculation<kSubtract>},
+            {.name = "multiply",
+             .summary = "multiply every sample by a number",
+             .help = kBlanksStay,
+             .parameters = {ValueParameter("the factor", ""), RectangleParameter()},
+             .run = RunCalculation<kMultiply>},
+            {.name = "divide",
+             .summary = "divide every sample by a number",
+             .help = kBlanksStay,
+             .parameters = {ValueParameter("the divisor; not 0", ""), RectangleParameter()},
+             .check = CheckDivisor,
+             .run = RunCalculation<kDivide>}};
+}
+
+void RunBalance(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    GiveSkyLevels(frame.image);
+    CImgColorBalance result(frame.image);
+    result.Do(arguments.Number("red"), arguments.Number("green"), arguments.Number("blue"), &frame.image,
+              arguments.Rectangle("rect"), context.showProgress);
+    frame.image.Swap(&result);
+}
+
+Parameter OffsetParameter(const char* plane)
+{
+    return {.name = plane,
+            .summary = std::string("added to the ") + plane + " plane",
+            .unit = kDisplayUnits,
+            .min = -255.0,
+            .max = 255.0,
+            .defaultValue = 0.0};
+}
+
+Operation Balance()
+{
+    return {
+        .name = "balance",
+        .summary = "brighten or darken each colour",
+        .help = std::string("All planes go by the levels of the red one, so that the same number is the same step "
+                            "in each. Nothing is cut off. An image of one plane takes red alone.") +
+                kGivenLevels,
+        .parameters = {OffsetParameter("red"), OffsetParameter("green"), OffsetParameter("blue"), RectangleParameter()},
+        .aliases = {"color-balance", "colour-balance"},
+        .run = RunBalance};
+}
+
+constexpr const char* kChannels[] = {"red", "green", "blue"};
+const Points kStraight{{0.0, 0.0}, {1.0, 1.0}};
+const Points kLift{{0.0, 0.0}, {0.25, 0.5}, {0.6, 0.85}, {1.0, 1.0}};
+
+bool HasChannel(const Arguments& arguments)
+{
+    return std::any_of(std::begin(kChannels), std::end(kChannels),
+                       [&](const char* channel) { return arguments.Has(channel); });
+}
+
+Points MasterPoints(const Arguments& arguments)
+{
+    if (arguments.Has("file")) {
+        return ReadPoints(arguments.Text("file"));
+    }
+    return arguments.Has("points") ? arguments.Curve("points") : HasChannel(arguments) ? kStraight : kLift;
+}
+
+void CheckCurve(const Arguments& arguments)
+{
+    if (arguments.Has("points") && arguments.Has("file")) {
+        throw Error("points and file both give the curve; one must go");
+    }
+}
+
+void RunCurve(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    if (HasChannel(arguments) && !frame.image.IsColor()) {
+        throw Error("red, green and blue take a colour image of 3 planes; this one has 1");
+    }
+    const int entries = arguments.Whole("entries");
+    std::vector<std::vector<float>> tables{Tabulate(MasterPoints(arguments), entries)};
+    for (const char* const channel : kChannels) {
+        tables.push_back(Tabulate(arguments.Has(channel) ? arguments.Curve(channel) : kStraight, entries));
+    }
+    const float* const curves[] = {tables[0].data(), tables[1].data(), tables[2].data(), tables[3].data()};
+    GiveSkyLevels(frame.image);
+    CImgToneCurve result(frame.image);
+    result.Do(curves, entries, &frame.image, arguments.Rectangle("rect"), context.showProgress);
+    frame.image.Swap(&result);
+}
+
+Parameter ChannelParameter(const char* channel)
+{
+    return {.name = channel,
+            .kind = Kind::Curve,
+            .summary = std::string("curve of the ") + channel + " plane of a colour image, before the master curve",
+            .whenAbsent = "a straight line"};
+}
+
+Operation ToneCurve()
+{
+    return {.name = "curve",
+            .summary = "bend brightness by a curve through points",
+            .help = std::string("In points and files black is 0 and white is 1. The curve is smooth, does not swing "
+                                "beyond its points, and is level before the first and behind the last. Samples above "
+                                "white go on along the curve where it rises there, and stop otherwise; samples below "
+                                "black become black unless the curve falls there.") +
+                    kGivenLevels,
+            .parameters = {{.name = "points",
+                            .kind = Kind::Curve,
+                            .summary = "the master curve",
+                            .whenAbsent = ToText(Value(kLift)) + ", or a straight line with red, green or blue"},
+                           {.name = "file",
+                            .kind = Kind::CurveFile,
+                            .summary = "text with the master curve: x and y on each line, or y alone at equal steps",
+                            .whenAbsent = "points"},
+                           ChannelParameter("red"),
+                           ChannelParameter("green"),
+                           ChannelParameter("blue"),
+                           {.name = "entries",
+                            .kind = Kind::Whole,
+                            .summary = "brightness steps that the curve is cut into",
+                            .min = 2.0,
+                            .max = 65536.0,
+                            .defaultValue = 16384},
+                           RectangleParameter()},
+            .aliases = {"curves", "tone-curve"},
+            .check = CheckCurve,
+            .run = RunCurve};
+}
+
+void RunReduceTone(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    GiveSkyLevels(frame.image);
+    CImgReduceTone result(frame.image);
+    result.Do(arguments.Whole("levels"), &frame.image, arguments.Rectangle("rect"), context.showProgress);
+    frame.image.Swap(&result);
+}
+
+Operation ReduceTone()
+{
+    return {.name = "reduce-tone",
+            .summary = "leave a few grey steps of each plane",
+            .help = std::string("Steps lie at black and evenly above it; none is white. What is blacker than black "
+                                "becomes black, what is whiter than white the top step.") +
+                    kGivenLevels,
+            .parameters = {{.name = "levels",
+                            .kind = Kind::Whole,
+                            .summary = "number of steps; 1 makes all black",
+                            .min = 1.0,
+                            .max = 256.0,
+                            .defaultValue = 8},
+                           RectangleParameter()},
+            .run = RunReduceTone};
+}
+
+/// The maps of `CImgFalseColor`, by name and by number.
+const std::vector<std::string> kMaps{"rainbow", "spectrum", "ice", "heat", "0", "1", "2", "3"};
+
+int MapNumber(const std::string& map)
+{
+    return static_cast<int>(std::find(kMaps.begin(), kMaps.end(), map) - kMaps.begin()) % 4;
+}
+
+void RunFalseColor(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    GiveSkyLevels(frame.image);
+    const double low = arguments.Has("low") ? arguments.Number("low") : frame.image.GetLevelMin(0);
+    const double high = arguments.Has("high") ? arguments.Number("high") : frame.image.GetLevelMax(0);
+    if (low == high) {
+        throw Error("low = " + ToText(Value(low)) + ", high = " + ToText(Value(high)) + ": they must differ");
+    }
+    CImgFalseColor result(frame.image);
+    if (result.ToColor() == 0) {
+        AfxThrowMemoryException();
+    }
+    result.Do(low, high, MapNumber(arguments.Text("map")), arguments.Whole("cycles"), &frame.image,
+              arguments.Rectangle("rect"), context.showProgress);
+    frame.image.Swap(&result);
+}
+
+Operation FalseColor()
+{
+    return {.name = "false-color",
+            .summary = "show brightness as colours",
+            .help =
+                std::string("Maps: rainbow (blue, green, red), spectrum (the same from black to white, with jumps), "
+                            "ice (black, blue, white), heat (black, red, yellow, white). The result has three "
+                            "planes; outside of the rectangle they are grey. High below low turns the map over. Of "
+                            "a colour image make one plane with to-grey first.") +
+                kGivenLevels,
+            .planes = Planes::Mono,
+            .parameters = {{.name = "low",
+                            .summary = "the sample where the map begins",
+                            .unit = "counts",
+                            .whenAbsent = "what shows black"},
+                           {.name = "high",
+                            .summary = "the sample where the map ends",
+                            .unit = "counts",
+                            .whenAbsent = "what shows white"},
+                           {.name = "map",
+                            .kind = Kind::Choice,
+                            .summary = "the colours, by name or number",
+                            .choices = kMaps,
+                            .defaultValue = kMaps.front()},
+                           {.name = "cycles",
+                            .kind = Kind::Whole,
+                            .summary = "how many times the map runs from low to high",
+                            .min = 1.0,
+                            .max = 256.0,
+                            .defaultValue = 1},
+                           RectangleParameter()},
+            .aliases = {"false-colour"},
+            .run = RunFalseColor};
+}
+
+} // namespace
+
+std::vector<Operation> AdjustOperations()
+{
+    std::vector<Operation> operations{Brightness(), Balance(), ToneCurve(), ReduceTone(), FalseColor()};
+    std::vector<Operation> arithmetic = Arithmetic();
+    std::move(arithmetic.begin(), arithmetic.end(), std::back_inserter(operations));
+    return operations;
+}
+
+} // namespace corvane::catalogue

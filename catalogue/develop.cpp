@@ -1,0 +1,209 @@
+// Development and background filters.
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "catalogue/display_levels.h"
+#include "catalogue/error.h"
+#include "catalogue/operations.h"
+#include "catalogue/shape.h"
+#include "corvane/filter/filter.h"
+
+namespace corvane::catalogue {
+namespace {
+
+// Brings bright areas towards white: what lies far above the offset tends to mean + offset, each counted from black.
+double OffsetForWhite(const CStlImage& image)
+{
+    const double white = image.GetLevelMax(0) - image.GetAvrGray(0);
+    return std::max(white, image.GetLevelMin(0) + 0.5 * image.GetLevelRange(0));
+}
+
+double DevelopmentOffset(const CStlImage& image, const Arguments& arguments)
+{
+    if (!arguments.Has("offset")) {
+        return OffsetForWhite(image);
+    }
+    const double offset = arguments.Number("offset");
+    if (offset <= image.GetLevelMin(0)) {
+        throw Error("offset = " + ToText(Value(offset)) + ": must be above the level min of the image, " +
+                    ToText(Value(image.GetLevelMin(0))));
+    }
+    return offset;
+}
+
+int PlaneSelector(const CStlImage& image, const std::string& plane)
+{
+    const int selector = plane == "red" ? 0 : (plane == "green" ? 1 : (plane == "blue" ? 2 : 3));
+    return image.GetPlanes() < 3 ? 0 : selector;
+}
+
+void RunDevelopment(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    if (!std::isfinite(frame.image.GetAvrGrayRaw(0))) {
+        throw Error("the first plane has samples that are not finite; clip makes them so");
+    }
+    GiveLevels(frame.image, 1.0, 6.0); // bright areas are held back, so white may be near
+    const double offset = DevelopmentOffset(frame.image, arguments);
+    int selector = PlaneSelector(frame.image, arguments.Text("plane"));
+    CImgFilter result(frame.image);
+    result.DigitalDvlp(offset, arguments.Number("weight"), &frame.image, &selector, arguments.Rectangle("rect"),
+                       context.showProgress);
+    frame.image.Swap(&result);
+}
+
+void RunSmoothBackground(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    constexpr double kSkySigma = 3.0;
+    GiveLevels(frame.image, 2.0, 18.0); // smoothing fades over one deviation
+    const Sky sky = MeasureSky(frame.image);
+    const double level = arguments.Has("level") ? arguments.Number("level") : sky.mean + kSkySigma * sky.sigma;
+    CImgFilter result(frame.image);
+    result.BkgSmooth(level, Shape(arguments), arguments.Number("weight"), &frame.image, arguments.Rectangle("rect"),
+                     context.showProgress);
+    frame.image.Swap(&result);
+}
+
+void RunPosterize(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    GiveLevels(frame.image, 1.0, 12.0); // steps that are wider than the noise
+    CImgFilter result(frame.image);
+    result.AAPosterizationFilter(arguments.Whole("steps"), &frame.image, arguments.Rectangle("rect"),
+                                 context.showProgress);
+    frame.image.Swap(&result);
+}
+
+void CheckHotPixels(const Arguments& arguments)
+{
+    if (!arguments.Flag("hot") && !arguments.Flag("cool")) {
+        throw Error("hot = no, cool = no: one of them must be yes, or no pixel would change");
+    }
+}
+
+void RunHotPixels(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    CImgFilter result(frame.image);
+    result.NoiseCut(Shape(arguments), arguments.Number("threshold"), arguments.Flag("cool"), arguments.Flag("hot"),
+                    &frame.image, arguments.Rectangle("rect"), context.showProgress);
+    frame.image.Swap(&result);
+}
+
+void RunContour(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    GiveLevels(frame.image, 0.0, 27.0); // the first of the usual lines lies above the noise
+    CImgFilter result(frame.image);
+    result.ContourFilter(arguments.Whole("levels"), arguments.Flag("overlay"), &frame.image,
+                         arguments.Rectangle("rect"), context.showProgress);
+    frame.image.Swap(&result);
+}
+
+Operation Development()
+{
+    return {.name = "ddp",
+            .summary = "digital development: show bright cores and faint detail together",
+            .help = "Divides each sample by a blurred one plus the offset, both counted from black, as film saturates "
+                    "where it is bright. A flat area as bright as the mean stays; what is at or below black stays too. "
+                    "A frame that comes without display levels gets such as suit its sky first. The result is made for "
+                    "the levels that it has: render it with --levels file.",
+            .parameters = {{.name = "offset",
+                            .summary = "the smaller, the more bright areas are held back; above black",
+                            .unit = "counts",
+                            .whenAbsent = "what makes bright areas tend to white"},
+                           WeightParameter(),
+                           {.name = "plane",
+                            .kind = Kind::Choice,
+                            .summary = "which plane of a colour image is blurred to divide all; colours stay",
+                            .choices = {"red", "green", "blue", "all"},
+                            .defaultValue = std::string("all")},
+                           RectangleParameter()},
+            .aliases = {"digital-development"},
+            .run = RunDevelopment};
+}
+
+Operation SmoothBackground()
+{
+    return {.name = "smooth-background",
+            .summary = "smooth the sky and keep what is brighter",
+            .help =
+                "Samples up to the level become the weighted mean of their neighbourhood. Smoothing fades out below "
+                "the level, over a twentieth of the range of the display levels. A colour image is judged by its "
+                "brightness. A frame that comes without display levels gets such as suit its sky first.",
+            .parameters = {{.name = "level",
+                            .summary = "the sample up to which is smoothed",
+                            .unit = "counts",
+                            .whenAbsent = "3 standard deviations above the sky"},
+                           ShapeParameter("square5"),
+                           WeightParameter(),
+                           RectangleParameter()},
+            .run = RunSmoothBackground};
+}
+
+Operation Posterize()
+{
+    return {.name = "posterize",
+            .summary = "cut brightness into a few steps with smooth edges",
+            .help = "Between black and white of the display levels; colours become grey. A frame that comes without "
+                    "display levels gets such as suit its sky first. Noise makes edges rough: smooth it before.",
+            .parameters = {{.name = "steps",
+                            .kind = Kind::Whole,
+                            .summary = "number of steps above black",
+                            .min = 1.0,
+                            .max = 65535.0,
+                            .defaultValue = 8},
+                           RectangleParameter()},
+            .aliases = {"posterise"},
+            .run = RunPosterize};
+}
+
+Operation HotPixels()
+{
+    return {
+        .name = "hot-pixels",
+        .summary = "replace single pixels that stand out by the median about them",
+        .help = "A sample c is replaced by the median m of its neighbourhood where |m / c - 1| is above the "
+                "threshold. The bias counts too: a frame that it was subtracted from needs a higher threshold. Sharp "
+                "stars are in danger below 0.4.",
+        .parameters =
+            {ShapeParameter("square3"),
+             {.name = "threshold",
+              .summary = "contrast above which a pixel is replaced; 0.5: twice the median or more",
+              .min = 0.0,
+              .max = 1000.0,
+              .defaultValue = 0.5},
+             {.name = "hot", .kind = Kind::Flag, .summary = "replace pixels above the median", .defaultValue = true},
+             {.name = "cool", .kind = Kind::Flag, .summary = "replace pixels below the median", .defaultValue = true},
+             RectangleParameter()},
+        .check = CheckHotPixels,
+        .run = RunHotPixels};
+}
+
+Operation Contour()
+{
+    return {.name = "contour",
+            .summary = "draw isophotes: lines of equal brightness",
+            .help = "At levels spaced evenly between black and white of the display levels. A frame that comes without "
+                    "display levels gets such as suit its sky first. Noise makes lines rough: smooth it before.",
+            .parameters = {{.name = "levels",
+                            .kind = Kind::Whole,
+                            .summary = "number of lines between black and white",
+                            .min = 1.0,
+                            .max = 65535.0,
+                            .defaultValue = 8},
+                           {.name = "overlay",
+                            .kind = Kind::Flag,
+                            .summary = "draw on the image; otherwise white on black",
+                            .defaultValue = true},
+                           RectangleParameter()},
+            .aliases = {"isophotes"},
+            .run = RunContour};
+}
+
+} // namespace
+
+std::vector<Operation> DevelopOperations()
+{
+    return {Development(), SmoothBackground(), Posterize(), HotPixels(), Contour()};
+}
+
+} // namespace corvane::catalogue

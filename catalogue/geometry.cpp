@@ -1,0 +1,510 @@
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "catalogue/error.h"
+#include "catalogue/filter_mosaic.h"
+#include "catalogue/operations.h"
+#include "catalogue/sky.h"
+#include "corvane/core/alignment.h"
+#include "corvane/geometry/crop.h"
+#include "corvane/geometry/expansion.h"
+#include "corvane/geometry/flip.h"
+#include "corvane/geometry/resize.h"
+#include "corvane/geometry/resolution.h"
+#include "corvane/geometry/rotate.h"
+#include "corvane/geometry/scroll.h"
+#include "corvane/geometry/soft_binning.h"
+#include "corvane/platform/memory_exception.h"
+#include "io/metadata.h"
+
+namespace corvane::catalogue {
+namespace {
+
+constexpr int kMostPixels = 1000000;           // of a side
+constexpr double kMostBytes = 1099511627776.0; // of an image: 1 TiB
+
+constexpr const char* kCarriesMosaic = " Cards that describe a colour filter mosaic follow.";
+constexpr const char* kDropsMosaic = " Samples of a colour filter mosaic are mixed: the cards that describe it are "
+                                     "taken away.";
+constexpr const char* kFirstRow =
+    " Screens show the first row where ROWORDER says, at the bottom when it says nothing.";
+constexpr const char* kCarriesSky = " World coordinates follow.";
+constexpr const char* kTurnsSky =
+    " World coordinates follow; CImgRotate alone always turns them by +90 or 180 degrees, "
+    "without what a picture that is not square needs.";
+
+std::string SizeText(double width, double height)
+{
+    return std::to_string(static_cast<long long>(width)) + " x " + std::to_string(static_cast<long long>(height));
+}
+
+/// Refuses a size that no image can have, before any work.
+void CheckSize(const CStlImage& image, double width, double height)
+{
+    if (width < 1.0 || height < 1.0) {
+        throw Error("the result would be " + SizeText(width, height) + " pixels; at least 1 x 1 are needed");
+    }
+    const double bytes = width * height * image.GetPlanes() * sizeof(float);
+    if (width > kMostPixels || height > kMostPixels || bytes > kMostBytes) {
+        throw Error("the result would be " + SizeText(width, height) + " pixels; at most " +
+                    std::to_string(kMostPixels) + " either way and 1 TiB in all are allowed");
+    }
+}
+
+void RequireDone(int done)
+{
+    if (done == 0) {
+        AfxThrowMemoryException();
+    }
+}
+
+/// Makes the result, whose pixels moved by the map, the frame's image. The members carry coordinates along in ways of
+/// their own; here they are set anew.
+void Finish(io::Frame& frame, CStlImage& result, const PixelMap& map)
+{
+    CarryCoordinates(map, frame, result);
+    frame.image.Swap(&result);
+}
+
+/// The same for samples that were only moved.
+void FinishMove(io::Frame& frame, CStlImage& result, const PixelMap& map)
+{
+    CarryMosaic(map, frame.header);
+    Finish(frame, result, map);
+}
+
+/// The same for samples that are new ones.
+void FinishResampling(io::Frame& frame, CStlImage& result, const PixelMap& map)
+{
+    DropMosaic(frame.header);
+    Finish(frame, result, map);
+}
+
+void RunFlip(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    const bool isHorizontal = arguments.Text("direction") == "horizontal";
+    CImgFlip result(frame.image);
+    result.Do(isHorizontal ? 1 : 0, &frame.image, context.showProgress);
+    const PixelMap map = isHorizontal ? PixelMap{{-1.0, 0.0, 0.0, 1.0}, result.GetWidth() - 1.0, 0.0}
+                                      : PixelMap{{1.0, 0.0, 0.0, -1.0}, 0.0, result.GetHeight() - 1.0};
+    FinishMove(frame, result, map);
+}
+
+/// Where the turn takes the pixels: the way back from what it samples.
+PixelMap MapOf(const Alignment& turn)
+{
+    const double x = turn.centreX;
+    const double y = turn.centreY;
+    return {{turn.cosine, -turn.sine, turn.sine, turn.cosine},
+            x + turn.dx - turn.cosine * x + turn.sine * y,
+            y + turn.dy - turn.sine * x - turn.cosine * y};
+}
+
+/// The degrees by which rows in their order in memory are to be turned, so that the picture on the screen turns
+/// clockwise.
+double TurnInMemory(const io::Header& header, double clockwise)
+{
+    return io::IsBottomUp(header) ? -clockwise : clockwise;
+}
+
+/// Refuses a canvas that no image can have; it is measured a little large.
+void CheckExpanded(const CStlImage& image, const Alignment& turn)
+{
+    const double sine = std::fabs(turn.sine);
+    const double cosine = std::fabs(turn.cosine);
+    CheckSize(image, std::ceil(image.GetWidth() * cosine + image.GetHeight() * sine) + 2.0,
+              std::ceil(image.GetWidth() * sine + image.GetHeight() * cosine) + 2.0);
+}
+
+std::vector<double> Background(const Arguments& arguments, const CStlImage& image)
+{
+    std::vector<double> background;
+    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+        background.push_back(arguments.Has("background") ? arguments.Number("background") : image.GetLevelMin(plane));
+    }
+    return background;
+}
+
+void RunRotate(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    CStlImage& image = frame.image;
+    const double angle = TurnInMemory(frame.header, arguments.Number("angle"));
+    if (angle == 0.0) {
+        return;
+    }
+    const bool isExpanded = arguments.Flag("expand");
+    Alignment turn = Alignment::Turned(0.0, 0.0, angle, CfPoint(image.GetWidth() / 2, image.GetHeight() / 2));
+    if (isExpanded) {
+        CheckExpanded(image, turn);
+    }
+    std::vector<double> background = Background(arguments, image);
+    CImgRotate result(image);
+    RequireDone(result.Do(angle, background.data(), &image, isExpanded, context.showProgress));
+    turn.dx = (result.GetWidth() - image.GetWidth()) * 0.5;
+    turn.dy = (result.GetHeight() - image.GetHeight()) * 0.5;
+    FinishResampling(frame, result, MapOf(turn));
+}
+
+void RunRotate90(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    const bool isClockwise = arguments.Text("direction") == "clockwise";
+    const bool isClockwiseInMemory = isClockwise != io::IsBottomUp(frame.header);
+    CImgRotate result(frame.image);
+    RequireDone(result.Do90(isClockwiseInMemory ? 1 : 0, &frame.image, context.showProgress));
+    const PixelMap map = isClockwiseInMemory ? PixelMap{{0.0, -1.0, 1.0, 0.0}, result.GetWidth() - 1.0, 0.0}
+                                             : PixelMap{{0.0, 1.0, -1.0, 0.0}, 0.0, result.GetHeight() - 1.0};
+    FinishMove(frame, result, map);
+}
+
+void RunRotate180(io::Frame& frame, Arguments&, const Context& context)
+{
+    CImgRotate result(frame.image);
+    result.Do180(&frame.image, context.showProgress);
+    FinishMove(frame, result, {{-1.0, 0.0, 0.0, -1.0}, result.GetWidth() - 1.0, result.GetHeight() - 1.0});
+}
+
+void CheckResize(const Arguments& arguments)
+{
+    const bool hasSide = arguments.Has("width") || arguments.Has("height");
+    if (hasSide == arguments.Has("factor")) {
+        throw Error("give factor, or width, or height, or both of these");
+    }
+}
+
+/// A side that was given, or else the one in proportion.
+double Side(const Arguments& arguments, const char* name, int side, const char* otherName, int otherSide)
+{
+    if (arguments.Has(name)) {
+        return arguments.Whole(name);
+    }
+    const double factor = arguments.Has("factor") ? arguments.Number("factor")
+                                                  : static_cast<double>(arguments.Whole(otherName)) / otherSide;
+    return std::floor(side * factor + 0.5);
+}
+
+void RunResize(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    CStlImage& image = frame.image;
+    const double width = Side(arguments, "width", image.GetWidth(), "height", image.GetHeight());
+    const double height = Side(arguments, "height", image.GetHeight(), "width", image.GetWidth());
+    CheckSize(image, width, height);
+    CImgResolution result(image);
+    const auto method = arguments.Text("method") == "cubic" ? &CImgResolution::ByCubic : &CImgResolution::ByLiner;
+    RequireDone((result.*method)(&image, static_cast<int>(width), static_cast<int>(height), context.showProgress));
+    FinishResampling(frame, result, {{width / image.GetWidth(), 0.0, 0.0, height / image.GetHeight()}, 0.0, 0.0});
+}
+
+/// Multiplies what the header says of one pixel.
+void ScaleCards(io::Header& header, std::initializer_list<const char*> names, double factor)
+{
+    for (const char* name : names) {
+        if (const auto value = header.Number(name)) {
+            header.Set(name, *value * factor);
+        }
+    }
+}
+
+void RunBin(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    CStlImage& image = frame.image;
+    const int x = arguments.Whole("x");
+    const int y = arguments.Has("y") ? arguments.Whole("y") : x;
+    const bool keepPartial = arguments.Flag("keep-partial");
+    if (!keepPartial && (x > image.GetWidth() || y > image.GetHeight())) {
+        throw Error("x = " + std::to_string(x) + ", y = " + std::to_string(y) + ": the image has only " +
+                    SizeText(image.GetWidth(), image.GetHeight()) + " pixels");
+    }
+    CImgSoftBinning result(image);
+    RequireDone(result.Do(x, y, keepPartial, arguments.Flag("scale-levels"), &image, context.showProgress));
+    ScaleCards(frame.header, {"XBINNING", "XPIXSZ"}, x);
+    ScaleCards(frame.header, {"YBINNING", "YPIXSZ"}, y);
+    // The new pixel lies in the middle of its block.
+    FinishResampling(frame, result, {{1.0 / x, 0.0, 0.0, 1.0 / y}, (1.0 - x) * 0.5 / x, (1.0 - y) * 0.5 / y});
+}
+
+const std::vector<std::string>& Anchors()
+{
+    static const std::vector<std::string> anchors = {"top-left", "top",         "top-right", "left",        "centre",
+                                                     "right",    "bottom-left", "bottom",    "bottom-right"};
+    return anchors;
+}
+
+/// The code of an anchor among the rows in their order in memory.
+int AnchorInMemory(const io::Header& header, const std::string& anchor)
+{
+    const int code = static_cast<int>(std::find(Anchors().begin(), Anchors().end(), anchor) - Anchors().begin());
+    return io::IsBottomUp(header) ? (2 - code / 3) * 3 + code % 3 : code;
+}
+
+/// How far the first pixel of the picture moves along one side. `part` is 0 for the near end, 1 the middle, 2 the far.
+double Offset(int canvas, int picture, int part)
+{
+    return part == 0 ? 0 : part == 1 ? (canvas - picture) / 2 : canvas - picture;
+}
+
+void RunCanvas(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    CStlImage& image = frame.image;
+    const int width = arguments.Has("width") ? arguments.Whole("width") : image.GetWidth();
+    const int height = arguments.Has("height") ? arguments.Whole("height") : image.GetHeight();
+    CheckSize(image, width, height);
+    const int anchor = AnchorInMemory(frame.header, arguments.Text("anchor"));
+    std::vector<float> background(static_cast<std::size_t>(image.GetPlanes()),
+                                  static_cast<float>(arguments.Number("background")));
+    CImgResize result(image);
+    RequireDone(result.Do(width, height, anchor, background.data(), &image, context.showProgress));
+    FinishMove(
+        frame, result,
+        {.x0 = Offset(width, image.GetWidth(), anchor % 3), .y0 = Offset(height, image.GetHeight(), anchor / 3)});
+}
+
+void RunCrop(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    const CRect rect = *arguments.Rectangle("rect");
+    CImgCrop result(frame.image);
+    RequireDone(result.Do(rect, &frame.image, context.showProgress));
+    FinishMove(frame, result, {.x0 = -static_cast<double>(rect.left), .y0 = -static_cast<double>(rect.top)});
+}
+
+/// The shift of the larger part of a side.
+int NearestShift(int shift, int side)
+{
+    const int rest = (shift % side + side) % side;
+    return rest > side / 2 ? rest - side : rest;
+}
+
+void RunScroll(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    const int x = arguments.Whole("x");
+    const int y = arguments.Whole("y");
+    CImgScroll result(frame.image);
+    result.Do(x, y, &frame.image, context.showProgress);
+    const PixelMap map{.x0 = 1.0 * NearestShift(x, frame.image.GetWidth()),
+                       .y0 = 1.0 * NearestShift(y, frame.image.GetHeight())};
+    FinishMove(frame, result, map);
+}
+
+void RunExpand(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    CStlImage& image = frame.image;
+    const int x = arguments.Whole("x");
+    const int y = arguments.Has("y") ? arguments.Whole("y") : x;
+    CheckSize(image, static_cast<double>(x) * image.GetWidth(), static_cast<double>(y) * image.GetHeight());
+    CImgExpansion result(image);
+    RequireDone(result.Do(x, y, &image, context.showProgress));
+    FinishResampling(frame, result, {{1.0 * x, 0.0, 0.0, 1.0 * y}, (x - 1) * 0.5, (y - 1) * 0.5});
+}
+
+Parameter SideParameter(const char* name, const char* whenAbsent)
+{
+    return {.name = name,
+            .kind = Kind::Whole,
+            .summary = std::string("the new ") + name,
+            .unit = "pixels",
+            .min = 1.0,
+            .max = kMostPixels,
+            .whenAbsent = whenAbsent};
+}
+
+Parameter ColumnsParameter(const char* summary)
+{
+    return {.name = "x",
+            .kind = Kind::Whole,
+            .summary = summary,
+            .unit = "pixels",
+            .min = 1.0,
+            .max = 1000.0,
+            .defaultValue = 2};
+}
+
+Parameter RowsParameter(const char* summary)
+{
+    Parameter rows = ColumnsParameter(summary);
+    rows.name = std::string("y");
+    rows.defaultValue.reset();
+    rows.whenAbsent = "as many as columns";
+    return rows;
+}
+
+Parameter ShiftParameter(const char* name, const char* summary)
+{
+    return {.name = name,
+            .kind = Kind::Whole,
+            .summary = summary,
+            .unit = "pixels",
+            .min = -kMostPixels,
+            .max = kMostPixels,
+            .defaultValue = 0};
+}
+
+Operation Flip()
+{
+    return {.name = "flip",
+            .summary = "mirror the image",
+            .help = std::string("Samples do not change.") + kCarriesSky + kCarriesMosaic,
+            .parameters = {{.name = "direction",
+                            .kind = Kind::Choice,
+                            .summary = "horizontal exchanges left and right, vertical top and bottom",
+                            .choices = {"horizontal", "vertical"}}},
+            .run = RunFlip};
+}
+
+Operation Rotate()
+{
+    return {
+        .name = "rotate",
+        .summary = "turn the image by an angle",
+        .help = std::string("Bilinear between samples, about the middle of the image.") + kFirstRow +
+                " World coordinates follow to the half pixel, which CImgRotate alone leaves them off by." +
+                kDropsMosaic,
+        .parameters =
+            {{.name = "angle", .summary = "clockwise on the screen", .unit = "degrees", .min = -360.0, .max = 360.0},
+             {.name = "expand",
+              .kind = Kind::Flag,
+              .summary = "enlarge the canvas, so that no corner is cut off",
+              .defaultValue = false},
+             {.name = "background",
+              .summary = "the sample where the image leaves the canvas free",
+              .unit = "counts",
+              .whenAbsent = "the level min of each plane"}},
+        .run = RunRotate};
+}
+
+Operation Rotate90()
+{
+    return {.name = "rotate90",
+            .summary = "turn the image by a quarter",
+            .help = std::string("Samples do not change.") + kFirstRow + kTurnsSky + kCarriesMosaic,
+            .parameters = {{.name = "direction",
+                            .kind = Kind::Choice,
+                            .summary = "which way, on the screen",
+                            .choices = {"clockwise", "anticlockwise"},
+                            .defaultValue = std::string("clockwise")}},
+            .run = RunRotate90};
+}
+
+Operation Rotate180()
+{
+    return {.name = "rotate180",
+            .summary = "turn the image upside down",
+            .help = std::string("Samples do not change.") + kTurnsSky + kCarriesMosaic,
+            .run = RunRotate180};
+}
+
+Operation Resize()
+{
+    return {.name = "resize",
+            .summary = "enlarge or reduce the image",
+            .help = std::string("Interpolates between samples, with the first ones of old and new image in one place. "
+                                "Nothing is averaged: bin first to reduce an image by much.") +
+                    " Both methods give the same samples. World coordinates follow with both, to the half pixel, which "
+                    "CImgResolution "
+                    "alone does not see to." +
+                    kDropsMosaic,
+            .parameters = {SideParameter("width", "in proportion to the height"),
+                           SideParameter("height", "in proportion to the width"),
+                           {.name = "factor",
+                            .summary = "the new size in place of width and height",
+                            .unit = "times the old",
+                            .min = 1e-6,
+                            .max = 1000.0,
+                            .whenAbsent = "width and height"},
+                           {.name = "method",
+                            .kind = Kind::Choice,
+                            .summary = "how to interpolate",
+                            .choices = {"bilinear", "cubic"},
+                            .defaultValue = std::string("bilinear")}},
+            .check = CheckResize,
+            .run = RunResize};
+}
+
+Operation Bin()
+{
+    return {.name = "bin",
+            .summary = "add blocks of pixels up into one",
+            .help = std::string("The result is the sum of a block, not its mean.") +
+                    " World coordinates follow, which CImgSoftBinning alone leaves as they were. XBINNING, YBINNING, "
+                    "XPIXSZ and YPIXSZ are multiplied." +
+                    kDropsMosaic,
+            .parameters = {ColumnsParameter("columns that become one"),
+                           RowsParameter("rows that become one"),
+                           {.name = "keep-partial",
+                            .kind = Kind::Flag,
+                            .summary = "keep blocks that the right and last edge cut, as sums of what is there",
+                            .defaultValue = false},
+                           {.name = "scale-levels",
+                            .kind = Kind::Flag,
+                            .summary = "multiply the display levels, so that the image looks as before",
+                            .defaultValue = true}},
+            .run = RunBin};
+}
+
+Operation Canvas()
+{
+    return {.name = "canvas",
+            .summary = "cut the image or give it a border, without resampling",
+            .help =
+                std::string("The border has one brightness on the screen, counted by the levels of the first plane.") +
+                kFirstRow + " World coordinates follow, which CImgResize alone shifts the wrong way, or not." +
+                kCarriesMosaic,
+            .parameters = {SideParameter("width", "the width stays"),
+                           SideParameter("height", "the height stays"),
+                           {.name = "anchor",
+                            .kind = Kind::Choice,
+                            .summary = "where the picture lies on the canvas, as the screen shows it",
+                            .choices = Anchors(),
+                            .defaultValue = std::string("centre")},
+                           {.name = "background",
+                            .summary = "what the border shows: 0 black, 255 white",
+                            .unit = "display value",
+                            .min = 0.0,
+                            .max = 255.0,
+                            .defaultValue = 0.0}},
+            .run = RunCanvas};
+}
+
+Operation Crop()
+{
+    Parameter rect = RectangleParameter();
+    rect.summary = "what is kept; right and bottom are the first column and row outside";
+    rect.whenAbsent.clear();
+    return {.name = "crop",
+            .summary = "keep a rectangle of the image",
+            .help =
+                std::string("Rows count in the file's order. Samples do not change.") + kCarriesSky + kCarriesMosaic,
+            .parameters = {rect},
+            .run = RunCrop};
+}
+
+Operation Scroll()
+{
+    return {.name = "scroll",
+            .summary = "shift the image in a circle",
+            .help = std::string("What leaves the image on one side comes in on the other.") + kCarriesSky +
+                    " They are right for the larger part of the picture, on either axis." + kCarriesMosaic,
+            .parameters = {ShiftParameter("x", "columns to the right"),
+                           ShiftParameter("y", "rows, in the file's order, towards the last")},
+            .run = RunScroll};
+}
+
+Operation Expand()
+{
+    return {.name = "expand",
+            .summary = "enlarge the image by whole factors",
+            .help = std::string("Every sample becomes a block of equal ones.") + kCarriesSky +
+                    " Cards that describe a colour filter mosaic are taken away.",
+            .parameters = {ColumnsParameter("columns that one becomes"), RowsParameter("rows that one becomes")},
+            .run = RunExpand};
+}
+
+} // namespace
+
+std::vector<Operation> GeometryOperations()
+{
+    return {Flip(), Rotate(), Rotate90(), Rotate180(), Resize(), Bin(), Canvas(), Crop(), Scroll(), Expand()};
+}
+
+} // namespace corvane::catalogue

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "catalogue/error.h"
+#include "catalogue/parameter.h"
+
+namespace corvane::catalogue {
+
+/// Throws Error, "--ratio = 7: must be 0 to 1", for a number out of its range and for NaN.
+inline void CheckRange(const std::string& option, double value, double min, double max)
+{
+    const bool isAllowed = value >= min && value <= max; // NaN is not
+    if (!isAllowed) {
+        throw Error(option + " = " + ToText(Value(value)) + ": must be " + ToText(Value(min)) + " to " +
+                    ToText(Value(max)));
+    }
+}
+
+/// "1,2.5"
+inline std::string NumbersText(const std::vector<double>& numbers)
+{
+    std::string text;
+    for (const double v : numbers) {
+        text += text.empty() ? ToText(Value(v)) : std::string(",").append(ToText(Value(v)));
+    }
+    return text;
+}
+
+} // namespace corvane::catalogue

@@ -1,0 +1,192 @@
+// Filters that smooth, and the one that tightens stars by ranks.
+
+#include <string>
+
+#include "catalogue/error.h"
+#include "catalogue/operations.h"
+#include "catalogue/shape.h"
+#include "corvane/filter/filter.h"
+#include "corvane/filter/neighbourhood.h"
+
+namespace corvane::catalogue {
+namespace {
+
+using MeanMember = void (CImgFilter::*)(int, double, CStlImage*, CRect*, int);
+
+template <MeanMember kMember>
+void RunMean(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    CImgFilter result(frame.image);
+    (result.*kMember)(Shape(arguments), arguments.Number("weight"), &frame.image, arguments.Rectangle("rect"),
+                      context.showProgress);
+    frame.image.Swap(&result);
+}
+
+void RunMedian(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    CImgFilter result(frame.image);
+    result.MedianFilter(Shape(arguments), &frame.image, arguments.Rectangle("rect"), context.showProgress);
+    frame.image.Swap(&result);
+}
+
+void ApplyRank(io::Frame& frame, Arguments& arguments, const Context& context, int rank)
+{
+    CImgFilter result(frame.image);
+    result.MinMaxFilter(Shape(arguments), rank, &frame.image, arguments.Rectangle("rect"), context.showProgress);
+    frame.image.Swap(&result);
+}
+
+int LastRank(const Arguments& arguments)
+{
+    return filter::Points(Shape(arguments)) - 1;
+}
+
+void RunGaussian(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    CImgFilter result(frame.image);
+    result.GaussianFilter(arguments.Number("sigma"), &frame.image, arguments.Rectangle("rect"), context.showProgress);
+    frame.image.Swap(&result);
+}
+
+void RunStarSharpen(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    CImgFilter result(frame.image);
+    result.StarSharpFilter(Shape(arguments), arguments.Number("rank"), arguments.Number("threshold"),
+                           arguments.Flag("keep-peaks"), &frame.image, arguments.Rectangle("rect"),
+                           context.showProgress);
+    frame.image.Swap(&result);
+}
+
+void CheckRank(double rank, const Arguments& arguments)
+{
+    const int last = LastRank(arguments);
+    if (rank > last) {
+        throw Error("rank = " + ToText(Value(rank)) + ": must be 0 to " + std::to_string(last) + " for a shape of " +
+                    std::to_string(last + 1) + " samples");
+    }
+}
+
+Parameter RankParameter(Kind kind, const char* summary, Value defaultValue)
+{
+    return {.name = "rank",
+            .kind = kind,
+            .summary = summary,
+            .min = 0.0,
+            .max = filter::kMostPoints - 1,
+            .defaultValue = defaultValue};
+}
+
+Operation Mean()
+{
+    return {.name = "mean",
+            .summary = "smooth by the mean of the neighbourhood",
+            .help = "Weight 1 is the plain mean; below it the sample counts for more than its neighbours, which blurs "
+                    "less.",
+            .parameters = {ShapeParameter("square3"), WeightParameter(), RectangleParameter()},
+            .run = RunMean<&CImgFilter::MeanFilter>};
+}
+
+Operation MeanKeepEdges()
+{
+    return {.name = "mean-keep-edges",
+            .summary = "smooth flat areas by the mean, and leave edges as they are",
+            .help = "As mean, with the weight lowered to 0 where the sample differs from its four neighbours together "
+                    "by the range of the first plane's display levels. Levels that show the image well (auto-levels) "
+                    "suit it.",
+            .parameters = {ShapeParameter("square3"), WeightParameter(), RectangleParameter()},
+            .run = RunMean<&CImgFilter::MeanWithoutEdgeFilter>};
+}
+
+Operation Median()
+{
+    return {.name = "median",
+            .summary = "smooth by the median of the neighbourhood",
+            .help = "Takes single odd samples out, hot pixels and cosmic rays, and keeps edges sharp.",
+            .parameters = {ShapeParameter("square3"), RectangleParameter()},
+            .run = RunMedian};
+}
+
+Operation Rank()
+{
+    return {.name = "rank",
+            .summary = "take the value of a rank in the neighbourhood",
+            .help = "The samples of the shape are put into ascending order: rank 0 is the smallest, the middle one the "
+                    "median, the last one (4, 8 or 20 by shape) the largest.",
+            .parameters = {ShapeParameter("square3"),
+                           RankParameter(Kind::Whole, "place in the ascending order, from 0", 2), RectangleParameter()},
+            .check = [](const Arguments& arguments) { CheckRank(arguments.Whole("rank"), arguments); },
+            .run = [](io::Frame& frame, Arguments& arguments,
+                      const Context& context) { ApplyRank(frame, arguments, context, arguments.Whole("rank")); }};
+}
+
+Operation Minimum()
+{
+    return {.name = "minimum",
+            .summary = "take the smallest sample of the neighbourhood",
+            .help = "Shrinks what is bright: faint stars vanish.",
+            .parameters = {ShapeParameter("square3"), RectangleParameter()},
+            .aliases = {"min"},
+            .run = [](io::Frame& frame, Arguments& arguments, const Context& context) {
+                ApplyRank(frame, arguments, context, 0);
+            }};
+}
+
+Operation Maximum()
+{
+    return {.name = "maximum",
+            .summary = "take the largest sample of the neighbourhood",
+            .help = "Grows what is bright.",
+            .parameters = {ShapeParameter("square3"), RectangleParameter()},
+            .aliases = {"max"},
+            .run = [](io::Frame& frame, Arguments& arguments, const Context& context) {
+                ApplyRank(frame, arguments, context, LastRank(arguments));
+            }};
+}
+
+Operation Gaussian()
+{
+    return {.name = "gaussian",
+            .summary = "smooth by a Gaussian",
+            .help = "The Gaussian is cut off at twice its deviation. Stars become wider by it: their deviations add as "
+                    "squares.",
+            .parameters = {{.name = "sigma",
+                            .summary = "standard deviation",
+                            .unit = "pixels",
+                            .min = 0.1,
+                            .max = 5.0,
+                            .defaultValue = 1.0},
+                           RectangleParameter()},
+            .run = RunGaussian};
+}
+
+Operation StarSharpen()
+{
+    return {.name = "star-sharpen",
+            .summary = "tighten stars by a low rank of the neighbourhood",
+            .help = "A sample becomes the value of the rank, interpolated between whole ranks, where that differs from "
+                    "the largest sample of the neighbourhood by at least the threshold: on the slopes of stars. Low "
+                    "ranks tighten more.",
+            .parameters = {ShapeParameter("square3"),
+                           RankParameter(Kind::Number, "place in the ascending order, from 0", 2.0),
+                           {.name = "threshold",
+                            .summary = "least difference that counts, as a part of the largest sample; 0: everywhere",
+                            .min = 0.0,
+                            .max = 1.0,
+                            .defaultValue = 0.1},
+                           {.name = "keep-peaks",
+                            .kind = Kind::Flag,
+                            .summary = "leave samples that are the largest of their neighbourhood",
+                            .defaultValue = true},
+                           RectangleParameter()},
+            .check = [](const Arguments& arguments) { CheckRank(arguments.Number("rank"), arguments); },
+            .run = RunStarSharpen};
+}
+
+} // namespace
+
+std::vector<Operation> SmoothOperations()
+{
+    return {Mean(), MeanKeepEdges(), Median(), Rank(), Minimum(), Maximum(), Gaussian(), StarSharpen()};
+}
+
+} // namespace corvane::catalogue

@@ -1,0 +1,79 @@
+#include "catalogue/match.h"
+
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/cancel.h"
+#include "cli/pair.h"
+#include "cli/session.h"
+
+namespace corvane::cli {
+namespace {
+
+struct MatchWords {
+    std::string reference;
+    std::string image;
+    std::vector<double> start;
+    bool json = false;
+    catalogue::MatchOptions match;
+};
+
+void Print(const catalogue::Match& match, bool json)
+{
+    if (json) {
+        const nlohmann::ordered_json all = {{"x", match.x}, {"y", match.y}, {"rms", match.rms}};
+        std::cout << all.dump(2) << "\n";
+    } else {
+        std::printf("x %.1f, y %.1f, rms %.6g\n", match.x, match.y, match.rms);
+    }
+}
+
+int Match(MatchWords& words)
+{
+    if (!words.start.empty()) {
+        if (words.start.size() != 2) {
+            throw UsageError("--start: must be X,Y");
+        }
+        words.match.start = {words.start[0], words.start[1]};
+    }
+    catalogue::CheckMatch(words.match);
+    io::Frame reference = io::Load(words.reference);
+    io::Frame image = io::Load(words.image);
+    ThrowIfCancelled();
+    const catalogue::Match match = catalogue::RunMatch(reference, image, words.match, {});
+    ThrowIfCancelled();
+    Print(match, words.json);
+    return kDone;
+}
+
+} // namespace
+
+void AddMatch(CLI::App& app, Session& session)
+{
+    CLI::App& command = *app.add_subcommand("match", "Find where a cut-out lies in an image");
+    auto words = std::make_shared<MatchWords>();
+    AddCommonOptions(command, session);
+    command.add_option("REFERENCE", words->reference, "The cut-out to find")->required()->type_name("");
+    command.add_option("IMAGE", words->image, "The image to find it in")->required()->type_name("");
+    AddNumbers(command, "--start", words->start,
+               "Where the first sample of REFERENCE is expected in IMAGE; else it is put in the middle")
+        ->type_name("X,Y");
+    command
+        .add_option("--range", words->match.range,
+                    "Look half as far from there, either way [pixels, 0 to " +
+                        std::to_string(catalogue::kMaxMatchRange) + "]")
+        ->type_name("N")
+        ->capture_default_str();
+    command.add_flag("--json", words->json, "Print JSON");
+    command.footer("Prints the column and row of IMAGE on which the first sample of REFERENCE falls, to a tenth of a "
+                   "pixel, and the difference that is left once both have the same mean. Every second offset is tried "
+                   "first, so what is to be found should be wider than two pixels.");
+    command.callback([&session, words] { session.work = [words] { return Match(*words); }; });
+}
+
+} // namespace corvane::cli

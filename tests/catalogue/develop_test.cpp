@@ -1,0 +1,78 @@
+#include <limits>
+#include <string>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "catalogue/error.h"
+#include "catalogue/step.h"
+#include "corvane/filter/filter.h"
+#include "io/frame.h"
+#include "tests/support/images.h"
+
+namespace corvane::catalogue {
+namespace {
+
+/// A frame whose levels, in the first plane from 10.25, come from its file or not.
+io::Frame MakeFrame(int planes, int ownLevel)
+{
+    io::Frame frame;
+    frame.image = test::RandomImage({60, 50}, planes, 8);
+    frame.image.SetOwnLevel(ownLevel);
+    return frame;
+}
+
+void Apply(const std::string& step, io::Frame& frame)
+{
+    Run(ParseStep(step), frame, {});
+}
+
+// What came without levels has those of its extreme samples, which say nothing of its sky.
+TEST(Develop, ChoosesLevelsForAFrameThatHasNone)
+{
+    for (const char* const step : {"ddp", "smooth-background", "posterize", "contour"}) {
+        for (const int planes : {1, 3}) {
+            io::Frame kept = MakeFrame(planes, 1);
+            Apply(step, kept);
+            EXPECT_EQ(kept.image.GetLevelMin(0), 10.25) << step;
+            EXPECT_EQ(kept.image.GetLevelMax(planes - 1), planes == 1 ? 211.5 : 185.5) << step;
+            io::Frame given = MakeFrame(planes, 0);
+            Apply(step, given);
+            EXPECT_NE(given.image.GetLevelMin(0), 10.25) << step;
+            EXPECT_NE(given.image.HasOwnLevel(), 0) << step;
+        }
+    }
+}
+
+TEST(Develop, DividesByThePlaneThatIsNamed)
+{
+    for (const auto& [word, selector] : {std::pair("red", 0), {"green", 1}, {"blue", 2}, {"all", 3}}) {
+        io::Frame frame = MakeFrame(3, 1);
+        CImgFilter expected(frame.image);
+        int plane = selector;
+        expected.DigitalDvlp(100.0, 0.5, &frame.image, &plane, nullptr, 0);
+        Apply(std::string("ddp:offset=100,weight=0.5,plane=") + word, frame);
+        EXPECT_EQ(test::Samples(frame.image), test::Samples(expected)) << word;
+    }
+}
+
+TEST(Develop, RefusesWhatWouldDivideByZeroOrSpreadNaN)
+{
+    const auto errorOf = [](io::Frame frame, const char* step) {
+        try {
+            Apply(step, frame);
+        } catch (const Error& error) {
+            return std::string(error.what());
+        }
+        return std::string("no error");
+    };
+    EXPECT_EQ(errorOf(MakeFrame(1, 1), "ddp:offset=10"),
+              "ddp: offset = 10: must be above the level min of the image, 10.25");
+    io::Frame frame = MakeFrame(3, 1);
+    frame.image.SetPixelGrayRaw(3, 3, std::numeric_limits<float>::quiet_NaN(), 0);
+    EXPECT_EQ(errorOf(std::move(frame), "ddp"),
+              "ddp: the first plane has samples that are not finite; clip makes them so");
+}
+
+} // namespace
+} // namespace corvane::catalogue
