@@ -401,8 +401,7 @@ Operation Resize()
             .help = std::string("Interpolates between samples, with the first ones of old and new image in one place. "
                                 "Nothing is averaged: bin first to reduce an image by much.") +
                     " Both methods give the same samples. World coordinates follow with both, to the half pixel, which "
-                    "CImgResolution "
-                    "alone does not see to." +
+                    "CImgResolution alone does not see to." +
                     kDropsMosaic,
             .parameters = {SideParameter("width", "in proportion to the height"),
                            SideParameter("height", "in proportion to the width"),

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "corvane/core/brightness.h"
 #include "corvane/core/display_scale.h"
 
 namespace corvane {
@@ -50,7 +51,7 @@ void AlignedPixels::ToBrightness(double outside)
     const double* const blue = rows_[2].data();
     const int* const inside = inside_.data();
     for (std::size_t x = 0; x < inside_.size(); ++x) {
-        const double brightness = Brightness(red[x], green[x], blue[x]);
+        const double brightness = BrightnessOf(red[x], green[x], blue[x]);
         red[x] = inside[x] != 0 ? brightness : outside;
     }
 }

@@ -25,8 +25,6 @@ enum class Space { kRaw, kDisplay };
 /// and `GetPixelRgbRaw`, or their 256f forms, give pixel by pixel.
 class AlignedPixels {
 public:
-    static double Brightness(double r, double g, double b) { return 0.299 * r + 0.587 * g + 0.114 * b; }
-
     /// Prepares rows of the frame's columns 0 to `count` - 1. The image must outlive this object.
     AlignedPixels(const CStlImage& image, const Alignment& alignment, Channels channels, Space space, int count);
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "corvane/combine/aligned_pixels.h"
+#include "corvane/core/brightness.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 
@@ -50,7 +51,7 @@ struct Row {
           inside(pixels.Inside() + left)
     {}
 
-    double Brightness(int x) const { return AlignedPixels::Brightness(red[x], green[x], blue[x]); }
+    double Brightness(int x) const { return BrightnessOf(red[x], green[x], blue[x]); }
 
     const double* red;
     const double* green;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "corvane/core/blank.h"
+#include "corvane/core/brightness.h"
 #include "corvane/core/display_scale.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/truncate.h"
@@ -70,7 +71,7 @@ private:
     template <class ValueOf>
     static double Mix(ValueOf value)
     {
-        return 0.299 * value(0) + 0.587 * value(1) + 0.114 * value(2);
+        return BrightnessOf(value(0), value(1), value(2));
     }
 
     const CStlImage& image_;

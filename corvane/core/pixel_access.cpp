@@ -1,10 +1,12 @@
 // Reading single samples: by pointer, by whole coordinates, between samples, and through an alignment.
 
 #include "corvane/core/alignment.h"
+#include "corvane/core/brightness.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/truncate.h"
 
 using corvane::Alignment;
+using corvane::BrightnessOf;
 using corvane::Position;
 using corvane::Truncate;
 
@@ -24,12 +26,6 @@ double Clamp(double v, int size)
 unsigned char LowByte(double v)
 {
     return static_cast<unsigned char>(static_cast<unsigned>(Truncate(v)));
-}
-
-/// Brightness as the readers add it: red, green, blue.
-double Brightness(double r, double g, double b)
-{
-    return 0.299 * r + 0.587 * g + 0.114 * b;
 }
 
 /// Brightness as the pointer forms add it: green, blue, red.
@@ -74,7 +70,7 @@ double PlaneOrBrightness(const CStlImage& image, int plane, ValueOf valueOf)
     if (image.GetDimension() < 3) {
         return valueOf(0);
     }
-    return plane == -1 ? Brightness(valueOf(0), valueOf(1), valueOf(2)) : valueOf(plane);
+    return plane == -1 ? BrightnessOf(valueOf(0), valueOf(1), valueOf(2)) : valueOf(plane);
 }
 
 /// Gives the three planes' values, or one plane's three times.
@@ -147,7 +143,7 @@ double CStlImage::GetPixelBrightRaw(const float* r, const float* g, const float*
 
 double CStlImage::GetPixelBrightRaw(int x, int y) const
 {
-    return Brightness(*Read(x, y, 0), *Read(x, y, 1), *Read(x, y, 2));
+    return BrightnessOf(*Read(x, y, 0), *Read(x, y, 1), *Read(x, y, 2));
 }
 
 double CStlImage::GetPixelBright256f(int x, int y) const
@@ -164,7 +160,7 @@ double CStlImage::GetPixelBright(int x, int y) const
 
 double CStlImage::GetPixelBrightRaw(double x, double y) const
 {
-    return Brightness(GetPixelGrayRaw(x, y, 0), GetPixelGrayRaw(x, y, 1), GetPixelGrayRaw(x, y, 2));
+    return BrightnessOf(GetPixelGrayRaw(x, y, 0), GetPixelGrayRaw(x, y, 1), GetPixelGrayRaw(x, y, 2));
 }
 
 double CStlImage::GetPixelBright256f(double x, double y) const

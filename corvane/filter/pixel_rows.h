@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "corvane/core/brightness.h"
 #include "corvane/core/display_scale.h"
 #include "corvane/filter/filter_rows.h"
 
@@ -55,8 +56,6 @@ public:
         : scale_{{image, 0}, {image, 1}, {image, 2}}, isColour_(image.GetDimension() >= kColours)
     {}
 
-    static double Of(double r, double g, double b) { return 0.299 * r + 0.587 * g + 0.114 * b; }
-
     /// Writes that of the row dy below the centre to out[x], for the columns from `left` to before `right`. Each plane
     /// goes through its 256f value, which is a float.
     void Row(const PlaneBands& bands, int dy, int left, int right, double* __restrict out) const
@@ -66,7 +65,7 @@ public:
         const float* const b = bands[2].Row(dy);
         for (int x = left; x < right; ++x) {
             const double red = Shown(r[x], 0);
-            out[x] = isColour_ ? Of(red, Shown(g[x], 1), Shown(b[x], 2)) : red;
+            out[x] = isColour_ ? BrightnessOf(red, Shown(g[x], 1), Shown(b[x], 2)) : red;
         }
     }
 

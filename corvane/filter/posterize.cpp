@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "corvane/core/brightness.h"
 #include "corvane/core/display_scale.h"
 #include "corvane/filter/filter.h"
 #include "corvane/filter/pixel_rows.h"
@@ -118,7 +119,7 @@ private:
             const RowBetween second(source_, row, 1);
             const RowBetween third(source_, row, PlaneOf(source_, 2));
             AddSteps(steps_, begin, end, sums, [=](int x, double at) {
-                return Brightness::Of(first.At(x, at), second.At(x, at), third.At(x, at));
+                return BrightnessOf(first.At(x, at), second.At(x, at), third.At(x, at));
             });
         };
         SplitColumns(left, right, source_.GetWidth(), 1, inner,
@@ -129,7 +130,7 @@ private:
     double Read(double x, double y) const
     {
         const auto shown = [&](int plane) { return source_.GetPixelGray256f(x, y, plane); };
-        return IsColour() ? Brightness::Of(shown(0), shown(1), shown(PlaneOf(source_, 2))) : shown(0);
+        return IsColour() ? BrightnessOf(shown(0), shown(1), shown(PlaneOf(source_, 2))) : shown(0);
     }
 
     const CStlImage& source_;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "corvane/core/blank.h"
+#include "corvane/core/brightness.h"
 #include "corvane/core/display_scale.h"
 #include "corvane/core/truncate.h"
 #include "corvane/core/walk.h"
@@ -24,11 +25,6 @@ struct WaitCursor {
     WaitCursor(const WaitCursor&) = delete;
     WaitCursor& operator=(const WaitCursor&) = delete;
 };
-
-double Luminance(double r, double g, double b)
-{
-    return 0.299 * r + 0.587 * g + 0.114 * b;
-}
 
 /// The samples that statistics are taken from: a grid of every step-th column and row of a rectangle.
 struct Grid {
@@ -93,7 +89,7 @@ public:
             const double r = rows[0][x];
             const double g = rows[1][x];
             const double b = rows[2][x];
-            const double y = Luminance(r, g, b);
+            const double y = BrightnessOf(r, g, b);
             if (!(isBlank_(r) | isBlank_(g) | isBlank_(b) | std::isnan(y))) {
                 visit(y);
             }
@@ -205,11 +201,11 @@ Bounds LuminanceBounds(const CStlImage& image)
         int x = 0;
         for (; x + kLanes <= image.GetWidth(); x += kLanes) {
             for (int lane = 0; lane < kLanes; ++lane) {
-                add(lane, Luminance(r[x + lane], g[x + lane], b[x + lane]));
+                add(lane, BrightnessOf(r[x + lane], g[x + lane], b[x + lane]));
             }
         }
         for (; x < image.GetWidth(); ++x) {
-            add(0, Luminance(r[x], g[x], b[x]));
+            add(0, BrightnessOf(r[x], g[x], b[x]));
         }
     }
     return {*std::min_element(low, low + kLanes), *std::max_element(high, high + kLanes)};
@@ -225,7 +221,7 @@ Bounds DisplayedBounds(const CStlImage& image, const CRect& area)
             double v = image.GetPixelGrayRaw(x, y, 0);
             if (colour) {
                 const double green = image.GetPixelGrayRaw(x, y, 1);
-                v = Luminance(image.To256(v, 0), image.To256(green, 1), image.GetPixelGray256f(x, y, 2));
+                v = BrightnessOf(image.To256(v, 0), image.To256(green, 1), image.GetPixelGray256f(x, y, 2));
             }
             bounds.low = v < bounds.low ? v : bounds.low;
             bounds.high = v > bounds.high ? v : bounds.high;
