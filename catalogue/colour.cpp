@@ -1,4 +1,11 @@
+#include <algorithm>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "catalogue/display_levels.h"
 #include "catalogue/operations.h"
+#include "corvane/colour/lab_color_enhance.h"
 #include "corvane/platform/memory_exception.h"
 
 namespace corvane::catalogue {
@@ -12,6 +19,119 @@ void Convert(CStlImage& image, int (CStlImage::*conversion)(CStlImage*, int), co
         AfxThrowMemoryException();
     }
     image.Swap(&result);
+}
+
+/// The L*a*b* planes of what the image shows. The library always reports to the image's window, which is taken away
+/// from it when nothing is to be reported.
+std::unique_ptr<CStlImage> MakeLab(CStlImage& image, const Context& context)
+{
+    const HWND window = image.GetProgressHandle();
+    image.SetProgressHandle(context.showProgress != 0 ? window : nullptr);
+    std::unique_ptr<CStlImage> lab(image.MakeLabPlane());
+    image.SetProgressHandle(window);
+    if (lab == nullptr) {
+        AfxThrowMemoryException();
+    }
+    return lab;
+}
+
+Sky MeasureSkyOfPlane(const CStlImage& image, int plane)
+{
+    CStlImage one(-32, image.GetWidth(), image.GetHeight(), 1, 1.0, 0.0, 0);
+    one.SetBlankUsed(image.IsBlankUsed());
+    one.SetBlank(image.GetBlank());
+    for (int y = 0; y < image.GetHeight(); ++y) {
+        std::copy_n(image.GetImageAdr(0, y, plane, 1), image.GetWidth(), one.GetImageAdr(0, y, 0));
+    }
+    return MeasureSky(one);
+}
+
+/// Gives an image that came without levels such as make its sky a dark grey and keep the colours of its stars: every
+/// plane has the same range, from below the noise of its own sky, since what is darker than black loses its colour.
+void GiveColourLevels(CStlImage& image)
+{
+    if (image.HasOwnLevel() != 0) {
+        return;
+    }
+    std::vector<double> means;
+    double sigma = 0.0;
+    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+        const Sky sky = MeasureSkyOfPlane(image, plane);
+        means.push_back(sky.mean);
+        sigma = std::max(sigma, sky.sigma);
+    }
+    const double unit = sigma > 0.0 ? sigma : 1.0;
+    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+        const double mean = means[static_cast<std::size_t>(plane)];
+        image.CImage::SetLevel(plane, mean - 4.0 * unit, mean + 60.0 * unit);
+    }
+    image.SetOwnLevel(1);
+}
+
+void RunSaturate(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    GiveColourLevels(frame.image);
+    const auto gain = [&](const char* hue) { return arguments.Number(arguments.Has(hue) ? hue : "gain"); };
+    const std::unique_ptr<CStlImage> lab = MakeLab(frame.image, context);
+    CImgLabColorEnhance result(frame.image);
+    result.Do(lab.get(), gain("red"), gain("green"), gain("yellow"), gain("blue"), arguments.Rectangle("rect"),
+              context.showProgress);
+    frame.image.Swap(&result);
+}
+
+Parameter GainParameter(const char* name, const char* summary, const char* alias)
+{
+    return {.name = name, .summary = summary, .min = -10.0, .max = 10.0, .whenAbsent = "gain", .aliases = {alias}};
+}
+
+Operation Saturate()
+{
+    return {.name = "saturate",
+            .summary = "make colours stronger or weaker",
+            .help = "Colour is taken as CIE L*a*b* of what the display levels show: the axis a goes from green to red, "
+                    "b from blue to yellow, and each side is multiplied by its gain. 1 leaves it, 0 makes it grey, a "
+                    "negative gain turns it to the opposite hue. Lightness stays, as far as the colour can be shown. "
+                    "Samples below black and undefined ones become black; what is above white is kept. The display "
+                    "levels stay; a frame that comes without them gets such as make its sky grey first.",
+            .planes = Planes::Colour,
+            .parameters = {{.name = "gain",
+                            .summary = "of every hue that has no gain of its own",
+                            .min = -10.0,
+                            .max = 10.0,
+                            .defaultValue = 1.5},
+                           GainParameter("red", "gain of red and magenta, where a is not below 0", "a-plus"),
+                           GainParameter("green", "gain of green, where a is below 0", "a-minus"),
+                           GainParameter("yellow", "gain of yellow, where b is not below 0", "b-plus"),
+                           GainParameter("blue", "gain of blue, where b is below 0", "b-minus"),
+                           RectangleParameter()},
+            .run = RunSaturate};
+}
+
+// The frame keeps its coordinates and cards: it takes the samples alone.
+void RunLab(io::Frame& frame, Arguments&, const Context& context)
+{
+    CStlImage& image = frame.image;
+    GiveColourLevels(image);
+    const std::unique_ptr<CStlImage> lab = MakeLab(image, context);
+    image.PixelBlt(0, 0, image.GetWidth(), image.GetHeight(), lab.get(), 0, 0, 0);
+    image.SetLevel(0, 0.0, 100.0);
+    image.SetLevel(1, -100.0, 100.0);
+    image.SetLevel(2, -100.0, 100.0);
+    image.SetOwnLevel(1);
+    image.SetBlankUsed(0);
+}
+
+Operation ToLabPlanes()
+{
+    return {.name = "lab",
+            .summary = "turn a colour image into planes of lightness and colour",
+            .help = "The planes become L, a and b of CIE L*a*b*, of what the display levels show: L is 0 for black and "
+                    "100 for white, a goes from green (below 0) to red, b from blue (below 0) to yellow. Samples below "
+                    "black count as black; what is above white has an L above 100. The result has display levels of "
+                    "0 to 100 for L and -100 to 100 for a and b, so a grey image shows a and b in the middle. A frame "
+                    "that comes without levels gets such as make its sky grey first. NaN stays NaN.",
+            .planes = Planes::Colour,
+            .run = RunLab};
 }
 
 } // namespace
@@ -34,6 +154,8 @@ std::vector<Operation> ColourOperations()
          .aliases = {"to-colour"},
          .run = [](io::Frame& frame, Arguments&,
                    const Context& context) { Convert(frame.image, &CStlImage::ToColor, context); }},
+        Saturate(),
+        ToLabPlanes(),
     };
 }
 

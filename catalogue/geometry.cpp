@@ -72,7 +72,7 @@ void Finish(io::Frame& frame, CStlImage& result, const PixelMap& map)
 /// The same for samples that were only moved.
 void FinishMove(io::Frame& frame, CStlImage& result, const PixelMap& map)
 {
-    CarryMosaic(map, frame.header);
+    CarryMosaic(map, frame.image, result, frame.header);
     Finish(frame, result, map);
 }
 

@@ -11,8 +11,9 @@ namespace {
 std::vector<Operation> Gather()
 {
     std::vector<Operation> all;
-    for (const auto group : {ToneOperations, AdjustOperations, CalibrationOperations, ColourOperations,
-                             SmoothOperations, SharpenOperations, DevelopOperations, GeometryOperations}) {
+    for (const auto group : {ToneOperations, AdjustOperations, CalibrationOperations, MeasureOperations,
+                             ColourOperations, ColourMosaicOperations, SmoothOperations, SharpenOperations,
+                             DevelopOperations, GeometryOperations}) {
         std::vector<Operation> operations = group();
         std::move(operations.begin(), operations.end(), std::back_inserter(all));
     }

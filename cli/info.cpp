@@ -13,6 +13,7 @@
 #include "cli/cancel.h"
 #include "cli/session.h"
 #include "corvane/core/image.h"
+#include "io/bayer.h"
 #include "io/error.h"
 #include "io/metadata.h"
 #include "io/reader.h"

@@ -3,10 +3,17 @@
 /// @file
 /// Everything that a caller of the library needs.
 
+#include "corvane/colour/cmy_composite.h"
+#include "corvane/colour/demosaic.h"
+#include "corvane/colour/lab_color_enhance.h"
+#include "corvane/colour/lrgb_composite.h"
+#include "corvane/colour/rgb_composite.h"
+#include "corvane/colour/separation.h"
 #include "corvane/combine/composit.h"
 #include "corvane/combine/matching.h"
 #include "corvane/combine/median_composit.h"
 #include "corvane/combine/mosic.h"
+#include "corvane/core/color.h"
 #include "corvane/core/line_data.h"
 #include "corvane/core/memory_budget.h"
 #include "corvane/core/page_map.h"
@@ -22,6 +29,10 @@
 #include "corvane/geometry/rotate.h"
 #include "corvane/geometry/scroll.h"
 #include "corvane/geometry/soft_binning.h"
+#include "corvane/measure/overscan.h"
+#include "corvane/measure/pixel_info.h"
+#include "corvane/measure/psf.h"
+#include "corvane/measure/vignetting.h"
 #include "corvane/platform/application.h"
 #include "corvane/platform/global_memory.h"
 #include "corvane/platform/messages.h"

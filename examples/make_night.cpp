@@ -94,6 +94,7 @@ void AddSensorOptions(Group group, NightSettings& night)
     group.Add("--vignetting", night.vignetting, "Share of the light lost in the corners");
     group.Add("--dust", night.dustShadows, "Dust shadows");
     group.Add("--flat-level", night.flatLevel, "Mean of the first flat above the bias [counts]");
+    group.Add("--bayer", night.bayer, "Colour filters of the first 2 x 2 pixels, as RGGB");
 }
 
 void AddSkyOptions(Group group, NightSettings& night)
@@ -175,11 +176,12 @@ void WriteTable(const std::string& folder, const char* name, const std::function
 
 void WriteStars(const Night& night, std::ostream& file)
 {
-    file << "file,x,y,electrons,fwhm\n";
+    const bool isColour = !night.Settings().bayer.empty();
+    file << "file,x,y,electrons,fwhm" << (isColour ? ",redness\n" : "\n");
     for (int i = 0; i < night.Settings().lights; ++i) {
         for (const auto& star : night.StarsOf(i)) {
-            file << FileName("light", i) << ',' << star.x << ',' << star.y << ',' << star.flux << ',' << star.fwhm
-                 << '\n';
+            file << FileName("light", i) << ',' << star.x << ',' << star.y << ',' << star.flux << ',' << star.fwhm;
+            isColour ? file << ',' << star.redness << '\n' : file << '\n';
         }
     }
 }

@@ -116,11 +116,6 @@ std::optional<double> ParseDate(const std::string& text)
                      : SecondsOfDate(parts[2] < 100.0 ? 1900.0 + parts[2] : parts[2], parts[1], parts[0]);
 }
 
-bool IsMosaic(const std::string& pattern)
-{
-    return pattern == "XTRANS" || (pattern.size() == 4 && pattern.find_first_not_of("RGB") == pattern.npos);
-}
-
 } // namespace
 
 std::optional<double> ExposureSeconds(const Header& header)
@@ -146,19 +141,6 @@ std::optional<double> ElectronsPerCount(const Header& header)
 std::optional<double> PixelSize(const Header& header)
 {
     return FirstNumber(header, {"XPIXSZ", "PIXSIZE1", "XPIXELSZ"});
-}
-
-std::optional<std::string> BayerPattern(const Header& header)
-{
-    for (const char* name : {"BAYERPAT", "COLORTYP", "CFA-PAT"}) {
-        std::string pattern = header.Text(name).value_or("");
-        std::transform(pattern.begin(), pattern.end(), pattern.begin(),
-                       [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-        if (IsMosaic(pattern)) {
-            return pattern;
-        }
-    }
-    return std::nullopt;
 }
 
 std::optional<std::string> Filter(const Header& header)

@@ -22,9 +22,6 @@ CORVANE_API std::optional<double> Gain(const Header& header);
 CORVANE_API std::optional<double> ElectronsPerCount(const Header& header);
 /// Pixel size [micrometres]: XPIXSZ, PIXSIZE1, XPIXELSZ.
 CORVANE_API std::optional<double> PixelSize(const Header& header);
-/// Colour filter mosaic, in capitals, as "RGGB": BAYERPAT, COLORTYP, CFA-PAT. Names that are no 2 x 2 pattern of R, G,
-/// B are passed over, except "XTRANS".
-CORVANE_API std::optional<std::string> BayerPattern(const Header& header);
 /// Name of the filter: FILTER, FILTER1, FILTNAM.
 CORVANE_API std::optional<std::string> Filter(const Header& header);
 /// @}

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "io/bayer.h"
 #include "io/error.h"
 #include "io/metadata.h"
 #include "stack/progress.h"

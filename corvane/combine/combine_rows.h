@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "corvane/combine/sorting_network.h"
 #include "corvane/platform/export.h"
 
 namespace corvane {
@@ -24,8 +25,6 @@ struct CombineLine {
 /// Where a frame has nothing (outside or blank) the result is the value of the last such frame, in the order given. A
 /// NaN among the values makes the result NaN. The values of a block of pixels are sorted together by a network of
 /// minima and maxima, so the work per pixel is the same whatever the values are.
-/// Sorting network: K. E. Batcher, Sorting networks and their applications, AFIPS 1968; in the form of
-/// D. E. Knuth, The Art of Computer Programming 3, 1973, section 5.2.2 algorithm M.
 class CORVANE_API RowCombiner {
 public:
     /// Prepares to combine lines of that many frames.
@@ -36,12 +35,6 @@ public:
 
     CombineMethod Method() const { return method_; } ///< The method it was made for.
     int Frames() const { return frames_; }           ///< The number of frames it was made for.
-
-    /// Two places of the values of a pixel, of which the smaller value goes to `low`.
-    struct Exchange {
-        int low;
-        int high;
-    };
 
 private:
     CombineMethod method_;

@@ -38,8 +38,8 @@ struct Alignment {
 
     bool IsShift() const { return cosine == 1.0 && sine == 0.0 && scale == 1.0; }
 
-    /// Where pixel (x, y) of the frame lies in the image.
-    Position Map(int x, int y) const
+    /// Where position (x, y) of the frame lies in the image.
+    Position Map(double x, double y) const
     {
         Position at{};
         WithMap([&](auto map) { at = map(x, y); });
@@ -51,14 +51,14 @@ struct Alignment {
     void WithMap(Visit visit) const
     {
         if (IsShift()) {
-            visit([shiftX = dx, shiftY = dy](int x, int y) { return Position{x - shiftX, y - shiftY}; });
+            visit([shiftX = dx, shiftY = dy](double x, double y) { return Position{x - shiftX, y - shiftY}; });
         } else if (cosine == 1.0 && sine == 0.0) {
-            visit([m = *this](int x, int y) {
+            visit([m = *this](double x, double y) {
                 return Position{(x - m.centreX - m.dx) * m.scale + m.centreX,
                                 (y - m.centreY - m.dy) * m.scale + m.centreY};
             });
         } else {
-            visit([m = *this](int x, int y) {
+            visit([m = *this](double x, double y) {
                 const double a = x - m.centreX - m.dx;
                 const double b = m.centreY - y + m.dy;
                 return Position{(a * m.cosine - b * m.sine) * m.scale + m.centreX,

@@ -20,6 +20,59 @@ inline constexpr std::array<double, 15> kPerFactorial = [] {
     return factors;
 }();
 
+/// The whole number next to a value below 2^51 in size.
+class NearestWhole {
+public:
+    explicit constexpr NearestWhole(double v) : sum_(v + kNoFraction) {}
+
+    constexpr double Value() const { return sum_ - kNoFraction; }
+    /// 2 to the power of the number, for numbers from -1022 to 1023.
+    constexpr double PowerOfTwo() const
+    {
+        constexpr std::uint64_t kExponentBias = 1023;
+        constexpr int kMantissaBits = 52;
+        return std::bit_cast<double>((std::bit_cast<std::uint64_t>(sum_) + kExponentBias) << kMantissaBits);
+    }
+
+private:
+    static constexpr double kNoFraction = 0x1.8p52; // a sum with it ends in the bits of a whole number
+
+    double sum_;
+};
+
+/// x to the power 2^n.
+constexpr double RepeatedSquare(double x, int n)
+{
+    return n == 0 ? x : RepeatedSquare(x * x, n - 1);
+}
+
+/// terms[First] + terms[First + 1] * x + terms[First + 2] * x^2 + ..., Count terms. By halves (G. Estrin, 1960), which do
+/// not wait for each other, and without a loop, which would keep the caller's loop from vectorising.
+template <std::size_t First, std::size_t Count, std::size_t N>
+constexpr double PolynomialPart(const std::array<double, N>& terms, double x)
+{
+    if constexpr (Count == 1) {
+        return terms[First];
+    } else {
+        constexpr std::size_t kHalf = std::bit_floor(Count - 1);
+        return PolynomialPart<First, kHalf>(terms, x) +
+               PolynomialPart<First + kHalf, Count - kHalf>(terms, x) * RepeatedSquare(x, std::countr_zero(kHalf));
+    }
+}
+
+/// terms[0] + terms[1] * x + terms[2] * x^2 + ...
+template <std::size_t N>
+constexpr double Polynomial(const std::array<double, N>& terms, double x)
+{
+    return PolynomialPart<0, N>(terms, x);
+}
+
+/// e to the power r, at most ln 2 / 2 in size: the term after the last one is below 1e-17.
+constexpr double ExpSeries(double r)
+{
+    return Polynomial(kPerFactorial, r);
+}
+
 /// e to the power x, within 2 units in the last place, in plain arithmetic: the system's mathematical library rounds
 /// differently from one machine to the next. Without branches, so that a loop over it vectorises.
 ///
@@ -32,20 +85,11 @@ constexpr double Exp(double x)
     // ln 2 in two parts, the first with so few digits that k times it is exact.
     constexpr double kLn2High = 0x1.62e42feep-1;
     constexpr double kLn2Low = 0x1.a39ef35793c76p-33;
-    constexpr double kWhole = 0x1.8p52; // a sum with it has no fraction, and its last bits are a whole number
-    constexpr std::uint64_t kExponentBias = 1023;
-    constexpr int kMantissaBits = 52;
 
     const double within = std::min(std::max(x, kLeast), kMost);
-    const double sum = within * kPerLn2 + kWhole;
-    const double k = sum - kWhole;
-    const double r = (within - k * kLn2High) - k * kLn2Low;
-    double series = 0.0; // r is at most ln 2 / 2: the term after the last one is below 1e-17
-    for (std::size_t n = kPerFactorial.size(); n-- > 0;) {
-        series = series * r + kPerFactorial[n];
-    }
-    const double power = std::bit_cast<double>((std::bit_cast<std::uint64_t>(sum) + kExponentBias) << kMantissaBits);
-    const double result = series * power;
+    const NearestWhole whole(within * kPerLn2);
+    const double k = whole.Value();
+    const double result = ExpSeries((within - k * kLn2High) - k * kLn2Low) * whole.PowerOfTwo();
     return x < kLeast ? 0.0 : (x > kMost ? std::numeric_limits<double>::infinity() : result);
 }
 

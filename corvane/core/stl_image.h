@@ -185,6 +185,33 @@ public:
                         double* b, double outside, int* outOfImage, double* sx, double* sy) const;
     /// @}
 
+    /// @name Lightness and colour axes, CIE L*a*b* as `CColor` makes it of what the levels show
+    /// An image of fewer than three planes is grey, with the values of plane 0; of more planes the first three count.
+    /// Display values, 255 for white, are clamped to 0..5000, so what is brighter than white keeps an L above 100. NaN
+    /// in a pixel makes all of its values NaN; blanks are samples like others.
+    ///
+    /// The new image belongs to the caller, who deletes it; it is null, before any progress, when there is no room. It
+    /// has this image's size and standard centre. Progress is always shown, in this image's window; ESC is ignored.
+    /// @{
+
+    /// One plane: L, with the display levels of this image's plane 0. Reports "Creating L-channel...".
+    CStlImage* MakeLPlane();
+    /// Two planes: a and b. With `clipTo255` the display values of a colour image are clamped to 0..255. Reports
+    /// "Creating ab-channel...".
+    CStlImage* MakeAbPlane(int clipTo255);
+    /// Three planes: L, a and b. Reports "Creating Lab channel...".
+    CStlImage* MakeLabPlane();
+    /// Aligned sampling, bilinear, of plane 0.
+    float GetPixelL(int x, int y, double dx, double dy, double sinA, double cosA, double scale, double outside) const;
+    /// Aligned sampling, bilinear, of planes 0 and 1; an image of one plane gives that twice. Outside the image both
+    /// are `outside`. Pointers may be null.
+    void GetPixelAb(int x, int y, double dx, double dy, double sinA, double cosA, double scale, double* a, double* b,
+                    double outside) const;
+    /// The brightness that goes with a colour of display values, clamped to -5000..5000: 255 times the red that
+    /// `CColor::RgbToXyz` makes of it, not its L. NaN stays NaN.
+    static double CalcBrightL(double r, double g, double b);
+    /// @}
+
     /// A packed device-independent bitmap of the image through its levels: header, colour table for 8 bits, rows from
     /// the bottom up. The caller frees it. Bit counts are 8 and 24; others, and missing memory, give null.
     HDIB GetDib(int bitCount) const;

@@ -21,14 +21,25 @@ io::Header FrameHeader(const NightSettings& settings, const char* type, double e
     header.Set("XBINNING", 1);
     header.Set("YBINNING", 1);
     header.Set("ROWORDER", "TOP-DOWN", "first row is the top of the picture");
+    if (!settings.bayer.empty()) {
+        header.Set("BAYERPAT", settings.bayer, "colour filters of the first 2 x 2 pixels");
+        header.Set("XBAYROFF", 0);
+        header.Set("YBAYROFF", 0);
+    }
     header.Set("SEED", static_cast<long long>(settings.seed), "seed of the generated night");
     return header;
+}
+
+void AddFilterCard(const NightSettings& settings, io::Header& header)
+{
+    if (settings.bayer.empty()) {
+        header.Set("FILTER", "L");
+    }
 }
 
 void AddLightCards(io::Header& header, const Placement& placement)
 {
     header.Set("OBJECT", "Generated field");
-    header.Set("FILTER", "L");
     header.Set("TRUEDX", placement.dx, "[pixel] shift right onto the first light");
     header.Set("TRUEDY", placement.dy, "[pixel] shift down onto the first light");
     header.Set("TRUEROT", placement.degrees, "[deg] clockwise turn onto the first light");

@@ -10,7 +10,10 @@ namespace corvane::night {
 /// after the first light's.
 io::Header FrameHeader(const NightSettings& settings, const char* type, double exposure, double time);
 
-/// Adds what only a light has: object, filter, and its placement as TRUEDX, TRUEDY, TRUEROT.
+/// Adds the filter that lights and flats are taken through, unless the sensor has filters of its own.
+void AddFilterCard(const NightSettings& settings, io::Header& header);
+
+/// Adds what only a light has: object, and its placement as TRUEDX, TRUEDY, TRUEROT.
 void AddLightCards(io::Header& header, const Placement& placement);
 
 } // namespace corvane::night

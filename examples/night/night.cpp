@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "corvane/core/exponential.h"
+#include "examples/night/colour_filters.h"
 #include "examples/night/draw.h"
 #include "examples/night/frame_header.h"
 #include "examples/night/portable_math.h"
@@ -115,6 +116,7 @@ Frame Night::Light(int i) const
     Frame frame;
     frame.counts = sensor_.Expose(SceneOf(i), settings_.exposure, CosmicHitsOf(i), noise);
     frame.header = FrameHeader(settings_, "Light Frame", settings_.exposure, i * (settings_.exposure + kPause));
+    AddFilterCard(settings_, frame.header);
     AddLightCards(frame.header, PlacementOf(i));
     return frame;
 }
@@ -136,12 +138,20 @@ Frame Night::Flat(int i) const
     const double electrons = settings_.flatLevel * settings_.gain * Exp(i * Log(kFading));
     Random noise(settings_.seed, Purpose::kFlatNoise, static_cast<std::uint64_t>(i));
     Frame frame;
-    frame.counts = sensor_.Expose(Plane(settings_.width, settings_.height, static_cast<float>(electrons)),
-                                  settings_.flatExposure, {}, noise);
+    frame.counts = sensor_.Expose(EvenLight(electrons), settings_.flatExposure, {}, noise);
     frame.header =
         FrameHeader(settings_, "Flat Field", settings_.flatExposure, kFlatTime + i * (settings_.flatExposure + kPause));
-    frame.header.Set("FILTER", "L");
+    AddFilterCard(settings_, frame.header);
     return frame;
+}
+
+Plane Night::EvenLight(double electrons) const
+{
+    Plane light(settings_.width, settings_.height, static_cast<float>(electrons));
+    for (int i = 0; !settings_.bayer.empty() && i < light.width * light.height; ++i) {
+        light.samples[i] *= static_cast<float>(WhiteShare(FilterAt(settings_.bayer, i % light.width, i / light.width)));
+    }
+    return light;
 }
 
 Frame Night::FlatDark(int i) const
@@ -211,8 +221,21 @@ std::vector<CosmicHit> Night::CosmicHitsOf(int i) const
 
 Plane Night::SceneOf(int i) const
 {
+    if (settings_.bayer.empty()) {
+        return SceneBelow({}, i);
+    }
+    Plane scene(settings_.width, settings_.height);
+    for (const char filter : {'R', 'G', 'B'}) {
+        CopyBelow(filter, settings_.bayer, SceneBelow(filter, i), scene);
+    }
+    return scene;
+}
+
+/// What falls on a sensor with one filter over all of it, or none.
+Plane Night::SceneBelow(std::optional<char> filter, int i) const
+{
     const double glow = Contains(settings_.cloudyLights, i) ? kCloudGlow : 1.0;
-    const double sky = settings_.sky * settings_.exposure * glow;
+    const double sky = settings_.sky * settings_.exposure * glow * (filter ? SkyShare(*filter) : 1.0);
     Plane scene(settings_.width, settings_.height);
     for (int x = 0; x < scene.width; ++x) {
         const double place = (x + 0.5) / scene.width - 0.5;
@@ -221,10 +244,12 @@ Plane Night::SceneOf(int i) const
     for (int y = 1; y < scene.height; ++y) {
         std::copy_n(scene.Row(0), scene.width, scene.Row(y));
     }
-    for (const Star& star : MovedStars(i)) {
+    for (Star star : MovedStars(i)) {
+        star.flux *= filter ? StarShare(*filter, star.redness) : 1.0;
         AddStar(scene, star, settings_.profile);
     }
-    for (const Trail& trail : TrailsOf(i)) {
+    for (Trail trail : TrailsOf(i)) {
+        trail.electronsPerPixel *= filter ? WhiteShare(*filter) : 1.0;
         AddTrail(scene, trail);
     }
     return scene;
@@ -241,6 +266,10 @@ std::vector<Star> Night::MakeField(Purpose purpose) const
         star.y = random.Uniform(area.low.y, area.high.y);
         star.flux = RandomFlux(settings_, random);
         star.fwhm = settings_.fwhm;
+    }
+    Random colours(settings_.seed, Purpose::kStarColours, static_cast<std::uint64_t>(purpose));
+    for (Star& star : stars) {
+        star.redness = colours.Uniform(-1.0, 1.0);
     }
     return stars;
 }

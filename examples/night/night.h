@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "corvane/core/stl_image.h"
@@ -51,13 +52,16 @@ public:
     std::vector<Star> StarsOf(int i) const;
     std::vector<Trail> TrailsOf(int i) const;
     std::vector<CosmicHit> CosmicHitsOf(int i) const;
-    /// What falls on the sensor during light i, without noise and response: sky, stars, trails [electrons].
+    /// What falls on the sensor during light i, without noise and response: sky, stars, trails [electrons]. With colour
+    /// filters, what they let through.
     Plane SceneOf(int i) const;
     const Sensor& GetSensor() const { return sensor_; }
     const NightSettings& Settings() const { return settings_; }
     /// @}
 
 private:
+    Plane EvenLight(double electrons) const;
+    Plane SceneBelow(std::optional<char> filter, int i) const;
     std::vector<Star> MakeField(Purpose purpose) const;
     std::vector<Star> MovedStars(int i) const;
     Frame ExposeDark(Random noise, double exposure, const char* type, double time) const;

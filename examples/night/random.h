@@ -20,7 +20,8 @@ enum class Purpose {
     kDarkNoise,
     kFlatNoise,
     kFlatDarkNoise,
-    kBiasNoise
+    kBiasNoise,
+    kStarColours
 };
 
 /// A stream of random numbers that is the same on every machine: xoshiro256++ (Blackman and Vigna 2021, ACM

@@ -15,6 +15,16 @@ struct Range {
     double high;
 };
 
+void CheckBayer(const std::string& pattern)
+{
+    for (const char* known : {"", "RGGB", "GRBG", "GBRG", "BGGR"}) {
+        if (pattern == known) {
+            return;
+        }
+    }
+    throw std::invalid_argument("bayer is '" + pattern + "', must be RGGB, GRBG, GBRG or BGGR");
+}
+
 void CheckLights(const char* name, const std::vector<int>& lights, int count)
 {
     for (const int light : lights) {
@@ -74,7 +84,9 @@ const NightSettings& Checked(const NightSettings& s)
     for (const Star& star : s.ownStars) {
         CheckRange("own star's FWHM", star.fwhm, 1, 100);
         CheckRange("own star's flux", star.flux, 0, 1e12);
+        CheckRange("own star's redness", star.redness, -1, 1);
     }
+    CheckBayer(s.bayer);
     CheckLights("cloudy light", s.cloudyLights, s.lights);
     CheckLights("stray light", s.strayLights, s.lights);
     return s;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "examples/night/truth.h"
@@ -37,7 +38,8 @@ struct NightSettings {
     double pixelResponseSpread = 0.01; ///< deviation of single pixels' response [0..0.2]
     double vignetting = 0.3;           ///< share of the light lost in the corners [0..0.9]
     int dustShadows = 8;               ///< doughnuts [0..1000]
-    double flatLevel = 30000.0;        ///< mean of the first flat above the bias [counts, 1..65535]
+    double flatLevel = 30000.0;        ///< mean of the first flat above the bias, without filters [counts, 1..65535]
+    std::string bayer;                 ///< colour filters of the first 2 x 2 pixels, as "RGGB"; empty: none
     /// @}
 
     /// @name Sky

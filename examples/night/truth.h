@@ -8,8 +8,9 @@ namespace corvane::night {
 struct Star {
     double x;
     double y;
-    double flux; ///< electrons that it would leave on a sensor of even response 1, all pixels together
-    double fwhm; ///< full width at half maximum [pixels]
+    double flux;          ///< electrons that it would leave on a sensor of even response 1, all pixels together
+    double fwhm;          ///< full width at half maximum [pixels]
+    double redness = 0.0; ///< colour, -1 (blue) to 1 (red)
 };
 
 /// A straight streak with a Gaussian cross-section: a satellite that crosses the whole frame while the shutter is open.

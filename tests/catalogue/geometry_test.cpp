@@ -11,8 +11,8 @@
 #include <gtest/gtest.h>
 
 #include "catalogue/step.h"
+#include "io/bayer.h"
 #include "io/frame.h"
-#include "io/metadata.h"
 
 namespace corvane::catalogue {
 namespace {

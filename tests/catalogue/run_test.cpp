@@ -72,6 +72,8 @@ TEST(Run, ChangesTheSamplesThatItShould)
         {"clip:min=3,max=20", 1, 0, 3.0F, 20.0F},
         {"clip:max=210", 3, 2, 200.0F, 210.0F},
         {"to-color", 1, 2, 0.0F, 24.0F},
+        {"saturate:gain=1", 3, 1, 100.0F, 124.0F},
+        {"lab", 3, 0, 0.7539094F, 3.999227F},
         {"levels:min=3,max=5", 1, 0, 0.0F, 24.0F},
         {"add:value=1.5", 1, 0, 1.5F, 25.5F},
         {"subtract:value=20", 1, 0, -20.0F, 4.0F},
@@ -105,6 +107,11 @@ TEST(Run, ChangesTheSamplesThatItShould)
         {"posterize:steps=1", 1, 0, 3.7134647F, 12.729703F},
         {"contour:levels=1", 1, 0, 0.0F, 12.0F},
         {"contour:levels=1,overlay=no", 1, 0, 12.0F, 24.0F},
+        {"overscan:rect=0:0:2:3", 1, 0, -10.5F, 13.5F},
+        {"vignette:k=-0.1,base=2", 1, 0, 0.0F, 32.0F},
+        {"vignette:k=-0.05,base=2,x=0,y=0", 3, 1, 100.0F, 248.0F},
+        {"debayer:pattern=RGGB,method=bilinear", 1, 1, 5.5F, 18.5F},
+        {"debayer:pattern=GBRG", 1, 1, 0.0F, 24.0F},
     };
     for (const auto& c : cases) {
         const io::Frame frame = After(c.step, c.planes);
@@ -115,6 +122,17 @@ TEST(Run, ChangesTheSamplesThatItShould)
     const io::Frame grey = After("to-gray", 3);
     EXPECT_EQ(grey.image.GetPlanes(), 1);
     EXPECT_NEAR(grey.image.GetPixelGrayRaw(4, 2, 0), 0.299 * 24 + 0.587 * 124 + 0.114 * 224, 1e-3);
+}
+
+TEST(Run, SaturatesEachHueByItsGain)
+{
+    // Red 0, green 100 and blue 200 have an a and a b below 0.
+    for (const auto& [gains, changes] : {std::pair{"red=0,yellow=0", false}, {"green=0", true}, {"blue=0", true}}) {
+        io::Frame frame = MakeFrame(3);
+        frame.image.SetOwnLevel(1);
+        catalogue::Run(ParseStep(std::string("saturate:gain=1,") + gains), frame, {});
+        EXPECT_EQ(std::fabs(frame.image.GetPixelGrayRaw(0, 0, 1) - 100.0) > 1.0, changes) << gains;
+    }
 }
 
 TEST(Run, SetsLevelsOfThePlanesThatItShould)
@@ -150,6 +168,20 @@ TEST(Run, CalibratesWithFramesFromFiles)
     std::filesystem::remove(file);
 }
 
+TEST(Run, DebayersByTheHeaderAndTakesItsCardsAway)
+{
+    io::Frame frame = MakeFrame(1);
+    frame.header.Set("BAYERPAT", "RGGB");
+    frame.header.Set("XBAYROFF", 1); // the first pixel is green, with red beside it and blue below
+    catalogue::Run(ParseStep("debayer:method=bilinear"), frame, {});
+    EXPECT_EQ(frame.image.GetPixelGrayRaw(0, 0, 0), 1.0F);
+    EXPECT_EQ(frame.image.GetPixelGrayRaw(0, 0, 2), 10.0F);
+    EXPECT_FALSE(frame.header.Has("BAYERPAT") || frame.header.Has("XBAYROFF"));
+    frame = MakeFrame(1);
+    frame.header.Set("BAYERPAT", "XTRANS");
+    EXPECT_THROW(catalogue::Run(ParseStep("debayer"), frame, {}), Error);
+}
+
 TEST(Run, RefusesWhatDoesNotFitTheFrame)
 {
     const std::string wide = SaveTemporary(MakeFrame(1, 7), "wide.fits");
@@ -165,10 +197,17 @@ TEST(Run, RefusesWhatDoesNotFitTheFrame)
         {"clip:min=255", 1, "clip: min = 255, max = 255: min must be less than max"},
         {"to-color", 3, "to-color: takes an image of 1 plane; this one has 3"},
         {"bin:x=6", 1, "bin: x = 6, y = 6: the image has only 5 x 3 pixels"},
+        {"debayer", 1,
+         "debayer: pattern = auto: the header names no pattern (BAYERPAT); give pattern=RGGB, GRBG, GBRG or BGGR if "
+         "this is a mosaic"},
+        {"debayer:pattern=RGGB", 3, "debayer: takes an image of 1 plane; this one has 3"},
         {"resize:factor=0.001", 1, "resize: the result would be 0 x 0 pixels; at least 1 x 1 are needed"},
         {"resize:width=1000000,height=1000000", 1,
          "resize: the result would be 1000000 x 1000000 pixels; at most 1000000 either way and 1 TiB in all are "
          "allowed"},
+        {"overscan:rect=0:0:1:1,clip=yes", 1,
+         "overscan: clip = yes: all samples of the strip are equal, and clipping would leave none; leave it out"},
+        {"vignette:k=-1", 1, "vignette: k = -1: must be above -0.2, or no brightness is left 2 pixels from the centre"},
         {"dark:file=" + wide, 1,
          "dark: file = " + wide + ": is 7 x 3 pixels, 1 plane; the image is 5 x 3 pixels, 1 plane"},
         {"flat:file=" + colour, 1,

@@ -57,6 +57,7 @@ TEST(Step, RefusesWhatIsWrongByNameValueAndRange)
         {"invert:rect=5:2:5:9", "invert: rect = 5:2:5:9: is empty; right and bottom must lie beyond left and top"},
         {"dark", "dark: file must be given: the name of a file"},
         {"divide:value=0", "divide: value = 0: must not be 0"},
+        {"vignette:k=0,base=0", "vignette: base = 0: must be 1e-06 to 1e+06"},
         {"curve:points=0:0/1", "curve: points = 0:0/1: must be x:y/x:y/..., points from 0:0 to 1:1"},
         {"curve:points=0:0", "curve: points = 0:0: a curve has two points or more"},
         {"curve:green=0:0/0:1", "curve: green = 0:0/0:1: x must rise from point to point"},

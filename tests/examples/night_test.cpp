@@ -123,6 +123,23 @@ TEST(Night, TheSeedDecidesEveryBit)
     EXPECT_NE(checksum(2), checksum(1));
 }
 
+TEST(Night, ColourFiltersTakeTheirShareOfEveryLight)
+{
+    NightSettings settings = Quiet();
+    settings.bayer = "GBRG";
+    settings.sky = 0.0;
+    settings.ownStars = {{90.5, 74.5, 1e6, 6.0, 1.0}};
+    const Night night(settings);
+    const Plane scene = night.SceneOf(0);
+    double stars[4] = {};
+    for (int i = 0; i < 180 * 150; ++i) {
+        stars[2 * (i / 180 % 2) + i % 2] += scene.samples[static_cast<std::size_t>(i)];
+    }
+    EXPECT_NEAR(stars[2] / stars[0], 0.65 * 1.5, 1e-3); // red over green
+    EXPECT_NEAR(stars[1] / stars[3], 0.75 * 0.5, 1e-3); // blue over green
+    EXPECT_EQ(night.Dark(0, 60.0).header.Text("BAYERPAT"), "GBRG");
+}
+
 TEST(Night, SaysWhichSettingIsWrong)
 {
     const auto refusal = [](double gain, int light) -> std::string {

@@ -3,6 +3,7 @@
 #include <map>
 #include <numeric>
 
+#include "io/bayer.h"
 #include "io/metadata.h"
 #include "io/picture.h"
 #include "io/reader.h"

@@ -23,8 +23,6 @@ TEST(Metadata, ReadsTheNamesThatProgramsUse)
     EXPECT_EQ(CcdTemperature(Of({"SET-TEMP= -20", "CCD-TEMP= -19.5"})), -19.5);
     EXPECT_EQ(Gain(Of({"ISOSPEED= 800", "EGAIN   = 0.9"})), 800.0);
     EXPECT_EQ(ElectronsPerCount(Of({"GAIN    = 100", "EGAIN   = 0.9"})), 0.9);
-    EXPECT_EQ(BayerPattern(Of({"BAYERPAT= 'none'", "COLORTYP= 'grbg'"})), "GRBG");
-    EXPECT_FALSE(BayerPattern(Of({"BAYERPAT= 'RGBGR'"})));
     EXPECT_EQ(Filter(Of({"FILTER  = ''", "FILTER1 = 'Ha'"})), "Ha");
     EXPECT_TRUE(IsBottomUp(Of({})));
     EXPECT_EQ(RowOrder(Of({"ROWORDER= 'TOP-DOWN'"})), "TOP-DOWN");

@@ -4,8 +4,10 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <vector>
 
+#include "corvane/combine/covered_rows.h"
 #include "corvane/corvane.h"
 
 namespace {
@@ -89,6 +91,12 @@ void Measurements(CStlImage image)
     image.GetMinMax(0, &values[3], &values[4]);
     image.GetCenterOfGravity(values[5], values[6], nullptr);
     Print("measurements", HashOf(values.data(), values.size()));
+    CImgPixelInfo info(image);
+    std::vector<double> region(12);
+    info.Calc(CRect(-3, 5, 400, 300), &region[0], &region[3], &region[6], &region[9]);
+    Print("pixel statistics", HashOf(region.data(), region.size()));
+    PrintOf("vignetting", image, &CImgFlat::Do, &image, CPoint(250, 90), -1e-6, 1.0, whole, 0);
+    PrintOf("overscan", image, &CImgOverScan::Do, 0, 20, 5, 190, 1);
 }
 
 void Calibration(const CStlImage& image, CStlImage frame)
@@ -127,6 +135,31 @@ void Composites(int planes)
             (composite.*combine)();
         }
         Print(name, target);
+    }
+}
+
+/// The rows of an image as those of frames, of which each lacks some pixels.
+void CoveredRows(const CStlImage& image)
+{
+    const int width = image.GetWidth();
+    std::vector<double> values;
+    std::vector<int> valid;
+    std::vector<double> weights;
+    for (int y = 0; y < 13; ++y) {
+        values.insert(values.end(), image.GetImageAdr(0, y, 0, 1), image.GetImageAdr(0, y, 0, 1) + width);
+        valid.insert(valid.end(), static_cast<std::size_t>(width), 1);
+        valid[valid.size() - static_cast<std::size_t>(y) - 1] = 0;
+        weights.push_back(1.0 / (1 + y));
+    }
+    std::vector<corvane::CombineLine> lines;
+    for (std::ptrdiff_t y = 0; y < 13; ++y) {
+        lines.push_back({values.data() + y * width, valid.data() + y * width});
+    }
+    for (const auto method : {corvane::CombineMethod::kClippedMedian, corvane::CombineMethod::kClippedMean}) {
+        std::vector<float> row(static_cast<std::size_t>(width));
+        corvane::CoveredCombiner(method, corvane::Coverage::kAny, weights, -1.0)
+            .Combine(lines.data(), width, {row.data()});
+        Print("covered rows", HashOf(row.data(), row.size()));
     }
 }
 
@@ -220,12 +253,51 @@ void Geometry(CStlImage image)
     PrintOf("expansion", image, &CImgExpansion::Do, 3, 2, &image, 0);
 }
 
+void Mosaics(const CStlImage& mosaic)
+{
+    for (const auto method : {corvane::DemosaicMethod::kBilinear, corvane::DemosaicMethod::kEdgeAware}) {
+        CStlImage colour;
+        corvane::Demosaic(mosaic, corvane::BayerPattern::kGrbg, method, colour, 0);
+        Print("colours of a mosaic", colour);
+    }
+}
+
+void LabColours(CStlImage image)
+{
+    const std::unique_ptr<CStlImage> lightness(image.MakeLPlane());
+    Print("L plane", *lightness);
+    const std::unique_ptr<CStlImage> lab(image.MakeLabPlane());
+    Print("Lab planes", *lab);
+    CImgLabColorEnhance enhanced(image); // its Do has two forms
+    enhanced.Do(lab.get(), 1.3, 0.8, 1.1, -0.2, whole, 0);
+    Print("Lab enhancement", enhanced);
+}
+
+void ColourComposites(const CStlImage& colour, CStlImage r, CStlImage g, CStlImage b)
+{
+    int* const planes = nullptr;
+    g.SetDefaultCenter();
+    CStlImage source(colour);
+    PrintOf("RGB composite", source, &CImgRgbCmpst::Do, &r, 0.0, 0.0, 0.0, &g, 2.3, -1.7, 0.6, &b, 3.0, 5.0, 0.0, whole,
+            7, planes, 0);
+    PrintOf("CMY composite", source, &CImgCmyComposit::Do, &r, 0.0, 0.0, 0.0, &g, 2.3, -1.7, 0.6, &b, 3.0, 5.0, 0.0,
+            whole, 7, 0);
+    for (const int average : {0, 1}) {
+        PrintOf("LRGB composite", source, &CImgLrgbCmpst::DoLrgb, &g, 0.0, 0.0, 0.6, &source, 1.0, 1.5, 0.0, 0.9, whole,
+                average, 0);
+    }
+    for (int component = 0; component < 6; ++component) {
+        PrintOf("separation", r, &CImgSeparation::Do, &source, component, 0);
+    }
+}
+
 void AllOf(int planes)
 {
     std::printf("%d plane(s)\n", planes);
     CStlImage image = Noise(planes, 7);
     PrintOf("invert", image, &CImgInvert::Do, &image, whole, 0);
     Tones(image);
+    LabColours(image);
     PrintOf("automatic levels", image, &CImgAutoLevel::Do, 0.2, 1.0, 1, whole);
     CStlImage changed(image);
     planes == 1 ? changed.ToColor(&image, 0) : changed.ToGray(&image, 0);
@@ -235,10 +307,12 @@ void AllOf(int planes)
     Measurements(image);
     Calibration(image, Noise(1, 9));
     Composites(planes);
+    CoveredRows(image);
     Pairs(image, Noise(4 - planes, 8));
     Matching(image);
     Geometry(image);
     Filters(image);
+    Mosaics(image);
 }
 
 } // namespace
@@ -247,5 +321,6 @@ int main()
 {
     AllOf(1);
     AllOf(3);
+    ColourComposites(Noise(3, 11), Noise(1, 12), Noise(1, 13), Noise(1, 14));
     return 0;
 }

@@ -1,0 +1,81 @@
+#include "catalogue/colour_header.h"
+
+#include <algorithm>
+#include <initializer_list>
+
+#include "catalogue/filter_mosaic.h"
+#include "catalogue/parameter.h"
+#include "io/metadata.h"
+
+namespace corvane::catalogue {
+namespace {
+
+void Remove(std::initializer_list<const char*> keywords, io::Header& header)
+{
+    for (const char* keyword : keywords) {
+        header.Remove(keyword);
+    }
+}
+
+/// "m51_r.fits: filter R, 300 s, aligned by 1 star: dx 1.300, dy -0.200, angle 0.0000"
+std::string Origin(const io::Frame& frame, const Fit& fit)
+{
+    const auto filter = io::Filter(frame.header);
+    const auto seconds = io::ExposureSeconds(frame.header);
+    std::string text;
+    const auto add = [&](const std::string& what) { text.append(text.empty() ? ": " : ", ").append(what); };
+    if (filter) {
+        add(std::string("filter ").append(*filter));
+    }
+    if (seconds) {
+        add(ToText(Value(*seconds)).append(" s"));
+    }
+    if (fit.stars > 0) {
+        add(ToText(fit));
+    }
+    return text.empty() ? text : std::string(frame.image.GetOrgFileName()).append(text);
+}
+
+bool HaveOneExposure(const std::vector<io::Frame>& frames)
+{
+    const auto seconds = io::ExposureSeconds(frames[0].header);
+    return std::all_of(frames.begin(), frames.end(),
+                       [&](const io::Frame& frame) { return io::ExposureSeconds(frame.header) == seconds; });
+}
+
+} // namespace
+
+std::string FileNames(const std::vector<io::Frame>& frames)
+{
+    std::string names;
+    for (const io::Frame& frame : frames) {
+        names += std::string(" ") + frame.image.GetOrgFileName();
+    }
+    return names;
+}
+
+void DescribeColour(const std::string& command, std::vector<io::Frame>& frames, const std::vector<Fit>& fits)
+{
+    std::vector<std::string> origins;
+    std::transform(frames.begin(), frames.end(), fits.begin(), std::back_inserter(origins), Origin);
+    io::Header& header = frames[0].header;
+    if (!HaveOneExposure(frames)) {
+        Remove({"EXPTIME", "EXPOSURE", "EXP_TIME"}, header);
+    }
+    Remove({"FILTER", "FILTER1", "FILTNAM", "DATE", "DATE-END", "DATE_END", "TIME-END", "UTEND", "MJD-END"}, header);
+    DropExtremes(header);
+    DropMosaic(header);
+    header.AddHistory(command);
+    for (const std::string& origin : origins) {
+        if (!origin.empty()) {
+            header.AddHistory(origin);
+        }
+    }
+}
+
+void DropExtremes(io::Header& header)
+{
+    Remove({"DATAMIN", "DATAMAX"}, header);
+}
+
+} // namespace corvane::catalogue

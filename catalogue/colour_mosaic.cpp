@@ -1,0 +1,70 @@
+#include <optional>
+#include <string>
+
+#include "catalogue/error.h"
+#include "catalogue/filter_mosaic.h"
+#include "catalogue/operations.h"
+#include "corvane/colour/demosaic.h"
+#include "io/bayer.h"
+
+namespace corvane::catalogue {
+namespace {
+
+/// The pattern of the samples in the order of storage, by the header.
+std::string StatedPattern(const io::Frame& frame)
+{
+    const auto named = io::BayerPattern(frame.header);
+    if (!named) {
+        throw Error("pattern = auto: the header names no pattern (BAYERPAT); give pattern=RGGB, GRBG, GBRG or BGGR if "
+                    "this is a mosaic");
+    }
+    return io::StoredBayerPattern(frame.header, frame.image.GetHeight()).value_or(*named);
+}
+
+BayerPattern ChosenPattern(const io::Frame& frame, const std::string& choice)
+{
+    const std::string pattern = choice == "auto" ? StatedPattern(frame) : choice;
+    const std::optional<BayerPattern> found = NamedBayerPattern(pattern);
+    if (!found) {
+        throw Error("pattern = auto: the mosaic of this frame is " + pattern + ", which is no Bayer pattern");
+    }
+    return *found;
+}
+
+void RunDebayer(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    const BayerPattern pattern = ChosenPattern(frame, arguments.Text("pattern"));
+    const auto method = arguments.Text("method") == "bilinear" ? DemosaicMethod::kBilinear : DemosaicMethod::kEdgeAware;
+    Demosaic(frame.image, pattern, method, frame.image, context.showProgress);
+    DropMosaic(frame.header);
+}
+
+} // namespace
+
+std::vector<Operation> ColourMosaicOperations()
+{
+    return {
+        {.name = "debayer",
+         .summary = "make a colour image of a frame from a sensor with a Bayer mosaic",
+         .help = "Each pixel of such a frame has a filter of one colour; the others are made from its neighbours. Do "
+                 "it after calibration, before anything that moves or mixes samples. auto goes by BAYERPAT, XBAYROFF, "
+                 "YBAYROFF and ROWORDER; a pattern that is given counts from the first row of the file. Colours are "
+                 "not balanced. The three planes take the display levels of the one; the cards that describe the "
+                 "mosaic are taken away.",
+         .planes = Planes::Mono,
+         .parameters = {{.name = "pattern",
+                         .kind = Kind::Choice,
+                         .summary = "the filters of the first two pixels of the first row, then of the second",
+                         .choices = {"auto", "RGGB", "GRBG", "GBRG", "BGGR"},
+                         .defaultValue = std::string("auto")},
+                        {.name = "method",
+                         .kind = Kind::Choice,
+                         .summary = "edge-aware keeps stars sharp and round; bilinear is quicker and softer",
+                         .choices = {"edge-aware", "bilinear"},
+                         .defaultValue = std::string("edge-aware")}},
+         .aliases = {"demosaic"},
+         .run = RunDebayer},
+    };
+}
+
+} // namespace corvane::catalogue

@@ -1,0 +1,100 @@
+#include "catalogue/region.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "catalogue/error.h"
+#include "catalogue/parameter.h"
+#include "corvane/core/blank.h"
+#include "corvane/measure/pixel_info.h"
+
+namespace corvane::catalogue {
+namespace {
+
+constexpr int kUndefined = std::numeric_limits<int>::min();
+
+void CheckWithin(const CRect& rect, const CRect& whole)
+{
+    if (rect.left < 0 || rect.top < 0 || rect.right > whole.right || rect.bottom > whole.bottom) {
+        throw Error("--rect = " + ToText(Value(rect)) + ": must lie within the image, " + ToText(Value(whole)));
+    }
+}
+
+/// One plane of a region, in an image of its own whose blanks are the samples that do not count.
+class Cut {
+public:
+    Cut(const CStlImage& image, int plane, const CRect& rect)
+        : info_(CStlImage(-32, rect.Width(), rect.Height(), 1, 1.0, 0.0, 1))
+    {
+        info_.SetBlank(kUndefined);
+        const BlankTest isBlank(image);
+        for (int y = 0; y < rect.Height(); ++y) {
+            const float* const in =
+                image.GetImageAdr(static_cast<int>(rect.left), static_cast<int>(rect.top) + y, plane, 1);
+            CopyRow(in, info_.GetImageAdr(0, y, 0), isBlank);
+        }
+        info_.SetBlankUsed(measures_.blank + measures_.infinite > 0);
+        BeginWithOneThatCounts();
+    }
+
+    RegionMeasures Measure()
+    {
+        if (measures_.counted > 0) {
+            double values[4][3];
+            info_.Calc(CRect(0, 0, info_.GetWidth(), info_.GetHeight()), values[0], values[1], values[2], values[3]);
+            measures_.max = values[0][0];
+            measures_.min = values[1][0];
+            measures_.mean = values[2][0];
+            measures_.median = values[3][0];
+        }
+        return measures_;
+    }
+
+private:
+    void CopyRow(const float* in, float* out, const BlankTest& isBlank)
+    {
+        for (int x = 0; x < info_.GetWidth(); ++x) {
+            const bool blank = isBlank(in[x]);
+            const bool infinite = !std::isfinite(in[x]);
+            const bool counted = !blank & !infinite;
+            measures_.blank += blank;
+            measures_.infinite += infinite;
+            measures_.counted += counted;
+            out[x] = counted ? in[x] : static_cast<float>(kUndefined);
+        }
+    }
+
+    /// The extremes begin with the first sample, be it blank or not; the order of the others does not matter.
+    void BeginWithOneThatCounts()
+    {
+        float* const first = info_.GetImageAdr(0, 0, 0);
+        for (int y = 0; y < info_.GetHeight() && *first == static_cast<float>(kUndefined); ++y) {
+            float* const row = info_.GetImageAdr(0, y, 0);
+            float* const end = row + info_.GetWidth();
+            float* const found = std::find_if(row, end, [](float v) { return v != static_cast<float>(kUndefined); });
+            if (found != end) {
+                std::swap(*first, *found);
+            }
+        }
+    }
+
+    CImgPixelInfo info_;
+    RegionMeasures measures_;
+};
+
+} // namespace
+
+std::vector<RegionMeasures> MeasureRegion(const CStlImage& image, const CRect* rect)
+{
+    const CRect whole(0, 0, image.GetWidth(), image.GetHeight());
+    const CRect area = rect != nullptr ? *rect : whole;
+    CheckWithin(area, whole);
+    std::vector<RegionMeasures> planes;
+    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+        planes.push_back(Cut(image, plane, area).Measure());
+    }
+    return planes;
+}
+
+} // namespace corvane::catalogue

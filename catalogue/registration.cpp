@@ -1,0 +1,153 @@
+#include "catalogue/registration.h"
+
+#include "catalogue/error.h"
+#include "catalogue/match.h"
+#include "catalogue/names.h"
+#include "catalogue/numbers.h"
+
+namespace corvane::catalogue {
+namespace {
+
+bool IsBy(const Registration& registration, const char* word)
+{
+    return registration.align == word;
+}
+
+void CheckPlaces(const Registration& registration)
+{
+    for (std::size_t i = 0; i < registration.frames.size(); ++i) {
+        const FramePlace& place = registration.frames[i];
+        const std::string option = FrameOption("--shift", i);
+        if (!place.shift.empty() && place.shift.size() != 2) {
+            throw Error(option + " = " + NumbersText(place.shift) + ": must be DX,DY");
+        }
+        for (const double v : place.shift) {
+            CheckRange(option, v, -kMaxShift, kMaxShift);
+        }
+        CheckRange(FrameOption("--angle", i), place.angle, -kMaxTurn, kMaxTurn);
+        if (!place.points.empty() && !IsBy(registration, "points")) {
+            throw Error(FrameOption("--points", i) + " needs --align points");
+        }
+    }
+}
+
+void CheckStar(const Registration& registration)
+{
+    const std::vector<double>& at = registration.at;
+    if (IsBy(registration, "shift") == at.empty()) {
+        throw Error("--align shift and --at belong together: X,Y is about where the star is in the first frame");
+    }
+    if (!at.empty() && at.size() != 2) {
+        throw Error("--at = " + NumbersText(at) + ": must be X,Y");
+    }
+    for (const double v : at) {
+        CheckRange("--at", v, 0.0, kMaxShift);
+    }
+    CheckRange("--size", registration.size, kMinPatch, kMaxPatch);
+    CheckRange("--range", registration.range, kMinSearch, kMaxMatchRange);
+}
+
+/// What is said by hand of a frame, and the stars if it is aligned by points.
+Placement PlacementOf(const Registration& registration, std::size_t frame)
+{
+    const FramePlace& place = registration.frames[frame];
+    return {.dx = place.shift.empty() ? 0.0 : place.shift[0],
+            .dy = place.shift.empty() ? 0.0 : place.shift[1],
+            .angle = place.angle,
+            .points = registration.frames[0].points,
+            .secondPoints = place.points,
+            .box = registration.box};
+}
+
+void CheckPoints(const Registration& registration)
+{
+    CheckRange("--box", registration.box, kMinBox, kMaxBox);
+    if (!IsBy(registration, "points")) {
+        return;
+    }
+    if (registration.frames[0].points.empty()) {
+        throw Error("--align points needs --points, and the same stars in the other frames");
+    }
+    for (std::size_t i = 1; i < registration.frames.size(); ++i) {
+        CheckPlacement(PlacementOf(registration, i), FrameOption("--points", i));
+    }
+}
+
+/// Where the first frame is moved by hand.
+Fit FitOfFirst(io::Frame& first, const Registration& registration)
+{
+    const Placement placement = PlacementOf(registration, 0);
+    if (!placement.IsByStars()) {
+        first.image.SetDefaultCenter();
+    }
+    return {placement.dx, placement.dy, placement.angle, 0};
+}
+
+Fit FitOfOther(std::vector<io::Frame>& frames, std::size_t i, const std::vector<int>& planes,
+               const Registration& registration, const Context& context)
+{
+    const Placement placement = PlacementOf(registration, i);
+    if (!IsBy(registration, "shift")) {
+        return FitOnto(frames[0], frames[i], placement);
+    }
+    const StarSearch search{{registration.at[0], registration.at[1]}, registration.size, registration.range};
+    Fit fit = FindShift(frames[0], planes[0], frames[i], planes[i], search, context);
+    fit.dx += placement.dx;
+    fit.dy += placement.dy;
+    fit.angle = placement.angle;
+    return fit;
+}
+
+} // namespace
+
+const std::vector<std::string>& AlignWords()
+{
+    static const std::vector<std::string> words = {"none", "shift", "points"};
+    return words;
+}
+
+std::string FrameOption(const std::string& name, std::size_t frame)
+{
+    return name == "--points" && frame == 0 ? name : name + std::to_string(frame + 1);
+}
+
+void CheckRegistration(const Registration& registration)
+{
+    CheckWord("--align", registration.align, AlignWords());
+    CheckPlaces(registration);
+    CheckStar(registration);
+    CheckPoints(registration);
+}
+
+std::vector<Fit> FitFrames(std::vector<io::Frame>& frames, const std::vector<int>& planes,
+                           const Registration& registration, const Context& context)
+{
+    std::vector<Fit> fits(1);
+    for (std::size_t i = 1; i < frames.size(); ++i) {
+        fits.push_back(FitOfOther(frames, i, planes, registration, context));
+    }
+    fits[0] = FitOfFirst(frames[0], registration);
+    return fits;
+}
+
+std::string ToText(const Registration& registration)
+{
+    std::string text = IsBy(registration, "none") ? "" : " --align " + registration.align;
+    const auto add = [&](const std::string& option, const std::vector<double>& numbers) {
+        text += numbers.empty() ? "" : " " + option + " " + NumbersText(numbers);
+    };
+    add("--at", registration.at);
+    if (IsBy(registration, "shift")) {
+        text += " --size " + std::to_string(registration.size) + " --range " + std::to_string(registration.range);
+    }
+    for (std::size_t i = 0; i < registration.frames.size(); ++i) {
+        const FramePlace& place = registration.frames[i];
+        add(FrameOption("--points", i), place.points);
+        add(FrameOption("--shift", i), place.shift);
+        add(FrameOption("--angle", i), place.angle == 0.0 ? std::vector<double>() : std::vector{place.angle});
+    }
+    text += IsBy(registration, "points") ? " --box " + std::to_string(registration.box) : "";
+    return text;
+}
+
+} // namespace corvane::catalogue

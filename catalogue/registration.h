@@ -1,0 +1,51 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "catalogue/operation.h"
+#include "catalogue/placement.h"
+#include "catalogue/star_shift.h"
+#include "io/frame.h"
+
+namespace corvane::catalogue {
+
+/// What is said of the place of one frame.
+struct FramePlace {
+    std::vector<double> shift{};  ///< to the right and down [pixels], on top of what stars say; none for no shift
+    double angle = 0.0;           ///< turn [degrees, clockwise where the first row is the top], also on top
+    std::vector<double> points{}; ///< where one star or two are, to within half a box: X,Y or X1,Y1,X2,Y2
+};
+
+/// How several frames are brought onto the grid of the first: by numbers alone, by a star that is looked for, or by
+/// stars that are pointed at in each.
+///
+/// Rows count in the file's order, columns and rows from 0 in the middle of the first sample.
+struct Registration {
+    std::string align = "none";       ///< one of `AlignWords`
+    std::vector<FramePlace> frames{}; ///< one for each frame; the first one's stars are those of the others
+    std::vector<double> at{};         ///< shift: X,Y, about where the star is in the first frame
+    int size = kDefaultPatch;         ///< shift: side of the square about it that is looked for [pixels, 9..255]
+    int range = kDefaultSearch;       ///< shift: how far, half of it either way [pixels, 4..1024]
+    int box = kDefaultBox;            ///< points: side of the square in which a centroid is taken [pixels, 5..255]
+};
+
+/// none, shift and points.
+const std::vector<std::string>& AlignWords();
+
+/// The option for a number of frame `frame` [from 0], as --shift1; `--points` of the first goes without its number.
+std::string FrameOption(const std::string& name, std::size_t frame);
+
+/// Throws Error, which names the option, its value and what is allowed.
+void CheckRegistration(const Registration& registration);
+
+/// Finds where each frame comes to lie on the first one's grid, which the first itself may be moved against by hand.
+/// Stars are looked for in the planes given, one for each frame. Every frame's standard centre is set: its star, or
+/// without stars its middle. Throws io::Error where a star is not to be found.
+std::vector<Fit> FitFrames(std::vector<io::Frame>& frames, const std::vector<int>& planes,
+                           const Registration& registration, const Context& context);
+
+/// The registration as it stands on a command line; what is not asked for is left out.
+std::string ToText(const Registration& registration);
+
+} // namespace corvane::catalogue

@@ -1,0 +1,41 @@
+#include "catalogue/undefined.h"
+
+#include <cmath>
+#include <limits>
+
+#include "corvane/core/blank.h"
+#include "io/error.h"
+
+namespace corvane::catalogue {
+namespace {
+
+/// Returns how many samples are defined.
+long long MarkRow(const BlankTest& isBlank, float* row, int count)
+{
+    long long defined = 0;
+    for (int x = 0; x < count; ++x) {
+        row[x] = isBlank(row[x]) ? std::numeric_limits<float>::quiet_NaN() : row[x];
+        defined += std::isnan(row[x]) ? 0 : 1;
+    }
+    return defined;
+}
+
+} // namespace
+
+void MarkUndefined(io::Frame& frame)
+{
+    CStlImage& image = frame.image;
+    const BlankTest isBlank(image);
+    long long defined = 0;
+    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+        for (int y = 0; y < image.GetHeight(); ++y) {
+            defined += MarkRow(isBlank, image.GetImageAdr(0, y, plane), image.GetWidth());
+        }
+    }
+    if (defined == 0) {
+        throw io::Error(image.GetOrgFileName(), "has no sample that is defined");
+    }
+    image.SetBlankUsed(0);
+}
+
+} // namespace corvane::catalogue

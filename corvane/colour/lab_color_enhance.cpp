@@ -1,0 +1,69 @@
+#include "corvane/colour/lab_color_enhance.h"
+
+#include <algorithm>
+
+#include "corvane/core/display_scale.h"
+#include "corvane/core/lab_rows.h"
+#include "corvane/core/walk.h"
+#include "corvane/resources/string_table.h"
+
+using namespace corvane;
+
+namespace {
+
+constexpr int kStretch = 256;
+
+/// The gains of one axis on either side of grey.
+struct Gains {
+    double plus = 1.0;
+    double minus = 1.0;
+
+    double operator()(double v) const { return v * (v >= 0.0 ? plus : minus); }
+};
+
+void Load(const float* in, int count, const Gains& gains, double* out)
+{
+    std::transform(in, in + count, out, [gains](double v) { return gains(v); });
+}
+
+void Store(const double* in, int count, const DisplayScale& scale, float* out)
+{
+    std::transform(in, in + count, out, [scale](double v) { return static_cast<float>(scale.ToRaw(v * 255.0)); });
+}
+
+/// Converts a stretch of L, a and b into as many planes as the target has.
+void Enhance(const CStlImage& lab, const Gains (&gains)[3], int x, int y, int count, CStlImage& target)
+{
+    double channels[3][kStretch];
+    for (int p = 0; p < 3; ++p) {
+        Load(lab.GetImageAdr(x, y, std::min(p, lab.GetPlanes() - 1), 1), count, gains[p], channels[p]);
+    }
+    auto& [first, second, third] = channels;
+    LabToRgbRow(count, first, second, third, first, second, third);
+    for (int p = 0; p < std::min(3, target.GetPlanes()); ++p) {
+        Store(channels[p], count, DisplayScale(target, p), target.GetImageAdr(x, y, p));
+    }
+}
+
+} // namespace
+
+void CImgLabColorEnhance::Do(CStlImage* lab, double aPlus, double aMinus, double bPlus, double bMinus, CRect* rect,
+                             int showProgress)
+{
+    const Gains gains[] = {{}, {aPlus, aMinus}, {bPlus, bMinus}};
+    const CRect area = WorkingArea(*this, rect);
+    const int end = lab->GetPixelCount() == 0 ? 0 : std::min<int>(area.right, lab->GetWidth());
+    ShowProgressInit(showProgress, IDS_LAB_ENHANCE, static_cast<int>(area.bottom - area.top));
+    for (int y = area.top; y < area.bottom; ++y) {
+        for (int x = area.left; x < end; x += kStretch) {
+            Enhance(*lab, gains, x, y, std::min(kStretch, end - x), *this);
+        }
+        ShowProgress(1);
+    }
+    ShowProgressEnd(nullptr);
+}
+
+void CImgLabColorEnhance::Do(CStlImage* lab, double aGain, double bGain, CRect* rect, int showProgress)
+{
+    Do(lab, aGain, aGain, bGain, bGain, rect, showProgress);
+}

@@ -1,0 +1,168 @@
+#include "corvane/measure/overscan.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+#include "corvane/core/blank.h"
+#include "corvane/measure/ascending.h"
+#include "corvane/measure/clamped_region.h"
+#include "corvane/tone/auto_level.h"
+
+using namespace corvane;
+
+namespace {
+
+/// A value and how often it is there.
+struct Weighted {
+    double value;
+    double weight;
+};
+
+using Values = std::vector<Weighted>;
+
+/// The samples of a row before its first blank.
+int LengthToBlank(const float* row, int count, const BlankTest& isBlank)
+{
+    return isBlank.low > isBlank.high ? count : static_cast<int>(std::find_if(row, row + count, isBlank) - row);
+}
+
+double Count(const Values& values)
+{
+    double count = 0.0;
+    for (const Weighted& v : values) {
+        count += v.weight;
+    }
+    return count;
+}
+
+/// The sum of a function of the values over their number.
+template <class Function>
+double Mean(const Values& values, Function function)
+{
+    double sum = 0.0;
+    for (const Weighted& v : values) {
+        sum += function(v.value) * v.weight;
+    }
+    return sum / Count(values);
+}
+
+/// The element count / 2 of values in order, which must not be empty.
+double Median(const Values& values)
+{
+    const double middle = std::floor(Count(values) / 2.0);
+    double passed = 0.0;
+    const auto found = std::find_if(values.begin(), values.end() - 1,
+                                    [&](const Weighted& v) { return (passed += v.weight) > middle; });
+    return found->value;
+}
+
+/// Puts the values in order and keeps those strictly within 3 standard deviations of their median.
+void Clip(Values& values)
+{
+    if (values.empty()) {
+        return;
+    }
+    std::sort(values.begin(), values.end(),
+              [](const Weighted& a, const Weighted& b) { return Ascending()(a.value, b.value); });
+    const double median = Median(values);
+    const double mean = Mean(values, [](double v) { return v; });
+    const double sigma = std::sqrt(Mean(values, [=](double v) { return (v - mean) * (v - mean); }));
+    const double low = median - 3.0 * sigma;
+    const double high = median + 3.0 * sigma;
+    std::erase_if(values, [=](const Weighted& v) { return !(v.value > low && v.value < high); });
+}
+
+/// The samples of plane 0 on the positions of a strip.
+struct Strip {
+    const CStlImage& image;
+    ClampedSpan columns;
+    ClampedSpan rows;
+
+    template <class Visit>
+    void ForEachRun(Visit visit) const
+    {
+        VisitRuns(
+            image, 0, columns, rows,
+            [isBlank = BlankTest(image)](const float* row, int count) { return LengthToBlank(row, count, isBlank); },
+            visit);
+    }
+
+    std::optional<double> PlainMean() const
+    {
+        WeightedSum sum;
+        ForEachRun([&](const float* samples, int length, std::uint64_t weight) {
+            sum.Add(samples, length, weight, BlankTest());
+        });
+        return sum.count > 0.0 ? std::optional(sum.Mean()) : std::nullopt;
+    }
+
+    std::optional<double> ClippedMean() const
+    {
+        Values values;
+        ForEachRun([&](const float* samples, int length, std::uint64_t weight) {
+            for (int i = 0; i < length; ++i) {
+                values.push_back({samples[i], static_cast<double>(weight)});
+            }
+        });
+        Clip(values);
+        return values.empty() ? std::nullopt : std::optional(Mean(values, [](double v) { return v; }));
+    }
+};
+
+/// The positions from one edge to the other, both included, in either order.
+ClampedSpan Between(int a, int b, int size)
+{
+    return {std::min(a, b), static_cast<std::int64_t>(std::max(a, b)) + 1, size};
+}
+
+void Subtract(CStlImage& image, double bias)
+{
+    const BlankTest isBlank(image);
+    for (int y = 0; y < image.GetHeight(); ++y) {
+        float* const row = image.GetImageAdr(0, y, 0);
+        const int length = LengthToBlank(row, image.GetWidth(), isBlank);
+        for (int x = 0; x < length; ++x) {
+            row[x] = static_cast<float>(row[x] - bias);
+        }
+    }
+}
+
+} // namespace
+
+void CImgOverScan::Do(int left, int right, int top, int bottom, int clip)
+{
+    const std::optional<double> bias = OverscanBias(*this, left, right, top, bottom, clip);
+    if (!bias) {
+        return;
+    }
+    Subtract(*this, std::fabs(*bias));
+    const AutoLevelSettings settings = ReadAutoLevelSettings();
+    CImgAutoLevel levels;
+    levels.Swap(this); // not a copy: automatic levels change no sample
+    levels.Do(settings.lowSigma, settings.highSigma, settings.perPlane, nullptr);
+    Swap(&levels);
+}
+
+void CImgOverScan::SigmaClipping(int& count, double* values)
+{
+    Values kept;
+    for (int i = 0; i < count; ++i) {
+        kept.push_back({values[i], 1.0});
+    }
+    Clip(kept);
+    count = 0;
+    for (const Weighted& v : kept) {
+        values[count++] = v.value;
+    }
+}
+
+std::optional<double> corvane::OverscanBias(const CStlImage& image, int left, int right, int top, int bottom, int clip)
+{
+    const Strip strip{image, Between(left, right, image.GetWidth()), Between(top, bottom, image.GetHeight())};
+    if (image.GetPlanes() < 1) {
+        return std::nullopt;
+    }
+    return clip != 0 ? strip.ClippedMean() : strip.PlainMean();
+}

@@ -1,0 +1,122 @@
+#include "corvane/combine/covered_rows.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+#include "tests/support/images.h"
+#include "tests/support/plain.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr double kBlank = -77.0;
+constexpr int kWidth = 53;
+
+/// What a pixel should show: value, coverage, rejected low and high.
+using Shown = std::array<double, 4>;
+
+/// The definition for values with their weights.
+Shown PlainPixel(std::vector<std::pair<double, double>> values, CombineMethod method)
+{
+    if (values.empty()) {
+        return {kBlank, 0.0, 0.0, 0.0};
+    }
+    const auto n = static_cast<double>(values.size());
+    std::sort(values.begin(), values.end());
+    const double median = values[values.size() / 2].first;
+    double mean = 0.0;
+    double squares = 0.0;
+    std::for_each(values.begin(), values.end(), [&](const auto& value) { mean += value.first / n; });
+    std::for_each(values.begin(), values.end(), [&](const auto& value) { squares += std::pow(value.first - mean, 2); });
+    auto kept = values;
+    std::erase_if(kept, [&](const auto& u) { return !(std::fabs(u.first - median) < 3.0 * std::sqrt(squares / n)); });
+    if (method == CombineMethod::kMedian || kept.empty()) {
+        return {method == CombineMethod::kMedian ? median : values[0].first, n, 0.0, 0.0};
+    }
+    double sum = 0.0;
+    double weights = 0.0;
+    for (const auto& [v, weight] : kept) {
+        sum += weight * v;
+        weights += weight;
+    }
+    const auto low = std::find(values.begin(), values.end(), kept[0]) - values.begin();
+    return {method == CombineMethod::kClippedMean ? sum / weights : kept[kept.size() / 2].first, n,
+            static_cast<double>(low), n - static_cast<double>(low) - static_cast<double>(kept.size())};
+}
+
+/// Rows of frames with gaps, NaN, equal values, outliers and an infinity; a column that no frame has.
+struct Rows {
+    Rows(int frames, int gaps, bool isWeighted) : values(frames), valid(frames)
+    {
+        test::Random random(static_cast<std::uint64_t>(frames * 7 + gaps));
+        for (int i = 0; i < frames; ++i) {
+            for (int x = 0; x < kWidth; ++x) {
+                const double v = x % 5 == 1 ? 5.5 : random.Between(-20.0, 300.0) * (random.Whole(0, 15) == 0 ? 40 : 1);
+                const bool isMissing = random.Whole(0, 9) < gaps || (gaps > 0 && x == 33);
+                values[i].push_back(isMissing && x % 2 == 0 ? std::nan("") : x == 34 && i == 2 ? HUGE_VAL : v);
+                valid[i].push_back(isMissing && x % 2 == 1 ? 0 : 1);
+            }
+            weights.push_back(!isWeighted ? 1.0 : i % 4 == 3 ? 0.0 : random.Between(0.1, 1.0));
+            lines.push_back({values[i].data(), valid[i].data()});
+        }
+    }
+
+    Shown Expected(int x, CombineMethod method) const
+    {
+        std::vector<std::pair<double, double>> there;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            const bool counts = method != CombineMethod::kClippedMean || weights[i] > 0.0;
+            if (counts && valid[i][x] != 0 && !std::isnan(values[i][x])) {
+                there.emplace_back(values[i][x], weights[i]);
+            }
+        }
+        return PlainPixel(there, method);
+    }
+
+    std::vector<std::vector<double>> values;
+    std::vector<std::vector<int>> valid;
+    std::vector<double> weights;
+    std::vector<CombineLine> lines;
+};
+
+void Check(const Rows& rows, CombineMethod method)
+{
+    std::vector<std::vector<float>> got(4, std::vector<float>(kWidth, 99.0F));
+    CoveredCombiner combiner(method, Coverage::kAny, rows.weights, kBlank);
+    const int least =
+        combiner.Combine(rows.lines.data(), kWidth, {got[0].data(), got[1].data(), got[2].data(), got[3].data()});
+    for (int i = 0; i < 4 * kWidth; ++i) {
+        const auto expected = static_cast<float>(rows.Expected(i / 4, method)[i % 4]);
+        ASSERT_TRUE(test::Near(got[i % 4][i / 4], expected, 1)) << "x " << i / 4 << ", " << i % 4;
+    }
+    EXPECT_EQ(static_cast<float>(least), *std::min_element(got[1].begin(), got[1].end()));
+
+    const std::vector<double> same(rows.lines.size(), 0.5);
+    std::vector<float> composite(kWidth);
+    RowCombiner(method, static_cast<int>(same.size())).Combine(rows.lines.data(), kWidth, composite.data());
+    CoveredCombiner(method, Coverage::kAll, same, 0.0).Combine(rows.lines.data(), kWidth, {got[0].data()});
+    for (int x = 0; x < kWidth; ++x) {
+        ASSERT_TRUE(test::Near(got[0][x], composite[x], 0)) << "of all frames, x " << x;
+    }
+}
+
+} // namespace
+
+TEST(CoveredRows, TakeTheStatisticOfWhatIsThere)
+{
+    for (int n = 0; n <= 40; ++n) {
+        for (const int gaps : {0, 1, 8}) {
+            const Rows rows(n, gaps, n % 2 == 1);
+            for (const auto method :
+                 {CombineMethod::kMedian, CombineMethod::kClippedMedian, CombineMethod::kClippedMean}) {
+                SCOPED_TRACE(testing::Message() << n << " frames, gaps " << gaps << ", " << static_cast<int>(method));
+                Check(rows, method);
+            }
+        }
+    }
+}
+
+} // namespace corvane
