@@ -41,12 +41,20 @@ void AddBitsOption(CLI::App& command, int& bits);
 /// @name The commands: each adds itself to the application and, when chosen, sets the session's work
 /// @{
 void AddInfo(CLI::App& app, Session& session);
+void AddStats(CLI::App& app, Session& session);
 void AddRender(CLI::App& app, Session& session);
 void AddApply(CLI::App& app, Session& session);
 void AddStack(CLI::App& app, Session& session);
+void AddRegister(CLI::App& app, Session& session);
 void AddComposite(CLI::App& app, Session& session);
 void AddMosaic(CLI::App& app, Session& session);
 void AddMatch(CLI::App& app, Session& session);
+void AddRgb(CLI::App& app, Session& session);
+void AddCmy(CLI::App& app, Session& session);
+void AddLrgb(CLI::App& app, Session& session);
+void AddSplit(CLI::App& app, Session& session);
+void AddStars(CLI::App& app, Session& session);
+void AddFindStars(CLI::App& app, Session& session);
 void AddOps(CLI::App& app, Session& session);
 /// @}
 

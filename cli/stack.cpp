@@ -1,101 +1,53 @@
 #include "stack/stack.h"
 
-#include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "cli/cancel.h"
+#include "cli/light_words.h"
 #include "cli/picture.h"
+#include "cli/report.h"
 #include "cli/session.h"
-#include "corvane/core/memory_budget.h"
-#include "corvane/platform/messages.h"
 #include "io/frame.h"
 
 namespace corvane::cli {
 namespace {
 
-constexpr std::uint64_t kLeastMemory = 1 << 20;
-
-template <typename Value>
-using Words = std::vector<std::pair<std::string, Value>>;
-
-const Words<CombineMethod> kMethods = {{"median", CombineMethod::kMedian},
-                                       {"clipped-median", CombineMethod::kClippedMedian},
-                                       {"clipped-mean", CombineMethod::kClippedMean}};
-const Words<stack::AlignMethod> kAlignments = {{"none", stack::AlignMethod::kNone},
-                                               {"shift", stack::AlignMethod::kShift}};
-
-struct StackOptions {
-    stack::Options stack;
+struct StackWords {
+    LightWords lights;
     std::string output;
     std::string preview;
-    std::string memory;
-    std::vector<int> reference;
+    std::string coverageMap;
+    std::string rejectMap;
     io::SaveOptions save;
 };
 
-template <typename Value>
-void AddChoice(CLI::App& command, const std::string& name, Value& value, const Words<Value>& words,
-               const std::string& help)
+std::vector<std::string> Outputs(const StackWords& words)
 {
-    std::string names;
-    for (const auto& [word, meaning] : words) {
-        names += (names.empty() ? "" : "|") + word;
-    }
-    const auto choose = [&value, &words, name, names](const std::string& given) {
-        const auto found =
-            std::find_if(words.begin(), words.end(), [&](const auto& word) { return word.first == given; });
-        if (found == words.end()) {
-            throw CLI::ValidationError(name + " = " + given, "must be " + names);
+    std::vector<std::string> outputs{words.output};
+    for (const std::string& other : {words.preview, words.coverageMap, words.rejectMap, words.lights.report}) {
+        if (!other.empty()) {
+            outputs.push_back(other);
         }
-        value = found->second;
-    };
-    command.add_option_function<std::string>(name, choose, help)->type_name(names)->default_str(words.front().first);
-}
-
-void AddFiles(CLI::App& command, const std::string& name, std::vector<std::string>& files, const std::string& help)
-{
-    command.add_option(name, files, help)->type_name("F");
-}
-
-void SetMemory(const std::string& size)
-{
-    std::uint64_t bytes = 0;
-    if (!ParseMemorySize(size, bytes) || bytes < kLeastMemory) {
-        throw UsageError("--memory = " + size + ": must be at least 1M, in bytes or with K, M or G");
-    }
-    SetMemoryBudget(bytes);
-}
-
-void CheckLights(const stack::Options& options)
-{
-    if (options.lights.empty()) {
-        throw UsageError("stack: there are no lights; put them first, or after `--`, since all files that follow "
-                         "--bias, --dark, --flat and --flat-dark belong to that option");
-    }
-}
-
-std::vector<std::string> Outputs(const StackOptions& options)
-{
-    std::vector<std::string> outputs{options.output};
-    if (!options.preview.empty()) {
-        outputs.push_back(options.preview);
     }
     return outputs;
 }
 
-void CheckOutputs(const StackOptions& options)
+void CheckOutputs(const StackWords& words)
 {
-    io::CheckSave(options.output, options.save);
-    if (!options.preview.empty()) {
-        CheckPicture(options.preview);
+    io::CheckSave(words.output, words.save);
+    if (!words.preview.empty()) {
+        CheckPicture(words.preview);
     }
-    stack::CheckOutputs(options.stack, Outputs(options));
+    for (const std::string& map : {words.coverageMap, words.rejectMap}) {
+        if (!map.empty()) {
+            io::CheckSave(map, {});
+        }
+    }
+    stack::CheckOutputs(words.lights.options, Outputs(words));
 }
 
 // The picture's levels are its own: the stack is written the same with and without one.
@@ -103,139 +55,148 @@ void SavePreview(const std::string& path, io::Frame& frame)
 {
     const int ownLevel = frame.image.HasOwnLevel();
     frame.image.SetOrgLevel();
-    SavePicture(path, frame, "auto-levels");
+    // Each plane of its own makes the sky grey.
+    SavePicture(path, frame, frame.image.IsColor() != 0 ? "auto-levels:per-plane=yes" : "auto-levels");
     frame.image.RestoreOrgLevel();
     frame.image.SetOwnLevel(ownLevel);
 }
 
-// The picture comes first, so that it can be taken back when the stack itself cannot be written.
-void SaveAll(const StackOptions& options, stack::Result& result)
+/// Takes files away again unless they are kept.
+class Provisional {
+public:
+    Provisional() = default;
+    ~Provisional()
+    {
+        for (const std::string& file : files_) {
+            std::error_code ignored;
+            std::filesystem::remove(file, ignored);
+        }
+    }
+    Provisional(const Provisional&) = delete;
+    Provisional& operator=(const Provisional&) = delete;
+
+    void Add(const std::string& file) { files_.push_back(file); }
+    void Keep() { files_.clear(); }
+
+private:
+    std::vector<std::string> files_;
+};
+
+void SaveCounts(const std::string& path, const CStlImage& counts, const char* unit)
+{
+    io::Header header;
+    header.Set("BUNIT", unit);
+    io::Save(path, counts, header, {});
+}
+
+/// Values that the clipping dropped: below, above, and both together as three planes, each for all planes of the stack.
+CStlImage JoinRejected(const stack::Result& result)
+{
+    const CStlImage& low = result.rejectedLow;
+    const CStlImage& high = result.rejectedHigh;
+    CStlImage joined(-32, low.GetWidth(), low.GetHeight(), 3, 1.0, 0.0, 1);
+    for (int y = 0; y < low.GetHeight(); ++y) {
+        float* const rows[] = {joined.GetImageAdr(0, y, 0), joined.GetImageAdr(0, y, 1), joined.GetImageAdr(0, y, 2)};
+        for (int plane = 0; plane < low.GetPlanes(); ++plane) {
+            const float* const below = low.GetImageAdr(0, y, plane, 1);
+            const float* const above = high.GetImageAdr(0, y, plane, 1);
+            for (int x = 0; x < low.GetWidth(); ++x) {
+                rows[0][x] += below[x];
+                rows[1][x] += above[x];
+                rows[2][x] += below[x] + above[x];
+            }
+        }
+    }
+    return joined;
+}
+
+// The stack comes last, so that everything else can be taken back when it cannot be written.
+void SaveAll(const StackWords& words, stack::Result& result)
 {
     io::Frame frame;
     frame.image.Swap(&result.image);
     frame.header = result.header;
-    if (!options.preview.empty()) {
-        SavePreview(options.preview, frame);
+    Provisional others;
+    if (!words.preview.empty()) {
+        SavePreview(words.preview, frame);
+        others.Add(words.preview);
     }
-    try {
-        io::Save(options.output, frame.image, result.header, options.save);
-    } catch (...) {
-        if (!options.preview.empty()) {
-            std::error_code ignored;
-            std::filesystem::remove(options.preview, ignored);
-        }
-        throw;
+    if (!words.coverageMap.empty()) {
+        SaveCounts(words.coverageMap, result.coverage, "lights");
+        others.Add(words.coverageMap);
     }
+    if (!words.rejectMap.empty()) {
+        SaveCounts(words.rejectMap, JoinRejected(result), "values");
+        others.Add(words.rejectMap);
+    }
+    if (!words.lights.report.empty()) {
+        WriteReport(words.lights.report, result);
+        others.Add(words.lights.report);
+    }
+    io::Save(words.output, frame.image, result.header, words.save);
+    others.Keep();
 }
 
-std::string Formatted(const char* format, double value)
+std::string OutputsText(const StackWords& words)
 {
-    char text[32];
-    std::snprintf(text, sizeof text, format, value);
+    std::string text = "stack: " + words.output + "\n";
+    const auto add = [&](const char* what, const std::string& file) {
+        text += file.empty() ? "" : std::string(what).append(": ").append(file) + "\n";
+    };
+    add("preview", words.preview);
+    add("coverage", words.coverageMap);
+    add("rejected", words.rejectMap);
+    add("report", words.lights.report);
     return text;
 }
 
-void PrintFrames(const stack::Result& result, bool isAligned, bool all)
+int Stack(StackWords& words, const Session& session)
 {
-    std::size_t width = 0;
-    for (const stack::FrameReport& frame : result.frames) {
-        width = std::max(width, frame.file.size());
-    }
-    for (const stack::FrameReport& frame : result.frames) {
-        const std::string name = "  " + frame.file + std::string(width - frame.file.size() + 2, ' ');
-        if (!frame.used) {
-            std::cout << name << "rejected: " << frame.reason << "\n";
-        } else if (isAligned) {
-            std::cout << name << "shift" << Formatted(" %+7.1f", frame.dx) << Formatted(" %+7.1f", frame.dy) << "\n";
-        } else if (all) {
-            std::cout << name << "used\n";
-        }
-    }
-}
-
-void PrintSummary(const StackOptions& options, const stack::Result& result, bool verbose)
-{
-    const auto used = std::count_if(result.frames.begin(), result.frames.end(),
-                                    [](const stack::FrameReport& frame) { return frame.used; });
-    std::cout << result.frames.size() << (result.frames.size() == 1 ? " light, " : " lights, ") << used << " used, "
-              << static_cast<long>(result.frames.size()) - used << " rejected\n";
-    PrintFrames(result, options.stack.align != stack::AlignMethod::kNone, verbose);
-    for (const std::string& note : result.notes) {
-        std::cout << "note: " << note << "\n";
-    }
-    double total = 0.0;
-    for (const stack::Stage& stage : result.stages) {
-        std::cout << stage.name << Formatted(" %.1f s, ", stage.seconds);
-        total += stage.seconds;
-    }
-    std::cout << Formatted("%.1f s in all\n", total) << "stack: " << options.output << "\n";
-    if (!options.preview.empty()) {
-        std::cout << "preview: " << options.preview << "\n";
-    }
-}
-
-int Stack(StackOptions& options, const Session& session)
-{
-    CheckLights(options.stack);
-    if (!options.memory.empty()) {
-        SetMemory(options.memory);
-    }
-    if (!options.reference.empty()) {
-        options.stack.reference = stack::PixelPlace{options.reference[0], options.reference[1]};
-    }
-    stack::CheckOptions(options.stack);
-    CheckOutputs(options);
-    options.stack.progressWindow = platform::GetMainWindow();
-    stack::Result result = stack::Run(options.stack);
+    FinishLightOptions(words.lights, "stack");
+    CheckOutputs(words);
+    stack::Options& options = words.lights.options;
+    options.wantsCoverage = !words.coverageMap.empty();
+    options.wantsRejected = !words.rejectMap.empty();
+    stack::Result result = stack::Run(options);
     ThrowIfCancelled();
-    SaveAll(options, result);
+    SaveAll(words, result);
     if (!session.quiet) {
-        PrintSummary(options, result, session.verbose);
+        std::cout << LightsText(options, result, session.verbose) << OutputsText(words);
     }
     return kDone;
 }
 
-std::string Range(int min, int max)
+void AddCombining(CLI::App& command, stack::Options& options)
 {
-    return " [pixels, " + std::to_string(min) + " to " + std::to_string(max) + "]";
+    AddChoice<CombineMethod>(
+        command, "--method", stack::kMethodNames, [&options](CombineMethod method) { options.method = method; },
+        "How samples of one place are combined")
+        ->default_str(stack::kMethodNames.front().first);
+    AddChoice<stack::NormaliseMethod>(
+        command, "--normalise", stack::kNormaliseNames,
+        [&options](stack::NormaliseMethod method) { options.normalise = method; },
+        "Bring lights to the brightness of the reference first; both, or none without --align stars");
+    AddChoice<stack::WeightMethod>(
+        command, "--weight", stack::kWeightNames, [&options](stack::WeightMethod method) { options.weight = method; },
+        "clipped-mean: what lights count by")
+        ->default_str(stack::kWeightNames.front().first);
+    AddChoice<Coverage>(
+        command, "--coverage", stack::kCoverageNames, [&options](Coverage coverage) { options.coverage = coverage; },
+        "Make pixels that any light has, or those that all have")
+        ->default_str(stack::kCoverageNames.front().first);
 }
 
-void AddFileOptions(CLI::App& command, StackOptions& options)
+void AddOutputs(CLI::App& command, StackWords& words)
 {
-    command.add_option("lights", options.stack.lights, "The frames to stack; the first is the reference")
-        ->type_name("LIGHT");
-    AddOutputOption(command, options.output, "The stack to write: .fits or .tif");
-    AddFiles(command, "--bias", options.stack.bias, "Bias frames");
-    AddFiles(command, "--dark", options.stack.darks, "Dark frames; with bias frames they are scaled by exposure");
-    AddFiles(command, "--flat", options.stack.flats, "Flat fields");
-    AddFiles(command, "--flat-dark", options.stack.flatDarks, "Darks of the flats' exposure, in place of the bias");
-    command.add_option("--preview", options.preview, "Write a picture of the stack, too")->type_name("OUT.png");
-    AddBitsOption(command, options.save.bits);
-}
-
-void AddWayOptions(CLI::App& command, StackOptions& options)
-{
-    stack::Options& settings = options.stack;
-    AddChoice(command, "--method", settings.method, kMethods, "How samples of one place are combined");
-    AddChoice(command, "--align", settings.align, kAlignments, "How frames are brought onto the first");
-    command.add_option("--reference", options.reference, "Centre of the star to align by; else the brightest alone")
-        ->delimiter(',')
-        ->expected(2)
-        ->type_name("X,Y");
+    AddOutputOption(command, words.output, "The stack to write: .fits or .tif");
+    command.add_option("--preview", words.preview, "Write a picture of the stack, too")->type_name("OUT.png");
+    command.add_option("--coverage-map", words.coverageMap, "Write how many lights have each pixel, too")
+        ->type_name("FILE");
     command
-        .add_option("--size", settings.size,
-                    "Width of the patch around that star" + Range(stack::kMinPatchSize, stack::kMaxPatchSize))
-        ->type_name("N")
-        ->capture_default_str();
-    command.add_option("--search", settings.search, "Largest shift to look for" + Range(0, stack::kMaxSearch))
-        ->type_name("N")
-        ->capture_default_str();
-    command
-        .add_option("--pedestal", settings.pedestal, "Added before a dark is taken off, so that noise below 0 is kept")
-        ->type_name("N")
-        ->capture_default_str();
-    command.add_option("--memory", options.memory, "Memory for samples, as 512M or 2G; else half of the computer's")
-        ->type_name("SIZE");
+        .add_option("--reject-map", words.rejectMap,
+                    "Write how many values the clipping dropped, too: below, above, together")
+        ->type_name("FILE");
+    AddBitsOption(command, words.save.bits);
 }
 
 } // namespace
@@ -243,13 +204,14 @@ void AddWayOptions(CLI::App& command, StackOptions& options)
 void AddStack(CLI::App& app, Session& session)
 {
     CLI::App& command = *app.add_subcommand("stack", "Calibrate, align and combine the frames of a night");
-    auto options = std::make_shared<StackOptions>();
+    auto words = std::make_shared<StackWords>();
     AddCommonOptions(command, session);
-    AddFileOptions(command, *options);
-    AddWayOptions(command, *options);
+    AddOutputs(command, *words);
+    AddLightOptions(command, words->lights);
+    AddCombining(command, words->lights.options);
     command.footer("The calibration options take all files up to the next option: put the lights first, or after "
                    "`--`.\nSeveral frames of one kind are combined by median.");
-    command.callback([&session, options] { session.work = [&session, options] { return Stack(*options, session); }; });
+    command.callback([&session, words] { session.work = [&session, words] { return Stack(*words, session); }; });
 }
 
 } // namespace corvane::cli

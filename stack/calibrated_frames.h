@@ -1,9 +1,11 @@
 #pragma once
 
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "stack/calibrate.h"
+#include "stack/cosmetic.h"
 #include "stack/frame_set.h"
 
 namespace corvane::stack {
@@ -19,15 +21,23 @@ public:
     /// Tells its blanks.
     BlankTest IsBlank(int frame) const { return Blank(frame) ? BlankTest(*Blank(frame)) : BlankTest(); }
 
+    /// From now on rows are read with these pixels mended after calibration; a dark of the frames' size told them.
+    void MendHotPixels(HotPixels pixels) { hotPixels_ = std::move(pixels); }
+
+    const io::FrameInfo& Info(int frame) const { return frames_.Info(frame); }
+
     /// Reads rows of all planes; plane p begins at samples + p * planeStride. Throws io::Error.
     void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
-    /// Reads rows into an image of their own, which declares the frame's blank.
-    CStlImage ReadImage(int frame, int firstRow, int rowCount);
 
 private:
+    void ReadCalibrated(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
+    void ReadMended(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
+
     FrameSet& frames_;
     Masters masters_;
     std::vector<FrameCalibration> calibrations_;
+    HotPixels hotPixels_;
+    std::vector<float> mended_; ///< rows to mend, with those about them
 };
 
 } // namespace corvane::stack

@@ -5,7 +5,9 @@
 #include <span>
 #include <string>
 
+#include "io/bayer.h"
 #include "io/metadata.h"
+#include "stack/names.h"
 #include "stack/text.h"
 
 namespace corvane::stack {
@@ -125,22 +127,63 @@ std::string FramesText(const char* kind, const std::vector<std::string>& files)
     return std::string(" ") + kind + " " + count + files.front() + ";";
 }
 
-std::string ParametersText(const Options& options)
+std::string PlaceText(const PixelPlace& place)
 {
-    std::string text = std::string("stack --method ") + MethodName(options.method);
-    text += options.align == AlignMethod::kShift ? " --align shift" : " --align none";
-    if (options.align == AlignMethod::kShift) {
-        text += " --size " + std::to_string(options.size) + " --search " + std::to_string(options.search);
-        if (options.reference) {
-            text += " --reference " + std::to_string(options.reference->x) + "," + std::to_string(options.reference->y);
-        }
-    }
-    return text + " --pedestal " + NumberText(options.pedestal);
+    return std::to_string(place.x) + "," + std::to_string(place.y);
 }
 
-void AddHistory(const Options& options, int used, const std::vector<FrameReport>& frames, io::Header& header)
+std::string AlignText(const Options& options, const Registration& result)
 {
-    header.AddHistory(ParametersText(options));
+    std::string text = std::string(" --align ") + NameOf(kAlignNames, options.align);
+    if (options.align == AlignMethod::kStars) {
+        text += options.alignsScale ? " --scale" : "";
+    }
+    if (options.align == AlignMethod::kShift) {
+        text += " --size " + std::to_string(options.size) + " --search " + std::to_string(options.search);
+        text += result.reference ? " --star " + PlaceText(*result.reference) : "";
+    }
+    if (options.align != AlignMethod::kNone && result.frames.size() > 1) {
+        text += " --reference " + result.frames[static_cast<std::size_t>(result.referenceLight)].file;
+    }
+    return text;
+}
+
+std::string LimitsText(const Options& options)
+{
+    std::string text;
+    const auto add = [&](const char* name, const std::optional<double>& sigmas) {
+        if (sigmas) {
+            text += std::string(" --reject-") + name + " " + NumberText(*sigmas);
+        }
+    };
+    add("fwhm", options.rejectFwhm);
+    add("stars", options.rejectStars);
+    add("background", options.rejectBackground);
+    return text;
+}
+
+std::string MosaicText(const Options& options, const Plan& plan)
+{
+    if (plan.patterns.empty()) {
+        return plan.isMosaic ? " --bayer none" : "";
+    }
+    return std::string(" --bayer ") + NameOf(plan.patterns.front()) + " --debayer " +
+           NameOf(kDemosaicNames, options.demosaic);
+}
+
+std::string ParametersText(const Options& options, const Plan& plan, const Registration& result)
+{
+    return std::string("stack --method ") + NameOf(kMethodNames, options.method) + AlignText(options, result) +
+           LimitsText(options) + MosaicText(options, plan) + " --normalise " +
+           NameOf(kNormaliseNames, NormaliseOf(options)) + " --weight " + NameOf(kWeightNames, options.weight) +
+           " --coverage " + NameOf(kCoverageNames, options.coverage) + (options.cosmetic ? " --cosmetic" : "") +
+           " --pedestal " + NumberText(options.pedestal);
+}
+
+void AddHistory(const Options& options, const Plan& plan, int used, const Registration& result, io::Header& header)
+{
+    const std::vector<FrameReport>& frames = result.frames;
+    header.AddHistory(ParametersText(options, plan, result));
     std::string text =
         "Corvane " CORVANE_VERSION ": " + std::to_string(used) + " of " + std::to_string(frames.size()) + " lights;";
     text += FramesText("bias", options.bias) + FramesText("dark", options.darks) + FramesText("flat", options.flats) +
@@ -156,16 +199,17 @@ void AddHistory(const Options& options, int used, const std::vector<FrameReport>
 
 } // namespace
 
-io::Header DescribeStack(const Options& options, const Plan& plan, const std::vector<FrameReport>& frames)
+io::Header DescribeStack(const Options& options, const Plan& plan, const Registration& result)
 {
-    const auto used = std::find_if(frames.begin(), frames.end(), [](const FrameReport& frame) { return frame.used; });
-    const auto first = static_cast<int>(used - frames.begin());
-    io::Header header = plan.lights.Info(first).header;
-    const Times times = CollectTimes(plan, frames);
+    io::Header header = plan.lights.Info(result.referenceLight).header;
+    const Times times = CollectTimes(plan, result.frames);
     RemoveCards(kStaleCards, header);
-    SetTimes(times, plan.exposures[first], header);
+    if (!plan.patterns.empty()) {
+        RemoveCards(io::kBayerCards, header);
+    }
+    SetTimes(times, plan.exposures[static_cast<std::size_t>(result.referenceLight)], header);
     SetCalibration(options, header);
-    AddHistory(options, times.frames, frames, header);
+    AddHistory(options, plan, times.frames, result, header);
     return header;
 }
 

@@ -1,18 +1,16 @@
 #pragma once
 
-#include <vector>
-
 #include "stack/plan.h"
 #include "stack/stack.h"
 
 namespace corvane::stack {
 
-/// The header of a stack of the lights that `frames` says are used: the cards of the first light without those that no
+/// The header of a stack of the lights that the reports say are used: the cards of the reference without those that no
 /// longer hold, and what the stack is made of.
 ///
 /// NCOMBINE and STACKCNT (frames), EXPTIME (of one) and LIVETIME (of all) [s], DATE-OBS (earliest start), DATE-AVG
 /// (mean of the middles), CALSTAT (letters B, D, F for bias, dark and flat), PEDESTAL (what takes the pedestal off when
 /// it is added to samples: minus the option's value), and HISTORY with version, parameters and the frames left out.
-io::Header DescribeStack(const Options& options, const Plan& plan, const std::vector<FrameReport>& frames);
+io::Header DescribeStack(const Options& options, const Plan& plan, const Registration& result);
 
 } // namespace corvane::stack

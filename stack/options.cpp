@@ -1,5 +1,6 @@
 #include "stack/options.h"
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <set>
@@ -37,6 +38,21 @@ std::string FileOfFrame(const std::string& name)
     return choosesPart && !std::filesystem::exists(name, ignored) ? name.substr(0, bracket) : name;
 }
 
+void CheckRange(const char* option, const std::optional<double>& value, double max)
+{
+    const bool isAllowed = !value || (*value >= 0.0 && *value <= max); // NaN is not
+    if (!isAllowed) {
+        throw OptionError(option, NumberText(*value), "0 to " + NumberText(max));
+    }
+}
+
+void CheckReference(const Options& options)
+{
+    if (ReferenceIndex(options) < 0) {
+        throw OptionError("--reference", options.referenceFile, "one of the lights, by the name that it has there");
+    }
+}
+
 void CheckListedOnce(const std::vector<std::string>& lights)
 {
     std::set<std::string> seen;
@@ -58,6 +74,21 @@ const char* Cancelled::what() const noexcept
     return "cancelled";
 }
 
+int ReferenceIndex(const Options& options)
+{
+    if (options.referenceFile.empty()) {
+        return 0;
+    }
+    const auto named = std::find(options.lights.begin(), options.lights.end(), options.referenceFile);
+    return named == options.lights.end() ? -1 : static_cast<int>(named - options.lights.begin());
+}
+
+NormaliseMethod NormaliseOf(const Options& options)
+{
+    const bool tellsFlux = options.align == AlignMethod::kStars;
+    return options.normalise.value_or(tellsFlux ? NormaliseMethod::kBoth : NormaliseMethod::kNone);
+}
+
 void CheckOptions(const Options& options)
 {
     if (options.lights.empty()) {
@@ -65,9 +96,13 @@ void CheckOptions(const Options& options)
     }
     CheckRange("--size", options.size, kMinPatchSize, kMaxPatchSize);
     CheckRange("--search", options.search, 0, kMaxSearch);
-    const bool isAllowed = options.pedestal >= 0.0 && options.pedestal <= kMaxPedestal; // NaN is not
-    if (!isAllowed) {
-        throw OptionError("--pedestal", NumberText(options.pedestal), "0 to " + NumberText(kMaxPedestal));
+    CheckRange("--pedestal", options.pedestal, kMaxPedestal);
+    CheckRange("--reject-fwhm", options.rejectFwhm, kMaxReject);
+    CheckRange("--reject-stars", options.rejectStars, kMaxReject);
+    CheckRange("--reject-background", options.rejectBackground, kMaxReject);
+    CheckReference(options);
+    if (options.cosmetic && options.darks.empty()) {
+        throw OptionError("--cosmetic", "alone", "darks, which tell the hot pixels: add --dark");
     }
     if (!options.flatDarks.empty() && options.flats.empty()) {
         throw OptionError("--flat-dark", options.flatDarks.front(), "frames that belong to flats: add --flat");

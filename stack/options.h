@@ -6,16 +6,27 @@
 #include <string>
 #include <vector>
 
-#include "corvane/combine/combine_rows.h"
+#include "corvane/colour/demosaic.h"
+#include "corvane/combine/covered_rows.h"
 #include "corvane/platform/export.h"
 #include "corvane/platform/types.h"
+#include "stack/normalise.h"
+#include "stack/weights.h"
 
 namespace corvane::stack {
 
 /// How lights are brought onto each other.
 enum class AlignMethod {
     kNone,  ///< they are combined as they lie
-    kShift, ///< a patch of the first light is found in the others; shifts to a tenth of a pixel
+    kShift, ///< a patch of the reference is found in the others; shifts to a tenth of a pixel
+    kStars, ///< their stars are matched with those of the reference; shift and turn, to a part of a pixel
+};
+
+/// What becomes of lights that are mosaics of colour filters.
+enum class MosaicUse {
+    kAuto,    ///< colours are made of those whose headers name a pattern, unless they are combined as they lie
+    kKeep,    ///< they stay mosaics
+    kPattern, ///< all are mosaics of a given pattern, whatever their headers say
 };
 
 /// A sample's place: column and row from the first sample in the file's order of rows.
@@ -32,6 +43,7 @@ inline constexpr int kDefaultPatchSize = 32; ///< [pixels]
 inline constexpr int kMaxSearch = 2048;      ///< farthest that a patch is looked for [pixels]
 inline constexpr int kDefaultSearch = 64;    ///< [pixels]
 inline constexpr double kMaxPedestal = 1e9;  ///< largest pedestal [raw units]
+inline constexpr double kMaxReject = 1000.0; ///< largest limit of a measured quantity [sigmas]
 /// @}
 
 /// What to stack and how. File names are as `io::OpenFrame` takes them.
@@ -45,12 +57,38 @@ struct Options {
     std::vector<std::string> flatDarks;
     /// @}
     CombineMethod method = CombineMethod::kMedian;
-    AlignMethod align = AlignMethod::kNone;
-    std::optional<PixelPlace> reference; ///< centre of the patch to find; unset: the brightest fit star of the first
-    int size = kDefaultPatchSize;        ///< width and height of that patch [pixels, 8..256]
-    int search = kDefaultSearch;         ///< largest shift that is looked for [pixels, 0..2048]
-    double pedestal = 0.0;               ///< added to the lights before a dark is taken off [raw units, 0..1e9]
-    HWND progressWindow = nullptr;       ///< gets the messages of the progress channel; may be null
+    /// @name Alignment
+    /// @{
+    AlignMethod align = AlignMethod::kStars;
+    std::string referenceFile{};           ///< the light to place others on; empty: by stars the best, else the first
+    bool alignsScale = false;              ///< by stars: look for lights of another scale, too
+    std::optional<PixelPlace> reference{}; ///< by shift: centre of the patch; unset: the brightest fit star
+    int size = kDefaultPatchSize;          ///< by shift: width and height of that patch [pixels, 8..256]
+    int search = kDefaultSearch;           ///< by shift: largest shift that is looked for [pixels, 0..2048]
+    /// @}
+    /// @name Lights to leave out: farther from the median of all than so many standard deviations; unset: none [0..1000]
+    /// @{
+    std::optional<double> rejectFwhm{};       ///< stars wider
+    std::optional<double> rejectStars{};      ///< fewer stars
+    std::optional<double> rejectBackground{}; ///< brighter sky
+    /// @}
+    /// @name Mosaics of colour filters
+    /// @{
+    MosaicUse mosaic = MosaicUse::kAuto;
+    BayerPattern pattern = BayerPattern::kRggb; ///< for `MosaicUse::kPattern`
+    DemosaicMethod demosaic = DemosaicMethod::kEdgeAware;
+    /// @}
+    /// @name How lights are combined; see `CombineFrames`
+    /// @{
+    std::optional<NormaliseMethod> normalise{}; ///< unset: both with `AlignMethod::kStars`, which tells flux; else none
+    WeightMethod weight = WeightMethod::kNone;
+    Coverage coverage = Coverage::kAny;
+    bool cosmetic = false;      ///< pixels that are hot in the darks are mended
+    bool wantsCoverage = false; ///< count how many lights have each pixel
+    bool wantsRejected = false; ///< count how many of their values the clipping drops
+    /// @}
+    double pedestal = 0.0;         ///< added to the lights before a dark is taken off [raw units, 0..1e9]
+    HWND progressWindow = nullptr; ///< gets the messages of the progress channel; may be null
 };
 
 /// An option that is wrong, with its value and what would be allowed.
@@ -70,6 +108,12 @@ class CORVANE_API Cancelled : public std::exception {
 public:
     const char* what() const noexcept override;
 };
+
+/// The light that the options name as the reference: its index; 0 when they name none, -1 when it is no light.
+int ReferenceIndex(const Options& options);
+
+/// How lights are normalised.
+NormaliseMethod NormaliseOf(const Options& options);
 
 /// Checks what can be said without opening a file. Throws OptionError.
 CORVANE_API void CheckOptions(const Options& options);

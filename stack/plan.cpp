@@ -126,13 +126,42 @@ void NoteUnknownExposures(Plan& plan)
     }
 }
 
-/// A shift that is no multiple of the mosaic's cell mixes its colours.
-void NoteMosaic(const Options& options, Plan& plan)
+/// The pattern of a light. A light that does not say has that of the first.
+BayerPattern PatternOf(const io::FrameReader& light, const io::FrameReader& first)
 {
-    const auto pattern = io::BayerPattern(plan.lights.Info(0).header);
-    if (pattern && options.align == AlignMethod::kShift) {
-        plan.notes.push_back("the lights are a mosaic of colour filters, " + *pattern +
-                             ": shifting them mixes its colours; stack them with --align none");
+    const auto own = io::StoredBayerPattern(light.Info().header, light.Height());
+    const auto named = own ? own : io::StoredBayerPattern(first.Info().header, first.Height());
+    return NamedBayerPattern(named.value_or("")).value_or(BayerPattern::kRggb);
+}
+
+/// Finds out whether the lights are mosaics, and of which patterns colours are made. Moving a mosaic mixes its colours,
+/// so lights that stay mosaics are not aligned.
+void FindPatterns(const Options& options, Plan& plan)
+{
+    const io::FrameReader& first = plan.lights.Reader(0);
+    const auto stated = io::BayerPattern(first.Info().header);
+    plan.isMosaic = plan.planes == 1 && (stated || options.mosaic == MosaicUse::kPattern);
+    const bool moves = options.align != AlignMethod::kNone;
+    if (options.mosaic == MosaicUse::kPattern && plan.planes != 1) {
+        throw OptionError("--bayer", "a pattern", "lights of one plane; " + first.Path() + " is " + SizeText(first));
+    }
+    if (!plan.isMosaic || (options.mosaic == MosaicUse::kAuto && !moves)) {
+        return;
+    }
+    if (options.mosaic == MosaicUse::kKeep) {
+        if (moves) {
+            throw OptionError("--bayer", "none", "--align none, since moving a mosaic mixes its colours");
+        }
+        return;
+    }
+    if (options.mosaic == MosaicUse::kAuto && !io::StoredBayerPattern(first.Info().header, first.Height())) {
+        throw io::Error(first.Path(), "its mosaic " + *stated +
+                                          " is no Bayer pattern, so no colours can be made to move it; "
+                                          "stack with --align none");
+    }
+    for (int i = 0; i < plan.lights.Count(); ++i) {
+        plan.patterns.push_back(options.mosaic == MosaicUse::kPattern ? options.pattern
+                                                                      : PatternOf(plan.lights.Reader(i), first));
     }
 }
 
@@ -172,7 +201,7 @@ void CheckPatch(const Options& options, const Plan& plan)
     if (options.reference) {
         const auto [x, y] = *options.reference;
         if (x < 0 || x >= plan.width || y < 0 || y >= plan.height) {
-            throw OptionError("--reference", std::to_string(x) + "," + std::to_string(y),
+            throw OptionError("--star", std::to_string(x) + "," + std::to_string(y),
                               "0,0 to " + std::to_string(plan.width - 1) + "," + std::to_string(plan.height - 1));
         }
     }
@@ -201,7 +230,7 @@ Plan MakePlan(const Options& options)
     plan.darkExposure = DarkExposure(plan.darks);
     CheckExposures(plan);
     NoteUnknownExposures(plan);
-    NoteMosaic(options, plan);
+    FindPatterns(options, plan);
     return plan;
 }
 

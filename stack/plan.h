@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "corvane/colour/demosaic.h"
 #include "stack/frame_set.h"
 #include "stack/options.h"
 
@@ -21,6 +22,8 @@ struct Plan {
     int planes = 0;
     std::vector<std::optional<double>> exposures; ///< of the lights [s]
     std::optional<double> darkExposure;           ///< of all darks [s]
+    bool isMosaic = false;                        ///< the lights are mosaics of colour filters
+    std::vector<BayerPattern> patterns;           ///< of each light, when colours are to be made of them
     std::vector<std::string> notes;
 };
 

@@ -5,6 +5,7 @@
 
 #include "corvane/combine/matching.h"
 #include "corvane/core/aligned_row.h"
+#include "stack/light_frames.h"
 #include "stack/options.h"
 #include "stack/patch.h"
 #include "stack/stars.h"
@@ -82,11 +83,5 @@ private:
     Patch patch_;
     std::vector<Star> witnesses_;
 };
-
-/// The plane in which stars are looked for: green of three.
-inline int StarPlane(const CImage& image)
-{
-    return image.GetPlanes() > 1 ? 1 : 0;
-}
 
 } // namespace corvane::stack

@@ -2,18 +2,57 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace corvane::stack {
 
-RowWindow::RowWindow(const Alignment& alignment, int width, int height, int planes)
-    : alignment_(alignment), width_(width), height_(height), planes_(planes)
+namespace {
+
+/// A sample between those of a plane, by the rule of `SampleAlignedRow`.
+double Between(const PlaneRows& plane, const Position& at)
+{
+    const int x = static_cast<int>(at.x);
+    const int y = static_cast<int>(at.y);
+    const double fx = at.x - x;
+    const double fy = at.y - y;
+    const int next = std::min(y + 1, plane.height - 1);
+    const float* const above = plane.Row(y) + x;
+    const float* const below = plane.Row(next) + x;
+    const double a0 = *above;
+    const double b0 = *below;
+    const double a1 = x + 1 < plane.width ? above[1] : plane.After(y);
+    const double b1 = x + 1 < plane.width ? below[1] : plane.After(next);
+    const double between = (a1 * fx + a0 * (1.0 - fx)) * (1.0 - fy) + (b1 * fx + b0 * (1.0 - fx)) * fy;
+    return fx == 0.0 && fy == 0.0 ? a0 : between;
+}
+
+/// Columns left to right - 1 of what `SampleAlignedRow` gives of a row, from the rows that these touch.
+void SampleStrip(const PlaneRows& plane, const Alignment& alignment, int y, int left, int right, double outside,
+                 double* values, int* inside)
+{
+    alignment.WithMap([&](auto map) {
+        for (int x = left; x < right; ++x) {
+            const Position at = map(x, y);
+            const bool isInside = at.x >= 0.0 && at.x < plane.width && at.y >= 0.0 && at.y < plane.height;
+            *inside++ = isInside ? 1 : 0;
+            *values++ = isInside ? Between(plane, at) : outside;
+        }
+    });
+}
+
+} // namespace
+
+RowWindow::RowWindow(const Alignment& alignment, int width, int height, int planes, int left, int right)
+    : alignment_(alignment), width_(width), height_(height), planes_(planes), left_(left), right_(right)
 {}
 
 RowSpan RowWindow::Touched(int firstRow, int lastRow) const
 {
+    Alignment fromLeft = alignment_;
+    fromLeft.dx -= left_;
     RowSpan touched{height_, 0};
     for (int y = firstRow; y <= lastRow; ++y) {
-        const RowSpan span = RowsTouched(alignment_, y, width_, width_, height_);
+        const RowSpan span = RowsTouched(fromLeft, y, right_ - left_, width_, height_);
         if (span.first < span.end) {
             touched = {std::min(touched.first, span.first), std::max(touched.end, span.end)};
         }
@@ -28,43 +67,47 @@ void RowWindow::MoveTo(int firstRow, int lastRow, const Reader& read)
         return;
     }
     ReadFollowers(read);
-    Keep(wanted);
-    const int missing = wanted.end - (first_ + count_);
-    if (missing > 0) {
-        read(first_ + count_, missing, samples_.data() + static_cast<std::ptrdiff_t>(count_) * width_, PlaneStride());
-        count_ += missing;
-    }
+    const RowSpan kept = Keep(wanted);
+    const auto readRows = [&](int first, int end) {
+        if (first < end) {
+            read(first, end - first, samples_.data() + static_cast<std::ptrdiff_t>(first - wanted.first) * width_,
+                 PlaneStride());
+        }
+    };
+    readRows(wanted.first, kept.first);
+    readRows(kept.end, wanted.end);
 }
 
-/// Makes the wanted rows that are in memory the first ones of a buffer with room for all.
-void RowWindow::Keep(const RowSpan& wanted)
+/// Moves the wanted rows that are in memory to their places in a buffer with room for all. Returns which they are; when
+/// there are none, an empty span at the beginning of the wanted ones.
+RowSpan RowWindow::Keep(const RowSpan& wanted)
 {
-    const bool follows = wanted.first >= first_ && wanted.first < first_ + count_;
-    const int kept = follows ? first_ + count_ - wanted.first : 0;
-    const std::ptrdiff_t oldStride = PlaneStride();
-    const std::ptrdiff_t skipped = static_cast<std::ptrdiff_t>(wanted.first - first_) * width_;
-    std::vector<float> larger;
-    if (wanted.end - wanted.first > capacity_) {
-        capacity_ = wanted.end - wanted.first;
-        larger.resize(static_cast<std::size_t>(PlaneStride()) * planes_);
+    RowSpan kept{std::max(wanted.first, first_), std::min(wanted.end, first_ + count_)};
+    if (kept.first >= kept.end) {
+        kept = {wanted.first, wanted.first};
     }
-    float* target = larger.empty() ? samples_.data() : larger.data();
-    for (int plane = 0; plane < planes_ && kept > 0; ++plane) {
-        const float* from = samples_.data() + plane * oldStride + skipped;
-        std::copy_n(from, static_cast<std::ptrdiff_t>(kept) * width_, target + plane * PlaneStride());
+    const int capacity = std::max(capacity_, wanted.end - wanted.first);
+    std::vector<float> larger(capacity > capacity_ ? static_cast<std::size_t>(capacity) * width_ * planes_ : 0);
+    float* const target = larger.empty() ? samples_.data() : larger.data();
+    for (int plane = 0; plane < planes_ && kept.first < kept.end; ++plane) {
+        const float* from =
+            samples_.data() + (static_cast<std::ptrdiff_t>(plane) * capacity_ + kept.first - first_) * width_;
+        float* to = target + (static_cast<std::ptrdiff_t>(plane) * capacity + kept.first - wanted.first) * width_;
+        std::memmove(to, from, sizeof(float) * static_cast<std::size_t>(kept.end - kept.first) * width_);
     }
     if (!larger.empty()) {
         samples_.swap(larger);
     }
+    capacity_ = capacity;
     first_ = wanted.first;
-    count_ = kept;
+    count_ = wanted.end - wanted.first;
+    return kept;
 }
 
 /// Reading between the samples right of a plane's last one takes the first sample of the next plane.
 void RowWindow::ReadFollowers(const Reader& read)
 {
-    const bool readsBetween = !alignment_.IsShift() || alignment_.dx != std::floor(alignment_.dx);
-    if (planes_ < 2 || !followers_.empty() || !readsBetween) {
+    if (planes_ < 2 || !followers_.empty() || !ReadsBetween()) {
         return;
     }
     std::vector<float> row(static_cast<std::size_t>(width_) * planes_);
@@ -74,6 +117,24 @@ void RowWindow::ReadFollowers(const Reader& read)
     }
 }
 
+bool RowWindow::ReadsBetween() const
+{
+    return !alignment_.IsShift() || alignment_.dx != std::floor(alignment_.dx);
+}
+
+void RowWindow::LeaveOutWrapped(int row, int* inside) const
+{
+    if (!ReadsBetween()) {
+        return;
+    }
+    const double last = width_ - 1;
+    alignment_.WithMap([&](auto map) {
+        for (int x = left_; x < right_; ++x) {
+            inside[x - left_] &= map(x, row).x <= last ? 1 : 0;
+        }
+    });
+}
+
 void RowWindow::Sample(int plane, int row, double outside, double* values, int* inside) const
 {
     const float* rows = samples_.data() + plane * PlaneStride();
@@ -81,7 +142,11 @@ void RowWindow::Sample(int plane, int row, double outside, double* values, int* 
     const float own = holdsLast ? rows[static_cast<std::ptrdiff_t>(count_) * width_ - 1] : 0.0F;
     const bool isFollowed = plane < static_cast<int>(followers_.size());
     const PlaneRows held{rows, width_, height_, first_, isFollowed ? followers_[plane] : own};
-    SampleAlignedRow(held, alignment_, row, width_, outside, values, inside);
+    if (left_ == 0 && right_ == width_) {
+        SampleAlignedRow(held, alignment_, row, width_, outside, values, inside);
+    } else {
+        SampleStrip(held, alignment_, row, left_, right_, outside, values, inside);
+    }
 }
 
 } // namespace corvane::stack

@@ -9,30 +9,38 @@
 namespace corvane::stack {
 
 /// The rows of one frame that a band of the target needs, of all planes. Rows that the next band needs too are kept, so
-/// that a walk from the first band to the last reads every row once.
+/// that a walk from the first band to the last reads every row once, whichever way the frame is turned. A row of the
+/// target crosses many rows of a turned frame; a strip of its columns crosses fewer.
 class RowWindow {
 public:
     /// Reads rows into samples + plane * planeStride, for all planes.
     using Reader = std::function<void(int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)>;
 
-    RowWindow(const Alignment& alignment, int width, int height, int planes);
+    /// For columns left to right - 1 of the target, which is as large as the frame.
+    RowWindow(const Alignment& alignment, int width, int height, int planes, int left, int right);
 
     /// Rows of the frame that rows firstRow to lastRow of the target touch; empty when they touch none.
     RowSpan Touched(int firstRow, int lastRow) const;
     /// Brings in what rows firstRow to lastRow of the target touch.
     void MoveTo(int firstRow, int lastRow, const Reader& read);
-    /// Samples a row of the target from a plane: values and whether they lie inside.
+    /// Samples a row of the target from a plane, from the left column on: values and whether they lie inside.
     void Sample(int plane, int row, double outside, double* values, int* inside) const;
+    /// Takes samples of a row out of those inside that lie right of the last column: beyond it, the sampler goes on to
+    /// the first sample of the next row.
+    void LeaveOutWrapped(int row, int* inside) const;
 
 private:
-    void Keep(const RowSpan& wanted);
+    RowSpan Keep(const RowSpan& wanted);
     void ReadFollowers(const Reader& read);
+    bool ReadsBetween() const;
     std::ptrdiff_t PlaneStride() const { return static_cast<std::ptrdiff_t>(capacity_) * width_; }
 
     Alignment alignment_;
     int width_;
     int height_;
     int planes_;
+    int left_;
+    int right_;
     int capacity_ = 0; ///< rows that there is room for
     int first_ = 0;
     int count_ = 0;

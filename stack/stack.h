@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -7,6 +8,7 @@
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"
 #include "io/header.h"
+#include "stack/frame_report.h"
 #include "stack/options.h"
 
 /// A night's frames into one calibrated stack.
@@ -15,37 +17,42 @@
 /// for the user's ESC, CMemoryException when there is no room.
 namespace corvane::stack {
 
-/// What became of one light.
-struct FrameReport {
-    std::string file;
-    bool used = true;
-    std::string reason;       ///< why it was left out; empty when used
-    double dx = 0.0;          ///< shift that places it onto the reference, to the right [pixels, tenths]
-    double dy = 0.0;          ///< the same downwards
-    double correlation = 1.0; ///< of what was found with the reference [-1..1]; 0 when nothing was found
-};
-
 /// One step of the work and how long it took.
 struct Stage {
     std::string name; ///< "check", "masters", "align", "combine"
     double seconds = 0.0;
 };
 
-/// A finished stack.
-struct Result {
-    CStlImage image; ///< float samples, the size and planes of the lights; a blank is declared where nothing is known
-    io::Header header;
-    std::optional<PixelPlace> reference; ///< centre of the patch that was found in the others; unset without alignment
+/// What is known of the lights of a job.
+struct Registration {
     std::vector<FrameReport> frames;     ///< one for each light, in their order
+    int referenceLight = 0;              ///< the one that the others are placed on
+    std::optional<PixelPlace> reference; ///< centre of the patch that was found in the others; unset without one
     std::vector<std::string> notes;      ///< what the user should know: assumptions made, one sentence each
     std::vector<Stage> stages;
 };
 
+/// A finished stack.
+struct Result : Registration {
+    CStlImage image; ///< float samples, the size of the lights; a blank is declared where nothing is known
+    io::Header header;
+    /// @name Counts for each sample of the stack, when they were asked for; empty images otherwise
+    /// @{
+    CStlImage coverage;     ///< lights that have it
+    CStlImage rejectedLow;  ///< values that the clipping dropped below
+    CStlImage rejectedHigh; ///< and above
+    /// @}
+};
+
 /// Checks options and files, makes the masters, calibrates, aligns and combines.
 ///
-/// Everything that can be judged before the work is: options, missing files, sizes, exposures. The first light is the
-/// reference. A light that cannot be aligned with certainty is left out and named in the report. Fewer than two lights
-/// left of several is an error that lists the reasons; a single light is calibrated alone.
+/// Everything that can be judged before the work is: options, missing files, sizes, exposures. A light that cannot be
+/// aligned with certainty is left out and named in the report. Fewer than two lights left of several is an error that
+/// lists the reasons; a single light is calibrated alone.
 CORVANE_API Result Run(const Options& options);
+
+/// Does all of that but the combining: tells how the lights lie on the reference, and what was measured of them. It is
+/// no error when lights are left out.
+CORVANE_API Registration Register(const Options& options);
 
 } // namespace corvane::stack

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "corvane/core/blank.h"
+#include "stack/robust.h"
 
 namespace corvane::stack {
 
@@ -15,14 +16,6 @@ constexpr double kSpread = 0.15;   // of the peak: a Gaussian of FWHM 2 still ha
 constexpr int kRoundReach = 5;     // pixels, where a star of FWHM 12 still has fallen to 0.62
 constexpr double kRoundFall = 0.7; // of the peak
 constexpr std::size_t kSkySamples = 16384;
-constexpr double kDeviationToSigma = 1.4826;
-
-double Median(std::vector<double>& values)
-{
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
 
 /// Samples spread evenly over a plane.
 std::vector<double> SpreadSamples(const CStlImage& image, int plane)
@@ -115,15 +108,8 @@ void KeepBrightest(std::vector<Star>& stars, std::size_t limit)
 
 Sky MeasureSky(const CStlImage& image, int plane)
 {
-    std::vector<double> samples = SpreadSamples(image, plane);
-    if (samples.empty()) {
-        return {};
-    }
-    const double level = Median(samples);
-    for (double& s : samples) {
-        s = std::fabs(s - level);
-    }
-    return {level, kDeviationToSigma * Median(samples)};
+    const RobustLevel sky = MeasureLevel(SpreadSamples(image, plane));
+    return {sky.median, sky.deviation};
 }
 
 std::vector<Star> FindStars(const CStlImage& image, int plane, const Sky& sky, std::size_t limit)

@@ -3,8 +3,6 @@
 #include <charconv>
 #include <string>
 
-#include "corvane/combine/combine_rows.h"
-
 namespace corvane::stack {
 
 /// A number in the fewest digits that give it again.
@@ -21,19 +19,6 @@ inline std::string NumberText(double value, int digits)
     char text[400];
     const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, digits).ptr;
     return {text, end};
-}
-
-/// The method as the command spells it.
-inline const char* MethodName(CombineMethod method)
-{
-    switch (method) {
-    case CombineMethod::kClippedMedian:
-        return "clipped-median";
-    case CombineMethod::kClippedMean:
-        return "clipped-mean";
-    default:
-        return "median";
-    }
 }
 
 } // namespace corvane::stack

@@ -18,7 +18,7 @@ refuse 2 'steps is required' apply in.fits -o out.fits
 refuse 2 '--bits: 12 not in' apply in.fits -o out.fits --bits 12 invert
 refuse 2 '--levels = middling: must be auto, file or MIN,MAX' render in.fits -o out.png --levels middling
 refuse 2 '--method = mean: must be median|clipped-median|clipped-mean' stack in.fits -o out.fits --method mean
-refuse 2 '--reference' stack in.fits -o out.fits --reference 5
+refuse 2 '--star' stack in.fits -o out.fits --star 5
 refuse 2 '--memory = 10 potatoes' stack in.fits -o out.fits --memory '10 potatoes'
 refuse 2 'no lights; put them first, or after `--`' stack -o out.fits --bias bias.fits light.fits
 refuse 2 "unknown step 'nothing'" ops nothing

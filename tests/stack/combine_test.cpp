@@ -1,3 +1,6 @@
+#include "stack/combine.h"
+
+#include <algorithm>
 #include <limits>
 
 #include "corvane/combine/median_composit.h"
@@ -15,14 +18,20 @@ namespace {
 
 constexpr int kBlank = std::numeric_limits<int>::min(); // of frames of 32-bit floats
 
+struct Pose {
+    double dx;
+    double dy;
+    double angle = 0.0;
+};
+
 /// Whole frames in memory, one row at a time: what a stack is defined as.
-CStlImage CompositeOf(std::vector<CStlImage>& frames, const Result& result, CombineMethod method)
+CStlImage CompositeOf(std::vector<CStlImage>& frames, const std::vector<Pose>& poses, CombineMethod method)
 {
     CStlImage target(-32, frames[0].GetWidth(), frames[0].GetHeight(), frames[0].GetPlanes(), 1.0, 0.0, 1);
     CImgMedianComposit composite(&target);
     for (int y = 0; y < target.GetHeight(); ++y) {
         for (std::size_t i = 0; i < frames.size(); ++i) {
-            composite.Store(&frames[i], y, result.frames[i].dx, result.frames[i].dy, 0.0);
+            composite.Store(&frames[i], y, poses[i].dx, poses[i].dy, poses[i].angle);
         }
         method == CombineMethod::kMedian          ? composite.Calc()
         : method == CombineMethod::kClippedMedian ? composite.CalcClipping()
@@ -31,9 +40,103 @@ CStlImage CompositeOf(std::vector<CStlImage>& frames, const Result& result, Comb
     return target;
 }
 
+constexpr int kWidth = 61;
+constexpr int kHeight = 47;
+
+/// Frames in memory, placed at will, and how often each of their rows is read.
+struct PlacedFrames {
+    explicit PlacedFrames(int planes)
+    {
+        for (const auto& [dx, dy, angle] : poses) {
+            CStlImage& image = images.emplace_back(test::RandomImage({kWidth, kHeight}, planes, images.size() + 5));
+            image.SetStdCtr(30.5, 23.25);
+            image.SetBlank(kBlank);
+            image.SetBlankUsed(1);
+            test::Sprinkle(image, {static_cast<float>(kBlank)}, images.size());
+            placements.push_back(
+                {Alignment::Turned(dx, dy, angle, image.GetStdCtr()), kBlank, std::vector<Normalisation>(planes)});
+            reads.emplace_back(kHeight);
+        }
+    }
+
+    CStlImage Combine(CombineJob job)
+    {
+        CStlImage target(-32, kWidth, kHeight, images[0].GetPlanes(), 1.0, 0.0, 1);
+        job.blank = kBlank;
+        const auto read = [&](int frame, int first, int count, float* samples, std::ptrdiff_t stride) {
+            for (int i = 0; i < count * target.GetPlanes(); ++i) {
+                const float* const row = images[frame].GetImageAdr(0, first + i % count, i / count);
+                std::copy_n(row, kWidth, samples + i / count * stride + i % count * kWidth);
+                reads[frame][first + i % count] += i < count ? 1 : 0;
+            }
+        };
+        CombineFrames(placements, read, job, target);
+        return target;
+    }
+
+    std::vector<Pose> poses{{0, 0},           {3, -2},         {-4.3, 2.5}, {1.2, 0.7, 0.4}, {0, 3, -33.3},
+                            {2.5, -1.5, 180}, {0.3, 4, 179.6}, {1, 1, 90},  {0, 0, -90.2}};
+    std::vector<CStlImage> images;
+    std::vector<Placement> placements;
+    std::vector<std::vector<int>> reads;
+};
+
 } // namespace
 
 using StackTest = Night;
+
+TEST(CombineFrames, TurnedFramesInBandsAndStrips)
+{
+    for (const int planes : {1, 3}) {
+        for (const bool takesStrips : {false, true}) {
+            PlacedFrames frames(planes);
+            const CStlImage target = frames.Combine(
+                {.method = CombineMethod::kClippedMedian, .memory = takesStrips ? 4000 : 90000U * planes});
+            for (const auto& rows : frames.reads) { // but for row 0, which the plane before it asks for
+                EXPECT_LE(*std::max_element(rows.begin() + 1, rows.end()), takesStrips ? 3 : 1);
+            }
+            EXPECT_EQ(frames.reads[0][46], takesStrips ? 3 : 1);
+            const CStlImage expected = CompositeOf(frames.images, frames.poses, CombineMethod::kClippedMedian);
+            EXPECT_TRUE(test::Agree(target, test::Plain(expected)));
+        }
+    }
+}
+
+TEST(CombineFrames, AnyCoverageTakesWhatFramesHave)
+{
+    for (const bool isFirstWhole : {false, true}) {
+        PlacedFrames frames(3);
+        frames.images[0] = isFirstWhole ? test::RandomImage({kWidth, kHeight}, 3, 1) : frames.images[0];
+        frames.placements[1].normalisation = {{2.0, -50.0}, {}, {1.0, 7.5}};
+        CStlImage coverage(-32, kWidth, kHeight, 3, 1.0, 0.0, 1);
+        const CStlImage target = frames.Combine({.memory = 90000, .coverage = Coverage::kAny, .maps = {&coverage}});
+        for (CStlImage& image : frames.images) { // so that what is interpolated from blanks is NaN
+            for (int i = 0; i < kWidth * kHeight * 3; ++i) {
+                float& s = *image.GetImageAdr(i % kWidth, i / kWidth % kHeight, i / kWidth / kHeight);
+                s = s == static_cast<float>(kBlank) ? std::nanf("") : s;
+            }
+        }
+        bool hasBlanks = false;
+        test::Plain(target).ForEach([&](int x, int y, int p) {
+            std::vector<double> values;
+            for (std::size_t i = 0; i < frames.images.size(); ++i) {
+                const Position at = frames.placements[i].alignment.Map(x, y);
+                const bool isInside = at.x >= 0.0 && at.x <= kWidth - 1 && at.y >= 0.0 && at.y < kHeight;
+                const double v = isInside ? frames.images[i].GetPixelGrayRaw(at.x, at.y, p) : std::nan("");
+                const Normalisation& normalisation = frames.placements[i].normalisation[p];
+                values.push_back(v * normalisation.factor + normalisation.offset);
+            }
+            std::erase_if(values, [](double v) { return std::isnan(v); });
+            std::sort(values.begin(), values.end());
+            const double expected = values.empty() ? kBlank : values[values.size() / 2];
+            ASSERT_TRUE(test::Near(target.GetPixelGrayRaw(x, y, p), static_cast<float>(expected), 1)) << x << ' ' << y;
+            ASSERT_EQ(coverage.GetPixelGrayRaw(x, y, p), static_cast<float>(values.size())) << x << ' ' << y;
+            hasBlanks |= values.empty();
+        });
+        EXPECT_EQ(hasBlanks, !isFirstWhole);
+        EXPECT_EQ(target.IsBlankUsed(), hasBlanks);
+    }
+}
 
 TEST_F(StackTest, BandsEqualTheCompositeOfWholeFrames)
 {
@@ -54,7 +157,9 @@ TEST_F(StackTest, BandsEqualTheCompositeOfWholeFrames)
         options.align = AlignMethod::kShift;
         options.search = 20;
         options.method = method;
+        options.coverage = Coverage::kAll;
         std::vector<CStlImage> frames;
+        std::vector<Pose> poses;
         for (const auto& [dx, dy] : shifts) {
             frames.push_back(Sky(width, height, planes, {{90, 70, 5000}, {40, 80, 900}, {130, 60, 700}}, dx, dy));
             frames.back().SetPixelGrayRaw(50, 50, std::nanf(""), 0);
@@ -63,6 +168,7 @@ TEST_F(StackTest, BandsEqualTheCompositeOfWholeFrames)
         const test::TightMemory tiny(budget);
         const Result result = stack::Run(options);
         for (std::size_t i = 0; i < frames.size(); ++i) {
+            poses.push_back({result.frames[i].dx, result.frames[i].dy});
             EXPECT_NEAR(result.frames[i].dx, shifts[i].first, 0.1001);
             EXPECT_NEAR(result.frames[i].dy, shifts[i].second, 0.1001);
             frames[i].DarkClbrtn(&dark, 0);
@@ -70,7 +176,7 @@ TEST_F(StackTest, BandsEqualTheCompositeOfWholeFrames)
             frames[i].SetBlankUsed(i > 0);
             frames[i].SetBlank(kBlank);
         }
-        EXPECT_TRUE(test::Agree(result.image, test::Plain(CompositeOf(frames, result, method))));
+        EXPECT_TRUE(test::Agree(result.image, test::Plain(CompositeOf(frames, poses, method))));
         EXPECT_EQ(std::pair(result.image.IsBlankUsed(), result.image.GetBlank()), std::pair(1, kBlank));
         EXPECT_EQ(result.image.GetPixelGrayRaw(0, 0, planes - 1), static_cast<float>(kBlank));
     }
@@ -83,6 +189,8 @@ TEST_F(StackTest, BlanksOfLightsBecomeOneBlankAndNanStays)
                                      test::Bytes(samples, true)));
     };
     Options options;
+    options.align = AlignMethod::kNone;
+    options.coverage = Coverage::kAll;
     options.lights = {light("a.fits", -7, {300, -7, 300}), light("b.fits", -32768, {300, 300, -32768})};
     const Result blanks = stack::Run(options);
     EXPECT_EQ(std::pair(blanks.image.IsBlankUsed(), blanks.image.GetBlank()), std::pair(1, -7));
@@ -98,6 +206,7 @@ TEST_F(StackTest, BlanksOfLightsBecomeOneBlankAndNanStays)
 TEST_F(StackTest, TakesMoreLightsThanFilesMayBeOpen)
 {
     Options options;
+    options.align = AlignMethod::kNone;
     for (int i = 0; i < 70; ++i) {
         const CStlImage light = Make(64, 300, 1, [i](int x, int y, int) { return (i * 37 % 70) * 1000 + x + y; });
         options.lights.push_back(Save("light" + std::to_string(i) + ".fits", light));

@@ -97,7 +97,7 @@ TEST_F(RegisterTest, NeverTakesAnotherStarForOneThatIsSpoiled)
     const auto chain = Stars({{85, 100, 6000}, {110, 100, 6000}, {135, 100, 6000}});
     for (const auto& [first, second] : {std::pair(Stars(pair), spoiled), std::pair(Stars(twins), chain)}) {
         const Options options = Shift({first, second});
-        EXPECT_PRED2(Holds, Thrown([&] { stack::Run(options); }), "no other light can be aligned");
+        EXPECT_PRED2(Holds, Thrown([&] { stack::Run(options); }), "no other light can be stacked");
     }
 }
 
@@ -152,7 +152,7 @@ TEST_F(RegisterTest, RefusesAStackOfTheReferenceAlone)
 {
     Options options = Shift({Light(0, 0), Stars({}), Light(50, 0)});
     const std::string text = Thrown([&] { stack::Run(options); });
-    for (const char* part : {"a.fits: no other light can be aligned with it: ", "b.fits: ", "c.fits: "}) {
+    for (const char* part : {"a.fits: no other light can be stacked with it: ", "b.fits: ", "c.fits: "}) {
         EXPECT_PRED2(Holds, text, part);
     }
     options.lights = {options.lights[1], options.lights[0]};

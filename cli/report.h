@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "stack/stack.h"
+
+namespace corvane::cli {
+
+/// Throws io::Error when the path is no name for a report: it must end with .json, .csv or .html and can be written.
+void CheckReport(const std::string& path);
+
+/// Writes what became of each light: JSON or CSV with everything that is known of it, or a page with plots that needs
+/// nothing but a browser. Throws io::Error.
+void WriteReport(const std::string& path, const stack::Registration& lights);
+
+/// The lights for people: how many are used, how each is placed or why it is left out, notes and times. `all` tells of
+/// lights that need no placing, too.
+std::string LightsText(const stack::Options& options, const stack::Registration& lights, bool all);
+
+} // namespace corvane::cli

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "stack/stack.h"
+
+namespace corvane::cli {
+
+/// What became of each light as an HTML page: how they drifted, what was measured of one after the other, and the table.
+/// It loads nothing and runs no script.
+std::string ReportPage(const stack::Registration& lights);
+
+} // namespace corvane::cli

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+#include "corvane/colour/demosaic.h"
+#include "corvane/core/point.h"
+#include "stack/calibrated_frames.h"
+
+namespace corvane::stack {
+
+/// Lights as they are aligned and combined: calibrated, and with colours made of those that are mosaics.
+class LightFrames {
+public:
+    /// `patterns` are those of the mosaics, one for each light; empty: the lights stay as they are. The frames must
+    /// outlive this.
+    LightFrames(CalibratedFrames& frames, std::vector<BayerPattern> patterns, DemosaicMethod method);
+
+    int Width() const { return frames_.Info(0).width; }
+    int Height() const { return frames_.Info(0).height; }
+    int Planes() const { return patterns_.empty() ? frames_.Info(0).planes : 3; }
+    std::optional<int> Blank(int frame) const { return frames_.Blank(frame); }
+    /// About which lights are turned.
+    CfPoint Centre() const { return {static_cast<double>(Width() / 2), static_cast<double>(Height() / 2)}; }
+
+    /// Reads rows of all planes; plane p begins at samples + p * planeStride. Throws io::Error.
+    void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
+    /// Reads rows into an image of their own, which declares the frame's blank.
+    CStlImage ReadImage(int frame, int firstRow, int rowCount);
+    /// Reads all of a light.
+    CStlImage ReadImage(int frame) { return ReadImage(frame, 0, Height()); }
+
+private:
+    void ReadMosaic(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
+
+    CalibratedFrames& frames_;
+    std::vector<BayerPattern> patterns_;
+    DemosaicMethod method_;
+    std::vector<float> mosaic_; ///< rows with those about them that decide their colours
+};
+
+/// The plane in which stars are looked for: green of three.
+inline int StarPlane(const CImage& image)
+{
+    return image.GetPlanes() > 1 ? 1 : 0;
+}
+
+} // namespace corvane::stack

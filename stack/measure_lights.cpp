@@ -1,0 +1,121 @@
+#include "stack/measure_lights.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <string>
+
+#include "stack/progress.h"
+#include "stack/robust.h"
+#include "stack/text.h"
+
+namespace corvane::stack {
+
+namespace {
+
+constexpr std::size_t kStarsKept = 400; // of each light: more do not make a match more exact, and lights are many
+constexpr double kLeastSpread = 0.01;   // of the median
+
+/// What the options need to know of lights.
+struct Wanted {
+    bool stars;
+    bool levels;
+
+    explicit Wanted(const Options& options)
+        : stars(options.align == AlignMethod::kStars || options.weight == WeightMethod::kFwhm ||
+                options.weight == WeightMethod::kStars || options.rejectFwhm || options.rejectStars ||
+                options.rejectBackground),
+          levels(NormaliseOf(options) != NormaliseMethod::kNone || options.weight == WeightMethod::kNoise)
+    {}
+
+    bool Anything() const { return stars || levels; }
+};
+
+void LookForStars(const CStlImage& image, FrameReport& report, std::vector<FieldStar>& stars)
+{
+    StarField field = FindFieldStars(image, StarPlane(image));
+    const auto isUsable = [](const FieldStar& star) { return star.IsUsable(); };
+    const auto unusable = std::stable_partition(field.stars.begin(), field.stars.end(), isUsable);
+    report.stars = static_cast<int>(unusable - field.stars.begin());
+    report.fwhm = field.fwhm;
+    report.background = field.sky;
+    report.noise = field.noise;
+    stars.assign(field.stars.begin(),
+                 field.stars.begin() + static_cast<std::ptrdiff_t>(std::min(field.stars.size(), kStarsKept)));
+}
+
+SeenLight Measure(const CStlImage& image, const Wanted& wanted, FrameReport& report)
+{
+    SeenLight seen;
+    for (int plane = 0; plane < image.GetPlanes() && wanted.levels; ++plane) {
+        seen.levels.push_back(MeasureFrame(image, plane));
+    }
+    if (wanted.stars) {
+        LookForStars(image, report, seen.stars);
+    } else {
+        const FrameLevel& level = seen.levels[static_cast<std::size_t>(StarPlane(image))];
+        report.background = level.background;
+        report.noise = level.noise;
+    }
+    return seen;
+}
+
+/// A limit: what is measured, how far it may lie from the median, and on which side.
+struct Limit {
+    const char* what;
+    const std::optional<double>& sigmas;
+    double side; ///< 1: too much is bad; -1: too little
+    double (*value)(const FrameReport&);
+};
+
+void Apply(const Limit& limit, std::vector<FrameReport>& reports)
+{
+    std::vector<double> values;
+    for (const FrameReport& report : reports) {
+        values.push_back(limit.value(report));
+    }
+    const RobustLevel set = MeasureLevel(values);
+    const double sigma = std::max(set.deviation, kLeastSpread * std::fabs(set.median));
+    for (std::size_t i = 0; i < reports.size(); ++i) {
+        const double sigmas = limit.side * (values[i] - set.median) / sigma;
+        if (reports[i].used && sigmas > *limit.sigmas) {
+            reports[i].LeaveOut(std::string(limit.what) + " is " + NumberText(values[i], 2) + ", " +
+                                NumberText(sigmas, 1) + " sigmas off the median of all lights, " +
+                                NumberText(set.median, 2));
+        }
+    }
+}
+
+} // namespace
+
+std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames, std::vector<FrameReport>& reports)
+{
+    const Wanted wanted(options);
+    if (!wanted.Anything()) {
+        return {};
+    }
+    Progress progress(options.progressWindow, "Measuring lights...", static_cast<int>(reports.size()));
+    std::vector<SeenLight> seen;
+    for (std::size_t i = 0; i < reports.size(); ++i) {
+        seen.push_back(Measure(frames.ReadImage(static_cast<int>(i)), wanted, reports[i]));
+        progress.Step();
+    }
+    return seen;
+}
+
+void ApplyLimits(const Options& options, std::vector<FrameReport>& reports)
+{
+    const Limit limits[] = {
+        {"the width of its stars", options.rejectFwhm, 1.0, [](const FrameReport& report) { return report.fwhm; }},
+        {"the number of its stars", options.rejectStars, -1.0,
+         [](const FrameReport& report) { return static_cast<double>(report.stars); }},
+        {"its background", options.rejectBackground, 1.0, [](const FrameReport& report) { return report.background; }},
+    };
+    for (const Limit& limit : limits) {
+        if (limit.sigmas) {
+            Apply(limit, reports);
+        }
+    }
+}
+
+} // namespace corvane::stack

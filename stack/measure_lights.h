@@ -1,0 +1,28 @@
+#pragma once
+
+#include <vector>
+
+#include "stack/find_stars.h"
+#include "stack/frame_report.h"
+#include "stack/light_frames.h"
+#include "stack/normalise.h"
+#include "stack/options.h"
+
+namespace corvane::stack {
+
+/// What was measured of a light besides what its report tells.
+struct SeenLight {
+    std::vector<FieldStar> stars;   ///< the brightest of those that can be used, then of the others
+    std::vector<FrameLevel> levels; ///< of each plane
+};
+
+/// Measures of every light what the options ask for, and enters it in the reports. Lights without a defined sample are
+/// left out. Throws io::Error and Cancelled. No lights are read, and none is seen, when the options ask for nothing.
+std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames, std::vector<FrameReport>& reports);
+
+/// Leaves out the lights whose width of stars, number of stars or background lie beyond the limits of the options,
+/// counted in standard deviations of the set about its median (`MeasureLevel`). Of a set that hardly differs a hundredth
+/// of the median counts as one.
+void ApplyLimits(const Options& options, std::vector<FrameReport>& reports);
+
+} // namespace corvane::stack

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "stack/options.h"
+
+namespace corvane::stack {
+
+/// The words by which the command and HISTORY call the values of options; each list in the order of its values.
+/// @{
+template <class Value, std::size_t count>
+using Names = std::array<std::pair<const char*, Value>, count>;
+
+inline constexpr Names<CombineMethod, 3> kMethodNames{{{"median", CombineMethod::kMedian},
+                                                       {"clipped-median", CombineMethod::kClippedMedian},
+                                                       {"clipped-mean", CombineMethod::kClippedMean}}};
+inline constexpr Names<AlignMethod, 3> kAlignNames{
+    {{"stars", AlignMethod::kStars}, {"shift", AlignMethod::kShift}, {"none", AlignMethod::kNone}}};
+inline constexpr Names<NormaliseMethod, 4> kNormaliseNames{{{"none", NormaliseMethod::kNone},
+                                                            {"offset", NormaliseMethod::kOffset},
+                                                            {"scale", NormaliseMethod::kScale},
+                                                            {"both", NormaliseMethod::kBoth}}};
+inline constexpr Names<WeightMethod, 4> kWeightNames{{{"none", WeightMethod::kNone},
+                                                      {"noise", WeightMethod::kNoise},
+                                                      {"fwhm", WeightMethod::kFwhm},
+                                                      {"stars", WeightMethod::kStars}}};
+inline constexpr Names<Coverage, 2> kCoverageNames{{{"any", Coverage::kAny}, {"all", Coverage::kAll}}};
+inline constexpr Names<DemosaicMethod, 2> kDemosaicNames{
+    {{"edge-aware", DemosaicMethod::kEdgeAware}, {"bilinear", DemosaicMethod::kBilinear}}};
+/// @}
+
+/// The word for a value.
+template <class Value, std::size_t count>
+const char* NameOf(const Names<Value, count>& names, Value value)
+{
+    for (const auto& [name, meaning] : names) {
+        if (meaning == value) {
+            return name;
+        }
+    }
+    return "";
+}
+
+} // namespace corvane::stack

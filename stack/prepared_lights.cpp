@@ -1,0 +1,193 @@
+#include "stack/prepared_lights.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "io/error.h"
+#include "stack/align_stars.h"
+#include "stack/cosmetic.h"
+#include "stack/masters.h"
+#include "stack/progress.h"
+#include "stack/reference.h"
+#include "stack/register.h"
+
+namespace corvane::stack {
+
+namespace {
+
+constexpr std::size_t kStars = 2000;
+constexpr int kMosaicStep = 2; // from a pixel to the next of its colour
+
+/// For each light, its exposure as a multiple of the darks' exposure; 1 where these match.
+std::vector<double> DarkScales(const Plan& plan)
+{
+    std::vector<double> scales;
+    for (const auto& exposure : plan.exposures) {
+        scales.push_back(ExposuresMatch(exposure, plan.darkExposure) ? 1.0 : *exposure / *plan.darkExposure);
+    }
+    return scales;
+}
+
+/// The lights' exposures over that of the reference; 1 where one of both is not known.
+std::vector<double> ExposureRatios(const Plan& plan, std::size_t reference)
+{
+    std::vector<double> ratios;
+    for (const auto& exposure : plan.exposures) {
+        const double ratio = exposure && plan.exposures[reference] ? *exposure / *plan.exposures[reference] : 1.0;
+        ratios.push_back(ratio > 0.0 && std::isfinite(ratio) ? ratio : 1.0);
+    }
+    return ratios;
+}
+
+/// The stars of a light, those at the sensor's ceiling marked.
+std::vector<Star> StarsOf(FrameSet& lights, int light, const CStlImage& calibrated)
+{
+    const int plane = StarPlane(calibrated);
+    std::vector<Star> stars = FindStars(calibrated, plane, MeasureSky(calibrated, plane), kStars);
+    CalibratedFrames uncalibrated(lights, Masters(), 0.0, std::vector<double>(lights.Count(), 1.0));
+    CStlImage raw(LightFrames(uncalibrated, {}, DemosaicMethod::kBilinear).ReadImage(light));
+    lights.Describe(light, raw);
+    MarkSaturated(raw, std::min(plane, raw.GetPlanes() - 1), stars);
+    return stars;
+}
+
+} // namespace
+
+PreparedLights::PreparedLights(const Options& options, Registration& result, Stopwatch& stopwatch)
+    : options_(options), result_(result), stopwatch_(stopwatch), plan_(MakePlan(options))
+{
+    result_.notes = plan_.notes;
+    for (const std::string& light : options_.lights) {
+        result_.frames.push_back({light});
+    }
+    stopwatch_.Lap("check");
+    const Masters masters = MakeMasters(plan_, options_.progressWindow);
+    calibrated_.emplace(plan_.lights, masters, options_.pedestal, DarkScales(plan_));
+    if (options_.cosmetic) {
+        MendHotPixels(masters);
+    }
+    frames_.emplace(*calibrated_, plan_.patterns, options_.demosaic);
+    stopwatch_.Lap("masters");
+}
+
+void PreparedLights::MendHotPixels(const Masters& masters)
+{
+    HotPixels pixels(*masters.dark, plan_.isMosaic ? kMosaicStep : 1);
+    if (!pixels.Fault().empty()) {
+        throw io::Error(options_.darks.front(), pixels.Fault());
+    }
+    result_.notes.push_back(std::to_string(pixels.Count()) + " hot pixels were mended");
+    calibrated_->MendHotPixels(std::move(pixels));
+}
+
+void PreparedLights::Register()
+{
+    seen_ = MeasureLights(options_, *frames_, result_.frames);
+    ApplyLimits(options_, result_.frames);
+    result_.referenceLight = ReferenceIndex(options_);
+    const bool isAlone = plan_.lights.Count() == 1;
+    if (options_.align == AlignMethod::kStars && !isAlone) {
+        result_.referenceLight = ChooseReferenceLight(options_, result_.frames);
+        AlignByStars(options_, frames_->Centre(), result_.referenceLight,
+                     ExposureRatios(plan_, static_cast<std::size_t>(result_.referenceLight)), seen_, result_.frames);
+    } else if (options_.align == AlignMethod::kShift && !isAlone) {
+        AlignByShift();
+    }
+    SetWeights();
+    stopwatch_.Lap("align");
+}
+
+void PreparedLights::AlignByShift()
+{
+    Progress progress(options_.progressWindow, "Aligning frames...", plan_.lights.Count());
+    const int chosen = result_.referenceLight;
+    const CStlImage reference(frames_->ReadImage(chosen));
+    const std::vector<Star> stars = StarsOf(plan_.lights, chosen, reference);
+    result_.reference = options_.reference;
+    if (!result_.reference) {
+        result_.reference = ChooseReference(stars, plan_.width, plan_.height, options_.size, options_.search);
+    }
+    if (!result_.reference) {
+        throw io::Error(options_.lights[static_cast<std::size_t>(chosen)],
+                        "shows no star that frames can be aligned on; choose a place with --star X,Y");
+    }
+    const ShiftRegistration registration(reference, *result_.reference, stars, options_);
+    const RowSpan rows = registration.Rows();
+    for (int i = 0; i < plan_.lights.Count(); ++i) {
+        FrameReport& report = result_.frames[static_cast<std::size_t>(i)];
+        if (i != chosen && report.used) {
+            const Match match = registration.Find(frames_->ReadImage(i, rows.first, rows.end - rows.first));
+            report.correlation = match.correlation;
+            if (match.reason.empty()) {
+                report.dx = match.dx;
+                report.dy = match.dy;
+            } else {
+                report.LeaveOut(match.reason);
+            }
+        }
+        progress.Step();
+    }
+}
+
+/// What brings the planes of a light to the level of the reference; nothing when that was not asked for.
+std::vector<Normalisation> PreparedLights::NormalisationsOf(std::size_t light) const
+{
+    const NormaliseMethod method = NormaliseOf(options_);
+    std::vector<Normalisation> normalisations;
+    const auto reference = static_cast<std::size_t>(result_.referenceLight);
+    if (method == NormaliseMethod::kNone || light == reference) {
+        return normalisations;
+    }
+    const std::optional<double> ratio = result_.frames[light].fluxRatio;
+    const std::optional<double> toReference = ratio ? std::optional(1.0 / *ratio) : std::nullopt;
+    for (std::size_t p = 0; p < seen_[light].levels.size(); ++p) {
+        normalisations.push_back(
+            NormalisationOf(seen_[reference].levels[p], seen_[light].levels[p], method, toReference));
+    }
+    return normalisations;
+}
+
+void PreparedLights::SetWeights()
+{
+    std::vector<FrameQuality> qualities;
+    for (std::size_t i = 0; i < result_.frames.size(); ++i) {
+        const FrameReport& report = result_.frames[i];
+        const std::vector<Normalisation> normalisations = NormalisationsOf(i);
+        const double factor = normalisations.empty() ? 1.0 : normalisations.front().factor;
+        const double noise = seen_.empty() || seen_[i].levels.empty() ? 0.0 : seen_[i].levels.front().noise * factor;
+        const double stars = options_.align == AlignMethod::kStars ? report.matched : report.stars;
+        qualities.push_back(report.used ? FrameQuality{noise, report.fwhm, stars} : FrameQuality{});
+    }
+    const std::vector<double> weights = WeightsOf(qualities, options_.weight);
+    for (std::size_t i = 0; i < weights.size(); ++i) {
+        result_.frames[i].weight = weights[i];
+    }
+}
+
+std::vector<Placement> PreparedLights::Placements() const
+{
+    std::vector<Placement> placements;
+    for (const int i : UsedFrames(result_.frames)) {
+        const auto light = static_cast<std::size_t>(i);
+        const FrameReport& report = result_.frames[light];
+        placements.push_back({.alignment = report.PlacedAbout(frames_->Centre()),
+                              .blank = frames_->Blank(i),
+                              .normalisation = NormalisationsOf(light),
+                              .weight = report.weight});
+    }
+    return placements;
+}
+
+std::vector<int> UsedFrames(const std::vector<FrameReport>& frames)
+{
+    std::vector<int> used;
+    for (int i = 0; i < static_cast<int>(frames.size()); ++i) {
+        if (frames[static_cast<std::size_t>(i)].used) {
+            used.push_back(i);
+        }
+    }
+    return used;
+}
+
+} // namespace corvane::stack

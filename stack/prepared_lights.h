@@ -1,0 +1,51 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "stack/calibrated_frames.h"
+#include "stack/combine.h"
+#include "stack/light_frames.h"
+#include "stack/measure_lights.h"
+#include "stack/plan.h"
+#include "stack/stack.h"
+#include "stack/stopwatch.h"
+
+namespace corvane::stack {
+
+/// The lights of a job on their way to the stack: checked, with the masters they are calibrated by, measured, and
+/// placed on one of them.
+class PreparedLights {
+public:
+    /// Checks everything that can be judged before the work, makes the masters, and prepares the lights to be read.
+    /// Throws OptionError, io::Error and Cancelled.
+    PreparedLights(const Options& options, Registration& result, Stopwatch& stopwatch);
+
+    /// Measures the lights, chooses the reference, leaves out what the options or the alignment leave out, and says in
+    /// the reports how the others are placed.
+    void Register();
+    /// How each of the lights that are used is combined, after `Register`.
+    std::vector<Placement> Placements() const;
+
+    const Plan& GetPlan() const { return plan_; }
+    LightFrames& Frames() { return *frames_; }
+
+private:
+    void MendHotPixels(const Masters& masters);
+    void AlignByShift();
+    std::vector<Normalisation> NormalisationsOf(std::size_t light) const;
+    void SetWeights();
+
+    const Options& options_;
+    Registration& result_;
+    Stopwatch& stopwatch_;
+    Plan plan_;
+    std::optional<CalibratedFrames> calibrated_;
+    std::optional<LightFrames> frames_;
+    std::vector<SeenLight> seen_;
+};
+
+/// The places of the lights that are used.
+std::vector<int> UsedFrames(const std::vector<FrameReport>& frames);
+
+} // namespace corvane::stack

@@ -1,0 +1,38 @@
+# Colour images made of frames, and taken apart.
+source "$(dirname "$0")/check.bash"
+
+"$MAKE_NIGHT" --lights 3 --darks 0 --flats 0 --bias 0 --size 320x240 --drift 3 night >/dev/null || fail 'make-night'
+r=night/light_001.fits g=night/light_002.fits b=night/light_003.fits
+
+check 0 '^$' rgb "$r" "$g" "$b" -o rgb.fits --shift2 -0.9,0.3 --angle3 1 --outside 500
+check 0 'plane 2 +min 500' info rgb.fits
+strings rgb.fits | grep -q "HISTORY corvane rgb $r $g" || fail 'no HISTORY line'
+check 0 "^$g: aligned by 1 star: dx -3.*$b: aligned by 1 star: dx -6" \
+    rgb "$r" "$g" "$b" -o rgb.fits --align shift --at 160,127
+check 0 '^$' split rgb.fits -o m.fits --component m
+check 0 '1 plane.*filter +M' info m.fits
+check 0 '^$' cmy "$r" "$r" "$r" -o cmy.fits
+check 0 'min 635, max 39513.*min 635, max 39513.*min 635, max 39513' info cmy.fits
+check 0 '^$' apply rgb.fits -o small.fits bin:x=2,y=2
+check 0 '^$' lrgb "$r" small.fits -o lrgb.fits --scale 0.5
+check 0 '^$' lrgb "$r" rgb.fits -o mean.fits --average -q --align points --points 160,127 --points2 160,127
+
+check 0 '^$' composite "$r" "$r" -o nothing.fits --mode sum --dx 1000
+rgb=(rgb "$r" "$g" "$b" -o out.fits)
+refuse 2 '--align = star: must be none, shift or points' "${rgb[@]}" --align star
+refuse 2 '--align shift and --at belong together' "${rgb[@]}" --at 1,1
+refuse 2 '--shift2 = 1: must be DX,DY' "${rgb[@]}" --shift2 1
+refuse 2 '--shift1 = 2e.06: must be -1e.06 to 1e.06' "${rgb[@]}" --shift1 0,2e6
+refuse 2 '--points2 needs --align points' "${rgb[@]}" --points2 1,1
+refuse 2 '--points = 1,1, --points2 = : both must name' "${rgb[@]}" --align points --points 1,1
+refuse 1 "$r: --at = 1,250: must lie within the image, of 320 x 240" "${rgb[@]}" --align shift --at 1,250
+refuse 1 "$r: shows no star within 4 pixels of 20,100" "${rgb[@]}" --align shift --at 20,100 --size 9
+refuse 1 "$g: the star is not within --range = 4" "${rgb[@]}" --align shift --at 160,127 --range 4
+refuse 1 'nothing.fits: has no sample that is defined' rgb "$r" nothing.fits "$b" -o out.fits
+refuse 1 'rgb.fits: has 3 planes; a frame through one filter must have 1' cmy "$r" rgb.fits "$b" -o out.fits
+refuse 1 "$r: has 1 plane; the colour frame must have 3" lrgb "$r" "$r" -o out.fits
+refuse 1 "$r: must have 3 planes to be split; it has 1" split "$r" -o out.fits --component r
+refuse 1 'missing.fits: ' rgb "$r" missing.fits "$b" -o out.fits
+refuse 2 '--component = red: must be r, g, b, c, m or y' split rgb.fits -o out.fits --component red
+refuse 2 '--scale = 0: must be 0.01 to 100' lrgb "$r" rgb.fits -o out.fits --scale 0
+finish
