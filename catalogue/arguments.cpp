@@ -24,6 +24,12 @@ const Type& Arguments::Get(std::string_view name) const
     return std::get<Type>(*value);
 }
 
+bool Arguments::IsWord(std::string_view name) const
+{
+    const Value* value = Find(name);
+    return value != nullptr && std::holds_alternative<std::string>(*value);
+}
+
 double Arguments::Number(std::string_view name) const
 {
     return Get<double>(name);

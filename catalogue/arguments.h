@@ -27,6 +27,8 @@ public:
 
     /// True when the parameter was given or has a default.
     bool Has(std::string_view name) const { return Find(name) != nullptr; }
+    /// True when a number was given by a word.
+    bool IsWord(std::string_view name) const;
     double Number(std::string_view name) const;
     int Whole(std::string_view name) const;
     bool Flag(std::string_view name) const;

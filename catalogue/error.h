@@ -10,4 +10,10 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// The user pressed ESC while an operation looked for it. Its frame is not to be used any more.
+class Cancelled : public std::exception {
+public:
+    const char* what() const noexcept override { return "cancelled"; }
+};
+
 } // namespace corvane::catalogue

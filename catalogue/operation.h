@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <vector>
@@ -15,7 +16,8 @@ enum class Planes { Any, Mono, Colour };
 
 /// How an operation is to be run.
 struct Context {
-    int showProgress = 1; ///< non-zero: it reports to the image's progress window
+    int showProgress = 1;             ///< non-zero: it reports to the image's progress window
+    std::FILE* diagnostics = nullptr; ///< gets lines about what an operation measures and how it goes; null: nobody
 };
 
 /// One operation, described as data: everything that help, checks and the command need to know of it.

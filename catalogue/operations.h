@@ -24,6 +24,7 @@ std::vector<Operation> ColourOperations();
 std::vector<Operation> ColourMosaicOperations();
 std::vector<Operation> SmoothOperations();
 std::vector<Operation> SharpenOperations();
+std::vector<Operation> RestoreOperations();
 std::vector<Operation> DevelopOperations();
 std::vector<Operation> GeometryOperations();
 /// @}

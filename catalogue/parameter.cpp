@@ -86,9 +86,14 @@ bool ParseFlag(const Parameter& parameter, std::string_view text)
     Refuse(parameter, text, "must be " + AllowedText(parameter));
 }
 
+bool IsOneOf(const std::vector<std::string>& words, std::string_view text)
+{
+    return std::find(words.begin(), words.end(), text) != words.end();
+}
+
 std::string ParseChoice(const Parameter& parameter, std::string_view text)
 {
-    if (std::find(parameter.choices.begin(), parameter.choices.end(), text) == parameter.choices.end()) {
+    if (!IsOneOf(parameter.choices, text)) {
         Refuse(parameter, text, "must be " + AllowedText(parameter));
     }
     return std::string(text);
@@ -149,6 +154,9 @@ Value ParseValue(const Parameter& parameter, std::string_view text)
     }
     switch (parameter.kind) {
     case Kind::Number:
+        if (IsOneOf(parameter.choices, text)) {
+            break;
+        }
         return ParseNumber<double>(parameter, text, "a number");
     case Kind::Whole:
         return ParseNumber<int>(parameter, text, "a whole number");
@@ -203,7 +211,7 @@ std::string AllowedText(const Parameter& parameter)
 {
     switch (parameter.kind) {
     case Kind::Number:
-        return RangeText(parameter, "number");
+        return RangeText(parameter, "number") + (parameter.choices.empty() ? "" : ", or " + Joined(parameter.choices));
     case Kind::Whole:
         return RangeText(parameter, "whole number");
     case Kind::Choice:

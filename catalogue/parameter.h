@@ -14,7 +14,7 @@ namespace corvane::catalogue {
 
 /// What the value of a parameter looks like.
 enum class Kind {
-    Number,    ///< a finite number, held as double
+    Number,    ///< a finite number, held as double; or one of its words, held as text
     Whole,     ///< a whole number, held as int
     Choice,    ///< one of a few words, held as text
     Flag,      ///< yes or no, held as bool
@@ -36,7 +36,7 @@ struct Parameter {
     std::string unit{};                                ///< empty when it has none
     double min = std::numeric_limits<float>::lowest(); ///< smallest value of a number that is allowed
     double max = std::numeric_limits<float>::max();    ///< largest value of a number that is allowed
-    std::vector<std::string> choices{};                ///< the words of a choice
+    std::vector<std::string> choices{}; ///< the words of a choice, or those that a number may be given by
     std::optional<Value> defaultValue{};
     std::string whenAbsent{};           ///< what an optional parameter without a default means when it is not given
     Value (*readSetting)() = nullptr;   ///< where the user's settings stand before the default: reads them

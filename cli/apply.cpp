@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdio>
 #include <new>
 #include <string>
 #include <vector>
@@ -30,10 +31,12 @@ std::vector<catalogue::Step> ParseSteps(const std::vector<std::string>& texts)
 }
 
 // Here the catalogue speaks of the image, not of the command line: the file belongs into the message.
-void RunStep(const catalogue::Step& step, io::Frame& frame, const std::string& input)
+void RunStep(const catalogue::Step& step, io::Frame& frame, const std::string& input, const catalogue::Context& context)
 {
     try {
-        catalogue::Run(step, frame, {});
+        catalogue::Run(step, frame, context);
+    } catch (const catalogue::Cancelled&) {
+        throw Cancelled();
     } catch (const catalogue::Error& error) {
         throw io::Error(input, error.what());
     } catch (const std::bad_alloc& error) {
@@ -42,7 +45,7 @@ void RunStep(const catalogue::Step& step, io::Frame& frame, const std::string& i
     ThrowIfCancelled();
 }
 
-int Apply(const ApplyOptions& options)
+int Apply(const ApplyOptions& options, const catalogue::Context& context)
 {
     const std::vector<catalogue::Step> steps = ParseSteps(options.steps);
     io::CheckSave(options.output, options.save);
@@ -50,7 +53,7 @@ int Apply(const ApplyOptions& options)
     io::Frame frame = io::Load(options.input);
     ThrowIfCancelled();
     for (const catalogue::Step& step : steps) {
-        RunStep(step, frame, options.input);
+        RunStep(step, frame, options.input, context);
     }
     io::Save(options.output, frame.image, frame.header, options.save);
     return kDone;
@@ -71,7 +74,11 @@ void AddApply(CLI::App& app, Session& session)
         ->type_name("STEP");
     command.footer("`corvane ops` lists the steps. A comma within a value is written twice. Each step is noted in the "
                    "result's header.");
-    command.callback([&session, options] { session.work = [options] { return Apply(*options); }; });
+    command.callback([&session, options] {
+        session.work = [&session, options] {
+            return Apply(*options, {.diagnostics = session.verbose ? stderr : nullptr});
+        };
+    });
 }
 
 } // namespace corvane::cli

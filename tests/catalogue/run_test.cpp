@@ -135,6 +135,18 @@ TEST(Run, SaturatesEachHueByItsGain)
     }
 }
 
+TEST(Run, LeavesUndefinedWhatWasBlank)
+{
+    for (const char* const step : {"vignette:k=0.1", "lab"}) {
+        io::Frame frame = MakeFrame(3);
+        frame.image.SetBlankUsed(1);
+        frame.image.SetBlank(124); // the last sample of plane 1
+        catalogue::Run(ParseStep(step), frame, {});
+        EXPECT_TRUE(std::isnan(frame.image.GetPixelGrayRaw(4, 2, 1))) << step;
+        EXPECT_FALSE(std::isnan(frame.image.GetPixelGrayRaw(3, 2, 1))) << step;
+    }
+}
+
 TEST(Run, SetsLevelsOfThePlanesThatItShould)
 {
     const CStlImage every = After("levels:min=-1,max=9", 3).image;

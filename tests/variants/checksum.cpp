@@ -291,6 +291,21 @@ void ColourComposites(const CStlImage& colour, CStlImage r, CStlImage g, CStlIma
     }
 }
 
+template <class Image, class... Arguments>
+void PrintRestored(const char* name, const CStlImage& image, Arguments... arguments)
+{
+    Image restored(image);
+    restored.Do(arguments..., whole, 0);
+    Print(name, restored);
+}
+
+void Restorations(const CStlImage& image)
+{
+    PrintRestored<CImgLucy>("Lucy", image, 1.3, 0.7, 20.0, 3);
+    PrintRestored<CImgMem>("maximum entropy", image, 1.3, 5000.0, 3);
+    PrintRestored<CImgWiener>("Wiener", image, 1.3, 0.01);
+}
+
 void AllOf(int planes)
 {
     std::printf("%d plane(s)\n", planes);
@@ -313,6 +328,7 @@ void AllOf(int planes)
     Geometry(image);
     Filters(image);
     Mosaics(image);
+    Restorations(image);
 }
 
 } // namespace

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "io/frame.h"
+
+namespace corvane::catalogue {
+
+/// Throws Error, which names the first of them, when a region of an image (null: all of it) has samples that are blank,
+/// NaN or infinite: restorations would spread them. Throws Error, too, when the work would take more than the memory
+/// budget.
+void CheckRestorable(const CStlImage& image, const CRect* rect);
+
+/// The width of the stars [pixels, as the sigma of a Gaussian]: the median over the brightest ones of an image that are
+/// not saturated. Throws Error when there are none.
+double MeasureStarSigma(CStlImage& image);
+
+/// The noise from sample to sample [raw units], from the median difference of neighbours, so that neither stars nor a
+/// sky that is uneven count; of several planes that of the noisiest.
+double MeasureNoise(const CStlImage& image);
+
+/// Electrons per count: EGAIN of the header or 1, times NCOMBINE, since n electrons make up a count of a mean of n frames.
+double GainOf(const io::Header& header);
+
+/// The read-out noise [electrons]: RDNOISE or READNOIS of the header or 0, times the root of NCOMBINE.
+double ReadNoiseOf(const io::Header& header);
+
+} // namespace corvane::catalogue

@@ -1,0 +1,292 @@
+// Restoration of blurred images.
+
+#include <cstdio>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "catalogue/error.h"
+#include "catalogue/operations.h"
+#include "catalogue/restoration.h"
+#include "corvane/platform/memory_exception.h"
+#include "corvane/restore/lucy.h"
+#include "corvane/restore/mem.h"
+#include "corvane/restore/wiener.h"
+
+namespace corvane::catalogue {
+namespace {
+
+constexpr double kFwhmOfSigma = 2.354820045028949;
+constexpr double kLeastSigma = 0.3;
+constexpr double kMostSigma = 9.0; // from about 9.9 on the function of a restoration has a false peak in a corner
+constexpr double kSqrt2 = 1.414213562373095;
+
+void Tell(const Context& context, const char* what, double value, const char* unit)
+{
+    if (context.diagnostics != nullptr) {
+        std::fprintf(context.diagnostics, "%s %.4g %s\n", what, value, unit);
+    }
+}
+
+/// The blur, as it was given or as stars have it.
+double SigmaOf(const Arguments& arguments, CStlImage& image, const Context& context)
+{
+    if (arguments.Has("sigma")) {
+        return arguments.Number("sigma");
+    }
+    if (arguments.Has("fwhm") && !arguments.IsWord("fwhm")) {
+        return arguments.Number("fwhm") / kFwhmOfSigma;
+    }
+    const double sigma = MeasureStarSigma(image);
+    Tell(context, "FWHM of the stars", sigma * kFwhmOfSigma, "pixels");
+    if (sigma < kLeastSigma || sigma > kMostSigma) {
+        throw Error("fwhm = auto: the stars are " + ToText(Value(sigma * kFwhmOfSigma)) + " pixels wide; it takes " +
+                    ToText(Value(kLeastSigma * kFwhmOfSigma)) + " to " + ToText(Value(kMostSigma * kFwhmOfSigma)));
+    }
+    return sigma;
+}
+
+void CheckSigma(const Arguments& arguments)
+{
+    if (arguments.Has("sigma") && arguments.Has("fwhm")) {
+        throw Error("sigma and fwhm say the same; give one of them");
+    }
+}
+
+RestoreDetail DetailOf(const Context& context)
+{
+    return {.diagnostics = context.diagnostics, .showsChiSquare = true};
+}
+
+void ThrowUnlessDone(Restored end)
+{
+    if (end == Restored::kCancelled) {
+        throw Cancelled();
+    }
+    if (end == Restored::kNoMemory) {
+        AfxThrowMemoryException();
+    }
+}
+
+void RunLucy(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    CRect* const rect = arguments.Rectangle("rect");
+    CheckRestorable(frame.image, rect);
+    const double sigma = SigmaOf(arguments, frame.image, context);
+    const double gain = arguments.Has("gain") ? arguments.Number("gain") : GainOf(frame.header);
+    const double noise = arguments.Has("read-noise") ? arguments.Number("read-noise") : ReadNoiseOf(frame.header);
+    Tell(context, "gain", gain, "electrons per count");
+    Tell(context, "read-out noise", noise, "electrons");
+    CImgLucy image;
+    image.Swap(&frame.image);
+    ThrowUnlessDone(image.Restore(sigma, gain, noise, arguments.Whole("iterations"), rect, context.showProgress,
+                                  DetailOf(context)));
+    image.Swap(&frame.image);
+}
+
+/// Moves the reference pixel with samples that moved half a pixel to the left and upwards.
+void MoveReferencePixel(CStlImage& image)
+{
+    double unused = 0.0;
+    if (image.GetCRPix(0, &unused) != 0 || image.GetCRPix(1, &unused) != 0) {
+        image.TranslatePhysicalCoords(-0.5, -0.5);
+    }
+}
+
+void RunMaxent(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    CRect* const rect = arguments.Rectangle("rect");
+    CheckRestorable(frame.image, rect);
+    const double sigma = SigmaOf(arguments, frame.image, context);
+    const double noise = arguments.Has("noise") ? arguments.Number("noise") : MeasureNoise(frame.image);
+    Tell(context, "noise", noise, "counts");
+    if (!(noise > 0.0)) {
+        throw Error("the image shows no noise to measure; give noise");
+    }
+    const bool isOnGrid = arguments.Flag("resample") || rect != nullptr;
+    CImgMem image;
+    image.Swap(&frame.image);
+    ThrowUnlessDone(image.Restore(sigma, noise, arguments.Whole("iterations"), rect, context.showProgress, isOnGrid,
+                                  DetailOf(context)));
+    if (!isOnGrid) {
+        MoveReferencePixel(image);
+    }
+    image.Swap(&frame.image);
+}
+
+/// Multiplies the samples inside an area.
+void Multiply(CStlImage& image, const CRect& area, double factor)
+{
+    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+        for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
+            float* const row = image.GetImageAdr(0, y, plane);
+            for (int x = static_cast<int>(area.left); x < area.right; ++x) {
+                row[x] = static_cast<float>(row[x] * factor);
+            }
+        }
+    }
+}
+
+/// Display levels of 0 to 255, on which display values are the samples themselves, until it goes.
+class PlainLevels {
+public:
+    explicit PlainLevels(CStlImage& image) : image_(image)
+    {
+        for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+            levels_.emplace_back(image.GetLevelMin(plane), image.GetLevelMax(plane));
+            image.SetLevel(plane, 0.0, 255.0);
+        }
+    }
+    ~PlainLevels()
+    {
+        for (int plane = 0; plane < image_.GetPlanes(); ++plane) {
+            image_.SetLevel(plane, levels_[static_cast<std::size_t>(plane)].first,
+                            levels_[static_cast<std::size_t>(plane)].second);
+        }
+    }
+    PlainLevels(const PlainLevels&) = delete;
+    PlainLevels& operator=(const PlainLevels&) = delete;
+
+private:
+    CStlImage& image_;
+    std::vector<std::pair<double, double>> levels_;
+};
+
+// The filter dims what lies above black by its gain; black at 0 keeps the digits that would drown in a pedestal.
+void RunWiener(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    CRect* const rect = arguments.Rectangle("rect");
+    CheckRestorable(frame.image, rect);
+    const double sigma = SigmaOf(arguments, frame.image, context) * kSqrt2; // of which the filter takes 0.7071
+    const double noise = arguments.Number("noise");
+    CImgWiener image;
+    image.Swap(&frame.image);
+    const CRect area = rect != nullptr ? *rect : CRect(0, 0, image.GetWidth(), image.GetHeight());
+    {
+        const PlainLevels levels(image);
+        if (image.Do(sigma, noise, rect, context.showProgress) == 0) {
+            AfxThrowMemoryException();
+        }
+    }
+    Multiply(image, area, WienerGain(sigma, area.Width(), area.Height()) * (1.0 + noise));
+    image.Swap(&frame.image);
+}
+
+Parameter SigmaParameter()
+{
+    return {.name = "sigma",
+            .summary = "how wide the blur is, as the standard deviation of a Gaussian",
+            .unit = "pixels",
+            .min = kLeastSigma,
+            .max = kMostSigma,
+            .whenAbsent = "by fwhm"};
+}
+
+Parameter FwhmParameter()
+{
+    return {.name = "fwhm",
+            .summary = "how wide the blur is, as the full width of a star at half its height",
+            .unit = "pixels",
+            .min = 0.7,
+            .max = 21.2,
+            .choices = {"auto"},
+            .whenAbsent = "auto: measured with the stars of the image"};
+}
+
+Parameter IterationsParameter(int defaultValue)
+{
+    return {.name = "iterations",
+            .kind = Kind::Whole,
+            .summary = "ends after so many, if it is not done before",
+            .min = 1,
+            .max = 10000,
+            .defaultValue = defaultValue};
+}
+
+Operation Lucy()
+{
+    return {.name = "lucy",
+            .summary = "sharpen by undoing the blur, after Richardson and Lucy",
+            .help = "Finds the image that, blurred, fits the samples best for the noise of photons and of reading out. "
+                    "It ends when the fit is as good as the noise allows (chi-square 1), or after the iterations; more "
+                    "of them make stars narrower, and noise coarser. Samples should be counts with any pedestal taken "
+                    "off; those far below 0 take no part. Of a mean of n frames, gain is n times that of the camera "
+                    "and the read-out noise the root of n times; NCOMBINE of the header is seen to.",
+            .parameters = {SigmaParameter(),
+                           FwhmParameter(),
+                           {.name = "gain",
+                            .summary = "electrons that make one count",
+                            .unit = "electrons per count",
+                            .min = 1e-6,
+                            .max = 1e12,
+                            .whenAbsent = "EGAIN of the header, else 1; times NCOMBINE"},
+                           {.name = "read-noise",
+                            .summary = "noise of reading out a pixel",
+                            .unit = "electrons",
+                            .min = 0.0,
+                            .max = 1e9,
+                            .whenAbsent = "RDNOISE of the header, else 0; times the root of NCOMBINE"},
+                           IterationsParameter(20),
+                           RectangleParameter()},
+            .aliases = {"richardson-lucy", "deconvolve"},
+            .check = CheckSigma,
+            .run = RunLucy};
+}
+
+Operation Maxent()
+{
+    return {.name = "maxent",
+            .summary = "sharpen by undoing the blur, with the smoothest image that fits",
+            .help =
+                "Of all images above 0 that, blurred, agree with the samples to within the noise, it finds the one "
+                "of greatest entropy: what the samples do not ask for stays even. The restored samples lie half a "
+                "pixel to the left of and above those of the image; the reference pixel of world coordinates (CRPIX) "
+                "follows, so that stars keep their right ascension and declination. With resample, and inside a "
+                "rectangle, samples stay in their places instead.",
+            .parameters = {SigmaParameter(),
+                           FwhmParameter(),
+                           {.name = "noise",
+                            .summary = "standard deviation of the noise",
+                            .unit = "counts",
+                            .min = 1e-30,
+                            .max = 1e12,
+                            .whenAbsent = "measured from neighbouring samples"},
+                           IterationsParameter(100),
+                           {.name = "resample",
+                            .kind = Kind::Flag,
+                            .summary = "keep samples in their places, and the reference pixel as it is",
+                            .defaultValue = false},
+                           RectangleParameter()},
+            .aliases = {"maximum-entropy", "mem"},
+            .check = CheckSigma,
+            .run = RunMaxent};
+}
+
+Operation Wiener()
+{
+    return {.name = "wiener",
+            .summary = "sharpen by undoing the blur, in one pass",
+            .help =
+                "Divides the blur out, frequency by frequency, as far as the noise allows. The quickest way, but "
+                "bright stars get dark rings and samples may fall below 0. The filter itself makes an image fainter, "
+                "by about 1000 sigma^2; this step gives the flux back. sigma is that of the blur.",
+            .parameters = {SigmaParameter(),
+                           FwhmParameter(),
+                           {.name = "noise",
+                            .summary = "power of the noise, over that of the image; more is smoother",
+                            .min = 1e-9,
+                            .max = 1.0,
+                            .defaultValue = 0.01},
+                           RectangleParameter()},
+            .check = CheckSigma,
+            .run = RunWiener};
+}
+
+} // namespace
+
+std::vector<Operation> RestoreOperations()
+{
+    return {Lucy(), Maxent(), Wiener()};
+}
+
+} // namespace corvane::catalogue

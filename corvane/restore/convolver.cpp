@@ -1,0 +1,82 @@
+#include "corvane/restore/convolver.h"
+
+#include <algorithm>
+
+#include "corvane/restore/butterflies.h"
+
+namespace corvane {
+
+namespace {
+
+/// Calls visit(re, im, count) for every block of the spectrum, with the offsets of its parts.
+template <class Visit>
+void ForEachBlock(const ImageTransform& transform, Visit visit)
+{
+    const std::size_t count = transform.ImaginaryOffset();
+    for (std::size_t at = 0; at < transform.SpectrumSize(); at += 2 * count) {
+        visit(at, at + count, count);
+    }
+}
+
+Complex Conjugate(Complex a)
+{
+    return {a.re, -a.im};
+}
+
+/// spectrum = product(spectrum, transfer), sample by sample.
+template <class Product>
+void Multiply(std::size_t count, float* __restrict re, float* __restrict im, const float* __restrict transferRe,
+              const float* __restrict transferIm, Product product)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        const Complex value = product(Complex{re[i], im[i]}, Complex{transferRe[i], transferIm[i]});
+        re[i] = value.re;
+        im[i] = value.im;
+    }
+}
+
+} // namespace
+
+Convolver::Convolver(int width, int height)
+    : transform_(width, height), transfer_(transform_.SpectrumSize()), spectrum_(transform_.SpectrumSize())
+{}
+
+void Convolver::SetPsf(float* psf, const RestoreStage& stage)
+{
+    const std::ptrdiff_t peak = std::max_element(psf, psf + Size()) - psf;
+    float* const end = psf + Size();
+    std::rotate(psf, psf + peak / Width() * Width(), end);
+    for (float* row = psf; row != end; row += Width()) {
+        std::rotate(row, row + peak % Width(), row + Width());
+    }
+    transform_.Forward(psf, transfer_.data());
+    const float sum = transfer_[0];
+    std::transform(transfer_.begin(), transfer_.end(), transfer_.begin(), [=](float v) { return v / sum; });
+    stage.Reach(1.0);
+}
+
+template <class Product>
+void Convolver::Apply(const float* in, float* out, const RestoreStage& stage, Product product)
+{
+    transform_.Forward(in, spectrum_.data());
+    stage.Reach(0.5);
+    float* spectrum = spectrum_.data();
+    const float* transfer = transfer_.data();
+    ForEachBlock(transform_, [&](std::size_t re, std::size_t im, std::size_t count) {
+        Multiply(count, spectrum + re, spectrum + im, transfer + re, transfer + im, product);
+    });
+    transform_.Inverse(spectrum, out);
+    stage.Reach(1.0);
+}
+
+void Convolver::Convolve(const float* in, float* out, const RestoreStage& stage)
+{
+    Apply(in, out, stage, [](Complex value, Complex transfer) { return value * transfer; });
+}
+
+void Convolver::Correlate(const float* in, float* out, const RestoreStage& stage)
+{
+    Apply(in, out, stage, [](Complex value, Complex transfer) { return value * Conjugate(transfer); });
+}
+
+} // namespace corvane

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <vector>
+
+#include "corvane/platform/export.h"
+#include "corvane/restore/image_transform.h"
+#include "corvane/restore/restore_progress.h"
+
+namespace corvane {
+
+/// Circular convolution of planes of one size with one point-spread function, by Fourier transform.
+class CORVANE_API Convolver {
+public:
+    /// Prepares for planes of a size. Throws std::bad_alloc.
+    Convolver(int width, int height);
+
+    int Width() const { return transform_.Width(); }
+    int Height() const { return transform_.Height(); }
+    /// Samples of a plane.
+    std::size_t Size() const { return static_cast<std::size_t>(Width()) * Height(); }
+
+    /// Takes the function from a plane of the same size, brought to a sum of 1. Its peak, the first largest sample of the
+    /// first row that holds it, becomes the origin; the plane is left with the peak there.
+    void SetPsf(float* psf, const RestoreStage& stage);
+    /// Convolves a plane with the function. `out` may be `in`.
+    void Convolve(const float* in, float* out, const RestoreStage& stage);
+    /// Correlates a plane with the function, the transpose of the former.
+    void Correlate(const float* in, float* out, const RestoreStage& stage);
+
+private:
+    template <class Product>
+    void Apply(const float* in, float* out, const RestoreStage& stage, Product product);
+
+    ImageTransform transform_;
+    std::vector<float> transfer_;
+    std::vector<float> spectrum_;
+};
+
+} // namespace corvane

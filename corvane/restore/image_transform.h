@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "corvane/platform/export.h"
+#include "corvane/restore/lane_transform.h"
+
+namespace corvane {
+
+/// Two-dimensional Fourier transform of a plane of real samples, in single precision, for any width and height.
+///
+/// Forward is not scaled; inverse divides by width * height. The kernel of forward is e^(-2 pi i (u x / w + v y / h)).
+/// A spectrum holds the frequencies v = 0..h / 2 of the columns, since those of real samples beyond are their
+/// conjugates, and all u. They are kept in an order that suits the transform: kLanes neighbouring v side by side, so
+/// that a block of them is one contiguous range. `IndexOf` finds a frequency; work that takes all frequencies alike
+/// needs no more than the array. The places beyond h / 2 in the last block are 0.
+class CORVANE_API ImageTransform {
+public:
+    /// Prepares for planes of a size; 1 or more each. Throws std::bad_alloc.
+    ImageTransform(int width, int height);
+
+    int Width() const { return width_; }
+    int Height() const { return height_; }
+    /// Floats of a spectrum.
+    std::size_t SpectrumSize() const { return static_cast<std::size_t>(blocks_) * BlockSize(); }
+    /// Frequencies v that a spectrum holds: 0 to height / 2.
+    int Frequencies() const { return height_ / 2 + 1; }
+    /// Where the real part of frequency (u, v) is; the imaginary part follows `ImaginaryOffset` floats behind it.
+    std::size_t IndexOf(int u, int v) const
+    {
+        return v / kLanes * BlockSize() + static_cast<std::size_t>(u) * kLanes + v % kLanes;
+    }
+    std::size_t ImaginaryOffset() const { return static_cast<std::size_t>(width_) * kLanes; }
+
+    /// Transforms width * height samples, row by row.
+    void Forward(const float* image, float* spectrum);
+    /// The way back. The spectrum is lost.
+    void Inverse(float* spectrum, float* image);
+
+private:
+    std::size_t BlockSize() const { return 2 * ImaginaryOffset(); }
+    int Opposite(int v) const { return v == 0 ? 0 : height_ - v; }
+    Lanes BlockAt(float* spectrum, int block) const;
+    template <class Transform>
+    void TransformRows(float* spectrum, Transform transform);
+    void Gather(const float* image, int x, Lanes columns) const;
+    void Scatter(Lanes columns, int x, float* image) const;
+    void Separate(Lanes columns, int x, float* spectrum) const;
+    void Join(const float* spectrum, int x, Lanes columns) const;
+    Lanes Work(int which) { return {work_.data() + 2 * which * room_, work_.data() + (2 * which + 1) * room_}; }
+
+    int width_;
+    int height_;
+    int blocks_;
+    LaneTransform rows_;
+    LaneTransform columns_;
+    std::size_t room_;
+    std::vector<float> work_;
+};
+
+} // namespace corvane

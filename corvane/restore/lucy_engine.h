@@ -1,0 +1,43 @@
+#pragma once
+
+#include "corvane/core/stl_image.h"
+#include "corvane/restore/restore_progress.h"
+
+namespace corvane {
+
+/// How an estimate is moved along.
+enum class LucyMode {
+    kPlain = 0,       ///< by the correction factor
+    kAccelerated = 1, ///< by a multiple of its step, found by a line search
+    kTurbo = 2,       ///< by a multiple of a direction that the previous step is combined into
+};
+
+/// What a plane is restored with.
+struct LucyJob {
+    int width = 0;  ///< of the plane [pixels]
+    int height = 0; ///< [pixels]
+    const float* psf = nullptr;
+    int psfWidth = 0;
+    int psfHeight = 0;
+    const float* initial = nullptr; ///< first estimate, of the plane's size; null: the weighted mean everywhere
+    int iterations = 0;             ///< at most; below 1 the first estimate is the result
+    double gain = 1.0;              ///< electrons per raw unit
+    double readNoise = 0.0;         ///< standard deviation [electrons]
+    double target = 1.0;            ///< reduced chi-square at which it ends
+    double threshold = 5.0;         ///< so many sigmas below 0 a sample is left out; 0 or less: none is
+    LucyMode mode = LucyMode::kTurbo;
+    RestoreDetail detail{};
+};
+
+/// Restores a plane by the iteration of Richardson and Lucy for photon and read-out noise, in place.
+///
+/// W. H. Richardson, J. Opt. Soc. Am. 62, 55 (1972); L. B. Lucy, Astron. J. 79, 745 (1974); read-out noise as in
+/// D. L. Snyder, A. M. Hammoud, R. L. White, J. Opt. Soc. Am. A 10, 1014 (1993). Steps are lengthened by a line search
+/// along the likelihood, after R. N. Hook, L. B. Lucy, in The Restoration of HST Images and Spectra II (1994). From the
+/// second iteration on the direction is made conjugate to the one before; see `DirectionShare`.
+///
+/// The plane, of 1 x 1 or more, is restored on a grid that holds the function too. On cancellation, or without memory,
+/// it stays as it is. `plane` is its number, from 1 on, or 0 for the only one.
+CORVANE_API Restored RestoreLucy(float* data, const LucyJob& job, CStlImage* owner, int plane);
+
+} // namespace corvane

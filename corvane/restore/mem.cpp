@@ -1,0 +1,60 @@
+#include "corvane/restore/mem.h"
+
+#include <memory>
+#include <new>
+
+#include "corvane/resources/string_table.h"
+#include "corvane/restore/gauss_psf.h"
+#include "corvane/restore/mem_engine.h"
+#include "corvane/restore/region.h"
+
+using namespace corvane;
+
+namespace {
+
+constexpr int kPsfSize = 63; // an odd one has its centre between samples
+constexpr int kPsfSizeOnGrid = 64;
+
+} // namespace
+
+int CImgMem::Do(double sigma, double noiseSigma, int iterations, CRect* rect, int showProgress)
+{
+    try {
+        const Restored end = Restore(sigma, noiseSigma, iterations, rect, showProgress, false, {});
+        TellFailure(end, IDS_MEM_NO_MEMORY, IDS_MEM_CANCELLED);
+        return end == Restored::kDone ? 1 : 0;
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+}
+
+Restored CImgMem::Restore(double sigma, double noiseSigma, int iterations, const CRect* rect, int showProgress,
+                          bool isOnGrid, const RestoreDetail& detail)
+{
+    Region region(*this, rect);
+    const int size = isOnGrid ? kPsfSizeOnGrid : kPsfSize;
+    const std::unique_ptr<float[]> psf(MakeGauss(sigma, size, size));
+    const MemJob job{.width = region.Width(),
+                     .height = region.Height(),
+                     .psf = psf.get(),
+                     .psfWidth = size,
+                     .psfHeight = size,
+                     .variance = noiseSigma * noiseSigma,
+                     .iterations = iterations,
+                     .detail = detail};
+    for (int p = 0; p < region.Planes(); ++p) {
+        const int number = region.Planes() == 1 ? 0 : p + 1;
+        CStlImage* const owner = showProgress != 0 ? this : nullptr;
+        const Restored end = EndOfStatus(RestoreByEntropy(region.Plane(p), job, owner, number));
+        if (end != Restored::kDone) {
+            return end;
+        }
+    }
+    region.Write(*this);
+    return Restored::kDone;
+}
+
+float* CImgMem::MakeGauss(double sigma, int width, int height)
+{
+    return MakeGaussPsf(sigma, width, height);
+}

@@ -1,0 +1,365 @@
+#include "corvane/restore/mem_engine.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <new>
+#include <vector>
+
+#include "corvane/core/power.h"
+#include "corvane/resources/string_table.h"
+#include "corvane/restore/convolver.h"
+#include "corvane/restore/grid.h"
+#include "corvane/restore/lane_transform.h"
+#include "corvane/restore/samples.h"
+#include "corvane/restore/subspace.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr double kReach = 0.3;      // of the sum of the image: the longest step, squared, by the metric of the entropy
+constexpr double kLeastShare = 0.1; // of a sample that one step leaves
+constexpr float kLeastSample = 1e-20F; // of the mean
+constexpr double kTolerance = 0.01;    // of chi-square about its target
+constexpr double kParallel = 0.05;     // 1 - cosine between both gradients, below which the entropy is at its maximum
+constexpr double kLeastAmount = 0.0;   // of a direction that the line search may take
+constexpr double kMostAmount = 1.0;
+constexpr int kSubIterations = 6;
+constexpr double kLineTolerance = 0.05;
+
+double Logarithm(double x)
+{
+    constexpr double kLn2 = 0x1.62e42fefa39efp-1;
+    const BinaryLogarithm log = Log2(x);
+    return (log.whole + log.fraction) * kLn2;
+}
+
+class MemEngine {
+public:
+    MemEngine(const float* data, const MemJob& job, double scale, RestoreProgress& progress, int plane);
+
+    /// Returns the status.
+    int Run();
+    void Write(float* result) const;
+
+private:
+    void Start();
+    void Advance(int iteration);
+    void FindSlopes();
+    std::array<double, 3> Products(const Samples& a, const Samples& b) const;
+    void FindDirections();
+    Subspace Model() const;
+    void Join(const SubspaceStep& step);
+    double Search(double multiplier);
+    void Move(double amount);
+    bool IsDone() const;
+    void Report(int iteration, const SubspaceStep& step, double amount) const;
+    RestoreStage Stage(double from, double to) { return {progress_, from, to}; }
+
+    const MemJob& job_;
+    RestoreProgress& progress_;
+    int plane_;
+    double scale_;
+    Grid grid_;
+    Convolver convolver_;
+    Samples data_;
+    Samples weight_; ///< 1 / variance; 0 where there is no datum
+    Samples image_;
+    Samples model_; ///< the image, blurred
+    std::array<Samples, Subspace::kDirections> directions_;
+    std::array<Samples, Subspace::kDirections> blurred_; ///< the directions
+    double target_ = 0.0;
+    double chi_ = std::numeric_limits<double>::quiet_NaN(); ///< not known before the first iteration
+    double entropyLength_ = 0.0;                            ///< of both slopes, by the metric of the entropy
+    double chiLength_ = 0.0;
+    double unlikeness_ = 1.0; ///< 1 - cosine between both slopes
+    int subIterations_ = 0;
+};
+
+/// The mean of the data, which becomes the unit of the image: about it the entropy is taken. Data that hardly rise above
+/// the noise have that for a unit.
+double LevelOf(const float* data, std::size_t count, double sigma)
+{
+    const double sum = SumOver<1>(count, [=](std::size_t i, double* term) { term[0] = data[i]; })[0];
+    return std::max(sum / static_cast<double>(count), sigma);
+}
+
+/// Room for the function, and for the plane with what the function brings in from beyond its edges, in a length that transforms are quick
+/// for.
+int GridExtent(int plane, int psf)
+{
+    return QuickLength(std::max(plane + psf / 2, psf));
+}
+
+MemEngine::MemEngine(const float* data, const MemJob& job, double scale, RestoreProgress& progress, int plane)
+    : job_(job), progress_(progress), plane_(plane), scale_(scale),
+      grid_(job.width, job.height, GridExtent(job.width, job.psfWidth), GridExtent(job.height, job.psfHeight)),
+      convolver_(grid_.Width(), grid_.Height()), data_(grid_.Size()), weight_(grid_.Size()), image_(grid_.Size(), 1.0F),
+      model_(grid_.Size()), target_(static_cast<double>(job.width) * job.height)
+{
+    for (int i = 0; i < Subspace::kDirections; ++i) {
+        directions_[i].resize(grid_.Size());
+        blurred_[i].resize(grid_.Size());
+    }
+    grid_.Place(data, data_.data());
+    Fill(data_, [this](std::size_t i) { return data_[i] * scale_; });
+    grid_.Fill(static_cast<float>(1.0 / (job.variance * scale * scale)), weight_.data());
+}
+
+int MemEngine::Run()
+{
+    Start();
+    for (int n = 0; n < job_.iterations;) {
+        ++n;
+        progress_.OpenIteration(IDS_MEM, IDS_MEM_PLANE, plane_, n, job_.detail, chi_ / target_);
+        FindSlopes();
+        if (!std::isfinite(chi_)) {
+            return kMemNothingToFit;
+        }
+        if (IsDone()) {
+            return kMemDone;
+        }
+        Advance(n);
+        progress_.Reach(100.0);
+    }
+    return kMemNotReached;
+}
+
+void MemEngine::Advance(int iteration)
+{
+    FindDirections();
+    const double sum =
+        SumOver<1>(image_.size(), [f = image_.data()](std::size_t i, double* term) { term[0] = f[i]; })[0];
+    const SubspaceStep step = FindStep(Model(), target_, kReach * sum);
+    Join(step);
+    const double amount = Search(step.multiplier);
+    Move(amount);
+    if (job_.detail.diagnostics != nullptr) {
+        Report(iteration, step, amount);
+    }
+}
+
+void MemEngine::Start()
+{
+    progress_.Open(plane_ == 0 ? IDS_MEM_INIT : IDS_MEM_INIT_PLANE, plane_);
+    Samples& psf = directions_[0];
+    Grid(job_.psfWidth, job_.psfHeight, grid_.Width(), grid_.Height()).Place(job_.psf, psf.data());
+    convolver_.SetPsf(psf.data(), Stage(0.0, 50.0));
+    convolver_.Convolve(image_.data(), model_.data(), Stage(50.0, 100.0));
+}
+
+/// Chi-square, and the directions of both slopes by the metric of the entropy.
+void MemEngine::FindSlopes()
+{
+    const float* f = image_.data();
+    const float* model = model_.data();
+    const float* data = data_.data();
+    const float* weight = weight_.data();
+    Samples& residual = blurred_[2];
+    Fill(residual, [=](std::size_t i) { return (static_cast<double>(model[i]) - data[i]) * weight[i]; });
+    chi_ = SumOver<1>(residual.size(), [=, r = residual.data()](std::size_t i, double* term) {
+        term[0] = (static_cast<double>(model[i]) - data[i]) * r[i];
+    })[0];
+    Samples& slope = directions_[1];
+    convolver_.Correlate(residual.data(), slope.data(), Stage(0.0, 20.0));
+    Fill(slope, [f, s = slope.data()](std::size_t i) { return 2.0 * f[i] * s[i]; });
+    Fill(directions_[0], [f](std::size_t i) { return -f[i] * Logarithm(f[i]); });
+    const auto [entropy, both, chi] = Products(directions_[0], directions_[1]);
+    const double lengths = std::sqrt(entropy * chi);
+    unlikeness_ = lengths > 0.0 ? 1.0 - both / lengths : 1.0;
+    entropyLength_ = std::sqrt(entropy);
+    chiLength_ = std::sqrt(chi);
+}
+
+/// The third direction: how chi-square's slope changes along the first two.
+void MemEngine::FindDirections()
+{
+    convolver_.Convolve(directions_[0].data(), blurred_[0].data(), Stage(20.0, 40.0));
+    convolver_.Convolve(directions_[1].data(), blurred_[1].data(), Stage(40.0, 60.0));
+    const double perEntropy = entropyLength_ > 0.0 ? 1.0 / entropyLength_ : 0.0;
+    const double perChi = chiLength_ > 0.0 ? 1.0 / chiLength_ : 0.0;
+    Samples& third = directions_[2];
+    Fill(third, [=, a = blurred_[0].data(), b = blurred_[1].data(), w = weight_.data()](std::size_t i) {
+        return 2.0 * (a[i] * perEntropy - b[i] * perChi) * w[i];
+    });
+    convolver_.Correlate(third.data(), third.data(), Stage(60.0, 80.0));
+    Fill(third, [f = image_.data(), t = third.data()](std::size_t i) { return static_cast<double>(f[i]) * t[i]; });
+    convolver_.Convolve(third.data(), blurred_[2].data(), Stage(80.0, 95.0));
+}
+
+Subspace MemEngine::Model() const
+{
+    Subspace space;
+    space.chi = chi_;
+    for (int a = 0; a < Subspace::kDirections; ++a) {
+        for (int b = a; b < Subspace::kDirections; ++b) {
+            const auto [metric, curvature] =
+                SumOver<2>(image_.size(),
+                           [f = image_.data(), w = weight_.data(), p = directions_[a].data(), q = directions_[b].data(),
+                            blurredP = blurred_[a].data(), blurredQ = blurred_[b].data()](std::size_t i, double* term) {
+                               term[0] = static_cast<double>(p[i]) * q[i] / f[i];
+                               term[1] = 2.0 * blurredP[i] * blurredQ[i] * w[i];
+                           });
+            space.metric[a][b] = space.metric[b][a] = metric;
+            space.curvature[a][b] = space.curvature[b][a] = curvature;
+        }
+        // The first two directions are the slopes, times the inverse of the metric.
+        space.entropySlope[a] = space.metric[0][a];
+        space.chiSlope[a] = space.metric[1][a];
+    }
+    return space;
+}
+
+/// a a, a b and b b by the metric of the entropy.
+std::array<double, 3> MemEngine::Products(const Samples& a, const Samples& b) const
+{
+    return SumOver<3>(image_.size(), [f = image_.data(), a = a.data(), b = b.data()](std::size_t i, double* term) {
+        const double perSample = 1.0 / f[i];
+        term[0] = static_cast<double>(a[i]) * a[i] * perSample;
+        term[1] = static_cast<double>(a[i]) * b[i] * perSample;
+        term[2] = static_cast<double>(b[i]) * b[i] * perSample;
+    });
+}
+
+/// Makes the first direction that of the step, shortened where a sample would lose too much.
+void MemEngine::Join(const SubspaceStep& step)
+{
+    const auto [x, y, z] = step.amounts;
+    const auto joined = [x = x, y = y, z = z](const std::array<Samples, Subspace::kDirections>& all) {
+        return [=, a = all[0].data(), b = all[1].data(), c = all[2].data()](std::size_t i) {
+            return a[i] * x + b[i] * y + c[i] * z;
+        };
+    };
+    Fill(directions_[0], joined(directions_));
+    Fill(blurred_[0], joined(blurred_));
+    const float* f = image_.data();
+    float* d = directions_[0].data();
+    const double cut = SumOver<1>(image_.size(), [=](std::size_t i, double* term) {
+        term[0] = d[i] < (kLeastShare - 1.0) * f[i] ? 1.0 : 0.0;
+    })[0];
+    if (cut > 0.0) {
+        Fill(directions_[0], [=](std::size_t i) { return std::max<double>(d[i], (kLeastShare - 1.0) * f[i]); });
+        convolver_.Convolve(d, blurred_[0].data(), Stage(95.0, 100.0));
+    }
+}
+
+/// So much of the direction that multiplier * S - C no longer rises, at most all of it.
+double MemEngine::Search(double multiplier)
+{
+    const auto [chiSlope, chiCurvature] =
+        SumOver<2>(image_.size(), [model = model_.data(), data = data_.data(), weight = weight_.data(),
+                                   step = blurred_[0].data()](std::size_t i, double* term) {
+            term[0] = 2.0 * (static_cast<double>(model[i]) - data[i]) * weight[i] * step[i];
+            term[1] = 2.0 * step[i] * static_cast<double>(step[i]) * weight[i];
+        });
+    const auto slopeAt = [&, c = chiSlope, cc = chiCurvature](double amount) {
+        const double entropy =
+            SumOver<1>(image_.size(), [=, f = image_.data(), d = directions_[0].data()](std::size_t i, double* term) {
+                term[0] = -Logarithm(f[i] + amount * d[i]) * d[i];
+            })[0];
+        return multiplier * entropy - c - cc * amount;
+    };
+    double low = kLeastAmount;
+    double high = kMostAmount;
+    double slopeLow = slopeAt(low);
+    double slopeHigh = slopeAt(high);
+    double amount = high;
+    for (subIterations_ = 1; slopeHigh < 0.0 && slopeLow > 0.0 && subIterations_ < kSubIterations; ++subIterations_) {
+        amount = low + (high - low) * slopeLow / (slopeLow - slopeHigh);
+        const double slope = slopeAt(amount);
+        (slope > 0.0 ? low : high) = amount;
+        (slope > 0.0 ? slopeLow : slopeHigh) = slope;
+        if (high - low < kLineTolerance) {
+            break;
+        }
+    }
+    return amount;
+}
+
+void MemEngine::Move(double amount)
+{
+    Fill(image_, [=, f = image_.data(), d = directions_[0].data()](std::size_t i) {
+        return std::max<double>(f[i] + amount * d[i], kLeastSample);
+    });
+    Fill(model_, [=, m = model_.data(), d = blurred_[0].data()](std::size_t i) { return m[i] + amount * d[i]; });
+}
+
+bool MemEngine::IsDone() const
+{
+    const bool isEven = entropyLength_ == 0.0 && chi_ <= target_; // an even image agrees with the data as it is
+    return isEven || (std::fabs(chi_ - target_) <= kTolerance * target_ && unlikeness_ <= kParallel);
+}
+
+/// Prints what an iteration came to, chi-square as it was before the step.
+void MemEngine::Report(int iteration, const SubspaceStep& step, double amount) const
+{
+    const auto [entropy, squares] =
+        SumOver<2>(image_.size(), [f = image_.data(), d = directions_[0].data()](std::size_t i, double* term) {
+            term[0] = f[i] - 1.0 - f[i] * Logarithm(f[i]);
+            term[1] = static_cast<double>(d[i]) * d[i];
+        });
+    const auto [least, most] = std::minmax_element(directions_[0].begin(), directions_[0].end());
+    const double rawStep = amount / scale_;
+    std::fprintf(job_.detail.diagnostics,
+                 "\nmain iter %20d     g function %20.12e\n"
+                 "sub  iter %20.1f     a value    %20.12e\n"
+                 "sdir iuch %20d     a limit    %20.12e\n"
+                 "rms step  %20.12f     low limit  %20.12e\n"
+                 "max step  %20.12e     lagpar     %20.12e\n"
+                 "rms res   %20.12e     nsd        %20.12e\n",
+                 iteration, step.multiplier * entropy - chi_, static_cast<double>(subIterations_), amount,
+                 step.directions, kMostAmount, std::sqrt(squares / static_cast<double>(image_.size())) * rawStep,
+                 kLeastAmount, static_cast<double>(std::max(*most, -*least)) * rawStep, step.multiplier,
+                 std::sqrt(chi_ / target_ * job_.variance), (chi_ - target_) / std::sqrt(2.0 * target_));
+}
+
+void MemEngine::Write(float* result) const
+{
+    grid_.Take(image_.data(), result);
+    const std::size_t count = static_cast<std::size_t>(job_.width) * static_cast<std::size_t>(job_.height);
+    std::transform(result, result + count, result, [this](float v) { return static_cast<float>(v / scale_); });
+}
+
+} // namespace
+
+Restored EndOfStatus(int status)
+{
+    for (; status > 0; status /= 10) {
+        const int digit = status % 10;
+        if (digit == kMemCancelled) {
+            return Restored::kCancelled;
+        }
+        if ((digit >= 1 && digit <= 4) || digit == kMemNoGrid) {
+            return Restored::kNoMemory;
+        }
+    }
+    return Restored::kDone;
+}
+
+int RestoreByEntropy(float* data, const MemJob& job, CStlImage* owner, int plane)
+{
+    try {
+        RestoreProgress progress(owner);
+        progress.Open(plane == 0 ? IDS_MEM_START : IDS_MEM_START_PLANE, plane);
+        const std::size_t count = static_cast<std::size_t>(job.width) * static_cast<std::size_t>(job.height);
+        const double level = LevelOf(data, count, std::sqrt(job.variance));
+        if (!(job.variance > 0.0) || !std::isfinite(level) || !std::isfinite(job.variance)) {
+            return kMemNothingToFit;
+        }
+        MemEngine engine(data, job, 1.0 / level, progress, plane);
+        const int status = engine.Run();
+        if (status != kMemNothingToFit) {
+            engine.Write(data);
+        }
+        return status;
+    } catch (const std::bad_alloc&) {
+        return kMemNoGrid;
+    } catch (const RestorationCancelled&) {
+        return kMemCancelled;
+    }
+}
+
+} // namespace corvane

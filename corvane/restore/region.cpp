@@ -1,0 +1,88 @@
+#include "corvane/restore/region.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "corvane/core/memory_budget.h"
+#include "corvane/platform/memory_exception.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::int64_t kLongestSide = std::int64_t{1}
+                                      << 28; // transforms of lengths up to eight times this count in int
+constexpr double kWorkFloats = 13.0;
+constexpr double kMargin = 64.0; // by which a grid is at most wider or higher than a region
+
+/// From one edge to the other; 0 when they are turned over.
+std::int64_t Extent(std::int64_t low, std::int64_t high)
+{
+    return std::max<std::int64_t>(high - low, 0);
+}
+
+} // namespace
+
+double RestorationBytes(int width, int height, int planes)
+{
+    const double samples = static_cast<double>(width) * height * planes;
+    return sizeof(float) * (samples + kWorkFloats * (width + kMargin) * (height + kMargin));
+}
+
+Area::Area(const CStlImage& image, const CRect* rect)
+{
+    const CRect whole(0, 0, image.GetWidth(), image.GetHeight());
+    isWhole = rect == nullptr ||
+              (Extent(rect->left, rect->right) == whole.right && Extent(rect->top, rect->bottom) == whole.bottom);
+    const CRect& area = isWhole ? whole : *rect;
+    const std::int64_t w = Extent(area.left, area.right);
+    const std::int64_t h = Extent(area.top, area.bottom);
+    left = static_cast<int>(area.left);
+    top = static_cast<int>(area.top);
+    width = static_cast<int>(std::min(w, kLongestSide));
+    height = static_cast<int>(std::min(h, kLongestSide));
+    const bool isTooLong = w > kLongestSide || h > kLongestSide;
+    const bool isTooLarge = RestorationBytes(width, height, image.GetPlanes()) > static_cast<double>(MemoryBudget());
+    if (!IsEmpty() && (isTooLong || isTooLarge)) {
+        AfxThrowMemoryException();
+    }
+}
+
+Region::Region(const CStlImage& image, const CRect* rect) : area_(image, rect)
+{
+    if (area_.IsEmpty() || image.GetImageSize() == 0) {
+        return;
+    }
+    for (int p = 0; p < image.GetPlanes(); ++p) {
+        Read(image, p, planes_.emplace_back(static_cast<std::size_t>(area_.width) * area_.height));
+    }
+}
+
+void Region::Read(const CStlImage& image, int plane, std::vector<float>& samples) const
+{
+    auto sample = samples.begin();
+    for (std::int64_t y = 0; y < area_.height; ++y) {
+        const std::int64_t row = std::clamp<std::int64_t>(area_.top + y, 0, image.GetHeight() - 1);
+        const float* from = image.GetImageAdr(0, static_cast<int>(row), plane, 1);
+        for (std::int64_t x = 0; x < area_.width; ++x) {
+            *sample++ = from[std::clamp<std::int64_t>(area_.left + x, 0, image.GetWidth() - 1)];
+        }
+    }
+}
+
+void Region::Write(CStlImage& image) const
+{
+    const std::int64_t left = std::max(area_.left, 0);
+    const std::int64_t right = std::min<std::int64_t>(std::int64_t{area_.left} + area_.width, image.GetWidth());
+    const std::int64_t top = std::max(area_.top, 0);
+    const std::int64_t bottom = std::min<std::int64_t>(std::int64_t{area_.top} + area_.height, image.GetHeight());
+    for (int p = 0; p < Planes() && left < right; ++p) {
+        for (std::int64_t y = top; y < bottom; ++y) {
+            const float* from =
+                planes_[static_cast<std::size_t>(p)].data() + (y - area_.top) * area_.width + (left - area_.left);
+            std::copy_n(from, right - left, image.GetImageAdr(static_cast<int>(left), static_cast<int>(y), p));
+        }
+    }
+}
+
+} // namespace corvane

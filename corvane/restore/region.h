@@ -1,0 +1,50 @@
+#pragma once
+
+#include <vector>
+
+#include "corvane/core/stl_image.h"
+
+namespace corvane {
+
+/// Bytes that restoring a region of an image takes at most: the copies of its planes, and 13 floats for each sample of
+/// the grid that one plane is worked on in.
+CORVANE_API double RestorationBytes(int width, int height, int planes);
+
+/// Where a restoration works: the whole image for no rectangle or one of the image's size, else the rectangle as it is
+/// given, which may lie beyond the image.
+struct Area {
+    int left = 0;
+    int top = 0;
+    int width = 0;
+    int height = 0;
+    bool isWhole = true;
+
+    /// A rectangle that is empty or turned over has no width or height. Throws CMemoryException when the work would take
+    /// more than the memory budget, or a side is too long for a transform.
+    Area(const CStlImage& image, const CRect* rect);
+
+    bool IsEmpty() const { return width == 0 || height == 0; }
+};
+
+/// The planes of an area, in memory until they are written back.
+class Region {
+public:
+    /// Copies the samples; beyond the image, those of its edge. An area without samples, or an image without any, has no
+    /// planes. Throws CMemoryException.
+    Region(const CStlImage& image, const CRect* rect);
+
+    int Width() const { return area_.width; }
+    int Height() const { return area_.height; }
+    int Planes() const { return static_cast<int>(planes_.size()); }
+    float* Plane(int plane) { return planes_[static_cast<std::size_t>(plane)].data(); }
+    /// Writes the samples back, as far as they lie in the image.
+    void Write(CStlImage& image) const;
+
+private:
+    void Read(const CStlImage& image, int plane, std::vector<float>& samples) const;
+
+    Area area_;
+    std::vector<std::vector<float>> planes_;
+};
+
+} // namespace corvane

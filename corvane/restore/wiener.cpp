@@ -1,0 +1,233 @@
+#include "corvane/restore/wiener.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <memory>
+#include <new>
+#include <numeric>
+#include <vector>
+
+#include "corvane/core/display_scale.h"
+#include "corvane/core/exponential.h"
+#include "corvane/core/independent.h"
+#include "corvane/resources/string_table.h"
+#include "corvane/restore/image_transform.h"
+#include "corvane/restore/region.h"
+
+using namespace corvane;
+
+namespace {
+
+constexpr double kWidth = 0.707106781373095; // of the function, for a sigma of 1; near the root of 1/2
+constexpr double kPeak = 159.15507752443827;
+constexpr int kStepsOfPlane = 100;
+
+int PowerOfTwo(int size)
+{
+    return static_cast<int>(std::bit_ceil(static_cast<unsigned>(size)));
+}
+
+/// One axis of the point-spread function about the first sample of a circle of samples.
+std::vector<double> Profile(int size, double width)
+{
+    std::vector<double> profile;
+    for (int i = 0; i < size; ++i) {
+        const double d = i > size / 2 ? i - size : i;
+        profile.push_back(Exp(-(d * d) * 0.5 / width / width));
+    }
+    return profile;
+}
+
+double Sum(const std::vector<double>& values)
+{
+    return std::accumulate(values.begin(), values.end(), 0.0);
+}
+
+/// The filter for images of one size.
+class Filter {
+public:
+    Filter(int width, int height)
+        : width_(width), height_(height), transform_(PowerOfTwo(width), PowerOfTwo(height)),
+          samples_(static_cast<std::size_t>(transform_.Width()) * transform_.Height()),
+          blur_(transform_.SpectrumSize()), spectrum_(transform_.SpectrumSize())
+    {}
+
+    /// Makes the transfer function of the blur.
+    void Blur(double sigma);
+    /// Finds the greatest power of the blur.
+    void Measure();
+    /// @name The steps for one plane
+    /// @{
+    void Read(const CStlImage& image, int plane);
+    void Forward() { transform_.Forward(samples_.data(), spectrum_.data()); }
+    void Divide(double noise);
+    void Inverse() { transform_.Inverse(spectrum_.data(), samples_.data()); }
+    void Write(CStlImage& image, int plane) const;
+    /// @}
+
+private:
+    float* Row(int y) { return samples_.data() + static_cast<std::ptrdiff_t>(y) * transform_.Width(); }
+    const float* Row(int y) const { return samples_.data() + static_cast<std::ptrdiff_t>(y) * transform_.Width(); }
+
+    int width_;
+    int height_;
+    ImageTransform transform_;
+    std::vector<float> samples_;
+    std::vector<float> blur_;
+    std::vector<float> spectrum_;
+    double mostPower_ = 0.0;
+};
+
+void Filter::Blur(double sigma)
+{
+    const std::vector<double> columns = Profile(transform_.Width(), sigma * kWidth);
+    const std::vector<double> rows = Profile(transform_.Height(), sigma * kWidth);
+    for (int y = 0; y < transform_.Height(); ++y) {
+        std::transform(columns.begin(), columns.end(), Row(y),
+                       [&, height = rows[static_cast<std::size_t>(y)] * kPeak](double column) {
+                           return static_cast<float>(column * height);
+                       });
+    }
+    transform_.Forward(samples_.data(), blur_.data());
+}
+
+void Filter::Measure()
+{
+    const std::size_t count = transform_.ImaginaryOffset();
+    for (std::size_t at = 0; at < blur_.size(); at += 2 * count) {
+        for (std::size_t i = at; i < at + count; ++i) {
+            const double re = blur_[i];
+            const double im = blur_[i + count];
+            mostPower_ = std::max(mostPower_, re * re + im * im);
+        }
+    }
+}
+
+/// Fills the grid with a plane, and what lies beyond it with its mirror image.
+void Filter::Read(const CStlImage& image, int plane)
+{
+    const DisplayScale scale(image, plane);
+    const int gridWidth = transform_.Width();
+    for (int y = 0; y < height_; ++y) {
+        const float* in = image.GetImageAdr(0, y, plane, 1);
+        float* out = Row(y);
+        std::transform(in, in + width_, out, [=](float v) { return static_cast<float>(scale.To256(v)); });
+        std::reverse_copy(out + 2 * width_ - gridWidth, out + width_, out + width_);
+    }
+    for (int y = height_; y < transform_.Height(); ++y) {
+        std::copy_n(Row(2 * height_ - 1 - y), gridWidth, Row(y));
+    }
+}
+
+/// Multiplies by conj(H) / (|H|^2 + K).
+void Filter::Divide(double noise)
+{
+    const double constant = mostPower_ * noise;
+    const std::size_t count = transform_.ImaginaryOffset();
+    for (std::size_t at = 0; at < spectrum_.size(); at += 2 * count) {
+        float* re = spectrum_.data() + at;
+        float* im = re + count;
+        const float* blurRe = blur_.data() + at;
+        const float* blurIm = blurRe + count;
+        CORVANE_INDEPENDENT
+        for (std::size_t i = 0; i < count; ++i) {
+            const double hr = blurRe[i];
+            const double hi = blurIm[i];
+            const double gr = re[i];
+            const double gi = im[i];
+            const double perPower = 1.0 / (hr * hr + hi * hi + constant);
+            re[i] = static_cast<float>((gi * hi + gr * hr) * perPower);
+            im[i] = static_cast<float>((gi * hr - gr * hi) * perPower);
+        }
+    }
+}
+
+void Filter::Write(CStlImage& image, int plane) const
+{
+    const DisplayScale scale(image, plane);
+    for (int y = 0; y < height_; ++y) {
+        const float* in = Row(y);
+        std::transform(in, in + width_, image.GetImageAdr(0, y, plane),
+                       [=](float v) { return static_cast<float>(v * scale.range * kPer255 + scale.min); });
+    }
+}
+
+/// The area as an image of its own, with the levels of the whole.
+std::unique_ptr<CStlImage> CutOut(CStlImage& image, const Area& area, int showProgress)
+{
+    auto part = std::make_unique<CStlImage>(-32, area.width, area.height, image.GetPlanes(), 1.0, 0.0, 1);
+    for (int p = 0; p < image.GetPlanes(); ++p) {
+        part->SetLevel(p, image.GetLevelMin(p), image.GetLevelMax(p));
+    }
+    if (showProgress != 0) {
+        image.ShowProgressMsg(IDS_INITIALIZING);
+    }
+    part->PixelBlt(0, 0, area.width, area.height, &image, area.left, area.top, 0);
+    return part;
+}
+
+/// The progress channel of the filter, which counts in shares of a plane.
+class Reporter {
+public:
+    Reporter(CStlImage& image, int showProgress, int total) : image_(image)
+    {
+        image_.ShowProgressInit(showProgress, IDS_WIENER, total);
+    }
+    ~Reporter() { image_.ShowProgressEnd(nullptr); }
+    Reporter(const Reporter&) = delete;
+    Reporter& operator=(const Reporter&) = delete;
+
+    void Add(int steps) const { image_.ShowProgress(steps); }
+
+private:
+    CStlImage& image_;
+};
+
+void FilterPlanes(Filter& filter, double sigma, double noise, CStlImage& image, const Reporter& report)
+{
+    report.Add(5);
+    filter.Blur(sigma);
+    report.Add(10);
+    filter.Measure();
+    report.Add(10);
+    for (int p = 0; p < image.GetPlanes(); ++p) {
+        filter.Read(image, p);
+        report.Add(5);
+        filter.Forward();
+        report.Add(25);
+        filter.Divide(noise);
+        report.Add(25);
+        filter.Inverse();
+        report.Add(25);
+        filter.Write(image, p);
+        report.Add(10);
+    }
+}
+
+} // namespace
+
+double corvane::WienerGain(double sigma, int width, int height)
+{
+    return kPeak * Sum(Profile(PowerOfTwo(width), sigma * kWidth)) * Sum(Profile(PowerOfTwo(height), sigma * kWidth));
+}
+
+int CImgWiener::Do(double sigma, double noise, CRect* rect, int showProgress)
+{
+    try {
+        const Area area(*this, rect);
+        if (area.IsEmpty() || GetImageSize() == 0) {
+            return 1;
+        }
+        const std::unique_ptr<CStlImage> part = area.isWhole ? nullptr : CutOut(*this, area, showProgress);
+        Filter filter(area.width, area.height);
+        const Reporter report(*this, showProgress, GetPlanes() * kStepsOfPlane);
+        FilterPlanes(filter, sigma, noise, area.isWhole ? *this : *part, report);
+        if (!area.isWhole) {
+            PixelBlt(area.left, area.top, area.width, area.height, part.get(), 0, 0, 0);
+        }
+        return 1;
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+}

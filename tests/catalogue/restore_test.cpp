@@ -1,0 +1,185 @@
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "catalogue/error.h"
+#include "catalogue/restoration.h"
+#include "catalogue/step.h"
+#include "corvane/platform/application.h"
+#include "corvane/restore/lucy.h"
+#include "tests/restore/field.h"
+#include "tests/support/progress_window.h"
+#include "tests/support/storage.h"
+
+namespace corvane::catalogue {
+namespace {
+
+using namespace corvane::test;
+
+/// A sky of 100 with a star of sigma 1.5 at (40, 50), others about it, and noise.
+io::Frame MakeFrame(int planes = 1)
+{
+    Random random(6);
+    Field field = StarField(96, 9);
+    field.At(40, 50) += 60000.0;
+    field = Blurred(field, GaussTaps(1.5));
+    io::Frame frame;
+    CStlImage image(-32, 96, 96, planes, 1.0, 0.0, 1);
+    for (int plane = 0; plane < planes; ++plane) {
+        Write(Exposed(field, 1.6, 6.0, random), image, plane);
+        image.SetLevel(plane, 90.0 + plane, 300.0);
+    }
+    frame.image.Swap(&image);
+    return frame;
+}
+
+CStlImage After(const std::string& step, io::Frame frame = MakeFrame())
+{
+    Run(ParseStep(step), frame, {.showProgress = 0});
+    return frame.image;
+}
+
+/// Where the star lies, by its centroid along one axis.
+double Centroid(const CStlImage& image, int axis)
+{
+    double sum = 0.0;
+    double moment = 0.0;
+    for (int i = 0; i < 81; ++i) {
+        const int x = 36 + i % 9;
+        const int y = 46 + i / 9;
+        sum += image.GetPixelGrayRaw(x, y, 0) - 100.0;
+        moment += (image.GetPixelGrayRaw(x, y, 0) - 100.0) * (axis == 0 ? x : y);
+    }
+    return moment / sum;
+}
+
+std::string ErrorOf(const std::string& step, const io::Frame& frame = MakeFrame())
+{
+    try {
+        After(step, frame);
+    } catch (const Error& error) {
+        return error.what();
+    }
+    return "no error";
+}
+
+TEST(Restoration, LucyTakesItsNumbersFromTheStepOrTheHeader)
+{
+    io::Frame frame = MakeFrame(3);
+    CImgLucy expected(frame.image);
+    CRect rect(10, 20, 80, 90);
+    ASSERT_EQ(expected.Do(1.5, 1.6, 6.0, 4, &rect, 0), 1);
+    const std::string rest = ",iterations=4,rect=10:20:80:90";
+    EXPECT_EQ(Samples(After("lucy:sigma=1.5,gain=1.6,read-noise=6" + rest, frame)), Samples(expected));
+    EXPECT_NE(Samples(After("lucy:sigma=1.5" + rest, frame)), Samples(expected));
+    frame.header.Set("EGAIN", 0.4);
+    frame.header.Set("RDNOISE", 3.0);
+    frame.header.Set("NCOMBINE", 4);
+    EXPECT_EQ(Samples(After("lucy:sigma=1.5" + rest, frame)), Samples(expected));
+    EXPECT_NEAR(After("lucy:fwhm=3.5322" + rest, frame).GetPixelGrayRaw(40, 50, 1), expected.GetPixelGrayRaw(40, 50, 1),
+                2.0);
+}
+
+TEST(Restoration, MeasuresTheStarsThatCount)
+{
+    io::Frame frame = MakeFrame();
+    EXPECT_NEAR(MeasureNoise(frame.image), std::sqrt(100.0 / 1.6 + 36.0 / 1.6 / 1.6), 1.5);
+    for (int i = 0; i < 96; ++i) { // a trail, hot pixels, and a column that is saturated
+        for (int d = -1; d <= 1; ++d) {
+            frame.image.SetPixelGrayRaw(i, (i + d + 96) % 96, 2000.0F + static_cast<float>(i * 37 % 11), 0);
+        }
+        frame.image.SetPixelGrayRaw(i * 31 % 96, i * 57 % 96, 3000.0F, 0);
+        frame.image.SetPixelGrayRaw(93, i, 9000.0F, 0);
+    }
+    EXPECT_NEAR(MeasureStarSigma(frame.image), 1.6, 0.15); // a pixel adds to the blur
+    EXPECT_EQ(Samples(After("lucy")), Samples(After("lucy:fwhm=auto")));
+}
+
+TEST(Restoration, WienerKeepsFluxLevelsAndPlaces)
+{
+    const io::Frame before = MakeFrame(3);
+    for (const std::string rect : {"", ",rect=8:8:90:93"}) {
+        const CStlImage after = After("wiener:sigma=1.5" + rect, before);
+        EXPECT_NEAR(after.GetAvrGrayRaw(2) / before.image.GetAvrGrayRaw(2), 1.0, rect.empty() ? 5e-3 : 0.02) << rect;
+        EXPECT_EQ(after.GetLevelMin(2), 92.0);
+        EXPECT_EQ(after.GetLevelMax(2), 300.0);
+        EXPECT_GT(after.GetPixelGrayRaw(40, 50, 2), 1.5F * before.image.GetPixelGrayRaw(40, 50, 2));
+        EXPECT_NEAR(Centroid(after, 0), 40.0, 0.05);
+        EXPECT_EQ(after.GetPixelGrayRaw(7, 50, 1) == before.image.GetPixelGrayRaw(7, 50, 1), !rect.empty());
+    }
+}
+
+TEST(Restoration, MaxentKeepsStarsWhereTheCoordinatesHaveThem)
+{
+    io::Frame before = MakeFrame();
+    double is = 0.0;
+    EXPECT_EQ(After("maxent:sigma=1.5,iterations=3", before).GetCRPix(0, &is), 0);
+    before.image.SetCRPix(0, 31.0);
+    before.image.SetCRPix(1, 31.0);
+    for (const char* kept : {"", ",resample=yes", ",rect=8:8:90:93"}) {
+        const CStlImage after = After(std::string("maxent:sigma=1.5,iterations=30") + kept, before);
+        for (int axis = 0; axis < 2; ++axis) {
+            after.GetCRPix(axis, &is);
+            EXPECT_NEAR(is, *kept == '\0' ? 30.5 : 31.0, 1e-12) << kept;
+            EXPECT_NEAR(Centroid(after, axis) - is, Centroid(before.image, axis) - 31.0, 0.04) << kept;
+        }
+        EXPECT_GT(after.GetPixelGrayRaw(40, 50, 0), 1.2F * before.image.GetPixelGrayRaw(40, 50, 0));
+    }
+}
+
+TEST(Restoration, RefusesWhatItWouldSpoil)
+{
+    io::Frame odd = MakeFrame(3);
+    odd.image.SetPixelGrayRaw(12, 7, std::numeric_limits<float>::infinity(), 1);
+    odd.image.SetPixelGrayRaw(0, 8, std::numeric_limits<float>::quiet_NaN(), 1);
+    io::Frame blank = MakeFrame();
+    Write(Field(96, 96, 7.0), blank.image);
+    EXPECT_EQ(ErrorOf("lucy", blank), "lucy: fwhm = auto: there is no star to measure; give sigma or fwhm");
+    EXPECT_EQ(ErrorOf("maxent:sigma=2", blank), "maxent: the image shows no noise to measure; give noise");
+    blank.image.SetBlank(7);
+    blank.image.SetBlankUsed(1);
+    for (const std::string step : {"lucy", "maxent", "wiener"}) {
+        EXPECT_TRUE(ErrorOf(step, odd).starts_with(step + ": the sample at column 12, row 7, plane 1 is undefined"));
+        EXPECT_EQ(ErrorOf(step + ":sigma=1.5,rect=13:0:96:96", odd), "no error");
+        EXPECT_TRUE(ErrorOf(step, blank).starts_with(step + ": the sample at column 0, row 0, plane 0"));
+        const TightMemory memory(1 << 20);
+        EXPECT_TRUE(ErrorOf(step).starts_with(step + ": a region of 96 x 96 needs 0.00127 GB"));
+    }
+    for (const auto& [step, error] :
+         {std::pair{"lucy:sigma=0.29", "lucy: sigma = 0.29: must be 0.3 to 9"},
+          {"wiener:sigma=9.1", "wiener: sigma = 9.1: must be 0.3 to 9"},
+          {"maxent:fwhm=wide", "maxent: fwhm = wide: is not a number"},
+          {"maxent:sigma=1,fwhm=auto", "maxent: sigma and fwhm say the same; give one of them"},
+          {"lucy:gain=0", "lucy: gain = 0: must be 1e-06 to 1e+12"}}) {
+        EXPECT_EQ(ErrorOf(step), error);
+    }
+}
+
+TEST(Restoration, ShowsChiSquareAndStopsForEscWithoutAMessageBox)
+{
+    bool isTold = false;
+    platform::SetMessageBoxHandler([&](const char*, UINT) { return (isTold = true) ? 1 : 0; });
+    for (const std::string step :
+         {"lucy:sigma=1.5,gain=1e6,iterations=3", "maxent:sigma=1.5,noise=1e-3,iterations=3"}) {
+        ProgressWindow window;
+        io::Frame frame = MakeFrame();
+        frame.image.SetProgressHandle(window.Handle());
+        io::Frame other = frame;
+        catalogue::Run(ParseStep(step), frame, {});
+        const std::vector<std::string> messages = window.Take();
+        EXPECT_TRUE(std::any_of(messages.begin(), messages.end(), [](const std::string& message) {
+            return message.starts_with("4:Iteration 3, chi-square ");
+        })) << step;
+        PostMessageA(window.Handle(), WM_KEYDOWN, VK_ESCAPE, 0);
+        EXPECT_THROW(catalogue::Run(ParseStep(step), other, {}), Cancelled) << step;
+        EXPECT_TRUE(other.header.History().empty());
+    }
+    EXPECT_FALSE(isTold);
+    platform::SetMessageBoxHandler({});
+}
+
+} // namespace
+} // namespace corvane::catalogue

@@ -1,0 +1,276 @@
+#include "corvane/restore/lucy.h"
+
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "corvane/restore/lucy_engine.h"
+#include "tests/restore/field.h"
+#include "tests/restore/interrupted.h"
+#include "tests/support/storage.h"
+
+using namespace corvane;
+using namespace corvane::test;
+
+namespace {
+
+using Values = std::valarray<double>;
+
+constexpr double kSigma = 1.2;
+constexpr double kGain = 1.6;
+constexpr double kReadNoise = 6.0;
+constexpr double kNoise = kReadNoise * kReadNoise / kGain;
+
+/// The iteration in double precision, on the grid, with direct sums.
+class PlainLucy {
+public:
+    PlainLucy(const Field& data, LucyMode mode)
+        : mode_(mode), left_(std::max(64 - data.width, 0) / 2), top_(std::max(64 - data.height, 0) / 2),
+          data_(std::max(data.width, 64), std::max(data.height, 64)), weight_(data_), estimate_(data_), step_(data_),
+          modelStep_(data_), sensitivity_(data_)
+    {
+        for (int i = 0; i < data.width * data.height; ++i) {
+            const int x = i % data.width;
+            const int y = i / data.width;
+            data_.At(left_ + x, top_ + y) = data.At(x, y);
+            weight_.At(left_ + x, top_ + y) = data.At(x, y) < -5.0 * kReadNoise / kGain ? 0.0 : 1.0;
+            estimate_.At(left_ + x, top_ + y) = 1.0;
+        }
+        estimate_.v *= (data_.v * weight_.v).sum() / weight_.v.sum();
+        sensitivity_ = Blurred(weight_, taps_, -1);
+        const double least = 0.001 * sensitivity_.v.max();
+        estimate_.v[sensitivity_.v < least] = 0.0;
+        sensitivity_.v[sensitivity_.v < least] = 1.0;
+    }
+
+    void Iterate(bool isFirst)
+    {
+        const Values model = Blurred(estimate_, taps_).v;
+        Field ratio = data_;
+        ratio.v = (data_.v + kNoise) / (model + kNoise) * weight_.v;
+        Field step = data_;
+        step.v = estimate_.v * Blurred(ratio, taps_, -1).v / sensitivity_.v - estimate_.v;
+        Field modelStep = Blurred(step, taps_);
+        double factor = 1.0;
+        if (mode_ != LucyMode::kPlain) {
+            factor = Accelerate(isFirst, model, step.v, modelStep.v);
+        }
+        estimate_.v += factor * step.v;
+        step_ = step;
+        modelStep_ = modelStep;
+    }
+
+    double At(int x, int y) const { return estimate_.At(left_ + x, top_ + y); }
+
+private:
+    double Accelerate(bool isFirst, const Values& model, Values& step, Values& modelStep) const
+    {
+        if (mode_ == LucyMode::kAccelerated || isFirst) {
+            return Search(model, modelStep, 1.0, Limit(step));
+        }
+        const Values curvature = weight_.v / (model + kNoise) * modelStep_.v;
+        const double share = -(curvature * modelStep).sum() / (curvature * modelStep_.v).sum();
+        const Values turbo = step + share * step_.v;
+        if (Limit(turbo) < 1.0) {
+            return Search(model, modelStep, 1.0, Limit(step));
+        }
+        step = turbo;
+        modelStep += share * modelStep_.v;
+        return Search(model, modelStep, -Limit(-step), Limit(step));
+    }
+
+    /// How often a step may be taken before a sample is 0.
+    double Limit(const Values& step) const
+    {
+        double limit = 100.0;
+        for (std::size_t i = 0; i < step.size(); ++i) {
+            limit = step[i] < 0.0 ? std::min(limit, -estimate_.v[i] / step[i]) : limit;
+        }
+        return limit;
+    }
+
+    double Search(const Values& model, const Values& modelStep, double least, double most) const
+    {
+        double c = 1.0;
+        double move = 1.0;
+        for (int round = 0; std::fabs(move) > 0.01 && round < 20; ++round) {
+            const Values p = (model + c * modelStep) * weight_.v + kNoise;
+            const Values q = data_.v * weight_.v + kNoise;
+            const Values change = weight_.v * modelStep / p;
+            const double newton = ((q - p) * change).sum() / (change * change * q).sum();
+            move = c + newton >= most ? (most - c) * 0.5 : c + newton <= least ? (least - c) * 0.5 : newton;
+            c += move;
+        }
+        return c;
+    }
+
+    LucyMode mode_;
+    std::vector<Tap> taps_ = GaussTaps(kSigma);
+    int left_;
+    int top_;
+    Field data_;
+    Field weight_;
+    Field estimate_;
+    Field step_;
+    Field modelStep_;
+    Field sensitivity_;
+};
+
+/// What the engine makes of it.
+Field Result(Field field, LucyMode mode, int iterations, std::FILE* diagnostics = nullptr)
+{
+    std::vector<float> plane(std::begin(field.v), std::end(field.v));
+    const std::vector<float> psf = GaussPsf(kSigma, 64);
+    const LucyJob job{.width = field.width,
+                      .height = field.height,
+                      .psf = psf.data(),
+                      .psfWidth = 64,
+                      .psfHeight = 64,
+                      .iterations = iterations,
+                      .gain = kGain,
+                      .readNoise = kReadNoise,
+                      .target = 0.0,
+                      .mode = mode,
+                      .detail = {.diagnostics = diagnostics}};
+    EXPECT_EQ(RestoreLucy(plane.data(), job, nullptr, 0), Restored::kDone);
+    std::copy(plane.begin(), plane.end(), std::begin(field.v));
+    return field;
+}
+
+} // namespace
+
+TEST(Lucy, AgreesWithThePlainForm)
+{
+    Random random(3);
+    const Field stars = Exposed(Blurred(StarField(64, 5), GaussTaps(kSigma)), kGain, kReadNoise, random);
+    for (const auto& [width, height] : {std::pair{67, 61}, {1, 9}, {101, 2}}) {
+        Field data(width, height);
+        for (int i = 0; i < width * height; ++i) {
+            const bool isMasked = i % width / 7 == 3 && i / width / 7 == 3; // so many that they are hardly seen
+            data.v[i] = isMasked ? -50.0 : stars.At(i % width, i / width);
+        }
+        data.v[width + 3] = -19.0; // takes no part
+        data.v[width + 4] = -18.0; // takes part
+        for (const LucyMode mode : {LucyMode::kPlain, LucyMode::kAccelerated, LucyMode::kTurbo}) {
+            PlainLucy plain(data, mode);
+            for (int n = 1; n <= 6; ++n) {
+                plain.Iterate(n == 1);
+                const Field got = Result(data, mode, n);
+                for (int i = 0; i < width * height; ++i) {
+                    const double expected = plain.At(i % width, i / width);
+                    ASSERT_NEAR(got.v[i], expected, 1e-3 * expected + 2e-3)
+                        << width << " x " << height << ", mode " << static_cast<int>(mode) << ", " << n << ", " << i;
+                }
+            }
+        }
+    }
+}
+
+TEST(Lucy, ConvergesFasterThanThePlainIteration)
+{
+    Random random(4);
+    const Field truth = StarField(96, 8);
+    const Field data = Exposed(Blurred(truth, GaussTaps(kSigma)), kGain, kReadNoise, random);
+    std::FILE* const report = std::tmpfile();
+    const Field turbo = Result(data, LucyMode::kTurbo, 20, report);
+    const Field plain = Result(data, LucyMode::kPlain, 20);
+    EXPECT_LT(RmsError(turbo, truth), 0.9 * RmsError(plain, truth));
+    EXPECT_LT(RmsError(plain, truth), 0.9 * RmsError(data, truth));
+    EXPECT_NEAR(turbo.v.sum() / data.v.sum(), 1.0, 0.01);
+    EXPECT_GT(turbo.v.max(), 1.7 * data.v.max());
+    double before = std::numeric_limits<double>::infinity();
+    int lines = 0;
+    std::rewind(report);
+    for (char line[200]; std::fgets(line, sizeof line, report) != nullptr;) {
+        const std::string text(line);
+        if (const std::size_t at = text.find("chi-sq = "); at != std::string::npos) {
+            const double chiSquare = std::stod(text.substr(at + 9));
+            EXPECT_LE(chiSquare, 1.02 * before) << text;
+            before = chiSquare;
+            ++lines;
+        }
+    }
+    std::fclose(report);
+    EXPECT_EQ(lines, 21);
+    EXPECT_LT(before, 1.05);
+}
+
+// The first sample of the function is divided by the sum, once for each: from a sigma of 9.93 on it is the peak, and
+// the result is displaced.
+TEST(Lucy, EndsAtTheTargetAndKeepsTheMeanWithoutIterations)
+{
+    const CStlImage source = StarFrame(30, 20, 1);
+    const auto restored = [&](double sigma, double gain, int iterations) {
+        CImgLucy image(source);
+        EXPECT_EQ(image.Do(sigma, gain, 1.0, iterations, nullptr, 0), 1);
+        return Samples(image);
+    };
+    EXPECT_EQ(restored(1.2, 1e-9, 1), restored(1.2, 1e-9, 50)); // so noisy that chi-square is below 1 at once
+    EXPECT_NE(restored(1.2, 1.0, 1), restored(1.2, 1.0, 2));
+    EXPECT_NEAR(restored(9.9, 1.0, 1)[310] / restored(9.8, 1.0, 1)[310], 1.0, 0.02);
+    EXPECT_GT(std::fabs(restored(10.1, 1.0, 1)[310] / restored(9.9, 1.0, 1)[310] - 1.0), 0.1);
+    for (const int iterations : {0, std::numeric_limits<int>::min()}) {
+        EXPECT_NEAR(restored(1.2, 1.0, iterations)[77], source.GetAvrGrayRaw(0), 0.1);
+        EXPECT_EQ(restored(1.2, 1.0, iterations)[77], restored(1.2, 1.0, iterations)[599]);
+    }
+    CImgLucy dark(StarFrame(5, 4, 1));
+    Write(Field(5, 4, -100.0), dark);
+    ASSERT_EQ(dark.Do(kSigma, kGain, kReadNoise, std::numeric_limits<int>::max(), nullptr, 0), 1);
+    EXPECT_EQ(dark.GetPixelGrayRaw(2, 2, 0), 0.0F); // nothing takes part
+}
+
+TEST(Lucy, WorksInsideTheRectangleAlone)
+{
+    ExpectOnlyInside<CImgLucy>(StarFrame(40, 30, 3), [](CImgLucy& image, CRect* rect) {
+        return image.Do(kSigma, kGain, kReadNoise, 1, rect, 0);
+    });
+}
+
+TEST(Lucy, TellsItsProgressAndStopsForEsc)
+{
+    const auto restore = [](CImgLucy& image) { return image.Do(kSigma, 1e6, 0.0, 2, nullptr, 1); };
+    const std::string end = " (press ESC to cancel)";
+    EXPECT_EQ(TextsOf(CImgLucy(StarFrame(12, 8, 1)), restore),
+              (std::vector<std::string>{"0:Initializing Lucy-Richardson processing" + end,
+                                        "0:Applying Lucy-Richardson: 1" + end, "0:Applying Lucy-Richardson: 2" + end,
+                                        "2:null"}));
+    std::vector<std::string> expected;
+    for (const std::string plane : {"1", "2", "3"}) {
+        const std::string applying = "0:Applying Lucy-Richardson for Plane " + plane + ":  ";
+        for (const std::string& text : {"0:Initializing multiplane Lucy-Richardson processing" + end,
+                                        applying + "1" + end, applying + "2" + end, std::string("2:null")}) {
+            expected.push_back(text);
+        }
+    }
+    EXPECT_EQ(TextsOf(CImgLucy(StarFrame(12, 8, 3)), restore), expected);
+    EXPECT_EQ(ExpectCancellable<CImgLucy>(StarFrame(12, 8, 3), restore), 3 * 22); // two for each transform among them
+}
+
+TEST(Lucy, LeavesTheImageWhenMemoryIsShort)
+{
+    const CStlImage source = StarFrame(12, 8, 3);
+    EXPECT_EQ(ExpectSurvivesWantOfMemory<CImgLucy>(
+                  source, [](CImgLucy& image) { return image.Do(kSigma, kGain, kReadNoise, 1, nullptr, 0); }),
+              "Insufficient memory.  Close applications and re-execute command.");
+    constexpr int kMost = std::numeric_limits<int>::max();
+    for (CRect large : {CRect(0, 0, kMost, 8), CRect(-kMost, 0, kMost, 200), CRect(0, -kMost, 1, kMost)}) {
+        const TightMemory memory(1 << 20);
+        CImgLucy image(source);
+        EXPECT_EQ(image.Do(kSigma, kGain, kReadNoise, 1, &large, 0), 0);
+        EXPECT_EQ(Samples(image), Samples(source));
+    }
+}
+
+TEST(Lucy, TakesWhatIsNoNumber)
+{
+    for (const double odd : {0.0, -1.0, 1e300, std::numeric_limits<double>::quiet_NaN()}) {
+        CImgLucy image(StarFrame(1, 1, 1));
+        EXPECT_EQ(image.Do(odd, odd, odd, 2, nullptr, 0), 1);
+        image.SetPixelGrayRaw(0, 0, static_cast<float>(odd), 0);
+        EXPECT_EQ(image.Do(kSigma, kGain, kReadNoise, 3, nullptr, 0), 1);
+    }
+}

@@ -1,0 +1,142 @@
+#include "corvane/restore/mem.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "corvane/restore/mem_engine.h"
+#include "corvane/restore/wiener.h"
+#include "tests/restore/field.h"
+#include "tests/restore/interrupted.h"
+
+using namespace corvane;
+using namespace corvane::test;
+
+namespace {
+
+constexpr double kSigma = 1.5;
+constexpr double kNoise = 10.0;
+constexpr int kSize = 128;
+
+/// With a function that has its centre on a sample.
+int RestoreOnGrid(Field& field, int iterations)
+{
+    const std::vector<float> psf = GaussPsf(kSigma, 63);
+    std::vector<float> plane(std::begin(field.v), std::end(field.v));
+    const MemJob job{.width = field.width,
+                     .height = field.height,
+                     .psf = psf.data(),
+                     .psfWidth = 63,
+                     .psfHeight = 63,
+                     .variance = kNoise * kNoise,
+                     .iterations = iterations};
+    const int status = RestoreByEntropy(plane.data(), job, nullptr, 0);
+    std::copy(plane.begin(), plane.end(), std::begin(field.v));
+    return status;
+}
+
+/// The least error of any noise constant, with the flux given back.
+double LeastWienerError(const Field& data, const Field& truth)
+{
+    double least = std::numeric_limits<double>::infinity();
+    const double sigma = kSigma * std::sqrt(2.0); // of the member, which takes 0.7071 of it
+    for (double noise = 1e-6; noise < 1.0; noise *= 1.6) {
+        CImgWiener image(CStlImage(-32, kSize, kSize, 1, 1.0, 0.0, 1));
+        Write(data, image);
+        EXPECT_EQ(image.Do(sigma, noise, nullptr, 0), 1);
+        const std::vector<float> samples = Samples(image);
+        Field result(kSize, kSize);
+        std::copy(samples.begin(), samples.end(), std::begin(result.v));
+        result.v *= WienerGain(sigma, kSize, kSize) * (1.0 + noise);
+        least = std::min(least, RmsError(result, truth));
+    }
+    return least;
+}
+
+} // namespace
+
+TEST(Mem, FitsTheDataToTheNoiseAndBeatsWiener)
+{
+    Random random(12);
+    const Field truth = StarField(kSize, 11);
+    const Field data = Exposed(Blurred(truth, GaussTaps(kSigma)), 0.0, kNoise, random);
+    Field result = data;
+    ASSERT_EQ(RestoreOnGrid(result, 200), kMemDone);
+    EXPECT_LT(RmsError(result, truth), LeastWienerError(data, truth));
+    const Field model = Blurred(result, GaussTaps(kSigma));
+    double chiSquare = 0.0; // away from the edges, beyond which only the engine knows the light
+    for (int i = 0; i < 108 * 108; ++i) {
+        const std::size_t at = data.Index(10 + i % 108, 10 + i / 108);
+        chiSquare += std::pow((model.v[at] - data.v[at]) / kNoise, 2.0) / (108.0 * 108.0);
+    }
+    EXPECT_NEAR(chiSquare, 1.0, 0.04);
+    for (const double scale : {1e-3, 1.0, 1e4}) { // against the noise
+        for (const int iterations : {1, 30}) {
+            Field other = data;
+            other.v *= scale;
+            RestoreOnGrid(other, iterations);
+            EXPECT_GT(other.v.min(), 0.0) << scale << ' ' << iterations;
+            const double sum = std::max(data.v.sum() * scale, kNoise * kSize * kSize);
+            EXPECT_NEAR(other.v.sum() / sum, 1.0, 0.25) << scale << ' ' << iterations;
+        }
+    }
+}
+
+TEST(Mem, ReadsAStatusDigitByDigit)
+{
+    const Restored ends[] = {Restored::kDone, Restored::kNoMemory, Restored::kCancelled};
+    const int cases[][2] = {{0, 0}, {5, 0}, {9690, 0}, {15, 1}, {4, 1}, {7, 1}, {8, 2}, {18, 2}, {81, 1}, {860, 2}};
+    for (const auto& [status, end] : cases) {
+        EXPECT_EQ(EndOfStatus(status), ends[end]) << status;
+    }
+}
+
+TEST(Mem, TellsItsProgressAndStopsForEsc)
+{
+    const auto restore = [](CImgMem& image) { return image.Do(kSigma, 1e-3, 2, nullptr, 1); };
+    const std::string end = " (press ESC to cancel)";
+    const auto texts = [&](const std::string& plane, const std::string& applying) {
+        return std::vector<std::string>{"0:Starting Maximum Entropy processing" + plane,
+                                        "0:Initializing Maximum Entropy processing" + plane + end, applying + "1" + end,
+                                        applying + "2" + end, "2:null"};
+    };
+    EXPECT_EQ(TextsOf(CImgMem(StarFrame(12, 8, 1)), restore), texts("", "0:Applying Maximum Entropy "));
+    std::vector<std::string> expected;
+    for (const std::string plane : {" for Plane 1", " for Plane 2", " for Plane 3"}) {
+        const std::vector<std::string> more = texts(plane, "0:Applying Maximum Entropy" + plane + ": ");
+        expected.insert(expected.end(), more.begin(), more.end());
+    }
+    EXPECT_EQ(TextsOf(CImgMem(StarFrame(12, 8, 3)), restore), expected);
+    EXPECT_EQ(ExpectCancellable<CImgMem>(StarFrame(24, 18, 3), restore), 3 * 27);
+}
+
+TEST(Mem, LeavesTheImageWhenMemoryIsShort)
+{
+    EXPECT_EQ(ExpectSurvivesWantOfMemory<CImgMem>(StarFrame(12, 8, 3),
+                                                  [](CImgMem& image) { return image.Do(kSigma, 1.0, 1, nullptr, 0); }),
+              "Insufficient memory.  Close applications and re-execute command");
+}
+
+TEST(Mem, TakesRectanglesSmallImagesAndWhatIsNoNumber)
+{
+    const CStlImage source = StarFrame(24, 18, 3);
+    ExpectOnlyInside<CImgMem>(source, [](CImgMem& image, CRect* rect) { return image.Do(kSigma, 5.0, 3, rect, 0); });
+    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+    for (const double odd : {0.0, kNaN, 1e300}) {
+        CImgMem result(source);
+        EXPECT_EQ(result.Do(kSigma, odd, 3, nullptr, 0), 1);
+        EXPECT_EQ(Samples(result), Samples(source));
+        EXPECT_EQ(result.Do(odd, 5.0, 3, nullptr, 0), 1);
+    }
+    for (const Size size : {Size{1, 1}, {1, 7}, {97, 1}}) {
+        CImgMem small(RandomImage(size, 1, 3));
+        EXPECT_EQ(small.Do(kSigma, 20.0, 5, nullptr, 0), 1);
+        EXPECT_GT(small.GetPixelGrayRaw(0, 0, 0), 0.0F);
+        small.SetPixelGrayRaw(0, 0, static_cast<float>(kNaN), 0);
+        EXPECT_EQ(small.Do(kSigma, 20.0, 5, nullptr, 0), 1);
+    }
+}

@@ -1,0 +1,44 @@
+#include "tests/support/failing_memory.h"
+
+#include <cstdlib>
+#include <new>
+
+static thread_local long long left = -1; // allocations before the one that fails; -1 for none, -2 when it did
+
+// Replaced for the whole process, the libraries included; arrays and the form that does not throw come here too.
+void* operator new(std::size_t size)
+{
+    const bool fails = left == 0;
+    left -= left > 0 ? 1 : (fails ? 2 : 0);
+    void* const memory = fails ? nullptr : std::malloc(size + (size == 0));
+    return memory != nullptr ? memory : throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+namespace corvane::test {
+
+FailingMemory::FailingMemory(long long allowed)
+{
+    left = allowed;
+}
+
+FailingMemory::~FailingMemory()
+{
+    left = -1;
+}
+
+bool FailingMemory::HasFailed() const
+{
+    return left == -2;
+}
+
+} // namespace corvane::test
