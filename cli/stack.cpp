@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -82,10 +83,14 @@ private:
     std::vector<std::string> files_;
 };
 
-void SaveCounts(const std::string& path, const CStlImage& counts, const char* unit)
+// The rows of a map run as those of the stack.
+void SaveCounts(const std::string& path, const CStlImage& counts, const char* unit, const io::Header& stack)
 {
     io::Header header;
     header.Set("BUNIT", unit);
+    if (const std::optional<std::string> order = stack.Text("ROWORDER")) {
+        header.Set("ROWORDER", *order);
+    }
     io::Save(path, counts, header, {});
 }
 
@@ -122,11 +127,11 @@ void SaveAll(const StackWords& words, stack::Result& result)
         others.Add(words.preview);
     }
     if (!words.coverageMap.empty()) {
-        SaveCounts(words.coverageMap, result.coverage, "lights");
+        SaveCounts(words.coverageMap, result.coverage, "lights", result.header);
         others.Add(words.coverageMap);
     }
     if (!words.rejectMap.empty()) {
-        SaveCounts(words.rejectMap, JoinRejected(result), "values");
+        SaveCounts(words.rejectMap, JoinRejected(result), "values", result.header);
         others.Add(words.rejectMap);
     }
     if (!words.lights.report.empty()) {

@@ -17,25 +17,39 @@ namespace corvane::stack {
 namespace {
 
 constexpr double kGoodShare = 0.75;       // of the most stars, for a reference
+constexpr std::size_t kMostTries = 5;     // of references that most other lights do not fit
 constexpr double kPairDistance = 2.0;     // pixels between a star and its place in the reference
 constexpr double kLeastLight = 1.0 / 3.0; // of the reference's, for the same exposure
 
 using Stars = std::vector<FieldStar>;
 
-/// The sharpest of the lights that show most of the stars; -1 when none shows any.
-int BestLight(const std::vector<FrameReport>& reports)
+/// The lights that may be the reference, best first: those that show most of the stars, the sharpest before the others;
+/// or the one that the options name.
+std::vector<std::size_t> Candidates(const Options& options, const std::vector<FrameReport>& reports)
 {
+    if (!options.referenceFile.empty()) {
+        return {static_cast<std::size_t>(ReferenceIndex(options))};
+    }
     int most = 0;
     for (const FrameReport& report : reports) {
         most = report.used ? std::max(most, report.stars) : most;
     }
-    int best = -1;
-    for (int i = 0; i < static_cast<int>(reports.size()) && most > 0; ++i) {
-        const FrameReport& report = reports[static_cast<std::size_t>(i)];
-        const bool isGood = report.used && report.stars >= kGoodShare * most;
-        best = isGood && (best < 0 || report.fwhm < reports[static_cast<std::size_t>(best)].fwhm) ? i : best;
+    std::vector<std::size_t> candidates;
+    for (std::size_t i = 0; i < reports.size() && most > 0; ++i) {
+        if (reports[i].used && reports[i].stars >= kGoodShare * most) {
+            candidates.push_back(i);
+        }
     }
-    return best;
+    std::stable_sort(candidates.begin(), candidates.end(),
+                     [&](std::size_t a, std::size_t b) { return reports[a].fwhm < reports[b].fwhm; });
+    return candidates;
+}
+
+/// A light's exposure over that of the reference; 1 where one of both is not known.
+double ExposureRatio(const std::optional<double>& light, const std::optional<double>& reference)
+{
+    const double ratio = light && reference ? *light / *reference : 1.0;
+    return ratio > 0.0 && std::isfinite(ratio) ? ratio : 1.0;
 }
 
 /// The light of stars in common over that in the reference; empty when there are none.
@@ -58,7 +72,7 @@ std::optional<double> FluxRatio(const Stars& reference, const Stars& stars, cons
 /// Clouds: to bring such a light to the brightness of the others would bring up its noise as much.
 void LeaveOutFaint(double exposureRatio, FrameReport& report)
 {
-    const double ratio = report.fluxRatio.value_or(1.0) / exposureRatio;
+    const double ratio = report.fluxRatio ? *report.fluxRatio / exposureRatio : 1.0;
     if (ratio < kLeastLight) {
         report.LeaveOut("its stars have " + NumberText(ratio, 2) + " times the light of the reference's");
     }
@@ -81,35 +95,55 @@ void Place(const Options& options, const CfPoint& centre, const Stars& reference
     report.fluxRatio = FluxRatio(reference, stars, report.PlacedAbout(centre));
 }
 
-} // namespace
-
-int ChooseReferenceLight(const Options& options, const std::vector<FrameReport>& reports)
+/// Matches every light with one of them.
+void PlaceOn(std::size_t reference, const Options& options, const MeasuredLights& lights,
+             std::vector<FrameReport>& reports)
 {
-    const int chosen = options.referenceFile.empty() ? BestLight(reports) : ReferenceIndex(options);
-    if (chosen < 0 || reports[static_cast<std::size_t>(chosen)].stars == 0) {
-        throw io::Error(reports[static_cast<std::size_t>(std::max(chosen, 0))].file,
-                        std::string(chosen < 0 ? "neither this light nor another" : "the reference does not") +
-                            " show stars to align by; lights that fit as they lie are stacked with --align none");
-    }
-    return chosen;
-}
-
-void AlignByStars(const Options& options, const CfPoint& centre, int reference,
-                  const std::vector<double>& exposureRatios, const std::vector<SeenLight>& seen,
-                  std::vector<FrameReport>& reports)
-{
-    const Stars& stars = seen[static_cast<std::size_t>(reference)].stars;
+    const Stars& stars = lights.seen[reference].stars;
     Progress progress(options.progressWindow, "Matching stars...", static_cast<int>(reports.size()));
     for (std::size_t i = 0; i < reports.size(); ++i) {
-        if (static_cast<int>(i) == reference) {
-            reports[i].matched = static_cast<int>(stars.size());
+        if (i == reference) {
+            reports[i].matched = std::min(reports[i].stars, static_cast<int>(stars.size()));
             reports[i].fluxRatio = 1.0;
         } else if (reports[i].used) {
-            Place(options, centre, stars, seen[i].stars, reports[i]);
-            LeaveOutFaint(exposureRatios[i], reports[i]);
+            Place(options, lights.centre, stars, lights.seen[i].stars, reports[i]);
+            LeaveOutFaint(ExposureRatio(lights.exposures[i], lights.exposures[reference]), reports[i]);
         }
         progress.Step();
     }
+}
+
+std::ptrdiff_t CountUsed(const std::vector<FrameReport>& reports)
+{
+    return std::count_if(reports.begin(), reports.end(), [](const FrameReport& report) { return report.used; });
+}
+
+} // namespace
+
+int AlignByStars(const Options& options, const MeasuredLights& lights, std::vector<FrameReport>& reports)
+{
+    const std::vector<std::size_t> candidates = Candidates(options, reports);
+    if (candidates.empty() || reports[candidates.front()].stars == 0) {
+        const bool isNamed = !candidates.empty();
+        throw io::Error(reports[isNamed ? candidates.front() : 0].file,
+                        std::string(isNamed ? "the reference does not" : "neither this light nor another") +
+                            " show stars to align by; lights that fit as they lie are stacked with --align none");
+    }
+    std::size_t reference = candidates.front();
+    std::vector<FrameReport> best;
+    for (std::size_t i = 0; i < std::min(candidates.size(), kMostTries); ++i) {
+        std::vector<FrameReport> placed = reports;
+        PlaceOn(candidates[i], options, lights, placed);
+        if (best.empty() || CountUsed(placed) > CountUsed(best)) {
+            best = std::move(placed);
+            reference = candidates[i];
+        }
+        if (2 * CountUsed(best) > CountUsed(reports)) { // it is no stray light
+            break;
+        }
+    }
+    reports = std::move(best);
+    return static_cast<int>(reference);
 }
 
 } // namespace corvane::stack

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "stack/frame_report.h"
@@ -8,16 +9,20 @@
 
 namespace corvane::stack {
 
-/// The light that others are placed on by their stars: the one that the options name, or of those with at least three
-/// quarters of the most stars the one whose stars are narrowest. Throws io::Error when no light shows a star.
-int ChooseReferenceLight(const Options& options, const std::vector<FrameReport>& reports);
+/// Lights as `MeasureLights` saw them.
+struct MeasuredLights {
+    const std::vector<SeenLight>& seen;
+    const std::vector<std::optional<double>>& exposures; ///< [s], as far as they are known
+    CfPoint centre;                                      ///< what lights are turned about
+};
 
-/// Matches the stars of every light with those of the reference, and enters in the reports how it is placed. `centre` is
-/// what lights are turned about; `exposureRatios` are the lights' exposures over that of the reference. A light that
-/// cannot be placed with certainty is left out, with the reason, and so is one whose stars have less than a third of the
-/// light that its exposure should bring.
-void AlignByStars(const Options& options, const CfPoint& centre, int reference,
-                  const std::vector<double>& exposureRatios, const std::vector<SeenLight>& seen,
-                  std::vector<FrameReport>& reports);
+/// Chooses a reference, matches the stars of every light with those of it, and enters in the reports how each is placed.
+/// Returns the reference: the light that the options name, or of those with at least three quarters of the most stars
+/// the one whose stars are narrowest; where fewer than half of the lights fit it, which may be one that shows another
+/// field, the next ones are tried.
+///
+/// A light that cannot be placed with certainty is left out, with the reason, and so is one whose stars have less than a
+/// third of the light that its exposure should bring. Throws io::Error when there is no star to align by, and Cancelled.
+int AlignByStars(const Options& options, const MeasuredLights& lights, std::vector<FrameReport>& reports);
 
 } // namespace corvane::stack

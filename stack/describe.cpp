@@ -142,7 +142,8 @@ std::string AlignText(const Options& options, const Registration& result)
         text += " --size " + std::to_string(options.size) + " --search " + std::to_string(options.search);
         text += result.reference ? " --star " + PlaceText(*result.reference) : "";
     }
-    if (options.align != AlignMethod::kNone && result.frames.size() > 1) {
+    const bool hasReference = options.align != AlignMethod::kNone || !options.referenceFile.empty();
+    if (hasReference && result.frames.size() > 1) {
         text += " --reference " + result.frames[static_cast<std::size_t>(result.referenceLight)].file;
     }
     return text;
@@ -167,7 +168,9 @@ std::string MosaicText(const Options& options, const Plan& plan)
     if (plan.patterns.empty()) {
         return plan.isMosaic ? " --bayer none" : "";
     }
-    return std::string(" --bayer ") + NameOf(plan.patterns.front()) + " --debayer " +
+    const BayerPattern first = plan.patterns.front();
+    const bool isCommon = std::count(plan.patterns.begin(), plan.patterns.end(), first) == std::ssize(plan.patterns);
+    return (isCommon ? std::string(" --bayer ") + NameOf(first) : "") + " --debayer " +
            NameOf(kDemosaicNames, options.demosaic);
 }
 

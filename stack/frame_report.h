@@ -31,7 +31,7 @@ struct FrameReport {
     double noise = 0.0;                ///< standard deviation of the sky [raw units]
     std::optional<double> fluxRatio{}; ///< light of the stars in common, over that in the reference
     /// @}
-    double weight = 1.0; ///< in the clipped mean, the largest being 1
+    double weight = 1.0; ///< in the clipped mean, the largest being 1; 0 when left out
 
     void LeaveOut(std::string why)
     {

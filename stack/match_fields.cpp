@@ -83,8 +83,8 @@ FieldMatch NoMatch(std::string reason)
 
 FieldMatch TooFew(const char* field, std::size_t stars)
 {
-    return NoMatch(std::string("the ") + field + " has " + std::to_string(stars) +
-                   " usable stars, and 3 are the least");
+    return NoMatch(std::string("the ") + field + " has " + std::to_string(stars) + " usable " +
+                   (stars == 1 ? "star" : "stars") + ", and 3 are the least");
 }
 
 /// What a fit is in terms of `Alignment`.

@@ -65,6 +65,7 @@ struct Limit {
     const char* what;
     const std::optional<double>& sigmas;
     double side; ///< 1: too much is bad; -1: too little
+    int digits;  ///< of the value, behind the point
     double (*value)(const FrameReport&);
 };
 
@@ -79,9 +80,9 @@ void Apply(const Limit& limit, std::vector<FrameReport>& reports)
     for (std::size_t i = 0; i < reports.size(); ++i) {
         const double sigmas = limit.side * (values[i] - set.median) / sigma;
         if (reports[i].used && sigmas > *limit.sigmas) {
-            reports[i].LeaveOut(std::string(limit.what) + " is " + NumberText(values[i], 2) + ", " +
+            reports[i].LeaveOut(std::string(limit.what) + " is " + NumberText(values[i], limit.digits) + ", " +
                                 NumberText(sigmas, 1) + " sigmas off the median of all lights, " +
-                                NumberText(set.median, 2));
+                                NumberText(set.median, limit.digits));
         }
     }
 }
@@ -106,10 +107,11 @@ std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames
 void ApplyLimits(const Options& options, std::vector<FrameReport>& reports)
 {
     const Limit limits[] = {
-        {"the width of its stars", options.rejectFwhm, 1.0, [](const FrameReport& report) { return report.fwhm; }},
-        {"the number of its stars", options.rejectStars, -1.0,
+        {"the width of its stars", options.rejectFwhm, 1.0, 2, [](const FrameReport& report) { return report.fwhm; }},
+        {"the number of its stars", options.rejectStars, -1.0, 0,
          [](const FrameReport& report) { return static_cast<double>(report.stars); }},
-        {"its background", options.rejectBackground, 1.0, [](const FrameReport& report) { return report.background; }},
+        {"its background", options.rejectBackground, 1.0, 2,
+         [](const FrameReport& report) { return report.background; }},
     };
     for (const Limit& limit : limits) {
         if (limit.sigmas) {

@@ -16,8 +16,8 @@ struct SeenLight {
     std::vector<FrameLevel> levels; ///< of each plane
 };
 
-/// Measures of every light what the options ask for, and enters it in the reports. Lights without a defined sample are
-/// left out. Throws io::Error and Cancelled. No lights are read, and none is seen, when the options ask for nothing.
+/// Measures of every light what the options ask for, and enters it in the reports. Of a light without a defined sample
+/// all is 0. No lights are read, and none is seen, when the options ask for nothing. Throws io::Error and Cancelled.
 std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames, std::vector<FrameReport>& reports);
 
 /// Leaves out the lights whose width of stars, number of stars or background lie beyond the limits of the options,

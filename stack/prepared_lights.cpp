@@ -1,7 +1,6 @@
 #include "stack/prepared_lights.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "io/error.h"
@@ -27,17 +26,6 @@ std::vector<double> DarkScales(const Plan& plan)
         scales.push_back(ExposuresMatch(exposure, plan.darkExposure) ? 1.0 : *exposure / *plan.darkExposure);
     }
     return scales;
-}
-
-/// The lights' exposures over that of the reference; 1 where one of both is not known.
-std::vector<double> ExposureRatios(const Plan& plan, std::size_t reference)
-{
-    std::vector<double> ratios;
-    for (const auto& exposure : plan.exposures) {
-        const double ratio = exposure && plan.exposures[reference] ? *exposure / *plan.exposures[reference] : 1.0;
-        ratios.push_back(ratio > 0.0 && std::isfinite(ratio) ? ratio : 1.0);
-    }
-    return ratios;
 }
 
 /// The stars of a light, those at the sensor's ceiling marked.
@@ -77,7 +65,7 @@ void PreparedLights::MendHotPixels(const Masters& masters)
     if (!pixels.Fault().empty()) {
         throw io::Error(options_.darks.front(), pixels.Fault());
     }
-    result_.notes.push_back(std::to_string(pixels.Count()) + " hot pixels were mended");
+    result_.notes.push_back("hot pixels that were mended: " + std::to_string(pixels.Count()));
     calibrated_->MendHotPixels(std::move(pixels));
 }
 
@@ -88,9 +76,8 @@ void PreparedLights::Register()
     result_.referenceLight = ReferenceIndex(options_);
     const bool isAlone = plan_.lights.Count() == 1;
     if (options_.align == AlignMethod::kStars && !isAlone) {
-        result_.referenceLight = ChooseReferenceLight(options_, result_.frames);
-        AlignByStars(options_, frames_->Centre(), result_.referenceLight,
-                     ExposureRatios(plan_, static_cast<std::size_t>(result_.referenceLight)), seen_, result_.frames);
+        const MeasuredLights lights{seen_, plan_.exposures, frames_->Centre()};
+        result_.referenceLight = AlignByStars(options_, lights, result_.frames);
     } else if (options_.align == AlignMethod::kShift && !isAlone) {
         AlignByShift();
     }
@@ -161,7 +148,7 @@ void PreparedLights::SetWeights()
     }
     const std::vector<double> weights = WeightsOf(qualities, options_.weight);
     for (std::size_t i = 0; i < weights.size(); ++i) {
-        result_.frames[i].weight = weights[i];
+        result_.frames[i].weight = result_.frames[i].used ? weights[i] : 0.0;
     }
 }
 

@@ -1,0 +1,53 @@
+# How lights lie on each other: limits, reports, and stacks that HISTORY makes again.
+source "$(dirname "$0")/check.bash"
+
+make_night() {
+    "$MAKE_NIGHT" --darks 2 --flats 1 --bias 0 --size 400x300 --stars 200 --drift 9 "$@" >/dev/null || fail "make-night $*"
+}
+make_night --lights 5 --turn 0.2 night
+make_night --lights 3 --bayer GRBG mosaic
+lights=(night/light*)
+calibration=(--dark night/dark* --flat night/flat*)
+
+# A night of the same stars, but for what the option changes, has one light that lies beyond the limit.
+for limit in 'fwhm --fwhm 5 width of its stars' 'stars --read-noise 60 number of its stars' 'background --sky 9 background'; do
+    read -r name option value what <<<"$limit"
+    make_night --lights 5 --turn 0.2 "$option" "$value" "bad_$name"
+    check 0 "6 lights, 5 used, 1 rejected.*bad_$name/light_001.fits +rejected: (the|its) $what is .* sigmas off the median" \
+        register "${lights[@]}" "bad_$name/light_001.fits" "--reject-$name" 5
+done
+
+make_night --lights 1 --seed 2 other
+other='other/<b> & "c".fits'
+mv other/light_001.fits "$other"
+check 0 '5 used, 1 rejected.*night/light_002.fits .*\(reference\)' \
+    register --reference night/light_002.fits --report r.html -- "${lights[@]}" "$other"
+[[ $(grep -c '^<tr.*<td' r.html) -eq 6 && $(grep -c 'other/&lt;b&gt; &amp; "c".fits' r.html) -gt 1 ]] || fail 'r.html'
+for tag in html head body svg g title text table tr td th; do
+    [[ $(grep -oE "<${tag}[ >]" r.html | wc -l) -eq $(grep -o "</$tag>" r.html | wc -l) ]] || fail "r.html: <$tag> stays open"
+done
+check 0 '^$' register -q "${lights[@]}" --report r.json
+[[ $(grep -c '"file": "night/light_00[1-5].fits"' r.json) -eq 5 ]] || fail 'r.json'
+check 1 'rejected: ' register "$other" "${lights[1]}" --report r.csv
+[[ $(wc -l <r.csv) -eq 3 && $(<r.csv) == *$'\n"other/<b> & ""c"".fits",'* ]] || fail "r.csv: $(<r.csv)"
+check 0 '1 light, 1 used' register "${lights[0]}"
+refuse 1 'no other light can be stacked with it: other/' stack "${lights[0]}" "$other" --reference "${lights[0]}" -o out.fits --report out.csv
+
+# again OPTIONS FILE...: what HISTORY says of a stack makes the same one.
+again() {
+    local words line
+    read -ra words <<<"$1"
+    check 0 '^$' stack -q "${words[@]}" -o first.fits "${@:2}"
+    line=$(LC_ALL=C fold -b -w 80 first.fits | sed -n 's/^HISTORY \(.*[^ ]\) *$/\1/p' | sed ':a; /&$/ { N; s/&\n//; ba }' | sed 1q)
+    read -ra words <<<"$line"
+    check 0 '^$' "${words[@]}" -q -o second.fits "${@:2}"
+    cmp -s first.fits second.fits || fail "stack $1: '$line' makes another stack"
+}
+again '--method clipped-mean --weight fwhm --normalise offset --reject-stars 90 --coverage all --cosmetic --pedestal 20' \
+    "${calibration[@]}" -- "${lights[@]}"
+again '--scale --reject-fwhm 90 --reject-background 90.5' "${calibration[@]}" -- "${lights[@]}"
+again '--align shift --size 24 --search 40 --method clipped-mean --weight noise' -- "${lights[@]}"
+again '--align none --normalise scale --reference night/light_003.fits' -- "${lights[@]}"
+again '--debayer bilinear' -- mosaic/light*
+again '--align none' -- mosaic/light*
+finish

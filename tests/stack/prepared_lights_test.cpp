@@ -1,0 +1,72 @@
+#include "corvane/colour/demosaic.h"
+#include "tests/stack/test_night.h"
+#include "tests/support/plain.h"
+#include "tests/support/storage.h"
+
+namespace corvane::stack {
+
+using PreparedLightsTest = Night;
+
+TEST_F(PreparedLightsTest, WeightsByNoiseAndCountsWhatIsClipped)
+{
+    constexpr double kNoise[] = {1.0, 1.0, 2.0, 2.0, 4.0, 1.0, 3.0, 2.0};
+    Options options;
+    double precision = 0.0;
+    for (const double noise : kNoise) {
+        const CStlImage sky = Sky(300, 300, 1, {}); // of level 200 and noise 2
+        const auto sample = [&](int x, int y, int) { return noise * (sky.GetPixelGrayRaw(x, y, 0) - 200.0) / 2.0; };
+        CStlImage light = Make(300, 300, 1, sample);
+        light.SetPixelGrayRaw(70, 9, noise == 3.0 ? 5000.0F : 0.0F, 0);
+        light.SetPixelGrayRaw(30, 40, noise == 4.0 ? -5000.0F : 0.0F, 0);
+        options.lights.push_back(Save(std::to_string(options.lights.size()) + ".fits", light));
+        precision += 1.0 / (noise * noise);
+    }
+    options.align = AlignMethod::kNone;
+    options.method = CombineMethod::kClippedMean;
+    options.weight = WeightMethod::kNoise;
+    options.wantsRejected = true;
+    const Result result = stack::Run(options);
+    EXPECT_NEAR(MeasureFrame(result.image, 0).noise * std::sqrt(precision), 1.0, 0.1); // 1.6 without weights
+    EXPECT_NEAR(result.frames[4].weight, 1.0 / 16.0, 0.005);
+    EXPECT_EQ(result.rejectedHigh.GetPixelGrayRaw(70, 9, 0), 1.0);
+    EXPECT_EQ(result.rejectedLow.GetPixelGrayRaw(30, 40, 0), 1.0);
+}
+
+TEST_F(PreparedLightsTest, MendsHotPixelsAmongThoseOfTheirFilter)
+{
+    const auto isHot = [](int x, int y) { return x == 20 && y == 64; };
+    const auto dark = [&](int x, int y, int) { return isHot(x, y) ? 900 : 100 + x % 3; };
+    const auto light = [&](int x, int y, int) { return isHot(x, y) ? 30000 : 500 + 1000 * (x % 2) + 500 * (y % 2); };
+    for (const auto& [pattern, expected] : {std::pair("RGGB", 400.0), {"", 1650.0}}) {
+        const auto name = [=](io::Header& header) { header.Set("BAYERPAT", pattern); };
+        Options options;
+        options.lights = {Save("a.fits", Make(80, 90, 1, light), 60.0, name)};
+        options.darks = {Save("dark.fits", Make(80, 90, 1, dark))};
+        options.cosmetic = true;
+        options.align = AlignMethod::kNone;
+        const Result result = stack::Run(options);
+        EXPECT_NEAR(result.image.GetPixelGrayRaw(20, 64, 0), expected, 2.0) << pattern;
+    }
+}
+
+TEST_F(PreparedLightsTest, BandsOfAMosaicBecomeTheColoursOfTheWhole)
+{
+    std::vector<std::int16_t> samples(301 * 150);
+    test::Random random(3);
+    std::generate(samples.begin(), samples.end(), [&] { return static_cast<std::int16_t>(random.Whole(-60, 3000)); });
+    std::replace_if(
+        samples.begin(), samples.end(), [](int s) { return s < 0; }, std::int16_t{-32768});
+    Options options;
+    options.lights = {
+        Write("mosaic.fits", test::Hdu(test::Cards(16, {301, 150}, {"BLANK   = -32768", "BAYERPAT= 'GBRG'"}),
+                                       test::Bytes(samples, true)))};
+    for (const DemosaicMethod method : {DemosaicMethod::kEdgeAware, DemosaicMethod::kBilinear}) {
+        options.demosaic = method;
+        CStlImage expected(io::Load(options.lights[0]).image);
+        Demosaic(expected, BayerPattern::kGbrg, method, expected, 0);
+        const test::TightMemory tiny(1 << 20);
+        EXPECT_TRUE(test::Agree(stack::Run(options).image, test::Plain(expected)));
+    }
+}
+
+} // namespace corvane::stack
