@@ -37,6 +37,7 @@ struct Request {
     int biases = 10;
     std::vector<int> cloudy; // counted from 1, as file names are
     std::vector<int> stray;
+    std::vector<int> trailed;
 };
 
 /// The options under one heading of the help.
@@ -122,6 +123,7 @@ void AddMotionOptions(Group group, Request& request)
     group.Add("--turn", night.turn, "Turn of the field, clockwise on screen [degrees]");
     group.AddNumbers("--clouds", request.cloudy, "Lights spoiled by clouds, as 3,7; the first is 1");
     group.AddNumbers("--stray", request.stray, "Lights that show another field, as 3,7; the first is 1");
+    group.AddNumbers("--trailed", request.trailed, "Lights during which the mount moved, as 3,7; the first is 1");
 }
 
 /// "640x480"
@@ -191,11 +193,12 @@ void WriteOffsets(const Night& night, const Request& request, std::ostream& file
     const auto isListed = [](const std::vector<int>& lights, int number) {
         return std::find(lights.begin(), lights.end(), number) != lights.end() ? 1 : 0;
     };
-    file << "file,dx,dy,degrees,cloudy,stray\n";
+    file << "file,dx,dy,degrees,cloudy,stray,trailed\n";
     for (int i = 0; i < night.Settings().lights; ++i) {
         const auto placement = night.PlacementOf(i);
         file << FileName("light", i) << ',' << placement.dx << ',' << placement.dy << ',' << placement.degrees << ','
-             << isListed(request.cloudy, i + 1) << ',' << isListed(request.stray, i + 1) << '\n';
+             << isListed(request.cloudy, i + 1) << ',' << isListed(request.stray, i + 1) << ','
+             << isListed(request.trailed, i + 1) << '\n';
     }
 }
 
@@ -221,6 +224,7 @@ void MakeNight(Request& request)
     ReadSize(request.size, request.night);
     request.night.cloudyLights = FromZero("--clouds", request.cloudy, request.night.lights);
     request.night.strayLights = FromZero("--stray", request.stray, request.night.lights);
+    request.night.trailedLights = FromZero("--trailed", request.trailed, request.night.lights);
     const Night night(request.night);
     const double darkExposure = request.darkExposure > 0.0 ? request.darkExposure : request.night.exposure;
     std::filesystem::create_directories(request.folder);

@@ -132,6 +132,16 @@ void AddStar(Plane& plane, const Star& star, Profile profile)
     }
 }
 
+void AddMovingStar(Plane& plane, const Star& star, Profile profile, double dx, double dy)
+{
+    constexpr double kStepsPerPixel = 2.0; // no star is so narrow that these show
+    const int steps = static_cast<int>(Distance(dx, dy) * kStepsPerPixel) + 1;
+    for (int i = 0; i < steps; ++i) {
+        const double t = (i + 0.5) / steps - 0.5;
+        AddStar(plane, {star.x + t * dx, star.y + t * dy, star.flux / steps, star.fwhm}, profile);
+    }
+}
+
 void AddTrail(Plane& plane, const Trail& trail)
 {
     const double length = Distance(trail.x1 - trail.x0, trail.y1 - trail.y0);

@@ -10,6 +10,9 @@ namespace corvane::night {
 /// the sum over it is within 5e-5 of the flux; what falls outside the plane is lost.
 void AddStar(Plane& plane, const Star& star, Profile profile);
 
+/// Adds a star that moves evenly by (dx, dy) pixels while the shutter is open; it is at its place half way.
+void AddMovingStar(Plane& plane, const Star& star, Profile profile, double dx, double dy);
+
 /// Adds a trail along the whole line through its two points.
 void AddTrail(Plane& plane, const Trail& trail);
 

@@ -23,6 +23,9 @@ constexpr double kFlatDarkTime = -1.0 * kHour;
 constexpr double kCloudTransparency = 0.05;
 constexpr double kCloudGlow = 2.5; // sky brightness below clouds, which send the town's light back
 
+constexpr double kSlipX = 12.0; // how far stars move during a trailed light [pixels]
+constexpr double kSlipY = 9.0;
+
 bool Contains(const std::vector<int>& lights, int i)
 {
     return std::find(lights.begin(), lights.end(), i) != lights.end();
@@ -244,9 +247,10 @@ Plane Night::SceneBelow(std::optional<char> filter, int i) const
     for (int y = 1; y < scene.height; ++y) {
         std::copy_n(scene.Row(0), scene.width, scene.Row(y));
     }
+    const double slip = Contains(settings_.trailedLights, i) ? 1.0 : 0.0;
     for (Star star : MovedStars(i)) {
         star.flux *= filter ? StarShare(*filter, star.redness) : 1.0;
-        AddStar(scene, star, settings_.profile);
+        AddMovingStar(scene, star, settings_.profile, slip * kSlipX, slip * kSlipY);
     }
     for (Trail trail : TrailsOf(i)) {
         trail.electronsPerPixel *= filter ? WhiteShare(*filter) : 1.0;

@@ -48,7 +48,7 @@ public:
 
     /// How light i is placed onto light 0. A stray light is pointed as if nothing were wrong, at another field.
     Placement PlacementOf(int i) const;
-    /// The stars whose centres lie in light i, dimmed where it is cloudy.
+    /// The stars whose centres lie in light i, dimmed where it is cloudy; in a trailed light, half way of their trails.
     std::vector<Star> StarsOf(int i) const;
     std::vector<Trail> TrailsOf(int i) const;
     std::vector<CosmicHit> CosmicHitsOf(int i) const;

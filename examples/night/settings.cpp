@@ -89,6 +89,7 @@ const NightSettings& Checked(const NightSettings& s)
     CheckBayer(s.bayer);
     CheckLights("cloudy light", s.cloudyLights, s.lights);
     CheckLights("stray light", s.strayLights, s.lights);
+    CheckLights("trailed light", s.trailedLights, s.lights);
     return s;
 }
 

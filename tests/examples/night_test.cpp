@@ -140,6 +140,28 @@ TEST(Night, ColourFiltersTakeTheirShareOfEveryLight)
     EXPECT_EQ(night.Dark(0, 60.0).header.Text("BAYERPAT"), "GBRG");
 }
 
+TEST(Night, StarsOfATrailedLightAreDrawnOut)
+{
+    NightSettings settings = Quiet();
+    settings.sky = 0.0;
+    settings.ownStars = {{90.0, 75.0, 1e6, 3.0}};
+    settings.profile = Profile::kGaussian;
+    settings.driftX = settings.driftY = 0.0;
+    settings.trailedLights = {2};
+    const Night night(settings);
+    const auto moment = [&](int light, double ux, double uy) {
+        const Plane scene = night.SceneOf(light);
+        double sum = 0.0;
+        for (int i = 0; i < 180 * 150; ++i) {
+            const double t = (i % 180 - 90.0) * ux + (i / 180 - 75.0) * uy;
+            sum += t * t * 1e-6 * scene.samples[static_cast<std::size_t>(i)];
+        }
+        return sum;
+    };
+    EXPECT_NEAR(moment(2, 0.8, 0.6) - moment(1, 0.8, 0.6), 15.0 * 15.0 / 12.0, 0.05);
+    EXPECT_NEAR(moment(2, -0.6, 0.8), moment(1, -0.6, 0.8), 0.001);
+}
+
 TEST(Night, SaysWhichSettingIsWrong)
 {
     const auto refusal = [](double gain, int light) -> std::string {
