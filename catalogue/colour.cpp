@@ -5,6 +5,7 @@
 
 #include "catalogue/display_levels.h"
 #include "catalogue/operations.h"
+#include "catalogue/undefined.h"
 #include "corvane/colour/lab_color_enhance.h"
 #include "corvane/platform/memory_exception.h"
 
@@ -25,7 +26,7 @@ void Convert(CStlImage& image, int (CStlImage::*conversion)(CStlImage*, int), co
 /// from it when nothing is to be reported.
 std::unique_ptr<CStlImage> MakeLab(CStlImage& image, const Context& context)
 {
-    const HWND window = image.GetProgressHandle();
+    HWND window = image.GetProgressHandle();
     image.SetProgressHandle(context.showProgress != 0 ? window : nullptr);
     std::unique_ptr<CStlImage> lab(image.MakeLabPlane());
     image.SetProgressHandle(window);
@@ -111,6 +112,7 @@ Operation Saturate()
 void RunLab(io::Frame& frame, Arguments&, const Context& context)
 {
     CStlImage& image = frame.image;
+    MarkUndefined(frame);
     GiveColourLevels(image);
     const std::unique_ptr<CStlImage> lab = MakeLab(image, context);
     image.PixelBlt(0, 0, image.GetWidth(), image.GetHeight(), lab.get(), 0, 0, 0);
@@ -118,7 +120,6 @@ void RunLab(io::Frame& frame, Arguments&, const Context& context)
     image.SetLevel(1, -100.0, 100.0);
     image.SetLevel(2, -100.0, 100.0);
     image.SetOwnLevel(1);
-    image.SetBlankUsed(0);
 }
 
 Operation ToLabPlanes()
@@ -129,7 +130,8 @@ Operation ToLabPlanes()
                     "100 for white, a goes from green (below 0) to red, b from blue (below 0) to yellow. Samples below "
                     "black count as black; what is above white has an L above 100. The result has display levels of "
                     "0 to 100 for L and -100 to 100 for a and b, so a grey image shows a and b in the middle. A frame "
-                    "that comes without levels gets such as make its sky grey first. NaN stays NaN.",
+                    "that comes without levels gets such as make its sky grey first. A pixel that is undefined in one "
+                    "plane becomes so in all.",
             .planes = Planes::Colour,
             .run = RunLab};
 }

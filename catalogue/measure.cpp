@@ -5,6 +5,7 @@
 
 #include "catalogue/error.h"
 #include "catalogue/operations.h"
+#include "catalogue/undefined.h"
 #include "corvane/measure/overscan.h"
 #include "corvane/measure/vignetting.h"
 
@@ -36,6 +37,7 @@ void RunVignette(io::Frame& frame, Arguments& arguments, const Context& context)
                         arguments.Has("y") ? arguments.Whole("y") : image.GetHeight() / 2);
     CRect* const rect = arguments.Rectangle("rect");
     CheckReach(k, base, centre, rect != nullptr ? *rect : CRect(0, 0, image.GetWidth(), image.GetHeight()));
+    MarkUndefined(frame); // a blank would be multiplied, and be blank no more
     CImgFlat result(image);
     result.Do(&image, centre, k, base, rect, context.showProgress);
     image.Swap(&result);
@@ -112,7 +114,8 @@ Operation Vignette()
             .summary = "even out vignetting by a model, without a flat field",
             .help = "Multiplies each sample by 1 / (1 + (k / base) r^2), where r is its distance from the centre in "
                     "pixels. A k below 0 lifts the corners. For corners at r = 2500 that have 80 percent of the "
-                    "centre's light, k = -0.2 / 2500^2 = -3.2e-8 with a base of 1. Take bias and dark off before.",
+                    "centre's light, k = -0.2 / 2500^2 = -3.2e-8 with a base of 1. Take bias and dark off before. "
+                    "Undefined samples stay undefined.",
             .parameters =
                 {{.name = "k", .summary = "how the divisor changes outwards", .unit = "per square pixel"},
                  {.name = "base", .summary = "the divisor at the centre", .min = 1e-6, .max = 1e6, .defaultValue = 1.0},

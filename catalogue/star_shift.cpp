@@ -87,13 +87,14 @@ Fit FindShift(const io::Frame& first, int firstPlane, io::Frame& frame, int plan
     CheckInside(first, search);
     const int x = static_cast<int>(search.at[0]);
     const int y = static_cast<int>(search.at[1]);
-    const int margin = search.range / 2 + kFineReach;
+    const int reach = search.range / 2;
+    const int margin = reach + kFineReach;
     io::Frame patch = Cut(first, firstPlane, x, y, search.size);
     io::Frame window = Cut(frame, plane, x, y, search.size + 2 * margin);
-    const double start = (search.size + 2 * margin) / 2 - search.size / 2;
+    const double start = margin; // of the patch in the window, since both have their middle on one place
     const Match match = RunMatch(patch, window, {.start = std::array{start, start}, .range = search.range}, context);
     const Fit fit{start - match.x, start - match.y, 0.0, 1};
-    if (std::max(std::fabs(fit.dx), std::fabs(fit.dy)) >= search.range / 2) {
+    if (std::max(std::fabs(fit.dx), std::fabs(fit.dy)) >= reach) {
         throw io::Error(frame.image.GetOrgFileName(),
                         "the star is not within --range = " + std::to_string(search.range) + " of its place in " +
                             first.image.GetOrgFileName() + ": the best match lies at the edge");

@@ -12,7 +12,7 @@ void AddCmy(CLI::App& app, Session& session)
     AddColourCommand(command, words, session, catalogue::RunCmy, {"C", "M", "Y"});
     AddOutside(command, *words);
     command.footer("Red becomes Y + M - C, green C + Y - M, blue C + M - Y. The result has the size and header of C, "
-                   "and display levels between those of the frames. " +
+                   "and display levels between those of the frames. What is undefined in a frame stays so. " +
                    AlignmentFooter());
 }
 

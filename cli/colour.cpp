@@ -130,8 +130,7 @@ std::string AlignmentFooter()
 {
     return "The star of --align shift should be the brightest within the square and the range, and wider than two "
            "pixels. What stars say is printed, to a tenth of a pixel with shift; shifts and turns by hand are added to "
-           "it. A frame turns about its first star, without stars about its middle. What is undefined in a frame stays "
-           "so.";
+           "it. A frame turns about its first star, without stars about its middle.";
 }
 
 } // namespace corvane::cli

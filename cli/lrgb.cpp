@@ -23,8 +23,8 @@ void AddLrgb(CLI::App& app, Session& session)
         "parts brighter than the other, colours get paler or stronger. Set them with `corvane apply IN -o OUT "
         "auto-levels` or `levels:min=A,max=B` first. What lies below black is cut off, and so is what is more than "
         "19.6 times as far above it as white; not so with --average. The result has the size, header and levels of L. "
-        "Where RGB is not, L is grey; undefined samples become black. With --scale and without stars the middle of RGB "
-        "lies on that of L. " +
+        "Where RGB is not, L is grey; undefined samples become black, but with --average stay undefined. With "
+        "--scale and without stars the middle of RGB lies on that of L. " +
         AlignmentFooter());
 }
 

@@ -21,17 +21,21 @@ void AddPairFiles(CLI::App& command, PairFiles& files, const std::string& firstN
     command.add_option(secondName, files.second, "The image that is placed on it")->required()->type_name("");
 }
 
+std::vector<double> ParseNumbers(const std::string& name, const std::string& text)
+{
+    const catalogue::Parameter number{.name = name, .summary = ""};
+    std::vector<double> numbers;
+    std::istringstream items(text + ','); // what stands behind a last comma is an item, too
+    for (std::string item; std::getline(items, item, ',');) {
+        numbers.push_back(std::get<double>(catalogue::ParseValue(number, item)));
+    }
+    return numbers;
+}
+
 CLI::Option* AddNumbers(CLI::App& command, const std::string& name, std::vector<double>& numbers,
                         const std::string& help)
 {
-    const auto read = [&numbers, name](const std::string& text) {
-        const catalogue::Parameter number{.name = name, .summary = ""};
-        numbers.clear();
-        std::istringstream items(text);
-        for (std::string item; std::getline(items, item, ',');) {
-            numbers.push_back(std::get<double>(catalogue::ParseValue(number, item)));
-        }
-    };
+    const auto read = [&numbers, name](const std::string& text) { numbers = ParseNumbers(name, text); };
     return command.add_option_function<std::string>(name, read, help);
 }
 

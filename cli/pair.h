@@ -23,7 +23,10 @@ struct PairFiles {
 /// Adds the two inputs, under the names that help calls them, and the output with its bits.
 void AddPairFiles(CLI::App& command, PairFiles& files, const std::string& firstName, const std::string& secondName);
 
-/// Adds an option of numbers with commas between them. Parsing it throws catalogue::Error for what is no number.
+/// The numbers of an option's text, with commas between them. Throws catalogue::Error for what is no number.
+std::vector<double> ParseNumbers(const std::string& name, const std::string& text);
+
+/// Adds an option of numbers that `ParseNumbers` reads.
 CLI::Option* AddNumbers(CLI::App& command, const std::string& name, std::vector<double>& numbers,
                         const std::string& help);
 

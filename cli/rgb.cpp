@@ -12,7 +12,8 @@ void AddRgb(CLI::App& app, Session& session)
     AddColourCommand(command, words, session, catalogue::RunRgb, {"R", "G", "B"});
     AddOutside(command, *words);
     command.footer("Samples keep their values. The result has the size and header of R, each plane the display levels "
-                   "of its frame. A colour frame gives its plane of that colour. " +
+                   "of its frame. A colour frame gives its plane of that colour. What is undefined in a frame stays "
+                   "so. " +
                    AlignmentFooter());
 }
 

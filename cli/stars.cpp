@@ -3,12 +3,11 @@
 #include <iostream>
 #include <memory>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "catalogue/parameter.h"
 #include "cli/cancel.h"
+#include "cli/pair.h"
 #include "cli/session.h"
 #include "cli/star_map.h"
 #include "cli/star_plot.h"
@@ -41,13 +40,8 @@ struct WidthWords {
 
 NamedStar ParsePlace(const std::string& text)
 {
-    const catalogue::Parameter number{.name = "--at", .summary = ""};
-    std::vector<double> numbers;
-    std::istringstream items(text);
-    for (std::string item; std::getline(items, item, ',');) {
-        numbers.push_back(std::get<double>(catalogue::ParseValue(number, item)));
-    }
-    if (numbers.size() != 2 || text.ends_with(',')) {
+    const std::vector<double> numbers = ParseNumbers("--at", text);
+    if (numbers.size() != 2) {
         throw UsageError("--at = " + text + ": must be X,Y");
     }
     return {numbers[0], numbers[1]};

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include <nlohmann/json.hpp>
+
 #include "stack/text.h"
 
 namespace corvane::cli {
@@ -30,6 +32,13 @@ std::string Attribute(const std::string& name, const Rgb& colour)
     return Attribute(name, parts + ")");
 }
 
+/// The text with a sign in place of what is no UTF-8, as JSON has it: the name of a file may hold any bytes.
+std::string ValidUtf8(const std::string& text)
+{
+    using Json = nlohmann::json;
+    return Json::parse(Json(text).dump(-1, ' ', false, Json::error_handler_t::replace)).get<std::string>();
+}
+
 const char* Word(Svg::Anchor anchor)
 {
     return anchor == Svg::Anchor::kStart ? "start" : anchor == Svg::Anchor::kMiddle ? "middle" : "end";
@@ -40,7 +49,7 @@ const char* Word(Svg::Anchor anchor)
 std::string EscapedXml(const std::string& text)
 {
     std::string escaped;
-    for (const char letter : text) {
+    for (const char letter : ValidUtf8(text)) {
         switch (letter) {
         case '&':
             escaped += "&amp;";

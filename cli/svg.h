@@ -8,7 +8,8 @@ namespace corvane::cli {
 /// A colour, each part 0 to 255.
 using Rgb = std::array<double, 3>;
 
-/// The text as a reader of XML or HTML gives it back. Control characters, which XML cannot hold, become blanks.
+/// The text as a reader of XML or HTML gives it back. Control characters, which XML cannot hold, become blanks; what is
+/// no UTF-8 becomes U+FFFD.
 std::string EscapedXml(const std::string& text);
 
 /// 1, 2, 5 or 10 times a power of ten: about as much as a number above 0, for the steps of an axis.

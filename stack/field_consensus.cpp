@@ -78,7 +78,9 @@ std::optional<Similarity> FieldConsensus::Grow(std::vector<StarPair> pairs)
     for (std::size_t round = 1; round <= kRounds; ++round) {
         const Similarity guess = FitSimilarity(pairs, scale_);
         const double squaredScale = guess.a * guess.a + guess.b * guess.b;
-        if (!(squaredScale <= kMostScale * kMostScale && squaredScale * kMostScale * kMostScale >= 1.0)) {
+        constexpr double kMostSquared = kMostScale * kMostScale;
+        const bool isAllowed = squaredScale <= kMostSquared && squaredScale * kMostSquared >= 1.0; // NaN is not
+        if (!isAllowed) {
             return {};
         }
         pairs = PairStars(reference_, frame_, guess, ZoneAround(pairs));

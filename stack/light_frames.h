@@ -21,8 +21,8 @@ public:
     int Height() const { return frames_.Info(0).height; }
     int Planes() const { return patterns_.empty() ? frames_.Info(0).planes : 3; }
     std::optional<int> Blank(int frame) const { return frames_.Blank(frame); }
-    /// About which lights are turned.
-    CfPoint Centre() const { return {static_cast<double>(Width() / 2), static_cast<double>(Height() / 2)}; }
+    /// About which lights are turned: a whole number of pixels, as `CStlImage::SetDefaultCenter` has it.
+    CfPoint Centre() const { return {Width() / 2, Height() / 2}; }
 
     /// Reads rows of all planes; plane p begins at samples + p * planeStride. Throws io::Error.
     void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);

@@ -117,7 +117,8 @@ std::optional<Centroid> FollowCentroid(const Stamp& stamp, double window)
         const double stepY = 2.0 * at.moments.y / at.moments.sum;
         at.x += stepX;
         at.y += stepY;
-        if (!(at.moments.sum > 0.0 && std::fabs(at.x) < farthest && std::fabs(at.y) < farthest)) {
+        const bool isNear = at.moments.sum > 0.0 && std::fabs(at.x) < farthest && std::fabs(at.y) < farthest;
+        if (!isNear) {
             return std::nullopt;
         }
         if (std::max(std::fabs(stepX), std::fabs(stepY)) < kSettled) {

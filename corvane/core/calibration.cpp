@@ -23,7 +23,7 @@ public:
     {
         const float* const row =
             frame_.GetImageAdr(0, y, frame_.IsColor() ? std::min(plane, frame_.GetPlanes() - 1) : 0, 1);
-        const int own = std::max(frame_.GetWidth(), 1);
+        const int own = frame_.GetPixelCount() > 0 ? frame_.GetWidth() : 1;
         if (own >= width_) {
             return row;
         }
@@ -121,7 +121,7 @@ int CStlImage::ToGray(CStlImage* source, int showProgress)
     const DisplayScale green(*source, 1);
     const DisplayScale blue(*source, 2);
     const DisplayScale grey(*this, 0);
-    const int count = std::min(GetWidth(), source->GetWidth());
+    const int count = source->GetPixelCount() > 0 ? std::min(GetWidth(), source->GetWidth()) : 0;
     ShowProgressInit(showProgress, IDS_TO_GRAY, GetHeight());
     for (int y = 0; y < GetHeight(); ++y) {
         const float* const r = source->GetImageAdr(0, y, 0, 1);
@@ -148,7 +148,7 @@ int CStlImage::ToColor(CStlImage* source, int showProgress)
     if (ToColor() == 0) {
         return 0;
     }
-    const int count = std::min(GetWidth(), source->GetWidth());
+    const int count = source->GetPixelCount() > 0 ? std::min(GetWidth(), source->GetWidth()) : 0;
     ShowProgressInit(showProgress, IDS_TO_COLOR, GetHeight());
     for (int y = 0; y < GetHeight(); ++y) {
         for (int plane = 0; plane < 3; ++plane) {

@@ -10,9 +10,9 @@
 /// becomes v^2.2 and a colour keeps its ratios. Colours whose mean is below 1e-7 keep their values, on the way back too,
 /// where that is the linear mean: a display colour of a mean below 0.00066 does not come back but grows darker.
 ///
-/// The same input gives the same bits on every machine. NaN in any channel makes every form that is calculated from it
-/// NaN, except that red, green and blue made from XYZ or Lab are 0 where they would be NaN or negative. Infinities give
-/// infinities or NaN.
+/// The same input gives the same bits on every machine. A NaN channel has no part in the mean's power, so the others of
+/// red, green and blue keep their values; what is calculated from a NaN is NaN, except that red, green and blue made from
+/// XYZ or Lab are 0 where they would be NaN or negative. Infinities give infinities or NaN.
 ///
 /// Source: CIE 15, Colorimetry. The slopes of the linear segments near black, 903.29 and 7.78, are short forms.
 class CORVANE_API CColor {

@@ -208,7 +208,7 @@ public:
     void GetPixelAb(int x, int y, double dx, double dy, double sinA, double cosA, double scale, double* a, double* b,
                     double outside) const;
     /// The brightness that goes with a colour of display values, clamped to -5000..5000: 255 times the red that
-    /// `CColor::RgbToXyz` makes of it, not its L. NaN stays NaN.
+    /// `CColor::RgbToXyz` makes of it, not its L. A NaN red stays NaN; a NaN green or blue leaves red as it is.
     static double CalcBrightL(double r, double g, double b);
     /// @}
 

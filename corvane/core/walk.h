@@ -24,7 +24,8 @@ inline CRect WorkingArea(const CImage& image, const CRect* rect)
 /// makes, as (source, target, count), and reports one step of progress, whose channel is the caller's. ESC is ignored.
 ///
 /// Source and target usually have one size. A smaller source is not read outside: rows below it repeat its last row,
-/// planes it does not have repeat its last plane, and target columns to the right of it keep their samples.
+/// planes it does not have repeat its last plane, and target columns to the right of it keep their samples. So do all
+/// where the source has no samples.
 template <class KernelOf>
 void WalkArea(CStlImage& target, const CStlImage& source, const CRect& area, KernelOf kernelOf)
 {
@@ -33,7 +34,7 @@ void WalkArea(CStlImage& target, const CStlImage& source, const CRect& area, Ker
         const int sourcePlane = std::min(plane, source.GetPlanes() - 1);
         const int count = std::min<int>(area.right, source.GetWidth()) - static_cast<int>(area.left);
         for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
-            if (count > 0 && sourcePlane >= 0) {
+            if (count > 0 && source.GetPixelCount() > 0) {
                 kernel(source.GetImageAdr(area.left, y, sourcePlane, 1), target.GetImageAdr(area.left, y, plane),
                        count);
             }

@@ -80,7 +80,7 @@ CStlImage* MakeWork(CStlImage& image, int margin, int showProgress, int textId)
 {
     auto work = MakeLarger(image, margin, showProgress != 0 ? image.GetProgressHandle() : nullptr,
                            showProgress != 0 ? FindString(IDS_INITIALIZING) : nullptr);
-    if (work != nullptr && image.GetStore() != nullptr) {
+    if (work != nullptr && image.GetPixelCount() > 0) {
         image.ShowProgressInit(showProgress, textId, work->GetHeight() * work->GetPlanes() * 2);
         CopyInterior(image, margin, *work);
         FillBorder(image, margin, *work);

@@ -104,7 +104,7 @@ void FilterRows(CStlImage& target, const CStlImage& source, const CRect* rect, i
         const auto kernel = kernelOf(plane);
         const int sourcePlane = std::min(plane, source.GetPlanes() - 1);
         for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
-            if (left < right && sourcePlane >= 0) {
+            if (left < right && source.GetPixelCount() > 0) {
                 kernel(Band(source, y, sourcePlane, radius), left, right, target.GetImageAdr(0, y, plane));
                 source.UnlockAll();
                 target.UnlockAll();

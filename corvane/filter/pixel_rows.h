@@ -37,7 +37,7 @@ void FilterPixels(CStlImage& target, const CStlImage& source, const CRect* rect,
     const int right = std::min(static_cast<int>(area.right), source.GetWidth());
     target.ShowProgressInit(showProgress, textId, static_cast<int>(area.bottom - area.top) * steps);
     for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
-        if (left < right && source.GetPlanes() > 0) {
+        if (left < right && source.GetPixelCount() > 0) {
             kernel(PlaneBands(source, y, radius), y, left, right);
             source.UnlockAll();
             target.UnlockAll();

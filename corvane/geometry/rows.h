@@ -11,8 +11,8 @@ namespace corvane {
 class SourceRows {
 public:
     explicit SourceRows(const CStlImage& source)
-        : source_(source), width_(std::max(source.GetWidth(), 1)), height_(std::max(source.GetHeight(), 1)),
-          lastPlane_(std::max(source.GetPlanes() - 1, 0))
+        : source_(source), width_(source.GetPixelCount() > 0 ? source.GetWidth() : 1),
+          height_(std::max(source.GetHeight(), 1)), lastPlane_(std::max(source.GetPlanes() - 1, 0))
     {}
 
     int Width() const { return width_; }

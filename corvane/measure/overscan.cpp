@@ -71,7 +71,8 @@ void Clip(Values& values)
     const double sigma = std::sqrt(Mean(values, [=](double v) { return (v - mean) * (v - mean); }));
     const double low = median - 3.0 * sigma;
     const double high = median + 3.0 * sigma;
-    std::erase_if(values, [=](const Weighted& v) { return !(v.value > low && v.value < high); });
+    const auto isKept = [=](const Weighted& v) { return v.value > low && v.value < high; };
+    std::erase_if(values, [=](const Weighted& v) { return !isKept(v); });
 }
 
 /// The samples of plane 0 on the positions of a strip.

@@ -74,8 +74,9 @@ int PSF::Add(CPoint point)
     const CPoint peak = ClimbToPeak(point);
     double base = 0.0;
     double width = 0.0;
-    if (GetBase(peak, &base) == 0 || !(GetPixelValue(peak) > base) || GetFWHM(peak, base, &width) == 0 ||
-        !(width >= 0.0 && width < kTooWide)) {
+    const bool isMeasured = GetBase(peak, &base) != 0 && GetPixelValue(peak) > base &&
+                            GetFWHM(peak, base, &width) != 0 && width >= 0.0 && width < kTooWide;
+    if (!isMeasured) {
         return 0;
     }
     void* const grown = std::realloc(values_, (static_cast<std::size_t>(count_) + 1) * sizeof(double));

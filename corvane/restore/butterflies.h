@@ -38,6 +38,7 @@ inline Complex TurnedBack(Complex a)
 template <int radix>
 struct Butterfly;
 
+/// Of two numbers.
 template <>
 struct Butterfly<2> {
     static void Apply(const Complex* in, Complex* out)
@@ -49,6 +50,7 @@ struct Butterfly<2> {
     }
 };
 
+/// Of three numbers.
 template <>
 struct Butterfly<3> {
     static void Apply(const Complex* in, Complex* out)
@@ -64,6 +66,7 @@ struct Butterfly<3> {
     }
 };
 
+/// Of four numbers.
 template <>
 struct Butterfly<4> {
     static void Apply(const Complex* in, Complex* out)
@@ -83,6 +86,7 @@ struct Butterfly<4> {
     }
 };
 
+/// Of five numbers.
 template <>
 struct Butterfly<5> {
     static void Apply(const Complex* in, Complex* out)

@@ -78,7 +78,7 @@ void CImgFalseColor::Do(double low, double high, int map, int cycles, CStlImage*
         return;
     }
     const CRect area = WorkingArea(*this, rect);
-    const int right = source->GetPlanes() > 0 ? std::min<int>(area.right, source->GetWidth()) : 0;
+    const int right = source->GetPixelCount() > 0 ? std::min<int>(area.right, source->GetWidth()) : 0;
     const Intensity intensity(*source, low, high);
     const ColourMap& colourMap = ColourMap::Find(map);
     float values[ColourMap::kBlock];

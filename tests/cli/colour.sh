@@ -22,6 +22,7 @@ rgb=(rgb "$r" "$g" "$b" -o out.fits)
 refuse 2 '--align = star: must be none, shift or points' "${rgb[@]}" --align star
 refuse 2 '--align shift and --at belong together' "${rgb[@]}" --at 1,1
 refuse 2 '--shift2 = 1: must be DX,DY' "${rgb[@]}" --shift2 1
+refuse 2 '--shift2 has no value' "${rgb[@]}" --shift2 1,2,
 refuse 2 '--shift1 = 2e.06: must be -1e.06 to 1e.06' "${rgb[@]}" --shift1 0,2e6
 refuse 2 '--points2 needs --align points' "${rgb[@]}" --points2 1,1
 refuse 2 '--points = 1,1, --points2 = : both must name' "${rgb[@]}" --align points --points 1,1

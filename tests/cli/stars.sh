@@ -7,6 +7,9 @@ a=night/light_001.fits
 check 0 '^  star .* used.*FWHM mean [0-9.]+, median [0-9.]+ pixels' stars "$a" --map map.png --plot plot.svg
 check 0 '320 x 240, 3 planes.*PNG, 8 bits' info map.png
 grep -q '<svg.*' plot.svg && grep -q 'median FWHM' plot.svg && tail -n 1 plot.svg | grep -q '^</svg>$' || fail 'no plot'
+cp "$a" $'caf\xe9.fits'
+check 0 'mean' stars $'caf\xe9.fits' --plot odd.svg
+iconv -f UTF-8 -t UTF-8 odd.svg >/dev/null || fail 'a plot that is no UTF-8'
 check 0 '"usable": [0-9]+,.*"x": [0-9.]+,.*"flags": \[' find-stars "$a" --json --map found.png
 check 0 '^star,x,y,peak,sky,noise,flux,fwhm,elongation,flags'$'\n''1,[0-9]' find-stars "$a" --csv --limit 1
 check 0 'saturated' find-stars "$a" --saturation 1

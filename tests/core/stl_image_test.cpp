@@ -1,5 +1,8 @@
 #include "corvane/core/stl_image.h"
 
+#include "corvane/filter/filter.h"
+#include "corvane/tone/false_color.h"
+#include "corvane/tone/invert.h"
 #include "tests/support/images.h"
 #include "tests/support/progress_window.h"
 
@@ -50,4 +53,25 @@ TEST(StlImage, PointsAndWindowTravelWithTheImage)
     source.Init();
     EXPECT_EQ(Look(source, first, second), "00 -1 -1 -1 -1 12 0.5 77");
     EXPECT_EQ(source.GetMaxPixel(0), 0.0);
+}
+
+TEST(StlImage, IsNotReadWithoutSamples)
+{
+    CStlImage made(-32, 90, 0, 3, 1.0, 0.0, 1);
+    CStlImage cut = RandomImage({90, 4}, 3, 1);
+    cut.SetHeight(0); // of the record alone
+    const CStlImage before = RandomImage({90, 4}, 3, 2);
+    for (CStlImage* empty : {&made, &cut}) {
+        CImgInvert inverted(before);
+        inverted.Do(empty, nullptr, 0);
+        CImgFilter smoothed(before);
+        smoothed.MeanFilter(1, 1.0, empty, nullptr, 0);
+        CImgFilter posterized(before);
+        posterized.AAPosterizationFilter(5, empty, nullptr, 0);
+        CImgFalseColor coloured(before);
+        coloured.Do(0.0, 1.0, 0, 1, empty, nullptr, 0);
+        for (const CStlImage* image : std::initializer_list<CStlImage*>{&inverted, &smoothed, &posterized, &coloured}) {
+            EXPECT_EQ(Samples(*image), Samples(before));
+        }
+    }
 }
