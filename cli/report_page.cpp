@@ -36,11 +36,11 @@ struct Point {
 /// What an axis shows.
 struct Axis {
     std::string name;
-    double low;
-    double high;
+    double low = 0.0;
+    double high = 1.0;
 
     /// An axis that holds some values with room on both sides.
-    Axis(std::string title, std::vector<double> values) : name(std::move(title)), low(0.0), high(1.0)
+    Axis(std::string title, std::vector<double> values) : name(std::move(title))
     {
         std::erase_if(values, [](double v) { return !std::isfinite(v); });
         if (!values.empty()) {

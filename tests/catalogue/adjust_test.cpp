@@ -1,18 +1,13 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <filesystem>
-#include <fstream>
-#include <string>
 #include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "catalogue/error.h"
 #include "catalogue/points.h"
 #include "catalogue/step.h"
-#include "io/error.h"
-#include "io/frame.h"
+#include "tests/io/files.h"
+#include "tests/support/error_of.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -21,15 +16,13 @@ namespace {
 io::Frame MakeFrame(int planes, int ownLevel)
 {
     io::Frame frame;
-    CStlImage image(-32, 5, 1, planes, 1.0, 0.0, 1);
+    frame.image = test::Make(5, 1, planes, [](int x, int, int) {
+        return std::array{-10.0, 0.0, 51.0, 102.0, 300.0}[static_cast<std::size_t>(x)];
+    });
     for (int plane = 0; plane < planes; ++plane) {
-        image.CImage::SetLevel(plane, 0.0, 255.0);
-        for (int x = 0; const float sample : {-10.0F, 0.0F, 51.0F, 102.0F, 300.0F}) {
-            image.SetPixelGrayRaw(x++, 0, sample, plane);
-        }
+        frame.image.CImage::SetLevel(plane, 0.0, 255.0);
     }
-    image.SetOwnLevel(ownLevel);
-    frame.image.Swap(&image);
+    frame.image.SetOwnLevel(ownLevel);
     return frame;
 }
 
@@ -99,12 +92,7 @@ TEST(Adjust, RefusesWhatDoesNotFitTheFrame)
         {"false-color", 3, "false-color: takes an image of 1 plane; this one has 3"},
     };
     for (const auto& c : cases) {
-        try {
-            After(c.step, c.planes);
-            ADD_FAILURE() << c.step;
-        } catch (const Error& error) {
-            EXPECT_EQ(error.what(), c.error);
-        }
+        EXPECT_EQ(test::ErrorOf<Error>([&] { After(c.step, c.planes); }), c.error);
     }
 }
 
@@ -124,12 +112,8 @@ TEST(Points, AreReadFromOneColumnOrTwo)
         {"0 0\n\n1\n", "line 3 has not as many numbers as those before"},
     };
     for (const auto& [text, fault] : faults) {
-        try {
-            ReadPoints(WriteFile(text));
-            ADD_FAILURE() << fault;
-        } catch (const io::Error& error) {
-            EXPECT_EQ(error.Reason(), fault);
-        }
+        const std::string file = WriteFile(text);
+        test::ExpectError([&] { ReadPoints(file); }, file, fault);
     }
 }
 

@@ -1,8 +1,5 @@
 #include <array>
 #include <cmath>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "catalogue/colour_composite.h"
 #include "tests/support/images.h"
@@ -28,17 +25,13 @@ std::vector<io::Frame> Shots(const std::vector<Scene>& scenes)
     test::Random noise(3);
     for (std::size_t i = 0; i < scenes.size(); ++i) {
         const auto& [dx, dy, sky, star, planes] = scenes[i];
-        CStlImage image(-32, 160, 120, planes, 1.0, 0.0, 1);
-        for (int k = 0; k < 160 * 120 * planes; ++k) {
-            const double x = k % 160 - dx;
-            const double y = k / 160 % 120 - dy;
-            const double light = std::exp(-(std::pow(x - 60.3, 2) + std::pow(y - 50.8, 2)) / 8.0) +
-                                 0.5 * std::exp(-(std::pow(x - 110.0, 2) + std::pow(y - 70.0, 2)) / 8.0);
-            image.SetPixelGrayRaw(k % 160, k / 160 % 120, static_cast<float>(sky + star * light + noise.Between(-5, 5)),
-                                  k / 160 / 120);
-        }
-        image.SetOrgFileName(names[i]);
-        frames[i].image.Swap(&image);
+        const auto light = [&](int x, int y, double atX, double atY) {
+            return std::exp(-(std::pow(x - dx - atX, 2) + std::pow(y - dy - atY, 2)) / 8.0);
+        };
+        frames[i].image = test::Make(160, 120, planes, [&](int x, int y, int) {
+            return sky + star * (light(x, y, 60.3, 50.8) + 0.5 * light(x, y, 110.0, 70.0)) + noise.Between(-5, 5);
+        });
+        frames[i].image.SetOrgFileName(names[i]);
         frames[i].header.Set("FILTER", names[i]);
         frames[i].header.Set("EXPTIME", sky);
     }
@@ -100,11 +93,11 @@ TEST(ColourComposite, GivesTheColourOfAScaledFrameToTheLuminance)
 {
     auto frames = Shots({{.star = 1000.0}, {}});
     frames[0].image.SetLevel(0, 0.0, 1100.0);
-    frames[1].image = CStlImage(-32, 80, 60, 3, 1.0, 0.0, 1);
-    for (int k = 0; k < 80 * 60 * 3; ++k) { // red on the left, blue on the right
-        const int plane = k / 80 / 60;
+    frames[1].image = test::Make(80, 60, 3, [](int x, int, int p) { // red on the left, blue on the right
+        return p == (x < 40 ? 0 : 2) ? 200 : 50;
+    });
+    for (const int plane : {0, 1, 2}) {
         frames[1].image.SetLevel(plane, 0.0, 255.0);
-        frames[1].image.SetPixelGrayRaw(k % 80, k / 80 % 60, plane == (k % 80 < 40 ? 0 : 2) ? 200.0F : 50.0F, plane);
     }
     ColourOptions options = Options(2);
     options.scale = 0.5;

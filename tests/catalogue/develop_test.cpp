@@ -1,13 +1,11 @@
 #include <limits>
-#include <string>
 #include <utility>
-
-#include <gtest/gtest.h>
 
 #include "catalogue/error.h"
 #include "catalogue/step.h"
 #include "corvane/filter/filter.h"
 #include "io/frame.h"
+#include "tests/support/error_of.h"
 #include "tests/support/images.h"
 
 namespace corvane::catalogue {
@@ -59,12 +57,7 @@ TEST(Develop, DividesByThePlaneThatIsNamed)
 TEST(Develop, RefusesWhatWouldDivideByZeroOrSpreadNaN)
 {
     const auto errorOf = [](io::Frame frame, const char* step) {
-        try {
-            Apply(step, frame);
-        } catch (const Error& error) {
-            return std::string(error.what());
-        }
-        return std::string("no error");
+        return test::ErrorOf<Error>([&] { Apply(step, frame); });
     };
     EXPECT_EQ(errorOf(MakeFrame(1, 1), "ddp:offset=10"),
               "ddp: offset = 10: must be above the level min of the image, 10.25");

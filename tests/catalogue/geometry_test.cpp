@@ -4,15 +4,12 @@
 #include <cmath>
 #include <filesystem>
 #include <sstream>
-#include <string>
 #include <tuple>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "catalogue/step.h"
 #include "io/bayer.h"
 #include "io/frame.h"
+#include "tests/support/images.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -60,12 +57,10 @@ Place OnSky(const io::Header& header, Place pixel)
 io::Frame StarFrame(bool isTopDown, const std::string& cards, Place star = {40.3, 28.6})
 {
     io::Frame frame;
-    CStlImage image(-32, kWidth, kHeight, 1, 1.0, 0.0, 1);
-    for (int i = 0; i < kWidth * kHeight; ++i) {
-        const double r = std::hypot(i % kWidth - star[0], i / kWidth - star[1]);
-        image.SetPixelGrayRaw(i % kWidth, i / kWidth, static_cast<float>(1000.0 * std::exp(-r * r / 18.0)), 0);
-    }
-    frame.image.Swap(&image);
+    frame.image = test::Make(kWidth, kHeight, 1, [&](int x, int y, int) {
+        const double r = std::hypot(x - star[0], y - star[1]);
+        return 1000.0 * std::exp(-r * r / 18.0);
+    });
     std::istringstream words(cards);
     double value = 0.0;
     for (std::string keyword; words >> keyword >> value;) {
@@ -160,11 +155,7 @@ TEST(Geometry, KeepsTheColourOverEverySample)
         for (const char* offset : {"XBAYROFF 0 YBAYROFF 1", "XBAYROFF 1 YBAYROFF 0"}) {
             io::Frame frame = StarFrame(false, offset);
             frame.header.Set("BAYERPAT", "GRBG");
-            CStlImage image(-32, 10, 8, 1, 1.0, 0.0, 1);
-            for (int i = 0; i < 80; ++i) {
-                image.SetPixelGrayRaw(i % 10, i / 10, static_cast<float>(FilterAt(frame.header, i % 10, i / 10)), 0);
-            }
-            frame.image.Swap(&image);
+            frame.image = test::Make(10, 8, 1, [&](int x, int y, int) { return FilterAt(frame.header, x, y); });
             Apply(step, frame);
             const int width = frame.image.GetWidth();
             for (int i = 0; i < width * frame.image.GetHeight(); ++i) {

@@ -2,16 +2,13 @@
 #include <cmath>
 #include <complex>
 #include <stdexcept>
-#include <string>
 #include <tuple>
 #include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "catalogue/composite.h"
 #include "catalogue/match.h"
 #include "catalogue/mosaic.h"
+#include "tests/support/error_of.h"
 #include "tests/support/images.h"
 
 namespace corvane::catalogue {
@@ -26,17 +23,14 @@ const Stars kStars = {{40.3, 52.8}, {171.6, 30.2}, {120.1, 90.7}, {60.4, 130.9},
 io::Frame Field(int width, int height, const Stars& stars, int planes = 1, double level = 100.0)
 {
     io::Frame frame;
-    frame.image = CStlImage(-32, width, height, planes, 1.0, 0.0, 1);
-    frame.image.SetOrgFileName("field.fits");
-    for (int i = 0; i < width * height * planes; ++i) {
-        const int x = i % width;
-        const int y = i / width % height;
+    frame.image = test::Make(width, height, planes, [&](int x, int y, int) {
         double v = level;
         for (const Star& star : stars) {
             v += 1000.0 * std::exp(-std::norm(Star(x, y) - star) / 8.0);
         }
-        frame.image.SetPixelGrayRaw(x, y, static_cast<float>(v), i / width / height);
-    }
+        return v;
+    });
+    frame.image.SetOrgFileName("field.fits");
     return frame;
 }
 
@@ -208,13 +202,7 @@ TEST(Pair, RefusesWhatMakesNoSense)
     for (const auto& [options, error] : cases) {
         io::Frame base = Field(220, 180, kStars);
         io::Frame overlay = base;
-        std::string said = "no error";
-        try {
-            RunComposite(base, overlay, options, {});
-        } catch (const std::runtime_error& refused) {
-            said = refused.what();
-        }
-        EXPECT_EQ(said, error);
+        EXPECT_EQ(test::ErrorOf<std::runtime_error>([&] { RunComposite(base, overlay, options, {}); }), error);
     }
 }
 

@@ -1,9 +1,5 @@
 #include <cmath>
 #include <limits>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "catalogue/error.h"
 #include "catalogue/restoration.h"
@@ -11,6 +7,7 @@
 #include "corvane/platform/application.h"
 #include "corvane/restore/lucy.h"
 #include "tests/restore/field.h"
+#include "tests/support/error_of.h"
 #include "tests/support/progress_window.h"
 #include "tests/support/storage.h"
 
@@ -58,12 +55,7 @@ double Centroid(const CStlImage& image, int axis)
 
 std::string ErrorOf(const std::string& step, const io::Frame& frame = MakeFrame())
 {
-    try {
-        After(step, frame);
-    } catch (const Error& error) {
-        return error.what();
-    }
-    return "no error";
+    return test::ErrorOf<Error>([&] { After(step, frame); });
 }
 
 TEST(Restoration, LucyTakesItsNumbersFromTheStepOrTheHeader)

@@ -1,16 +1,11 @@
 #include <cmath>
-#include <filesystem>
-#include <functional>
 #include <limits>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "catalogue/error.h"
 #include "catalogue/statistics.h"
 #include "catalogue/step.h"
-#include "io/frame.h"
+#include "tests/io/files.h"
+#include "tests/support/error_of.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -22,15 +17,7 @@ constexpr int kHeight = 3;
 io::Frame MakeFrame(int planes, int width = kWidth)
 {
     io::Frame frame;
-    CStlImage image(-32, width, kHeight, planes, 1.0, 0.0, 1);
-    for (int plane = 0; plane < planes; ++plane) {
-        for (int y = 0; y < kHeight; ++y) {
-            for (int x = 0; x < width; ++x) {
-                image.SetPixelGrayRaw(x, y, static_cast<float>(100 * plane + 10 * y + x), plane);
-            }
-        }
-    }
-    frame.image.Swap(&image);
+    frame.image = test::Make(width, kHeight, planes, [](int x, int y, int p) { return 100 * p + 10 * y + x; });
     return frame;
 }
 
@@ -41,22 +28,7 @@ io::Frame After(const std::string& step, int planes = 1)
     return frame;
 }
 
-std::string RunError(const std::string& step, int planes = 1)
-{
-    try {
-        After(step, planes);
-    } catch (const Error& error) {
-        return error.what();
-    }
-    return "no error";
-}
-
-std::string SaveTemporary(const io::Frame& frame, const std::string& name)
-{
-    const std::string path = (std::filesystem::path(testing::TempDir()) / name).string();
-    io::Save(path, frame.image, frame.header);
-    return path;
-}
+using RunWithFiles = test::InFolder;
 
 TEST(Run, ChangesTheSamplesThatItShould)
 {
@@ -163,13 +135,13 @@ TEST(Run, SetsLevelsOfThePlanesThatItShould)
     EXPECT_EQ(automatic.GetLevelMax(0), 24.0);
 }
 
-TEST(Run, CalibratesWithFramesFromFiles)
+TEST_F(RunWithFiles, CalibratesWithFramesFromFiles)
 {
     io::Frame one = MakeFrame(1);
     one.image.SetLevel(0, 2.0, 4.0);
     one.image.CutOutOfLevel(); // 2, 2, 2, 3, 4, then all 4: mean 53 / 15
-    const std::string file = SaveTemporary(one, "calibration,1.fits");
-    const std::string argument = "file=" + (std::filesystem::path(testing::TempDir()) / "calibration,,1.fits").string();
+    io::Save(Path("calibration,1.fits"), one.image, {});
+    const std::string argument = "file=" + Path("calibration,,1.fits");
     for (const int planes : {1, 3}) {
         const CStlImage dark = After("dark:" + argument, planes).image;
         EXPECT_FLOAT_EQ(dark.GetPixelGrayRaw(4, 2, planes - 1), static_cast<float>(100 * planes - 80));
@@ -177,7 +149,6 @@ TEST(Run, CalibratesWithFramesFromFiles)
         const CStlImage flat = After("flat:" + argument, planes).image;
         EXPECT_FLOAT_EQ(flat.GetPixelGrayRaw(3, 0, 0), static_cast<float>(53.0 / 15.0));
     }
-    std::filesystem::remove(file);
 }
 
 TEST(Run, DebayersByTheHeaderAndTakesItsCardsAway)
@@ -194,10 +165,12 @@ TEST(Run, DebayersByTheHeaderAndTakesItsCardsAway)
     EXPECT_THROW(catalogue::Run(ParseStep("debayer"), frame, {}), Error);
 }
 
-TEST(Run, RefusesWhatDoesNotFitTheFrame)
+TEST_F(RunWithFiles, RefusesWhatDoesNotFitTheFrame)
 {
-    const std::string wide = SaveTemporary(MakeFrame(1, 7), "wide.fits");
-    const std::string colour = SaveTemporary(MakeFrame(3), "colour.fits");
+    const std::string wide = Path("wide.fits");
+    const std::string colour = Path("colour.fits");
+    io::Save(wide, MakeFrame(1, 7).image, {});
+    io::Save(colour, MakeFrame(3).image, {});
     const struct {
         std::string step;
         int planes;
@@ -226,26 +199,23 @@ TEST(Run, RefusesWhatDoesNotFitTheFrame)
          "flat: file = " + colour + ": is 5 x 3 pixels, 3 planes; the image is 5 x 3 pixels, 1 plane"},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(RunError(c.step, c.planes), c.error);
+        EXPECT_EQ(test::ErrorOf<Error>([&] { After(c.step, c.planes); }), c.error);
     }
-    std::filesystem::remove(wide);
-    std::filesystem::remove(colour);
 }
 
-TEST(Statistics, LeaveOutBlanksAndWhatIsNotFinite)
+TEST_F(RunWithFiles, StatisticsLeaveOutBlanksAndWhatIsNotFinite)
 {
     io::Frame frame = MakeFrame(3);
     frame.image.SetPixelGrayRaw(0, 0, std::numeric_limits<float>::quiet_NaN(), 0);
     frame.image.SetPixelGrayRaw(1, 0, std::numeric_limits<float>::infinity(), 0);
-    const std::string file = SaveTemporary(frame, "statistics.fits");
-    const std::vector<PlaneStatistics> planes = ReadStatistics(*io::OpenFrame(file));
+    io::Save(Path("statistics.fits"), frame.image, {});
+    const std::vector<PlaneStatistics> planes = ReadStatistics(*io::OpenFrame(Path("statistics.fits")));
     ASSERT_EQ(planes.size(), 3U);
     EXPECT_EQ(planes[0].min, 2.0);
     EXPECT_EQ(planes[0].infinite, 2);
     EXPECT_DOUBLE_EQ(planes[0].mean, 179.0 / 13.0);
     EXPECT_EQ(planes[2].max, 224.0);
     EXPECT_DOUBLE_EQ(planes[2].mean, 212.0);
-    std::filesystem::remove(file);
 }
 
 } // namespace

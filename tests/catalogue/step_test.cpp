@@ -1,27 +1,15 @@
 #include "catalogue/step.h"
 
-#include <functional>
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include "catalogue/error.h"
 #include "catalogue/operations.h"
 #include "corvane/platform/registry.h"
-#include "io/error.h"
+#include "tests/io/files.h"
+#include "tests/support/error_of.h"
 
 namespace corvane::catalogue {
 namespace {
 
-std::string ErrorOf(const std::function<void()>& work)
-{
-    try {
-        work();
-    } catch (const Error& error) {
-        return error.what();
-    }
-    return "no error";
-}
+using test::ErrorOf;
 
 TEST(Step, RefusesWhatIsWrongByNameValueAndRange)
 {
@@ -72,7 +60,7 @@ TEST(Step, RefusesWhatIsWrongByNameValueAndRange)
                                       "change"},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(ErrorOf([&] { ParseStep(c.text); }), c.error) << c.text;
+        EXPECT_EQ(ErrorOf<Error>([&] { ParseStep(c.text); }), c.error) << c.text;
     }
 }
 
@@ -100,12 +88,7 @@ TEST(Step, WritesItselfSoThatItCanBeReadAgain)
 TEST(Step, OpensItsFilesBeforeItWorks)
 {
     for (const char* const step : {"dark:file=a,,b:c=d.fits", "curve:file=a,,b:c=d.fits"}) {
-        try {
-            CheckFiles(ParseStep(step));
-            ADD_FAILURE() << step;
-        } catch (const io::Error& error) {
-            EXPECT_EQ(error.Path(), "a,b:c=d.fits");
-        }
+        test::ExpectError([&] { CheckFiles(ParseStep(step)); }, "a,b:c=d.fits", "");
     }
 }
 
@@ -117,7 +100,7 @@ TEST(Step, TakesDefaultsFromSettingsAndWritesThemDown)
     CRegistry::Write("PrcAutoLevel", "Plane", 1);
     EXPECT_EQ(ToText(ParseStep("auto-levels")), "auto-levels:low=0.75,high=1,per-plane=yes");
     CRegistry::Write("PrcAutoLevel", "Min", 1000.0);
-    EXPECT_EQ(ErrorOf([] { ParseStep("auto-levels"); }), "auto-levels: low = 1000: must be -100 to 100");
+    EXPECT_EQ(ErrorOf<Error>([] { ParseStep("auto-levels"); }), "auto-levels: low = 1000: must be -100 to 100");
     CRegistry::Write("PrcAutoLevel", "Min", 0.2);
     CRegistry::Write("PrcAutoLevel", "Plane", 0);
 }

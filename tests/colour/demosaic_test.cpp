@@ -2,9 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "examples/night/draw.h"
 #include "tests/support/images.h"

@@ -4,8 +4,6 @@
 #include <cmath>
 #include <limits>
 
-#include <gtest/gtest.h>
-
 #include "corvane/core/alignment.h"
 #include "corvane/core/blank.h"
 #include "tests/combine/aligned.h"

@@ -70,18 +70,14 @@ std::pair<double, double> PlainSearch(const CStlImage& image, const CStlImage& r
 /// A part of an image, placed between its samples.
 CStlImage CutOut(const CStlImage& image, double left, double top, Size size)
 {
-    CStlImage part(-32, size.width, size.height, image.GetPlanes(), 1.0, 0.0, 1);
-    Plain(part).ForEach([&](int x, int y, int p) {
-        *part.GetImageAdr(x, y, p) = static_cast<float>(image.GetPixelGrayRaw(left + x, top + y, p));
-    });
-    return part;
+    return Make(size.width, size.height, image.GetPlanes(),
+                [&](int x, int y, int p) { return image.GetPixelGrayRaw(left + x, top + y, p); });
 }
 
 /// A few smooth stars, so that positions between samples mean something.
 CStlImage Field(int planes)
 {
-    CStlImage image(-32, 80, 60, planes, 1.0, 0.0, 1);
-    Plain(image).ForEach([&](int x, int y, int p) {
+    return Make(80, 60, planes, [](int x, int y, int p) {
         Random random(81);
         double light = 0.0;
         for (int star = 0; star < 12; ++star) {
@@ -89,9 +85,8 @@ CStlImage Field(int planes)
             const double dy = y - random.Between(0.0, 60.0);
             light += 10.0 + p + 1000.0 * std::exp((dx * dx + dy * dy) * -0.1);
         }
-        *image.GetImageAdr(x, y, p) = static_cast<float>(light);
+        return light;
     });
-    return image;
 }
 
 } // namespace

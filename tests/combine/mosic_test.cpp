@@ -3,8 +3,6 @@
 #include <cmath>
 #include <limits>
 
-#include <gtest/gtest.h>
-
 #include "tests/combine/aligned.h"
 #include "tests/support/progress_window.h"
 

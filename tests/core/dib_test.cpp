@@ -1,3 +1,4 @@
+#include <array>
 #include <cstring>
 #include <functional>
 
@@ -79,10 +80,8 @@ TEST(Dib, BytesOfEveryFormAndBack)
 
 TEST(Dib, QuantiserReproducesFewColours)
 {
-    CStlImage image(-32, 16, 16, 3, 1.0, 0.0, 1);
-    Plain(image).ForEach([&](int x, int y, int p) { // every pixel in a cell of its own
-        const int colour[] = {16 * x + y % 7, 16 * y + x % 5, 3 * (x + y)};
-        *image.GetImageAdr(x, y, p) = static_cast<float>(colour[p]);
+    const CStlImage image = Make(16, 16, 3, [](int x, int y, int p) { // every pixel in a cell of its own
+        return std::array{16 * x + y % 7, 16 * y + x % 5, 3 * (x + y)}[static_cast<std::size_t>(p)];
     });
     const Plain plain(image);
     const Bytes block = Take(image.GetDib(8));

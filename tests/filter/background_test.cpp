@@ -26,13 +26,3 @@ TEST(Background, AgreesWithThePlainForm)
         }
     }
 }
-
-TEST(Background, FadesBelowTheLevel)
-{
-    const std::pair<float, float> cases[] = {
-        {1000.0F, 1000.0F}, {950.0F, 2350.0F / 3.0F}, {900.0F, 740.0F}, {500.0F, 660.0F}, {1001.0F, 1001.0F}};
-    for (const auto& [centre, expected] : cases) {
-        const auto run = [](auto& f, auto... to) { f.BkgSmooth(1000.0, 0, 1.0, to...); };
-        EXPECT_FLOAT_EQ(FilteredCentre(centre, 700.0F, 2000.0, run), expected);
-    }
-}

@@ -4,19 +4,6 @@ using namespace corvane::test;
 
 namespace {
 
-/// The mean of plane 0, in each row up to its first blank.
-float PlainAverage(const Plain& image)
-{
-    double sum = 0.0;
-    int count = 0;
-    for (int y = 0; y < image.height; ++y) {
-        for (int x = 0; x < image.width && !image.IsBlank(image.At(x, y, 0)); ++x, ++count) {
-            sum += image.At(x, y, 0);
-        }
-    }
-    return static_cast<float>(sum / count);
-}
-
 /// The blurred display value that a pixel is divided by.
 double PlainBlur(const Spot& at, int selector, double weight)
 {
@@ -44,7 +31,7 @@ TEST(DigitalDevelopment, AgreesWithThePlainForm)
                 f.DigitalDvlp(o, w, source, code == 0 ? nullptr : planes, rect, show);
             },
             [&, o = offset, w = weight, code = selector](const Spot& at) {
-                average = at.x == 0 && at.y == 0 && at.p == 0 ? PlainAverage(at.image) : average;
+                average = at.x == 0 && at.y == 0 && at.p == 0 ? static_cast<float>(at.image.Average(0)) : average;
                 const double a = at.target.To256(o, 0);
                 const double s = at.image.To256(at.Value(), at.p);
                 const double developed = s / (PlainBlur(at, code, w) + a) * (at.target.To256(average, 0) + a);

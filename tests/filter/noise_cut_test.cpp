@@ -35,7 +35,8 @@ TEST(NoiseCut, TakesTheMedianWhereTheContrastIsAboveTheThreshold)
                                                      {60.0F, 100.0F, 100.0F},  {0.0F, 100.0F, 100.0F},
                                                      {0.0F, -100.0F, -100.0F}, {0.0F, 0.0F, 0.0F}};
     for (const auto& [centre, others, expected] : cases) {
-        EXPECT_EQ(FilteredCentre(centre, others, 255.0, [](auto& f, auto... to) { f.NoiseCut(1, 0.5, 1, 1, to...); }),
-                  expected);
+        const auto sample = [c = centre, o = others](int x, int y, int) { return x == 1 && y == 1 ? c : o; };
+        CStlImage image = Make(3, 3, 1, sample);
+        EXPECT_EQ(Filtered(image, [](auto& f, auto... to) { f.NoiseCut(1, 0.5, 1, 1, to...); })[4], expected);
     }
 }

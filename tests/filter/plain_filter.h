@@ -142,15 +142,4 @@ std::vector<float> FilteredRow(const std::vector<float>& samples, Run run)
     return Filtered(image, run);
 }
 
-/// What a filter makes of the centre of a square of other samples, with levels from 0 to `max`.
-template <class Run>
-float FilteredCentre(float centre, float others, double max, Run run)
-{
-    CStlImage image(-32, 3, 3, 1, 1.0, 0.0, 1);
-    image.SetLevel(0, 0.0, max);
-    std::fill_n(image.GetImageAdr(0, 0, 0), 9, others);
-    image.SetPixelGrayRaw(1, 1, centre, 0);
-    return Filtered(image, run)[4];
-}
-
 } // namespace corvane::test

@@ -35,11 +35,3 @@ TEST(Posterize, AgreesWithTheReaderBetweenSamples)
                      [=](const Spot& at) { return PlainPosterized(at, std::max(levels, 1)); }, 0, 0.0);
     }
 }
-
-TEST(Posterize, GivesOneLevelMoreThanSteps)
-{
-    for (const auto& [shown, expected] : {std::pair(200.0F, 127.5F), {255.0F, 255.0F}, {127.4F, 0.0F}}) {
-        const auto run = [](auto& f, auto... to) { f.AAPosterizationFilter(2, to...); };
-        EXPECT_NEAR(FilteredCentre(shown, shown, 255.0, run), expected, 1e-4);
-    }
-}

@@ -8,9 +8,6 @@
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
-
-#include "corvane/core/stl_image.h"
 #include "io/error.h"
 #include "io/frame.h"
 #include "tests/support/images.h"
@@ -119,20 +116,6 @@ inline std::vector<std::string> Cards(int bits, const std::vector<long long>& si
     }
     cards.insert(cards.end(), more.begin(), more.end());
     return cards;
-}
-
-/// An image of the samples value(x, y, plane).
-template <class Value>
-CStlImage Make(int width, int height, int planes, Value value)
-{
-    CStlImage image(-32, width, height, planes, 1.0, 0.0, 1);
-    for (int i = 0; i < planes * height * width; ++i) {
-        const int x = i % width;
-        const int y = i / width % height;
-        const int p = i / width / height;
-        image.SetPixelGrayRaw(x, y, static_cast<float>(value(x, y, p)), p);
-    }
-    return image;
 }
 
 /// An image whose samples tell their place, as whole numbers of at most `most`.

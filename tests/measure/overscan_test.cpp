@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "corvane/platform/registry.h"
 #include "corvane/tone/auto_level.h"

@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "tests/support/images.h"
 #include "tests/support/plain.h"

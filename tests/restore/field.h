@@ -123,11 +123,8 @@ inline void Write(const Field& field, CStlImage& image, int plane = 0)
 /// A part of a blurred star field, its planes alike.
 inline CStlImage StarFrame(int width, int height, int planes)
 {
-    CStlImage image(-32, width, height, planes, 1.0, 0.0, 1);
-    for (int plane = 0; plane < planes; ++plane) {
-        Write(Blurred(StarField(64, 5), GaussTaps(1.2)), image, plane);
-    }
-    return image;
+    const Field field = Blurred(StarField(64, 5), GaussTaps(1.2));
+    return Make(width, height, planes, [&](int x, int y, int) { return field.At(x, y); });
 }
 
 } // namespace corvane::test

@@ -2,9 +2,6 @@
 
 #include <cmath>
 #include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "corvane/restore/lane_transform.h"
 #include "tests/restore/plain_transform.h"

@@ -4,8 +4,6 @@
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
-
 #include "corvane/platform/application.h"
 #include "corvane/platform/messages.h"
 #include "tests/support/failing_memory.h"

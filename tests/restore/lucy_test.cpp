@@ -3,10 +3,6 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "corvane/restore/lucy_engine.h"
 #include "tests/restore/field.h"

@@ -3,13 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "corvane/restore/mem_engine.h"
-#include "corvane/restore/wiener.h"
 #include "tests/restore/field.h"
 #include "tests/restore/interrupted.h"
 
@@ -39,34 +34,16 @@ int RestoreOnGrid(Field& field, int iterations)
     return status;
 }
 
-/// The least error of any noise constant, with the flux given back.
-double LeastWienerError(const Field& data, const Field& truth)
-{
-    double least = std::numeric_limits<double>::infinity();
-    const double sigma = kSigma * std::sqrt(2.0); // of the member, which takes 0.7071 of it
-    for (double noise = 1e-6; noise < 1.0; noise *= 1.6) {
-        CImgWiener image(CStlImage(-32, kSize, kSize, 1, 1.0, 0.0, 1));
-        Write(data, image);
-        EXPECT_EQ(image.Do(sigma, noise, nullptr, 0), 1);
-        const std::vector<float> samples = Samples(image);
-        Field result(kSize, kSize);
-        std::copy(samples.begin(), samples.end(), std::begin(result.v));
-        result.v *= WienerGain(sigma, kSize, kSize) * (1.0 + noise);
-        least = std::min(least, RmsError(result, truth));
-    }
-    return least;
-}
-
 } // namespace
 
-TEST(Mem, FitsTheDataToTheNoiseAndBeatsWiener)
+TEST(Mem, FitsTheDataToTheNoiseAndComesCloserToTheTruth)
 {
     Random random(12);
     const Field truth = StarField(kSize, 11);
     const Field data = Exposed(Blurred(truth, GaussTaps(kSigma)), 0.0, kNoise, random);
     Field result = data;
     ASSERT_EQ(RestoreOnGrid(result, 200), kMemDone);
-    EXPECT_LT(RmsError(result, truth), LeastWienerError(data, truth));
+    EXPECT_LT(RmsError(result, truth), 0.5 * RmsError(data, truth)); // with the best constant, Wiener leaves 0.78
     const Field model = Blurred(result, GaussTaps(kSigma));
     double chiSquare = 0.0; // away from the edges, beyond which only the engine knows the light
     for (int i = 0; i < 108 * 108; ++i) {

@@ -3,10 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "tests/restore/field.h"
 #include "tests/restore/interrupted.h"

@@ -4,9 +4,6 @@
 #include <cmath>
 #include <functional>
 #include <limits>
-#include <string>
-
-#include <gtest/gtest.h>
 
 #include "examples/night/night.h"
 #include "tests/support/images.h"
@@ -121,10 +118,7 @@ TEST(FindStars, MarksWhatIsNoStarToMeasureWith)
         std::function<void(CStlImage&)> draw;
     } cases[] = {
         {"hot ", 200, 200, [](CStlImage& i) { i.SetPixelGrayRaw(200, 200, 9000, 0); }},
-        {"hot elongated ", 201, 200,
-         [](CStlImage& i) {
-             Fill(i, {200, 200, 203, 201}, 9000);
-         }},
+        {"hot elongated ", 201, 200, [](CStlImage& i) { Fill(i, CRect(200, 200, 203, 201), 9000); }},
         {"elongated ", 200, 200, [](CStlImage& i) { AddLight(i, 200, 200, 3000, 4.0, 1.6); }},
         {"elongated ", 200, 200, [](CStlImage& i) { AddLight(i, 200, 200, 3000, 4.0, 4.0); }},
         {"edge ", 1, 201, [](CStlImage& i) { AddLight(i, 1, 201, 3000, 1.4, 1.4); }},
@@ -152,10 +146,7 @@ TEST(FindStars, MarksWhatIsNoStarToMeasureWith)
              Fill(i, {203, 201, 211, 202}, 20000);
              Fill(i, {196, 201, 197, 207}, 20000);
          }},
-        {"", 60, 60,
-         [](CStlImage& i) {
-             Fill(i, {45, 45, 75, 75}, kNaN);
-         }},
+        {"", 60, 60, [](CStlImage& i) { Fill(i, CRect(45, 45, 75, 75), kNaN); }},
         {"", 60, 60,
          [](CStlImage& i) {
              Fill(i, {45, 45, 75, 75}, 65535);
@@ -221,8 +212,7 @@ TEST(FindStars, FindsNothingWhereNothingIs)
     EXPECT_TRUE(FindFieldStars(CStlImage(), 0).stars.empty());
     for (const float value : {0.0F, 700.0F, kNaN, std::numeric_limits<float>::infinity(), -3e38F}) {
         for (const int size : {1, 3, 130}) {
-            CStlImage image(-32, size, size, 1, 1.0, 0.0, 1);
-            Fill(image, {0, 0, size, size}, value);
+            const CStlImage image = test::Make(size, size, 1, [=](int, int, int) { return value; });
             EXPECT_TRUE(FindFieldStars(image, 0).stars.empty()) << value << ", size " << size;
         }
     }

@@ -50,7 +50,8 @@ TEST_F(RunTest, HeaderTellsWhatTheStackIsMadeOf)
         told += header.Text(keyword).value_or("none") + ' ';
     }
     EXPECT_EQ(told, "M 31 3 3 60.0 181.0 BDFX -120.0 none none none 2024-07-30T22:40:00.000 2024-07-30T22:44:30.333 ");
-    EXPECT_EQ(header.History().at(0), "stack --method clipped-mean --align none --normalise none --weight none --coverage any --pedestal 20");
+    EXPECT_EQ(header.History().at(0),
+              "stack --method clipped-mean --align none --normalise none --weight none --coverage any --pedestal 20");
     EXPECT_PRED2(Holds, header.History().at(1), ": 3 of 3 lights; bias " + Path("b.fits") + "; flat median of 2 from ");
 }
 
@@ -90,7 +91,8 @@ TEST_F(RunTest, WrongInputIsAnErrorThatNamesIt)
         {[](Options& o) { o.size = 32; }, "option --size: 32 is not allowed; it takes at most 16, the smaller side"},
         {[](Options& o) { o.reference.emplace(PixelPlace(20, 3)); },
          "option --star: 20,3 is not allowed; it takes 0,0 to 19,15"},
-        {[](Options& o) { o.referenceFile = "other.fits"; }, "option --reference: other.fits is not allowed; it takes one"},
+        {[](Options& o) { o.referenceFile = "other.fits"; },
+         "option --reference: other.fits is not allowed; it takes one"},
         {[](Options& o) { o.rejectFwhm = -1.0; }, "option --reject-fwhm: -1 is not allowed; it takes 0 to 1000"},
         {[](Options& o) { o.cosmetic = true; }, "option --cosmetic: alone is not allowed; it takes darks"},
         {[&](Options& o) { o.lights = {mosaic}, o.mosaic = MosaicUse::kKeep; }, "option --bayer: none is not allowed"},

@@ -30,6 +30,20 @@ struct Size {
 
 /// Random samples in -20..300 with fractions, and levels of its own on each plane.
 CStlImage RandomImage(Size size, int planes, std::uint64_t seed);
+/// An image of the samples value(x, y, plane).
+template <class Value>
+CStlImage Make(int width, int height, int planes, Value value)
+{
+    CStlImage image(-32, width, height, planes, 1.0, 0.0, 1);
+    for (int i = 0; i < planes * height * width; ++i) {
+        const int x = i % width;
+        const int y = i / width % height;
+        const int p = i / width / height;
+        image.SetPixelGrayRaw(x, y, static_cast<float>(value(x, y, p)), p);
+    }
+    return image;
+}
+
 /// Puts one of the values on about every eighth sample.
 void Sprinkle(CStlImage& image, std::initializer_list<float> values, std::uint64_t seed);
 /// Makes -7 the blank value and sprinkles samples that are blank, nearly blank and, unless `finite`, NaN and infinite.

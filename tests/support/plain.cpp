@@ -42,6 +42,18 @@ bool Plain::IsBlank(double v) const
     return blankUsed && std::trunc(v) == blank;
 }
 
+double Plain::Average(int p) const
+{
+    double sum = 0.0;
+    int count = 0;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width && !IsBlank(At(x, y, p)); ++x, ++count) {
+            sum += At(x, y, p);
+        }
+    }
+    return sum / count;
+}
+
 std::size_t Plain::Index(int x, int y, int p) const
 {
     const int column = std::min(std::max(x, 0), width - 1);

@@ -20,6 +20,8 @@ struct Plain {
     /// The byte that the screen shows.
     unsigned char Byte(int x, int y, int p) const;
     bool IsBlank(double v) const;
+    /// The mean of a plane, in each row up to its first blank.
+    double Average(int p) const;
     /// The brightness of what of(p) gives for each plane; one plane stands for itself.
     template <class Of>
     double Bright(Of of) const

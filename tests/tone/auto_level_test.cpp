@@ -4,8 +4,6 @@
 #include <numeric>
 #include <ranges>
 
-#include <gtest/gtest.h>
-
 #include "corvane/core/walk.h"
 #include "corvane/platform/application.h"
 #include "tests/support/images.h"
@@ -181,10 +179,7 @@ TEST(AutoLevel, DoEqualsThePlainForm)
 
 TEST(AutoLevel, CutsTheLevelsOfAConstantImageUnderTheWaitCursor)
 {
-    CStlImage constant(-32, 3, 1, 1, 1.0, 0.0, 1);
-    std::fill_n(constant.GetImageAdr(0, 0, 0), 2, 100.0F);
-    constant.SetPixelGrayRaw(2, 0, NAN, 0);
-    CImgAutoLevel image(constant);
+    CImgAutoLevel image(Make(3, 1, 1, [](int x, int, int) { return x == 2 ? NAN : 100.0F; }));
     int shown = 0;
     corvane::platform::SetWaitCursorHandler([&](bool on) { shown = shown * 10 + (on ? 1 : 2); });
     image.Do(0.2, 1.0, 0, nullptr);

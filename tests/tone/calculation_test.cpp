@@ -2,8 +2,6 @@
 
 #include <cmath>
 
-#include <gtest/gtest.h>
-
 #include "tests/support/progress_window.h"
 #include "tests/tone/mapped.h"
 

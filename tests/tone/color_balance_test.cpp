@@ -1,7 +1,5 @@
 #include "corvane/tone/color_balance.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/support/progress_window.h"
 #include "tests/tone/mapped.h"
 

