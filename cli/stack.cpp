@@ -94,27 +94,6 @@ void SaveCounts(const std::string& path, const CStlImage& counts, const char* un
     io::Save(path, counts, header, {});
 }
 
-/// Values that the clipping dropped: below, above, and both together as three planes, each for all planes of the stack.
-CStlImage JoinRejected(const stack::Result& result)
-{
-    const CStlImage& low = result.rejectedLow;
-    const CStlImage& high = result.rejectedHigh;
-    CStlImage joined(-32, low.GetWidth(), low.GetHeight(), 3, 1.0, 0.0, 1);
-    for (int y = 0; y < low.GetHeight(); ++y) {
-        float* const rows[] = {joined.GetImageAdr(0, y, 0), joined.GetImageAdr(0, y, 1), joined.GetImageAdr(0, y, 2)};
-        for (int plane = 0; plane < low.GetPlanes(); ++plane) {
-            const float* const below = low.GetImageAdr(0, y, plane, 1);
-            const float* const above = high.GetImageAdr(0, y, plane, 1);
-            for (int x = 0; x < low.GetWidth(); ++x) {
-                rows[0][x] += below[x];
-                rows[1][x] += above[x];
-                rows[2][x] += below[x] + above[x];
-            }
-        }
-    }
-    return joined;
-}
-
 // The stack comes last, so that everything else can be taken back when it cannot be written.
 void SaveAll(const StackWords& words, stack::Result& result)
 {
@@ -131,7 +110,7 @@ void SaveAll(const StackWords& words, stack::Result& result)
         others.Add(words.coverageMap);
     }
     if (!words.rejectMap.empty()) {
-        SaveCounts(words.rejectMap, JoinRejected(result), "values", result.header);
+        SaveCounts(words.rejectMap, result.rejected, "values", result.header);
         others.Add(words.rejectMap);
     }
     if (!words.lights.report.empty()) {

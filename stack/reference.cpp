@@ -5,6 +5,8 @@
 #include <limits>
 #include <utility>
 
+#include "stack/saturation.h"
+
 namespace corvane::stack {
 
 namespace {
@@ -16,11 +18,6 @@ constexpr double kEdge = 0.3;  // as bad as a star of this brightness that could
 constexpr double kFaint = 0.5; // of the brightest: its place is measured far worse
 constexpr double kTrail = 0.1; // of a star's brightness: enough to disturb the comparison of its patch
 constexpr int kSameStar = 3;   // maxima so close belong to one star [pixels]
-
-double FullScale(int bits)
-{
-    return bits == 8 ? 255.0 : bits == 16 ? 65535.0 : std::numeric_limits<double>::infinity();
-}
 
 /// The sample from which on a plane counts as saturated; infinite when nothing shows a ceiling.
 double Ceiling(const CStlImage& raw, int plane)

@@ -8,7 +8,6 @@ namespace corvane::stack {
 
 namespace {
 
-constexpr double kMedianToSigma = 1.4826;
 constexpr double kMeanToSigma = 1.2533;
 
 } // namespace

@@ -4,6 +4,9 @@
 
 namespace corvane::stack {
 
+/// The standard deviation of normal noise over its median deviation.
+inline constexpr double kMedianToSigma = 1.4826;
+
 /// Where most of some values lie, and how far they scatter.
 struct RobustLevel {
     double median = 0.0;    ///< of an even number the upper of the two middle values

@@ -6,42 +6,6 @@
 
 namespace corvane::stack {
 
-namespace {
-
-/// A sample between those of a plane, by the rule of `SampleAlignedRow`.
-double Between(const PlaneRows& plane, const Position& at)
-{
-    const int x = static_cast<int>(at.x);
-    const int y = static_cast<int>(at.y);
-    const double fx = at.x - x;
-    const double fy = at.y - y;
-    const int next = std::min(y + 1, plane.height - 1);
-    const float* const above = plane.Row(y) + x;
-    const float* const below = plane.Row(next) + x;
-    const double a0 = *above;
-    const double b0 = *below;
-    const double a1 = x + 1 < plane.width ? above[1] : plane.After(y);
-    const double b1 = x + 1 < plane.width ? below[1] : plane.After(next);
-    const double between = (a1 * fx + a0 * (1.0 - fx)) * (1.0 - fy) + (b1 * fx + b0 * (1.0 - fx)) * fy;
-    return fx == 0.0 && fy == 0.0 ? a0 : between;
-}
-
-/// Columns left to right - 1 of what `SampleAlignedRow` gives of a row, from the rows that these touch.
-void SampleStrip(const PlaneRows& plane, const Alignment& alignment, int y, int left, int right, double outside,
-                 double* values, int* inside)
-{
-    alignment.WithMap([&](auto map) {
-        for (int x = left; x < right; ++x) {
-            const Position at = map(x, y);
-            const bool isInside = at.x >= 0.0 && at.x < plane.width && at.y >= 0.0 && at.y < plane.height;
-            *inside++ = isInside ? 1 : 0;
-            *values++ = isInside ? Between(plane, at) : outside;
-        }
-    });
-}
-
-} // namespace
-
 RowWindow::RowWindow(const Alignment& alignment, int width, int height, int planes, int left, int right)
     : alignment_(alignment), width_(width), height_(height), planes_(planes), left_(left), right_(right)
 {}
@@ -145,7 +109,7 @@ void RowWindow::Sample(int plane, int row, double outside, double* values, int* 
     if (left_ == 0 && right_ == width_) {
         SampleAlignedRow(held, alignment_, row, width_, outside, values, inside);
     } else {
-        SampleStrip(held, alignment_, row, left_, right_, outside, values, inside);
+        SampleAlignedStretch(held, alignment_, left_, row, right_ - left_, outside, values, inside);
     }
 }
 

@@ -17,11 +17,6 @@ constexpr double kFarAboveSky = 50.0; // deviations: the crests of noise may be 
 constexpr int kPlateau = 4;           // so many largest samples make a ceiling,
 constexpr int kPlateauPairs = 2;      // when so many times two of them lie side by side
 
-double FullScale(int bits)
-{
-    return bits == 8 ? 255.0 : bits == 16 ? 65535.0 : kInfinity;
-}
-
 float LargestOf(const float* row, int count, DefinedTest isDefined)
 {
     constexpr int kLanes = 32; // that do not wait for each other
@@ -180,6 +175,11 @@ private:
 };
 
 } // namespace
+
+double FullScale(int bits)
+{
+    return bits == 8 ? 255.0 : bits == 16 ? 65535.0 : kInfinity;
+}
 
 double SaturationLevel(const CStlImage& image, int plane, double sky, double noise)
 {

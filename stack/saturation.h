@@ -17,6 +17,9 @@ struct SaturatedArea {
     long long samples = 0;
 };
 
+/// The largest sample that a converter of 8 or 16 bits gives; infinite for others.
+double FullScale(int bits);
+
 /// The level from which on samples are saturated, near the largest sample of the plane; infinite when nothing shows a
 /// ceiling. The largest sample is one when it is the full scale of the 8 or 16 bits that the image had in its file, or
 /// when samples that have it lie side by side, far above a sky with that level and noise.

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "stack/defined.h"
+#include "stack/robust.h"
 
 namespace corvane::stack {
 
@@ -19,9 +20,8 @@ constexpr std::size_t kFewest = 4;   // a quarter of these samples must be defin
 constexpr double kClip = 3.0;        // deviations
 constexpr double kCoarse = 1.5;      // steps of whole numbers: the next ones always count
 constexpr double kClipped = 0.98477; // deviation of what clipping leaves of normal samples
-constexpr double kMadToSigma = 1.4826;
-constexpr double kCrowding = 0.93; // clipping that leaves less of the deviation has met stars
-constexpr double kSkewed = 0.3;    // deviations between mean and median beyond which the mode is not to be told
+constexpr double kCrowding = 0.93;   // clipping that leaves less of the deviation has met stars
+constexpr double kSkewed = 0.3;      // deviations between mean and median beyond which the mode is not to be told
 constexpr double kStepNoise = 0.28867513459481287; // 1 / sqrt(12) of a step, by rounding
 
 /// What clipping finds in a cell.
@@ -84,7 +84,7 @@ CellSky ClippedSky(std::vector<float>& samples)
     double median = samples[samples.size() / 2];
     const double unclipped = MeanAndDeviation(low, high, median).second;
     double mean = median;
-    double noise = std::max(kMadToSigma * MedianDeviation(samples), kStepNoise * step);
+    double noise = std::max(kMedianToSigma * MedianDeviation(samples), kStepNoise * step);
     for (std::ptrdiff_t count = -1; count != high - low;) {
         count = high - low;
         const double reach = std::max(kClip * noise, kCoarse * step);

@@ -21,8 +21,9 @@ struct SkyMesh {
 /// Samples farther than 3 deviations from the median are left out until no more are; the level is the mean of the rest,
 /// or, where stars have pulled at it, the estimate of the mode. Coarse steps between the samples, as of 8-bit pictures,
 /// count as noise. Cells that have few samples or all the same (a border without data) take the values around them; one
-/// that sticks out among its neighbours (a galaxy in it) takes their median. After E. Bertin & S. Arnouts (1996), Astronomy and Astrophysics
-/// Supplement 117, 393. A plane of one value has noise 0; one without any sample has an empty mesh.
+/// that sticks out among its neighbours (a galaxy in it) takes their median. After E. Bertin & S. Arnouts (1996),
+/// Astronomy and Astrophysics Supplement 117, 393. A plane of one value has noise 0; one without any sample has an
+/// empty mesh.
 CORVANE_API SkyMesh MeasureSkyMesh(const CStlImage& image, int plane);
 
 } // namespace corvane::stack

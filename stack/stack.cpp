@@ -59,23 +59,54 @@ void MakeTarget(const Plan& plan, int reference, int planes, CStlImage& image)
     image.Swap(&target);
 }
 
-/// Makes the images of counts that are asked for.
-CombineMaps MakeMaps(const Options& options, const Plan& plan, int planes, Result& result)
+/// The counts that are asked for, as combining makes them.
+struct Counts {
+    CStlImage coverage;
+    CStlImage rejectedLow;
+    CStlImage rejectedHigh;
+
+    Counts(const Options& options, const Plan& plan, int planes)
+    {
+        const auto make = [&](bool isWanted, CStlImage& image) {
+            if (isWanted) {
+                CStlImage empty(EmptyStack(plan, planes));
+                image.Swap(&empty);
+            }
+        };
+        make(options.wantsCoverage, coverage);
+        make(options.wantsRejected, rejectedLow);
+        make(options.wantsRejected, rejectedHigh);
+    }
+
+    CombineMaps Maps()
+    {
+        const auto wanted = [](CStlImage& image) { return image.GetPlanes() > 0 ? &image : nullptr; };
+        return {wanted(coverage), wanted(rejectedLow), wanted(rejectedHigh)};
+    }
+};
+
+/// Adds one row to another.
+void AddRow(const float* row, int count, float* sum)
 {
-    CombineMaps maps;
-    const auto make = [&](CStlImage& map) {
-        CStlImage empty(EmptyStack(plan, planes));
-        map.Swap(&empty);
-        return &map;
-    };
-    if (options.wantsCoverage) {
-        maps.coverage = make(result.coverage);
+    std::transform(row, row + count, sum, sum, [](float a, float b) { return a + b; });
+}
+
+/// Values dropped below, above and both together, as three planes, each for all planes of the stack.
+void JoinRejected(const Counts& counts, CStlImage& rejected)
+{
+    const CStlImage& low = counts.rejectedLow;
+    CStlImage joined(-32, low.GetWidth(), low.GetHeight(), 3, 1.0, 0.0, 1);
+    for (int plane = 0; plane < low.GetPlanes(); ++plane) {
+        for (int y = 0; y < low.GetHeight(); ++y) {
+            const float* const below = low.GetImageAdr(0, y, plane, 1);
+            const float* const above = counts.rejectedHigh.GetImageAdr(0, y, plane, 1);
+            AddRow(below, low.GetWidth(), joined.GetImageAdr(0, y, 0));
+            AddRow(above, low.GetWidth(), joined.GetImageAdr(0, y, 1));
+            AddRow(below, low.GetWidth(), joined.GetImageAdr(0, y, 2));
+            AddRow(above, low.GetWidth(), joined.GetImageAdr(0, y, 2));
+        }
     }
-    if (options.wantsRejected) {
-        maps.rejectedLow = make(result.rejectedLow);
-        maps.rejectedHigh = make(result.rejectedHigh);
-    }
-    return maps;
+    rejected.Swap(&joined);
 }
 
 void Combine(const Options& options, PreparedLights& lights, Result& result)
@@ -84,18 +115,23 @@ void Combine(const Options& options, PreparedLights& lights, Result& result)
     LightFrames& frames = lights.Frames();
     const std::vector<int> used = UsedFrames(result.frames);
     MakeTarget(plan, result.referenceLight, frames.Planes(), result.image);
+    Counts counts(options, plan, frames.Planes());
     const CombineJob job{.method = options.method,
                          .blank = CommonBlank(plan.lights),
                          .memory = BandMemory(plan.lights),
                          .progressWindow = options.progressWindow,
                          .text = "Combining lights...",
                          .coverage = options.coverage,
-                         .maps = MakeMaps(options, plan, frames.Planes(), result)};
+                         .maps = counts.Maps()};
     const RowReader read = [&](int i, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) {
         frames.Read(used[static_cast<std::size_t>(i)], firstRow, rowCount, samples, planeStride);
     };
     CombineFrames(lights.Placements(), read, job, result.image);
     result.image.UnlockAll();
+    result.coverage.Swap(&counts.coverage);
+    if (options.wantsRejected) {
+        JoinRejected(counts, result.rejected);
+    }
 }
 
 } // namespace

@@ -38,9 +38,8 @@ struct Result : Registration {
     io::Header header;
     /// @name Counts for each sample of the stack, when they were asked for; empty images otherwise
     /// @{
-    CStlImage coverage;     ///< lights that have it
-    CStlImage rejectedLow;  ///< values that the clipping dropped below
-    CStlImage rejectedHigh; ///< and above
+    CStlImage coverage; ///< lights that have it
+    CStlImage rejected; ///< values that the clipping dropped, of all planes: below, above, and both in three planes
     /// @}
 };
 

@@ -31,7 +31,8 @@ struct PatternKind {
 std::vector<StarPattern> MakePatterns(const std::vector<Position>& stars, const PatternKind& kind);
 
 /// Calls visit(pattern of the reference, pattern of the frame) for those that are the same within tolerance, until it
-/// returns false, from the largest ones on. Of a pattern that very many others equal it tries the first ones only, so that the work is bounded.
+/// returns false, from the largest ones on. Of a pattern that very many others equal it tries the first ones only, so
+/// that the work is bounded.
 void MatchPatterns(const std::vector<StarPattern>& reference, const std::vector<StarPattern>& frame,
                    const std::function<bool(const StarPattern&, const StarPattern&)>& visit);
 

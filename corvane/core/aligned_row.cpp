@@ -221,17 +221,6 @@ void SamplePaged(const CStlImage& image, int plane, const Alignment& alignment, 
     }
 }
 
-/// Samples columns x to x + count - 1 of row y, whatever the alignment.
-void SampleTurned(const PlaneRows& plane, const Alignment& alignment, int x, int y, int count, double outside,
-                  double* values, int* inside)
-{
-    for (int done = 0; done < count; done += TurnedStretch::kLength) {
-        const int length = std::min(TurnedStretch::kLength, count - done);
-        const TurnedStretch stretch(plane, alignment, x + done, y, length);
-        stretch.Sample(outside, values + done, inside + done);
-    }
-}
-
 } // namespace
 
 RowSpan RowsTouched(const Alignment& alignment, int y, int count, int width, int height)
@@ -254,7 +243,7 @@ void SampleAlignedRow(const PlaneRows& plane, const Alignment& alignment, int y,
         SampleShiftedRow(plane, alignment, y, count, outside, values, inside);
         return;
     }
-    SampleTurned(plane, alignment, 0, y, count, outside, values, inside);
+    SampleAlignedStretch(plane, alignment, 0, y, count, outside, values, inside);
 }
 
 void SampleAlignedRow(const CStlImage& image, int plane, const Alignment& alignment, int y, int count, double outside,
@@ -278,7 +267,17 @@ void SampleAlignedStretch(const CStlImage& image, int plane, const Alignment& al
     if (IsPaged(image)) {
         SamplePaged(image, plane, alignment, x, y, count, outside, values, inside);
     } else {
-        SampleTurned(WholePlane(image, plane), alignment, x, y, count, outside, values, inside);
+        SampleAlignedStretch(WholePlane(image, plane), alignment, x, y, count, outside, values, inside);
+    }
+}
+
+void SampleAlignedStretch(const PlaneRows& plane, const Alignment& alignment, int x, int y, int count, double outside,
+                          double* values, int* inside)
+{
+    for (int done = 0; done < count; done += TurnedStretch::kLength) {
+        const int length = std::min(TurnedStretch::kLength, count - done);
+        const TurnedStretch stretch(plane, alignment, x + done, y, length);
+        stretch.Sample(outside, values + done, inside + done);
     }
 }
 

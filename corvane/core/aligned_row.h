@@ -47,4 +47,8 @@ CORVANE_API void SampleAlignedRow(const CStlImage& image, int plane, const Align
 CORVANE_API void SampleAlignedStretch(const CStlImage& image, int plane, const Alignment& alignment, int x, int y,
                                       int count, double outside, double* values, int* inside);
 
+/// The same from a plane of which those rows are in memory that `RowsTouched` tells for the stretch.
+CORVANE_API void SampleAlignedStretch(const PlaneRows& plane, const Alignment& alignment, int x, int y, int count,
+                                      double outside, double* values, int* inside);
+
 } // namespace corvane

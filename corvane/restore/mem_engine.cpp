@@ -87,8 +87,8 @@ double LevelOf(const float* data, std::size_t count, double sigma)
     return std::max(sum / static_cast<double>(count), sigma);
 }
 
-/// Room for the function, and for the plane with what the function brings in from beyond its edges, in a length that transforms are quick
-/// for.
+/// Room for the function, and for the plane with what the function brings in from beyond its edges, in a length that
+/// transforms are quick for.
 int GridExtent(int plane, int psf)
 {
     return QuickLength(std::max(plane + psf / 2, psf));

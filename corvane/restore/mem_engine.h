@@ -30,8 +30,8 @@ inline constexpr int kMemCancelled = 8;
 /// others are no failure and are passed over.
 CORVANE_API Restored EndOfStatus(int status);
 
-/// Restores a plane by maximum entropy, in place: of all images above 0 that, blurred, agree with the data to within the noise,
-/// the one with the greatest entropy against an even image of the data's mean.
+/// Restores a plane by maximum entropy, in place: of all images above 0 that, blurred, agree with the data to within
+/// the noise, the one with the greatest entropy against an even image of the data's mean.
 ///
 /// The entropy is the sum of f - m - f ln(f / m); agreement is a chi-square of one for each datum, within a hundredth.
 /// Directions, the quadratic model in the space they span, the multiplier and the limit of a step are those of

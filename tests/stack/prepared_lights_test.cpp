@@ -28,8 +28,8 @@ TEST_F(PreparedLightsTest, WeightsByNoiseAndCountsWhatIsClipped)
     const Result result = stack::Run(options);
     EXPECT_NEAR(MeasureFrame(result.image, 0).noise * std::sqrt(precision), 1.0, 0.1); // 1.6 without weights
     EXPECT_NEAR(result.frames[4].weight, 1.0 / 16.0, 0.005);
-    EXPECT_EQ(result.rejectedHigh.GetPixelGrayRaw(70, 9, 0), 1.0);
-    EXPECT_EQ(result.rejectedLow.GetPixelGrayRaw(30, 40, 0), 1.0);
+    EXPECT_EQ(result.rejected.GetPixelGrayRaw(70, 9, 1), 1.0);
+    EXPECT_EQ(result.rejected.GetPixelGrayRaw(30, 40, 0), 1.0);
 }
 
 TEST_F(PreparedLightsTest, MendsHotPixelsAmongThoseOfTheirFilter)
