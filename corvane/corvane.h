@@ -35,6 +35,7 @@
 #include "corvane/measure/vignetting.h"
 #include "corvane/platform/application.h"
 #include "corvane/platform/global_memory.h"
+#include "corvane/platform/memory_exception.h"
 #include "corvane/platform/messages.h"
 #include "corvane/platform/registry.h"
 #include "corvane/resources/string_table.h"

@@ -14,7 +14,7 @@ inline constexpr std::array kBayerCards{"BAYERPAT", "COLORTYP", "CFA-PAT", "XBAY
 
 /// The mosaic that a header names, in capitals, as "RGGB": BAYERPAT, COLORTYP, CFA-PAT. Names that are no 2 x 2 pattern
 /// of R, G, B are passed over, except "XTRANS".
-CORVANE_API std::optional<std::string> BayerPattern(const Header& header);
+CORVANE_VISIBLE std::optional<std::string> BayerPattern(const Header& header);
 
 /// The filters over the samples (0, 0), (1, 0), (0, 1) and (1, 1) of a frame of `height` rows, in the file's order, as
 /// "RGGB"; empty when the header names no 2 x 2 pattern.
@@ -22,10 +22,10 @@ CORVANE_API std::optional<std::string> BayerPattern(const Header& header);
 /// XBAYROFF and YBAYROFF [pixels] say which place of the pattern the first pixel has. The pattern begins at the first
 /// row of the file, which is how camera programs mean it that say nothing of the order of rows. A header that says
 /// ROWORDER = 'BOTTOM-UP' describes the picture as it is seen: its pattern begins at the last row of the file.
-CORVANE_API std::optional<std::string> StoredBayerPattern(const Header& header, int height);
+CORVANE_VISIBLE std::optional<std::string> StoredBayerPattern(const Header& header, int height);
 
 /// Makes the cards that name a pattern say that these filters lie over the samples of a frame of `height` rows, given as
 /// by `StoredBayerPattern`, and the offsets 0. Cards that are not there are not added.
-CORVANE_API void SetStoredBayerPattern(Header& header, const std::string& pattern, int height);
+CORVANE_VISIBLE void SetStoredBayerPattern(Header& header, const std::string& pattern, int height);
 
 } // namespace corvane::io

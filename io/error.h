@@ -8,7 +8,7 @@
 namespace corvane::io {
 
 /// A file that cannot be read or written. what() is "PATH: REASON".
-class CORVANE_API Error : public std::runtime_error {
+class CORVANE_VISIBLE Error : public std::runtime_error {
 public:
     Error(const std::string& path, const std::string& reason)
         : std::runtime_error(path + ": " + reason), path_(path), reason_(reason)

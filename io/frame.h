@@ -9,7 +9,7 @@
 namespace corvane::io {
 
 /// An image and what its file says about it.
-struct CORVANE_API Frame {
+struct CORVANE_VISIBLE Frame {
     CStlImage image;
     Header header;
 
@@ -26,7 +26,7 @@ struct CORVANE_API Frame {
 /// The display levels become those of the file, or 0 to 255 for 8-bit samples, or else each plane's smallest and
 /// largest sample (with a range of 1 when they are equal); the original default levels are the same. A frame beyond the
 /// memory budget is read in bands, with bounded memory. Throws Error, also when there is no room for the samples.
-CORVANE_API Frame Load(const std::string& path);
+CORVANE_VISIBLE Frame Load(const std::string& path);
 
 /// How samples are stored.
 struct SaveOptions {
@@ -49,11 +49,11 @@ struct SaveOptions {
 ///   are written as CBLACK and CWHITE (CBLACK2, CWHITE2, CBLACK3, CWHITE3 for the other planes) when the image has its
 ///   own. All other cards are carried over, in TIFF and PNG as text of the image description, except those that
 ///   describe the layout of the file they came from.
-CORVANE_API void Save(const std::string& path, const CStlImage& image, const Header& header,
-                      const SaveOptions& options = {});
+CORVANE_VISIBLE void Save(const std::string& path, const CStlImage& image, const Header& header,
+                          const SaveOptions& options = {});
 
 /// Throws the Error that `Save` would throw for the path alone: its extension, bits that the format lacks, its folder.
 /// For checking before work starts.
-CORVANE_API void CheckSave(const std::string& path, const SaveOptions& options = {});
+CORVANE_VISIBLE void CheckSave(const std::string& path, const SaveOptions& options = {});
 
 } // namespace corvane::io

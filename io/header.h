@@ -15,7 +15,7 @@ namespace corvane::io {
 /// become blanks. Keywords are compared without regard to case; a HIERARCH keyword may be given with or without that
 /// word. Of several cards with one keyword the first counts. Reading is lenient: numbers in quotes, with leading zeros,
 /// a `D` exponent or a decimal comma (`6,4E-05`) are numbers.
-class CORVANE_API Header {
+class CORVANE_VISIBLE Header {
 public:
     /// @name Reading
     /// @{

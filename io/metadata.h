@@ -12,36 +12,36 @@ namespace corvane::io {
 /// @{
 
 /// Exposure time of one frame [s]: EXPTIME, EXPOSURE, EXP_TIME.
-CORVANE_API std::optional<double> ExposureSeconds(const Header& header);
+CORVANE_VISIBLE std::optional<double> ExposureSeconds(const Header& header);
 /// Sensor temperature [degrees Celsius]: CCD-TEMP, CCDTEMP, CCD_TEMP, SENSTEMP, DET-TEMP, then the temperature aimed
 /// at, SET-TEMP.
-CORVANE_API std::optional<double> CcdTemperature(const Header& header);
+CORVANE_VISIBLE std::optional<double> CcdTemperature(const Header& header);
 /// The camera's gain setting, in its own units: GAIN, ISOSPEED.
-CORVANE_API std::optional<double> Gain(const Header& header);
+CORVANE_VISIBLE std::optional<double> Gain(const Header& header);
 /// Electrons per count: EGAIN.
-CORVANE_API std::optional<double> ElectronsPerCount(const Header& header);
+CORVANE_VISIBLE std::optional<double> ElectronsPerCount(const Header& header);
 /// Pixel size [micrometres]: XPIXSZ, PIXSIZE1, XPIXELSZ.
-CORVANE_API std::optional<double> PixelSize(const Header& header);
+CORVANE_VISIBLE std::optional<double> PixelSize(const Header& header);
 /// Name of the filter: FILTER, FILTER1, FILTNAM.
-CORVANE_API std::optional<std::string> Filter(const Header& header);
+CORVANE_VISIBLE std::optional<std::string> Filter(const Header& header);
 /// @}
 
 /// Where the first row belongs on the screen, from ROWORDER: "TOP-DOWN" or "BOTTOM-UP". A header that does not say is
 /// bottom-up, as FITS has it; frames from TIFF, PNG and camera raw files say TOP-DOWN.
-CORVANE_API std::string RowOrder(const Header& header);
+CORVANE_VISIBLE std::string RowOrder(const Header& header);
 /// True when the first row belongs at the bottom.
-CORVANE_API bool IsBottomUp(const Header& header);
+CORVANE_VISIBLE bool IsBottomUp(const Header& header);
 
 /// Start of the exposure [s since 1970-01-01T00:00:00 UTC, without leap seconds]: DATE-OBS (DATE_OBS), with its time of
 /// day or that of TIME-OBS, TIME_OBS, UT, UTC, UTSTART, UTC-OBS; also `dd/mm/yy` of the years 1900 to 1999; else
 /// MJD-OBS. A date without time of day counts as midnight.
-CORVANE_API std::optional<double> ObservationTime(const Header& header);
+CORVANE_VISIBLE std::optional<double> ObservationTime(const Header& header);
 /// The same as text, `2024-07-30T22:44:36.000`.
-CORVANE_API std::optional<std::string> DateObs(const Header& header);
+CORVANE_VISIBLE std::optional<std::string> DateObs(const Header& header);
 /// A time [s since 1970, finite; cut to the years 0 to 9999] as text with milliseconds, `2024-07-30T22:44:36.000`.
-CORVANE_API std::string FormatTime(double seconds);
+CORVANE_VISIBLE std::string FormatTime(double seconds);
 /// Reads `2024-07-30`, `2024-07-30T22:44:36.5` (with `Z`, `-0700` or `+02:00` behind it, or nothing for UTC) or
 /// `30/07/95`; empty when it is none of these.
-CORVANE_API std::optional<double> ParseTime(const std::string& text);
+CORVANE_VISIBLE std::optional<double> ParseTime(const std::string& text);
 
 } // namespace corvane::io

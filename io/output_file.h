@@ -15,7 +15,7 @@ namespace corvane::io {
 /// name. Without `Commit` nothing remains of it, and a file that was there before stays as it was. A symbolic link
 /// is followed: its target is replaced. An existing file keeps its permissions. Every member throws Error, naming the
 /// path as it was given.
-class CORVANE_API OutputFile {
+class CORVANE_VISIBLE OutputFile {
 public:
     /// Makes the temporary file. Refuses a folder as output, a folder that is missing or cannot be written to, and an
     /// existing file without write permission.

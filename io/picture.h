@@ -11,6 +11,6 @@ namespace corvane::io {
 ///
 /// With bottomUp the last row comes first in the picture (FITS; `IsBottomUp` tells). NaN shows black. The file appears
 /// whole or not at all. Throws Error.
-CORVANE_API void SavePicture(const std::string& path, const CStlImage& image, bool bottomUp);
+CORVANE_VISIBLE void SavePicture(const std::string& path, const CStlImage& image, bool bottomUp);
 
 } // namespace corvane::io

@@ -44,7 +44,7 @@ struct FrameInfo {
 /// - A FITS or TIFF reader keeps its file open, one descriptor, from OpenFrame until it is closed or destroyed; a
 ///   closed one opens the file again when it is read. Members throw Error.
 /// Readers of one thread may be used next to those of another; one reader belongs to one thread at a time.
-class CORVANE_API FrameReader {
+class CORVANE_VISIBLE FrameReader {
 public:
     virtual ~FrameReader() = default;
     FrameReader(const FrameReader&) = delete;
@@ -83,6 +83,6 @@ private:
 /// The HDU of a FITS file is chosen by number or name, `m31.fits[1]` or `m31.fits[SCI]` or `m31.fits[SCI,2]`, unless
 /// a file of just that name exists; without a choice it is the first that holds an image of 2 or more axes. One plane
 /// or three are read; NAXIS3 = 1 is one plane. Other special characters in a path have no meaning. Throws Error.
-CORVANE_API std::unique_ptr<FrameReader> OpenFrame(const std::string& path);
+CORVANE_VISIBLE std::unique_ptr<FrameReader> OpenFrame(const std::string& path);
 
 } // namespace corvane::io

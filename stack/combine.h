@@ -62,7 +62,7 @@ struct CombineJob {
 /// Where these would take more than half of the memory the target is combined in strips of columns, which cross fewer;
 /// rows that several strips need are read again for each, those of a frame at a right angle just once. Throws what
 /// `read` throws, and `Cancelled`.
-CORVANE_API void CombineFrames(const std::vector<Placement>& frames, const RowReader& read, const CombineJob& job,
-                               CStlImage& target);
+CORVANE_VISIBLE void CombineFrames(const std::vector<Placement>& frames, const RowReader& read, const CombineJob& job,
+                                   CStlImage& target);
 
 } // namespace corvane::stack

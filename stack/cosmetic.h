@@ -26,7 +26,7 @@ struct RowBand {
 /// as far above the median of its neighbours, so that the glow of an amplifier is none. Neighbours are the eight pixels
 /// `step` away: 1, or 2 in a colour filter mosaic, where they have the same filter. Infinity is hot; blanks and NaN are
 /// not. Pixels that are too dark are left to the flat.
-class CORVANE_API HotPixels {
+class CORVANE_VISIBLE HotPixels {
 public:
     HotPixels() = default; ///< none
     /// Finds them. More than 1 % of a plane are not kept: see `Fault`.

@@ -59,6 +59,6 @@ struct StarField {
 /// Blanks, NaN and infinities are no stars and make none about them. The list is empty for an image without samples or
 /// without any defined one. Nothing of the size of the frame is held; the method is that of E. Bertin & S. Arnouts
 /// (1996), Astronomy and Astrophysics Supplement 117, 393, in parts.
-CORVANE_API StarField FindFieldStars(const CStlImage& image, int plane, const FindOptions& options = {});
+CORVANE_VISIBLE StarField FindFieldStars(const CStlImage& image, int plane, const FindOptions& options = {});
 
 } // namespace corvane::stack

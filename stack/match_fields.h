@@ -47,7 +47,7 @@ struct MatchOptions {
 /// quarter of a pixel, four as a rule, six with another scale, and about a tenth of two fields of 200. Stars on one line
 /// count as two of them. A pattern that fits in several places, as a lattice does, is no match. The same lists give the
 /// same result on every machine, but for the last bits of the angle.
-CORVANE_API FieldMatch MatchFields(const std::vector<FieldStar>& reference, const std::vector<FieldStar>& frame,
-                                   const CfPoint& centre, const MatchOptions& options = {});
+CORVANE_VISIBLE FieldMatch MatchFields(const std::vector<FieldStar>& reference, const std::vector<FieldStar>& frame,
+                                       const CfPoint& centre, const MatchOptions& options = {});
 
 } // namespace corvane::stack

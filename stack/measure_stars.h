@@ -46,12 +46,13 @@ struct FieldWidths {
 /// Measures stars of one plane, each at the peak to which the samples rise from its place; places outside are moved to
 /// the edge. A star counts when it has a width below 20 pixels, rises `sigmas` standard deviations above the sky about
 /// it and does not share its peak with one before. The plane must be one of the image; an empty image has no stars.
-CORVANE_API FieldWidths MeasureStars(CStlImage& image, int plane, const std::vector<CPoint>& places, double sigmas);
+CORVANE_VISIBLE FieldWidths MeasureStars(CStlImage& image, int plane, const std::vector<CPoint>& places, double sigmas);
 
 /// The same for stars that the finder saw. Those that are not usable are measured too, but do not count.
-CORVANE_API FieldWidths MeasureStars(CStlImage& image, int plane, const std::vector<FieldStar>& found, double sigmas);
+CORVANE_VISIBLE FieldWidths MeasureStars(CStlImage& image, int plane, const std::vector<FieldStar>& found,
+                                         double sigmas);
 
 /// What speaks against measuring with a star, in words: "saturated", "hot", "elongated", "edge", "crowded".
-CORVANE_API std::vector<std::string> FlagWords(const FieldStar& star);
+CORVANE_VISIBLE std::vector<std::string> FlagWords(const FieldStar& star);
 
 } // namespace corvane::stack

@@ -38,7 +38,7 @@ struct Normalisation {
 /// in which sky, nebulae and slopes cancel, also those of a colour filter mosaic, by its median size.
 /// F. Stoehr et al., DER_SNR: a simple and general spectroscopic signal-to-noise measurement algorithm, Astronomical
 /// Data Analysis Software and Systems XVII, ASP Conference Series 394, 2008.
-CORVANE_API FrameLevel MeasureFrame(const CStlImage& image, int plane);
+CORVANE_VISIBLE FrameLevel MeasureFrame(const CStlImage& image, int plane);
 
 /// What brings a plane of a frame to the level of the reference.
 ///
@@ -48,7 +48,7 @@ CORVANE_API FrameLevel MeasureFrame(const CStlImage& image, int plane);
 /// do not ask for it. A factor that cannot be told (no number above 0) is 1, so that the others change the background
 /// alone and `kScale` nothing.
 /// B. Zackay and E. O. Ofek, How to coadd images I, Astrophysical Journal 836, 187, 2017, section 2.
-CORVANE_API Normalisation NormalisationOf(const FrameLevel& reference, const FrameLevel& frame, NormaliseMethod method,
-                                          std::optional<double> fluxRatio = {});
+CORVANE_VISIBLE Normalisation NormalisationOf(const FrameLevel& reference, const FrameLevel& frame,
+                                              NormaliseMethod method, std::optional<double> fluxRatio = {});
 
 } // namespace corvane::stack

@@ -92,7 +92,7 @@ struct Options {
 };
 
 /// An option that is wrong, with its value and what would be allowed.
-class CORVANE_API OptionError : public std::invalid_argument {
+class CORVANE_VISIBLE OptionError : public std::invalid_argument {
 public:
     OptionError(std::string name, const std::string& value, const std::string& allowed);
 
@@ -104,7 +104,7 @@ private:
 };
 
 /// The user pressed ESC; nothing was made.
-class CORVANE_API Cancelled : public std::exception {
+class CORVANE_VISIBLE Cancelled : public std::exception {
 public:
     const char* what() const noexcept override;
 };
@@ -116,10 +116,10 @@ int ReferenceIndex(const Options& options);
 NormaliseMethod NormaliseOf(const Options& options);
 
 /// Checks what can be said without opening a file. Throws OptionError.
-CORVANE_API void CheckOptions(const Options& options);
+CORVANE_VISIBLE void CheckOptions(const Options& options);
 
 /// Checks that no output is one of the files to be read or named twice; links and dots in paths do not deceive it.
 /// Throws io::Error naming the output.
-CORVANE_API void CheckOutputs(const Options& options, const std::vector<std::string>& outputs);
+CORVANE_VISIBLE void CheckOutputs(const Options& options, const std::vector<std::string>& outputs);
 
 } // namespace corvane::stack

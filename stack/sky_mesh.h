@@ -24,6 +24,6 @@ struct SkyMesh {
 /// that sticks out among its neighbours (a galaxy in it) takes their median. After E. Bertin & S. Arnouts (1996),
 /// Astronomy and Astrophysics Supplement 117, 393. A plane of one value has noise 0; one without any sample has an
 /// empty mesh.
-CORVANE_API SkyMesh MeasureSkyMesh(const CStlImage& image, int plane);
+CORVANE_VISIBLE SkyMesh MeasureSkyMesh(const CStlImage& image, int plane);
 
 } // namespace corvane::stack

@@ -48,10 +48,10 @@ struct Result : Registration {
 /// Everything that can be judged before the work is: options, missing files, sizes, exposures. A light that cannot be
 /// aligned with certainty is left out and named in the report. Fewer than two lights left of several is an error that
 /// lists the reasons; a single light is calibrated alone.
-CORVANE_API Result Run(const Options& options);
+CORVANE_VISIBLE Result Run(const Options& options);
 
 /// Does all of that but the combining: tells how the lights lie on the reference, and what was measured of them. It is
 /// no error when lights are left out.
-CORVANE_API Registration Register(const Options& options);
+CORVANE_VISIBLE Registration Register(const Options& options);
 
 } // namespace corvane::stack

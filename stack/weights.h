@@ -25,6 +25,6 @@ struct FrameQuality {
 /// out. If it is known of no frame all get 1.
 /// The noise: A. C. Aitken, On least squares and linear combination of observations, Proceedings of the Royal Society of
 /// Edinburgh 55, 1935.
-CORVANE_API std::vector<double> WeightsOf(const std::vector<FrameQuality>& frames, WeightMethod method);
+CORVANE_VISIBLE std::vector<double> WeightsOf(const std::vector<FrameQuality>& frames, WeightMethod method);
 
 } // namespace corvane::stack

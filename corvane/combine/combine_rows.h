@@ -25,7 +25,7 @@ struct CombineLine {
 /// Where a frame has nothing (outside or blank) the result is the value of the last such frame, in the order given. A
 /// NaN among the values makes the result NaN. The values of a block of pixels are sorted together by a network of
 /// minima and maxima, so the work per pixel is the same whatever the values are.
-class CORVANE_API RowCombiner {
+class CORVANE_VISIBLE RowCombiner {
 public:
     /// Prepares to combine lines of that many frames.
     RowCombiner(CombineMethod method, int frames);

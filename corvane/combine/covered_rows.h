@@ -36,7 +36,7 @@ struct CoveredRow {
 ///   They take no part in the clipping. A frame of which the weight is not above 0 is left out as if it were not there;
 ///   other statistics ignore that too.
 /// Missing values are sorted as infinities behind the others, so the work hardly depends on how many are missing.
-class CORVANE_API CoveredCombiner {
+class CORVANE_VISIBLE CoveredCombiner {
 public:
     /// Prepares to combine lines of as many frames as there are weights [0..]. `blank` fills pixels that no frame has.
     CoveredCombiner(CombineMethod method, Coverage coverage, const std::vector<double>& weights, double blank);

@@ -31,24 +31,24 @@ struct RowSpan {
 };
 
 /// The rows of an image, width x height, that sampling row y of a frame, `count` columns wide, reads; none when empty.
-CORVANE_API RowSpan RowsTouched(const Alignment& alignment, int y, int count, int width, int height);
+CORVANE_VISIBLE RowSpan RowsTouched(const Alignment& alignment, int y, int count, int width, int height);
 
 /// Samples row y of a frame from a plane that is aligned onto it: values[x] and inside[x] (1 or 0), x in 0..count - 1.
 /// Outside the plane the value is `outside`. The same values as `CStlImage::GetPixelGrayRaw` gives one by one.
-CORVANE_API void SampleAlignedRow(const PlaneRows& plane, const Alignment& alignment, int y, int count, double outside,
-                                  double* values, int* inside);
+CORVANE_VISIBLE void SampleAlignedRow(const PlaneRows& plane, const Alignment& alignment, int y, int count,
+                                      double outside, double* values, int* inside);
 
 /// The same from a plane of an image, whose pages are brought in as they are needed.
-CORVANE_API void SampleAlignedRow(const CStlImage& image, int plane, const Alignment& alignment, int y, int count,
-                                  double outside, double* values, int* inside);
+CORVANE_VISIBLE void SampleAlignedRow(const CStlImage& image, int plane, const Alignment& alignment, int y, int count,
+                                      double outside, double* values, int* inside);
 
 /// The same for `count` columns from x on: values[0] belongs to column x. For callers that take a turned frame in narrow
 /// strips, a band of rows at a time, so that the samples of neighbouring rows are still in the nearest cache.
-CORVANE_API void SampleAlignedStretch(const CStlImage& image, int plane, const Alignment& alignment, int x, int y,
-                                      int count, double outside, double* values, int* inside);
+CORVANE_VISIBLE void SampleAlignedStretch(const CStlImage& image, int plane, const Alignment& alignment, int x, int y,
+                                          int count, double outside, double* values, int* inside);
 
 /// The same from a plane of which those rows are in memory that `RowsTouched` tells for the stretch.
-CORVANE_API void SampleAlignedStretch(const PlaneRows& plane, const Alignment& alignment, int x, int y, int count,
-                                      double outside, double* values, int* inside);
+CORVANE_VISIBLE void SampleAlignedStretch(const PlaneRows& plane, const Alignment& alignment, int x, int y, int count,
+                                          double outside, double* values, int* inside);
 
 } // namespace corvane

@@ -9,7 +9,7 @@ namespace corvane {
 ///
 /// Built for one run. An image that declares no blank takes the frame's. A sample is blank where either is, and becomes
 /// the image's blank value.
-class CORVANE_API BlankRule {
+class CORVANE_VISIBLE BlankRule {
 public:
     BlankRule() = default; ///< nothing is blank
     /// Chooses the rule; the image is made to declare the frame's blank when only the frame declares one.
@@ -35,9 +35,9 @@ private:
 };
 
 /// Takes a dark off a row of samples: s - d, blanks by the rule, and 0 for what is 0 or less.
-CORVANE_API void SubtractDarkRow(float* samples, const float* dark, int count, const BlankRule& rule);
+CORVANE_VISIBLE void SubtractDarkRow(float* samples, const float* dark, int count, const BlankRule& rule);
 
 /// Divides a row of samples by a flat: s * mean / f where f > 0, blanks by the rule; samples with f <= 0 stay.
-CORVANE_API void DivideFlatRow(float* samples, const float* flat, int count, double mean, const BlankRule& rule);
+CORVANE_VISIBLE void DivideFlatRow(float* samples, const float* flat, int count, double mean, const BlankRule& rule);
 
 } // namespace corvane

@@ -9,7 +9,7 @@
 namespace corvane {
 
 /// Circular convolution of planes of one size with one point-spread function, by Fourier transform.
-class CORVANE_API Convolver {
+class CORVANE_VISIBLE Convolver {
 public:
     /// Prepares for planes of a size. Throws std::bad_alloc.
     Convolver(int width, int height);

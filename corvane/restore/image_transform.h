@@ -15,7 +15,7 @@ namespace corvane {
 /// conjugates, and all u. They are kept in an order that suits the transform: kLanes neighbouring v side by side, so
 /// that a block of them is one contiguous range. `IndexOf` finds a frequency; work that takes all frequencies alike
 /// needs no more than the array. The places beyond h / 2 in the last block are 0.
-class CORVANE_API ImageTransform {
+class CORVANE_VISIBLE ImageTransform {
 public:
     /// Prepares for planes of a size; 1 or more each. Throws std::bad_alloc.
     ImageTransform(int width, int height);

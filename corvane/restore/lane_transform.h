@@ -12,7 +12,7 @@
 namespace corvane {
 
 /// The least length from `least` (1 or more) on for which transforms are quick: its only factors are 2, 3 and 5.
-CORVANE_API int QuickLength(int least);
+CORVANE_VISIBLE int QuickLength(int least);
 
 /// Discrete Fourier transforms of one length, kLanes of them at once, in single precision, neither direction scaled.
 ///
@@ -21,7 +21,7 @@ CORVANE_API int QuickLength(int least);
 /// convolution of a length without (L. I. Bluestein, A linear filtering approach to the computation of discrete Fourier
 /// transform, IEEE Trans. Audio Electroacoustics 18, 1970), so that every length takes n log n. The same bits on every
 /// machine.
-class CORVANE_API LaneTransform {
+class CORVANE_VISIBLE LaneTransform {
 public:
     /// Prepares for a length of 1 or more.
     explicit LaneTransform(int length);

@@ -38,6 +38,6 @@ struct LucyJob {
 ///
 /// The plane, of 1 x 1 or more, is restored on a grid that holds the function too. On cancellation, or without memory,
 /// it stays as it is. `plane` is its number, from 1 on, or 0 for the only one.
-CORVANE_API Restored RestoreLucy(float* data, const LucyJob& job, CStlImage* owner, int plane);
+CORVANE_VISIBLE Restored RestoreLucy(float* data, const LucyJob& job, CStlImage* owner, int plane);
 
 } // namespace corvane

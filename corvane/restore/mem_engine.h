@@ -28,7 +28,7 @@ inline constexpr int kMemCancelled = 8;
 
 /// What a status says, digit by digit from the last one on: 8 is cancellation, 1 to 4 and 7 are want of memory. The
 /// others are no failure and are passed over.
-CORVANE_API Restored EndOfStatus(int status);
+CORVANE_VISIBLE Restored EndOfStatus(int status);
 
 /// Restores a plane by maximum entropy, in place: of all images above 0 that, blurred, agree with the data to within
 /// the noise, the one with the greatest entropy against an even image of the data's mean.
@@ -41,6 +41,6 @@ CORVANE_API Restored EndOfStatus(int status);
 ///
 /// `data` is 1 x 1 or larger and stays as it is unless the status is `kMemDone` or `kMemNotReached`. `plane` is its
 /// number, from 1 on, or 0 for the only one.
-CORVANE_API int RestoreByEntropy(float* data, const MemJob& job, CStlImage* owner, int plane);
+CORVANE_VISIBLE int RestoreByEntropy(float* data, const MemJob& job, CStlImage* owner, int plane);
 
 } // namespace corvane

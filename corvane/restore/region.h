@@ -8,7 +8,7 @@ namespace corvane {
 
 /// Bytes that restoring a region of an image takes at most: the copies of its planes, and 13 floats for each sample of
 /// the grid that one plane is worked on in.
-CORVANE_API double RestorationBytes(int width, int height, int planes);
+CORVANE_VISIBLE double RestorationBytes(int width, int height, int planes);
 
 /// Where a restoration works: the whole image for no rectangle or one of the image's size, else the rectangle as it is
 /// given, which may lie beyond the image.
