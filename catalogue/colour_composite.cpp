@@ -1,7 +1,6 @@
 #include "catalogue/colour_composite.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "catalogue/colour_header.h"
 #include "catalogue/error.h"
@@ -13,6 +12,7 @@
 #include "corvane/colour/lrgb_composite.h"
 #include "corvane/colour/rgb_composite.h"
 #include "corvane/core/display_scale.h"
+#include "corvane/core/turn.h"
 #include "corvane/platform/memory_exception.h"
 #include "io/error.h"
 
@@ -31,8 +31,7 @@ void CheckPlanes(const io::Frame& frame, int planes, const std::string& role)
 /// Where the pixels of the first frame go.
 PixelMap MapOf(const CfPoint& centre, const Fit& fit)
 {
-    const double sine = std::sin(fit.angle * kDegree);
-    const double cosine = std::cos(fit.angle * kDegree);
+    const auto [sine, cosine] = SineAndCosine(fit.angle * kDegree);
     return {{cosine, -sine, sine, cosine},
             centre.x + fit.dx - (cosine * centre.x - sine * centre.y),
             centre.y + fit.dy - (sine * centre.x + cosine * centre.y)};

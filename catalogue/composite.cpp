@@ -1,12 +1,11 @@
 #include "catalogue/composite.h"
 
-#include <cmath>
-
 #include "catalogue/error.h"
 #include "catalogue/names.h"
 #include "catalogue/numbers.h"
 #include "corvane/combine/composit.h"
 #include "corvane/core/display_scale.h"
+#include "corvane/core/turn.h"
 #include "io/error.h"
 
 namespace corvane::catalogue {
@@ -46,7 +45,7 @@ void CheckFrames(const io::Frame& base, const io::Frame& overlay, const Composit
 /// Desaturate takes the cosine of the turn for positive, so that it would mirror a greater one.
 void CheckTurn(const CompositeOptions& options, const Fit& fit)
 {
-    if (ModeOf(options) == kCompositeDesaturate && std::cos(fit.angle * kDegree) < 0.0) {
+    if (ModeOf(options) == kCompositeDesaturate && Cosine(fit.angle * kDegree) < 0.0) {
         throw Error("angle = " + ToText(Value(fit.angle)) + ": must be -90 to 90 with --mode desaturate");
     }
 }

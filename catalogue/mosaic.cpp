@@ -11,6 +11,7 @@
 #include "catalogue/numbers.h"
 #include "corvane/combine/mosic.h"
 #include "corvane/core/display_scale.h"
+#include "corvane/core/turn.h"
 #include "corvane/platform/memory_exception.h"
 #include "io/error.h"
 
@@ -52,8 +53,7 @@ private:
     /// Where a sample of the second image comes to lie: the way back from what a sampler reads.
     void Include(const CfPoint& centre, const Fit& fit, int x, int y)
     {
-        const double sine = std::sin(fit.angle * kDegree);
-        const double cosine = std::cos(fit.angle * kDegree);
+        const auto [sine, cosine] = SineAndCosine(fit.angle * kDegree);
         const double p = x - centre.x;
         const double q = y - centre.y;
         columns.Include(p * cosine - q * sine + centre.x + fit.dx);

@@ -7,6 +7,7 @@
 #include "catalogue/error.h"
 #include "catalogue/numbers.h"
 #include "corvane/core/display_scale.h"
+#include "corvane/core/turn.h"
 #include "io/error.h"
 
 namespace corvane::catalogue {
@@ -66,9 +67,9 @@ struct Line {
         : dx(image.GetStdPt(0).x - image.GetStdPt(1).x), dy(image.GetStdPt(0).y - image.GetStdPt(1).y)
     {}
 
-    double Length() const { return std::hypot(dx, dy); }
+    double Length() const { return std::sqrt(dx * dx + dy * dy); }
     /// Degrees, counted upwards.
-    double Direction() const { return std::atan2(-dy, dx) / kDegree; }
+    double Direction() const { return corvane::Direction(-dy, dx) / kDegree; }
 };
 
 std::string Rounded(double v, const char* format = "%.2f")

@@ -1,9 +1,9 @@
 #include "catalogue/sky.h"
 
-#include <cmath>
 #include <numbers>
 
 #include "catalogue/sip.h"
+#include "corvane/core/turn.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -36,10 +36,10 @@ void ReplaceRotation(io::Header& header, WorldCoordinates& coordinates)
 {
     const double degrees = header.Number("CROTA2").value_or(header.Number("CROTA1").value_or(0.0));
     if (coordinates.matrixKind == kNoTransform && degrees != 0.0) {
-        const double angle = degrees * std::numbers::pi / 180.0;
         const double dx = coordinates.axes[0].increment.value_or(1.0);
         const double dy = coordinates.axes[1].increment.value_or(1.0);
-        coordinates.matrix = {dx * std::cos(angle), -dy * std::sin(angle), dx * std::sin(angle), dy * std::cos(angle)};
+        const auto [sine, cosine] = SineAndCosine(degrees * std::numbers::pi / 180.0);
+        coordinates.matrix = {dx * cosine, -dy * sine, dx * sine, dy * cosine};
         coordinates.matrixKind = kCdMatrix;
         coordinates.axes[0].increment.reset();
         coordinates.axes[1].increment.reset();

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "corvane/core/display_scale.h"
+#include "corvane/core/turn.h"
 #include "stack/field_consensus.h"
 #include "stack/star_grid.h"
 #include "stack/star_pairs.h"
@@ -98,7 +99,7 @@ FieldMatch Describe(const StarFit& fit, const CfPoint& centre, bool scale)
     FieldMatch match;
     match.dx = -(a * x - b * y) / squared;
     match.dy = -(b * x + a * y) / squared;
-    match.angle = std::atan2(b, a) / kDegree;
+    match.angle = Direction(b, a) / kDegree;
     match.scale = scale ? std::sqrt(squared) : 1.0;
     match.residual = RmsDistance(fit.pairs, fit.similarity);
     match.stars = static_cast<int>(fit.pairs.size());

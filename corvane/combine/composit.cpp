@@ -7,6 +7,7 @@
 #include "corvane/combine/aligned_pixels.h"
 #include "corvane/combine/saturation.h"
 #include "corvane/core/blank.h"
+#include "corvane/core/turn.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 
@@ -255,7 +256,7 @@ void CImgComposit::Abr(CStlImage* base, CStlImage* overlay, double dx, double dy
                        int showProgress, int textId)
 {
     const CRect area = WorkingArea(*this, rect);
-    const double sine = std::sin(angle * kDegree);
+    const double sine = Sine(angle * kDegree);
     const Alignment alignment(dx, dy, sine, std::sqrt(1.0 - sine * sine), 1.0, overlay->GetStdCtr());
     const Space space = displaySpace != 0 ? Space::kDisplay : Space::kRaw;
     ShowProgressInit(showProgress, textId == -1 ? IDS_COMPOSITE : textId, static_cast<int>(area.bottom - area.top));

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <cmath>
-
 #include "corvane/core/display_scale.h"
 #include "corvane/core/point.h"
+#include "corvane/core/turn.h"
 
 namespace corvane {
 
@@ -28,12 +27,11 @@ struct Alignment {
         : dx(shiftX), dy(shiftY), sine(sinA), cosine(cosA), scale(factor), centreX(centre.x), centreY(centre.y)
     {}
 
-    /// Shift and turn, the turn in degrees, positive clockwise on screen. Sine and cosine are the system's, so a turned
-    /// position may differ in its last bit from one system's mathematical library to another's.
+    /// Shift and turn, the turn in degrees, positive clockwise on screen.
     static Alignment Turned(double shiftX, double shiftY, double degrees, const CfPoint& centre)
     {
-        const double radians = degrees * kDegree;
-        return {shiftX, shiftY, std::sin(radians), std::cos(radians), 1.0, centre};
+        const auto [sine, cosine] = SineAndCosine(degrees * kDegree);
+        return {shiftX, shiftY, sine, cosine, 1.0, centre};
     }
 
     bool IsShift() const { return cosine == 1.0 && sine == 0.0 && scale == 1.0; }

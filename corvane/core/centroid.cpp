@@ -9,6 +9,7 @@
 #include "corvane/core/display_scale.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/truncate.h"
+#include "corvane/core/turn.h"
 #include "corvane/core/walk.h"
 
 using namespace corvane;
@@ -256,7 +257,7 @@ int CStlImage::GetFitPrm(CStlImage* ref, double& dx, double& dy, double& angle) 
     if (IsValidStdPt(1) == 0 || (ax == 0 && ay == 0) || (bx == 0 && by == 0)) {
         return 1;
     }
-    const double turn = (std::atan2(-by, bx) - std::atan2(-ay, ax)) * kDegrees;
+    const double turn = (Direction(-by, bx) - Direction(-ay, ax)) * kDegrees;
     angle = std::floor(turn * 10.0) * 0.1;
     return 2;
 }

@@ -4,6 +4,7 @@
 
 #include "corvane/core/display_scale.h"
 #include "corvane/core/stl_image.h"
+#include "corvane/core/turn.h"
 
 namespace {
 
@@ -58,8 +59,7 @@ void CStlImage::RotatePhysicalCoords(double angle, double dx, double dy)
     GetCRPix(1, &y);
     tagMATRIX2_2 m;
     const int kind = MatrixOrIdentity(*this, m);
-    const double c = std::cos(angle * corvane::kDegree);
-    const double s = std::sin(angle * corvane::kDegree);
+    const auto [s, c] = corvane::SineAndCosine(angle * corvane::kDegree);
     const int cx = stdCtr_.ix;
     const int cy = stdCtr_.iy;
     SetCRPix(0, (x - cx) * c - (y - cy) * s + cx + dx);

@@ -26,7 +26,7 @@ public:
     /// The standard centre becomes that of the size before. The world coordinates are turned about it as if reference
     /// pixels were counted from 0: since they count from 1, they end up as far off as the point (1, 1) moves when it is
     /// turned about (0, 0). An angle of 0 returns at once, with nothing changed; 360 is calculated like any other.
-    /// NaN and infinite angles leave nothing but background, and cannot expand. Sine and cosine are the system's.
+    /// NaN and infinite angles leave nothing but background, and cannot expand.
     ///
     /// Returns 1, or 0 when the canvas could not be enlarged: then only the reference points have changed.
     int Do(double angle, double* background, CStlImage* source, int expand, int showProgress);
