@@ -11,6 +11,23 @@ namespace {
 
 constexpr int kMessages = 50; // about as many as an operation sends
 
+// Systems offer a window for painting until it says that it is painted; one that never does must not hold up the work.
+constexpr int kMostPaints = 1000;
+
+// Takes the next message with the number out of the queue. The end of the program is handed out whatever is asked for:
+// it goes back, for the application's own loop.
+bool TakeMessage(MSG& message, UINT number)
+{
+    if (PeekMessageA(&message, nullptr, number, number, PM_REMOVE) == 0) {
+        return false;
+    }
+    if (message.message == WM_QUIT) {
+        PostQuitMessage(static_cast<int>(message.wParam));
+        return false;
+    }
+    return true;
+}
+
 CString Text(int id)
 {
     CString text;
@@ -104,12 +121,12 @@ void CStlImage::ShowProgressEnd(int id)
 int CStlImage::ShowProgressContinue()
 {
     MSG message;
-    while (PeekMessageA(&message, nullptr, WM_KEYDOWN, WM_KEYDOWN, PM_REMOVE) != 0) {
+    while (TakeMessage(message, WM_KEYDOWN)) {
         if (message.wParam == VK_ESCAPE) {
             return 0;
         }
     }
-    while (PeekMessageA(&message, nullptr, WM_PAINT, WM_PAINT, PM_REMOVE) != 0) {
+    for (int n = 0; n < kMostPaints && TakeMessage(message, WM_PAINT); ++n) {
         TranslateMessage(&message);
         DispatchMessageA(&message);
     }

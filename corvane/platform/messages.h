@@ -15,8 +15,12 @@ CORVANE_API LRESULT SendMessageA(HWND window, UINT message, WPARAM wParam, LPARA
 /// Returns 0 for a window that is destroyed or unknown and when the queue holds 10,000 messages. Any thread may call.
 CORVANE_API BOOL PostMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
+/// Ends the calling thread's message loop: its queue hands out WM_QUIT, with the exit code, once nothing else fits.
+CORVANE_API void PostQuitMessage(int exitCode);
+
 /// Looks for the oldest message of the calling thread that fits, and removes it when `remove` says PM_REMOVE.
-/// A null window fits every message, a window its own; numbers must lie in first..last, where 0, 0 means any.
+/// A null window fits every message, a window its own; numbers must lie in first..last, where 0, 0 means any. WM_QUIT
+/// fits whatever is asked for.
 /// Returns non-zero when one was found and stored in `result`.
 CORVANE_API BOOL PeekMessageA(MSG* result, HWND window, UINT first, UINT last, UINT remove);
 

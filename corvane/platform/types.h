@@ -81,6 +81,7 @@ struct RGBQUAD {
 };
 
 inline constexpr UINT WM_PAINT = 0x000F;
+inline constexpr UINT WM_QUIT = 0x0012;
 inline constexpr UINT WM_KEYDOWN = 0x0100;
 inline constexpr UINT WM_USER = 0x0400;
 inline constexpr int VK_ESCAPE = 27;

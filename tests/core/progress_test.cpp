@@ -80,3 +80,17 @@ TEST_F(Progress, EscapeCancelsAndOtherKeysAreDropped)
     EXPECT_EQ(window.Paints(), 1);
     EXPECT_FALSE(TakeKey());
 }
+
+TEST_F(Progress, EndOfTheProgramIsLeftToItsOwnLoop)
+{
+    image.ShowProgressInit(1, "ends", 1000);
+    PostQuitMessage(VK_ESCAPE); // not a key
+    PostMessageA(window.Handle(), WM_PAINT, 0, 0);
+    EXPECT_EQ(image.ShowProgress(1), 1);
+    EXPECT_EQ(window.Paints(), 1);
+    MSG message{};
+    ASSERT_NE(PeekMessageA(&message, nullptr, WM_USER, WM_USER, PM_REMOVE), 0);
+    EXPECT_EQ(message.message, WM_QUIT);
+    EXPECT_EQ(message.wParam, WPARAM{VK_ESCAPE});
+    EXPECT_EQ(PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE), 0);
+}

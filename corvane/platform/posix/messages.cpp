@@ -6,6 +6,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -19,6 +20,7 @@ constexpr std::size_t kQueueLimit = 10000;
 struct Queue {
     std::mutex mutex;
     std::deque<MSG> messages;
+    std::optional<int> exitCode; ///< the thread's loop is to end
 };
 
 struct Window {
@@ -133,6 +135,13 @@ BOOL PostMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
     return receiver ? Append(*receiver->queue, posted) : 0;
 }
 
+void PostQuitMessage(int exitCode)
+{
+    Queue& queue = *ThreadQueue::Current();
+    const std::lock_guard lock(queue.mutex);
+    queue.exitCode = exitCode;
+}
+
 BOOL PeekMessageA(MSG* result, HWND window, UINT first, UINT last, UINT remove)
 {
     const auto fits = [=](const MSG& message) {
@@ -141,13 +150,21 @@ BOOL PeekMessageA(MSG* result, HWND window, UINT first, UINT last, UINT remove)
     };
     Queue& queue = *ThreadQueue::Current();
     const std::lock_guard lock(queue.mutex);
+    const bool isRemoved = (remove & PM_REMOVE) != 0;
     const auto found = std::find_if(queue.messages.begin(), queue.messages.end(), fits);
-    if (found == queue.messages.end()) {
+    if (found != queue.messages.end()) {
+        *result = *found;
+        if (isRemoved) {
+            queue.messages.erase(found);
+        }
+        return 1;
+    }
+    if (!queue.exitCode) {
         return 0;
     }
-    *result = *found;
-    if ((remove & PM_REMOVE) != 0) {
-        queue.messages.erase(found);
+    *result = {nullptr, WM_QUIT, static_cast<WPARAM>(*queue.exitCode), 0, Milliseconds(), {0, 0}};
+    if (isRemoved) {
+        queue.exitCode.reset();
     }
     return 1;
 }
