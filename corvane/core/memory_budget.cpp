@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <atomic>
 #include <charconv>
-#include <cstdlib>
 #include <limits>
 #include <mutex>
 
+#include "corvane/platform/environment.h"
 #include "corvane/platform/memory.h"
 
 namespace corvane {
@@ -17,8 +17,7 @@ constexpr std::uint64_t kLeastBudget = 1 << 20;
 std::uint64_t InitialBudget()
 {
     std::uint64_t bytes = 0;
-    const char* const text = std::getenv("CORVANE_MEMORY");
-    if (text == nullptr || !ParseMemorySize(text, bytes)) {
+    if (!ParseMemorySize(platform::EnvironmentText("CORVANE_MEMORY"), bytes)) {
         bytes = platform::PhysicalMemory() / 2;
     }
     return std::max(bytes, kLeastBudget);
@@ -84,8 +83,8 @@ std::string SpillFolder()
             return ChosenFolder().name;
         }
     }
-    const char* const folder = std::getenv("CORVANE_SPILL_DIR");
-    return folder != nullptr && *folder != '\0' ? folder : platform::TemporaryFolder();
+    const std::string folder = platform::EnvironmentText("CORVANE_SPILL_DIR");
+    return folder.empty() ? platform::TemporaryFolder() : folder;
 }
 
 void SetSpillFolder(const std::string& folder)

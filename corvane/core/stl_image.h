@@ -37,9 +37,9 @@ public:
     int Create(const CStlImage& source, HWND window = nullptr, const char* text = nullptr);
     /// Exchanges progress windows, reference points, records and samples.
     void Swap(CStlImage* other);
-    /// Takes over a device-independent bitmap, as `CImage::AttachDIB`, and makes its samples floats. 0 when it is none and
-    /// stays the caller's, or when there is no room for floats: then the block has been freed all the same, and the image
-    /// keeps its 8-bit samples.
+    /// Takes over a device-independent bitmap, as `CImage::AttachDIB`, and makes its samples floats. 0 when it is none
+    /// and stays the caller's, or when there is no room for floats: then the block has been freed all the same, and the
+    /// image keeps its 8-bit samples.
     int AttachDIB(HDIB dib);
     /// Sets the progress window to the main window of the current thread, the cached minimum and maximum to 0, and the
     /// reference points to unset.

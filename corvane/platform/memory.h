@@ -32,8 +32,8 @@ CORVANE_VISIBLE std::string TemporaryFolder();
 /// where the system has files without names, it has none.
 class CORVANE_VISIBLE SpillFile {
 public:
-    /// Makes the file in `folder`, named as `TemporaryFolder` is, with space for `bytes` (at least 1) allocated on the disk.
-    /// Throws CMemoryException when the folder, the space or the address range is not to be had.
+    /// Makes the file in `folder`, named as `TemporaryFolder` is, with space for `bytes` (at least 1) allocated on the
+    /// disk. Throws CMemoryException when the folder, the space or the address range is not to be had.
     SpillFile(const std::string& folder, std::uint64_t bytes);
     ~SpillFile();
     SpillFile(const SpillFile&) = delete;

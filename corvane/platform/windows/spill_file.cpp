@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <filesystem>
 #include <utility>
 
 #include "corvane/platform/memory.h"
@@ -33,16 +34,24 @@ private:
     HANDLE handle_;
 };
 
-HANDLE OpenTemporary(const std::string& folder)
+// Asks first what is free, so that a hopeless wish does not fill the disk for a moment.
+bool HasSpace(const std::filesystem::path& folder, std::uint64_t bytes)
 {
-    char path[MAX_PATH] = "";
-    if (folder.empty() || GetTempFileNameA(folder.c_str(), "crv", 0, path) == 0) {
+    ULARGE_INTEGER free{};
+    return !folder.empty() && bytes <= PTRDIFF_MAX &&
+           GetDiskFreeSpaceExW(folder.c_str(), &free, nullptr, nullptr) != 0 && bytes <= free.QuadPart;
+}
+
+HANDLE OpenTemporary(const std::filesystem::path& folder)
+{
+    wchar_t path[MAX_PATH] = L"";
+    if (GetTempFileNameW(folder.c_str(), L"crv", 0, path) == 0) {
         return INVALID_HANDLE_VALUE;
     }
-    const HANDLE file = CreateFileA(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+    const HANDLE file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                     FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
-        DeleteFileA(path);
+        DeleteFileW(path);
     }
     return file;
 }
@@ -52,7 +61,7 @@ void AllocateSpace(HANDLE file, std::uint64_t bytes)
 {
     LARGE_INTEGER end{};
     end.QuadPart = static_cast<LONGLONG>(bytes);
-    if (bytes > PTRDIFF_MAX || SetFilePointerEx(file, end, nullptr, FILE_BEGIN) == 0 || SetEndOfFile(file) == 0) {
+    if (SetFilePointerEx(file, end, nullptr, FILE_BEGIN) == 0 || SetEndOfFile(file) == 0) {
         AfxThrowMemoryException();
     }
 }
@@ -76,7 +85,8 @@ unsigned char* Map(HANDLE file, std::uint64_t bytes)
 
 SpillFile::SpillFile(const std::string& folder, std::uint64_t bytes) : size_(bytes)
 {
-    File file(OpenTemporary(folder));
+    const std::filesystem::path place(std::u8string(folder.begin(), folder.end()));
+    File file(HasSpace(place, bytes) ? OpenTemporary(place) : INVALID_HANDLE_VALUE);
     AllocateSpace(file.Get(), bytes);
     data_ = Map(file.Get(), bytes);
     file_ = reinterpret_cast<std::intptr_t>(file.Take());
