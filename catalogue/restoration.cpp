@@ -8,6 +8,7 @@
 #include <iterator>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "catalogue/error.h"
@@ -70,7 +71,8 @@ double SkyOf(const CStlImage& image)
 
 /// A sample that is greater than its eight neighbours.
 struct Peak {
-    CPoint at;
+    int x;
+    int y;
     float value;
 };
 
@@ -95,7 +97,7 @@ std::vector<Peak> FindPeaks(const CStlImage& image, double least, double most)
         const float* row = image.GetImageAdr(0, y, 0, 1);
         for (int x = 1; x < image.GetWidth() - 1; ++x) {
             if (row[x] > least && row[x] < most && IsPeak(image, x, y)) {
-                peaks.push_back({CPoint(x, y), row[x]});
+                peaks.push_back({x, y, row[x]});
             }
         }
     }
@@ -116,9 +118,9 @@ int ReachOf(const CStlImage& image, const Peak& peak, double half)
 {
     constexpr int kMost = 12;
     int reach = 1;
-    for (const auto& [dx, dy] : {CPoint(1, 0), CPoint(-1, 0), CPoint(0, 1), CPoint(0, -1)}) {
+    for (const auto& [dx, dy] : {std::pair{1, 0}, {-1, 0}, {0, 1}, {0, -1}}) {
         int i = 1;
-        while (i < kMost && image.GetPixelGrayRaw(peak.at.x + i * dx, peak.at.y + i * dy, 0) > half) {
+        while (i < kMost && image.GetPixelGrayRaw(peak.x + i * dx, peak.y + i * dy, 0) > half) {
             ++i;
         }
         reach = std::max(reach, i);
@@ -138,7 +140,7 @@ bool IsRound(const CStlImage& image, const Peak& peak, double sky)
     std::array<double, 6> sums{}; // of 1, x, y, x x, x y and y y
     for (int dy = -reach; dy <= reach; ++dy) {
         for (int dx = -reach; dx <= reach; ++dx) {
-            const double counts = image.GetPixelGrayRaw(peak.at.x + dx, peak.at.y + dy, 0) > half ? 1.0 : 0.0;
+            const double counts = image.GetPixelGrayRaw(peak.x + dx, peak.y + dy, 0) > half ? 1.0 : 0.0;
             const double x = counts * dx;
             const double y = counts * dy;
             const std::array<double, 6> terms{counts, x, y, x * x, x * y, y * y};
@@ -201,7 +203,7 @@ double MeasureStarSigma(CStlImage& image)
     PSF widths(&image);
     for (const Peak& peak : FindPeaks(image, sky + kLeastPeak * noise, most)) {
         if (IsRound(image, peak, sky)) {
-            widths.Add(peak.at);
+            widths.Add(CPoint(peak.x, peak.y));
         }
     }
     double fwhm = 0.0;

@@ -106,14 +106,14 @@ struct Mosaic {
         if (IsGap(x, y) || Filter(x, y) == filter) {
             return source.At(x, y, 0);
         }
-        const Line near = Fit(x, y, filter, 1, green, sample);
+        const Line around = Fit(x, y, filter, 1, green, sample);
         if (method == DemosaicMethod::kBilinear) {
-            return near.target;
+            return around.target;
         }
         const double slope = Fit(x, y, filter, 3, green, sample).slope;
-        const auto [least, most] = std::minmax_element(near.targets.begin(), near.targets.end());
-        const auto [dark, bright] = std::minmax_element(near.guides.begin(), near.guides.end());
-        const double made = near.target + slope * (Green(x, y) - near.guide);
+        const auto [least, most] = std::minmax_element(around.targets.begin(), around.targets.end());
+        const auto [dark, bright] = std::minmax_element(around.guides.begin(), around.guides.end());
+        const double made = around.target + slope * (Green(x, y) - around.guide);
         const double low = *least - slope * std::max(*dark - Green(x, y), 0.0);
         const double high = *most + slope * std::max(Green(x, y) - *bright, 0.0);
         return filter == 'G' ? Green(x, y) : std::min(std::max(made, low), high);

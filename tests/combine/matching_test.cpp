@@ -166,8 +166,8 @@ TEST(Matching, TiesGoToTheFirstAndNoOverlapFindsNothing)
     EXPECT_EQ(window.Take(), Counted("Processing object matching...", 301, std::vector<int>(9, 1)));
     EXPECT_EQ(flat.Do(&part, &x, &y, -9, 0, 0), 0);
     const double gain = 1.0;
-    for (const double far : {1e9, -1e9, 3e9, 1e300, -1e300, std::nan("")}) {
-        EXPECT_EQ(flat.CalcValue(&part, far, 0.5, &gain), kNoScore) << far;
-        EXPECT_EQ(flat.CalcValue(&part, 0.5, far, &gain), kNoScore) << far;
+    for (const double distant : {1e9, -1e9, 3e9, 1e300, -1e300, std::nan("")}) {
+        EXPECT_EQ(flat.CalcValue(&part, distant, 0.5, &gain), kNoScore) << distant;
+        EXPECT_EQ(flat.CalcValue(&part, 0.5, distant, &gain), kNoScore) << distant;
     }
 }

@@ -95,8 +95,8 @@ TEST(PixelBlt, CopiesWhatLiesInBothImages)
             const Plain from(source);
             const CPoint at(std::clamp(c.dx, 0, 9), std::clamp(c.dy, 0, 8));
             const CPoint start(std::clamp(c.sx, 0, 11), std::clamp(c.sy, 0, 7));
-            const CRect block(at.x, at.y, at.x + std::min({c.w, 9 - at.x, 11 - start.x}),
-                              at.y + std::min({c.h, 8 - at.y, 7 - start.y}));
+            const CRect block(at.x, at.y, at.x + std::min<LONG>({c.w, 9 - at.x, 11 - start.x}),
+                              at.y + std::min<LONG>({c.h, 8 - at.y, 7 - start.y}));
             const Plain expected = to.Map([&](double v, int x, int y, int p) {
                 const double s = from.At(start.x + x - at.x, start.y + y - at.y, p);
                 return !block.PtInRect({x, y}) ? v : mapLevels ? to.ToRaw(from.To256(s, p), p) : s;

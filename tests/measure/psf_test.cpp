@@ -130,8 +130,8 @@ TEST(Psf, AveragesRootsAndRefusesWhatIsTooWideOrTooFew)
     double width = 7.0;
     EXPECT_EQ(psf.GetMeanPSF(&p) + psf.GetMedianPSF(&p) + psf.GetMeanFWHM(&width), 0);
     EXPECT_EQ(p, 7.0);
-    const int far = std::numeric_limits<int>::max();
-    for (const CPoint point : {CPoint(62, 21), {20, 20}, {120, 20}, {0, 39}, {-far - 1, 20}, {20, far}}) {
+    const int last = std::numeric_limits<int>::max();
+    for (const CPoint point : {CPoint(62, 21), {20, 20}, {120, 20}, {0, 39}, {-last - 1, 20}, {20, last}}) {
         psf.Add(point);
     }
     EXPECT_EQ(psf.GetCount(), 2);

@@ -26,22 +26,6 @@ TEST(GlobalMemory, BlockKeepsItsBytesBetweenCountedLocks)
     GlobalFree(zeroed);
 }
 
-TEST(GlobalMemory, StaleHandlesAreRecognised)
-{
-    const HGLOBAL stale = GlobalAlloc(GMEM_MOVEABLE, 64);
-    ASSERT_EQ(GlobalFree(stale), nullptr);
-    const HGLOBAL fresh = GlobalAlloc(GMEM_MOVEABLE, 64);
-    EXPECT_NE(fresh, stale);
-    for (const HGLOBAL wrong : {stale, HGLOBAL{nullptr}}) {
-        EXPECT_EQ(GlobalLock(wrong), nullptr);
-        EXPECT_EQ(GlobalUnlock(wrong), 0);
-        EXPECT_EQ(GlobalSize(wrong), 0U);
-        EXPECT_EQ(GlobalFree(wrong), wrong);
-    }
-    EXPECT_EQ(GlobalSize(fresh), 64U);
-    EXPECT_EQ(GlobalFree(fresh), nullptr);
-}
-
 TEST(GlobalMemory, EmptyBlockHasAHandleAndAbsurdOnesAreRefused)
 {
     const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, 0);

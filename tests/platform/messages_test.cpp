@@ -68,14 +68,6 @@ TEST_F(Messages, PeekingMayLeaveTheMessage)
     EXPECT_EQ(DispatchMessageA(&message), 19);
 }
 
-TEST_F(Messages, FullQueueRefusesMore)
-{
-    for (int i = 0; i < 20000; ++i) {
-        PostMessageA(first_, kProgress, 1, 9);
-    }
-    EXPECT_EQ(Drain().size(), 10000U);
-}
-
 TEST_F(Messages, DestroyedWindowTakesItsMessagesAlongAndIsIgnored)
 {
     PostMessageA(first_, kProgress, 1, 0);
