@@ -9,6 +9,7 @@
 
 namespace corvane {
 
+/// What turns a point about another.
 struct SineCosine {
     double sine;
     double cosine;

@@ -15,6 +15,6 @@ public:
 
 /// The image in a bitmap file (.bmp): one plane for greys, three for colours, levels 0 to 255.
 /// Throws BitmapError, and CMemoryException when there is no room.
-CStlImage ReadBitmapFile(const std::filesystem::path& file);
+CStlImage ReadBitmapFile(const std::filesystem::path& path);
 
 } // namespace example

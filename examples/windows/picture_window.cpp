@@ -16,14 +16,14 @@ constexpr UINT kUntilOpened = MF_STRING | MF_GRAYED;
 
 HMENU MakeMenu()
 {
-    const HMENU file = CreatePopupMenu();
+    HMENU file = CreatePopupMenu();
     AppendMenuW(file, MF_STRING, kOpen, L"&Open...");
     AppendMenuW(file, kUntilOpened, kCopy, L"&Copy");
     AppendMenuW(file, MF_STRING, kExit, L"E&xit");
-    const HMENU image = CreatePopupMenu();
+    HMENU image = CreatePopupMenu();
     AppendMenuW(image, kUntilOpened, kInvert, L"&Invert");
     AppendMenuW(image, kUntilOpened, kRestore, L"&Restore");
-    const HMENU bar = CreateMenu();
+    HMENU bar = CreateMenu();
     AppendMenuW(bar, MF_POPUP, reinterpret_cast<UINT_PTR>(file), L"&File");
     AppendMenuW(bar, MF_POPUP, reinterpret_cast<UINT_PTR>(image), L"&Image");
     return bar;
@@ -180,7 +180,7 @@ void PictureWindow::Show(CStlImage& image)
 void PictureWindow::Paint()
 {
     PAINTSTRUCT paint{};
-    const HDC target = BeginPaint(Handle(), &paint);
+    HDC target = BeginPaint(Handle(), &paint);
     RECT area{};
     GetClientRect(Handle(), &area);
     if (shown_ != nullptr) {

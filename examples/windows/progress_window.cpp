@@ -76,7 +76,7 @@ void ProgressWindow::OnProgress(int word, LPARAM value)
 void ProgressWindow::Paint()
 {
     PAINTSTRUCT paint{};
-    const HDC target = BeginPaint(Handle(), &paint); // validates: what stays invalid is dispatched again
+    HDC target = BeginPaint(Handle(), &paint); // validates: what stays invalid is dispatched again
     RECT area{};
     GetClientRect(Handle(), &area);
     InflateRect(&area, -kMargin, -kMargin);

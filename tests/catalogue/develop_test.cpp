@@ -1,4 +1,4 @@
-#include <limits>
+#include <cmath>
 #include <utility>
 
 #include "catalogue/error.h"
@@ -20,22 +20,18 @@ io::Frame MakeFrame(int planes, int ownLevel)
     return frame;
 }
 
-void Apply(const std::string& step, io::Frame& frame)
-{
-    Run(ParseStep(step), frame, {});
-}
-
 // What came without levels has those of its extreme samples, which say nothing of its sky.
 TEST(Develop, ChoosesLevelsForAFrameThatHasNone)
 {
-    for (const char* const step : {"ddp", "smooth-background", "posterize", "contour"}) {
-        for (const int planes : {1, 3}) {
+    for (const char* const step : {"ddp", "smooth-background", "posterize", "contour", "brightness", "balance", "curve",
+                                   "reduce-tone", "false-color"}) {
+        for (const int planes : step == std::string("false-color") ? std::vector{1} : std::vector{1, 3}) {
             io::Frame kept = MakeFrame(planes, 1);
-            Apply(step, kept);
+            catalogue::Run(ParseStep(step), kept, {});
             EXPECT_EQ(kept.image.GetLevelMin(0), 10.25) << step;
             EXPECT_EQ(kept.image.GetLevelMax(planes - 1), planes == 1 ? 211.5 : 185.5) << step;
             io::Frame given = MakeFrame(planes, 0);
-            Apply(step, given);
+            catalogue::Run(ParseStep(step), given, {});
             EXPECT_NE(given.image.GetLevelMin(0), 10.25) << step;
             EXPECT_NE(given.image.HasOwnLevel(), 0) << step;
         }
@@ -49,7 +45,7 @@ TEST(Develop, DividesByThePlaneThatIsNamed)
         CImgFilter expected(frame.image);
         int plane = selector;
         expected.DigitalDvlp(100.0, 0.5, &frame.image, &plane, nullptr, 0);
-        Apply(std::string("ddp:offset=100,weight=0.5,plane=") + word, frame);
+        catalogue::Run(ParseStep(std::string("ddp:offset=100,weight=0.5,plane=") + word), frame, {});
         EXPECT_EQ(test::Samples(frame.image), test::Samples(expected)) << word;
     }
 }
@@ -57,12 +53,12 @@ TEST(Develop, DividesByThePlaneThatIsNamed)
 TEST(Develop, RefusesWhatWouldDivideByZeroOrSpreadNaN)
 {
     const auto errorOf = [](io::Frame frame, const char* step) {
-        return test::ErrorOf<Error>([&] { Apply(step, frame); });
+        return test::ErrorOf<Error>([&] { catalogue::Run(ParseStep(step), frame, {}); });
     };
     EXPECT_EQ(errorOf(MakeFrame(1, 1), "ddp:offset=10"),
               "ddp: offset = 10: must be above the level min of the image, 10.25");
     io::Frame frame = MakeFrame(3, 1);
-    frame.image.SetPixelGrayRaw(3, 3, std::numeric_limits<float>::quiet_NaN(), 0);
+    frame.image.SetPixelGrayRaw(3, 3, NAN, 0);
     EXPECT_EQ(errorOf(std::move(frame), "ddp"),
               "ddp: the first plane has samples that are not finite; clip makes them so");
 }

@@ -2,14 +2,12 @@
 
 #include <array>
 #include <cmath>
-#include <filesystem>
 #include <sstream>
 #include <tuple>
 
 #include "catalogue/step.h"
 #include "io/bayer.h"
-#include "io/frame.h"
-#include "tests/support/images.h"
+#include "tests/io/files.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -72,36 +70,24 @@ io::Frame StarFrame(bool isTopDown, const std::string& cards, Place star = {40.3
     return frame;
 }
 
-/// Saved and read again, as another program would.
-io::Frame Reread(const io::Frame& frame)
-{
-    const std::string test = testing::UnitTest::GetInstance()->current_test_info()->name();
-    const std::string path = (std::filesystem::path(testing::TempDir()) / (test + ".fits")).string();
-    io::Save(path, frame.image, frame.header);
-    io::Frame read = io::Load(path);
-    std::filesystem::remove(path);
-    return read;
-}
+class Geometry : public test::InFolder {
+protected:
+    /// Saved and read again, as another program would.
+    io::Frame Reread(const io::Frame& frame) const
+    {
+        io::Save(Path("a.fits"), frame.image, frame.header);
+        return io::Load(Path("a.fits"));
+    }
+};
 
 Place Centroid(const CStlImage& image)
 {
-    double sum = 0.0;
     Place centre{};
-    for (int i = 0; i < image.GetWidth() * image.GetHeight(); ++i) {
-        const double v = image.GetPixelGrayRaw(i % image.GetWidth(), i / image.GetWidth(), 0);
-        sum += v;
-        centre[0] += v * (i % image.GetWidth());
-        centre[1] += v * (i / image.GetWidth());
-    }
-    return {centre[0] / sum, centre[1] / sum};
+    image.GetCenterOfGravity(centre[0], centre[1], nullptr);
+    return centre;
 }
 
-void Apply(const char* step, io::Frame& frame)
-{
-    Run(ParseStep(step), frame, {});
-}
-
-TEST(Geometry, KeepsTheStarAtItsPlaceInTheSky)
+TEST_F(Geometry, KeepsTheStarAtItsPlaceInTheSky)
 {
     for (const std::string scale :
          {"CD1_1 -0.009 CD1_2 0.0045 CD2_1 0.004 CD2_2 0.0085", "CDELT1 -0.01 CDELT2 0.011",
@@ -118,7 +104,7 @@ TEST(Geometry, KeepsTheStarAtItsPlaceInTheSky)
               "scroll:x=-20,y=50", "expand:x=2,y=3"}) {
             io::Frame frame = original;
             frame.image.SetLevel(0, 0.0, 1000.0);
-            Apply(step, frame);
+            catalogue::Run(ParseStep(step), frame, {});
             const io::Frame result = Reread(frame);
             EXPECT_FALSE(result.header.Has("CROTA2")) << step; // a matrix stands in its place
             const auto [x, y] = Centroid(result.image);
@@ -130,10 +116,10 @@ TEST(Geometry, KeepsTheStarAtItsPlaceInTheSky)
     }
 }
 
-TEST(Geometry, GivesNoCoordinatesToAnImageWithoutThem)
+TEST_F(Geometry, GivesNoCoordinatesToAnImageWithoutThem)
 {
     io::Frame frame = StarFrame(true, "");
-    Apply("rotate90", frame);
+    catalogue::Run(ParseStep("rotate90"), frame, {});
     const io::Header header = Reread(frame).header;
     EXPECT_FALSE(header.Has("CRPIX1") || header.Has("CDELT1") || header.Has("PC1_1"));
 }
@@ -147,7 +133,7 @@ char FilterAt(const io::Header& header, int x, int y)
 }
 
 // Each sample is the letter of its filter.
-TEST(Geometry, KeepsTheColourOverEverySample)
+TEST_F(Geometry, KeepsTheColourOverEverySample)
 {
     for (const char* step :
          {"flip:direction=horizontal", "flip:direction=vertical", "rotate90", "rotate180", "crop:rect=1:0:9:6",
@@ -156,7 +142,7 @@ TEST(Geometry, KeepsTheColourOverEverySample)
             io::Frame frame = StarFrame(false, offset);
             frame.header.Set("BAYERPAT", "GRBG");
             frame.image = test::Make(10, 8, 1, [&](int x, int y, int) { return FilterAt(frame.header, x, y); });
-            Apply(step, frame);
+            catalogue::Run(ParseStep(step), frame, {});
             const int width = frame.image.GetWidth();
             for (int i = 0; i < width * frame.image.GetHeight(); ++i) {
                 const float sample = frame.image.GetPixelGrayRaw(i % width, i / width, 0);
@@ -167,7 +153,7 @@ TEST(Geometry, KeepsTheColourOverEverySample)
     }
 }
 
-TEST(Geometry, DropsThePatternWhereItSaysNothingAnyMore)
+TEST_F(Geometry, DropsThePatternWhereItSaysNothingAnyMore)
 {
     const std::vector<std::tuple<const char*, const char*, bool>> cases{
         {"rotate:angle=0", "RGGB", true}, {"rotate:angle=1", "RGGB", false}, {"resize:factor=2", "RGGB", false},
@@ -175,14 +161,14 @@ TEST(Geometry, DropsThePatternWhereItSaysNothingAnyMore)
     for (const auto& [step, pattern, isLeft] : cases) {
         io::Frame frame = StarFrame(true, "XBAYROFF 0");
         frame.header.Set("BAYERPAT", pattern);
-        Apply(step, frame);
+        catalogue::Run(ParseStep(step), frame, {});
         EXPECT_EQ(io::BayerPattern(frame.header).has_value(), isLeft) << step;
         EXPECT_EQ(frame.header.Has("XBAYROFF"), isLeft) << step;
     }
 }
 
 // Rows of a frame that says nothing of their order show from the bottom up.
-TEST(Geometry, TurnsAndPlacesAsTheScreenShows)
+TEST_F(Geometry, TurnsAndPlacesAsTheScreenShows)
 {
     const std::vector<std::tuple<const char*, bool, Place>> cases{
         {"rotate90", true, {kHeight - 11, 20}},
@@ -195,16 +181,16 @@ TEST(Geometry, TurnsAndPlacesAsTheScreenShows)
     };
     for (const auto& [step, isTopDown, place] : cases) {
         io::Frame frame = StarFrame(isTopDown, "", {20, 10});
-        Apply(step, frame);
+        catalogue::Run(ParseStep(step), frame, {});
         EXPECT_NEAR(Centroid(frame.image)[0], place[0], 2) << step << isTopDown;
         EXPECT_NEAR(Centroid(frame.image)[1], place[1], 2) << step << isTopDown;
     }
 }
 
-TEST(Geometry, BinningScalesWhatTheHeaderSaysOfAPixel)
+TEST_F(Geometry, BinningScalesWhatTheHeaderSaysOfAPixel)
 {
     io::Frame frame = StarFrame(true, "XBINNING 1 YPIXSZ 3.75");
-    Apply("bin:x=2,y=4", frame);
+    catalogue::Run(ParseStep("bin:x=2,y=4"), frame, {});
     EXPECT_EQ(frame.header.Number("XBINNING"), 2.0);
     EXPECT_EQ(frame.header.Number("YPIXSZ"), 15.0);
     EXPECT_FALSE(frame.header.Has("XPIXSZ"));

@@ -1,5 +1,4 @@
 #include <cmath>
-#include <limits>
 
 #include "catalogue/error.h"
 #include "catalogue/restoration.h"
@@ -42,15 +41,10 @@ CStlImage After(const std::string& step, io::Frame frame = MakeFrame())
 /// Where the star lies, by its centroid along one axis.
 double Centroid(const CStlImage& image, int axis)
 {
-    double sum = 0.0;
-    double moment = 0.0;
-    for (int i = 0; i < 81; ++i) {
-        const int x = 36 + i % 9;
-        const int y = 46 + i / 9;
-        sum += image.GetPixelGrayRaw(x, y, 0) - 100.0;
-        moment += (image.GetPixelGrayRaw(x, y, 0) - 100.0) * (axis == 0 ? x : y);
-    }
-    return moment / sum;
+    CRect box(36, 46, 45, 55);
+    double at[2] = {};
+    image.GetCenterOfGravity(at[0], at[1], &box);
+    return at[axis];
 }
 
 std::string ErrorOf(const std::string& step, const io::Frame& frame = MakeFrame())
@@ -125,8 +119,8 @@ TEST(Restoration, MaxentKeepsStarsWhereTheCoordinatesHaveThem)
 TEST(Restoration, RefusesWhatItWouldSpoil)
 {
     io::Frame odd = MakeFrame(3);
-    odd.image.SetPixelGrayRaw(12, 7, std::numeric_limits<float>::infinity(), 1);
-    odd.image.SetPixelGrayRaw(0, 8, std::numeric_limits<float>::quiet_NaN(), 1);
+    odd.image.SetPixelGrayRaw(12, 7, INFINITY, 1);
+    odd.image.SetPixelGrayRaw(0, 8, NAN, 1);
     io::Frame blank = MakeFrame();
     Write(Field(96, 96, 7.0), blank.image);
     EXPECT_EQ(ErrorOf("lucy", blank), "lucy: fwhm = auto: there is no star to measure; give sigma or fwhm");
@@ -139,14 +133,6 @@ TEST(Restoration, RefusesWhatItWouldSpoil)
         EXPECT_TRUE(ErrorOf(step, blank).starts_with(step + ": the sample at column 0, row 0, plane 0"));
         const TightMemory memory(1 << 20);
         EXPECT_TRUE(ErrorOf(step).starts_with(step + ": a region of 96 x 96 needs 0.00127 GB"));
-    }
-    for (const auto& [step, error] :
-         {std::pair{"lucy:sigma=0.29", "lucy: sigma = 0.29: must be 0.3 to 9"},
-          {"wiener:sigma=9.1", "wiener: sigma = 9.1: must be 0.3 to 9"},
-          {"maxent:fwhm=wide", "maxent: fwhm = wide: is not a number"},
-          {"maxent:sigma=1,fwhm=auto", "maxent: sigma and fwhm say the same; give one of them"},
-          {"lucy:gain=0", "lucy: gain = 0: must be 1e-06 to 1e+12"}}) {
-        EXPECT_EQ(ErrorOf(step), error);
     }
 }
 

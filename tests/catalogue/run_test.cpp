@@ -1,5 +1,4 @@
 #include <cmath>
-#include <limits>
 
 #include "catalogue/error.h"
 #include "catalogue/statistics.h"
@@ -30,15 +29,28 @@ io::Frame After(const std::string& step, int planes = 1)
 
 using RunWithFiles = test::InFolder;
 
+/// What a step makes of a plane.
+struct Samples {
+    std::string step;
+    int planes;
+    int plane;
+    float first; // sample (0, 0)
+    float last;  // sample (4, 2), 24 above the first before
+};
+
+void Expect(const Samples& c, int ownLevel)
+{
+    io::Frame frame = MakeFrame(c.planes);
+    frame.image.SetOwnLevel(ownLevel);
+    Run(ParseStep(c.step), frame, {});
+    EXPECT_FLOAT_EQ(frame.image.GetPixelGrayRaw(0, 0, c.plane), c.first) << c.step;
+    EXPECT_FLOAT_EQ(frame.image.GetPixelGrayRaw(4, 2, c.plane), c.last) << c.step;
+    EXPECT_EQ(frame.header.History(), std::vector<std::string>{"corvane apply " + ToText(ParseStep(c.step))});
+}
+
 TEST(Run, ChangesTheSamplesThatItShould)
 {
-    const struct {
-        const char* step;
-        int planes;
-        int plane;
-        float first; // sample (0, 0)
-        float last;  // sample (4, 2), 24 above the first before
-    } cases[] = {
+    const Samples cases[] = {
         {"invert", 1, 0, 255.0F, 231.0F},
         {"invert:rect=4:2:5:3", 1, 0, 0.0F, 231.0F},
         {"clip:min=3,max=20", 1, 0, 3.0F, 20.0F},
@@ -85,15 +97,34 @@ TEST(Run, ChangesTheSamplesThatItShould)
         {"debayer:pattern=RGGB,method=bilinear", 1, 1, 5.5F, 18.5F},
         {"debayer:pattern=GBRG", 1, 1, 0.0F, 24.0F},
     };
-    for (const auto& c : cases) {
-        const io::Frame frame = After(c.step, c.planes);
-        EXPECT_FLOAT_EQ(frame.image.GetPixelGrayRaw(0, 0, c.plane), c.first) << c.step;
-        EXPECT_FLOAT_EQ(frame.image.GetPixelGrayRaw(4, 2, c.plane), c.last) << c.step;
-        EXPECT_EQ(frame.header.History(), std::vector<std::string>{"corvane apply " + ToText(ParseStep(c.step))});
+    for (const Samples& c : cases) {
+        Expect(c, 0);
     }
     const io::Frame grey = After("to-gray", 3);
     EXPECT_EQ(grey.image.GetPlanes(), 1);
     EXPECT_NEAR(grey.image.GetPixelGrayRaw(4, 2, 0), 0.299 * 24 + 0.587 * 124 + 0.114 * 224, 1e-3);
+}
+
+TEST_F(RunWithFiles, ChangesWhatTheLevelsOfTheFrameShow)
+{
+    const std::string curve = Write("curve.txt", "# lifted\n0, 0.2\n\n0.5 0.7 # half way\n1 1\r\n");
+    const Samples cases[] = {
+        {"brightness", 1, 0, 4.0F, 34.0F},
+        {"contrast:contrast=-256,brightness=1,center=9", 3, 2, 10.0F, 10.0F},
+        {"balance:red=3,green=-1,blue=2.5", 3, 2, 202.5F, 226.5F},
+        {"balance:red=3,green=-1,blue=2.5,rect=4:2:5:3", 1, 0, 0.0F, 27.0F},
+        {"curve:points=0:0/1:1,entries=6", 3, 2, 153.0F, 204.0F},
+        {"curve:points=0:0.2/0.4:0.6/0.41:0.6,entries=6", 3, 1, 114.75F, 153.0F},
+        {"curve:red=0:1/1:0,entries=6", 3, 0, 255.0F, 255.0F},
+        {"curve:red=0:1/1:0,entries=6", 3, 1, 51.0F, 102.0F},
+        {"curve:entries=5,file=" + curve, 3, 1, 118.734375F, 118.734375F},
+        {"reduce-tone:levels=5", 3, 1, 51.0F, 102.0F},
+        {"false-color", 1, 1, 0.0F, 96.0F},
+        {"false-color:map=3,low=60,high=0", 1, 1, 255.0F, 204.0F},
+    };
+    for (const Samples& c : cases) { // black is 0 and white is 255
+        Expect(c, 1);
+    }
 }
 
 TEST(Run, SaturatesEachHueByItsGain)
@@ -171,14 +202,13 @@ TEST_F(RunWithFiles, RefusesWhatDoesNotFitTheFrame)
     const std::string colour = Path("colour.fits");
     io::Save(wide, MakeFrame(1, 7).image, {});
     io::Save(colour, MakeFrame(3).image, {});
-    const struct {
-        std::string step;
-        int planes;
-        std::string error;
-    } cases[] = {
+    const std::tuple<std::string, int, std::string> cases[] = {
         {"invert:rect=0:0:6:3", 1, "invert: rect = 0:0:6:3: must lie within the image, 0:0:5:3"},
         {"auto-levels:rect=0:0:5:4", 1, "auto-levels: rect = 0:0:5:4: must lie within the image, 0:0:5:3"},
         {"levels:min=0,max=1,plane=1", 1, "levels: plane = 1: must be 0, since the image has 1 plane"},
+        {"curve:blue=0:0/1:1", 1, "curve: red, green and blue take a colour image of 3 planes; this one has 1"},
+        {"false-color:low=7,high=7", 1, "false-color: low = 7, high = 7: they must differ"},
+        {"false-color", 3, "false-color: takes an image of 1 plane; this one has 3"},
         {"clip:min=255", 1, "clip: min = 255, max = 255: min must be less than max"},
         {"to-color", 3, "to-color: takes an image of 1 plane; this one has 3"},
         {"bin:x=6", 1, "bin: x = 6, y = 6: the image has only 5 x 3 pixels"},
@@ -198,16 +228,16 @@ TEST_F(RunWithFiles, RefusesWhatDoesNotFitTheFrame)
         {"flat:file=" + colour, 1,
          "flat: file = " + colour + ": is 5 x 3 pixels, 3 planes; the image is 5 x 3 pixels, 1 plane"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(test::ErrorOf<Error>([&] { After(c.step, c.planes); }), c.error);
+    for (const auto& [step, planes, error] : cases) {
+        EXPECT_EQ(test::ErrorOf<Error>([&] { After(step, planes); }), error);
     }
 }
 
 TEST_F(RunWithFiles, StatisticsLeaveOutBlanksAndWhatIsNotFinite)
 {
     io::Frame frame = MakeFrame(3);
-    frame.image.SetPixelGrayRaw(0, 0, std::numeric_limits<float>::quiet_NaN(), 0);
-    frame.image.SetPixelGrayRaw(1, 0, std::numeric_limits<float>::infinity(), 0);
+    frame.image.SetPixelGrayRaw(0, 0, NAN, 0);
+    frame.image.SetPixelGrayRaw(1, 0, INFINITY, 0);
     io::Save(Path("statistics.fits"), frame.image, {});
     const std::vector<PlaneStatistics> planes = ReadStatistics(*io::OpenFrame(Path("statistics.fits")));
     ASSERT_EQ(planes.size(), 3U);

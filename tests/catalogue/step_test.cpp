@@ -1,5 +1,7 @@
 #include "catalogue/step.h"
 
+#include <utility>
+
 #include "catalogue/error.h"
 #include "catalogue/operations.h"
 #include "corvane/platform/registry.h"
@@ -13,10 +15,7 @@ using test::ErrorOf;
 
 TEST(Step, RefusesWhatIsWrongByNameValueAndRange)
 {
-    const struct {
-        const char* text;
-        const char* error;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"", "unknown step ''; `corvane ops` lists the steps"},
         {"inver", "unknown step 'inver'; did you mean invert?"},
         {"to", "unknown step 'to'; did you mean to-grey or to-color?"},
@@ -56,20 +55,22 @@ TEST(Step, RefusesWhatIsWrongByNameValueAndRange)
         {"resize:width=10,factor=2", "resize: give factor, or width, or height, or both of these"},
         {"rank:rank=9", "rank: rank = 9: must be 0 to 8 for a shape of 9 samples"},
         {"star-sharpen:shape=cross,rank=4.5", "star-sharpen: rank = 4.5: must be 0 to 4 for a shape of 5 samples"},
+        {"lucy:sigma=0.29", "lucy: sigma = 0.29: must be 0.3 to 9"},
+        {"lucy:gain=0", "lucy: gain = 0: must be 1e-06 to 1e+12"},
+        {"wiener:sigma=9.1", "wiener: sigma = 9.1: must be 0.3 to 9"},
+        {"maxent:fwhm=wide", "maxent: fwhm = wide: is not a number"},
+        {"maxent:sigma=1,fwhm=auto", "maxent: sigma and fwhm say the same; give one of them"},
         {"hot-pixels:hot=no,cool=no", "hot-pixels: hot = no, cool = no: one of them must be yes, or no pixel would "
                                       "change"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(ErrorOf<Error>([&] { ParseStep(c.text); }), c.error) << c.text;
+    for (const auto& [text, error] : cases) {
+        EXPECT_EQ(ErrorOf<Error>([&] { ParseStep(text); }), error) << text;
     }
 }
 
 TEST(Step, WritesItselfSoThatItCanBeReadAgain)
 {
-    const struct {
-        const char* text;
-        const char* canonical;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"to-gray", "to-grey"},
         {"invert:rect=10:20:200:300", "invert:rect=10:20:200:300"},
         {"clip:max=+65535.0,min=0.10", "clip:min=0.1,max=65535"},
@@ -78,9 +79,8 @@ TEST(Step, WritesItselfSoThatItCanBeReadAgain)
         {"dark:file=a,,b:c=d.fits", "dark:file=a,,b:c=d.fits"},
         {"curves:red=0:1/1:0,points=+0.0:.25/1:1e-3", "curve:points=0:0.25/1:0.001,red=0:1/1:0"},
     };
-    for (const auto& c : cases) {
-        const std::string canonical = ToText(ParseStep(c.text));
-        EXPECT_EQ(canonical, c.canonical);
+    for (const auto& [text, canonical] : cases) {
+        EXPECT_EQ(ToText(ParseStep(text)), canonical);
         EXPECT_EQ(ToText(ParseStep(canonical)), canonical);
     }
 }

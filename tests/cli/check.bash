@@ -28,6 +28,29 @@ refuse() {
     [[ $(find . | sort) == "$before" ]] || fail "corvane ${*:3}: left something behind"
 }
 
+# interrupt SAYING ARGUMENT...: Ctrl-C once the command has said something like that. It must stop at once, say one line
+# more, and leave nothing behind but the older out.fits.
+interrupt() {
+    local saying=$1 before job status=0
+    shift
+    echo older >out.fits
+    : >said
+    before=$(find . | sort)
+    set -m # a job of its own hears of Ctrl-C
+    "$CORVANE" "$@" >said 2>&1 &
+    job=$!
+    for _ in {1..1000}; do
+        grep -q "$saying" said && break
+        sleep 0.01
+    done
+    kill -INT $job
+    wait $job || status=$?
+    [[ $status -eq 130 ]] || fail "corvane $*: status $status, not 130: $(tail -n 3 said)"
+    [[ $(tail -n 1 said) == 'corvane: cancelled' ]] || fail "corvane $*: said $(tail -n 3 said)"
+    [[ $(find . | sort) == "$before" ]] || fail "corvane $*: left something behind"
+    [[ $(<out.fits) == older ]] || fail "corvane $*: the old output is gone"
+}
+
 finish() {
     [[ $failures -eq 0 ]] || exit 1
 }

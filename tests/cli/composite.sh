@@ -20,18 +20,14 @@ check 0 '^$' composite -q "$a" "$b" -o quiet.fits --mode mean --points 100,100 -
 check 0 '^$' apply "$a" -o colour.fits to-color
 check 0 '^$' composite colour.fits "$a" -o colour.fits --mode difference --clamp
 
-refuse 2 '--mode is required' composite "$a" "$b" -o out.fits
 refuse 2 '--mode = add: must be sum, mean' composite "$a" "$b" -o out.fits --mode add
 refuse 2 '--angle = nan: must be -360 to 360' composite "$a" "$b" -o out.fits --mode sum --angle nan
 refuse 2 '--ratio must be given' composite "$a" "$b" -o out.fits --mode desaturate
 refuse 2 '--align points needs --points' composite "$a" "$b" -o out.fits --mode sum --align points
 refuse 2 '--points needs --align points' composite "$a" "$b" -o out.fits --mode sum --align none --points 1,2
-refuse 2 '--points = x: is not a number' composite "$a" "$b" -o out.fits --mode sum --points 1,x
 refuse 2 'both must name the same stars' composite "$a" "$b" -o out.fits --mode sum --points 1,2
-refuse 2 '--rect = 1:2:3: must be left:top:right:bottom' composite "$a" "$b" -o out.fits --mode sum --rect 1:2:3
 refuse 1 "$a: --rect = 0:0:999:9: must lie within" composite "$a" "$b" -o out.fits --mode sum --rect 0:0:999:9
 refuse 1 "$b: the star at 900,9" composite "$a" "$b" -o out.fits --mode sum --points 9,9 --overlay-points 900,9
 refuse 1 'has 3 planes;' composite "$a" colour.fits -o out.fits --mode desaturate --ratio 1
 refuse 1 'none/out.fits' composite "$a" "$b" -o none/out.fits --mode sum
-refuse 1 'missing.fits: ' composite "$a" missing.fits -o out.fits --mode sum
 finish

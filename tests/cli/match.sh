@@ -6,9 +6,6 @@ a=night/light_001.fits b=night/light_002.fits
 
 check 0 '^x 0\.0, y 0\.0, rms 0$' match "$a" "$a" --range 6
 check 0 '"x": 0.0,.*"y": 0.0,.*"rms": 0.0' match "$a" "$a" --start 1,-1 --range 8 --json
-# A canvas that is wider on the left moves the image to the right.
-check 0 '^$' mosaic "$a" "$b" -o wide.fits --dx -40 --dy -30 --mode under
-check 0 '^x 40\.0, y 30\.0, rms' match "$a" wide.fits --start 38,30 --range 8
 
 refuse 2 '--start: must be X,Y' match "$a" "$b" --start 1
 refuse 2 '--range = 5000: must be 0 to 1024' match "$a" "$b" --range 5000

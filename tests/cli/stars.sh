@@ -24,7 +24,6 @@ check 0 'colour.fits, plane 1: ' stars colour.fits
 refuse 1 'night/light_001.fits: no star could be measured; star at 9,9: not 900 ' stars "$a" --at 9,9 --sigmas 900
 refuse 1 '--at = 320,5: must lie within the image, 0,0 to 319,239' stars "$a" --at 320,5
 refuse 2 '--at = 5: must be X,Y' stars "$a" --at 5
-refuse 2 '--at = x: is not a number' stars "$a" --at 5,x
 refuse 2 '--sigmas = 0.5: must be 1 to 1000' stars "$a" --sigmas 0.5
 refuse 2 '--limit = -1: must be 1 to 1e\+06' find-stars "$a" --limit -1
 refuse 2 '--json excludes --csv' stars "$a" --csv --json

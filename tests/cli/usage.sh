@@ -21,7 +21,6 @@ refuse 2 '--method = mean: must be median|clipped-median|clipped-mean' stack in.
 refuse 2 '--star' stack in.fits -o out.fits --star 5
 refuse 2 '--memory = 10 potatoes' stack in.fits -o out.fits --memory '10 potatoes'
 refuse 2 'no lights; put them first, or after `--`' stack -o out.fits --bias bias.fits light.fits
-refuse 2 "unknown step 'nothing'" ops nothing
 
 printf '[PrcAutoLevel]\nMin=0.5\nMax = 2 \n' >settings.ini
 CORVANE_CONFIG=settings.ini check 0 'default 0\.5.*default 2' ops auto-levels

@@ -95,12 +95,10 @@ TEST(Mosic, AgreesWithThePlainFormInEveryMode)
 TEST(Mosic, KeepsToTheRectangle)
 {
     CStlImage first = RandomImage({17, 13}, 3, 2);
-    for (const int planes : {1, 3}) {
-        const CStlImage canvas = RandomImage({29, 23}, planes, 1);
-        ExpectToKeepToRects(canvas, [&](CRect* rect) {
-            return Joined(canvas, first, first, {3, 2, 5.5, 4.5, 10.0, 2}, rect);
-        });
-    }
+    const CStlImage canvas = RandomImage({29, 23}, 3, 1);
+    ExpectToKeepToRects(canvas, [&](CRect* rect) {
+        return Joined(canvas, first, first, {3, 2, 5.5, 4.5, 10.0, 2}, rect);
+    });
 }
 
 TEST(Mosic, ReportsRowsAndTakesNullForZero)

@@ -1,6 +1,6 @@
 #include "corvane/core/aligned_row.h"
 
-#include <limits>
+#include <cmath>
 
 #include "tests/support/images.h"
 #include "tests/support/plain.h"
@@ -9,9 +9,6 @@ using namespace corvane;
 using namespace corvane::test;
 
 namespace {
-
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 /// Samples row y into a row of `count` and compares it, bit for bit, with the reader of single samples.
 void Check(const CStlImage& image, const Alignment& a, int y, int count)
@@ -37,7 +34,7 @@ void Check(const CStlImage& image, const Alignment& a, int y, int count)
 TEST(AlignedRow, EqualsTheReaderOfSingleSamples)
 {
     constexpr double kShifts[] = {0.0,   1.0,  -3.0,  0.5, -0.37, 2.999, 1e-17,        -1e-17,        1e-9,
-                                  -1e-9, 3e-6, -1e-5, 1e6, -4e9,  kNan,  0.9999999999, -2.0000000001, kInfinity};
+                                  -1e-9, 3e-6, -1e-5, 1e6, -4e9,  NAN,   0.9999999999, -2.0000000001, INFINITY};
     ForEachImage([&](CStlImage& image) {
         const CfPoint centre(image.GetWidth() * 0.4, image.GetHeight() * 0.6);
         image.SetStdCtr(centre);

@@ -1,6 +1,5 @@
 #include <cmath>
 #include <functional>
-#include <limits>
 
 #include "corvane/core/stl_image.h"
 #include "tests/support/plain.h"
@@ -9,7 +8,7 @@ using namespace corvane::test;
 
 namespace {
 
-constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNone = NAN;
 
 /// Reference pixels, increments (NaN when absent), matrix and its kind.
 using Coordinates = std::vector<double>;

@@ -1,5 +1,5 @@
+#include <cmath>
 #include <cstring>
-#include <limits>
 
 #include "corvane/core/image.h"
 #include "tests/support/plain.h"
@@ -7,9 +7,6 @@
 using namespace corvane::test;
 
 namespace {
-
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 /// Stores v in the image's own format; the integer formats are the low bytes of a larger integer.
 void Store(CImage& image, int x, double v)
@@ -27,13 +24,13 @@ const std::tuple<int, int, int, int, int, std::vector<double>, std::vector<doubl
     {16, 0, -32, 1, 1, {0, 65535}, {10, 131080}},
     {16, 1, -32, 1, 1, {-32768, 32767}, {-65526, 65544}},
     {8, 1, -64, 0, 0, {0, 255}, {0, 255}},
-    {-32, 1, 8, 0, 1, {-1.6, 2.5, 3.5, 300, kNan, kInfinity}, {0, 2, 4, 255, 5, 255}},
-    {-32, 1, 8, 0, 0, {-1.6, 2.5, 3.5, 300, kNan}, {255, 2, 3, 44, 5}},
+    {-32, 1, 8, 0, 1, {-1.6, 2.5, 3.5, 300, NAN, INFINITY}, {0, 2, 4, 255, 5, 255}},
+    {-32, 1, 8, 0, 0, {-1.6, 2.5, 3.5, 300, NAN}, {255, 2, 3, 44, 5}},
     {-64, 1, 16, 1, 1, {-20000, 1.2, 1e300}, {-32768, 12, 32767}},
     {-64, 1, 32, 0, 0, {4294967297.0, -4294967295.9}, {1, 1}},
     {32, 0, -64, 0, 0, {4294967295.0}, {4294967295.0}},
     {32, 1, -64, 1, 0, {-2147483648.0}, {-4294967286.0}},
-    {-32, 1, -32, 0, 1, {0.1F, kNan}, {0.1F, kNan}},
+    {-32, 1, -32, 0, 1, {0.1F, NAN}, {0.1F, NAN}},
 };
 
 } // namespace

@@ -60,17 +60,3 @@ TEST(LabPlanes, TakeTheCentreReportToTheSourceAndNeedRoom)
     EXPECT_EQ(image.MakeLabPlane(), nullptr);
     EXPECT_TRUE(window.Take().empty());
 }
-
-TEST(LabPlanes, AreSampledThroughAnAlignment)
-{
-    CStlImage ab = RandomImage({9, 7}, 2, 3);
-    ab.SetStdCtr(4.0, 3.0);
-    double a = 0.0;
-    double b = 0.0;
-    ab.GetPixelAb(4, 2, 1.0, 0.0, 1.0, 0.0, 2.0, &a, &b, -9.0); // 1 left of and 1 above the centre, turned and doubled
-    EXPECT_EQ(a, ab.GetPixelGrayRaw(2, 5, 0));
-    EXPECT_EQ(b, ab.GetPixelGrayRaw(2, 5, 1));
-    EXPECT_EQ(ab.GetPixelL(4, 2, 1.0, 0.0, 1.0, 0.0, 2.0, -9.0), ab.GetPixelGrayRaw(2, 5, 0));
-    ab.GetPixelAb(0, 0, 1.0, 0.0, 0.0, 1.0, 1.0, &a, &b, -9.0);
-    EXPECT_EQ(std::pair(a, b), std::pair(-9.0, -9.0));
-}

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "corvane/core/stl_image.h"
 #include "tests/support/images.h"
@@ -21,7 +20,7 @@ TEST(Levels, AllPlanesMoveByTheSameFractions)
             EXPECT_DOUBLE_EQ(image.GetLevelMax(p), before.max[p] - moved * 0.25 * before.range[p]);
         }
         image.SetLevel(planes - 1, 5.0, 5.0);
-        EXPECT_EQ(image.To256(6.0, planes - 1), std::numeric_limits<double>::infinity());
+        EXPECT_EQ(image.To256(6.0, planes - 1), INFINITY);
         ASSERT_EQ(image.ChangePlanes(3), 1);
         image.RestoreOrgLevel();
         for (int p = 0; p < 3; ++p) {
@@ -35,7 +34,7 @@ TEST(Levels, AllPlanesMoveByTheSameFractions)
 TEST(Levels, Extremes)
 {
     ForEachImage([](CStlImage& image) {
-        for (const float first : {100.0F, std::numeric_limits<float>::quiet_NaN()}) {
+        for (const float first : {100.0F, NAN}) {
             *image.GetImageAdr(0, 0, 0) = first;
             const Plain plain(image);
             image.CalcMinMax();

@@ -1,4 +1,4 @@
-#include <limits>
+#include <cmath>
 
 #include "io/reader.h"
 #include "tests/io/files.h"
@@ -9,9 +9,6 @@ namespace {
 
 using namespace corvane::io;
 using namespace corvane::test;
-
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 /// Equal numbers, or both NaN.
 bool Same(const std::vector<float>& a, const std::vector<float>& b)
@@ -38,13 +35,13 @@ TEST_F(Fits, ReadsEveryKindOfSample)
         {"unsigned 32", 32, {"BZERO = 2147483648"}, bytes(I32{INT32_MIN, 0, 1, -1}), {0, k31, k31, k31}, 0},
         {"scaled 32", 32, {"BSCALE = 0.5", "BZERO = 10"}, bytes(I32{0, 1, -1, 3}), {10, 10.5, 9.5, 11.5}, 0},
         {"64 bits", 64, {}, bytes(I64{1LL << 40, -1, 0, 7}), {1099511627776.F, -1, 0, 7}, 0},
-        {"floats", -32, {}, bytes(F32{kNan, kInfinity, 1e-42F, -2.5}), {kNan, kInfinity, 1e-42F, -2.5}, 0},
-        {"doubles", -64, {}, bytes(F64{1e300, -1e300, 0.1, 1e-300}), {kInfinity, -kInfinity, 0.1F, 0}, 0},
+        {"floats", -32, {}, bytes(F32{NAN, INFINITY, 1e-42F, -2.5}), {NAN, INFINITY, 1e-42F, -2.5}, 0},
+        {"doubles", -64, {}, bytes(F64{1e300, -1e300, 0.1, 1e-300}), {INFINITY, -INFINITY, 0.1F, 0}, 0},
         {"blank", 16, {"BLANK = -9"}, bytes(I16{-9, 1, 2, -9}), {-9, 1, 2, -9}, -9},
         {"blank, BZERO", 16, {"BLANK = -9", "BZERO = 10"}, bytes(I16{-9, 0, 1, 2}), {1, 10, 11, 12}, 1},
-        {"blank, fine scale", 16, {"BLANK = 0", "BSCALE = 0.1"}, bytes(I16{0, 1, 10, 20}), {kNan, 0.1F, 1, 2}, 0},
-        {"blank, no whole number", 32, {"BLANK = 2", "BZERO = 0.5"}, bytes(I32{2, 1, 0, 3}), {kNan, 1.5, 0.5, 3.5}, 0},
-        {"blank beyond int", 64, {"BLANK = 99999999999"}, bytes(I64{99999999999, 1, 2, 3}), {kNan, 1, 2, 3}, 0},
+        {"blank, fine scale", 16, {"BLANK = 0", "BSCALE = 0.1"}, bytes(I16{0, 1, 10, 20}), {NAN, 0.1F, 1, 2}, 0},
+        {"blank, no whole number", 32, {"BLANK = 2", "BZERO = 0.5"}, bytes(I32{2, 1, 0, 3}), {NAN, 1.5, 0.5, 3.5}, 0},
+        {"blank beyond int", 64, {"BLANK = 99999999999"}, bytes(I64{99999999999, 1, 2, 3}), {NAN, 1, 2, 3}, 0},
         {"blank of floats", -32, {"BLANK = 1"}, bytes(F32{1, 2, 3, 4}), {1, 2, 3, 4}, 0},
     };
     for (const auto& [name, bits, cards, data, samples, blank] : cases) {
@@ -60,15 +57,15 @@ TEST_F(Fits, SavesEveryKindOfSample)
 {
     // Blank 0 is none; of what is loaded, -1.
     const std::tuple<int, int, std::vector<float>, std::vector<float>, int> cases[] = {
-        {-32, 0, {kNan, -kInfinity, 0.1F, 1e-42F}, {kNan, -kInfinity, 0.1F, 1e-42F}, -1},
-        {-32, 7, {7.9F, 6.9F, 8, kNan}, {kNan, 6.9F, 8, kNan}, -1},
-        {-64, 0, {kNan, kInfinity, 0.1F, -3}, {kNan, kInfinity, 0.1F, -3}, -1},
+        {-32, 0, {NAN, -INFINITY, 0.1F, 1e-42F}, {NAN, -INFINITY, 0.1F, 1e-42F}, -1},
+        {-32, 7, {7.9F, 6.9F, 8, NAN}, {NAN, 6.9F, 8, NAN}, -1},
+        {-64, 0, {NAN, INFINITY, 0.1F, -3}, {NAN, INFINITY, 0.1F, -3}, -1},
         {8, 0, {-5, 2.5, 3.5, 1e9F}, {0, 2, 4, 255}, -1},
-        {8, 0, {kNan, 0, -kInfinity, 7}, {0, 1, 1, 7}, 0},
+        {8, 0, {NAN, 0, -INFINITY, 7}, {0, 1, 1, 7}, 0},
         {16, 0, {-1, 0.6F, 65535, 70000}, {0, 1, 65535, 65535}, -1},
-        {16, 100, {100.5, 99, kNan, 0}, {0, 99, 0, 1}, 0},
+        {16, 100, {100.5, 99, NAN, 0}, {0, 99, 0, 1}, 0},
         {32, 0, {0, 16777216, 4294967040.F, 1e20F}, {0, 16777216, 4294967040.F, 4294967296.F}, -1},
-        {32, 0, {kNan, 0, 1, 2}, {0, 1, 1, 2}, 0},
+        {32, 0, {NAN, 0, 1, 2}, {0, 1, 1, 2}, 0},
     };
     for (const auto& [bits, blank, samples, loaded, loadedBlank] : cases) {
         CStlImage image = Numbered(4, 1, 1);
@@ -122,7 +119,7 @@ TEST_F(Fits, LevelsShowEverythingUnlessTheFileSaysMore)
         return std::pair(frame.image.GetLevelMin(0), frame.image.GetLevelMax(0));
     };
     EXPECT_EQ(levels(8, "\x05\x06"), std::pair(0.0, 255.0));
-    EXPECT_EQ(levels(-32, Bytes<float>({-1.5, kNan}, true)), std::pair(-1.5, -0.5));
+    EXPECT_EQ(levels(-32, Bytes<float>({-1.5, NAN}, true)), std::pair(-1.5, -0.5));
     EXPECT_EQ(levels(16, Bytes<std::int16_t>({300, 20}, true)), std::pair(20.0, 300.0));
 }
 

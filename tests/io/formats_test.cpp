@@ -1,5 +1,4 @@
 #include <cmath>
-#include <limits>
 #include <map>
 #include <numeric>
 
@@ -66,13 +65,12 @@ TEST_F(Formats, DecodedFramesShareABound)
 
 TEST_F(Formats, RefuseWhatTheyCannotHold)
 {
-    const float nan = std::numeric_limits<float>::quiet_NaN();
     const std::tuple<const char*, int, std::vector<float>, std::string> cases[] = {
         {"a.png", 0, {0, 65536}, "holds counts from 0 to 65535, the samples are 0 to 65536; save as FITS"},
         {"a.png", 8, {0, 256}, "holds counts from 0 to 255"},
         {"a.png", 0, {-1, 5}, "the samples are -1 to 5"},
         {"a.png", 0, {0.25, 1}, "the samples are 0.25 to 1"},
-        {"a.png", 0, {nan, 5}, "cannot hold undefined samples"},
+        {"a.png", 0, {NAN, 5}, "cannot hold undefined samples"},
         {"a.png", -32, {1, 2}, "-32 bits cannot be saved in this format; it has 16, 8"},
         {"a.tif", 16, {7, 5}, "cannot hold undefined samples"},
         {"a.fits", 64, {1, 2}, "64 bits"},
@@ -215,7 +213,7 @@ TEST_F(Formats, PictureShowsLevelsTheRightWayUp)
         for (int p = 0; p < planes; ++p) {
             image.SetLevel(p, 10.0 * p, 100.0 + 50.0 * p);
         }
-        *image.GetImageAdr(2, 1, 0) = std::numeric_limits<float>::quiet_NaN();
+        *image.GetImageAdr(2, 1, 0) = NAN;
         for (const bool bottomUp : {false, true}) {
             SavePicture(Path("a.png"), image, bottomUp);
             const CStlImage picture = Load(Path("a.png")).image;

@@ -1,6 +1,6 @@
 #include "io/header.h"
 
-#include <limits>
+#include <cmath>
 
 #include <gtest/gtest.h>
 
@@ -42,7 +42,7 @@ TEST(Header, WritesNumbersThatReadBackToTheBit)
         EXPECT_EQ(header.Number("VALUE"), value);
         EXPECT_NE(header.Text("VALUE")->find('.'), std::string::npos) << "a whole number would read as an integer";
     }
-    header.Set("VALUE", std::numeric_limits<double>::quiet_NaN());
+    header.Set("VALUE", NAN);
     EXPECT_FALSE(header.Text("VALUE"));
     EXPECT_EQ(header.Cards().size(), 1U);
 }

@@ -2,7 +2,6 @@
 
 #include "examples/night/colour_filters.h"
 #include "examples/night/night.h"
-#include "stack/find_stars.h"
 #include "tests/stack/test_night.h"
 
 namespace corvane::stack {
@@ -27,19 +26,12 @@ night::NightSettings Drifting(double fwhm = 3.0, const char* bayer = "")
     return settings;
 }
 
-const FieldStar* StarAt(const StarField& field, const night::Star& at)
-{
-    const auto isThere = [&](const FieldStar& s) { return s.IsUsable() && std::hypot(s.x - at.x, s.y - at.y) < 1.5; };
-    const auto star = std::find_if(field.stars.begin(), field.stars.end(), isThere);
-    return star == field.stars.end() ? nullptr : &*star;
-}
-
 } // namespace
 
 class AlignStarsTest : public Night {
 protected:
     /// Saves a light of a night; "turned.fits" as a mount gives it that was turned over.
-    std::string SaveLight(const std::string& name, const night::Night& night, int i, double exposure = 60.0)
+    std::string SaveLight(const std::string& name, const night::Night& night, int i)
     {
         CStlImage image = ToImage(night.Light(i).counts);
         std::string pattern = night.Settings().bayer;
@@ -47,7 +39,7 @@ protected:
             std::reverse(image.GetImageAdr(0, 0, 0), image.GetImageAdr(0, 0, 0) + kSide * kSide);
             std::reverse(pattern.begin(), pattern.end());
         }
-        return Save(name, image, exposure, [&](io::Header& header) { header.Set("BAYERPAT", pattern); });
+        return Save(name, image, 60.0, [&](io::Header& header) { header.Set("BAYERPAT", pattern); });
     }
 };
 
@@ -114,9 +106,9 @@ TEST_F(AlignStarsTest, MosaicsBecomeStarsInTheirColours)
         const StarField green = FindFieldStars(result.image, 1);
         const StarField field = FindFieldStars(result.image, plane);
         for (const night::Star& truth : night.StarsOf(0)) {
-            const FieldStar* const star = StarAt(field, truth);
-            const FieldStar* const other = StarAt(green, truth);
-            if (truth.flux > 60000.0 && star != nullptr && other != nullptr) {
+            const FieldStar* const star = StarAt(field, truth.x, truth.y);
+            const FieldStar* const other = StarAt(green, truth.x, truth.y);
+            if (truth.flux > 60000.0 && star && other && star->IsUsable() && other->IsUsable()) {
                 const auto share = [&](char filter) { return night::StarShare(filter, truth.redness); };
                 EXPECT_NEAR(star->flux / other->flux * share('G') / share("RGB"[plane]), 1.0, 0.1);
                 EXPECT_NEAR(std::hypot(star->x - other->x, star->y - other->y), 0.0, 0.15);
@@ -135,25 +127,9 @@ TEST_F(AlignStarsTest, LeavesOutByNameWhatDoesNotShowTheField)
     const night::Night night(settings);
     const CStlImage light = ToImage(night.Light(1).counts);
     const auto mirror = [&](int x, int y, int) { return light.GetPixelGrayRaw(kSide - 1 - x, y, 0); };
-    CStlImage hot = Sky(kSide, kSide, 1, {});
-    CStlImage saturated(hot);
-    test::Random random(5);
-    for (int i = 0; i < 3000; ++i) {
-        const int x = random.Whole(1, kSide - 2);
-        const int y = random.Whole(1, kSide - 2);
-        hot.SetPixelGrayRaw(x, y, static_cast<float>(500 + 20 * i), 0);
-        for (int k = 0; k < 9; ++k) {
-            saturated.SetPixelGrayRaw(x + k % 3 - 1, y + k / 3 - 1, 65535.0F, 0);
-        }
-    }
     const std::pair<std::string, const char*> bad[] = {
         {Save("starless.fits", Sky(kSide, kSide, 1, {})), "0 usable stars"},
-        {Save("two.fits", Sky(kSide, kSide, 1, {{200, 200, 9000}, {410, 320, 5000}})), "2 usable stars"},
-        {Save("undefined.fits", Make(kSide, kSide, 1, [](int, int, int) { return std::nan(""); })), "0 usable stars"},
-        {Save("hot.fits", hot), "star"},
-        {Save("saturated.fits", saturated), "stars"},
         {SaveLight("other.fits", night, 2), "stars"},
-        {SaveLight("longer.fits", night, 2, 600.0), "stars"},
         {Save("mirrored.fits", Make(kSide, kSide, 1, mirror)), "mirror"},
         {SaveLight("cloudy.fits", night, 3), "times the light of the reference's"},
     };
@@ -164,7 +140,7 @@ TEST_F(AlignStarsTest, LeavesOutByNameWhatDoesNotShowTheField)
     }
     options.referenceFile = options.lights[0];
     const Registration lights = stack::Register(options);
-    const std::string error = Thrown([&] { stack::Run(options); });
+    const std::string error = ErrorOf([&] { stack::Run(options); });
     EXPECT_PRED2(Holds, error, "good.fits: no other light can be stacked with it: ");
     for (std::size_t i = 0; i < std::size(bad); ++i) {
         const FrameReport& left = lights.frames[i + 1];
@@ -172,7 +148,6 @@ TEST_F(AlignStarsTest, LeavesOutByNameWhatDoesNotShowTheField)
         EXPECT_PRED2(Holds, error, left.file + ": " + left.reason);
         EXPECT_EQ(left.weight, 0.0);
     }
-    EXPECT_EQ(lights.frames[6].reason, lights.frames[7].reason) << "its exposure does not matter";
 }
 
 TEST_F(AlignStarsTest, BringsLightsToTheReferenceAndCoversWhatTheyHave)
@@ -188,28 +163,25 @@ TEST_F(AlignStarsTest, BringsLightsToTheReferenceAndCoversWhatTheyHave)
     options.referenceFile = options.lights[1];
     options.method = CombineMethod::kClippedMean;
     options.wantsCoverage = true;
-    const Result any = stack::Run(options);
-    options.coverage = Coverage::kAll;
-    const Result all = stack::Run(options);
-    const Alignment placed = any.frames[0].PlacedAbout(CfPoint(kSide / 2, kSide / 2));
+    const Result result = stack::Run(options);
+    const Alignment placed = result.frames[0].PlacedAbout(CfPoint(kSide / 2, kSide / 2));
     for (int i = 0; i < kSide * kSide; ++i) {
-        const auto sample = [=](const CStlImage& image) { return image.GetPixelGrayRaw(i % kSide, i / kSide, 0); };
         const Position at = placed.Map(i % kSide, i / kSide);
-        const bool isInside = at.x >= 0.0 && at.y >= 0.0 && at.x < kSide && at.y < kSide;
-        ASSERT_EQ(sample(any.coverage), isInside && at.x <= kSide - 1 ? 2.0 : 1.0) << i;
-        ASSERT_EQ(sample(all.image) == static_cast<float>(all.image.GetBlank()), !isInside) << i;
+        const bool isInside = at.x >= 0.0 && at.y >= 0.0 && at.x <= kSide - 1 && at.y < kSide;
+        ASSERT_EQ(result.coverage.GetPixelGrayRaw(i % kSide, i / kSide, 0), isInside ? 2.0 : 1.0) << i;
     }
-    const StarField field = FindFieldStars(any.image, 0);
+    const StarField field = FindFieldStars(result.image, 0);
     EXPECT_NEAR(field.sky, 500.0 + 60.0 * (settings.sky + settings.darkCurrent) / settings.gain, 1.0);
-    std::vector<double> ratios; // 1.5 % of a star's light falls beside the aperture
+    double seen = 0.0;
+    double drawn = 0.0;
     for (const night::Star& truth : night.StarsOf(0)) {
-        if (const FieldStar* const star = StarAt(field, truth)) {
-            ratios.push_back(star->flux * settings.gain / truth.flux);
+        const FieldStar* const star = StarAt(field, truth.x, truth.y);
+        if (truth.flux > 60000.0 && star && star->IsUsable()) {
+            seen += star->flux * settings.gain;
+            drawn += truth.flux;
         }
     }
-    std::sort(ratios.begin(), ratios.end());
-    ASSERT_GT(ratios.size(), 100U);
-    EXPECT_NEAR(ratios[ratios.size() / 2], 0.985, 0.015);
+    EXPECT_NEAR(seen / drawn, 0.985, 0.015); // the rest falls beside the aperture
 }
 
 } // namespace corvane::stack

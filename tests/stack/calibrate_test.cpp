@@ -48,30 +48,26 @@ protected:
     static double MeanOf(const Values& flat) { return Make(kWidth, kHeight, 1, flat).GetAvrGrayRaw(0); }
 };
 
-TEST_F(CalibrateTest, TakesOffBiasOrDarkAsItIs)
+TEST_F(CalibrateTest, TakesOffBiasOrDarkScaledAboveTheBias)
 {
-    Options options;
-    options.lights = SaveAll("light", {Light}, 60.0, 3);
-    options.bias = SaveAll("bias", Scattered(Bias), 0.0);
-    ExpectStack(options, [](int x, int y, int p) { return Light(x, y, p) - Bias(x, y, p); });
-
-    const Values dark = [](int x, int y, int p) { return Bias(x, y, p) + 60.2 * Current(x, y, p); };
-    options.darks = SaveAll("dark", {dark}, 60.2); // within half a per cent
-    ExpectStack(options, [&](int x, int y, int p) { return std::max(Light(x, y, p) - dark(x, y, p), 0.0); });
-    options.bias.clear();
-    ExpectStack(options, [&](int x, int y, int p) { return std::max(Light(x, y, p) - dark(x, y, p), 0.0); });
-}
-
-TEST_F(CalibrateTest, ScalesTheDarkOfAnotherExposureAboveTheBias)
-{
-    Options options;
-    options.lights = SaveAll("light", {Light}, 90.0, 3);
-    options.bias = SaveAll("bias", {Bias}, 0.0, 3);
-    options.darks =
-        SaveAll("dark", Scattered([](int x, int y, int p) { return Bias(x, y, p) + 60 * Current(x, y, p); }), 60.0);
-    ExpectStack(options, [](int x, int y, int p) {
-        return std::max(Light(x, y, p) - static_cast<float>(Bias(x, y, p) + 90 * Current(x, y, p)), 0.0);
-    });
+    const auto dark = [](double exposure) -> Values {
+        return [=](int x, int y, int p) { return Bias(x, y, p) + exposure * Current(x, y, p); };
+    };
+    const auto above = [](const Values& taken) -> Values {
+        return [=](int x, int y, int p) { return std::max(Light(x, y, p) - static_cast<float>(taken(x, y, p)), 0.0); };
+    };
+    const std::tuple<std::vector<Values>, std::vector<Values>, double, Values> cases[] = {
+        {Scattered(Bias), {}, 0.0, above(Bias)},
+        {Scattered(Bias), {dark(60.2)}, 60.2, above(dark(60.2))}, // within half a per cent
+        {{}, {dark(60.2)}, 60.2, above(dark(60.2))},
+        {{Bias}, Scattered(dark(40.0)), 40.0, above(dark(60.0))}};
+    for (const auto& [bias, darks, exposure, expected] : cases) {
+        Options options;
+        options.lights = SaveAll("light", {Light}, 60.0, 3);
+        options.bias = SaveAll("bias", bias, 0.0);
+        options.darks = SaveAll("dark", darks, exposure);
+        ExpectStack(options, expected);
+    }
 }
 
 TEST_F(CalibrateTest, KeepsNoiseBelowZeroAboveThePedestal)
@@ -86,48 +82,40 @@ TEST_F(CalibrateTest, KeepsNoiseBelowZeroAboveThePedestal)
     EXPECT_EQ(stack::Run(options).header.Number("PEDESTAL"), -2.5);
 }
 
-TEST_F(CalibrateTest, BringsFlatsToOneLevelBeforeTheirMedian)
+TEST_F(CalibrateTest, BringsFlatsAboveTheirDarkToOneLevelBeforeTheirMedian)
 {
-    Options options;
-    options.lights = SaveAll("light", {Light}, 60.0, 3);
-    options.bias = SaveAll("bias", {Bias}, 0.0);
-    std::vector<Values> flats;
-    for (const double level : {1.0, 0.25, 2.0}) { // without levelling the first would be the median everywhere
-        flats.emplace_back([=](int x, int y, int p) {
+    std::vector<Values> lamps; // of which the first would be the median everywhere, were they not levelled
+    std::vector<double> means;
+    for (const double level : {1.0, 0.25, 2.0}) {
+        lamps.emplace_back([=](int x, int y, int p) {
             const double star = x == 5 && y == 40 * level ? 500 : 0; // in one of the flats at each place
-            return Bias(x, y, p) + level * (Vignette(x, y, p) + star);
+            return level * (Vignette(x, y, p) + star);
         });
+        means.push_back(MeanOf(lamps.back()));
     }
-    options.flats = SaveAll("flat", flats, 2.0);
-    const auto level = [](const Values& flat) {
-        return MeanOf([&](int x, int y, int p) { return flat(x, y, p) - Bias(x, y, p); });
-    };
-    const double levels[] = {level(flats[0]), level(flats[1]), level(flats[2])};
     const Values master = [&](int x, int y, int p) {
         std::vector<double> values;
         for (std::size_t i = 0; i < 3; ++i) {
-            values.push_back((flats[i](x, y, p) - Bias(x, y, p)) * levels[0] / levels[i]);
+            values.push_back(lamps[i](x, y, p) * means[0] / means[i]);
         }
         std::sort(values.begin(), values.end());
         return values[1];
     };
-    const double mean = MeanOf(master);
-    ExpectStack(options, [&](int x, int y, int p) {
-        return (Light(x, y, p) - Bias(x, y, p)) * mean / static_cast<float>(master(x, y, 0));
-    });
-}
-
-TEST_F(CalibrateTest, FlatDarksStandBeforeTheBias)
-{
     Options options;
-    options.lights = SaveAll("light", {Light}, 60.0);
+    options.lights = SaveAll("light", {Light}, 60.0, 3);
     options.bias = SaveAll("bias", {Bias}, 0.0);
-    options.flats = SaveAll("flat", {Vignette}, 2.0);
-    const Values flatDark = [](int x, int y, int p) { return 2 * Bias(x, y, p); };
-    options.flatDarks = SaveAll("flatdark", {flatDark}, 2.0);
-    const Values flat = [&](int x, int y, int p) { return Vignette(x, y, p) - flatDark(x, y, p); };
-    const double mean = MeanOf(flat);
-    ExpectStack(options, [&](int x, int y, int p) { return (Light(x, y, p) - Bias(x, y, p)) * mean / flat(x, y, p); });
+    for (const int dark : {1, 2}) { // times the bias, which stands for a dark of the flats where there is none
+        const auto flatDark = [=](int x, int y, int p) { return dark * Bias(x, y, p); };
+        std::vector<Values> flats;
+        for (const Values& lamp : lamps) {
+            flats.emplace_back([=](int x, int y, int p) { return lamp(x, y, p) + flatDark(x, y, p); });
+        }
+        options.flats = SaveAll("flat", flats, 2.0);
+        options.flatDarks = dark == 1 ? std::vector<std::string>() : SaveAll("flatdark", {flatDark}, 2.0);
+        ExpectStack(options, [&, mean = MeanOf(master)](int x, int y, int p) {
+            return (Light(x, y, p) - Bias(x, y, p)) * mean / static_cast<float>(master(x, y, 0));
+        });
+    }
 }
 
 } // namespace corvane::stack

@@ -53,9 +53,10 @@ TEST_F(PreparedLightsTest, BandsOfAMosaicBecomeTheColoursOfTheWhole)
 {
     std::vector<std::int16_t> samples(301 * 150);
     test::Random random(3);
-    std::generate(samples.begin(), samples.end(), [&] { return static_cast<std::int16_t>(random.Whole(-60, 3000)); });
-    std::replace_if(
-        samples.begin(), samples.end(), [](int s) { return s < 0; }, std::int16_t{-32768});
+    for (std::int16_t& sample : samples) {
+        const int s = random.Whole(-60, 3000);
+        sample = static_cast<std::int16_t>(s < 0 ? -32768 : s);
+    }
     Options options;
     options.lights = {
         Write("mosaic.fits", test::Hdu(test::Cards(16, {301, 150}, {"BLANK   = -32768", "BAYERPAT= 'GBRG'"}),

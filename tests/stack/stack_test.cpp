@@ -15,9 +15,11 @@ double Ramp(int x, int y, int)
 
 class RunTest : public Night {
 protected:
-    std::string SaveRamp(const std::string& name, double exposure = 60.0, int width = 20, int planes = 1)
+    std::string SaveRamp(const std::string& name, double exposure = 60.0, int width = 20, int planes = 1,
+                         const char* pattern = "")
     {
-        return Save(name, Make(width, 16, planes, Ramp), exposure);
+        return Save(name, Make(width, 16, planes, Ramp), exposure,
+                    [=](io::Header& header) { header.Set("BAYERPAT", pattern); });
     }
 };
 
@@ -62,46 +64,41 @@ TEST_F(RunTest, WrongInputIsAnErrorThatNamesIt)
     const std::string colour = SaveRamp("colour.fits", 60.0, 20, 3);
     const std::string shorter = SaveRamp("short.fits", 30.0);
     const std::string black = Save("black.fits", Make(20, 16, 1, [](int, int, int) { return 0; }));
-    const auto saveMosaic = [&](const char* name, const char* pattern) {
-        return Save(name, Make(20, 16, 1, Ramp), 60.0, [=](io::Header& header) { header.Set("BAYERPAT", pattern); });
-    };
-    const std::string mosaic = saveMosaic("mosaic.fits", "RGGB");
-    const std::string xtrans = saveMosaic("xtrans.fits", "XTRANS");
+    const std::string mosaic = SaveRamp("mosaic.fits", 60.0, 20, 1, "RGGB");
+    const std::string xtrans = SaveRamp("xtrans.fits", 60.0, 20, 1, "XTRANS");
     Options base;
     base.lights = {light};
     base.align = AlignMethod::kShift;
     base.size = 8;
     const std::pair<std::function<void(Options&)>, const char*> cases[] = {
-        {[](Options& o) { o.lights.clear(); }, "option LIGHT: no file is not allowed; it takes one or more lights"},
+        {[](Options& o) { o.lights.clear(); }, "LIGHT: no file is not allowed; it takes one or more lights"},
         {[&](Options& o) { o.lights.push_back(Path("./light.fits")); }, "each light once"},
         {[&](Options& o) { o.lights.push_back(wide); },
          "wide.fits: the light is 24 x 16 (1 plane), but the first light"},
         {[&](Options& o) { o.lights.push_back(colour); }, "colour.fits: the light is 20 x 16 (3 planes), but"},
         {[&](Options& o) { o.bias = {wide}; }, "wide.fits: the bias is 24 x 16 (1 plane), but the light"},
         {[&](Options& o) { o.flats = {black}; }, "black.fits: the flat cannot be used"},
-        {[&](Options& o) { o.flatDarks = {light}; }, "option --flat-dark: "},
+        {[&](Options& o) { o.flatDarks = {light}; }, "--flat-dark: "},
         {[&](Options& o) { o.darks = {shorter}; },
          "light.fits: the light has 60 s, but the darks have 30 s: add --bias"},
         {[&](Options& o) {
-             o.darks.assign({shorter, light});
+             o.darks = {shorter, light};
          },
          "light.fits: the dark has 60 s, but the dark"},
-        {[](Options& o) { o.search = -1; }, "option --search: -1 is not allowed; it takes 0 to 2048"},
-        {[](Options& o) { o.pedestal = std::nan(""); }, "option --pedestal: nan is not allowed; it takes 0 to 1e+09"},
-        {[](Options& o) { o.size = 32; }, "option --size: 32 is not allowed; it takes at most 16, the smaller side"},
+        {[](Options& o) { o.search = -1; }, "--search: -1 is not allowed; it takes 0 to 2048"},
+        {[](Options& o) { o.pedestal = std::nan(""); }, "--pedestal: nan is not allowed; it takes 0 to 1e+09"},
+        {[](Options& o) { o.size = 32; }, "--size: 32 is not allowed; it takes at most 16, the smaller side"},
         {[](Options& o) { o.reference.emplace(PixelPlace(20, 3)); },
-         "option --star: 20,3 is not allowed; it takes 0,0 to 19,15"},
-        {[](Options& o) { o.referenceFile = "other.fits"; },
-         "option --reference: other.fits is not allowed; it takes one"},
-        {[](Options& o) { o.rejectFwhm = -1.0; }, "option --reject-fwhm: -1 is not allowed; it takes 0 to 1000"},
-        {[](Options& o) { o.cosmetic = true; }, "option --cosmetic: alone is not allowed; it takes darks"},
-        {[&](Options& o) { o.lights = {mosaic}, o.mosaic = MosaicUse::kKeep; }, "option --bayer: none is not allowed"},
+         "--star: 20,3 is not allowed; it takes 0,0 to 19,15"},
+        {[](Options& o) { o.referenceFile = "other.fits"; }, "--reference: other.fits is not allowed; it takes one"},
+        {[](Options& o) { o.cosmetic = true; }, "--cosmetic: alone is not allowed; it takes darks"},
+        {[&](Options& o) { o.lights = {mosaic}, o.mosaic = MosaicUse::kKeep; }, "--bayer: none is not allowed"},
         {[&](Options& o) { o.lights = {xtrans}; }, "xtrans.fits: its mosaic XTRANS is no Bayer pattern"},
     };
     for (const auto& [change, text] : cases) {
         Options options = base;
         change(options);
-        EXPECT_PRED2(Holds, Thrown([&] { stack::Run(options); }), text);
+        EXPECT_PRED2(Holds, ErrorOf([&] { stack::Run(options); }), text);
     }
 }
 
@@ -132,7 +129,7 @@ TEST_F(RunTest, EscapeStopsEveryStage)
     EXPECT_EQ(texts, expected);
     for (stopAt = 1; stopAt <= expected.size(); ++stopAt) {
         texts.clear();
-        EXPECT_EQ(Thrown([&] { stack::Run(options); }), "cancelled") << expected[stopAt - 1];
+        EXPECT_EQ(ErrorOf([&] { stack::Run(options); }), "cancelled") << expected[stopAt - 1];
         EXPECT_EQ(texts.size(), stopAt);
     }
     platform::DestroyMessageWindow(window);

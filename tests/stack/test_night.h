@@ -1,16 +1,19 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <random>
-#include <utility>
 
 #include "io/frame.h"
+#include "stack/find_stars.h"
 #include "stack/stack.h"
 #include "tests/io/files.h"
+#include "tests/support/error_of.h"
 
 namespace corvane::stack {
 
+using test::ErrorOf;
 using test::Make;
 
 /// Frames made for a test, in a folder of their own that goes with it.
@@ -61,21 +64,12 @@ inline bool Holds(const std::string& text, const std::string& part)
     return text.find(part) != std::string::npos;
 }
 
-/// What an action throws, as "KIND: TEXT" without the folder; fails when it throws nothing.
-template <class Action>
-std::string Thrown(Action action)
+/// The first star of a field within two pixels of a place; null where there is none.
+inline const FieldStar* StarAt(const StarField& field, double x, double y)
 {
-    try {
-        action();
-    } catch (const OptionError& error) {
-        return std::string("option ") + error.what();
-    } catch (const io::Error& error) {
-        return std::filesystem::path(error.Path()).filename().string() + ": " + error.Reason();
-    } catch (const Cancelled& error) {
-        return error.what();
-    }
-    ADD_FAILURE() << "nothing was thrown";
-    return "";
+    const auto isNear = [=](const FieldStar& s) { return std::hypot(s.x - x, s.y - y) < 2.0; };
+    const auto star = std::find_if(field.stars.begin(), field.stars.end(), isNear);
+    return star == field.stars.end() ? nullptr : &*star;
 }
 
 } // namespace corvane::stack

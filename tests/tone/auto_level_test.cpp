@@ -15,15 +15,10 @@ namespace {
 
 using Pair = std::pair<double, double>;
 
-double Luminance(double r, double g, double b)
-{
-    return 0.299 * r + 0.587 * g + 0.114 * b;
-}
-
 /// The sample of a plane, or with plane -1 the luminance.
 double Value(const Plain& image, int x, int y, int plane)
 {
-    return plane >= 0 ? image.At(x, y, plane) : Luminance(image.At(x, y, 0), image.At(x, y, 1), image.At(x, y, 2));
+    return plane >= 0 ? image.At(x, y, plane) : image.Bright([&](int p) { return image.At(x, y, p); });
 }
 
 /// The values that statistics are taken from.
@@ -106,11 +101,12 @@ Pair PlainGet(const CStlImage& source, const CRect* rect)
 {
     const Plain image(source);
     CRect area = corvane::WorkingArea(source, rect);
-    const auto shown = [&](int x, int y, int p) { return image.To256(image.At(x, y, p), p); };
     const auto [least, most] = Extremes(image, [&](int x, int y) {
-        return !area.PtInRect({x, y}) ? NAN
-               : image.Colour()       ? Luminance(shown(x, y, 0), shown(x, y, 1), static_cast<float>(shown(x, y, 2)))
-                                      : image.At(x, y, 0);
+        const auto shown = [&](int p) {
+            const double v = image.To256(image.At(x, y, p), p);
+            return p == 2 ? static_cast<float>(v) : v;
+        };
+        return !area.PtInRect({x, y}) ? NAN : image.Colour() ? image.Bright(shown) : image.At(x, y, 0);
     });
     if (least > most) { // no pixel
         return {0.0, 1.0};

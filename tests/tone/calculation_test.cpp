@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include "tests/support/progress_window.h"
 #include "tests/tone/mapped.h"
 
 using namespace corvane::test;
@@ -34,8 +33,9 @@ TEST(Calculation, EqualsThePlainFormInEveryMode)
             for (const int clip : {0, 1}) {
                 SCOPED_TRACE(testing::Message() << "mode " << mode << ", value " << value << ", clip " << clip);
                 ExpectMapped<CImgCalculation>(
+                    "Calculating...",
                     [&](CImgCalculation& operation, CStlImage* source, CRect* rect) {
-                        operation.Do(value, mode, clip, source, rect, 0);
+                        operation.Do(value, mode, clip, source, rect, 1);
                     },
                     [&](double v, int, const Plain& image) { return Calculated(v, value, mode, clip, image); });
             }
@@ -56,20 +56,4 @@ TEST(Calculation, TakesTheBlankValueOfTheResult)
     EXPECT_EQ(Samples(operation), (std::vector<float>{-32768.4F, 0.0F, 0.0F, 0.0F}));
     operation.Do(5e-324, 3, 0, &source, nullptr, 0); // its reciprocal is beyond all numbers
     EXPECT_EQ(Samples(operation), (std::vector<float>{-32768.4F, -INFINITY, 0.0F, -INFINITY}));
-}
-
-TEST(Calculation, ReportsItsTextOnlyWhenAsked)
-{
-    ProgressWindow window;
-    CStlImage source = RandomImage({4, 3}, 1, 1);
-    CStlImage empty;
-    for (CStlImage* image : {&source, &empty}) {
-        image->SetProgressHandle(window.Handle());
-        CImgCalculation operation(*image);
-        operation.Do(1.0, 0, 0, image, nullptr, 0);
-        EXPECT_TRUE(window.Take().empty());
-        operation.Do(1.0, 0, 0, image, nullptr, 1);
-        const auto rows = static_cast<std::size_t>(image->GetHeight());
-        EXPECT_EQ(window.Take(), Counted("Calculating...", image->GetHeight(), std::vector<int>(rows, 1)));
-    }
 }

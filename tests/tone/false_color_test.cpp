@@ -2,7 +2,6 @@
 
 #include <array>
 
-#include "tests/support/progress_window.h"
 #include "tests/tone/mapped.h"
 
 using namespace corvane::test;
@@ -72,31 +71,25 @@ TEST(FalseColor, GivesTheColoursOfTheMaps)
             }
         }
     }
-    EXPECT_EQ(GetFalseColor(43.0F, 1, 1), (Colour{0.0F, 1.9921875F, 255.0F}));
-    EXPECT_EQ(GetFalseColor(100.5F, 3, 1), (Colour{255.0F, 46.5F, 0.0F}));
     EXPECT_EQ(GetFalseColor(NAN, 9, 2), (Colour{0.0F, 0.0F, 0.0F}));
 }
 
 TEST(FalseColor, EqualsThePlainForm)
 {
-    ForEachImage([](CStlImage& source) {
-        ForEachRect(source, [&](CRect* rect) {
-            CImgFalseColor operation(source);
-            if (!source.IsColor()) {
-                operation.ToColor();
-            }
-            operation.CImage::SetLevel(2, -4.0, 77.0); // levels of the result's own
-            const Plain before(operation);
-            const Plain from(source);
-            const Plain expected = before.Map([&](double v, int x, int y, int p) {
-                const bool inside = rect == nullptr || rect->PtInRect({x, y});
-                const Colour colour = PlainColour(Place(from, x, y, 30.0, 150.0), 1, 3);
-                return inside ? before.ToRaw(colour[static_cast<std::size_t>(p)], p) : v;
+    struct InColour : CImgFalseColor {
+        explicit InColour(const CStlImage& source) : CImgFalseColor(source) { ToColor(); }
+    };
+    for (const double low : {30.0, 150.0}) { // equal levels leave the ends of the map
+        ExpectArea<InColour>(
+            nullptr,
+            [=](CImgFalseColor& operation, CStlImage* source, CRect* rect) {
+                operation.Do(low, 150.0, 1, 3, source, rect, 0);
+            },
+            [=](int x, int y, int p, const Plain& from, const Plain& to) {
+                const Colour colour = PlainColour(Place(from, x, y, low, 150.0), 1, 3);
+                return to.ToRaw(colour[static_cast<std::size_t>(p)], p);
             });
-            operation.Do(30.0, 150.0, 1, 3, &source, rect, 0);
-            EXPECT_TRUE(Agree(operation, expected, 1, 1e-13 * 210.0));
-        });
-    });
+    }
 }
 
 TEST(FalseColor, ReportsARowAtATimeAndNeedsThreePlanes)
@@ -109,10 +102,6 @@ TEST(FalseColor, ReportsARowAtATimeAndNeedsThreePlanes)
     EXPECT_TRUE(Agree(operation, Plain(source)) && window.Take().empty());
     operation.ToColor();
     window.Take();
-    operation.Do(50.0, 50.0, 0, 1, &source, nullptr, 1);
+    operation.Do(0.0, 100.0, 0, 1, &source, nullptr, 1);
     EXPECT_EQ(window.Take(), Counted("Applying false color...", 20, std::vector<int>(20, 1)));
-    for (int x = 0; x < 300; ++x) { // equal levels leave the ends of the map: blue and red
-        EXPECT_FLOAT_EQ(operation.GetPixelGray256f(x, 9, 1), 0.0F);
-        EXPECT_NEAR(operation.GetPixelGray256f(x, 9, 0) + operation.GetPixelGray256f(x, 9, 2), 255.0F, 1e-4F);
-    }
 }

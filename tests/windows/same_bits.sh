@@ -3,6 +3,7 @@
 # A line that differs names the operation whose result depends on the system.
 set -euo pipefail
 
+[[ -x $1 ]] || { echo "$1 is missing: cmake --build --preset release --target corvane_checksum" >&2; exit 1; }
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 "$1" >"$work/here.txt"

@@ -48,8 +48,8 @@ HANDLE OpenTemporary(const std::filesystem::path& folder)
     if (GetTempFileNameW(folder.c_str(), L"crv", 0, path) == 0) {
         return INVALID_HANDLE_VALUE;
     }
-    const HANDLE file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                                    FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    HANDLE file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                              FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         DeleteFileW(path);
     }
@@ -69,7 +69,7 @@ void AllocateSpace(HANDLE file, std::uint64_t bytes)
 // The view keeps the mapping alive after its handle is closed.
 unsigned char* Map(HANDLE file, std::uint64_t bytes)
 {
-    const HANDLE mapping = CreateFileMappingA(file, nullptr, PAGE_READWRITE, 0, 0, nullptr);
+    HANDLE mapping = CreateFileMappingA(file, nullptr, PAGE_READWRITE, 0, 0, nullptr);
     if (mapping == nullptr) {
         AfxThrowMemoryException();
     }

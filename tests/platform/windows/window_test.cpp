@@ -5,7 +5,6 @@
 
 #include "corvane/corvane.h"
 #include "tests/support/images.h"
-#include "tests/support/progress_window.h"
 
 using namespace corvane;
 
