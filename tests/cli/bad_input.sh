@@ -23,6 +23,7 @@ check 1 '"error": "no such file".*"width": 120' info --json missing.fits "${ligh
 
 refuse 1 'light.*: dark: file = .*: is 90 x 120 .*the image is 120 x 90' \
     apply "${lights[0]}" -o out.fits "dark:file=$(echo turned/dark*)"
+refuse 1 "turned/dark.*90 x 120" stack "${lights[@]}" -o out.fits --dark turned/dark*
 refuse 1 './out.png: is named for two outputs' stack "${lights[@]}" -o out.png --preview ./out.png
 refuse 1 'is both input and output' stack "${lights[@]}" -o "night/../${lights[1]}"
 refuse 1 'is both input and output' stack "${lights[0]}[0]" -o "${lights[0]}"

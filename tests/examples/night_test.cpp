@@ -26,15 +26,39 @@ NightSettings Quiet()
     return s;
 }
 
+double Sum(const Plane& plane)
+{
+    return std::accumulate(plane.samples.begin(), plane.samples.end(), 0.0);
+}
+
 } // namespace
 
-TEST(Draw, StarsMayLieAcrossTheEdgeAndBeyond)
+TEST(Draw, StarsKeepFluxPlaceAndWidth)
 {
-    Plane plane(41, 41);
-    AddStar(plane, {-0.5, 20.0, 1e6, 3.0}, Profile::kGaussian); // half of it falls outside, of the next ones all
-    AddStar(plane, {1e7, 20.0, 1e6, 3.0}, Profile::kMoffat);
-    AddStar(plane, {20.0, -60.0, 1e6, 3.0}, Profile::kMoffat);
-    EXPECT_NEAR(std::accumulate(plane.samples.begin(), plane.samples.end(), 0.0), 0.5e6, 20.0);
+    for (const Profile profile : {Profile::kGaussian, Profile::kMoffat}) {
+        for (const double fwhm : {1.6, 6.0}) {
+            Plane plane(121, 99);
+            AddStar(plane, {60.37, 48.81, 1e6, fwhm}, profile);
+            double x = 0.0;
+            double y = 0.0;
+            for (int i = 0; i < 121 * 99; ++i) {
+                x += i % 121 * 1e-6 * plane.Row(0)[i];
+                y += i / 121 * 1e-6 * plane.Row(0)[i];
+            }
+            EXPECT_NEAR(Sum(plane), 1e6, 50.0) << fwhm;
+            EXPECT_NEAR(x, 60.37, 5e-3) << fwhm;
+            EXPECT_NEAR(y, 48.81, 5e-3) << fwhm;
+        }
+        Plane wide(201, 201);
+        AddStar(wide, {100.0, 100.0, 1e6, 24.0}, profile);
+        EXPECT_NEAR(wide.Row(100)[112] / wide.Row(100)[100], 0.5, 0.002);
+        EXPECT_NEAR(wide.Row(88)[100] / wide.Row(100)[100], 0.5, 0.002);
+    }
+    Plane edge(41, 41);
+    AddStar(edge, {-0.5, 20.0, 1e6, 3.0}, Profile::kGaussian); // half of it falls outside, of the next ones all
+    AddStar(edge, {1e7, 20.0, 1e6, 3.0}, Profile::kMoffat);
+    AddStar(edge, {20.0, -60.0, 1e6, 3.0}, Profile::kMoffat);
+    EXPECT_NEAR(Sum(edge), 0.5e6, 20.0);
 }
 
 TEST(Night, NoiseIsThatOfPhotonsAndReading)
@@ -83,6 +107,28 @@ TEST(Night, TheSeedDecidesEveryBit)
     };
     EXPECT_EQ(checksum(1), 7134216429332776754U); // the same on every machine and from every compiler
     EXPECT_NE(checksum(2), checksum(1));
+}
+
+TEST(Night, StarsOfATrailedLightAreDrawnOut)
+{
+    NightSettings settings = Quiet();
+    settings.sky = 0.0;
+    settings.ownStars = {{90.0, 75.0, 1e6, 3.0}};
+    settings.profile = Profile::kGaussian;
+    settings.driftX = settings.driftY = 0.0;
+    settings.trailedLights = {2};
+    const Night night(settings);
+    const auto moment = [&](int light, double ux, double uy) {
+        const Plane scene = night.SceneOf(light);
+        double sum = 0.0;
+        for (int i = 0; i < 180 * 150; ++i) {
+            const double t = (i % 180 - 90.0) * ux + (i / 180 - 75.0) * uy;
+            sum += t * t * 1e-6 * scene.samples[static_cast<std::size_t>(i)];
+        }
+        return sum;
+    };
+    EXPECT_NEAR(moment(2, 0.8, 0.6) - moment(1, 0.8, 0.6), 15.0 * 15.0 / 12.0, 0.05);
+    EXPECT_NEAR(moment(2, -0.6, 0.8), moment(1, -0.6, 0.8), 0.001);
 }
 
 TEST(Night, SaysWhichSettingIsWrong)

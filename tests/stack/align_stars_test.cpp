@@ -31,7 +31,7 @@ night::NightSettings Drifting(double fwhm = 3.0, const char* bayer = "")
 class AlignStarsTest : public Night {
 protected:
     /// Saves a light of a night; "turned.fits" as a mount gives it that was turned over.
-    std::string SaveLight(const std::string& name, const night::Night& night, int i)
+    std::string SaveLight(const std::string& name, const night::Night& night, int i, double exposure = 60.0)
     {
         CStlImage image = ToImage(night.Light(i).counts);
         std::string pattern = night.Settings().bayer;
@@ -39,7 +39,7 @@ protected:
             std::reverse(image.GetImageAdr(0, 0, 0), image.GetImageAdr(0, 0, 0) + kSide * kSide);
             std::reverse(pattern.begin(), pattern.end());
         }
-        return Save(name, image, 60.0, [&](io::Header& header) { header.Set("BAYERPAT", pattern); });
+        return Save(name, image, exposure, [&](io::Header& header) { header.Set("BAYERPAT", pattern); });
     }
 };
 
@@ -130,6 +130,7 @@ TEST_F(AlignStarsTest, LeavesOutByNameWhatDoesNotShowTheField)
     const std::pair<std::string, const char*> bad[] = {
         {Save("starless.fits", Sky(kSide, kSide, 1, {})), "0 usable stars"},
         {SaveLight("other.fits", night, 2), "stars"},
+        {SaveLight("longer.fits", night, 2, 600.0), "stars"},
         {Save("mirrored.fits", Make(kSide, kSide, 1, mirror)), "mirror"},
         {SaveLight("cloudy.fits", night, 3), "times the light of the reference's"},
     };
@@ -148,6 +149,7 @@ TEST_F(AlignStarsTest, LeavesOutByNameWhatDoesNotShowTheField)
         EXPECT_PRED2(Holds, error, left.file + ": " + left.reason);
         EXPECT_EQ(left.weight, 0.0);
     }
+    EXPECT_EQ(lights.frames[2].reason, lights.frames[3].reason) << "its exposure does not matter";
 }
 
 TEST_F(AlignStarsTest, BringsLightsToTheReferenceAndCoversWhatTheyHave)
