@@ -33,7 +33,7 @@ void ExpectArea(const char* text, Run run, Value value)
         });
         window.Take();
         run(operation, &source, rect);
-        EXPECT_TRUE(Agree(operation, expected, 1, 2e-11));
+        EXPECT_TRUE(Agree(operation, expected, 1, 1.8e-11));
         const int rows = WorkingArea(operation, rect).Height() * before.planes;
         const std::vector<int> steps(static_cast<std::size_t>(std::max(rows, 0)), 1);
         EXPECT_EQ(window.Take(), text != nullptr ? Counted(text, rows, steps) : std::vector<std::string>());
@@ -95,7 +95,7 @@ void ExpectSteps(double steps, Run run, Value value)
         const Plain plain(row);
         run(operation, &row, nullptr);
         const auto expected = [&](double v, int, int, int p) { return value(v, p, plain); };
-        EXPECT_TRUE(Agree(operation, plain.Map(expected), 1, 1e-10 * std::fabs(plain.range[0])));
+        EXPECT_TRUE(Agree(operation, plain.Map(expected), 1, 1e-13 * std::fabs(plain.range[0])));
     }
 }
 
