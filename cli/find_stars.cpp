@@ -8,15 +8,15 @@
 #include "cli/session.h"
 #include "cli/star_map.h"
 #include "cli/star_words.h"
-#include "stack/measure_stars.h"
-#include "stack/text.h"
+#include "corvane/core/text.h"
+#include "stars/measure_stars.h"
 
 namespace corvane::cli {
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-Table TableOf(const stack::StarField& field)
+Table TableOf(const stars::StarField& field)
 {
     Table table;
     table.columns = {{"star", 0},
@@ -29,32 +29,32 @@ Table TableOf(const stack::StarField& field)
                      {"fwhm", 2},
                      {"elongation", 2},
                      {"flags", kWords}};
-    for (const stack::FieldStar& star : field.stars) {
+    for (const stars::FieldStar& star : field.stars) {
         table.rows.push_back(Json::array({table.rows.size() + 1, star.x, star.y, star.peak, star.sky, star.noise,
-                                          star.flux, star.fwhm, star.elongation, stack::FlagWords(star)}));
+                                          star.flux, star.fwhm, star.elongation, stars::FlagWords(star)}));
     }
     return table;
 }
 
 /// How many stars have each flag; a star may have several.
-std::map<std::string, int> CountFlags(const stack::StarField& field)
+std::map<std::string, int> CountFlags(const stars::StarField& field)
 {
     std::map<std::string, int> counts;
-    for (const stack::FieldStar& star : field.stars) {
-        for (const std::string& word : stack::FlagWords(star)) {
+    for (const stars::FieldStar& star : field.stars) {
+        for (const std::string& word : stars::FlagWords(star)) {
             ++counts[word];
         }
     }
     return counts;
 }
 
-int CountUsable(const stack::StarField& field)
+int CountUsable(const stars::StarField& field)
 {
     return static_cast<int>(std::count_if(field.stars.begin(), field.stars.end(),
-                                          [](const stack::FieldStar& star) { return star.IsUsable(); }));
+                                          [](const stars::FieldStar& star) { return star.IsUsable(); }));
 }
 
-Json FieldJson(const StarWords& words, int plane, const stack::StarField& field)
+Json FieldJson(const StarWords& words, int plane, const stars::StarField& field)
 {
     return {{"file", words.input},
             {"plane", plane},
@@ -66,7 +66,7 @@ Json FieldJson(const StarWords& words, int plane, const stack::StarField& field)
             {"flags", CountFlags(field)}};
 }
 
-std::string SummaryOf(const StarWords& words, int plane, const stack::StarField& field)
+std::string SummaryOf(const StarWords& words, int plane, const stars::StarField& field)
 {
     std::string flags;
     for (const auto& [word, count] : CountFlags(field)) {
@@ -74,14 +74,14 @@ std::string SummaryOf(const StarWords& words, int plane, const stack::StarField&
     }
     return words.input + ", plane " + std::to_string(plane) + ": " + std::to_string(field.stars.size()) +
            (field.stars.size() == 1 ? " star" : " stars") + ", " + std::to_string(CountUsable(field)) + " usable" +
-           flags + "\nsky " + stack::NumberText(field.sky, 3) + ", noise " + stack::NumberText(field.noise, 3) +
-           ", median FWHM " + stack::NumberText(field.fwhm, 2) + " pixels\n";
+           flags + "\nsky " + NumberText(field.sky, 3) + ", noise " + NumberText(field.noise, 3) + ", median FWHM " +
+           NumberText(field.fwhm, 2) + " pixels\n";
 }
 
-std::vector<Mark> MarksOf(const stack::StarField& field)
+std::vector<Mark> MarksOf(const stars::StarField& field)
 {
     std::vector<Mark> marks;
-    for (const stack::FieldStar& star : field.stars) {
+    for (const stars::FieldStar& star : field.stars) {
         marks.push_back({star.x, star.y, star.fwhm, star.IsUsable()});
     }
     return marks;
@@ -93,7 +93,7 @@ int FindStars(const StarWords& words)
     io::Frame frame = io::Load(words.input);
     ThrowIfCancelled();
     const int plane = ChosenPlane(words, frame.image);
-    const stack::StarField field = FindIn(words, frame.image, plane);
+    const stars::StarField field = FindIn(words, frame.image, plane);
     ThrowIfCancelled();
     if (!words.map.empty()) {
         SaveStarMap(words.map, frame, MarksOf(field));

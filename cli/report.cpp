@@ -7,9 +7,9 @@
 
 #include "cli/report_page.h"
 #include "cli/table.h"
+#include "corvane/core/text.h"
 #include "io/error.h"
 #include "io/output_file.h"
-#include "stack/text.h"
 
 namespace corvane::cli {
 namespace {

@@ -7,13 +7,12 @@
 #include <vector>
 
 #include "cli/svg.h"
-#include "stack/text.h"
+#include "corvane/core/text.h"
 
 namespace corvane::cli {
 namespace {
 
 using stack::FrameReport;
-using stack::NumberText;
 
 constexpr Rgb kUsed{45, 75, 155};
 constexpr Rgb kLeftOut{215, 65, 45};

@@ -5,13 +5,13 @@
 #include <vector>
 
 #include "cli/svg.h"
-#include "stack/text.h"
+#include "corvane/core/text.h"
 
 namespace corvane::cli {
 namespace {
 
 using Anchor = Svg::Anchor;
-using stack::kRegions;
+using stars::kRegions;
 
 constexpr Rgb kDark{60, 60, 60};
 constexpr Rgb kPale{190, 190, 190};
@@ -33,10 +33,10 @@ constexpr int kScaleLabels = 4; // intervals between them
 /// From widths to colours.
 class Scale {
 public:
-    explicit Scale(const stack::FieldWidths& widths)
+    explicit Scale(const stars::FieldWidths& widths)
     {
         std::vector<double> sorted;
-        for (const stack::MeasuredStar& star : widths.stars) {
+        for (const stars::MeasuredStar& star : widths.stars) {
             if (star.IsUsed()) {
                 sorted.push_back(star.fwhm);
             }
@@ -108,19 +108,19 @@ void DrawAxes(const Area& area, Svg& svg)
     const double stepX = std::max(NiceStep(area.field.width / 6.0), 1.0);
     for (double x = 0.0; x < area.field.width; x += stepX) {
         svg.Line(area.X(x), area.Bottom(), area.X(x), area.Bottom() + 5.0, kDark);
-        svg.Text(area.X(x), area.Bottom() + 20.0, stack::NumberText(x, 0), 12.0, Anchor::kMiddle);
+        svg.Text(area.X(x), area.Bottom() + 20.0, NumberText(x, 0), 12.0, Anchor::kMiddle);
     }
     const double stepY = std::max(NiceStep(area.field.height / 6.0), 1.0);
     for (double y = 0.0; y < area.field.height; y += stepY) {
         svg.Line(kLeft - 5.0, area.Y(y), kLeft, area.Y(y), kDark);
-        svg.Text(kLeft - 9.0, area.Y(y) + 4.0, stack::NumberText(y, 0), 12.0, Anchor::kEnd);
+        svg.Text(kLeft - 9.0, area.Y(y) + 4.0, NumberText(y, 0), 12.0, Anchor::kEnd);
     }
     svg.Text(kLeft + area.Width() / 2.0, area.Bottom() + 42.0, "x [pixels]", 13.0, Anchor::kMiddle);
     svg.Text(kLeft, kTop - 10.0, "y [pixels]", 13.0, Anchor::kEnd);
 }
 
 /// The widest first, so that no star hides under another one.
-void DrawStars(const Area& area, const stack::FieldWidths& widths, const Scale& scale, Svg& svg)
+void DrawStars(const Area& area, const stars::FieldWidths& widths, const Scale& scale, Svg& svg)
 {
     std::vector<std::size_t> order;
     for (std::size_t i = 0; i < widths.stars.size(); ++i) {
@@ -131,10 +131,10 @@ void DrawStars(const Area& area, const stack::FieldWidths& widths, const Scale& 
     const auto isWider = [&](std::size_t a, std::size_t b) { return widths.stars[a].fwhm > widths.stars[b].fwhm; };
     std::stable_sort(order.begin(), order.end(), isWider);
     for (const std::size_t i : order) {
-        const stack::MeasuredStar& star = widths.stars[i];
+        const stars::MeasuredStar& star = widths.stars[i];
         svg.Disc(area.X(star.x), area.Y(star.y), 3.5 + 4.5 * scale.Part(star.fwhm), scale.Colour(star.fwhm),
-                 "star " + std::to_string(i + 1) + " at " + stack::NumberText(star.x, 1) + ", " +
-                     stack::NumberText(star.y, 1) + ": FWHM " + stack::NumberText(star.fwhm, 2));
+                 "star " + std::to_string(i + 1) + " at " + NumberText(star.x, 1) + ", " + NumberText(star.y, 1) +
+                     ": FWHM " + NumberText(star.fwhm, 2));
     }
 }
 
@@ -154,22 +154,22 @@ void DrawScale(double left, const Scale& scale, Svg& svg)
         const double part = static_cast<double>(i) / kScaleLabels;
         const double y = top + (1.0 - part) * kScaleHeight;
         svg.Line(left + kScaleWidth, y, left + kScaleWidth + 5.0, y, kDark);
-        svg.Text(left + kScaleWidth + 9.0, y + 4.0, stack::NumberText(scale.Width(part), 2), 12.0);
+        svg.Text(left + kScaleWidth + 9.0, y + 4.0, NumberText(scale.Width(part), 2), 12.0);
     }
 }
 
-void DrawRegions(double left, const PlottedField& field, const stack::FieldWidths& widths, const Scale& scale, Svg& svg)
+void DrawRegions(double left, const PlottedField& field, const stars::FieldWidths& widths, const Scale& scale, Svg& svg)
 {
     const double top = kTop + kScaleHeight + 72.0;
     svg.Text(left, top - 10.0, "Mean of each part (stars)");
     for (int row = 0; row < kRegions; ++row) {
         for (int column = 0; column < kRegions; ++column) {
-            const stack::Region& region = widths.regions[field.bottomUp ? kRegions - 1 - row : row][column];
+            const stars::Region& region = widths.regions[field.bottomUp ? kRegions - 1 - row : row][column];
             const double x = left + column * kCellWidth;
             const double y = top + row * kCellHeight;
             if (region.stars > 0) {
                 svg.Rectangle(x, y, kCellWidth, kCellHeight, Paled(scale.Colour(region.fwhm)));
-                svg.Text(x + kCellWidth / 2.0, y + 19.0, stack::NumberText(region.fwhm, 2), 14.0, Anchor::kMiddle);
+                svg.Text(x + kCellWidth / 2.0, y + 19.0, NumberText(region.fwhm, 2), 14.0, Anchor::kMiddle);
             }
             svg.Text(x + kCellWidth / 2.0, y + 35.0, std::string("(").append(std::to_string(region.stars)) + ")", 11.0,
                      Anchor::kMiddle);
@@ -180,15 +180,15 @@ void DrawRegions(double left, const PlottedField& field, const stack::FieldWidth
 
 } // namespace
 
-std::string PlotWidths(const PlottedField& field, const stack::FieldWidths& widths)
+std::string PlotWidths(const PlottedField& field, const stars::FieldWidths& widths)
 {
     const Area area(field);
     const Scale scale(widths);
     const double panel = area.Right() + kBeside;
     Svg svg(panel + kPanelWidth + 30.0, kTop + std::max(area.Height(), kPanelHeight) + 60.0);
     const std::string stars = std::to_string(widths.used) + (widths.used == 1 ? " star" : " stars");
-    svg.Text(kLeft, 26.0,
-             field.name + ": " + stars + ", median FWHM " + stack::NumberText(widths.medianFwhm, 2) + " pixels", 17.0);
+    svg.Text(kLeft, 26.0, field.name + ": " + stars + ", median FWHM " + NumberText(widths.medianFwhm, 2) + " pixels",
+             17.0);
     DrawAxes(area, svg);
     DrawStars(area, widths, scale, svg);
     DrawScale(panel, scale, svg);

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "stack/measure_stars.h"
+#include "stars/measure_stars.h"
 
 namespace corvane::cli {
 
@@ -16,6 +16,6 @@ struct PlottedField {
 
 /// Draws the widths of the stars that count over the field, as SVG: a disc for each, larger and redder with its width,
 /// a scale from the 5th to the 95th percentile, and the mean of each of 3 x 3 parts.
-std::string PlotWidths(const PlottedField& field, const stack::FieldWidths& widths);
+std::string PlotWidths(const PlottedField& field, const stars::FieldWidths& widths);
 
 } // namespace corvane::cli

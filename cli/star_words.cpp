@@ -5,10 +5,10 @@
 
 #include "catalogue/numbers.h"
 #include "cli/picture.h"
+#include "corvane/core/text.h"
 #include "io/error.h"
 #include "stack/options.h"
 #include "stack/register.h"
-#include "stack/text.h"
 
 namespace corvane::cli {
 namespace {
@@ -69,14 +69,14 @@ int ChosenPlane(const StarWords& words, const CStlImage& image)
     return plane;
 }
 
-stack::StarField FindIn(const StarWords& words, const CStlImage& image, int plane)
+stars::StarField FindIn(const StarWords& words, const CStlImage& image, int plane)
 {
-    stack::FindOptions options = words.find;
+    stars::FindOptions options = words.find;
     options.limit = static_cast<std::size_t>(words.limit);
-    stack::StarField field = stack::FindFieldStars(image, plane, options);
+    stars::StarField field = stars::FindFieldStars(image, plane, options);
     if (field.stars.empty()) {
         throw io::Error(words.input,
-                        "no star rises " + stack::NumberText(words.find.sigmas) + " standard deviations above the sky");
+                        "no star rises " + NumberText(words.find.sigmas) + " standard deviations above the sky");
     }
     return field;
 }

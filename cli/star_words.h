@@ -8,7 +8,7 @@
 
 #include "cli/table.h"
 #include "io/frame.h"
-#include "stack/find_stars.h"
+#include "stars/find_stars.h"
 
 namespace corvane::cli {
 
@@ -16,8 +16,8 @@ namespace corvane::cli {
 struct StarWords {
     std::string input;
     std::optional<int> plane;
-    int limit = static_cast<int>(stack::FindOptions{}.limit);
-    stack::FindOptions find; ///< without the limit
+    int limit = static_cast<int>(stars::FindOptions{}.limit);
+    stars::FindOptions find; ///< without the limit
     std::string map;
     bool json = false;
     bool csv = false;
@@ -34,7 +34,7 @@ void CheckStarWords(const StarWords& words, const std::vector<std::string>& outp
 int ChosenPlane(const StarWords& words, const CStlImage& image);
 
 /// Finds the stars of a plane. Throws io::Error when there is none.
-stack::StarField FindIn(const StarWords& words, const CStlImage& image, int plane);
+stars::StarField FindIn(const StarWords& words, const CStlImage& image, int plane);
 
 /// What is printed: JSON, CSV, or for people the table with a summary below it.
 void PrintStars(const StarWords& words, const Table& table, nlohmann::ordered_json json, const std::string& summary);

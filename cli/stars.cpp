@@ -12,11 +12,11 @@
 #include "cli/star_map.h"
 #include "cli/star_plot.h"
 #include "cli/star_words.h"
+#include "corvane/core/text.h"
 #include "io/error.h"
 #include "io/metadata.h"
 #include "io/output_file.h"
-#include "stack/measure_stars.h"
-#include "stack/text.h"
+#include "stars/measure_stars.h"
 
 namespace corvane::cli {
 namespace {
@@ -84,15 +84,14 @@ std::vector<CPoint> PixelsOf(const std::vector<NamedStar>& places, const WidthWo
 }
 
 /// Why one star does not count, "star at 12,34: saturated"; a named one is called as it was named.
-std::string FaultOf(const WidthWords& words, const stack::FieldWidths& widths, std::size_t i)
+std::string FaultOf(const WidthWords& words, const stars::FieldWidths& widths, std::size_t i)
 {
-    const stack::MeasuredStar& star = widths.stars[i];
-    const std::string place =
-        words.at.empty() ? stack::NumberText(star.x, 1) + "," + stack::NumberText(star.y, 1) : words.at[i];
+    const stars::MeasuredStar& star = widths.stars[i];
+    const std::string place = words.at.empty() ? NumberText(star.x, 1) + "," + NumberText(star.y, 1) : words.at[i];
     return "star at " + place + ": " + star.fault;
 }
 
-[[noreturn]] void FailWithout(const WidthWords& words, const stack::FieldWidths& widths)
+[[noreturn]] void FailWithout(const WidthWords& words, const stars::FieldWidths& widths)
 {
     constexpr std::size_t kMostTold = 3;
     std::string faults;
@@ -103,7 +102,7 @@ std::string FaultOf(const WidthWords& words, const stack::FieldWidths& widths, s
     throw io::Error(words.stars.input, "no star could be measured" + faults);
 }
 
-void WarnOfFaults(const WidthWords& words, const stack::FieldWidths& widths)
+void WarnOfFaults(const WidthWords& words, const stars::FieldWidths& widths)
 {
     for (std::size_t i = 0; i < words.at.size(); ++i) {
         if (!widths.stars[i].IsUsed()) {
@@ -112,24 +111,24 @@ void WarnOfFaults(const WidthWords& words, const stack::FieldWidths& widths)
     }
 }
 
-stack::FieldWidths Measure(const WidthWords& words, const std::vector<NamedStar>& places, io::Frame& frame, int plane)
+stars::FieldWidths Measure(const WidthWords& words, const std::vector<NamedStar>& places, io::Frame& frame, int plane)
 {
     const double sigmas = words.stars.find.sigmas;
     if (!places.empty()) {
-        return stack::MeasureStars(frame.image, plane, PixelsOf(places, words, frame.image), sigmas);
+        return stars::MeasureStars(frame.image, plane, PixelsOf(places, words, frame.image), sigmas);
     }
-    const stack::StarField field = FindIn(words.stars, frame.image, plane);
+    const stars::StarField field = FindIn(words.stars, frame.image, plane);
     ThrowIfCancelled();
-    return stack::MeasureStars(frame.image, plane, field.stars, sigmas);
+    return stars::MeasureStars(frame.image, plane, field.stars, sigmas);
 }
 
-Table TableOf(const stack::FieldWidths& widths)
+Table TableOf(const stars::FieldWidths& widths)
 {
     Table table;
     table.columns = {
         {"star", 0}, {"x", 2},         {"y", 2}, {"peak", kSignificant}, {"sky", kSignificant}, {"flux", kSignificant},
         {"fwhm", 2}, {"fault", kWords}};
-    for (const stack::MeasuredStar& star : widths.stars) {
+    for (const stars::MeasuredStar& star : widths.stars) {
         const bool isMeasured = star.fwhm > 0.0;
         table.rows.push_back(
             Json::array({table.rows.size() + 1, star.x, star.y, star.peak, star.sky,
@@ -138,12 +137,12 @@ Table TableOf(const stack::FieldWidths& widths)
     return table;
 }
 
-Json FieldJson(const WidthWords& words, int plane, const stack::FieldWidths& widths)
+Json FieldJson(const WidthWords& words, int plane, const stars::FieldWidths& widths)
 {
     Json regions = Json::array();
     for (const auto& row : widths.regions) {
         Json parts = Json::array();
-        for (const stack::Region& region : row) {
+        for (const stars::Region& region : row) {
             parts.push_back({{"used", region.stars}, {"mean_fwhm", region.stars > 0 ? Json(region.fwhm) : Json()}});
         }
         regions.push_back(parts);
@@ -154,12 +153,12 @@ Json FieldJson(const WidthWords& words, int plane, const stack::FieldWidths& wid
 }
 
 /// The means of the parts of the field, as they lie in a picture.
-std::string RegionsText(const stack::FieldWidths& widths, bool bottomUp)
+std::string RegionsText(const stars::FieldWidths& widths, bool bottomUp)
 {
     std::string text;
-    for (int i = 0; i < stack::kRegions; ++i) {
-        for (const stack::Region& region : widths.regions[bottomUp ? stack::kRegions - 1 - i : i]) {
-            const std::string mean = region.stars > 0 ? stack::NumberText(region.fwhm, 2) : "-";
+    for (int i = 0; i < stars::kRegions; ++i) {
+        for (const stars::Region& region : widths.regions[bottomUp ? stars::kRegions - 1 - i : i]) {
+            const std::string mean = region.stars > 0 ? NumberText(region.fwhm, 2) : "-";
             const std::string cell = mean + " (" + std::to_string(region.stars) + ")";
             text += std::string(cell.size() < 14 ? 14 - cell.size() : 1, ' ') + cell;
         }
@@ -168,25 +167,25 @@ std::string RegionsText(const stack::FieldWidths& widths, bool bottomUp)
     return text;
 }
 
-std::string SummaryOf(const WidthWords& words, int plane, const stack::FieldWidths& widths, bool bottomUp)
+std::string SummaryOf(const WidthWords& words, int plane, const stars::FieldWidths& widths, bool bottomUp)
 {
     return words.stars.input + ", plane " + std::to_string(plane) + ": " + std::to_string(widths.stars.size()) +
            (widths.stars.size() == 1 ? " star, " : " stars, ") + std::to_string(widths.used) + " used\nFWHM mean " +
-           stack::NumberText(widths.meanFwhm, 2) + ", median " + stack::NumberText(widths.medianFwhm, 2) +
+           NumberText(widths.meanFwhm, 2) + ", median " + NumberText(widths.medianFwhm, 2) +
            " pixels\nmean (stars) in the parts of the picture:\n" + RegionsText(widths, bottomUp);
 }
 
-std::vector<Mark> MarksOf(const stack::FieldWidths& widths)
+std::vector<Mark> MarksOf(const stars::FieldWidths& widths)
 {
     std::vector<Mark> marks;
-    for (const stack::MeasuredStar& star : widths.stars) {
+    for (const stars::MeasuredStar& star : widths.stars) {
         marks.push_back({star.x, star.y, star.fwhm, star.IsUsed()});
     }
     return marks;
 }
 
 /// Both pictures or none.
-void SavePictures(const WidthWords& words, io::Frame& frame, const stack::FieldWidths& widths)
+void SavePictures(const WidthWords& words, io::Frame& frame, const stars::FieldWidths& widths)
 {
     std::optional<io::OutputFile> plot;
     if (!words.plot.empty()) {
@@ -210,7 +209,7 @@ int Stars(const WidthWords& words, const Session& session)
     io::Frame frame = io::Load(words.stars.input);
     ThrowIfCancelled();
     const int plane = ChosenPlane(words.stars, frame.image);
-    const stack::FieldWidths widths = Measure(words, places, frame, plane);
+    const stars::FieldWidths widths = Measure(words, places, frame, plane);
     ThrowIfCancelled();
     if (widths.used == 0) {
         FailWithout(words, widths);

@@ -4,7 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "stack/text.h"
+#include "corvane/core/text.h"
 
 namespace corvane::cli {
 namespace {
@@ -19,7 +19,7 @@ std::string Attribute(const std::string& name, const std::string& value)
 
 std::string Attribute(const std::string& name, double value)
 {
-    return Attribute(name, stack::NumberText(value, kDigits));
+    return Attribute(name, NumberText(value, kDigits));
 }
 
 std::string Attribute(const std::string& name, const Rgb& colour)

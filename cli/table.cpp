@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cstddef>
 
-#include "stack/text.h"
+#include "corvane/core/text.h"
 
 namespace corvane::cli {
 namespace {
@@ -13,10 +13,10 @@ using Json = nlohmann::ordered_json;
 
 constexpr int kSampleDigits = 7; // samples are floats
 
-std::string NumberText(double value, int digits)
+std::string CellNumber(double value, int digits)
 {
     if (digits >= 0) {
-        return stack::NumberText(value, digits);
+        return NumberText(value, digits);
     }
     char text[40];
     const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::general, kSampleDigits).ptr;
@@ -29,7 +29,7 @@ std::string CellText(const Json& cell, int digits)
         return {};
     }
     if (cell.is_number()) {
-        return NumberText(cell.get<double>(), digits);
+        return CellNumber(cell.get<double>(), digits);
     }
     if (cell.is_string()) {
         return cell.get<std::string>();

@@ -6,11 +6,11 @@
 #include <string>
 #include <utility>
 
+#include "corvane/core/text.h"
 #include "io/error.h"
-#include "stack/match_fields.h"
 #include "stack/progress.h"
-#include "stack/robust.h"
-#include "stack/text.h"
+#include "stars/match_fields.h"
+#include "stars/robust.h"
 
 namespace corvane::stack {
 
@@ -21,7 +21,7 @@ constexpr std::size_t kMostTries = 5;     // of references that most other light
 constexpr double kPairDistance = 2.0;     // pixels between a star and its place in the reference
 constexpr double kLeastLight = 1.0 / 3.0; // of the reference's, for the same exposure
 
-using Stars = std::vector<FieldStar>;
+using Stars = std::vector<stars::FieldStar>;
 
 /// The lights that may be the reference, best first: those that show most of the stars, the sharpest before the others;
 /// or the one that the options name.
@@ -56,9 +56,9 @@ double ExposureRatio(const std::optional<double>& light, const std::optional<dou
 std::optional<double> FluxRatio(const Stars& reference, const Stars& stars, const Alignment& alignment)
 {
     std::vector<double> ratios;
-    for (const FieldStar& star : reference) {
+    for (const stars::FieldStar& star : reference) {
         const Position at = alignment.Map(star.x, star.y);
-        const auto isSame = [&](const FieldStar& other) {
+        const auto isSame = [&](const stars::FieldStar& other) {
             return other.IsUsable() && std::hypot(other.x - at.x, other.y - at.y) < kPairDistance;
         };
         const auto found = std::find_if(stars.begin(), stars.end(), isSame);
@@ -66,7 +66,7 @@ std::optional<double> FluxRatio(const Stars& reference, const Stars& stars, cons
             ratios.push_back(found->flux / star.flux);
         }
     }
-    return ratios.empty() ? std::nullopt : std::optional(MedianOf(ratios));
+    return ratios.empty() ? std::nullopt : std::optional(stars::MedianOf(ratios));
 }
 
 /// Clouds: to bring such a light to the brightness of the others would bring up its noise as much.
@@ -81,7 +81,7 @@ void LeaveOutFaint(double exposureRatio, FrameReport& report)
 void Place(const Options& options, const CfPoint& centre, const Stars& reference, const Stars& stars,
            FrameReport& report)
 {
-    const FieldMatch match = MatchFields(reference, stars, centre, {options.alignsScale, true});
+    const stars::FieldMatch match = stars::MatchFields(reference, stars, centre, {options.alignsScale, true});
     report.residual = match.residual;
     report.matched = match.stars;
     if (!match.reason.empty() || match.isMirrored) {

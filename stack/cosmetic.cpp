@@ -5,8 +5,8 @@
 #include <limits>
 #include <numeric>
 
+#include "corvane/core/text.h"
 #include "stack/normalise.h"
-#include "stack/text.h"
 
 namespace corvane::stack {
 

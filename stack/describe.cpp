@@ -5,10 +5,10 @@
 #include <span>
 #include <string>
 
+#include "corvane/core/text.h"
 #include "io/bayer.h"
 #include "io/metadata.h"
 #include "stack/names.h"
-#include "stack/text.h"
 
 namespace corvane::stack {
 

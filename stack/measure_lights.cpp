@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
+#include "corvane/core/text.h"
 #include "stack/progress.h"
-#include "stack/robust.h"
-#include "stack/text.h"
+#include "stars/robust.h"
 
 namespace corvane::stack {
 
@@ -31,10 +31,10 @@ struct Wanted {
     bool Anything() const { return stars || levels; }
 };
 
-void LookForStars(const CStlImage& image, FrameReport& report, std::vector<FieldStar>& stars)
+void LookForStars(const CStlImage& image, FrameReport& report, std::vector<stars::FieldStar>& stars)
 {
-    StarField field = FindFieldStars(image, StarPlane(image));
-    const auto isUsable = [](const FieldStar& star) { return star.IsUsable(); };
+    stars::StarField field = stars::FindFieldStars(image, StarPlane(image));
+    const auto isUsable = [](const stars::FieldStar& star) { return star.IsUsable(); };
     const auto unusable = std::stable_partition(field.stars.begin(), field.stars.end(), isUsable);
     report.stars = static_cast<int>(unusable - field.stars.begin());
     report.fwhm = field.fwhm;
@@ -75,7 +75,7 @@ void Apply(const Limit& limit, std::vector<FrameReport>& reports)
     for (const FrameReport& report : reports) {
         values.push_back(limit.value(report));
     }
-    const RobustLevel set = MeasureLevel(values);
+    const stars::RobustLevel set = stars::MeasureLevel(values);
     const double sigma = std::max(set.deviation, kLeastSpread * std::fabs(set.median));
     for (std::size_t i = 0; i < reports.size(); ++i) {
         const double sigmas = limit.side * (values[i] - set.median) / sigma;

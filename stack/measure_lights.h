@@ -2,18 +2,18 @@
 
 #include <vector>
 
-#include "stack/find_stars.h"
 #include "stack/frame_report.h"
 #include "stack/light_frames.h"
 #include "stack/normalise.h"
 #include "stack/options.h"
+#include "stars/find_stars.h"
 
 namespace corvane::stack {
 
 /// What was measured of a light besides what its report tells.
 struct SeenLight {
-    std::vector<FieldStar> stars;   ///< the brightest of those that can be used, then of the others
-    std::vector<FrameLevel> levels; ///< of each plane
+    std::vector<stars::FieldStar> stars; ///< the brightest of those that can be used, then of the others
+    std::vector<FrameLevel> levels;      ///< of each plane
 };
 
 /// Measures of every light what the options ask for, and enters it in the reports. Of a light without a defined sample

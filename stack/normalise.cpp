@@ -5,7 +5,7 @@
 #include <span>
 
 #include "corvane/core/blank.h"
-#include "stack/robust.h"
+#include "stars/robust.h"
 
 namespace corvane::stack {
 
@@ -45,8 +45,8 @@ public:
 
     FrameLevel Level()
     {
-        const RobustLevel level = MeasureLevel(std::move(samples_));
-        return {level.median, level.deviation, MeasureLevel(std::move(differences_)).deviation / kDifference};
+        const stars::RobustLevel level = stars::MeasureLevel(std::move(samples_));
+        return {level.median, level.deviation, stars::MeasureLevel(std::move(differences_)).deviation / kDifference};
     }
 
 private:

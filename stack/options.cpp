@@ -7,8 +7,8 @@
 #include <system_error>
 #include <utility>
 
+#include "corvane/core/text.h"
 #include "io/error.h"
-#include "stack/text.h"
 
 namespace corvane::stack {
 

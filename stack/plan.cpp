@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
+#include "corvane/core/text.h"
 #include "io/bayer.h"
 #include "io/error.h"
 #include "io/metadata.h"
 #include "stack/progress.h"
-#include "stack/text.h"
 
 namespace corvane::stack {
 

@@ -5,7 +5,7 @@
 #include <limits>
 #include <utility>
 
-#include "stack/saturation.h"
+#include "stars/saturation.h"
 
 namespace corvane::stack {
 
@@ -34,7 +34,7 @@ double Ceiling(const CStlImage& raw, int plane)
             count += row[x] == largest ? 1 : 0;
         }
     }
-    const bool isCeiling = count >= kPlateau || largest >= FullScale(raw.GetOrgBitsPixel());
+    const bool isCeiling = count >= kPlateau || largest >= stars::FullScale(raw.GetOrgBitsPixel());
     return isCeiling ? kNearCeiling * largest : std::numeric_limits<double>::infinity();
 }
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "corvane/core/blank.h"
-#include "stack/text.h"
+#include "corvane/core/text.h"
 
 namespace corvane::stack {
 

@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "corvane/core/blank.h"
-#include "stack/robust.h"
+#include "stars/robust.h"
 
 namespace corvane::stack {
 
@@ -108,7 +108,7 @@ void KeepBrightest(std::vector<Star>& stars, std::size_t limit)
 
 Sky MeasureSky(const CStlImage& image, int plane)
 {
-    const RobustLevel sky = MeasureLevel(SpreadSamples(image, plane));
+    const stars::RobustLevel sky = stars::MeasureLevel(SpreadSamples(image, plane));
     return {sky.median, sky.deviation};
 }
 

@@ -3,6 +3,7 @@
 #include "examples/night/colour_filters.h"
 #include "examples/night/night.h"
 #include "tests/stack/test_night.h"
+#include "tests/stars/star_at.h"
 
 namespace corvane::stack {
 
@@ -103,11 +104,11 @@ TEST_F(AlignStarsTest, MosaicsBecomeStarsInTheirColours)
     EXPECT_FALSE(Holds(result.header.History().at(0), "--bayer")) << "the lights have two patterns";
     int count = 0;
     for (int plane : {0, 2}) {
-        const StarField green = FindFieldStars(result.image, 1);
-        const StarField field = FindFieldStars(result.image, plane);
+        const stars::StarField green = stars::FindFieldStars(result.image, 1);
+        const stars::StarField field = stars::FindFieldStars(result.image, plane);
         for (const night::Star& truth : night.StarsOf(0)) {
-            const FieldStar* const star = StarAt(field, truth.x, truth.y);
-            const FieldStar* const other = StarAt(green, truth.x, truth.y);
+            const stars::FieldStar* const star = stars::StarAt(field, truth.x, truth.y);
+            const stars::FieldStar* const other = stars::StarAt(green, truth.x, truth.y);
             if (truth.flux > 60000.0 && star && other && star->IsUsable() && other->IsUsable()) {
                 const auto share = [&](char filter) { return night::StarShare(filter, truth.redness); };
                 EXPECT_NEAR(star->flux / other->flux * share('G') / share("RGB"[plane]), 1.0, 0.1);
@@ -172,12 +173,12 @@ TEST_F(AlignStarsTest, BringsLightsToTheReferenceAndCoversWhatTheyHave)
         const bool isInside = at.x >= 0.0 && at.y >= 0.0 && at.x <= kSide - 1 && at.y < kSide;
         ASSERT_EQ(result.coverage.GetPixelGrayRaw(i % kSide, i / kSide, 0), isInside ? 2.0 : 1.0) << i;
     }
-    const StarField field = FindFieldStars(result.image, 0);
+    const stars::StarField field = stars::FindFieldStars(result.image, 0);
     EXPECT_NEAR(field.sky, 500.0 + 60.0 * (settings.sky + settings.darkCurrent) / settings.gain, 1.0);
     double seen = 0.0;
     double drawn = 0.0;
     for (const night::Star& truth : night.StarsOf(0)) {
-        const FieldStar* const star = StarAt(field, truth.x, truth.y);
+        const stars::FieldStar* const star = stars::StarAt(field, truth.x, truth.y);
         if (truth.flux > 60000.0 && star && star->IsUsable()) {
             seen += star->flux * settings.gain;
             drawn += truth.flux;

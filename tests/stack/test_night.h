@@ -6,8 +6,8 @@
 #include <random>
 
 #include "io/frame.h"
-#include "stack/find_stars.h"
 #include "stack/stack.h"
+#include "stars/find_stars.h"
 #include "tests/io/files.h"
 #include "tests/support/error_of.h"
 
@@ -62,14 +62,6 @@ private:
 inline bool Holds(const std::string& text, const std::string& part)
 {
     return text.find(part) != std::string::npos;
-}
-
-/// The first star of a field within two pixels of a place; null where there is none.
-inline const FieldStar* StarAt(const StarField& field, double x, double y)
-{
-    const auto isNear = [=](const FieldStar& s) { return std::hypot(s.x - x, s.y - y) < 2.0; };
-    const auto star = std::find_if(field.stars.begin(), field.stars.end(), isNear);
-    return star == field.stars.end() ? nullptr : &*star;
 }
 
 } // namespace corvane::stack
