@@ -18,8 +18,8 @@ public:
     /// `sigma` of the point-spread function [pixels, above 0; from about 9.9 on its first sample outgrows its centre],
     /// `gain` [electrons per raw unit, above 0], `readNoise` [electrons, 0 or more]. Ends when the reduced chi-square
     /// falls to 1, or after so many iterations; below 1, the result is the mean. Samples that lie more than 5 sigmas of
-    /// the read-out noise below 0 take no part; when none does, the result is 0. Work goes on a grid of 64 x 64 at
-    /// least, and a region meets itself across its edges. A rectangle beyond the image is filled with the samples of
+    /// the read-out noise below 0 take no part; when none does, the result is 0, without iterations 1. Work goes on a
+    /// grid of 64 x 64 at least, and a region meets itself across its edges. A rectangle beyond the image is filled with the samples of
     /// the edge. Blanks are not known; a NaN or an infinity spreads over the whole region.
     ///
     /// Reports each plane's iterations, and stops for ESC: then, or when memory is short, a message box says so, the

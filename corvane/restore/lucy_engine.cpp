@@ -153,9 +153,9 @@ void LucyEngine::MakeSensitivity()
     convolver_.Correlate(weight_.data(), sensitivity_.data(), Stage(10.0, 30.0));
     const double least = kLeastSensitivity * *std::max_element(sensitivity_.begin(), sensitivity_.end());
     for (std::size_t i = 0; i < sensitivity_.size(); ++i) {
-        const bool isSeen =
-            (sensitivity_[i] >= least) & (sensitivity_[i] > 0.0F); // all of it is 0 when no sample counts
-        sensitivity_[i] = isSeen ? sensitivity_[i] : 1.0F;
+        const bool isSeen = sensitivity_[i] >= least;
+        const bool isDivisor = isSeen & (sensitivity_[i] > 0.0F); // all of it is 0 when no sample counts
+        sensitivity_[i] = isDivisor ? sensitivity_[i] : 1.0F;
         estimate_[i] = isSeen ? estimate_[i] : 0.0F;
     }
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 
 #include "corvane/restore/samples.h"
 
@@ -9,6 +10,7 @@ namespace corvane {
 
 namespace {
 
+constexpr double kUnlimited = std::numeric_limits<double>::infinity();
 constexpr double kMostFactor = 100.0; // where no step would take the estimate below 0
 constexpr double kLeastFactor = -100.0;
 
@@ -82,8 +84,8 @@ StepLimits LimitsOf(const Samples& estimate, const Samples& step)
     const float* s = step.data();
     double least[kLanes];
     double most[kLanes];
-    std::fill_n(least, kLanes, kLeastFactor);
-    std::fill_n(most, kLanes, kMostFactor);
+    std::fill_n(least, kLanes, -kUnlimited);
+    std::fill_n(most, kLanes, kUnlimited);
     for (std::size_t i = 0; i < step.size(); i += kLanes) {
         const std::size_t lanes = std::min(kLanes, step.size() - i);
         for (std::size_t l = 0; l < lanes; ++l) {
@@ -93,7 +95,9 @@ StepLimits LimitsOf(const Samples& estimate, const Samples& step)
             least[l] = change > 0.0 ? std::max(least[l], factor) : least[l];
         }
     }
-    return {*std::max_element(least, least + kLanes), *std::min_element(most, most + kLanes)};
+    const double greatest = *std::max_element(least, least + kLanes);
+    const double smallest = *std::min_element(most, most + kLanes);
+    return {greatest == -kUnlimited ? kLeastFactor : greatest, smallest == kUnlimited ? kMostFactor : smallest};
 }
 
 Slope LikelihoodSlope(const Samples& data, const Samples& model, const Samples& modelStep, const Samples& weight,

@@ -15,12 +15,13 @@ public:
 
     /// Restores the samples of this image inside the rectangle; null, or one of the image's size, means the whole image.
     ///
-    /// `sigma` of the point-spread function [pixels, above 0], `noiseSigma` of the noise [raw units, above 0]. Ends when
-    /// chi-square is one for each sample to within a hundredth, or after so many iterations; below 1, the result is the
-    /// mean. The result is above 0 everywhere. The function is sampled half a pixel off its centre, so the result is
-    /// displaced by half a pixel to the left and upwards. A rectangle beyond the image is filled with the samples of
-    /// the edge. Blanks are not known. A region with a NaN or an infinity, or a noise that is not above 0, leaves the
-    /// samples as they are.
+    /// `sigma` of the point-spread function [pixels, above 0], `noiseSigma` of the noise [raw units, above 0]. Begins with
+    /// an even image, of the mean or, where that is not above 0, of `noiseSigma`, which is the result when it agrees
+    /// with the samples already. Ends when chi-square is one for each sample to within a hundredth, or after so many
+    /// iterations; below 1, at once. The result is above 0 everywhere. The function is sampled half a pixel off its
+    /// centre, so the result is displaced by half a pixel to the left and upwards. A rectangle beyond the image is
+    /// filled with the samples of the edge. Blanks are not known. A plane with a NaN or an infinity, or a noise that is
+    /// not above 0, leaves the samples as they are.
     ///
     /// Reports each plane's iterations, and stops for ESC: then, or when memory is short, a message box says so, the
     /// image stays as it was, and the result is 0, otherwise 1. A region that does not fit the memory budget gives 0

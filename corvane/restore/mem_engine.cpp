@@ -79,12 +79,13 @@ private:
     int subIterations_ = 0;
 };
 
-/// The mean of the data, which becomes the unit of the image: about it the entropy is taken. Data that hardly rise above
-/// the noise have that for a unit.
+/// The mean of the data, which becomes the unit of the image: there it starts, and about it the entropy is taken. Data
+/// without a mean above 0 have the noise for a unit.
 double LevelOf(const float* data, std::size_t count, double sigma)
 {
     const double sum = SumOver<1>(count, [=](std::size_t i, double* term) { term[0] = data[i]; })[0];
-    return std::max(sum / static_cast<double>(count), sigma);
+    const double mean = sum / static_cast<double>(count);
+    return mean <= 0.0 ? sigma : mean;
 }
 
 /// Room for the function, and for the plane with what the function brings in from beyond its edges, in a length that

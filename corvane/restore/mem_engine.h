@@ -31,7 +31,8 @@ inline constexpr int kMemCancelled = 8;
 CORVANE_VISIBLE Restored EndOfStatus(int status);
 
 /// Restores a plane by maximum entropy, in place: of all images above 0 that, blurred, agree with the data to within
-/// the noise, the one with the greatest entropy against an even image of the data's mean.
+/// the noise, the one with the greatest entropy against an even image: of the data's mean or, where that is not above 0,
+/// of the noise's standard deviation. It starts from that image, and stays there when it agrees already.
 ///
 /// The entropy is the sum of f - m - f ln(f / m); agreement is a chi-square of one for each datum, within a hundredth.
 /// Directions, the quadratic model in the space they span, the multiplier and the limit of a step are those of

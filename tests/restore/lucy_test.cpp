@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <numbers>
 
 #include "corvane/restore/lucy_engine.h"
 #include "tests/restore/field.h"
@@ -82,11 +83,11 @@ private:
     /// How often a step may be taken before a sample is 0.
     double Limit(const Values& step) const
     {
-        double limit = 100.0;
+        double limit = std::numeric_limits<double>::infinity();
         for (std::size_t i = 0; i < step.size(); ++i) {
             limit = step[i] < 0.0 ? std::min(limit, -estimate_.v[i] / step[i]) : limit;
         }
-        return limit;
+        return std::isinf(limit) ? 100.0 : limit;
     }
 
     double Search(const Values& model, const Values& modelStep, double least, double most) const
@@ -195,6 +196,17 @@ TEST(Lucy, ConvergesFasterThanThePlainIteration)
     EXPECT_LT(before, 1.05);
 }
 
+// The blur leaves a twentieth of the pattern, and a plain step of what is missing brings back a twentieth of that.
+TEST(Lucy, FollowsALowContrastAsFarAsTheSearchSays)
+{
+    Field data(64, 64, 1000.0);
+    for (int i = 0; i < 64 * 64; ++i) {
+        data.v[i] += 20.0 * std::cos(i % 64 * 21 / 32.0 * std::numbers::pi);
+    }
+    const Field restored = Result(Blurred(data, GaussTaps(kSigma)), LucyMode::kTurbo, 1);
+    EXPECT_NEAR(RmsError(restored, data), 0.0, 0.5);
+}
+
 // The first sample of the function is divided by the sum, once for each: from a sigma of 9.93 on it is the peak, and
 // the result is displaced.
 TEST(Lucy, EndsAtTheTargetAndKeepsTheMeanWithoutIterations)
@@ -213,10 +225,12 @@ TEST(Lucy, EndsAtTheTargetAndKeepsTheMeanWithoutIterations)
         EXPECT_NEAR(restored(1.2, 1.0, iterations)[77], source.GetAvrGrayRaw(0), 0.1);
         EXPECT_EQ(restored(1.2, 1.0, iterations)[77], restored(1.2, 1.0, iterations)[599]);
     }
-    CImgLucy dark(StarFrame(5, 4, 1));
-    Write(Field(5, 4, -100.0), dark);
-    ASSERT_EQ(dark.Do(kSigma, kGain, kReadNoise, std::numeric_limits<int>::max(), nullptr, 0), 1);
-    EXPECT_EQ(dark.GetPixelGrayRaw(2, 2, 0), 0.0F); // nothing takes part
+    for (const int iterations : {0, 1, std::numeric_limits<int>::max()}) { // where nothing takes part
+        CImgLucy dark(StarFrame(5, 4, 1));
+        Write(Field(5, 4, -100.0), dark);
+        ASSERT_EQ(dark.Do(kSigma, kGain, kReadNoise, iterations, nullptr, 0), 1);
+        EXPECT_EQ(dark.GetPixelGrayRaw(2, 2, 0), iterations == 0 ? 1.0F : 0.0F) << iterations;
+    }
 }
 
 TEST(Lucy, WorksInsideTheRectangleAlone)
