@@ -155,9 +155,8 @@ bool IsRound(const CStlImage& image, const Peak& peak, double sky)
     return n >= kLeastSamples && length < kMostElongation * (varianceX + varianceY);
 }
 
-void CheckMemory(int width, int height, int planes)
+void CheckMemory(int width, int height, double needed)
 {
-    const double needed = RestorationBytes(width, height, planes);
     const auto budget = static_cast<double>(MemoryBudget());
     if (needed > budget) {
         throw Error("a region of " + std::to_string(width) + " x " + std::to_string(height) + " needs " +
@@ -174,10 +173,10 @@ double FramesOf(const io::Header& header)
 
 } // namespace
 
-void CheckRestorable(const CStlImage& image, const CRect* rect)
+void CheckRestorable(const CStlImage& image, const CRect* rect, BytesOfRegion bytesOf)
 {
     const CRect area = rect != nullptr ? *rect : CRect(0, 0, image.GetWidth(), image.GetHeight());
-    CheckMemory(area.Width(), area.Height(), image.GetPlanes());
+    CheckMemory(area.Width(), area.Height(), bytesOf(area.Width(), area.Height(), image.GetPlanes()));
     const BlankTest isBlank(image);
     for (int plane = 0; plane < image.GetPlanes(); ++plane) {
         for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {

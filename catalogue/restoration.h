@@ -1,13 +1,17 @@
 #pragma once
 
+#include "corvane/restore/region.h"
 #include "io/frame.h"
 
 namespace corvane::catalogue {
 
+/// How much memory a restoration of so many samples takes [bytes].
+using BytesOfRegion = double (*)(int width, int height, int planes);
+
 /// Throws Error, which names the first of them, when a region of an image (null: all of it) has samples that are blank,
 /// NaN or infinite: restorations would spread them. Throws Error, too, when the work would take more than the memory
 /// budget.
-void CheckRestorable(const CStlImage& image, const CRect* rect);
+void CheckRestorable(const CStlImage& image, const CRect* rect, BytesOfRegion bytesOf = RestorationBytes);
 
 /// The width of the stars [pixels, as the sigma of a Gaussian]: the median over the brightest ones of an image that are
 /// not saturated. Throws Error when there are none.

@@ -156,7 +156,7 @@ private:
 void RunWiener(io::Frame& frame, Arguments& arguments, const Context& context)
 {
     CRect* const rect = arguments.Rectangle("rect");
-    CheckRestorable(frame.image, rect);
+    CheckRestorable(frame.image, rect, WienerBytes);
     const double sigma = SigmaOf(arguments, frame.image, context) * kSqrt2; // of which the filter takes 0.7071
     const double noise = arguments.Number("noise");
     CImgWiener image;

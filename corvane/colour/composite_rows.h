@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "corvane/core/progress_channel.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/walk.h"
 
@@ -24,12 +25,11 @@ public:
     template <class Row>
     void Walk(int showProgress, int textId, Row row)
     {
-        result_.ShowProgressInit(showProgress, textId, static_cast<int>(area_.bottom - area_.top));
+        const ProgressChannel progress(result_, showProgress, textId, static_cast<int>(area_.bottom - area_.top));
         for (int y = static_cast<int>(area_.top); y < area_.bottom; ++y) {
             row(y);
-            result_.ShowProgress(1);
+            progress.Advance(1);
         }
-        result_.ShowProgressEnd(nullptr);
     }
 
     /// Writes valueOf(i), i in 0..count - 1, to row y of a plane, if the result has that plane.

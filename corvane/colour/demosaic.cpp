@@ -10,6 +10,7 @@
 #include "corvane/colour/mosaic_rows.h"
 #include "corvane/colour/split_row.h"
 #include "corvane/core/blank.h"
+#include "corvane/core/progress_channel.h"
 #include "corvane/platform/memory_exception.h"
 
 namespace corvane {
@@ -230,17 +231,18 @@ void Demosaic(const CStlImage& mosaic, BayerPattern pattern, DemosaicMethod meth
     };
     CStlImage made;
     MakeColourImage(mosaic, made);
-    made.ShowProgressInit(showProgress, "Making colours of the mosaic...", height);
     Walk walk(width, height, pattern, method, 0);
-    for (int y = 0; y < height; ++y) {
-        float* const planes[] = {made.GetImageAdr(0, y, 0), made.GetImageAdr(0, y, 1), made.GetImageAdr(0, y, 2)};
-        walk.MakeRow(rowOf, planes[0], planes[1], planes[2]);
-        for (float* const plane : planes) {
-            KeepBlanks(isBlank, mosaic.GetImageAdr(0, y, 0, 1), width, plane);
+    {
+        const ProgressChannel progress(made, showProgress, "Making colours of the mosaic...", height);
+        for (int y = 0; y < height; ++y) {
+            float* const planes[] = {made.GetImageAdr(0, y, 0), made.GetImageAdr(0, y, 1), made.GetImageAdr(0, y, 2)};
+            walk.MakeRow(rowOf, planes[0], planes[1], planes[2]);
+            for (float* const plane : planes) {
+                KeepBlanks(isBlank, mosaic.GetImageAdr(0, y, 0, 1), width, plane);
+            }
+            progress.Advance(1);
         }
-        made.ShowProgress(1);
     }
-    made.ShowProgressEnd(nullptr);
     colour.Swap(&made);
 }
 

@@ -4,6 +4,7 @@
 
 #include "corvane/core/display_scale.h"
 #include "corvane/core/lab_rows.h"
+#include "corvane/core/progress_channel.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 
@@ -21,9 +22,11 @@ struct Gains {
     double operator()(double v) const { return v * (v >= 0.0 ? plus : minus); }
 };
 
-void Load(const float* in, int count, const Gains& gains, double* out)
+/// Reads `own` samples; the rest of the stretch repeats the last of them.
+void Load(const float* in, int own, int count, const Gains& gains, double* out)
 {
-    std::transform(in, in + count, out, [gains](double v) { return gains(v); });
+    std::transform(in, in + own, out, [gains](double v) { return gains(v); });
+    std::fill(out + own, out + count, out[own - 1]);
 }
 
 void Store(const double* in, int count, const DisplayScale& scale, float* out)
@@ -35,8 +38,9 @@ void Store(const double* in, int count, const DisplayScale& scale, float* out)
 void Enhance(const CStlImage& lab, const Gains (&gains)[3], int x, int y, int count, CStlImage& target)
 {
     double channels[3][kStretch];
+    const int own = std::clamp(lab.GetWidth() - x, 1, count);
     for (int p = 0; p < 3; ++p) {
-        Load(lab.GetImageAdr(x, y, std::min(p, lab.GetPlanes() - 1), 1), count, gains[p], channels[p]);
+        Load(lab.GetImageAdr(x, y, std::min(p, lab.GetPlanes() - 1), 1), own, count, gains[p], channels[p]);
     }
     auto& [first, second, third] = channels;
     LabToRgbRow(count, first, second, third, first, second, third);
@@ -52,15 +56,14 @@ void CImgLabColorEnhance::Do(CStlImage* lab, double aPlus, double aMinus, double
 {
     const Gains gains[] = {{}, {aPlus, aMinus}, {bPlus, bMinus}};
     const CRect area = WorkingArea(*this, rect);
-    const int end = lab->GetPixelCount() == 0 ? 0 : std::min<int>(area.right, lab->GetWidth());
-    ShowProgressInit(showProgress, IDS_LAB_ENHANCE, static_cast<int>(area.bottom - area.top));
+    const int end = lab->GetPixelCount() == 0 ? 0 : static_cast<int>(area.right);
+    const ProgressChannel progress(*this, showProgress, IDS_LAB_ENHANCE, static_cast<int>(area.bottom - area.top));
     for (int y = area.top; y < area.bottom; ++y) {
         for (int x = area.left; x < end; x += kStretch) {
             Enhance(*lab, gains, x, y, std::min(kStretch, end - x), *this);
         }
-        ShowProgress(1);
+        progress.Advance(1);
     }
-    ShowProgressEnd(nullptr);
 }
 
 void CImgLabColorEnhance::Do(CStlImage* lab, double aGain, double bGain, CRect* rect, int showProgress)

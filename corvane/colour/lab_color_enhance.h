@@ -19,7 +19,7 @@ public:
     /// the colour as it is, 0 grey, a negative gain the opposite hue. A channel that would be negative, outside the
     /// gamut, or NaN becomes the level min; nothing is clamped at white.
     ///
-    /// Where `lab` is smaller its last row, or plane, is repeated, and columns right of it stay as they are. Reports
+    /// Where `lab` is smaller its last column, row or plane is repeated; without samples it changes nothing. Reports
     /// "Enhancing Lab color..."; ESC is ignored.
     void Do(CStlImage* lab, double aPlus, double aMinus, double bPlus, double bMinus, CRect* rect, int showProgress);
     /// The same with one gain for a and one for b.

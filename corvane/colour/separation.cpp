@@ -2,6 +2,7 @@
 
 #include <iterator>
 
+#include "corvane/core/progress_channel.h"
 #include "corvane/resources/string_table.h"
 
 using namespace corvane;
@@ -34,7 +35,7 @@ bool Fits(const CImage& result, const CImage& source)
 
 void CImgSeparation::Do(CStlImage* source, int component, int showProgress)
 {
-    ShowProgressInit(showProgress, IDS_SPLIT_RGB, GetHeight());
+    const ProgressChannel progress(*this, showProgress, IDS_SPLIT_RGB, GetHeight());
     const bool isKnown = component >= 0 && component < static_cast<int>(std::size(kSamplePlanes));
     if (Fits(*this, *source)) {
         const auto [first, second] = isKnown ? kSamplePlanes[component] : PlanePair{};
@@ -43,7 +44,7 @@ void CImgSeparation::Do(CStlImage* source, int component, int showProgress)
                 MeanRow(source->GetImageAdr(0, y, first, 1), source->GetImageAdr(0, y, second, 1), GetWidth(),
                         GetImageAdr(0, y, 0));
             }
-            ShowProgress(1);
+            progress.Advance(1);
         }
         if (isKnown) {
             const auto [low, high] = kLevelPlanes[component];
@@ -51,5 +52,4 @@ void CImgSeparation::Do(CStlImage* source, int component, int showProgress)
                      (source->GetLevelMax(low) + source->GetLevelMax(high)) * 0.5);
         }
     }
-    ShowProgressEnd(nullptr);
 }

@@ -7,6 +7,7 @@
 #include "corvane/combine/aligned_pixels.h"
 #include "corvane/combine/saturation.h"
 #include "corvane/core/blank.h"
+#include "corvane/core/progress_channel.h"
 #include "corvane/core/turn.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
@@ -237,12 +238,12 @@ void CImgComposit::Do(CStlImage* base, CStlImage* overlay, double dx, double dy,
     const CRect area = WorkingArea(*this, rect);
     const Alignment alignment = Alignment::Turned(dx, dy, angle, overlay->GetStdCtr());
     Composite composite(*this, *base, *overlay, alignment, recipe, blanks, area);
-    ShowProgressInit(showProgress, textId == -1 ? IDS_COMPOSITE : textId, static_cast<int>(area.bottom - area.top));
+    const ProgressChannel progress(*this, showProgress, textId == -1 ? IDS_COMPOSITE : textId,
+                                   static_cast<int>(area.bottom - area.top));
     for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
         composite.Row(y);
-        ShowProgress(1);
+        progress.Advance(1);
     }
-    ShowProgressEnd(nullptr);
 }
 
 void CImgComposit::Do(CStlImage* base, CStlImage* overlay, double dx, double dy, double angle, int mode,
@@ -259,15 +260,15 @@ void CImgComposit::Abr(CStlImage* base, CStlImage* overlay, double dx, double dy
     const double sine = Sine(angle * kDegree);
     const Alignment alignment(dx, dy, sine, std::sqrt(1.0 - sine * sine), 1.0, overlay->GetStdCtr());
     const Space space = displaySpace != 0 ? Space::kDisplay : Space::kRaw;
-    ShowProgressInit(showProgress, textId == -1 ? IDS_COMPOSITE : textId, static_cast<int>(area.bottom - area.top));
+    const ProgressChannel progress(*this, showProgress, textId == -1 ? IDS_COMPOSITE : textId,
+                                   static_cast<int>(area.bottom - area.top));
     for (int plane = 0; plane < std::min(GetPlanes(), 3); ++plane) {
         SaturationReplacement replacement(*this, *base, *overlay, alignment, plane, {ratio, space, fraction, radius});
         for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
             replacement.Row(y, static_cast<int>(area.left), static_cast<int>(area.right));
-            ShowProgress(1);
+            progress.Advance(1);
         }
     }
-    ShowProgressEnd(nullptr);
 }
 
 double CImgComposit::GetOutsideValue(int mode)

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "corvane/core/blank.h"
+#include "corvane/core/progress_channel.h"
 #include "corvane/core/truncate.h"
 #include "corvane/resources/string_table.h"
 
@@ -171,7 +172,8 @@ private:
 int CImgMatching::Do(CStlImage* reference, double* x, double* y, int searchRange, int subPixel, int showProgress)
 {
     const std::int64_t coarse = std::int64_t{searchRange} * searchRange / 4;
-    ShowProgressInit(showProgress, IDS_MATCHING, Truncate(static_cast<double>(coarse + (subPixel != 0 ? 297 : 9))));
+    const ProgressChannel progress(*this, showProgress, IDS_MATCHING,
+                                   Truncate(static_cast<double>(coarse + (subPixel != 0 ? 297 : 9))));
     Search search(*this, *reference);
     search.Coarse(*x, *y, searchRange / 2);
     if (search.Result().found) {
@@ -183,7 +185,6 @@ int CImgMatching::Do(CStlImage* reference, double* x, double* y, int searchRange
         *x = search.Result().x;
         *y = search.Result().y;
     }
-    ShowProgressEnd(nullptr);
     return search.Result().found ? 1 : 0;
 }
 

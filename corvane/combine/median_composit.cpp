@@ -47,13 +47,11 @@ CImgMedianComposit::~CImgMedianComposit()
 
 void CImgMedianComposit::Store(CStlImage* frame, int row, double dx, double dy, double angle)
 {
-    row_ = row;
     if (frameCount_ >= lines_.GetSize()) {
         lines_.SetSize(lines_.GetSize() + kSlots, kSlots);
     }
     const int width = target_->GetWidth();
-    auto* const line = new CLineData(width * target_->GetPlanes());
-    lines_[frameCount_++] = line;
+    auto line = std::make_unique<CLineData>(width * target_->GetPlanes());
     const Alignment alignment = Alignment::Turned(dx, dy, angle, frame->GetStdCtr());
     const double outside = UndefinedValue(*frame);
     for (int plane = 0; plane < target_->GetPlanes(); ++plane) {
@@ -63,6 +61,8 @@ void CImgMedianComposit::Store(CStlImage* frame, int row, double dx, double dy, 
         SampleAlignedRow(*frame, framePlane, alignment, row, width, outside, values, valid);
         MarkBlanks(*frame, values, valid, width);
     }
+    lines_[frameCount_++] = line.release();
+    row_ = row;
 }
 
 void CImgMedianComposit::Calc()

@@ -7,6 +7,7 @@
 
 #include "corvane/combine/aligned_pixels.h"
 #include "corvane/core/brightness.h"
+#include "corvane/core/progress_channel.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 
@@ -169,10 +170,9 @@ void CImgMosic::Do(CStlImage* first, int ox, int oy, CStlImage* second, double d
     const AlignedPixels secondPixels(*second, turn, rule.channels, space, columns);
     const double beyond = Beyond(outside, space);
     Mosaic mosaic(*this, firstPixels, secondPixels, rule, area);
-    ShowProgressInit(showProgress, IDS_MOSAIC, static_cast<int>(area.bottom - area.top));
+    const ProgressChannel progress(*this, showProgress, IDS_MOSAIC, static_cast<int>(area.bottom - area.top));
     for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
         mosaic.WriteRow(y, beyond);
-        ShowProgress(1);
+        progress.Advance(1);
     }
-    ShowProgressEnd(nullptr);
 }

@@ -35,7 +35,7 @@ public:
     /// - ox, oy: where the first image's corner lies [pixels].
     /// - dx, dy: how far the second lies from the first [pixels]; angle [degrees, clockwise on screen].
     /// - mode: see corvane::MosaicMode. Lighter and darker compare the brightness of colours.
-    /// - key: one value for each plane [raw units], null for 0. A pixel is close to it below 1/256 of plane 0's level
+    /// - key: one value for each plane [raw units]; null for 0, in display space 0 of the display scale. A pixel is close to it below 1/256 of plane 0's level
     ///   range, in display space below 1; of a colour pixel the sum of the three differences counts.
     /// - outside: its first value stands for samples outside of an image [display scale]; in raw space and with null it
     ///   is 0. Pixels that neither image covers get it.

@@ -138,13 +138,9 @@ bool ReadDib(HDIB handle, CImage& image)
 
 int CImage::AttachDIB(HDIB dib)
 {
-    try {
-        if (!ReadDib(dib, *this)) {
-            return 0;
-        }
-    } catch (const CMemoryException&) {
-        return 0;
+    const bool isRead = corvane::OrNothing([&] { return ReadDib(dib, *this); });
+    if (isRead) {
+        GlobalFree(dib);
     }
-    GlobalFree(dib);
-    return 1;
+    return isRead ? 1 : 0;
 }

@@ -6,6 +6,7 @@
 
 #include "corvane/core/calibration_rows.h"
 #include "corvane/core/display_scale.h"
+#include "corvane/core/progress_channel.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/resources/string_table.h"
 
@@ -38,13 +39,6 @@ private:
     std::vector<float> extended_;
 };
 
-CString Text(int id)
-{
-    CString text;
-    text.LoadString(static_cast<UINT>(id));
-    return text;
-}
-
 } // namespace
 
 void CStlImage::FlatClbrtn(CStlImage* flat, int showProgress)
@@ -52,30 +46,28 @@ void CStlImage::FlatClbrtn(CStlImage* flat, int showProgress)
     const BlankRule rule(*flat, *this);
     const double mean = flat->GetAvrGrayRaw(0);
     FrameRow flatRow(*flat, GetWidth());
-    ShowProgressInit(showProgress, IDS_FLAT, GetPlanes() * GetHeight());
+    const ProgressChannel progress(*this, showProgress, IDS_FLAT, GetPlanes() * GetHeight());
     for (int plane = 0; plane < GetPlanes(); ++plane) {
         for (int y = 0; y < GetHeight(); ++y) {
             DivideFlatRow(GetImageAdr(0, y, plane), flatRow.Get(y, plane), GetWidth(), mean, rule);
-            ShowProgress(1);
+            progress.Advance(1);
         }
     }
-    ShowProgressEnd(nullptr);
 }
 
 void CStlImage::DarkClbrtn(CStlImage* dark, int showProgress)
 {
     const BlankRule rule(*dark, *this);
     FrameRow darkRow(*dark, GetWidth());
-    ShowProgressInit(showProgress, IDS_DARK, GetPlanes() * GetHeight());
+    const ProgressChannel progress(*this, showProgress, IDS_DARK, GetPlanes() * GetHeight());
     for (int plane = 0; plane < GetPlanes(); ++plane) {
         for (int y = 0; y < GetHeight(); ++y) {
             void* lock = nullptr;
             SubtractDarkRow(GetImageAdr(0, y, plane, 2, &lock), darkRow.Get(y, plane), GetWidth(), rule);
             Unlock(lock);
-            ShowProgress(1);
+            progress.Advance(1);
         }
     }
-    ShowProgressEnd(nullptr);
 }
 
 int CStlImage::ToGray()
@@ -85,7 +77,7 @@ int CStlImage::ToGray()
     }
     const double min = GetLevelMin(0);
     const double max = GetLevelMax(0);
-    if (ChangePlanes(1, progressWindow_, Text(IDS_CHANGE_PLANES)) == 0) {
+    if (ChangePlanes(1, progressWindow_, FindString(IDS_CHANGE_PLANES)) == 0) {
         return 0;
     }
     SetLevel(0, min, max);
@@ -99,7 +91,7 @@ int CStlImage::ToColor()
     }
     const double min = GetLevelMin(0);
     const double max = GetLevelMax(0);
-    if (ChangePlanes(3, progressWindow_, Text(IDS_CHANGE_PLANES)) == 0) {
+    if (ChangePlanes(3, progressWindow_, FindString(IDS_CHANGE_PLANES)) == 0) {
         return 0;
     }
     for (int plane = 0; plane < 3; ++plane) {
@@ -122,7 +114,7 @@ int CStlImage::ToGray(CStlImage* source, int showProgress)
     const DisplayScale blue(*source, 2);
     const DisplayScale grey(*this, 0);
     const int count = source->GetPixelCount() > 0 ? std::min(GetWidth(), source->GetWidth()) : 0;
-    ShowProgressInit(showProgress, IDS_TO_GRAY, GetHeight());
+    const ProgressChannel progress(*this, showProgress, IDS_TO_GRAY, GetHeight());
     for (int y = 0; y < GetHeight(); ++y) {
         const float* const r = source->GetImageAdr(0, y, 0, 1);
         const float* const g = source->GetImageAdr(0, y, 1, 1);
@@ -134,9 +126,8 @@ int CStlImage::ToGray(CStlImage* source, int showProgress)
             const auto db = static_cast<float>(blue.To256(b[x]));
             out[x] = static_cast<float>((0.587 * dg + 0.299 * dr + 0.114 * db) * grey.range * kPer255 + grey.min);
         }
-        ShowProgress(1);
+        progress.Advance(1);
     }
-    ShowProgressEnd(nullptr);
     return 1;
 }
 
@@ -149,15 +140,14 @@ int CStlImage::ToColor(CStlImage* source, int showProgress)
         return 0;
     }
     const int count = source->GetPixelCount() > 0 ? std::min(GetWidth(), source->GetWidth()) : 0;
-    ShowProgressInit(showProgress, IDS_TO_COLOR, GetHeight());
+    const ProgressChannel progress(*this, showProgress, IDS_TO_COLOR, GetHeight());
     for (int y = 0; y < GetHeight(); ++y) {
         for (int plane = 0; plane < 3; ++plane) {
             std::copy_n(source->GetImageAdr(0, y, source->GetPlanes() >= 3 ? plane : 0, 1), count,
                         GetImageAdr(0, y, plane));
         }
-        ShowProgress(1);
+        progress.Advance(1);
     }
-    ShowProgressEnd(nullptr);
     return 1;
 }
 

@@ -4,13 +4,13 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
-#include <new>
 #include <vector>
 
 #include "corvane/core/display_scale.h"
 #include "corvane/core/palette.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/global_memory.h"
+#include "corvane/platform/memory_exception.h"
 
 using namespace corvane;
 
@@ -107,19 +107,16 @@ HDIB CStlImage::GetDib(int bitCount) const
     if (header == nullptr) {
         return nullptr;
     }
-    try {
+    const bool isFilled = OrNothing([&] {
         if (bitCount == 8) {
             colour ? GetDib8Color(header) : GetDib8Mono(header);
         } else {
             colour ? GetDib24Color(header) : GetDib24Mono(header);
         }
-    } catch (const std::bad_alloc&) {
-        GlobalUnlock(dib);
-        GlobalFree(dib);
-        return nullptr;
-    }
+        return true;
+    });
     GlobalUnlock(dib);
-    return dib;
+    return isFilled ? dib : GlobalFree(dib);
 }
 
 HDIB CStlImage::MakeDib(int bitCount) const

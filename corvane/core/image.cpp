@@ -27,17 +27,6 @@ std::unique_ptr<CVmImage> MakeStore(const corvane::ImageRecord& record, CVmImage
     return std::make_unique<CVmImage>(record.width, record.height, record.planes, bytes, contents);
 }
 
-/// Makes a store; null when there is no room.
-std::unique_ptr<CVmImage> TryMakeStore(const corvane::ImageRecord& record,
-                                       CVmImage::Contents contents = CVmImage::Contents::kZero)
-{
-    try {
-        return MakeStore(record, contents);
-    } catch (const CMemoryException&) {
-        return nullptr;
-    }
-}
-
 template <class T>
 int Found(const std::optional<T>& keyword, T* value, T otherwise)
 {
@@ -49,9 +38,14 @@ int Found(const std::optional<T>& keyword, T* value, T otherwise)
 
 CImage::CImage() = default;
 
-CImage::CImage(int bits, int width, int height, int planes, double bscale, double bzero, int flag, HWND /*window*/,
-               const char* /*text*/)
+CImage::CImage(corvane::ImageRecord record, CVmImage::Contents contents)
+    : store_(MakeStore(record, contents)), record_(std::move(record))
+{}
+
+CImage::CImage(int bits, int width, int height, int planes, double bscale, double bzero, int flag, HWND window,
+               const char* text)
 {
+    const corvane::ProgressNotice notice(window, text, 0);
     record_.bitsPixel = bits;
     record_.width = planes < 1 ? 0 : std::max(width, 0);
     record_.height = planes < 1 ? 0 : std::max(height, 0);
@@ -85,15 +79,27 @@ CImage& CImage::CopyImage(const CImage& other, HWND window, const char* text)
     return *this;
 }
 
-int CImage::Create(const CImage& other, HWND /*window*/, const char* /*text*/)
+int CImage::Create(const CImage& other, HWND window, const char* text)
 {
-    std::unique_ptr<CVmImage> store = TryMakeStore(other.record_);
-    if (store == nullptr) {
+    return corvane::OrNothing([&] {
+        const corvane::ProgressNotice notice(window, text, 0);
+        CImage created(other.record_, CVmImage::Contents::kZero);
+        CImage::Swap(&created);
+        return 1;
+    });
+}
+
+int CImage::CreateCanvas(const CImage& other, int width, int height, HWND window, const char* text)
+{
+    if (width < 1 || height < 1) {
         return 0;
     }
-    record_ = other.record_;
-    store_ = std::move(store);
-    return 1;
+    return corvane::OrNothing([&] {
+        const corvane::ProgressNotice notice(window, text, 0);
+        CImage canvas(other.Resized(width, height), CVmImage::Contents::kUndefined);
+        CImage::Swap(&canvas);
+        return 1;
+    });
 }
 
 void CImage::Swap(CImage* other)
@@ -102,36 +108,31 @@ void CImage::Swap(CImage* other)
     std::swap(record_, other->record_);
 }
 
-/// Takes the other's record with another size and a store for it; false when there is none.
-bool CImage::TakeResized(const CImage& other, int width, int height, CVmImage::Contents contents)
+/// The record with another size.
+corvane::ImageRecord CImage::Resized(int width, int height) const
 {
-    record_ = other.record_;
-    record_.width = width;
-    record_.height = height;
-    store_ = width < 1 || height < 1 ? nullptr : TryMakeStore(record_, contents);
-    return store_ != nullptr;
-}
-
-int CImage::ChangeCanvas(int width, int height, HWND window, const char* text)
-{
-    CImage canvas;
-    if (!canvas.TakeResized(*this, width, height, CVmImage::Contents::kUndefined)) {
-        return 0;
-    }
-    const corvane::ProgressNotice notice(window, text, 0);
-    Swap(&canvas);
-    return 1;
+    corvane::ImageRecord record = record_;
+    record.width = width;
+    record.height = height;
+    return record;
 }
 
 int CImage::ChangeSize(int width, int height, HWND window, const char* text)
 {
-    CImage resized;
-    if (!resized.TakeResized(*this, width, height, CVmImage::Contents::kZero)) {
-        return 0;
-    }
-    const int rows = std::min(height, GetHeight());
+    return width < 1 || height < 1 ? 0 : corvane::OrNothing([&] {
+        CImage resized(Resized(width, height), CVmImage::Contents::kZero);
+        CopyInto(resized, window, text);
+        CImage::Swap(&resized);
+        return 1;
+    });
+}
+
+/// Copies the samples that lie in both.
+void CImage::CopyInto(CImage& resized, HWND window, const char* text) const
+{
+    const int rows = std::min(resized.GetHeight(), GetHeight());
     const std::size_t bytes =
-        static_cast<std::size_t>(std::min(width, GetWidth())) * static_cast<std::size_t>(GetBytesPixel());
+        static_cast<std::size_t>(std::min(resized.GetWidth(), GetWidth())) * static_cast<std::size_t>(GetBytesPixel());
     corvane::ProgressNotice notice(window, text, static_cast<std::uint64_t>(std::max(rows, 0)) * GetPlanes());
     for (int plane = 0; store_ != nullptr && plane < GetPlanes(); ++plane) {
         for (int y = 0; y < rows; ++y) {
@@ -139,23 +140,26 @@ int CImage::ChangeSize(int width, int height, HWND window, const char* text)
             notice.Advance(1);
         }
     }
-    Swap(&resized);
-    return 1;
 }
 
 int CImage::ChangePlanes(int planes, HWND window, const char* text)
 {
-    if (planes != 1 && planes != 3) {
-        return 0;
-    }
-    CImage changed;
-    changed.record_ = record_;
-    changed.SetPlanes(planes);
-    ResizeLevels(changed.record_);
-    changed.store_ = TryMakeStore(changed.record_);
-    if (changed.store_ == nullptr) {
-        return 0;
-    }
+    return planes != 1 && planes != 3 ? 0 : corvane::OrNothing([&] {
+        corvane::ImageRecord record = record_;
+        record.planes = planes;
+        ResizeLevels(record);
+        CImage changed(std::move(record), CVmImage::Contents::kZero);
+        changed.SetPlanes(planes); // and the dimension
+        CopyPlanes(changed, window, text);
+        CImage::Swap(&changed);
+        return 1;
+    });
+}
+
+/// Copies the planes, the first one also where this image has none, with its levels.
+void CImage::CopyPlanes(CImage& changed, HWND window, const char* text) const
+{
+    const int planes = changed.GetPlanes();
     const int before = GetPlanes();
     const std::size_t bytes = static_cast<std::size_t>(GetWidth()) * static_cast<std::size_t>(GetBytesPixel());
     corvane::ProgressNotice notice(window, text, static_cast<std::uint64_t>(planes) * GetHeight());
@@ -170,8 +174,6 @@ int CImage::ChangePlanes(int planes, HWND window, const char* text)
             notice.Advance(1);
         }
     }
-    Swap(&changed);
-    return 1;
 }
 
 int CImage::SetLevel(int plane, double min, double max)

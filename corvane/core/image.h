@@ -76,6 +76,8 @@ public:
     /// Takes the other's record (format, size, levels, coordinates, bookkeeping) with a fresh store of zero samples.
     /// Returns 0, with nothing changed, when there is no room.
     int Create(const CImage& other, HWND window = nullptr, const char* text = nullptr);
+    /// `Create` with another size and samples that are undefined until the caller writes them, every one.
+    int CreateCanvas(const CImage& other, int width, int height, HWND window = nullptr, const char* text = nullptr);
     /// Exchanges records and stores.
     void Swap(CImage* other);
     /// Takes over an uncompressed device-independent bitmap of 1, 4, 8, 24 or 32 bits as 8-bit samples: one plane when
@@ -85,8 +87,6 @@ public:
     /// Changes the size. Samples inside both sizes stay where they are, new ones are 0; levels, blank settings and
     /// coordinates stay. Returns 0, with nothing changed, when a size is below 1 or there is no room.
     int ChangeSize(int width, int height, HWND window = nullptr, const char* text = nullptr);
-    /// `ChangeSize` for a caller who writes every sample of the new size: what they hold until then is undefined.
-    int ChangeCanvas(int width, int height, HWND window = nullptr, const char* text = nullptr);
     /// Changes the number of planes [1 or 3]. New planes are copies of plane 0 and take its levels. 0 on failure.
     int ChangePlanes(int planes, HWND window = nullptr, const char* text = nullptr);
     /// Converts the samples to another bits per pixel [8, 16, 32, -32, -64]. With `physical` they become physical
@@ -258,7 +258,11 @@ private:
         const long long row = static_cast<long long>(plane) * record_.height + y;
         return static_cast<std::uint64_t>((row * record_.width + x) * GetBytesPixel());
     }
-    bool TakeResized(const CImage& other, int width, int height, CVmImage::Contents contents);
+    CImage(corvane::ImageRecord record, CVmImage::Contents contents);
+    corvane::ImageRecord Resized(int width, int height) const;
+    int Convert(int bits, int physical, int saturate, HWND window, const char* text);
+    void CopyInto(CImage& resized, HWND window, const char* text) const;
+    void CopyPlanes(CImage& changed, HWND window, const char* text) const;
     const corvane::AxisCoordinates* Axis(int axis) const;
     corvane::AxisCoordinates* Axis(int axis);
 

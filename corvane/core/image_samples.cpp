@@ -32,7 +32,7 @@ double Load(const unsigned char* ptr)
 }
 
 template <class T>
-T Convert(double v, const Conversion& how)
+T ConvertSample(double v, const Conversion& how)
 {
     if constexpr (std::is_floating_point_v<T>) {
         return static_cast<T>(v);
@@ -54,7 +54,7 @@ template <class From, class To>
 void ConvertRow(const unsigned char* from, unsigned char* to, int count, const Conversion& how)
 {
     for (int x = 0; x < count; ++x) {
-        const To converted = Convert<To>(Load<From>(from + x * sizeof(From)) * how.scale + how.zero, how);
+        const To converted = ConvertSample<To>(Load<From>(from + x * sizeof(From)) * how.scale + how.zero, how);
         std::memcpy(to + x * sizeof(To), &converted, sizeof converted);
     }
 }
@@ -108,6 +108,11 @@ void CImage::GetMinMax(int plane, double* min, double* max) const
 
 int CImage::ChangeBits(int bits, int physical, int saturate, HWND window, const char* text)
 {
+    return corvane::OrNothing([&] { return Convert(bits, physical, saturate, window, text); });
+}
+
+int CImage::Convert(int bits, int physical, int saturate, HWND window, const char* text)
+{
     CImage changed;
     changed.record_ = record_;
     changed.record_.bitsPixel = bits;
@@ -116,11 +121,7 @@ int CImage::ChangeBits(int bits, int physical, int saturate, HWND window, const 
     if (convert == nullptr || store_ == nullptr) {
         return 0;
     }
-    try {
-        changed.store_ = std::make_unique<CVmImage>(GetWidth(), GetHeight(), GetPlanes(), changed.GetBytesPixel());
-    } catch (const CMemoryException&) {
-        return 0;
-    }
+    changed.store_ = std::make_unique<CVmImage>(GetWidth(), GetHeight(), GetPlanes(), changed.GetBytesPixel());
     Conversion how{1.0, 0.0, saturate != 0, IsBlankUsed() ? static_cast<double>(GetBlank()) : 0.0};
     if (physical != 0) {
         how.scale = std::exchange(changed.record_.bscale, 1.0);

@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <memory>
-#include <new>
 
 #include "corvane/core/display_scale.h"
 #include "corvane/core/lab.h"
 #include "corvane/core/lab_rows.h"
+#include "corvane/core/progress_channel.h"
 #include "corvane/core/stl_image.h"
+#include "corvane/platform/memory_exception.h"
 #include "corvane/resources/string_table.h"
 
 using namespace corvane;
@@ -76,16 +77,6 @@ void Convert(int count, const Selection& selection, Stretch& stretch)
     }
 }
 
-/// An image of the source's size with undefined samples; null when there is no room.
-std::unique_ptr<CStlImage> TryMake(const CStlImage& source, int planes)
-{
-    try {
-        return std::make_unique<CStlImage>(-32, source.GetWidth(), source.GetHeight(), planes, 1.0, 0.0, 0);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
-}
-
 void ConvertRow(const DisplayColours& colours, int y, const Selection& selection, CStlImage& made)
 {
     for (int x = 0; x < made.GetWidth(); x += Stretch::kLength) {
@@ -102,18 +93,19 @@ void ConvertRow(const DisplayColours& colours, int y, const Selection& selection
 
 CStlImage* MakePlanes(CStlImage& source, int textId, double most, Selection selection)
 {
-    std::unique_ptr<CStlImage> made = TryMake(source, selection.count);
+    auto made = OrNothing([&] { // with undefined samples
+        return std::make_unique<CStlImage>(-32, source.GetWidth(), source.GetHeight(), selection.count, 1.0, 0.0, 0);
+    });
     if (made == nullptr) {
         return nullptr;
     }
     const DisplayColours colours(source, most);
-    source.ShowProgressInit(1, textId, source.GetHeight());
+    const ProgressChannel progress(source, 1, textId, source.GetHeight());
     made->SetStdCtr(source.GetStdCtr());
     for (int y = 0; y < source.GetHeight(); ++y) {
         ConvertRow(colours, y, selection, *made);
-        source.ShowProgress(1);
+        progress.Advance(1);
     }
-    source.ShowProgressEnd(nullptr);
     return made.release();
 }
 

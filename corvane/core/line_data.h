@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 
 #include "corvane/platform/export.h"
 
@@ -12,7 +13,10 @@
 class CORVANE_API CLineData {
 public:
     /// Allocates both buffers with the ordinary allocator; entries start undefined.
-    explicit CLineData(int n) : values_(new double[Length(n)]), flags_(new int[Length(n)]) {}
+    explicit CLineData(int n)
+        : CLineData(std::make_unique_for_overwrite<double[]>(Length(n)),
+                    std::make_unique_for_overwrite<int[]>(Length(n)))
+    {}
     CLineData(const CLineData&) = default;
     CLineData& operator=(const CLineData&) = default;
     ~CLineData()
@@ -28,6 +32,9 @@ public:
     /// @}
 
 private:
+    CLineData(std::unique_ptr<double[]> values, std::unique_ptr<int[]> flags)
+        : values_(values.release()), flags_(flags.release())
+    {}
     static std::size_t Length(int n) { return n > 0 ? static_cast<std::size_t>(n) : 0; }
 
     double* values_;

@@ -45,7 +45,7 @@ class CORVANE_API CVmMemory {
 public:
     int resident = 0; ///< pages in memory
     int newest = -1;  ///< slot of the page used last, -1 for none
-    int locked = 0;   ///< pages in memory that somebody holds
+    int locked = 0;   ///< pages that somebody holds, in memory or not
     int oldest = -1;  ///< slot of the page used longest ago
     int free = -1;    ///< first slot of the list of unused slots
     int fetched = 0;  ///< pages brought in so far

@@ -33,8 +33,11 @@ int PageCount(std::uint64_t bytes, std::uint64_t pageBytes)
 } // namespace
 
 Pager::Pager(const std::string& folder, std::uint64_t bytes, std::uint64_t rowBytes)
-    : pageBytes_(WholeRows(rowBytes)), file_(folder, bytes), map_(PageCount(bytes, pageBytes_))
-{}
+    : pageBytes_(WholeRows(rowBytes)), file_(folder, bytes), map_(PageCount(bytes, pageBytes_)),
+      holds_(static_cast<std::size_t>(map_.GetBlockCount()))
+{
+    slots_.reserve(holds_.size()); // so that reading and writing samples needs no memory
+}
 
 Pager::~Pager()
 {
@@ -52,7 +55,7 @@ unsigned char* Pager::Touch(std::uint64_t offset, bool hold)
         Link(slot);
     }
     if (hold) {
-        state_.locked += slots_[slot].holds++ == 0;
+        state_.locked += holds_[static_cast<std::size_t>(page)]++ == 0;
     }
     return file_.Data() + offset;
 }
@@ -63,18 +66,18 @@ bool Pager::Unhold(const void* address)
     if (offset < 0 || static_cast<std::uint64_t>(offset) >= file_.Size()) {
         return false;
     }
-    const int slot = map_.GetSlotIndex(static_cast<int>(static_cast<std::uint64_t>(offset) / pageBytes_));
-    if (slot < 0 || slots_[slot].holds == 0) {
+    int& holds = holds_[static_cast<std::uint64_t>(offset) / pageBytes_];
+    if (holds == 0) {
         return false;
     }
-    state_.locked -= --slots_[slot].holds == 0;
+    state_.locked -= --holds == 0;
     return true;
 }
 
 void Pager::UnholdAll()
 {
-    for (Slot& slot : slots_) {
-        slot.holds = 0;
+    if (state_.locked > 0) {
+        std::fill(holds_.begin(), holds_.end(), 0);
     }
     state_.locked = 0;
 }
@@ -131,12 +134,12 @@ void Pager::ReleaseOverBudget()
 int Pager::Victim() const
 {
     for (int slot = state_.oldest; slot != state_.newest; slot = slots_[slot].newer) {
-        if (slots_[slot].holds == 0) {
+        if (holds_[static_cast<std::size_t>(slots_[slot].page)] == 0) {
             return slot;
         }
     }
     // Every page but the newest is held. The bound still counts: addresses outlive their pages, so letting the oldest
-    // go costs its holder a fetch and nothing else.
+    // go costs its holder a fetch and nothing else. It stays held.
     return state_.oldest;
 }
 
@@ -146,8 +149,7 @@ void Pager::Release(int slot)
     const std::uint64_t offset = static_cast<std::uint64_t>(page) * pageBytes_;
     file_.Release(offset, std::min(pageBytes_, file_.Size() - offset));
     Unlink(slot);
-    state_.locked -= slots_[slot].holds > 0;
-    slots_[slot] = Slot{-1, -1, state_.free, 0};
+    slots_[slot] = Slot{-1, -1, state_.free};
     state_.free = slot;
     map_.Set(page, kAway, -1);
     --state_.resident;

@@ -36,7 +36,6 @@ private:
         int page = -1;
         int newer = -1;
         int older = -1;
-        int holds = 0;
     };
 
     int Bring(int page);
@@ -51,6 +50,7 @@ private:
     platform::SpillFile file_;
     CVmHandle map_;
     CVmMemory state_;
+    std::vector<int> holds_; ///< how often each page is held, in memory or not
     std::vector<Slot> slots_;
 };
 

@@ -6,6 +6,7 @@
 #include "corvane/core/stl_image.h"
 #include "corvane/core/truncate.h"
 #include "corvane/platform/messages.h"
+#include "corvane/resources/string_table.h"
 
 namespace {
 
@@ -28,11 +29,10 @@ bool TakeMessage(MSG& message, UINT number)
     return true;
 }
 
-CString Text(int id)
+const char* Text(int id)
 {
-    CString text;
-    text.LoadString(static_cast<UINT>(id));
-    return text;
+    const char* const text = corvane::FindString(static_cast<unsigned>(id));
+    return text == nullptr ? "" : text;
 }
 
 } // namespace
@@ -57,7 +57,7 @@ void CStlImage::ShowProgressInit(int show, const char* text, int total)
 
 void CStlImage::ShowProgressInit(int show, int id, int total)
 {
-    ShowProgressInit(show, static_cast<const char*>(Text(id)), total);
+    ShowProgressInit(show, Text(id), total);
 }
 
 void CStlImage::ShowProgressInit(const char* text)
@@ -73,7 +73,7 @@ void CStlImage::ShowProgressInit(const char* text)
 
 void CStlImage::ShowProgressInit(int id)
 {
-    ShowProgressInit(static_cast<const char*>(Text(id)));
+    ShowProgressInit(Text(id));
 }
 
 int CStlImage::ShowProgress(int n)
@@ -102,7 +102,7 @@ void CStlImage::ShowProgressMsg(const char* text)
 
 void CStlImage::ShowProgressMsg(int id)
 {
-    ShowProgressMsg(static_cast<const char*>(Text(id)));
+    ShowProgressMsg(Text(id));
 }
 
 void CStlImage::ShowProgressEnd(const char* text)
@@ -115,7 +115,7 @@ void CStlImage::ShowProgressEnd(const char* text)
 
 void CStlImage::ShowProgressEnd(int id)
 {
-    ShowProgressEnd(static_cast<const char*>(Text(id)));
+    ShowProgressEnd(Text(id));
 }
 
 int CStlImage::ShowProgressContinue()

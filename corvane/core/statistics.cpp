@@ -7,6 +7,7 @@
 
 #include "corvane/core/blank.h"
 #include "corvane/core/display_scale.h"
+#include "corvane/core/progress_channel.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/truncate.h"
 #include "corvane/core/walk.h"
@@ -138,7 +139,8 @@ int CStlImage::GetHistGram(int* hist, int bins, double lo, double hi, int plane,
                            int textId)
 {
     const CRect area = WorkingArea(*this, rect);
-    ShowProgressInit(showProgress, textId == 0 ? IDS_HISTOGRAM : textId, static_cast<int>(area.bottom - area.top));
+    const ProgressChannel progress(*this, showProgress, textId == 0 ? IDS_HISTOGRAM : textId,
+                                   static_cast<int>(area.bottom - area.top));
     const bool brightness = plane == -1 && IsColor() && GetPlanes() >= 3;
     if (brightness) {
         BoundsToBrightness(*this, lo, hi);
@@ -160,9 +162,8 @@ int CStlImage::GetHistGram(int* hist, int bins, double lo, double hi, int plane,
             binning.Count(
                 count, [=](int x) { return row[x]; }, [=](int x) { return isBlank(row[x]); });
         }
-        ShowProgress(1);
+        progress.Advance(1);
     }
-    ShowProgressEnd(nullptr);
     if (bins <= 0) {
         return 0;
     }

@@ -33,19 +33,23 @@ CStlImage& CStlImage::operator=(const CStlImage& source)
 
 CStlImage& CStlImage::CopyImage(const CStlImage& source, HWND window, const char* text)
 {
+    TakePoints(source);
     CImage::CopyImage(source, window, text);
-    progressWindow_ = source.progressWindow_;
-    std::copy_n(source.stdPt_, 2, stdPt_);
-    stdCtr_ = source.stdCtr_;
     return *this;
 }
 
 int CStlImage::Create(const CStlImage& source, HWND window, const char* text)
 {
+    TakePoints(source);
+    return CImage::Create(source, window, text);
+}
+
+/// Takes what the working image adds to the record: the progress window and the reference points.
+void CStlImage::TakePoints(const CStlImage& source)
+{
     progressWindow_ = source.progressWindow_;
     std::copy_n(source.stdPt_, 2, stdPt_);
     stdCtr_ = source.stdCtr_;
-    return CImage::Create(source, window, text);
 }
 
 void CStlImage::Swap(CStlImage* other)

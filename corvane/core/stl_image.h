@@ -31,9 +31,11 @@ public:
     /// `CopyImage` without window and text.
     CStlImage& operator=(const CStlImage& source);
 
-    /// Takes the source's progress window, reference points, record and samples.
+    /// Takes the source's progress window, reference points, record and samples. When CMemoryException is thrown, this
+    /// image has the first two, and its own record and samples.
     CStlImage& CopyImage(const CStlImage& source, HWND window = nullptr, const char* text = nullptr);
-    /// Takes the source's progress window, reference points and record, with zero samples; 0 when there is no room.
+    /// Takes the source's progress window, reference points and record, with zero samples; 0 when there is no room: then
+    /// it has the first two.
     int Create(const CStlImage& source, HWND window = nullptr, const char* text = nullptr);
     /// Exchanges progress windows, reference points, records and samples.
     void Swap(CStlImage* other);
@@ -223,8 +225,8 @@ public:
 
     /// Counts the samples in [lo, hi] of a rectangle into `bins` equal bins. Plane -1 of a colour image counts the
     /// brightness, with lo and hi in raw units. Blank samples are left out (of a colour pixel: when all three are). The
-    /// rectangle is cut at its near edges only: left and top at 0, right and bottom at the size. Text id 0 means 3066.
-    /// Returns twice the mean count per bin of the whole image, as a scale for drawing; 0 when there are no bins.
+    /// rectangle is clamped into the image, edge by edge. Text id 0 means 3066. Returns twice the mean count per bin of
+    /// the whole image, as a scale for drawing; 0 when there are no bins.
     int GetHistGram(int* hist, int bins, double lo, double hi, int plane, CRect* rect, int showProgress, int textId);
     /// Mean raw sample of a plane. From the first blank sample on, the rest of its row is left out. NaN for nothing.
     float GetAvrGrayRaw(int plane) const;
@@ -309,6 +311,7 @@ private:
     const float* Read(int x, int y, int plane) const { return GetImageAdr(x, y, plane, 1); }
     double NextInStorage(const float* sample, int x, int y, int plane) const;
     double BrightnessToRaw(double bright) const;
+    void TakePoints(const CStlImage& source);
     int ShowProgressContinue();
     void SendProgress(int word, const char* text) const;
     HDIB MakeDib(int bitCount) const;

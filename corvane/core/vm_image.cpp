@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <limits>
 
 #include "corvane/core/memory_budget.h"
@@ -61,7 +62,13 @@ CVmImage::~CVmImage() = default;
 
 int CVmImage::Unlock(void* handle) const
 {
-    return pager_ != nullptr && pager_->Unhold(handle) ? 1 : 0;
+    if (pager_ != nullptr) {
+        return pager_->Unhold(handle) ? 1 : 0;
+    }
+    const auto* const address = static_cast<const unsigned char*>(handle);
+    const bool isHeld = locks_ > 0 && !std::less<>()(address, data_) && std::less<>()(address, data_ + bytes_);
+    locks_ -= isHeld ? 1 : 0;
+    return isHeld ? 1 : 0;
 }
 
 void CVmImage::UnlockAll() const
@@ -69,6 +76,7 @@ void CVmImage::UnlockAll() const
     if (pager_ != nullptr) {
         pager_->UnholdAll();
     }
+    locks_ = 0;
 }
 
 std::uint64_t CVmImage::GetResidentBytes() const
@@ -82,11 +90,12 @@ int CVmImage::GetRowsPerPage() const
 }
 
 // Every page is written back before its memory is let go, so a page that is only read needs no path of its own.
-unsigned char* CVmImage::GetPagedAdr(std::uint64_t byteOffset, int /*readOnly*/, int hold, void** lockHandle) const
+unsigned char* CVmImage::GetHeldAdr(std::uint64_t byteOffset, int /*readOnly*/, int hold, void** lockHandle) const
 {
-    const bool held = hold == 2 && lockHandle != nullptr;
-    unsigned char* const address = pager_->Touch(byteOffset, held);
-    if (held) {
+    const bool held = hold == 2 && bytes_ > 0;
+    unsigned char* const address = pager_ != nullptr ? pager_->Touch(byteOffset, held) : data_ + byteOffset;
+    locks_ += held ? 1 : 0;
+    if (held && lockHandle != nullptr) {
         *lockHandle = address;
     }
     return address;

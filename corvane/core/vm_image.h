@@ -40,16 +40,18 @@ public:
     /// @}
 
     /// The address of the byte at `byteOffset`; an offset behind the last sample gives the last sample.
-    /// With hold = 2 and a place for a handle, its page stays in memory until `Unlock(handle)`. Null when empty.
+    /// With hold = 2 its page is locked until `Unlock(handle)`, if there is a place for a handle, or `UnlockAll`: it
+    /// stays in memory as long as the budget has room for pages besides. Null when empty.
     unsigned char* GetImageAdr(std::uint64_t byteOffset, int readOnly, int hold = 0, void** lockHandle = nullptr) const
     {
         if (byteOffset >= bytes_) {
             byteOffset = bytes_ - LastSampleBytes();
         }
-        return pager_ == nullptr ? data_ + byteOffset : GetPagedAdr(byteOffset, readOnly, hold, lockHandle);
+        return pager_ == nullptr && hold == 0 ? data_ + byteOffset : GetHeldAdr(byteOffset, readOnly, hold, lockHandle);
     }
 
-    /// Releases one lock, given its handle or any address of its page; non-zero when there was one.
+    /// Releases one lock, given its handle or any address of its page, which without paging is the whole store;
+    /// non-zero when there was one.
     int Unlock(void* handle) const;
     /// Releases every lock.
     void UnlockAll() const;
@@ -71,7 +73,7 @@ private:
     {
         return static_cast<std::uint64_t>(width_) * static_cast<std::uint64_t>(bytesPerSample_);
     }
-    unsigned char* GetPagedAdr(std::uint64_t byteOffset, int readOnly, int hold, void** lockHandle) const;
+    unsigned char* GetHeldAdr(std::uint64_t byteOffset, int readOnly, int hold, void** lockHandle) const;
 
     int width_;
     int height_;
@@ -81,4 +83,5 @@ private:
     corvane::SampleMemory memory_;
     std::unique_ptr<corvane::Pager> pager_;
     unsigned char* data_ = nullptr;
+    mutable std::uint64_t locks_ = 0; ///< of a store that is not paged
 };

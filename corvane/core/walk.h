@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "corvane/core/progress_channel.h"
 #include "corvane/core/stl_image.h"
 
 namespace corvane {
@@ -50,9 +51,9 @@ void WalkRows(CStlImage& target, const CStlImage& source, const CRect* rect, int
               KernelOf kernelOf)
 {
     const CRect area = WorkingArea(target, rect);
-    target.ShowProgressInit(showProgress, textId, static_cast<int>(area.bottom - area.top) * target.GetPlanes());
+    const ProgressChannel progress(target, showProgress, textId,
+                                   static_cast<int>(area.bottom - area.top) * target.GetPlanes());
     WalkArea(target, source, area, kernelOf);
-    target.ShowProgressEnd(nullptr);
 }
 
 /// An operation of one sample at a time: `functionOf(plane)` gives the function from source to target value, in double.

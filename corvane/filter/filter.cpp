@@ -6,6 +6,7 @@
 #include <limits>
 #include <memory>
 
+#include "corvane/core/progress_channel.h"
 #include "corvane/filter/filter_rows.h"
 #include "corvane/platform/memory_exception.h"
 #include "corvane/resources/string_table.h"
@@ -37,12 +38,10 @@ std::unique_ptr<CStlImage> MakeLarger(const CStlImage& image, long long margin, 
     if (std::max(width, height) > std::numeric_limits<int>::max()) {
         return nullptr;
     }
-    try {
+    return OrNothing([&] {
         return std::make_unique<CStlImage>(-32, static_cast<int>(width), static_cast<int>(height), image.GetPlanes(),
                                            1.0, 0.0, 1, window, text);
-    } catch (const CMemoryException&) {
-        return nullptr;
-    }
+    });
 }
 
 /// Copies the samples and levels of `image` into the middle of a larger one, one step of progress a row.
@@ -75,16 +74,25 @@ void FillBorder(CStlImage& image, int margin, CStlImage& work)
     }
 }
 
+/// Fills a band of pointers to the samples of column x, to read them or, as `Row` tells, to write them too.
+template <class Row>
+void PointAtRows(const CStlImage& image, int x, int y, int plane, int radius, Row* rows, unsigned flags)
+{
+    for (long long i = -static_cast<long long>(radius); i <= radius; ++i) {
+        rows[i + radius] =
+            image.GetImageAdr(x, filter::MirrorRow(y + i, image.GetHeight()), plane, static_cast<int>(flags & 2U) | 1);
+    }
+}
+
 /// The padded copy that both work images are.
 CStlImage* MakeWork(CStlImage& image, int margin, int showProgress, int textId)
 {
     auto work = MakeLarger(image, margin, showProgress != 0 ? image.GetProgressHandle() : nullptr,
                            showProgress != 0 ? FindString(IDS_INITIALIZING) : nullptr);
     if (work != nullptr && image.GetPixelCount() > 0) {
-        image.ShowProgressInit(showProgress, textId, work->GetHeight() * work->GetPlanes() * 2);
+        const ProgressChannel progress(image, showProgress, textId, work->GetHeight() * work->GetPlanes() * 2);
         CopyInterior(image, margin, *work);
         FillBorder(image, margin, *work);
-        image.ShowProgressEnd(nullptr);
     }
     return work.release();
 }
@@ -127,9 +135,12 @@ void CImgFilter::CalcRect(int& left, int& top, int& right, int& bottom, const CR
 
 void CImgFilter::SetFilterAdr(int x, int y, int plane, int r, const float** rows, unsigned flags) const
 {
-    r = std::clamp(r, 0, filter::kMostRadius);
-    const filter::Band band(*this, y, plane, r, x, static_cast<int>(flags & 2U));
-    std::copy_n(band.Rows(), 2 * r + 1, rows);
+    PointAtRows(*this, x, y, plane, r, rows, flags);
+}
+
+void CImgFilter::SetFilterAdr(int x, int y, int plane, int r, float** rows, unsigned flags) const
+{
+    PointAtRows(*this, x, y, plane, r, rows, flags);
 }
 
 void CImgFilter::CalcShift(int& dx, int& dy, int /*unused*/, const CStlImage* other) const

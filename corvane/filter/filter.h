@@ -7,7 +7,7 @@
 /// The object is the result, made as a copy of the image to be filtered; a filter reads `source` and writes the samples
 /// inside the rectangle, plane by plane unless it says otherwise. Rules that hold for all of them:
 /// - `source` has the size and planes of this image. A smaller one is not read outside: columns to the right of it keep
-///   their samples, rows and planes that it lacks repeat its last ones.
+///   their samples, planes that it lacks repeat its last one, and rows below it are mirrored as those about an edge are.
 /// - Neighbourhoods by `type`: 0 a cross of 5 samples, 1 a square of 3 x 3, 2 a square of 5 x 5 without its corners
 ///   (21 samples). With any other type the samples are copied.
 /// - Above row 0 lie rows 1, 2, ...: the mirror does not repeat the first row. Below the last row lie the last row, the
@@ -117,7 +117,8 @@ public:
 
     /// @name Work images
     /// A copy with a border of `margin` samples, filled by the row rule on all four sides, for callers that filter with
-    /// kernels of their own. The caller owns it; null when there is no memory.
+    /// kernels of their own. The caller owns it; null when there is no memory. With progress the window is also told of
+    /// "Initializing...", while the memory is had.
     /// @{
     /// Margin 0 means 2. Reports "Initializing filtering process...".
     CStlImage* MakeFilterWork(int margin, int showProgress);
@@ -173,9 +174,10 @@ public:
 protected:
     /// Clips a rectangle into this image, edge by edge; null is the whole image.
     void CalcRect(int& left, int& top, int& right, int& bottom, const CRect* rect) const;
-    /// Points rows[0..2r] at column x (clamped) of rows y - r..y + r of a plane, mirrored at the edges. Flag 2 locks
-    /// the rows until `UnlockAll`.
+    /// Points rows[0..2r] at column x (clamped) of rows y - r..y + r of a plane, mirrored at the edges; r is 0 or more.
+    /// Flag 2 locks the rows until `UnlockAll`.
     void SetFilterAdr(int x, int y, int plane, int r, const float** rows, unsigned flags) const;
+    void SetFilterAdr(int x, int y, int plane, int r, float** rows, unsigned flags) const;
     /// The offset that centres this image in `other`: half of what it is smaller by. Unchanged when it is at least as
     /// wide and as high.
     void CalcShift(int& dx, int& dy, int unused, const CStlImage* other) const;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "corvane/core/progress_channel.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/walk.h"
 #include "corvane/filter/neighbourhood.h"
@@ -11,26 +12,24 @@ namespace corvane::filter {
 /// The widest band: a Gaussian of the largest deviation.
 inline constexpr int kMostRadius = 10;
 
-/// The rows of a plane about row y, mirrored at the edges. They are locked in the store until its `UnlockAll`.
+/// The rows of a plane about row y, mirrored at the edges, from column 0. They are locked in the store until its
+/// `UnlockAll`.
 class Band {
 public:
-    Band(const CStlImage& image, int y, int plane, int radius, int x = 0, int flags = 2)
-        : radius_(radius), width_(image.GetWidth())
+    Band(const CStlImage& image, int y, int plane, int radius) : radius_(radius), width_(image.GetWidth())
     {
         for (int i = 0; i <= 2 * radius; ++i) {
-            rows_[i] = image.GetImageAdr(x, MirrorRow(static_cast<long long>(y) + i - radius, image.GetHeight()), plane,
-                                         1 | flags);
+            rows_[i] = image.GetImageAdr(0, MirrorRow(static_cast<long long>(y) + i - radius, image.GetHeight()), plane,
+                                         1 | 2);
         }
     }
 
     int Radius() const { return radius_; }
     int Width() const { return width_; }
-    /// The row dy below the centre, from the column the band was made at.
+    /// The row dy below the centre.
     const float* Row(int dy) const { return rows_[dy + radius_]; }
-    /// The pointers as kernels take them, top row first.
-    const float* const* Rows() const { return rows_; }
 
-    /// The neighbourhood of column x; for a band made at column 0.
+    /// The neighbourhood of column x.
     Neighbours At(int x, int type) const
     {
         const float* shifted[2 * kMostPointRadius + 1];
@@ -99,7 +98,8 @@ void FilterRows(CStlImage& target, const CStlImage& source, const CRect* rect, i
     const CRect area = WorkingArea(target, rect);
     const int left = static_cast<int>(area.left);
     const int right = std::min(static_cast<int>(area.right), source.GetWidth());
-    target.ShowProgressInit(showProgress, textId, static_cast<int>(area.bottom - area.top) * target.GetPlanes());
+    const ProgressChannel progress(target, showProgress, textId,
+                                   static_cast<int>(area.bottom - area.top) * target.GetPlanes());
     for (int plane = 0; plane < target.GetPlanes(); ++plane) {
         const auto kernel = kernelOf(plane);
         const int sourcePlane = std::min(plane, source.GetPlanes() - 1);
@@ -109,10 +109,9 @@ void FilterRows(CStlImage& target, const CStlImage& source, const CRect* rect, i
                 source.UnlockAll();
                 target.UnlockAll();
             }
-            target.ShowProgress(1);
+            progress.Advance(1);
         }
     }
-    target.ShowProgressEnd(nullptr);
 }
 
 } // namespace corvane::filter

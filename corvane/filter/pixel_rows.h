@@ -4,6 +4,7 @@
 
 #include "corvane/core/brightness.h"
 #include "corvane/core/display_scale.h"
+#include "corvane/core/progress_channel.h"
 #include "corvane/filter/filter_rows.h"
 
 namespace corvane::filter {
@@ -35,7 +36,7 @@ void FilterPixels(CStlImage& target, const CStlImage& source, const CRect* rect,
     const CRect area = WorkingArea(target, rect);
     const int left = static_cast<int>(area.left);
     const int right = std::min(static_cast<int>(area.right), source.GetWidth());
-    target.ShowProgressInit(showProgress, textId, static_cast<int>(area.bottom - area.top) * steps);
+    const ProgressChannel progress(target, showProgress, textId, static_cast<int>(area.bottom - area.top) * steps);
     for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
         if (left < right && source.GetPixelCount() > 0) {
             kernel(PlaneBands(source, y, radius), y, left, right);
@@ -43,10 +44,9 @@ void FilterPixels(CStlImage& target, const CStlImage& source, const CRect* rect,
             target.UnlockAll();
         }
         for (int step = 0; step < steps; ++step) {
-            target.ShowProgress(1);
+            progress.Advance(1);
         }
     }
-    target.ShowProgressEnd(nullptr);
 }
 
 /// Brightness of pixels in display units: of a colour image 0.299 R + 0.587 G + 0.114 B.

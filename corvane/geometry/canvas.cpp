@@ -14,8 +14,9 @@ int MakeCanvas(CStlImage& target, const CStlImage& source, long long width, long
     }
     HWND window = showProgress != 0 ? target.GetProgressHandle() : nullptr;
     const char* const text = showProgress != 0 ? FindString(IDS_CANVAS_SIZE) : nullptr;
-    const auto change = &target == &source ? &CImage::ChangeSize : &CImage::ChangeCanvas;
-    return (target.*change)(static_cast<int>(width), static_cast<int>(height), window, text);
+    const int w = static_cast<int>(width);
+    const int h = static_cast<int>(height);
+    return &target == &source ? target.ChangeSize(w, h, window, text) : target.CreateCanvas(target, w, h, window, text);
 }
 
 } // namespace corvane

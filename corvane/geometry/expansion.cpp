@@ -1,20 +1,21 @@
 #include "corvane/geometry/expansion.h"
 
 #include <algorithm>
-#include <vector>
+#include <memory>
 
 #include "corvane/geometry/canvas.h"
 #include "corvane/geometry/rows.h"
+#include "corvane/platform/memory_exception.h"
 #include "corvane/resources/string_table.h"
 
 using namespace corvane;
 
 namespace {
 
-void Repeat(const std::vector<float>& samples, int times, float* out)
+void Repeat(const float* samples, int count, int times, float* out)
 {
-    for (const float sample : samples) {
-        out = std::fill_n(out, times, sample);
+    for (int i = 0; i < count; ++i) {
+        out = std::fill_n(out, times, samples[i]);
     }
 }
 
@@ -25,15 +26,16 @@ int CImgExpansion::Do(int fx, int fy, CStlImage* source, int showProgress)
     InitStdPt();
     const int width = GetWidth();
     const long long newHeight = static_cast<long long>(GetHeight()) * fy;
-    if (MakeCanvas(*this, *source, static_cast<long long>(width) * fx, newHeight, showProgress) == 0) {
+    auto samples = OrNothing([&] { return std::make_unique<float[]>(static_cast<std::size_t>(std::max(width, 1))); });
+    if (samples == nullptr ||
+        MakeCanvas(*this, *source, static_cast<long long>(width) * fx, newHeight, showProgress) == 0) {
         return 0;
     }
     const SourceRows from(*source);
-    std::vector<float> samples(static_cast<std::size_t>(width));
     FillRows(*this, showProgress, IDS_EXPANSION, [&](int plane, int y, float* row) {
         if (y % fy == 0) {
-            from.Copy(0, y / fy, plane, width, samples.data());
-            Repeat(samples, fx, row);
+            from.Copy(0, y / fy, plane, width, samples.get());
+            Repeat(samples.get(), width, fx, row);
         } else {
             std::copy_n(GetImageAdr(0, y - 1, plane, 1), GetWidth(), row);
         }

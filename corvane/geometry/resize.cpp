@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "corvane/core/display_scale.h"
+#include "corvane/core/progress_channel.h"
 #include "corvane/geometry/canvas.h"
 #include "corvane/geometry/rows.h"
 #include "corvane/resources/string_table.h"
@@ -49,22 +50,22 @@ int CImgResize::Do(int newWidth, int newHeight, int anchor, float* background, C
     const Placement rows(newHeight, source->GetHeight(), place / 3);
     const DisplayScale scale(*this, 0); // for every plane: the background is one colour of the screen
     const SourceRows from(*source);
-    ShowProgressInit(showProgress, IDS_CANVAS_SIZE, (newHeight + rows.end - rows.first) * GetPlanes());
+    const ProgressChannel progress(*this, showProgress, IDS_CANVAS_SIZE,
+                                   (newHeight + rows.end - rows.first) * GetPlanes());
     for (int plane = 0; plane < GetPlanes(); ++plane) {
         const auto value = static_cast<float>(scale.ToRaw(background == nullptr ? 0.0 : background[plane]));
         for (int y = 0; y < newHeight; ++y) {
             FillAround(columns, y >= rows.first && y < rows.end, newWidth, value, GetImageAdr(0, y, plane));
-            ShowProgress(1);
+            progress.Advance(1);
         }
     }
     for (int plane = 0; plane < GetPlanes(); ++plane) {
         for (int y = rows.first; y < rows.end; ++y) {
             from.Copy(columns.from, y - rows.first + rows.from, plane, columns.end - columns.first,
                       GetImageAdr(columns.first, y, plane));
-            ShowProgress(1);
+            progress.Advance(1);
         }
     }
-    ShowProgressEnd(nullptr);
     TranslatePhysicalCoords(columns.from, rows.from);
     return 1;
 }

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "corvane/core/truncate.h"
-#include "corvane/geometry/canvas.h"
 #include "corvane/geometry/rows.h"
+#include "corvane/platform/memory_exception.h"
 #include "corvane/resources/string_table.h"
 
 using namespace corvane;
@@ -188,10 +188,15 @@ int CImgResolution::ByLiner(CStlImage* source, int newWidth, int newHeight, int 
 int CImgResolution::ByCubic(CStlImage* source, int newWidth, int newHeight, int showProgress)
 {
     InitStdPt();
-    const Steps steps(*this, newWidth, newHeight);
-    if (MakeCanvas(*this, *source, newWidth, newHeight, showProgress) == 0) {
-        return 0;
-    }
-    Resample(*this, *source, steps, showProgress);
-    return 1;
+    return OrNothing([&] {
+        CStlImage made; // takes this image's place when all is done, for which it needs memory on the way
+        made.SetProgressHandle(GetProgressHandle());
+        HWND window = showProgress != 0 ? GetProgressHandle() : nullptr;
+        if (made.CreateCanvas(*this, newWidth, newHeight, window, FindString(IDS_CANVAS_SIZE)) == 0) {
+            return 0;
+        }
+        Resample(made, *source, Steps(*this, newWidth, newHeight), showProgress);
+        CImage::Swap(&made);
+        return 1;
+    });
 }

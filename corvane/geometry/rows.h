@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "corvane/core/progress_channel.h"
 #include "corvane/core/stl_image.h"
 
 namespace corvane {
@@ -56,14 +57,13 @@ private:
 template <class Fill>
 void FillRows(CStlImage& target, int showProgress, int textId, Fill fill, int parts = 1)
 {
-    target.ShowProgressInit(showProgress, textId, parts * target.GetHeight() * target.GetPlanes());
+    const ProgressChannel progress(target, showProgress, textId, parts * target.GetHeight() * target.GetPlanes());
     for (int plane = 0; plane < target.GetPlanes(); ++plane) {
         for (int y = 0; y < target.GetHeight(); ++y) {
             fill(plane, y, target.GetImageAdr(0, y, plane));
-            target.ShowProgress(1);
+            progress.Advance(1);
         }
     }
-    target.ShowProgressEnd(nullptr);
 }
 
 } // namespace corvane

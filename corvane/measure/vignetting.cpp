@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "corvane/core/progress_channel.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 
@@ -71,7 +72,7 @@ void CImgFlat::Do(CStlImage* source, CPoint centre, double k, double base, CRect
     const int x = static_cast<int>(area.left);
     const int count = source->GetPixelCount() > 0 ? area.Width() : 0;
     const int own = std::clamp(source->GetWidth() - x, 0, std::max(count, 0)); // what a narrower source has of it
-    ShowProgressInit(showProgress, IDS_VIGNETTING, area.Height() * GetPlanes());
+    const ProgressChannel progress(*this, showProgress, IDS_VIGNETTING, area.Height() * GetPlanes());
     for (int plane = 0; plane < GetPlanes(); ++plane) {
         for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
             if (count > 0) {
@@ -82,8 +83,7 @@ void CImgFlat::Do(CStlImage* source, CPoint centre, double k, double base, CRect
                 model.Apply(in, out, 0, own, count);
                 model.Apply(out, out, own, count, count);
             }
-            ShowProgress(1);
+            progress.Advance(1);
         }
     }
-    ShowProgressEnd(nullptr);
 }

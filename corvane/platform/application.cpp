@@ -1,6 +1,7 @@
 #include "corvane/platform/application.h"
 
 #include <cstdio>
+#include <memory>
 #include <mutex>
 #include <utility>
 
@@ -9,10 +10,13 @@ namespace {
 using MessageBoxHandler = std::function<int(const char* text, UINT type)>;
 using WaitCursorHandler = std::function<void(bool on)>;
 
+template <class Handler>
+using Shared = std::shared_ptr<const Handler>; // handed out without a copy, which would need memory
+
 struct Application {
     std::mutex mutex;
-    MessageBoxHandler showMessage;
-    WaitCursorHandler showWaitCursor;
+    Shared<MessageBoxHandler> showMessage;
+    Shared<WaitCursorHandler> showWaitCursor;
     int waitDepth = 0;
 };
 
@@ -20,6 +24,12 @@ Application& TheApplication()
 {
     static Application application;
     return application;
+}
+
+template <class Handler>
+Shared<Handler> Share(Handler handler)
+{
+    return handler ? std::make_shared<const Handler>(std::move(handler)) : nullptr;
 }
 
 int PrintMessage(const char* text)
@@ -32,7 +42,7 @@ int PrintMessage(const char* text)
 void ChangeWaitDepth(int change)
 {
     Application& application = TheApplication();
-    WaitCursorHandler handler;
+    Shared<WaitCursorHandler> handler;
     {
         const std::lock_guard lock(application.mutex);
         const int before = application.waitDepth;
@@ -42,7 +52,7 @@ void ChangeWaitDepth(int change)
         }
     }
     if (handler) {
-        handler(change > 0);
+        (*handler)(change > 0);
     }
 }
 
@@ -51,13 +61,13 @@ void ChangeWaitDepth(int change)
 int AfxMessageBox(const char* text, UINT type, UINT)
 {
     Application& application = TheApplication();
-    MessageBoxHandler handler;
+    Shared<MessageBoxHandler> handler;
     {
         const std::lock_guard lock(application.mutex);
         handler = application.showMessage;
     }
     const char* shown = text == nullptr ? "" : text;
-    return handler ? handler(shown, type) : PrintMessage(shown);
+    return handler ? (*handler)(shown, type) : PrintMessage(shown);
 }
 
 void BeginWaitCursor()
@@ -74,14 +84,16 @@ namespace corvane::platform {
 
 void SetMessageBoxHandler(std::function<int(const char* text, UINT type)> handler)
 {
+    Shared<MessageBoxHandler> shared = Share(std::move(handler));
     const std::lock_guard lock(TheApplication().mutex);
-    TheApplication().showMessage = std::move(handler);
+    TheApplication().showMessage.swap(shared);
 }
 
 void SetWaitCursorHandler(std::function<void(bool on)> handler)
 {
+    Shared<WaitCursorHandler> shared = Share(std::move(handler));
     const std::lock_guard lock(TheApplication().mutex);
-    TheApplication().showWaitCursor = std::move(handler);
+    TheApplication().showWaitCursor.swap(shared);
 }
 
 } // namespace corvane::platform

@@ -6,7 +6,7 @@
 
 /// An array that grows. `Argument` is the type by which elements are handed in.
 /// New elements are value-initialised (numbers are 0). Element access is not checked against the size.
-/// Throws std::bad_alloc when there is no memory to grow into.
+/// Throws CMemoryException when there is no memory to grow into.
 template <class T, class Argument = const T&>
 class CArray {
 public:

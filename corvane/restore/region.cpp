@@ -41,9 +41,7 @@ Area::Area(const CStlImage& image, const CRect* rect)
     top = static_cast<int>(area.top);
     width = static_cast<int>(std::min(w, kLongestSide));
     height = static_cast<int>(std::min(h, kLongestSide));
-    const bool isTooLong = w > kLongestSide || h > kLongestSide;
-    const bool isTooLarge = RestorationBytes(width, height, image.GetPlanes()) > static_cast<double>(MemoryBudget());
-    if (!IsEmpty() && (isTooLong || isTooLarge)) {
+    if (!IsEmpty() && (w > kLongestSide || h > kLongestSide)) {
         AfxThrowMemoryException();
     }
 }
@@ -52,6 +50,9 @@ Region::Region(const CStlImage& image, const CRect* rect) : area_(image, rect)
 {
     if (area_.IsEmpty() || image.GetImageSize() == 0) {
         return;
+    }
+    if (RestorationBytes(area_.width, area_.height, image.GetPlanes()) > static_cast<double>(MemoryBudget())) {
+        AfxThrowMemoryException();
     }
     for (int p = 0; p < image.GetPlanes(); ++p) {
         Read(image, p, planes_.emplace_back(static_cast<std::size_t>(area_.width) * area_.height));

@@ -6,7 +6,7 @@
 
 namespace corvane {
 
-/// Bytes that restoring a region of an image takes at most: the copies of its planes, and 13 floats for each sample of
+/// Bytes that the iterative engines take at most for a region of an image: the copies of its planes, and 13 floats for each sample of
 /// the grid that one plane is worked on in.
 CORVANE_VISIBLE double RestorationBytes(int width, int height, int planes);
 
@@ -19,8 +19,8 @@ struct Area {
     int height = 0;
     bool isWhole = true;
 
-    /// A rectangle that is empty or turned over has no width or height. Throws CMemoryException when the work would take
-    /// more than the memory budget, or a side is too long for a transform.
+    /// A rectangle that is empty or turned over has no width or height. Throws CMemoryException when a side is too long
+    /// for a transform.
     Area(const CStlImage& image, const CRect* rect);
 
     bool IsEmpty() const { return width == 0 || height == 0; }
@@ -30,7 +30,7 @@ struct Area {
 class Region {
 public:
     /// Copies the samples; beyond the image, those of its edge. An area without samples, or an image without any, has no
-    /// planes. Throws CMemoryException.
+    /// planes. Throws CMemoryException, also when restoring them would take more than the memory budget.
     Region(const CStlImage& image, const CRect* rect);
 
     int Width() const { return area_.width; }

@@ -4,13 +4,15 @@
 #include <bit>
 #include <cmath>
 #include <memory>
-#include <new>
 #include <numeric>
 #include <vector>
 
 #include "corvane/core/display_scale.h"
 #include "corvane/core/exponential.h"
 #include "corvane/core/independent.h"
+#include "corvane/core/progress_channel.h"
+#include "corvane/platform/memory.h"
+#include "corvane/platform/memory_exception.h"
 #include "corvane/resources/string_table.h"
 #include "corvane/restore/image_transform.h"
 #include "corvane/restore/region.h"
@@ -167,45 +169,43 @@ std::unique_ptr<CStlImage> CutOut(CStlImage& image, const Area& area, int showPr
     return part;
 }
 
-/// The progress channel of the filter, which counts in shares of a plane.
-class Reporter {
-public:
-    Reporter(CStlImage& image, int showProgress, int total) : image_(image)
-    {
-        image_.ShowProgressInit(showProgress, IDS_WIENER, total);
-    }
-    ~Reporter() { image_.ShowProgressEnd(nullptr); }
-    Reporter(const Reporter&) = delete;
-    Reporter& operator=(const Reporter&) = delete;
-
-    void Add(int steps) const { image_.ShowProgress(steps); }
-
-private:
-    CStlImage& image_;
-};
-
-void FilterPlanes(Filter& filter, double sigma, double noise, CStlImage& image, const Reporter& report)
+/// Progress counts in shares of a plane.
+void FilterPlanes(Filter& filter, double sigma, double noise, CStlImage& image, const ProgressChannel& progress)
 {
-    report.Add(5);
+    progress.Advance(5);
     filter.Blur(sigma);
-    report.Add(10);
+    progress.Advance(10);
     filter.Measure();
-    report.Add(10);
+    progress.Advance(10);
     for (int p = 0; p < image.GetPlanes(); ++p) {
         filter.Read(image, p);
-        report.Add(5);
+        progress.Advance(5);
         filter.Forward();
-        report.Add(25);
+        progress.Advance(25);
         filter.Divide(noise);
-        report.Add(25);
+        progress.Advance(25);
         filter.Inverse();
-        report.Add(25);
+        progress.Advance(25);
         filter.Write(image, p);
-        report.Add(10);
+        progress.Advance(10);
     }
 }
 
+/// Systems promise more memory than they have: what the machine lacks would be missed in the middle of the work.
+bool IsToBeHad(double bytes)
+{
+    return bytes <= static_cast<double>(platform::PhysicalMemory());
+}
+
 } // namespace
+
+double corvane::WienerBytes(int width, int height, int planes)
+{
+    const double columns = PowerOfTwo(width);
+    const double rows = PowerOfTwo(height);
+    const double spectrum = columns * (rows + 2.0 * kLanes);
+    return sizeof(float) * (columns * rows + 2.0 * spectrum + static_cast<double>(width) * height * planes);
+}
 
 double corvane::WienerGain(double sigma, int width, int height)
 {
@@ -214,20 +214,21 @@ double corvane::WienerGain(double sigma, int width, int height)
 
 int CImgWiener::Do(double sigma, double noise, CRect* rect, int showProgress)
 {
-    try {
+    return OrNothing([&] {
         const Area area(*this, rect);
         if (area.IsEmpty() || GetImageSize() == 0) {
             return 1;
         }
+        if (!IsToBeHad(WienerBytes(area.width, area.height, area.isWhole ? 0 : GetPlanes()))) {
+            return 0;
+        }
         const std::unique_ptr<CStlImage> part = area.isWhole ? nullptr : CutOut(*this, area, showProgress);
         Filter filter(area.width, area.height);
-        const Reporter report(*this, showProgress, GetPlanes() * kStepsOfPlane);
-        FilterPlanes(filter, sigma, noise, area.isWhole ? *this : *part, report);
+        const ProgressChannel progress(*this, showProgress, IDS_WIENER, GetPlanes() * kStepsOfPlane);
+        FilterPlanes(filter, sigma, noise, area.isWhole ? *this : *part, progress);
         if (!area.isWhole) {
             PixelBlt(area.left, area.top, area.width, area.height, part.get(), 0, 0, 0);
         }
         return 1;
-    } catch (const std::bad_alloc&) {
-        return 0;
-    }
+    });
 }

@@ -7,6 +7,10 @@ namespace corvane {
 /// The factor by which `CImgWiener::Do` makes an image of a size fainter, noise 0: the sum of its blur.
 CORVANE_API double WienerGain(double sigma, int width, int height);
 
+/// Bytes that `CImgWiener::Do` takes at most, for a region of an image that has so many planes; 0 for the whole image,
+/// which it works on in place.
+CORVANE_API double WienerBytes(int width, int height, int planes);
+
 } // namespace corvane
 
 /// Deblurring by Wiener's filter, in place, for a Gaussian point-spread function: one pass, without iteration.

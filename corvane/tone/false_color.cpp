@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "corvane/core/display_scale.h"
+#include "corvane/core/progress_channel.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 #include "corvane/tone/colour_map.h"
@@ -83,7 +84,7 @@ void CImgFalseColor::Do(double low, double high, int map, int cycles, CStlImage*
     const ColourMap& colourMap = ColourMap::Find(map);
     float values[ColourMap::kBlock];
     ColourMap::Block colours;
-    ShowProgressInit(showProgress, IDS_FALSE_COLOR, static_cast<int>(area.bottom - area.top));
+    const ProgressChannel progress(*this, showProgress, IDS_FALSE_COLOR, static_cast<int>(area.bottom - area.top));
     for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
         for (int x = static_cast<int>(area.left); x < right; x += ColourMap::kBlock) {
             const int count = std::min(right - x, ColourMap::kBlock);
@@ -91,9 +92,8 @@ void CImgFalseColor::Do(double low, double high, int map, int cycles, CStlImage*
             colourMap.Colour(values, count, cycles, colours);
             WriteColours(*this, colours, x, y, count);
         }
-        ShowProgress(1);
+        progress.Advance(1);
     }
-    ShowProgressEnd(nullptr);
 }
 
 void CImgFalseColor::GetFalseColor(float value, int map, int cycles, float* red, float* green, float* blue) const

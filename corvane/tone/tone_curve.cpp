@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "corvane/core/display_scale.h"
+#include "corvane/core/progress_channel.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 #include "corvane/tone/curve.h"
@@ -28,10 +29,9 @@ void CImgToneCurve::Do(const float* const* curves, int n, CStlImage* source, CRe
     if (curves == nullptr || n < 2 || std::count(curves, curves + needed, nullptr) > 0) {
         return;
     }
-    ShowProgressInit(showProgress, IDS_CURVES, GetHeight() * GetPlanes());
+    const ProgressChannel progress(*this, showProgress, IDS_CURVES, GetHeight() * GetPlanes());
     WalkArea(*this, *source, WorkingArea(*this, rect),
              [&](int plane) { return CurveRow(DisplayScale(*this, plane), CurvesOf(*this, plane, curves, n)); });
-    ShowProgressEnd(nullptr);
 }
 
 double CImgToneCurve::CalcToneCurve(const float* curve, int n, double x) const

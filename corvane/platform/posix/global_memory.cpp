@@ -4,11 +4,11 @@
 #include <cstdlib>
 #include <memory>
 #include <mutex>
-#include <new>
 #include <unordered_map>
 #include <utility>
 
 #include "corvane/platform/memory.h"
+#include "corvane/platform/memory_exception.h"
 
 namespace {
 
@@ -76,16 +76,14 @@ HGLOBAL GlobalAlloc(UINT flags, std::size_t bytes)
         }
         block.bytes = bytes;
     }
-    BlockTable& table = TheBlocks();
-    const std::lock_guard lock(table.mutex);
-    try {
+    return corvane::OrNothing([&] {
+        BlockTable& table = TheBlocks();
+        const std::lock_guard lock(table.mutex);
         const auto handle = reinterpret_cast<HGLOBAL>(table.last + 1);
         table.blocks.emplace(handle, std::move(block));
         ++table.last;
         return handle;
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
+    });
 }
 
 void* GlobalLock(HGLOBAL handle)
