@@ -16,7 +16,7 @@ Plain Enhanced(const CStlImage& target, const Plain& lab, const double (&gains)[
 {
     const Plain before(target);
     return before.Map([&](double v, int x, int y, int p) {
-        if (lab.samples.empty() || x >= lab.width || (rect != nullptr && !rect->PtInRect({x, y}))) {
+        if (lab.samples.empty() || (rect != nullptr && !rect->PtInRect({x, y}))) {
             return v;
         }
         const double a = lab.At(x, y, 1);

@@ -66,17 +66,23 @@ TEST(PagedStore, KeepsContentsWithinTheBoundUnderEveryLocking)
 
 TEST(PagedStore, AHeldPageStaysUntilItIsReleased)
 {
-    const TightMemory tight(kMiB);
-    const CStlImage image = Zeros(3);
-    void* locks[2] = {};
-    image.GetImageAdr(0, 0, 0, 3, &locks[0]);
-    image.GetImageAdr(5, 1, 0, 2, &locks[1]); // the same page again
-    WalkRows(image, Locking::kNever, [](const float*, int) {});
-    EXPECT_EQ(image.Unlock(locks[0]) + image.Unlock(locks[1]), 2);
-    EXPECT_EQ(image.Unlock(locks[1]), 0);
-    image.GetImageAdr(0, 0, 0, 2, &locks[0]);
-    image.UnlockAll();
-    EXPECT_EQ(image.Unlock(locks[0]) + image.Unlock(locks), 0);
+    constexpr int kLocks = 15;
+    for (const std::uint64_t budget : {kMiB, 100 * kMiB}) { // the greater one holds all as plain memory
+        const TightMemory tight(budget);
+        const CStlImage image = Zeros(3);
+        ASSERT_EQ(image.GetStore()->IsPaged(), budget == kMiB);
+        std::vector<void*> locks(kLocks); // two on most pages, and more pages than may stay
+        for (int i = 0; i < kLocks; ++i) {
+            image.GetImageAdr(i, i * 120 % kLarge.height, i * 120 / kLarge.height, i % 2 == 0 ? 2 : 3, &locks[i]);
+        }
+        EXPECT_EQ(std::count_if(locks.begin(), locks.end(), [&](void* lock) { return image.Unlock(lock); }), kLocks);
+        EXPECT_EQ(image.Unlock(locks[1]), 0);
+        unsigned char* const first = image.GetStore()->GetImageAdr(0, 0, 2); // without a place for a handle
+        image.GetStore()->GetImageAdr(0, 0, 2);
+        EXPECT_EQ(image.Unlock(first), 1);
+        image.UnlockAll();
+        EXPECT_EQ(image.Unlock(first) + image.Unlock(locks.data()), 0);
+    }
 }
 
 TEST(PagedStore, WorksLikePlainMemoryAndGivesItBack)
@@ -106,10 +112,12 @@ TEST(PagedStore, WithoutASpillFolderThereIsNoMemory)
     const TightMemory tight(kMiB);
     CStlImage small = RandomImage({100, 100}, 1, 6);
     const std::vector<float> samples = Samples(small);
-    const CStlImage paged = Zeros(1);
+    CStlImage paged = Zeros(1);
+    paged.SetStdCtr(3, 4);
     corvane::SetSpillFolder((tight.Folder() / "missing").string());
     EXPECT_THROW(Zeros(1), CMemoryException);
     EXPECT_THROW(small.CopyImage(paged), CMemoryException);
+    EXPECT_EQ(small.GetStdCtr().iy, 4); // taken before the samples are
     EXPECT_THROW(CImage(-64, 2147483647, 2147483647, 3, 1.0, 0.0, 1), CMemoryException);
     EXPECT_EQ(small.CImage::Create(paged) + small.ChangeSize(4000, 4000), 0);
     EXPECT_EQ(Samples(small), samples);
