@@ -12,7 +12,7 @@
 #include "catalogue/statistics.h"
 #include "cli/cancel.h"
 #include "cli/session.h"
-#include "corvane/core/image.h"
+#include "corvane/core/stl_image.h"
 #include "io/bayer.h"
 #include "io/error.h"
 #include "io/metadata.h"
@@ -37,7 +37,7 @@ void AddIfKnown(Json& json, const char* name, const std::optional<Value>& value)
     }
 }
 
-// Degrees per pixel along an axis: the length of the matrix' column, times the increment where that is apart.
+// Units per pixel along an axis: the length of the matrix' column, times the increment where that is apart.
 double PixelScale(const CImage& record, int axis)
 {
     tagMATRIX2_2 matrix{};
@@ -48,7 +48,7 @@ double PixelScale(const CImage& record, int axis)
     return kind == kCdMatrix ? turn : kind == kPcMatrix ? turn * std::abs(increment) : std::abs(increment);
 }
 
-Json Coordinates(const CImage& record)
+Json Coordinates(const CStlImage& record)
 {
     Json axes = Json::array();
     for (int axis = 0; axis < 2; ++axis) {
@@ -57,11 +57,11 @@ Json Coordinates(const CImage& record)
         double value = 0.0;
         double pixel = 0.0;
         record.GetCType(axis, &type);
-        record.GetCUnit(axis, &unit);
+        record.GetAxisInfo(axis, nullptr, &unit, nullptr);
         record.GetCRVal(axis, &value);
         record.GetCRPix(axis, &pixel);
         axes.push_back({{"type", type.GetString()},
-                        {"unit", unit.IsEmpty() ? "deg" : unit.GetString()},
+                        {"unit", unit.GetString()},
                         {"value", value},
                         {"pixel", pixel},
                         {"per_pixel", PixelScale(record, axis)}});
@@ -92,9 +92,17 @@ void AddHeader(Json& json, const io::Header& header)
     json["rows"] = io::IsBottomUp(header) ? "bottom-up" : "top-down";
 }
 
+void AddExtension(Json& json, const std::optional<CFitsExtension>& extension)
+{
+    if (extension) {
+        json["extension"] = {
+            {"number", extension->GetNumber()}, {"name", extension->GetName()}, {"version", extension->GetVersion()}};
+    }
+}
+
 void AddRecord(Json& json, const io::FrameReader& reader)
 {
-    CImage record;
+    CStlImage record;
     if (reader.Describe(record)) {
         for (int plane = 0; plane < reader.Planes(); ++plane) {
             json["levels"].push_back({record.GetLevelMin(plane), record.GetLevelMax(plane)});
@@ -112,6 +120,7 @@ Json Describe(const std::string& file)
     const io::FrameInfo& info = reader->Info();
     Json json = {{"file", file},          {"format", info.format}, {"width", info.width},
                  {"height", info.height}, {"planes", info.planes}, {"bits", info.bits}};
+    AddExtension(json, info.extension);
     AddIfKnown(json, "blank_value", info.blank);
     AddHeader(json, info.header);
     AddRecord(json, *reader);
@@ -152,8 +161,11 @@ std::string CoordinateText(const Json& axis)
     const auto unit = axis["unit"].get<std::string>();
     const bool isAngle = unit == "deg";
     const double step = axis["per_pixel"].get<double>() * (isAngle ? 3600.0 : 1.0);
-    return NumberText(axis["value"]) + " " + unit + " at pixel " + NumberText(axis["pixel"]) + ", " +
-           NumberText(step, 5) + " " + (isAngle ? "arcsec" : unit) + " per pixel";
+    const auto withUnit = [](const std::string& number, const std::string& name) {
+        return name.empty() ? number : number + " " + name;
+    };
+    return withUnit(NumberText(axis["value"]), unit) + " at pixel " + NumberText(axis["pixel"]) + ", " +
+           withUnit(NumberText(step, 5), isAngle ? "arcsec" : unit) + " per pixel";
 }
 
 std::string StatisticsText(const Json& plane)
@@ -175,6 +187,17 @@ void PrintStatistics(const Json& planes)
     }
 }
 
+// What lies at the start of a file and has no name needs no line.
+void PrintExtension(const Json& extension)
+{
+    const auto number = extension["number"].get<int>();
+    const auto name = extension["name"].get<std::string>();
+    if (number > 0 || !name.empty()) {
+        PrintLine("extension", std::to_string(number) + (name.empty() ? "" : " " + name) + ", version " +
+                                   std::to_string(extension["version"].get<int>()));
+    }
+}
+
 void Print(const Json& json)
 {
     const auto number = [&](const char* key) { return std::to_string(json[key].get<int>()); };
@@ -182,6 +205,9 @@ void Print(const Json& json)
     PrintLine("size", number("width") + " x " + number("height") + (json["planes"] == 1 ? ", 1 plane" : ", 3 planes"));
     PrintLine("format", json["format"].get<std::string>() + ", " + number("bits") + " bits, rows " +
                             json["rows"].get<std::string>());
+    if (json.contains("extension")) {
+        PrintExtension(json["extension"]);
+    }
     PrintIfKnown(json, "blank_value", "blank");
     PrintIfKnown(json, "object", "object");
     PrintIfKnown(json, "date", "date");

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "corvane/core/fits_extension.h"
 #include "corvane/core/image.h"
 #include "corvane/platform/export.h"
 #include "io/header.h"
@@ -27,6 +28,7 @@ struct FrameInfo {
     int bits = 0;   ///< bits per sample of the file as FITS BITPIX: 8, 16, 32, 64, -32, -64
     std::optional<int> blank;
     Header header;
+    std::optional<CFitsExtension> extension; ///< the part of a FITS file that the frame comes from, with all its cards
 };
 
 /// A frame on disk, read by bands of rows.

@@ -307,6 +307,43 @@ public:
     void ScalePhysicalCoords(double fx, double fy);
     /// @}
 
+    /// @name Axes
+    /// Axis 0 is x, 1 is y, 2 the planes; another has no type. Pointers may be null, but for `GetPhysicalValue`.
+    /// @{
+
+    /// What an axis stands for: its name in words ("Wavelength in air"; CTYPE itself when it is not known), its unit
+    /// (CUNIT; when there is none what the FITS standard assumes for the type, as "deg") and its kind
+    /// (`corvane::AxisKind`). The kind of a dispersion axis (DISPAXIS) whose type does not tell is that of its unit.
+    /// Returns non-zero when the axis has a type.
+    int GetAxisInfo(int axis, CString* name, CString* unit, int* kind) const;
+    /// The world value of a pixel along an axis [in the unit of `GetAxisInfo`]: CRVAL + (pixel + 1 - CRPIX) * step, with
+    /// pixel 0 the middle of the first sample and the step from CDELT, PC or CD. Returns 0, with the value 0, when the
+    /// axis has no CRVAL, is turned against the others (an element off the matrix' diagonal), or is not linear (a
+    /// projection as RA---TAN, an algorithm as WAVE-LOG).
+    int GetPhysicalValue(int axis, double pixel, double* value) const;
+    /// What a value in a unit is to be multiplied by to be in the unit without SI prefix, which becomes `base`: "nm"
+    /// gives 1e-9 and "m". Units are those of the FITS standard 4.0, one at a time, with a whole power as in "cm-1":
+    /// 100 and "m-1", also of "1/cm". 0 and an empty base for others.
+    static double AnalyzeUnitPrefix(const char* unit, CString* base);
+    /// Non-zero when the image is a spectrum: an axis of more than one sample is of wavelength, frequency, energy,
+    /// wavenumber or velocity. The first such axis becomes `axis`.
+    int IsSpectrum(int* axis = nullptr) const;
+    /// Non-zero when the samples of a spectrum have wavelengths, and so colours: when kind and unit of its axis can be
+    /// turned into metres by `AnalyzeUnitPrefix` and the conversions below. Velocities cannot.
+    int IsSpectrumFalseColorSupported() const;
+    /// @}
+
+    /// @name Conversions, with the exact constants of the SI since 2019 (see `physical_constants.h`)
+    /// Wavelengths are in vacuum. 0 gives an infinite wavelength.
+    /// @{
+    static double CalcAngstrom2m(double angstrom); ///< Angstrom to metres.
+    static double CalcEV2J(double electronVolts);  ///< Electron volts to joule.
+    static double CalcErg2J(double erg);           ///< Erg to joule.
+    static double CalcFreq2WL(double hertz);       ///< The wavelength [m] of a frequency.
+    static double CalcEner2WL(double joule);       ///< The wavelength [m] of a photon's energy.
+    static double CalcWavn2WL(double perMetre);    ///< The wavelength [m] of a wavenumber [1/m].
+    /// @}
+
 private:
     const float* Read(int x, int y, int plane) const { return GetImageAdr(x, y, plane, 1); }
     double NextInStorage(const float* sample, int x, int y, int plane) const;

@@ -147,18 +147,42 @@ std::uint64_t FitsFile::NeededBytes(const FitsImage& image)
                         : UINT64_MAX;
 }
 
-Header FitsFile::ReadCards()
+std::string FitsFile::CardText()
 {
     int status = 0;
     int count = 0;
     char* text = nullptr;
     fits_hdr2str(file_, 0, nullptr, 0, &text, &count, &status);
     Check(status, "the header cannot be read");
-    const std::string cards(text);
+    std::string cards(text);
     fits_free_memory(text, &status);
+    return cards;
+}
+
+Header FitsFile::ReadCards()
+{
     Header header;
-    AddCards(header, cards);
+    AddCards(header, CardText());
     return header;
+}
+
+CFitsExtension FitsFile::ReadExtension()
+{
+    constexpr std::size_t kCardLength = 80;
+    const std::string text = CardText();
+    Header all;
+    CFitsExtension extension;
+    for (std::size_t i = 0; i < text.size() && text.compare(i, 8, "END     ") != 0; i += kCardLength) {
+        all.AddCard(std::string_view(text).substr(i, kCardLength));
+        extension.AddCard(all.Cards().back().c_str());
+    }
+    int hdu = 1;
+    fits_get_hdu_num(file_, &hdu);
+    extension.SetNumber(hdu - 1);
+    extension.SetName(all.Text("EXTNAME").value_or("").c_str());
+    const double version = all.Number("EXTVER").value_or(1.0);
+    extension.SetVersion(std::abs(version) < 1e9 ? static_cast<int>(version) : 1);
+    return extension;
 }
 
 } // namespace corvane::io

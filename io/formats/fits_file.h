@@ -5,6 +5,7 @@
 
 #include <fitsio.h>
 
+#include "corvane/core/fits_extension.h"
 #include "io/header.h"
 
 namespace corvane::io {
@@ -48,8 +49,11 @@ public:
     void CheckDataSum();
     /// Cards of the present HDU that are carried over.
     Header ReadCards();
+    /// The present HDU with all of its cards.
+    CFitsExtension ReadExtension();
 
 private:
+    std::string CardText();
     LONGLONG Key(const char* keyword);
 
     std::string name_;

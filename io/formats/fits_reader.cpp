@@ -221,6 +221,7 @@ std::unique_ptr<FrameReader> OpenFits(const std::string& name, const std::string
     info.bits = image.bits;
     info.blank = blank.value;
     info.header = ReadHeader(*file, image.hdu);
+    info.extension = file->ReadExtension();
     return std::make_unique<FitsReader>(std::move(info), path, image, blank.asNan, std::move(file));
 }
 

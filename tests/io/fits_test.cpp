@@ -126,14 +126,14 @@ TEST_F(Fits, LevelsShowEverythingUnlessTheFileSaysMore)
 TEST_F(Fits, FindsTheImage)
 {
     const std::string head = Hdu(Cards(8, {}, {"EXTEND = T", "EXPTIME = 5", "OBJECT = 'primary'"}), "");
-    const auto extension = [](const char* name, const char* sample) {
+    const auto extension = [](const char* name, const char* sample, const char* more = "OBJECT = 'own'") {
         const std::string extName = std::string("EXTNAME = '") + name + "'";
-        auto cards = Cards(8, {1, 1}, {"PCOUNT = 0", "GCOUNT = 1", extName, "INHERIT = T", "OBJECT = 'own'"});
+        auto cards = Cards(8, {1, 1}, {"PCOUNT = 0", "GCOUNT = 1", extName, "INHERIT = T", more});
         cards[0] = "XTENSION= 'IMAGE   '";
         return Hdu(cards, sample);
     };
     Write("m.fits", head + extension("SCI", "\1") + extension("ERR", "\2"));
-    Write("m.fits[9]", head + extension("SCI", "\3"));
+    Write("m.fits[9]", head + extension("SCI", "\3", "EXTVER  = 7"));
     const auto first = [&](const std::string& name) { return Samples(Load(Path(name)).image)[0]; };
     EXPECT_EQ(first("m.fits"), 1.0F);
     EXPECT_EQ(first("m.fits[2]"), 2.0F);
@@ -142,6 +142,15 @@ TEST_F(Fits, FindsTheImage)
     const Header header = Load(Path("m.fits")).header;
     EXPECT_EQ(header.Number("EXPTIME"), 5.0) << "inherited";
     EXPECT_EQ(header.Text("OBJECT"), "own");
+    const CFitsExtension err = OpenFrame(Path("m.fits[2]"))->Info().extension.value();
+    EXPECT_EQ(err.GetNumber(), 2);
+    EXPECT_STREQ(err.GetName(), "ERR");
+    EXPECT_EQ(err.GetVersion(), 1);
+    EXPECT_EQ(err.GetCardCount(), 10);
+    EXPECT_EQ(err.GetCard(0), "XTENSION= 'IMAGE   '" + std::string(60, ' '));
+    EXPECT_EQ(err.FindCard("OBJECT"), err.GetCard(9));
+    EXPECT_EQ(err.FindCard("EXPTIME"), nullptr) << "of the primary header";
+    EXPECT_EQ(OpenFrame(Path("m.fits[9]"))->Info().extension.value().GetVersion(), 7);
     for (const char* name : {"m.fits[3]", "m.fits[-1]", "m.fits[DQ]", "m.fits[1:1,1:1]", "m.fits[ERR,2]"}) {
         ExpectError([&] { Load(Path(name)); }, Path(name), "it has HDU 0: NAXIS = 0; 1 SCI: 1 x 1; 2 ERR");
     }
