@@ -6,8 +6,10 @@
 
 #include "catalogue/display_levels.h"
 #include "catalogue/error.h"
+#include "catalogue/fill.h"
 #include "catalogue/operations.h"
 #include "catalogue/shape.h"
+#include "catalogue/undefined.h"
 #include "corvane/filter/filter.h"
 
 namespace corvane::catalogue {
@@ -42,7 +44,7 @@ int PlaneSelector(const CStlImage& image, const std::string& plane)
 void RunDevelopment(io::Frame& frame, Arguments& arguments, const Context& context)
 {
     if (!std::isfinite(frame.image.GetAvrGrayRaw(0))) {
-        throw Error("the first plane has samples that are not finite; clip makes them so");
+        throw Error("the first plane has undefined samples; " + std::string(kFillThem));
     }
     GiveLevels(frame.image, 1.0, 6.0); // bright areas are held back, so white may be near
     const double offset = DevelopmentOffset(frame.image, arguments);
@@ -203,7 +205,7 @@ Operation Contour()
 
 std::vector<Operation> DevelopOperations()
 {
-    return {Development(), SmoothBackground(), Posterize(), HotPixels(), Contour()};
+    return {Development(), SmoothBackground(), Posterize(), HotPixels(), Fill(), Contour()};
 }
 
 } // namespace corvane::catalogue

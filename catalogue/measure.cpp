@@ -68,10 +68,10 @@ double CheckedBias(const CStlImage& image, const CRect& rect, bool clip)
     const std::string name = "rect = " + ToText(Value(rect));
     const std::optional<double> mean = strip.Bias(image, false);
     if (!mean) {
-        throw Error(name + ": each row of the strip begins with a blank sample");
+        throw Error(name + ": each row of the strip begins with an undefined sample; " + kFillThem);
     }
     if (!std::isfinite(*mean)) {
-        throw Error(name + ": the strip has samples that are no finite numbers");
+        throw Error(name + ": the strip has undefined samples; " + kFillThem);
     }
     const std::optional<double> bias = clip ? strip.Bias(image, true) : mean;
     if (!bias) {

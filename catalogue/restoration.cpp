@@ -13,6 +13,7 @@
 
 #include "catalogue/error.h"
 #include "catalogue/parameter.h"
+#include "catalogue/undefined.h"
 #include "corvane/core/blank.h"
 #include "corvane/core/memory_budget.h"
 #include "corvane/measure/psf.h"
@@ -186,8 +187,8 @@ void CheckRestorable(const CStlImage& image, const CRect* rect, BytesOfRegion by
             if (bad != row + area.right) {
                 throw Error("the sample at column " + std::to_string(bad - row) + ", row " + std::to_string(y) +
                             ", plane " + std::to_string(plane) +
-                            " is undefined, and would spoil all others; give a rect without such samples, or replace "
-                            "them before");
+                            " is undefined, and would spoil all others; give a rect without such samples, or " +
+                            kFillThem);
             }
         }
     }

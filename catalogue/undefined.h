@@ -4,6 +4,9 @@
 
 namespace corvane::catalogue {
 
+/// What a step that undefined samples would spoil advises.
+inline constexpr const char* kFillThem = "fill them with the step fill";
+
 /// Makes every undefined sample of a frame NaN, and its image use no blank value: so undefined samples of frames with
 /// different blank values stay undefined when they are calculated with. Throws io::Error when no sample is defined.
 void MarkUndefined(io::Frame& frame);

@@ -23,6 +23,7 @@
 #include "corvane/core/progress_message.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/vm_image.h"
+#include "corvane/filter/fill.h"
 #include "corvane/filter/filter.h"
 #include "corvane/geometry/crop.h"
 #include "corvane/geometry/expansion.h"

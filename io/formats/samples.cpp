@@ -38,7 +38,8 @@ void RefuseUndefined(const std::string& path, const SampleSurvey& survey, const 
 {
     if (survey.undefined) {
         throw Error(path, format + " cannot hold undefined samples (NaN or blank), of which the image has some; " +
-                              "save as FITS or 32-bit float TIFF, or make a picture with `corvane render`");
+                              "fill them with the step fill, save as FITS or 32-bit float TIFF, or make a picture with "
+                              "`corvane render`");
     }
 }
 

@@ -60,7 +60,7 @@ TEST(Develop, RefusesWhatWouldDivideByZeroOrSpreadNaN)
     io::Frame frame = MakeFrame(3, 1);
     frame.image.SetPixelGrayRaw(3, 3, NAN, 0);
     EXPECT_EQ(errorOf(std::move(frame), "ddp"),
-              "ddp: the first plane has samples that are not finite; clip makes them so");
+              "ddp: the first plane has undefined samples; fill them with the step fill");
 }
 
 } // namespace

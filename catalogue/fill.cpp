@@ -1,0 +1,85 @@
+#include "catalogue/fill.h"
+
+#include <cstdio>
+#include <string>
+
+#include "catalogue/error.h"
+#include "catalogue/region.h"
+#include "corvane/core/gaps.h"
+#include "corvane/filter/fill.h"
+
+namespace corvane::catalogue {
+namespace {
+
+bool HoldsDefinedSamples(const CStlImage& image, int plane)
+{
+    const BlankTest isBlank(image);
+    for (int y = 0; y < image.GetHeight(); ++y) {
+        if (HoldsDefined(image.GetImageAdr(0, y, plane, 1), image.GetWidth(), isBlank)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void CheckFill(const Arguments& arguments)
+{
+    if ((arguments.Text("with") == "value") != arguments.Has("value")) {
+        throw Error("with = value and value belong together");
+    }
+}
+
+/// What each plane is filled with: a value, or its sky.
+std::vector<double> ValuesOf(const CStlImage& image, const Arguments& arguments)
+{
+    if (arguments.Has("value")) {
+        return std::vector<double>(static_cast<std::size_t>(image.GetPlanes()), arguments.Number("value"));
+    }
+    std::vector<double> medians;
+    for (const RegionMeasures& plane : MeasureRegion(image, nullptr)) {
+        medians.push_back(plane.median);
+    }
+    return medians;
+}
+
+void RunFill(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    CStlImage& image = frame.image;
+    for (int plane = 0; plane < image.GetPlanes() && !arguments.Has("value"); ++plane) {
+        if (!HoldsDefinedSamples(image, plane)) {
+            throw Error("plane " + std::to_string(plane) +
+                        " has no sample that is defined; only with=value can fill it");
+        }
+    }
+    const bool isByNeighbours = arguments.Text("with") == "neighbours";
+    const long long filled = isByNeighbours ? FillFromNeighbours(image, context.showProgress)
+                                            : FillWithValues(image, ValuesOf(image, arguments));
+    if (context.diagnostics != nullptr) {
+        std::fprintf(context.diagnostics, "undefined samples that were filled: %lld\n", filled);
+    }
+}
+
+} // namespace
+
+Operation Fill()
+{
+    return {.name = "fill",
+            .summary = "give values to undefined samples",
+            .help =
+                "Undefined are blank samples, NaN and infinities; all others stay as they are. From neighbours a hole "
+                "closes ring by ring, each sample being the mean of those defined among the eight about it, "
+                "which count by the inverse square of their distance. The sky is the median of the plane.",
+            .parameters = {{.name = "with",
+                            .kind = Kind::Choice,
+                            .summary = "where the values come from",
+                            .choices = {"neighbours", "sky", "value"},
+                            .defaultValue = std::string("neighbours")},
+                           {.name = "value",
+                            .summary = "the value, in every plane",
+                            .unit = "counts",
+                            .whenAbsent = "needed with with=value alone"}},
+            .check = CheckFill,
+            .run = RunFill};
+}
+
+} // namespace corvane::catalogue
