@@ -2,6 +2,11 @@
 
 #include "catalogue/error.h"
 #include "catalogue/operations.h"
+#include "catalogue/row_order.h"
+#include "corvane/core/calibration_rows.h"
+#include "corvane/core/gaps.h"
+#include "corvane/core/walk.h"
+#include "corvane/resources/string_table.h"
 #include "io/frame.h"
 #include "io/reader.h"
 
@@ -15,26 +20,52 @@ std::string SizeText(int width, int height, int planes)
 }
 
 // A calibration frame of one plane serves every plane of a colour image. It is judged before its samples are read.
-io::Frame LoadFitting(const std::string& file, const CStlImage& image)
+io::Frame LoadFitting(const std::string& file, const io::Frame& frame, const Context& context)
 {
+    const CStlImage& image = frame.image;
     const io::FrameInfo info = io::OpenFrame(file)->Info();
     if (info.width != image.GetWidth() || info.height != image.GetHeight() || info.planes > image.GetPlanes()) {
         throw Error("file = " + file + ": is " + SizeText(info.width, info.height, info.planes) + "; the image is " +
                     SizeText(image.GetWidth(), image.GetHeight(), image.GetPlanes()));
     }
-    return io::Load(file);
+    io::Frame calibration = io::Load(file);
+    BringToOrderOf(frame, calibration, context);
+    return calibration;
 }
 
 void RunDark(io::Frame& frame, Arguments& arguments, const Context& context)
 {
-    io::Frame dark = LoadFitting(arguments.Text("file"), frame.image);
+    io::Frame dark = LoadFitting(arguments.Text("file"), frame, context);
     frame.image.DarkClbrtn(&dark.image, context.showProgress);
+}
+
+/// Divides by a flat some of whose samples, now NaN, are undefined.
+void DivideBesideGaps(CStlImage& image, const CStlImage& flat, int showProgress)
+{
+    const double mean = MeanBesideGaps(flat, 0);
+    const BlankRule rule(flat, image);
+    WalkRows(image, flat, nullptr, showProgress, IDS_FLAT, [&](int) {
+        return [&](const float* from, float* row, int count) {
+            DivideFlatRow(row, from, count, mean, rule);
+            CopyGaps(from, row, count);
+        };
+    });
 }
 
 void RunFlat(io::Frame& frame, Arguments& arguments, const Context& context)
 {
-    io::Frame flat = LoadFitting(arguments.Text("file"), frame.image);
-    frame.image.FlatClbrtn(&flat.image, context.showProgress);
+    const std::string& file = arguments.Text("file");
+    io::Frame flat = LoadFitting(file, frame, context);
+    const long long gaps = MarkGaps(flat.image);
+    if (gaps == static_cast<long long>(flat.image.GetPixelCount()) * flat.image.GetPlanes()) {
+        throw Error("file = " + file + ": has no sample that is defined");
+    }
+    if (gaps == 0) {
+        frame.image.FlatClbrtn(&flat.image, context.showProgress);
+        return;
+    }
+    DivideBesideGaps(frame.image, flat.image, context.showProgress);
+    context.Note(file + ": " + std::to_string(gaps) + " samples are undefined; so are those of the result there");
 }
 
 Parameter FileParameter(const std::string& summary)
@@ -49,14 +80,16 @@ std::vector<Operation> CalibrationOperations()
     return {
         {.name = "dark",
          .summary = "take a dark frame off",
-         .help = "What would fall below 0 becomes 0. The dark must have the image's size, and one plane or as many.",
+         .help = "What would fall below 0 becomes 0. The dark must have the image's size, and one plane or as many; a "
+                 "dark of the other order of rows (ROWORDER) is turned.",
          .parameters = {FileParameter("the dark frame")},
          .run = RunDark},
         {.name = "flat",
          .summary = "divide by a flat field",
          .help = "The result keeps its scale: samples are multiplied by the mean of the flat's first plane. Where the "
-                 "flat is 0 or less they stay as they are. The flat must have the image's size, and one plane or as "
-                 "many. Take its bias off before.",
+                 "flat is 0 or less they stay as they are; where it is undefined they become so, and the mean is that "
+                 "of the others. The flat must have the image's size, and one plane or as many; a flat of the other "
+                 "order of rows (ROWORDER) is turned. Take its bias off before.",
          .parameters = {FileParameter("the flat field")},
          .run = RunFlat},
     };

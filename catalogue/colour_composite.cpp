@@ -5,7 +5,6 @@
 #include "catalogue/colour_header.h"
 #include "catalogue/error.h"
 #include "catalogue/numbers.h"
-#include "catalogue/sky.h"
 #include "catalogue/sky_black.h"
 #include "catalogue/undefined.h"
 #include "corvane/colour/cmy_composite.h"
@@ -15,6 +14,7 @@
 #include "corvane/core/turn.h"
 #include "corvane/platform/memory_exception.h"
 #include "io/error.h"
+#include "io/sky.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -29,7 +29,7 @@ void CheckPlanes(const io::Frame& frame, int planes, const std::string& role)
 }
 
 /// Where the pixels of the first frame go.
-PixelMap MapOf(const CfPoint& centre, const Fit& fit)
+io::PixelMap MapOf(const CfPoint& centre, const Fit& fit)
 {
     const auto [sine, cosine] = SineAndCosine(fit.angle * kDegree);
     return {{cosine, -sine, sine, cosine},

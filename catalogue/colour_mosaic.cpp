@@ -14,6 +14,10 @@ namespace {
 std::string StatedPattern(const io::Frame& frame)
 {
     const auto named = io::BayerPattern(frame.header);
+    if (const auto hinted = io::HintedBayerPattern(frame.header)) {
+        throw Error("pattern = auto: the header names no pattern (BAYERPAT), but FILTER = " + *hinted +
+                    " looks like one; give pattern=" + *hinted);
+    }
     if (!named) {
         throw Error("pattern = auto: the header names no pattern (BAYERPAT); give pattern=RGGB, GRBG, GBRG or BGGR if "
                     "this is a mosaic");

@@ -3,6 +3,7 @@
 #include "catalogue/error.h"
 #include "catalogue/names.h"
 #include "catalogue/numbers.h"
+#include "catalogue/row_order.h"
 #include "corvane/combine/composit.h"
 #include "corvane/core/display_scale.h"
 #include "corvane/core/turn.h"
@@ -86,7 +87,9 @@ Fit RunComposite(io::Frame& base, io::Frame& overlay, const CompositeOptions& op
 {
     CheckComposite(options);
     CheckFrames(base, overlay, options);
-    const Fit fit = FitOnto(base, overlay, options.placement);
+    Placement placement = options.placement;
+    BringToOrderOf(base, overlay, context, &placement.secondPoints);
+    const Fit fit = FitOnto(base, overlay, placement);
     CheckTurn(options, fit);
     if (ModeOf(options) == kCompositeDesaturate) {
         base.image.CalcMinMax();

@@ -17,7 +17,7 @@ std::size_t Parity(double v)
 }
 
 /// The filters over the pixels (0, 0), (1, 0), (0, 1) and (1, 1) of the result.
-std::string Moved(const std::string& pattern, const PixelMap& map)
+std::string Moved(const std::string& pattern, const io::PixelMap& map)
 {
     std::string moved;
     for (const double y : {0.0, 1.0}) {
@@ -33,7 +33,7 @@ std::string Moved(const std::string& pattern, const PixelMap& map)
 
 } // namespace
 
-void CarryMosaic(const PixelMap& map, const CImage& source, const CImage& result, io::Header& header)
+void CarryMosaic(const io::PixelMap& map, const CImage& source, const CImage& result, io::Header& header)
 {
     if (const std::optional<std::string> pattern = io::StoredBayerPattern(header, source.GetHeight())) {
         io::SetStoredBayerPattern(header, Moved(*pattern, map), result.GetHeight());

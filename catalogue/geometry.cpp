@@ -7,7 +7,6 @@
 #include "catalogue/error.h"
 #include "catalogue/filter_mosaic.h"
 #include "catalogue/operations.h"
-#include "catalogue/sky.h"
 #include "corvane/core/alignment.h"
 #include "corvane/geometry/crop.h"
 #include "corvane/geometry/expansion.h"
@@ -19,6 +18,7 @@
 #include "corvane/geometry/soft_binning.h"
 #include "corvane/platform/memory_exception.h"
 #include "io/metadata.h"
+#include "io/sky.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -63,21 +63,21 @@ void RequireDone(int done)
 
 /// Makes the result, whose pixels moved by the map, the frame's image. The members carry coordinates along in ways of
 /// their own; here they are set anew.
-void Finish(io::Frame& frame, CStlImage& result, const PixelMap& map)
+void Finish(io::Frame& frame, CStlImage& result, const io::PixelMap& map)
 {
     CarryCoordinates(map, frame, result);
     frame.image.Swap(&result);
 }
 
 /// The same for samples that were only moved.
-void FinishMove(io::Frame& frame, CStlImage& result, const PixelMap& map)
+void FinishMove(io::Frame& frame, CStlImage& result, const io::PixelMap& map)
 {
     CarryMosaic(map, frame.image, result, frame.header);
     Finish(frame, result, map);
 }
 
 /// The same for samples that are new ones.
-void FinishResampling(io::Frame& frame, CStlImage& result, const PixelMap& map)
+void FinishResampling(io::Frame& frame, CStlImage& result, const io::PixelMap& map)
 {
     DropMosaic(frame.header);
     Finish(frame, result, map);
@@ -88,13 +88,13 @@ void RunFlip(io::Frame& frame, Arguments& arguments, const Context& context)
     const bool isHorizontal = arguments.Text("direction") == "horizontal";
     CImgFlip result(frame.image);
     result.Do(isHorizontal ? 1 : 0, &frame.image, context.showProgress);
-    const PixelMap map = isHorizontal ? PixelMap{{-1.0, 0.0, 0.0, 1.0}, result.GetWidth() - 1.0, 0.0}
-                                      : PixelMap{{1.0, 0.0, 0.0, -1.0}, 0.0, result.GetHeight() - 1.0};
+    const io::PixelMap map = isHorizontal ? io::PixelMap{{-1.0, 0.0, 0.0, 1.0}, result.GetWidth() - 1.0, 0.0}
+                                          : io::PixelMap{{1.0, 0.0, 0.0, -1.0}, 0.0, result.GetHeight() - 1.0};
     FinishMove(frame, result, map);
 }
 
 /// Where the turn takes the pixels: the way back from what it samples.
-PixelMap MapOf(const Alignment& turn)
+io::PixelMap MapOf(const Alignment& turn)
 {
     const double x = turn.centreX;
     const double y = turn.centreY;
@@ -154,8 +154,8 @@ void RunRotate90(io::Frame& frame, Arguments& arguments, const Context& context)
     const bool isClockwiseInMemory = isClockwise != io::IsBottomUp(frame.header);
     CImgRotate result(frame.image);
     RequireDone(result.Do90(isClockwiseInMemory ? 1 : 0, &frame.image, context.showProgress));
-    const PixelMap map = isClockwiseInMemory ? PixelMap{{0.0, -1.0, 1.0, 0.0}, result.GetWidth() - 1.0, 0.0}
-                                             : PixelMap{{0.0, 1.0, -1.0, 0.0}, 0.0, result.GetHeight() - 1.0};
+    const io::PixelMap map = isClockwiseInMemory ? io::PixelMap{{0.0, -1.0, 1.0, 0.0}, result.GetWidth() - 1.0, 0.0}
+                                                 : io::PixelMap{{0.0, 1.0, -1.0, 0.0}, 0.0, result.GetHeight() - 1.0};
     FinishMove(frame, result, map);
 }
 
@@ -282,8 +282,8 @@ void RunScroll(io::Frame& frame, Arguments& arguments, const Context& context)
     const int y = arguments.Whole("y");
     CImgScroll result(frame.image);
     result.Do(x, y, &frame.image, context.showProgress);
-    const PixelMap map{.x0 = 1.0 * NearestShift(x, frame.image.GetWidth()),
-                       .y0 = 1.0 * NearestShift(y, frame.image.GetHeight())};
+    const io::PixelMap map{.x0 = 1.0 * NearestShift(x, frame.image.GetWidth()),
+                           .y0 = 1.0 * NearestShift(y, frame.image.GetHeight())};
     FinishMove(frame, result, map);
 }
 

@@ -4,6 +4,7 @@
 
 #include "catalogue/numbers.h"
 #include "catalogue/placement.h"
+#include "catalogue/row_order.h"
 #include "corvane/combine/matching.h"
 #include "io/error.h"
 
@@ -45,6 +46,7 @@ Match RunMatch(io::Frame& reference, io::Frame& image, const MatchOptions& optio
                                                     (small.GetPlanes() == 1 ? " plane" : " planes") +
                                                     "; the image has " + std::to_string(image.image.GetPlanes()));
     }
+    BringToOrderOf(image, reference, context);
     const int middleX = (image.image.GetWidth() - small.GetWidth()) / 2;
     const int middleY = (image.image.GetHeight() - small.GetHeight()) / 2;
     Match match{options.start ? (*options.start)[0] : middleX, options.start ? (*options.start)[1] : middleY, 0.0};

@@ -29,6 +29,7 @@ void CheckMatch(const MatchOptions& options);
 
 /// Finds the reference in the image, to a tenth of a pixel. The image is handed back as it was. Throws Error for
 /// options, io::Error when the planes of the two differ or when no offset in the range lets them overlap.
+/// A reference of the other order of rows is turned upside down first.
 Match RunMatch(io::Frame& reference, io::Frame& image, const MatchOptions& options, const Context& context);
 
 } // namespace corvane::catalogue

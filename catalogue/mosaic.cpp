@@ -9,6 +9,7 @@
 #include "catalogue/filter_mosaic.h"
 #include "catalogue/names.h"
 #include "catalogue/numbers.h"
+#include "catalogue/row_order.h"
 #include "corvane/combine/mosic.h"
 #include "corvane/core/display_scale.h"
 #include "corvane/core/turn.h"
@@ -151,7 +152,9 @@ void CheckMosaic(const MosaicOptions& options)
 Fit RunMosaic(io::Frame& first, io::Frame& second, const MosaicOptions& options, const Context& context)
 {
     CheckMosaic(options);
-    const Fit fit = FitOnto(first, second, options.placement);
+    Placement placement = options.placement;
+    BringToOrderOf(first, second, context, &placement.secondPoints);
+    const Fit fit = FitOnto(first, second, placement);
     const Canvas canvas(first.image, second.image, fit);
     CheckCanvas(canvas, second);
     Join(first.image, second.image, options, fit, canvas, context);

@@ -18,6 +18,16 @@ enum class Planes { Any, Mono, Colour };
 struct Context {
     int showProgress = 1;             ///< non-zero: it reports to the image's progress window
     std::FILE* diagnostics = nullptr; ///< gets lines about what an operation measures and how it goes; null: nobody
+    /// Gets what the user should know, such as an assumption that was made: one sentence each, naming the file; may be
+    /// empty.
+    std::function<void(const std::string&)> note{};
+
+    void Note(const std::string& text) const
+    {
+        if (note) {
+            note(text);
+        }
+    }
 };
 
 /// One operation, described as data: everything that help, checks and the command need to know of it.

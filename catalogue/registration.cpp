@@ -4,6 +4,7 @@
 #include "catalogue/match.h"
 #include "catalogue/names.h"
 #include "catalogue/numbers.h"
+#include "catalogue/row_order.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -122,9 +123,11 @@ void CheckRegistration(const Registration& registration)
 std::vector<Fit> FitFrames(std::vector<io::Frame>& frames, const std::vector<int>& planes,
                            const Registration& registration, const Context& context)
 {
+    Registration inOrder = registration;
     std::vector<Fit> fits(1);
     for (std::size_t i = 1; i < frames.size(); ++i) {
-        fits.push_back(FitOfOther(frames, i, planes, registration, context));
+        BringToOrderOf(frames[0], frames[i], context, &inOrder.frames[i].points);
+        fits.push_back(FitOfOther(frames, i, planes, inOrder, context));
     }
     fits[0] = FitOfFirst(frames[0], registration);
     return fits;

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstdio>
 #include <new>
 #include <string>
 #include <vector>
@@ -74,11 +73,8 @@ void AddApply(CLI::App& app, Session& session)
         ->type_name("STEP");
     command.footer("`corvane ops` lists the steps. A comma within a value is written twice. Each step is noted in the "
                    "result's header.");
-    command.callback([&session, options] {
-        session.work = [&session, options] {
-            return Apply(*options, {.diagnostics = session.verbose ? stderr : nullptr});
-        };
-    });
+    command.callback(
+        [&session, options] { session.work = [&session, options] { return Apply(*options, ContextOf(session)); }; });
 }
 
 } // namespace corvane::cli

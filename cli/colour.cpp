@@ -90,7 +90,7 @@ int Combine(const ColourWords& words, const Session& session, MakeColour make)
     }
     std::vector<catalogue::Fit> fits;
     try {
-        fits = make(frames, words.options, {});
+        fits = make(frames, words.options, ContextOf(session));
     } catch (const std::bad_alloc& error) {
         throw io::Error(words.inputs[0], error.what());
     }

@@ -23,7 +23,7 @@ int Composite(const CompositeWords& words, const Session& session)
     CheckAlign(words.align, words.composite.placement);
     catalogue::CheckComposite(words.composite);
     return JoinPair(words.files, session, [&](io::Frame& base, io::Frame& overlay) {
-        return catalogue::RunComposite(base, overlay, words.composite, {});
+        return catalogue::RunComposite(base, overlay, words.composite, ContextOf(session));
     });
 }
 

@@ -100,6 +100,16 @@ void AddExtension(Json& json, const std::optional<CFitsExtension>& extension)
     }
 }
 
+// Without BAYERPAT a mosaic is taken as monochrome everywhere.
+void AddNote(Json& json, const io::FrameInfo& info)
+{
+    const auto pattern = info.planes == 1 ? io::HintedBayerPattern(info.header) : std::nullopt;
+    if (pattern) {
+        json["note"] = "FILTER = " + *pattern + " names a Bayer pattern, but there is no BAYERPAT; `stack --bayer " +
+                       *pattern + "` or the step debayer:pattern=" + *pattern + " makes colours";
+    }
+}
+
 void AddRecord(Json& json, const io::FrameReader& reader)
 {
     CStlImage record;
@@ -127,6 +137,7 @@ Json Describe(const std::string& file)
     for (const PlaneStatistics& plane : catalogue::ReadStatistics(*reader)) {
         json["statistics"].push_back(PlaneJson(plane));
     }
+    AddNote(json, info);
     return json;
 }
 
@@ -223,6 +234,7 @@ void Print(const Json& json)
         PrintLine(axis["type"].get<std::string>(), CoordinateText(axis));
     }
     PrintStatistics(json["statistics"]);
+    PrintIfKnown(json, "note", "note");
 }
 
 // A file that cannot be read does not keep the others from being shown.

@@ -33,7 +33,7 @@ void Print(const catalogue::Match& match, bool json)
     }
 }
 
-int Match(MatchWords& words)
+int Match(MatchWords& words, const Session& session)
 {
     if (!words.start.empty()) {
         if (words.start.size() != 2) {
@@ -45,7 +45,7 @@ int Match(MatchWords& words)
     io::Frame reference = io::Load(words.reference);
     io::Frame image = io::Load(words.image);
     ThrowIfCancelled();
-    const catalogue::Match match = catalogue::RunMatch(reference, image, words.match, {});
+    const catalogue::Match match = catalogue::RunMatch(reference, image, words.match, ContextOf(session));
     ThrowIfCancelled();
     Print(match, words.json);
     return kDone;
@@ -73,7 +73,7 @@ void AddMatch(CLI::App& app, Session& session)
     command.footer("Prints the column and row of IMAGE on which the first sample of REFERENCE falls, to a tenth of a "
                    "pixel, and the difference that is left once both have the same mean. Every second offset is tried "
                    "first, so what is to be found should be wider than two pixels.");
-    command.callback([&session, words] { session.work = [words] { return Match(*words); }; });
+    command.callback([&session, words] { session.work = [&session, words] { return Match(*words, session); }; });
 }
 
 } // namespace corvane::cli

@@ -21,7 +21,7 @@ int Mosaic(const MosaicWords& words, const Session& session)
     CheckAlign(words.align, words.mosaic.placement);
     catalogue::CheckMosaic(words.mosaic);
     return JoinPair(words.files, session, [&](io::Frame& first, io::Frame& second) {
-        return catalogue::RunMosaic(first, second, words.mosaic, {});
+        return catalogue::RunMosaic(first, second, words.mosaic, ContextOf(session));
     });
 }
 

@@ -6,6 +6,8 @@
 
 #include <CLI/App.hpp>
 
+#include "catalogue/operation.h"
+
 namespace corvane::cli {
 
 /// Exit statuses of the command.
@@ -28,6 +30,10 @@ struct Session {
     bool quiet = false;
     std::function<int()> work; ///< the chosen command; returns the exit status
 };
+
+/// How an operation runs for this session: lines about its work with `--verbose`, notes unless it is `--quiet`, both on
+/// standard error.
+catalogue::Context ContextOf(const Session& session);
 
 /// Adds `--verbose` and `--quiet`, which every command takes.
 void AddCommonOptions(CLI::App& command, Session& session);

@@ -16,6 +16,10 @@ inline constexpr std::array kBayerCards{"BAYERPAT", "COLORTYP", "CFA-PAT", "XBAY
 /// of R, G, B are passed over, except "XTRANS".
 CORVANE_VISIBLE std::optional<std::string> BayerPattern(const Header& header);
 
+/// The Bayer pattern that FILTER spells, in capitals, in a header that names no mosaic: some programs state it there
+/// alone, which is too little to go by.
+CORVANE_VISIBLE std::optional<std::string> HintedBayerPattern(const Header& header);
+
 /// The filters over the samples (0, 0), (1, 0), (0, 1) and (1, 1) of a frame of `height` rows, in the file's order, as
 /// "RGGB"; empty when the header names no 2 x 2 pattern.
 ///

@@ -19,6 +19,8 @@ constexpr double kYear10000 = 253402300800.0;
 
 using Names = std::initializer_list<const char*>;
 
+constexpr Names kExposureNames{"EXPTIME", "EXPOSURE", "EXP_TIME"};
+
 std::optional<double> FirstNumber(const Header& header, Names names)
 {
     for (const char* name : names) {
@@ -120,7 +122,18 @@ std::optional<double> ParseDate(const std::string& text)
 
 std::optional<double> ExposureSeconds(const Header& header)
 {
-    return FirstNumber(header, {"EXPTIME", "EXPOSURE", "EXP_TIME"});
+    return FirstNumber(header, kExposureNames);
+}
+
+std::optional<std::string> UnreadableExposure(const Header& header)
+{
+    for (const char* name : kExposureNames) {
+        const std::string text = header.Text(name).value_or("");
+        if (!text.empty() && !ExposureSeconds(header)) {
+            return std::string(name) + " = " + text;
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<double> CcdTemperature(const Header& header)
@@ -148,6 +161,12 @@ std::optional<std::string> Filter(const Header& header)
     return FirstText(header, {"FILTER", "FILTER1", "FILTNAM"});
 }
 
+std::optional<std::string> StatedRowOrder(const Header& header)
+{
+    const auto order = header.Text("ROWORDER");
+    return order == "TOP-DOWN" || order == "BOTTOM-UP" ? order : std::nullopt;
+}
+
 std::string RowOrder(const Header& header)
 {
     return IsBottomUp(header) ? "BOTTOM-UP" : "TOP-DOWN";
@@ -155,7 +174,7 @@ std::string RowOrder(const Header& header)
 
 bool IsBottomUp(const Header& header)
 {
-    return header.Text("ROWORDER").value_or("") != "TOP-DOWN";
+    return StatedRowOrder(header) != "TOP-DOWN";
 }
 
 std::optional<double> ObservationTime(const Header& header)

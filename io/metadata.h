@@ -13,6 +13,9 @@ namespace corvane::io {
 
 /// Exposure time of one frame [s]: EXPTIME, EXPOSURE, EXP_TIME.
 CORVANE_VISIBLE std::optional<double> ExposureSeconds(const Header& header);
+/// What a header says of the exposure time that is no number, as "EXPTIME = NaN"; empty when `ExposureSeconds` finds one,
+/// or nothing is said at all.
+CORVANE_VISIBLE std::optional<std::string> UnreadableExposure(const Header& header);
 /// Sensor temperature [degrees Celsius]: CCD-TEMP, CCDTEMP, CCD_TEMP, SENSTEMP, DET-TEMP, then the temperature aimed
 /// at, SET-TEMP.
 CORVANE_VISIBLE std::optional<double> CcdTemperature(const Header& header);
@@ -26,6 +29,8 @@ CORVANE_VISIBLE std::optional<double> PixelSize(const Header& header);
 CORVANE_VISIBLE std::optional<std::string> Filter(const Header& header);
 /// @}
 
+/// The order of rows that a header states: ROWORDER, if it is "TOP-DOWN" or "BOTTOM-UP".
+CORVANE_VISIBLE std::optional<std::string> StatedRowOrder(const Header& header);
 /// Where the first row belongs on the screen, from ROWORDER: "TOP-DOWN" or "BOTTOM-UP". A header that does not say is
 /// bottom-up, as FITS has it; frames from TIFF, PNG and camera raw files say TOP-DOWN.
 CORVANE_VISIBLE std::string RowOrder(const Header& header);

@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "corvane/core/gaps.h"
+
 namespace corvane::stack {
 
 namespace {
@@ -97,7 +99,11 @@ void CalibrateRows(const FrameCalibration& frame, const Masters& masters, int pl
             SubtractDarkRow(samples, dark, width, frame.darkRule);
         }
         if (masters.flat != nullptr) {
-            DivideFlatRow(samples, MasterRow(*masters.flat, plane, row), width, masters.flatMean, frame.flatRule);
+            const float* flat = MasterRow(*masters.flat, plane, row);
+            DivideFlatRow(samples, flat, width, masters.flatMean, frame.flatRule);
+            if (masters.flatGaps > 0) {
+                CopyGaps(flat, samples, width);
+            }
         }
     }
 }

@@ -13,7 +13,8 @@ struct Masters {
     std::shared_ptr<const CStlImage> bias;
     std::shared_ptr<const CStlImage> dark;
     std::shared_ptr<const CStlImage> flat;
-    double flatMean = 0.0; ///< mean of the flat's plane 0
+    double flatMean = 0.0;  ///< mean of the flat's plane 0
+    long long flatGaps = 0; ///< its undefined samples, all NaN; they make those of each light NaN
 };
 
 /// What calibrating one frame needs besides the masters.
@@ -31,7 +32,7 @@ struct FrameCalibration {
 FrameCalibration PrepareFrame(const CImage& record, const Masters& masters, double pedestal, double darkScale);
 
 /// Calibrates rows of one plane in place: pedestal, dark (or bias alone), flat. The result is that of
-/// `CStlImage::DarkClbrtn` and `CStlImage::FlatClbrtn` on the whole frame.
+/// `CStlImage::DarkClbrtn` and `CStlImage::FlatClbrtn` on the whole frame, and NaN where the flat is.
 void CalibrateRows(const FrameCalibration& frame, const Masters& masters, int plane, int firstRow, int rowCount,
                    int width, float* samples);
 

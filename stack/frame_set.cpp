@@ -1,8 +1,10 @@
 #include "stack/frame_set.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "io/error.h"
+#include "io/turned_reader.h"
 
 namespace corvane::stack {
 
@@ -10,6 +12,12 @@ void FrameSet::Add(const std::string& file)
 {
     readers_.push_back(io::OpenFrame(file));
     readers_.back()->Close();
+}
+
+void FrameSet::TurnUpsideDown(int frame)
+{
+    std::unique_ptr<io::FrameReader>& reader = readers_[static_cast<std::size_t>(frame)];
+    reader = io::TurnedUpsideDown(std::move(reader));
 }
 
 void FrameSet::Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)

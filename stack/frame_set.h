@@ -18,6 +18,9 @@ public:
     /// Opens a frame to learn what it is, and closes it again. Throws io::Error.
     void Add(const std::string& file);
 
+    /// From now on the frame's rows come in the other order, and its header says so.
+    void TurnUpsideDown(int frame);
+
     int Count() const { return static_cast<int>(readers_.size()); }
     bool IsEmpty() const { return readers_.empty(); }
     /// True while no frame has to be opened again for each band.

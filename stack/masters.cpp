@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <string>
 #include <vector>
 
+#include "corvane/core/gaps.h"
 #include "corvane/core/memory_budget.h"
 #include "io/error.h"
 #include "stack/calibrated_frames.h"
@@ -29,7 +31,7 @@ public:
 
     /// Brings every frame to the mean of the first one.
     void LevelToFirst(HWND progressWindow);
-    std::shared_ptr<const CStlImage> Combine(const char* text, HWND progressWindow);
+    std::shared_ptr<CStlImage> Combine(const char* text, HWND progressWindow);
 
 private:
     void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
@@ -97,7 +99,7 @@ void MasterSource::LevelToFirst(HWND progressWindow)
     }
 }
 
-std::shared_ptr<const CStlImage> MasterSource::Combine(const char* text, HWND progressWindow)
+std::shared_ptr<CStlImage> MasterSource::Combine(const char* text, HWND progressWindow)
 {
     const io::FrameInfo& info = set_.Info(0);
     auto master = std::make_shared<CStlImage>(-32, info.width, info.height, info.planes, 1.0, 0.0, 1);
@@ -117,9 +119,27 @@ std::shared_ptr<const CStlImage> MasterSource::Combine(const char* text, HWND pr
     return master;
 }
 
-std::shared_ptr<const CStlImage> MakePlain(FrameSet& frames, const char* text, HWND progressWindow)
+/// Refuses a master that would leave nothing of any light.
+void RequireSamples(const CStlImage& master, const FrameSet& frames, const std::string& kind)
 {
-    return frames.IsEmpty() ? nullptr : MasterSource(frames, Masters()).Combine(text, progressWindow);
+    for (int y = 0; y < master.GetHeight(); ++y) {
+        if (HoldsDefined(master.GetImageAdr(0, y, 0, 1), master.GetWidth(), BlankTest(master))) {
+            return;
+        }
+    }
+    throw io::Error(frames.Path(0), "the " + kind + " has no sample that is defined");
+}
+
+/// A master of frames that are used as they are; `kind` is what a user calls them.
+std::shared_ptr<const CStlImage> MakePlain(FrameSet& frames, const std::string& kind, HWND progressWindow)
+{
+    if (frames.IsEmpty()) {
+        return nullptr;
+    }
+    const std::string text = "Combining " + kind + (kind == "bias" ? " frames..." : "s...");
+    const auto master = MasterSource(frames, Masters()).Combine(text.c_str(), progressWindow);
+    RequireSamples(*master, frames, kind);
+    return master;
 }
 
 /// The master flat, from which `dark` was taken off.
@@ -131,8 +151,11 @@ void MakeFlat(FrameSet& flats, std::shared_ptr<const CStlImage> dark, HWND progr
     if (flats.Count() > 1) {
         source.LevelToFirst(progressWindow);
     }
-    masters.flat = source.Combine("Combining flats...", progressWindow);
-    masters.flatMean = masters.flat->GetAvrGrayRaw(0);
+    const std::shared_ptr<CStlImage> flat = source.Combine("Combining flats...", progressWindow);
+    RequireSamples(*flat, flats, "flat");
+    masters.flatGaps = MarkGaps(*flat);
+    masters.flatMean = masters.flatGaps == 0 ? flat->GetAvrGrayRaw(0) : MeanBesideGaps(*flat, 0);
+    masters.flat = flat;
     const bool isUsable = masters.flatMean > 0.0 && std::isfinite(masters.flatMean);
     if (!isUsable) {
         throw io::Error(flats.Path(0), "the flat cannot be used: its mean is not a number above 0");
@@ -165,10 +188,10 @@ int CommonBlank(const FrameSet& frames)
 Masters MakeMasters(Plan& plan, HWND progressWindow)
 {
     Masters masters;
-    masters.bias = MakePlain(plan.bias, "Combining bias frames...", progressWindow);
-    masters.dark = MakePlain(plan.darks, "Combining darks...", progressWindow);
+    masters.bias = MakePlain(plan.bias, "bias", progressWindow);
+    masters.dark = MakePlain(plan.darks, "dark", progressWindow);
     if (!plan.flats.IsEmpty()) {
-        const auto flatDark = MakePlain(plan.flatDarks, "Combining flat-darks...", progressWindow);
+        const auto flatDark = MakePlain(plan.flatDarks, "flat-dark", progressWindow);
         MakeFlat(plan.flats, flatDark != nullptr ? flatDark : masters.bias, progressWindow, masters);
     }
     return masters;

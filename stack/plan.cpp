@@ -8,6 +8,7 @@
 #include "io/error.h"
 #include "io/metadata.h"
 #include "stack/progress.h"
+#include "stack/row_order.h"
 
 namespace corvane::stack {
 
@@ -72,6 +73,16 @@ bool AreClose(double a, double b)
     return std::fabs(a - b) <= std::max(0.05, 0.005 * std::max(a, b));
 }
 
+/// Refuses an exposure that is stated, but not as a number: a dark can neither be compared nor scaled by it.
+void CheckReadable(const FrameSet& frames)
+{
+    for (int i = 0; i < frames.Count(); ++i) {
+        if (const auto stated = io::UnreadableExposure(frames.Info(i).header)) {
+            throw io::Error(frames.Path(i), "its exposure, " + *stated + ", is no number of seconds");
+        }
+    }
+}
+
 /// The one exposure of the darks; unknown when none of them says it.
 std::optional<double> DarkExposure(const FrameSet& darks)
 {
@@ -94,7 +105,12 @@ std::optional<double> DarkExposure(const FrameSet& darks)
 /// Checks that the darks suit every light, or can be scaled to it.
 void CheckExposures(const Plan& plan)
 {
-    for (int i = 0; i < plan.lights.Count() && !plan.darks.IsEmpty(); ++i) {
+    if (plan.darks.IsEmpty()) {
+        return;
+    }
+    CheckReadable(plan.lights);
+    CheckReadable(plan.darks);
+    for (int i = 0; i < plan.lights.Count(); ++i) {
         if (ExposuresMatch(plan.exposures[i], plan.darkExposure)) {
             continue;
         }
@@ -165,6 +181,18 @@ void FindPatterns(const Options& options, Plan& plan)
     }
 }
 
+/// A pattern that stands where only filters do is not gone by, but not passed over either.
+void NoteHintedPattern(const Options& options, Plan& plan)
+{
+    const auto hinted = io::HintedBayerPattern(plan.lights.Info(0).header);
+    if (hinted && plan.planes == 1 && options.mosaic == MosaicUse::kAuto) {
+        plan.notes.push_back("FILTER = " + *hinted +
+                             " names a Bayer pattern, but the lights have no BAYERPAT and were "
+                             "taken as monochrome; --bayer " +
+                             *hinted + " makes colours");
+    }
+}
+
 void Open(FrameSet& frames, const std::vector<std::string>& files, Progress& progress)
 {
     for (const std::string& file : files) {
@@ -224,6 +252,7 @@ Plan MakePlan(const Options& options)
     plan.planes = first.Planes();
     CheckPatch(options, plan);
     CheckSizes(plan);
+    BringToOneOrder(options, plan);
     for (int i = 0; i < plan.lights.Count(); ++i) {
         plan.exposures.push_back(io::ExposureSeconds(plan.lights.Info(i).header));
     }
@@ -231,6 +260,7 @@ Plan MakePlan(const Options& options)
     CheckExposures(plan);
     NoteUnknownExposures(plan);
     FindPatterns(options, plan);
+    NoteHintedPattern(options, plan);
     return plan;
 }
 

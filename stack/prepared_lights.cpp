@@ -51,6 +51,12 @@ PreparedLights::PreparedLights(const Options& options, Registration& result, Sto
     }
     stopwatch_.Lap("check");
     const Masters masters = MakeMasters(plan_, options_.progressWindow);
+    if (masters.flatGaps > 0) {
+        const std::size_t more = options_.flats.size() - 1;
+        result_.notes.push_back(options_.flats.front() + (more > 0 ? " and " + std::to_string(more) + " more" : "") +
+                                ": " + std::to_string(masters.flatGaps) +
+                                " samples are undefined; so are those of each light there");
+    }
     calibrated_.emplace(plan_.lights, masters, options_.pedestal, DarkScales(plan_));
     if (options_.cosmetic) {
         MendHotPixels(masters);

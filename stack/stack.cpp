@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "corvane/core/gaps.h"
 #include "io/error.h"
 #include "stack/combine.h"
 #include "stack/describe.h"
@@ -109,10 +110,49 @@ void JoinRejected(const Counts& counts, CStlImage& rejected)
     rejected.Swap(&joined);
 }
 
+/// Reads lights, and takes down which of them have shown a sample that is defined.
+class WatchedLights {
+public:
+    WatchedLights(LightFrames& frames, int count) : frames_(frames), isEmpty_(static_cast<std::size_t>(count), true) {}
+
+    void Read(int light, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
+    {
+        frames_.Read(light, firstRow, rowCount, samples, planeStride);
+        const BlankTest isBlank = frames_.Blank(light) ? BlankTest(*frames_.Blank(light)) : BlankTest();
+        const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(rowCount) * frames_.Width();
+        for (int plane = 0; plane < frames_.Planes() && IsEmpty(light); ++plane) {
+            isEmpty_[static_cast<std::size_t>(light)] = !HoldsDefined(samples + plane * planeStride, count, isBlank);
+        }
+    }
+
+    bool IsEmpty(int light) const { return isEmpty_[static_cast<std::size_t>(light)]; }
+
+private:
+    LightFrames& frames_;
+    std::vector<bool> isEmpty_;
+};
+
+/// Leaves out the lights that have added nothing. With all of them nothing is left to stack, and so it is when a pixel
+/// must be in all lights.
+void LeaveOutEmpty(const WatchedLights& lights, Coverage coverage, std::vector<FrameReport>& frames)
+{
+    const char* const reason = "has no sample that is defined";
+    for (const int light : UsedFrames(frames)) {
+        FrameReport& frame = frames[static_cast<std::size_t>(light)];
+        if (lights.IsEmpty(light)) {
+            frame.LeaveOut(reason);
+            if (coverage == Coverage::kAll || UsedFrames(frames).empty()) {
+                throw io::Error(frame.file, std::string("the light ") + reason);
+            }
+        }
+    }
+}
+
 void Combine(const Options& options, PreparedLights& lights, Result& result)
 {
     const Plan& plan = lights.GetPlan();
     LightFrames& frames = lights.Frames();
+    WatchedLights watched(frames, plan.lights.Count());
     const std::vector<int> used = UsedFrames(result.frames);
     MakeTarget(plan, result.referenceLight, frames.Planes(), result.image);
     Counts counts(options, plan, frames.Planes());
@@ -124,10 +164,11 @@ void Combine(const Options& options, PreparedLights& lights, Result& result)
                          .coverage = options.coverage,
                          .maps = counts.Maps()};
     const RowReader read = [&](int i, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) {
-        frames.Read(used[static_cast<std::size_t>(i)], firstRow, rowCount, samples, planeStride);
+        watched.Read(used[static_cast<std::size_t>(i)], firstRow, rowCount, samples, planeStride);
     };
     CombineFrames(lights.Placements(), read, job, result.image);
     result.image.UnlockAll();
+    LeaveOutEmpty(watched, options.coverage, result.frames);
     result.coverage.Swap(&counts.coverage);
     if (options.wantsRejected) {
         JoinRejected(counts, result.rejected);
@@ -144,6 +185,7 @@ Result Run(const Options& options)
     lights.Register();
     CheckEnoughUsed(result);
     Combine(options, lights, result);
+    CheckEnoughUsed(result); // once more: combining has told which lights are empty
     result.header = DescribeStack(options, lights.GetPlan(), result);
     stopwatch.Lap("combine");
     return result;

@@ -8,6 +8,7 @@
 #include "catalogue/composite.h"
 #include "catalogue/match.h"
 #include "catalogue/mosaic.h"
+#include "corvane/geometry/flip.h"
 #include "tests/support/error_of.h"
 #include "tests/support/images.h"
 
@@ -116,6 +117,42 @@ TEST(Mosaic, HoldsBothImagesWhole)
         double pixel = 0.0;
         first.image.GetCRPix(0, &pixel);
         EXPECT_EQ(pixel, 5.0 - canvas.left);
+    }
+}
+
+TEST(Pair, BringsTheSecondImageIntoTheOrderOfRowsOfTheFirst)
+{
+    const auto field = [](bool isTurned, int width, int height, const Stars& stars) {
+        io::Frame frame = Field(width, height, stars);
+        CImgFlip turned(frame.image);
+        turned.Do(0, &frame.image, 0);
+        frame.header.Set("ROWORDER", isTurned ? "TOP-DOWN" : "BOTTOM-UP");
+        if (isTurned) {
+            frame.image.Swap(&turned);
+        }
+        return frame;
+    };
+    const Stars moved = Moved(0.0, {113.0, 94.0});
+    for (const bool isTurned : {false, true}) {
+        int notes = 0;
+        const Context context{.note = [&](const std::string&) { ++notes; }};
+        std::vector<double> points = About(moved, 2);
+        for (double* y : {&points[1], &points[3]}) {
+            *y = isTurned ? 189.0 - *y : *y; // where they are in the file
+        }
+        const Placement placement{.points = About(kStars, 2), .secondPoints = points};
+        io::Frame base = field(false, 220, 180, kStars);
+        io::Frame overlay = field(isTurned, 230, 190, moved);
+        RunComposite(base, overlay, {.placement = placement, .mode = "blend", .ratio = 1.0}, context);
+        ExpectStars(base.image, 0, 0);
+        io::Frame first = field(false, 220, 180, kStars);
+        io::Frame second = field(isTurned, 230, 190, moved);
+        RunMosaic(first, second, {.placement = placement, .mode = "over"}, context);
+        ExpectStars(first.image, 3, 4);
+        io::Frame image = field(false, 220, 180, kStars);
+        io::Frame cut = field(isTurned, 40, 40, Moved(0.0, {9.7, 19.2}));
+        EXPECT_NEAR(RunMatch(cut, image, {.start = std::array{98.0, 73.0}, .range = 16}, context).y, 70.8, 0.11);
+        EXPECT_EQ(notes, isTurned ? 3 : 0);
     }
 }
 

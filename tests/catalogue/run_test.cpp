@@ -96,6 +96,7 @@ TEST(Run, ChangesTheSamplesThatItShould)
         {"vignette:k=-0.05,base=2,x=0,y=0", 3, 1, 100.0F, 248.0F},
         {"debayer:pattern=RGGB,method=bilinear", 1, 1, 5.5F, 18.5F},
         {"debayer:pattern=GBRG", 1, 1, 0.0F, 24.0F},
+        {"fill", 1, 0, 0.0F, 24.0F},
     };
     for (const Samples& c : cases) {
         Expect(c, 0);
@@ -150,6 +151,23 @@ TEST(Run, LeavesUndefinedWhatWasBlank)
     }
 }
 
+TEST(Run, FillsWhatIsUndefined)
+{
+    const std::pair<const char*, float> cases[] = {{"fill", (123.0F + 114.0F + 113.0F / 2.0F) / 2.5F},
+                                                   {"fill:with=sky", 112.0F},
+                                                   {"fill:with=value,value=-3", -3.0F}};
+    for (const auto& [step, filled] : cases) {
+        io::Frame frame = MakeFrame(3);
+        frame.image.SetBlankUsed(1);
+        frame.image.SetBlank(124); // the last sample of plane 1, in the corner
+        frame.image.SetPixelGrayRaw(0, 1, INFINITY, 0);
+        catalogue::Run(ParseStep(step), frame, {});
+        EXPECT_NEAR(frame.image.GetPixelGrayRaw(4, 2, 1), filled, 1e-4) << step;
+        EXPECT_TRUE(std::isfinite(frame.image.GetPixelGrayRaw(0, 1, 0))) << step;
+        EXPECT_EQ(frame.image.GetPixelGrayRaw(3, 2, 1), 123.0F) << step;
+    }
+}
+
 TEST(Run, SetsLevelsOfThePlanesThatItShould)
 {
     const CStlImage every = After("levels:min=-1,max=9", 3).image;
@@ -182,6 +200,56 @@ TEST_F(RunWithFiles, CalibratesWithFramesFromFiles)
     }
 }
 
+TEST_F(RunWithFiles, BringsCalibrationFramesIntoTheOrderOfRowsOfTheImage)
+{
+    io::Frame calibration = MakeFrame(1); // the image upside down, one column to the left
+    calibration.image =
+        test::Make(kWidth, kHeight, 1, [](int x, int y, int) { return 10 * (kHeight - 1 - y) + x + 1; });
+    for (const char* const order : {"TOP-DOWN", "BOTTOM-UP", ""}) {
+        calibration.header.Set("ROWORDER", order);
+        io::Save(Path("calibration.fits"), calibration.image, calibration.header);
+        for (const char* const step : {"dark", "flat"}) {
+            io::Frame frame = MakeFrame(1);
+            frame.header.Set("ROWORDER", "BOTTOM-UP");
+            frame.image.SetOrgFileName("light.fits");
+            std::string notes;
+            catalogue::Run(ParseStep(step + (":file=" + Path("calibration.fits"))), frame,
+                           {.note = [&](const std::string& text) { notes += text; }});
+            const bool isTurned = order == std::string("TOP-DOWN");
+            const float divided = 24.0F * 13.0F / (isTurned ? 25.0F : 5.0F);
+            EXPECT_FLOAT_EQ(frame.image.GetPixelGrayRaw(4, 2, 0), step[0] == 'f' ? divided : isTurned ? 0.0F : 19.0F);
+            EXPECT_EQ(notes, isTurned ? Path("calibration.fits") + ": its rows are TOP-DOWN, those of light.fits are "
+                                                                   "BOTTOM-UP; it was turned upside down"
+                                      : "");
+        }
+    }
+}
+
+TEST_F(RunWithFiles, LeavesUndefinedSamplesOutOfTheFlat)
+{
+    for (const auto& [hole, bits] : {std::pair{NAN, -32}, {INFINITY, -32}, {-INFINITY, -32}, {NAN, 16}}) {
+        io::Frame flat = MakeFrame(3);
+        flat.image.SetPixelGrayRaw(0, 0, 12.0F, 0); // no sample is 0, which integers keep for what is undefined
+        flat.image.SetPixelGrayRaw(2, 1, hole, 0);
+        flat.image.SetPixelGrayRaw(4, 2, hole, 2);
+        io::Save(Path("flat.fits"), flat.image, {}, {bits});
+        io::Frame frame = MakeFrame(3);
+        std::string notes;
+        catalogue::Run(ParseStep("flat:file=" + Path("flat.fits")), frame,
+                       {.note = [&](const std::string& text) { notes += text; }});
+        for (int i = 0; i < 3 * 15; ++i) {
+            const int x = i % 5;
+            const int y = i / 5 % 3;
+            const int p = i / 15;
+            const float v = frame.image.GetPixelGrayRaw(x, y, p);
+            const bool isHole = (x == 2 && y == 1 && p == 0) || (x == 4 && y == 2 && p == 2);
+            EXPECT_EQ(std::isnan(v), isHole) << hole << ' ' << i;
+            EXPECT_TRUE(isHole || i == 0 || std::fabs(v - 180.0 / 14.0) < 1e-5) << v;
+        }
+        EXPECT_EQ(notes, Path("flat.fits") + ": 2 samples are undefined; so are those of the result there");
+    }
+}
+
 TEST(Run, DebayersByTheHeaderAndTakesItsCardsAway)
 {
     io::Frame frame = MakeFrame(1);
@@ -202,6 +270,8 @@ TEST_F(RunWithFiles, RefusesWhatDoesNotFitTheFrame)
     const std::string colour = Path("colour.fits");
     io::Save(wide, MakeFrame(1, 7).image, {});
     io::Save(colour, MakeFrame(3).image, {});
+    const std::string nothing = Path("nothing.fits");
+    io::Save(nothing, test::Make(5, 3, 1, [](int, int, int) { return NAN; }), {});
     const std::tuple<std::string, int, std::string> cases[] = {
         {"invert:rect=0:0:6:3", 1, "invert: rect = 0:0:6:3: must lie within the image, 0:0:5:3"},
         {"auto-levels:rect=0:0:5:4", 1, "auto-levels: rect = 0:0:5:4: must lie within the image, 0:0:5:3"},
@@ -223,10 +293,12 @@ TEST_F(RunWithFiles, RefusesWhatDoesNotFitTheFrame)
         {"overscan:rect=0:0:1:1,clip=yes", 1,
          "overscan: clip = yes: all samples of the strip are equal, and clipping would leave none; leave it out"},
         {"vignette:k=-1", 1, "vignette: k = -1: must be above -0.2, or no brightness is left 2 pixels from the centre"},
+        {"fill:value=1", 1, "fill: with = value and value belong together"},
         {"dark:file=" + wide, 1,
          "dark: file = " + wide + ": is 7 x 3 pixels, 1 plane; the image is 5 x 3 pixels, 1 plane"},
         {"flat:file=" + colour, 1,
          "flat: file = " + colour + ": is 5 x 3 pixels, 3 planes; the image is 5 x 3 pixels, 1 plane"},
+        {"flat:file=" + nothing, 1, "flat: file = " + nothing + ": has no sample that is defined"},
     };
     for (const auto& [step, planes, error] : cases) {
         EXPECT_EQ(test::ErrorOf<Error>([&] { After(step, planes); }), error);

@@ -35,5 +35,17 @@ TEST(Bayer, ReadsTheNamesAndOrdersThatProgramsUse)
     }
 }
 
+TEST(Bayer, HintsAtWhatFilterSpells)
+{
+    const std::pair<std::vector<const char*>, const char*> cases[] = {
+        {{"FILTER  = 'rggb'"}, "RGGB"}, {{"FILTER  = 'RGB'"}, ""},      {{"FILTER  = 'RRGB'"}, ""},
+        {{"FILTER  = 'Ha'"}, ""},       {{"FILTER1 = 'GBRG'"}, "GBRG"}, {{"FILTER  = 'RGGB'", "BAYERPAT= 'BGGR'"}, ""}};
+    for (const auto& [cards, pattern] : cases) {
+        Header header;
+        std::for_each(cards.begin(), cards.end(), [&](const char* card) { header.AddCard(card); });
+        EXPECT_EQ(HintedBayerPattern(header).value_or(""), pattern) << cards[0];
+    }
+}
+
 } // namespace
 } // namespace corvane::io

@@ -1,4 +1,6 @@
+#include "corvane/core/blank.h"
 #include "corvane/core/progress_message.h"
+#include "corvane/geometry/flip.h"
 #include "corvane/platform/messages.h"
 #include "tests/stack/test_night.h"
 
@@ -57,6 +59,65 @@ TEST_F(RunTest, HeaderTellsWhatTheStackIsMadeOf)
     EXPECT_PRED2(Holds, header.History().at(1), ": 3 of 3 lights; bias " + Path("b.fits") + "; flat median of 2 from ");
 }
 
+TEST_F(RunTest, BringsFramesIntoOneOrderOfRows)
+{
+    const auto save = [&](const std::string& name, const CStlImage& image, const char* order, bool isTurned) {
+        io::Frame frame;
+        frame.image = image;
+        frame.image.SetCRPix(1, 3.0);
+        frame.image.SetCDelt(1, 0.5);
+        CImgFlip turned(frame.image);
+        turned.Do(0, &frame.image, 0);
+        frame.header.Set("BAYERPAT", "RGGB");
+        frame.header.Set("ROWORDER", isTurned ? "TOP-DOWN" : order);
+        io::Save(Path(name), isTurned ? turned : frame.image, frame.header);
+        return Path(name);
+    };
+    const CStlImage lights[] = {Sky(40, 31, 1, {{10, 8, 500}}), Sky(40, 31, 1, {{30, 20, 900}})};
+    const auto dark = Make(40, 31, 1, [](int x, int y, int) { return 3 * x + 5 * y; });
+    Options options;
+    options.flats = {save("f.fits", Make(40, 31, 1, Ramp), "", false)}; // does not say: as the others
+    options.align = AlignMethod::kNone;
+    options.mosaic = MosaicUse::kPattern;
+    std::vector<Result> results;
+    for (const bool isTurned : {false, true}) {
+        options.lights = {save("a.fits", lights[0], "BOTTOM-UP", isTurned),
+                          save("b.fits", lights[1], "BOTTOM-UP", false)};
+        options.darks = {save("d.fits", dark, "BOTTOM-UP", isTurned)};
+        options.referenceFile = Path("b.fits");
+        results.push_back(stack::Run(options));
+        EXPECT_EQ(results.back().header.Number("CDELT2"), 0.5);
+    }
+    EXPECT_EQ(test::Samples(results[0].image), test::Samples(results[1].image));
+    ASSERT_EQ(results[1].notes.size(), results[0].notes.size() + 2);
+    EXPECT_PRED2(Holds, results[1].notes[0], Path("a.fits") + ": its rows are TOP-DOWN, those of " + Path("b.fits"));
+    options.referenceFile = Path("a.fits");
+    EXPECT_EQ(stack::Run(options).header.Text("ROWORDER"), "TOP-DOWN");
+}
+
+TEST_F(RunTest, LeavesUndefinedSamplesOutOfTheFlat)
+{
+    const auto truth = [](int x, int y) { return (x + y) % 2 == 0 ? 80 : 120; };
+    const auto isHole = [](int x, int y) { return y == 9 && x < 4; };
+    for (const auto& [hole, bits] : {std::pair{NAN, -32}, {INFINITY, -32}, {-INFINITY, -32}, {NAN, 16}}) {
+        const auto flat = Make(20, 16, 1, [&](int x, int y, int) { return isHole(x, y) ? double{hole} : truth(x, y); });
+        io::Save(Path("flat.fits"), flat, {}, {bits}); // NaN among integers is a blank
+        Options options;
+        options.lights = {SaveRamp("light.fits")};
+        options.flats = {Path("flat.fits")};
+        const Result result = stack::Run(options);
+        for (int i = 0; i < 20 * 16; ++i) {
+            const int x = i % 20;
+            const int y = i / 20;
+            const float v = result.image.GetPixelGrayRaw(x, y, 0);
+            EXPECT_EQ(isHole(x, y), std::isnan(v) || BlankTest(result.image)(v)) << hole << x << ' ' << y;
+            EXPECT_TRUE(isHole(x, y) || std::fabs(v - Ramp(x, y, 0) * 100.0 / truth(x, y)) < 1e-3) << hole << v;
+        }
+        ASSERT_FALSE(result.notes.empty());
+        EXPECT_PRED2(Holds, result.notes[0], "flat.fits: 4 samples are undefined");
+    }
+}
+
 TEST_F(RunTest, WrongInputIsAnErrorThatNamesIt)
 {
     const std::string light = SaveRamp("light.fits");
@@ -66,6 +127,9 @@ TEST_F(RunTest, WrongInputIsAnErrorThatNamesIt)
     const std::string black = Save("black.fits", Make(20, 16, 1, [](int, int, int) { return 0; }));
     const std::string mosaic = SaveRamp("mosaic.fits", 60.0, 20, 1, "RGGB");
     const std::string xtrans = SaveRamp("xtrans.fits", 60.0, 20, 1, "XTRANS");
+    const std::string nothing = Save("nothing.fits", Make(20, 16, 1, [](int, int, int) { return NAN; }));
+    const std::string untimed =
+        Save("untimed.fits", Make(20, 16, 1, Ramp), 0.0, [](io::Header& h) { h.Set("EXPOSURE", "NaN"); });
     Options base;
     base.lights = {light};
     base.align = AlignMethod::kShift;
@@ -94,6 +158,13 @@ TEST_F(RunTest, WrongInputIsAnErrorThatNamesIt)
         {[](Options& o) { o.cosmetic = true; }, "--cosmetic: alone is not allowed; it takes darks"},
         {[&](Options& o) { o.lights = {mosaic}, o.mosaic = MosaicUse::kKeep; }, "--bayer: none is not allowed"},
         {[&](Options& o) { o.lights = {xtrans}; }, "xtrans.fits: its mosaic XTRANS is no Bayer pattern"},
+        {[&](Options& o) { o.lights = {nothing}; }, "nothing.fits: the light has no sample that is defined"},
+        {[&](Options& o) {
+             o.lights = {light, nothing}, o.align = AlignMethod::kNone;
+         },
+         "nothing.fits: has no sample"},
+        {[&](Options& o) { o.flats = {nothing}; }, "nothing.fits: the flat has no sample that is defined"},
+        {[&](Options& o) { o.darks = {untimed}; }, "untimed.fits: its exposure, EXPOSURE = NaN, is no number"},
     };
     for (const auto& [change, text] : cases) {
         Options options = base;

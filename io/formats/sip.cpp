@@ -1,10 +1,10 @@
-#include "catalogue/sip.h"
+#include "io/formats/sip.h"
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
-namespace corvane::catalogue {
+namespace corvane::io {
 namespace {
 
 constexpr int kHighestOrder = 9; // what a keyword of one digit can say
@@ -17,12 +17,12 @@ std::string Keyword(const std::string& name, int i, int j)
     return name + "_" + std::to_string(i) + "_" + std::to_string(j);
 }
 
-int Order(const io::Header& header, const std::string& name)
+int Order(const Header& header, const std::string& name)
 {
     return static_cast<int>(std::clamp(header.Number(name + "_ORDER").value_or(0.0), 0.0, kHighestOrder + 0.0));
 }
 
-Terms ReadTerms(const io::Header& header, const std::string& name, int degree)
+Terms ReadTerms(const Header& header, const std::string& name, int degree)
 {
     Terms terms;
     for (int i = 0; i <= degree; ++i) {
@@ -31,7 +31,7 @@ Terms ReadTerms(const io::Header& header, const std::string& name, int degree)
     return terms;
 }
 
-void WriteTerms(const Terms& terms, const std::string& name, io::Header& header)
+void WriteTerms(const Terms& terms, const std::string& name, Header& header)
 {
     const int degree = static_cast<int>(terms.size()) - 1;
     for (int i = 0; i <= degree; ++i) {
@@ -77,7 +77,7 @@ Terms Combine(double a, const Terms& x, double b, const Terms& y)
 
 /// The two polynomials are the components of one displacement, which turns with the pixels.
 void CarryPair(const std::string& alongX, const std::string& alongY, const tagMATRIX2_2& linear,
-               const tagMATRIX2_2& back, io::Header& header)
+               const tagMATRIX2_2& back, Header& header)
 {
     if (!header.Has(alongX + "_ORDER") && !header.Has(alongY + "_ORDER")) {
         return;
@@ -95,10 +95,10 @@ void CarryPair(const std::string& alongX, const std::string& alongY, const tagMA
 
 } // namespace
 
-void CarryDistortion(const tagMATRIX2_2& linear, const tagMATRIX2_2& back, io::Header& header)
+void CarryDistortion(const tagMATRIX2_2& linear, const tagMATRIX2_2& back, Header& header)
 {
     CarryPair("A", "B", linear, back, header);
     CarryPair("AP", "BP", linear, back, header);
 }
 
-} // namespace corvane::catalogue
+} // namespace corvane::io

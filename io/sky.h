@@ -1,9 +1,10 @@
 #pragma once
 
+#include "corvane/platform/export.h"
 #include "corvane/platform/matrix.h"
 #include "io/frame.h"
 
-namespace corvane::catalogue {
+namespace corvane::io {
 
 /// Where a step takes the pixels: the centre of pixel (x, y), counted from 0, comes to lie at
 /// (linear.m11 * x + linear.m12 * y + x0, linear.m21 * x + linear.m22 * y + y0).
@@ -17,6 +18,6 @@ struct PixelMap {
 /// or increments. An image without coordinates gets none. In the frame's header, which is to describe the result, the
 /// coefficients of a SIP distortion (D. L. Shupe et al., ADASS XIV, 2005) follow, and the turn that older headers state
 /// as CROTA becomes part of the matrix.
-void CarryCoordinates(const PixelMap& map, io::Frame& frame, CImage& result);
+CORVANE_VISIBLE void CarryCoordinates(const PixelMap& map, Frame& frame, CImage& result);
 
-} // namespace corvane::catalogue
+} // namespace corvane::io

@@ -1,11 +1,11 @@
-#include "catalogue/sky.h"
+#include "io/sky.h"
 
 #include <numbers>
 
-#include "catalogue/sip.h"
 #include "corvane/core/turn.h"
+#include "io/formats/sip.h"
 
-namespace corvane::catalogue {
+namespace corvane::io {
 namespace {
 
 using Matrix = tagMATRIX2_2;
@@ -32,7 +32,7 @@ bool HasCoordinates(const WorldCoordinates& coordinates)
 
 /// Puts the turn that CROTA2 (or CROTA1) states, where there is no matrix, into one, and takes the cards away: beside a
 /// matrix they have no meaning.
-void ReplaceRotation(io::Header& header, WorldCoordinates& coordinates)
+void ReplaceRotation(Header& header, WorldCoordinates& coordinates)
 {
     const double degrees = header.Number("CROTA2").value_or(header.Number("CROTA1").value_or(0.0));
     if (coordinates.matrixKind == kNoTransform && degrees != 0.0) {
@@ -85,7 +85,7 @@ void MoveScale(const Matrix& back, WorldCoordinates& coordinates)
 
 } // namespace
 
-void CarryCoordinates(const PixelMap& map, io::Frame& frame, CImage& result)
+void CarryCoordinates(const PixelMap& map, Frame& frame, CImage& result)
 {
     WorldCoordinates coordinates = frame.image.GetCoordinates();
     if (HasCoordinates(coordinates)) {
@@ -97,4 +97,4 @@ void CarryCoordinates(const PixelMap& map, io::Frame& frame, CImage& result)
     result.SetCoordinates(coordinates);
 }
 
-} // namespace corvane::catalogue
+} // namespace corvane::io
