@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "corvane/core/gaps.h"
+#include "corvane/core/progress_channel.h"
 
 namespace corvane {
 namespace {
@@ -109,16 +110,16 @@ private:
 long long FillFromNeighbours(CStlImage& image, int showProgress)
 {
     const long long count = MarkGaps(image);
-    image.ShowProgressInit(showProgress, "Filling undefined samples...", image.GetPlanes() * image.GetHeight());
+    const ProgressChannel progress(image, showProgress, "Filling undefined samples...",
+                                   image.GetPlanes() * image.GetHeight());
     for (int plane = 0; plane < image.GetPlanes(); ++plane) {
         Hole hole(image, plane);
         for (int y = 0; y < image.GetHeight(); ++y) {
             hole.AddEdges(y);
-            image.ShowProgress(1);
+            progress.Advance(1);
         }
         hole.Close();
     }
-    image.ShowProgressEnd(nullptr);
     return count;
 }
 
