@@ -1,6 +1,5 @@
 #include "catalogue/fill.h"
 
-#include <cstdio>
 #include <string>
 
 #include "catalogue/error.h"
@@ -54,8 +53,8 @@ void RunFill(io::Frame& frame, Arguments& arguments, const Context& context)
     const bool isByNeighbours = arguments.Text("with") == "neighbours";
     const long long filled = isByNeighbours ? FillFromNeighbours(image, context.showProgress)
                                             : FillWithValues(image, ValuesOf(image, arguments));
-    if (context.diagnostics != nullptr) {
-        std::fprintf(context.diagnostics, "undefined samples that were filled: %lld\n", filled);
+    if (context.tell) {
+        context.tell("undefined samples that were filled: " + std::to_string(filled));
     }
 }
 

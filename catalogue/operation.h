@@ -1,12 +1,12 @@
 #pragma once
 
-#include <cstdio>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "catalogue/arguments.h"
 #include "catalogue/parameter.h"
+#include "corvane/restore/restore_event.h"
 #include "io/frame.h"
 
 namespace corvane::catalogue {
@@ -16,11 +16,12 @@ enum class Planes { Any, Mono, Colour };
 
 /// How an operation is to be run.
 struct Context {
-    int showProgress = 1;             ///< non-zero: it reports to the image's progress window
-    std::FILE* diagnostics = nullptr; ///< gets lines about what an operation measures and how it goes; null: nobody
-    /// Gets what the user should know, such as an assumption that was made: one sentence each, naming the file; may be
+    int showProgress = 1;                                ///< non-zero: it reports to the image's progress window
+    std::function<void(const std::string& line)> tell{}; ///< hears what an operation measures; empty: nobody does
+    RestoreSink restoring{};                             ///< hears of the iterations of a restoration
+    /// Hears what the user should know, such as an assumption that was made: one sentence each, naming the file; may be
     /// empty.
-    std::function<void(const std::string&)> note{};
+    std::function<void(const std::string& text)> note{};
 
     void Note(const std::string& text) const
     {

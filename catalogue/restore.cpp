@@ -23,8 +23,10 @@ constexpr double kSqrt2 = 1.414213562373095;
 
 void Tell(const Context& context, const char* what, double value, const char* unit)
 {
-    if (context.diagnostics != nullptr) {
-        std::fprintf(context.diagnostics, "%s %.4g %s\n", what, value, unit);
+    if (context.tell) {
+        char line[100];
+        std::snprintf(line, sizeof line, "%s %.4g %s\n", what, value, unit);
+        context.tell(line);
     }
 }
 
@@ -53,11 +55,6 @@ void CheckSigma(const Arguments& arguments)
     }
 }
 
-RestoreDetail DetailOf(const Context& context)
-{
-    return {.diagnostics = context.diagnostics, .showsChiSquare = true};
-}
-
 void ThrowUnlessDone(Restored end)
 {
     if (end == Restored::kCancelled) {
@@ -65,6 +62,9 @@ void ThrowUnlessDone(Restored end)
     }
     if (end == Restored::kNoMemory) {
         AfxThrowMemoryException();
+    }
+    if (end == Restored::kNotANumber) {
+        throw Error("chi-square is not a number: samples, gain or noise are too large or too small to calculate with");
     }
 }
 
@@ -80,7 +80,7 @@ void RunLucy(io::Frame& frame, Arguments& arguments, const Context& context)
     CImgLucy image;
     image.Swap(&frame.image);
     ThrowUnlessDone(image.Restore(sigma, gain, noise, arguments.Whole("iterations"), rect, context.showProgress,
-                                  DetailOf(context)));
+                                  context.restoring));
     image.Swap(&frame.image);
 }
 
@@ -107,7 +107,7 @@ void RunMaxent(io::Frame& frame, Arguments& arguments, const Context& context)
     CImgMem image;
     image.Swap(&frame.image);
     ThrowUnlessDone(image.Restore(sigma, noise, arguments.Whole("iterations"), rect, context.showProgress, isOnGrid,
-                                  DetailOf(context)));
+                                  context.restoring));
     if (!isOnGrid) {
         MoveReferencePixel(image);
     }

@@ -136,10 +136,11 @@ std::optional<int> Parse(CLI::App& app, int argc, char** argv)
     return std::nullopt;
 }
 
-int Work(const Session& session)
+int Work(Session& session)
 {
     ReadSettings();
-    const ProgressBar bar({.bar = IsTerminal(STDERR_FILENO) && !session.quiet, .stages = session.verbose});
+    ProgressBar bar({.bar = IsTerminal(STDERR_FILENO) && !session.quiet, .stages = session.verbose});
+    session.bar = &bar;
     const int status = session.work();
     if (!std::cout.flush()) {
         throw std::runtime_error("standard output: cannot be written");

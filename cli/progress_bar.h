@@ -24,6 +24,12 @@ public:
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
 
+    /// Shows how far work is that tells so itself, in per cent, and may be done before 100. What its window gets counts no
+    /// more until that work ends.
+    void Show(const std::string& text, int percent);
+    /// Writes lines above the bar. One that is not yet whole waits for its rest.
+    void Print(const std::string& text);
+
 private:
     using Clock = std::chrono::steady_clock;
 
@@ -33,13 +39,17 @@ private:
     void End();
     void Draw();
     void Clear();
+    std::string Tail() const;
     double Elapsed() const;
 
     ProgressStyle style_;
     HWND window_;
     std::string text_;
+    std::string unfinished_; ///< line
     int percent_ = 0;
     bool isRunning_ = false;
+    bool isCancellable_ = false; ///< the work says so
+    bool isTold_ = false;        ///< by Show
     bool isDrawn_ = false;
     Clock::time_point started_{};
     Clock::time_point drawn_{};

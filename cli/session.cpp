@@ -1,6 +1,5 @@
 #include "cli/session.h"
 
-#include <cstdio>
 #include <set>
 #include <string>
 
@@ -12,15 +11,6 @@ void AddCommonOptions(CLI::App& command, Session& session)
 {
     command.add_flag("-v,--verbose", session.verbose, "Say more: a line for every stage of the work");
     command.add_flag("-q,--quiet", session.quiet, "Say nothing but errors and what was asked for");
-}
-
-catalogue::Context ContextOf(const Session& session)
-{
-    catalogue::Context context{.diagnostics = session.verbose ? stderr : nullptr};
-    if (!session.quiet) {
-        context.note = [](const std::string& text) { std::fprintf(stderr, "note: %s\n", text.c_str()); };
-    }
-    return context;
 }
 
 void AddOutputOption(CLI::App& command, std::string& output, const std::string& what)

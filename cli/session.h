@@ -10,6 +10,8 @@
 
 namespace corvane::cli {
 
+class ProgressBar;
+
 /// Exit statuses of the command.
 enum ExitStatus : int {
     kDone = 0,
@@ -28,11 +30,12 @@ public:
 struct Session {
     bool verbose = false;
     bool quiet = false;
-    std::function<int()> work; ///< the chosen command; returns the exit status
+    std::function<int()> work;  ///< the chosen command; returns the exit status
+    ProgressBar* bar = nullptr; ///< there while it works
 };
 
-/// How an operation runs for this session: lines about its work with `--verbose`, notes unless it is `--quiet`, both on
-/// standard error.
+/// How an operation runs for this session: how far a restoration is shows on the bar, lines about the work appear with
+/// `--verbose`, notes unless it is `--quiet`, above the bar.
 catalogue::Context ContextOf(const Session& session);
 
 /// Adds `--verbose` and `--quiet`, which every command takes.

@@ -172,7 +172,7 @@ void AddCombining(CLI::App& command, stack::Options& options)
 
 void AddOutputs(CLI::App& command, StackWords& words)
 {
-    AddOutputOption(command, words.output, "The stack to write: .fits or .tif");
+    AddOutputOption(command, words.output, "The stack to write: .fits, .tif or .png");
     command.add_option("--preview", words.preview, "Write a picture of the stack, too")->type_name("OUT.png");
     command.add_option("--coverage-map", words.coverageMap, "Write how many lights have each pixel, too")
         ->type_name("FILE");

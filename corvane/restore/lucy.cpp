@@ -21,14 +21,14 @@ int CImgLucy::Do(double sigma, double gain, double readNoise, int iterations, CR
     try {
         const Restored end = Restore(sigma, gain, readNoise, iterations, rect, showProgress, {});
         TellFailure(end, IDS_LUCY_NO_MEMORY, IDS_LUCY_CANCELLED);
-        return end == Restored::kDone ? 1 : 0;
+        return HasStopped(end) ? 0 : 1;
     } catch (const std::bad_alloc&) {
         return 0;
     }
 }
 
 Restored CImgLucy::Restore(double sigma, double gain, double readNoise, int iterations, const CRect* rect,
-                           int showProgress, const RestoreDetail& detail)
+                           int showProgress, const RestoreSink& sink)
 {
     Region region(*this, rect);
     const std::unique_ptr<float[]> psf(MakeGauss(sigma, kPsfSize, kPsfSize));
@@ -40,16 +40,10 @@ Restored CImgLucy::Restore(double sigma, double gain, double readNoise, int iter
                       .iterations = iterations,
                       .gain = gain,
                       .readNoise = readNoise,
-                      .detail = detail};
-    for (int p = 0; p < region.Planes(); ++p) {
-        const int number = region.Planes() == 1 ? 0 : p + 1;
-        const Restored end = RestoreLucy(region.Plane(p), job, showProgress != 0 ? this : nullptr, number);
-        if (end != Restored::kDone) {
-            return end;
-        }
-    }
-    region.Write(*this);
-    return Restored::kDone;
+                      .sink = sink};
+    CStlImage* const owner = showProgress != 0 ? this : nullptr;
+    return RestorePlanes(region, *this,
+                         [&](float* plane, int number) { return RestoreLucy(plane, job, owner, number); });
 }
 
 float* CImgLucy::MakeGauss(double sigma, int width, int height)

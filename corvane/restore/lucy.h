@@ -1,6 +1,7 @@
 #pragma once
 
 #include "corvane/core/stl_image.h"
+#include "corvane/restore/restore_event.h"
 #include "corvane/restore/restore_progress.h"
 
 /// Restoration of blurred images by the iteration of Richardson and Lucy, in place, for a Gaussian point-spread
@@ -30,7 +31,7 @@ public:
     /// `Do` for callers that tell the user themselves: shows no message box, and returns how it ended. Throws
     /// CMemoryException for a region that does not fit the memory budget.
     corvane::Restored Restore(double sigma, double gain, double readNoise, int iterations, const CRect* rect,
-                              int showProgress, const corvane::RestoreDetail& detail);
+                              int showProgress, const corvane::RestoreSink& sink);
 
 private:
     static float* MakeGauss(double sigma, int width, int height);

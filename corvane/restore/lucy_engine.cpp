@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <new>
 #include <vector>
 
@@ -23,24 +22,24 @@ class LucyEngine {
 public:
     LucyEngine(const float* data, const LucyJob& job, RestoreProgress& progress, int plane);
 
-    void Run();
+    Restored Run();
     /// Writes the restored plane.
     void Write(float* data) const { grid_.Take(estimate_.data(), data); }
 
 private:
     void MaskNegatives();
-    template <class... Values>
-    void Print(const char* format, Values... values) const;
-    void PrintPixel(std::size_t i) const;
     void Start();
     void MakeSensitivity();
-    void Iterate(int iteration);
+    LucyEnd Iterate(int iteration);
     void Correct();
-    void Advance(int iteration);
-    void RemoveNegatives();
+    LucyIteration Advance(int iteration);
+    std::vector<LucyIteration::Negative> RemoveNegatives();
     double FindFactor(double least, double most) const;
     void Move(double factor);
     double ReducedChiSquare(double from, double to);
+    double LeastSample() const;
+    void TellStart() const;
+    RestoreState State(int iteration) const { return {plane_, iteration, job_.iterations, chiSquare_}; }
     RestoreStage Stage(double from, double to) { return {progress_, from, to}; }
 
     const LucyJob& job_;
@@ -71,59 +70,33 @@ LucyEngine::LucyEngine(const float* data, const LucyJob& job, RestoreProgress& p
     grid_.Fill(1.0F, weight_.data());
 }
 
-void LucyEngine::Run()
+Restored LucyEngine::Run()
 {
     MaskNegatives();
     Start();
-    for (int n = 0; n < job_.iterations;) {
-        Iterate(++n);
-        if (!(chiSquare_ > job_.target)) { // NaN does not get better
-            Print("chi-sq <= %g,  converged\n", job_.target);
-            break;
-        }
+    TellStart();
+    LucyEnd end = LucyEnd::kNone;
+    for (int n = 0; n < job_.iterations && end == LucyEnd::kNone;) {
+        end = Iterate(++n);
     }
+    return end == LucyEnd::kNotANumber ? Restored::kNotANumber : Restored::kDone;
 }
 
-template <class... Values>
-void LucyEngine::Print(const char* format, Values... values) const
+/// Below which noise alone does not carry a sample.
+double LucyEngine::LeastSample() const
 {
-    if (job_.detail.diagnostics != nullptr) {
-        std::fprintf(job_.detail.diagnostics, format, values...);
-    }
+    const double variance = noise_ / job_.gain;
+    return variance >= 0.0 ? -std::sqrt(variance) * job_.threshold : 0.0;
 }
 
-/// Leaves out samples that noise alone does not carry so far below 0.
+/// Leaves out samples that are too far below 0.
 void LucyEngine::MaskNegatives()
 {
-    if (!(job_.threshold > 0.0)) {
-        return;
+    if (job_.threshold > 0.0) {
+        Fill(weight_, [least = LeastSample(), d = data_.data(), w = weight_.data()](std::size_t i) {
+            return d[i] < least ? 0.0F : w[i];
+        });
     }
-    const double variance = noise_ / job_.gain;
-    const double limit = variance >= 0.0 ? std::sqrt(variance) * job_.threshold : 0.0;
-    bool isFirst = true;
-    for (std::size_t i = 0; i < data_.size(); ++i) {
-        if (weight_[i] == 0.0F || !(data_[i] < -limit)) {
-            continue;
-        }
-        weight_[i] = 0.0F;
-        if (isFirst) {
-            Print("List of pixels below threshold -%g (-%g sigma)\n", limit, job_.threshold);
-        }
-        PrintPixel(i);
-        isFirst = false;
-    }
-}
-
-/// Prints a sample with its place in the plane, and in the grid where that is larger; both count from 1.
-void LucyEngine::PrintPixel(std::size_t i) const
-{
-    const int x = static_cast<int>(i % static_cast<std::size_t>(grid_.Width())) + 1;
-    const int y = static_cast<int>(i / static_cast<std::size_t>(grid_.Width())) + 1;
-    Print("pixel (%d,%d)", x - grid_.Left(), y - grid_.Top());
-    if (grid_.Left() != 0 || grid_.Top() != 0) {
-        Print("  [%d,%d]", x, y);
-    }
-    Print("; value %g\n", static_cast<double>(data_[i]));
 }
 
 /// The first estimate, the transfer function, sensitivity and model.
@@ -144,7 +117,22 @@ void LucyEngine::Start()
     MakeSensitivity();
     convolver_.Convolve(estimate_.data(), model_.data(), Stage(30.0, 90.0));
     chiSquare_ = ReducedChiSquare(90.0, 100.0);
-    Print("Initial chi-sq = %g\n", chiSquare_);
+}
+
+void LucyEngine::TellStart() const
+{
+    if (job_.sink) {
+        job_.sink(
+            LucyStart{.state = State(0),
+                      .data = data_.data() + grid_.Top() * static_cast<std::ptrdiff_t>(grid_.Width()) + grid_.Left(),
+                      .stride = grid_.Width(),
+                      .width = job_.width,
+                      .height = job_.height,
+                      .left = grid_.Left(),
+                      .top = grid_.Top(),
+                      .least = LeastSample(),
+                      .sigmas = job_.threshold});
+    }
 }
 
 /// How much of what each sample sends out is seen.
@@ -160,19 +148,28 @@ void LucyEngine::MakeSensitivity()
     }
 }
 
-void LucyEngine::Iterate(int iteration)
+LucyEnd LucyEngine::Iterate(int iteration)
 {
-    progress_.OpenIteration(IDS_LUCY, IDS_LUCY_PLANE, plane_, iteration, job_.detail, chiSquare_);
+    progress_.OpenIteration(IDS_LUCY, IDS_LUCY_PLANE, plane_, iteration);
     Correct();
+    LucyIteration done;
     if (job_.mode == LucyMode::kPlain) {
         Move(1.0);
         convolver_.Convolve(estimate_.data(), model_.data(), Stage(40.0, 80.0));
     } else {
         convolver_.Convolve(step_.data(), modelStep_.data(), Stage(40.0, 80.0));
-        Advance(iteration);
+        done = Advance(iteration);
     }
     chiSquare_ = ReducedChiSquare(80.0, 100.0);
-    Print("Iteration %d : chi-sq = %g\nTotal Iterations %d  ", iteration, chiSquare_, iteration);
+    done.state = State(iteration);
+    done.target = job_.target;
+    done.end = std::isnan(chiSquare_)      ? LucyEnd::kNotANumber
+               : chiSquare_ <= job_.target ? LucyEnd::kReached
+                                           : LucyEnd::kNone;
+    if (job_.sink) {
+        job_.sink(done);
+    }
+    return done.end;
 }
 
 /// Makes the step from the correction factor.
@@ -184,7 +181,7 @@ void LucyEngine::Correct()
 }
 
 /// Moves the estimate along the step, combined with the one before from the second iteration on.
-void LucyEngine::Advance(int iteration)
+LucyIteration LucyEngine::Advance(int iteration)
 {
     const bool isCombined = job_.mode == LucyMode::kTurbo && iteration >= 2;
     if (isCombined) {
@@ -192,7 +189,8 @@ void LucyEngine::Advance(int iteration)
         Combine(share, step_, previousStep_);
         Combine(share, modelStep_, previousModelStep_);
     }
-    RemoveNegatives();
+    LucyIteration done;
+    done.negatives = RemoveNegatives();
     StepLimits limits = LimitsOf(estimate_, step_);
     const bool isTurbo = isCombined && limits.most >= 1.0;
     if (isCombined && !isTurbo) { // back to the plain step, which is where the direction before was
@@ -200,27 +198,29 @@ void LucyEngine::Advance(int iteration)
         modelStep_.swap(previousModelStep_);
         limits = LimitsOf(estimate_, step_);
     }
-    const double least = isTurbo ? limits.least : 1.0;
-    const double factor = FindFactor(least, limits.most);
-    Print("%s", isTurbo ? "Turbo iteration      " : "Accelerated iteration");
-    Print("  CMIN = %g, CMAX = %g, C = %g\n", least, limits.most, factor);
-    Move(factor);
+    done.mode = isTurbo ? LucyMode::kTurbo : LucyMode::kAccelerated;
+    done.least = isTurbo ? limits.least : 1.0;
+    done.most = limits.most;
+    done.factor = FindFactor(done.least, done.most);
+    Move(done.factor);
     if (job_.mode == LucyMode::kTurbo) {
         previousStep_.swap(step_);
         previousModelStep_.swap(modelStep_);
     }
+    return done;
 }
 
-void LucyEngine::RemoveNegatives()
+std::vector<LucyIteration::Negative> LucyEngine::RemoveNegatives()
 {
+    std::vector<LucyIteration::Negative> negatives;
     for (std::size_t i = 0; i < estimate_.size(); ++i) {
-        const bool isNegative = estimate_[i] < 0.0F;
-        if (isNegative) {
-            Print("Negative pixel (%d): %g\n", static_cast<int>(i), static_cast<double>(estimate_[i]));
+        if (estimate_[i] < 0.0F) {
+            negatives.push_back({i, estimate_[i]});
+            estimate_[i] = 0.0F;
+            step_[i] = 0.0F;
         }
-        estimate_[i] = isNegative ? 0.0F : estimate_[i];
-        step_[i] = isNegative ? 0.0F : step_[i];
     }
+    return negatives;
 }
 
 /// The multiple of the step of greatest likelihood, by Newton's rule, within limits.
@@ -265,9 +265,9 @@ Restored RestoreLucy(float* data, const LucyJob& job, CStlImage* owner, int plan
     try {
         RestoreProgress progress(owner);
         LucyEngine engine(data, job, progress, plane);
-        engine.Run();
+        const Restored end = engine.Run();
         engine.Write(data);
-        return Restored::kDone;
+        return end;
     } catch (const std::bad_alloc&) {
         return Restored::kNoMemory;
     } catch (const RestorationCancelled&) {

@@ -1,16 +1,10 @@
 #pragma once
 
 #include "corvane/core/stl_image.h"
+#include "corvane/restore/restore_event.h"
 #include "corvane/restore/restore_progress.h"
 
 namespace corvane {
-
-/// How an estimate is moved along.
-enum class LucyMode {
-    kPlain = 0,       ///< by the correction factor
-    kAccelerated = 1, ///< by a multiple of its step, found by a line search
-    kTurbo = 2,       ///< by a multiple of a direction that the previous step is combined into
-};
 
 /// What a plane is restored with.
 struct LucyJob {
@@ -26,7 +20,7 @@ struct LucyJob {
     double target = 1.0;            ///< reduced chi-square at which it ends
     double threshold = 5.0;         ///< so many sigmas below 0 a sample is left out; 0 or less: none is
     LucyMode mode = LucyMode::kTurbo;
-    RestoreDetail detail{};
+    RestoreSink sink{};
 };
 
 /// Restores a plane by the iteration of Richardson and Lucy for photon and read-out noise, in place.
@@ -37,7 +31,7 @@ struct LucyJob {
 /// second iteration on the direction is made conjugate to the one before; see `DirectionShare`.
 ///
 /// The plane, of 1 x 1 or more, is restored on a grid that holds the function too. On cancellation, or without memory,
-/// it stays as it is. `plane` is its number, from 1 on, or 0 for the only one.
+/// it stays as it is; a chi-square that is not a number ends the work with what there is. `plane` is its number, from 1 on, or 0 for the only one.
 CORVANE_VISIBLE Restored RestoreLucy(float* data, const LucyJob& job, CStlImage* owner, int plane);
 
 } // namespace corvane

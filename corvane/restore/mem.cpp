@@ -22,14 +22,14 @@ int CImgMem::Do(double sigma, double noiseSigma, int iterations, CRect* rect, in
     try {
         const Restored end = Restore(sigma, noiseSigma, iterations, rect, showProgress, false, {});
         TellFailure(end, IDS_MEM_NO_MEMORY, IDS_MEM_CANCELLED);
-        return end == Restored::kDone ? 1 : 0;
+        return HasStopped(end) ? 0 : 1;
     } catch (const std::bad_alloc&) {
         return 0;
     }
 }
 
 Restored CImgMem::Restore(double sigma, double noiseSigma, int iterations, const CRect* rect, int showProgress,
-                          bool isOnGrid, const RestoreDetail& detail)
+                          bool isOnGrid, const RestoreSink& sink)
 {
     Region region(*this, rect);
     const int size = isOnGrid ? kPsfSizeOnGrid : kPsfSize;
@@ -41,17 +41,12 @@ Restored CImgMem::Restore(double sigma, double noiseSigma, int iterations, const
                      .psfHeight = size,
                      .variance = noiseSigma * noiseSigma,
                      .iterations = iterations,
-                     .detail = detail};
-    for (int p = 0; p < region.Planes(); ++p) {
-        const int number = region.Planes() == 1 ? 0 : p + 1;
-        CStlImage* const owner = showProgress != 0 ? this : nullptr;
-        const Restored end = EndOfStatus(RestoreByEntropy(region.Plane(p), job, owner, number));
-        if (end != Restored::kDone) {
-            return end;
-        }
-    }
-    region.Write(*this);
-    return Restored::kDone;
+                     .sink = sink};
+    CStlImage* const owner = showProgress != 0 ? this : nullptr;
+    return RestorePlanes(region, *this, [&](float* plane, int number) {
+        const int status = RestoreByEntropy(plane, job, owner, number);
+        return status == kMemNothingToFit ? Restored::kNotANumber : EndOfStatus(status);
+    });
 }
 
 float* CImgMem::MakeGauss(double sigma, int width, int height)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "corvane/core/stl_image.h"
+#include "corvane/restore/restore_event.h"
 #include "corvane/restore/restore_progress.h"
 
 /// Restoration of blurred images by maximum entropy, in place, for a Gaussian point-spread function and even noise; see
@@ -32,7 +33,7 @@ public:
     /// function of 64 x 64 has its centre on a sample, and nothing is displaced. Throws CMemoryException for a region
     /// that does not fit the memory budget.
     corvane::Restored Restore(double sigma, double noiseSigma, int iterations, const CRect* rect, int showProgress,
-                              bool isOnGrid, const corvane::RestoreDetail& detail);
+                              bool isOnGrid, const corvane::RestoreSink& sink);
 
 private:
     static float* MakeGauss(double sigma, int width, int height);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <new>
 #include <vector>
@@ -56,7 +55,9 @@ private:
     double Search(double multiplier);
     void Move(double amount);
     bool IsDone() const;
-    void Report(int iteration, const SubspaceStep& step, double amount) const;
+    RestoreState State(int iteration) const { return {plane_, iteration, job_.iterations, chi_ / target_}; }
+    MemStart Beginning() const;
+    MemIteration Summary(int iteration, const SubspaceStep& step, double amount) const;
     RestoreStage Stage(double from, double to) { return {progress_, from, to}; }
 
     const MemJob& job_;
@@ -113,9 +114,12 @@ MemEngine::MemEngine(const float* data, const MemJob& job, double scale, Restore
 int MemEngine::Run()
 {
     Start();
+    if (job_.sink) {
+        job_.sink(Beginning());
+    }
     for (int n = 0; n < job_.iterations;) {
         ++n;
-        progress_.OpenIteration(IDS_MEM, IDS_MEM_PLANE, plane_, n, job_.detail, chi_ / target_);
+        progress_.OpenIteration(IDS_MEM, IDS_MEM_PLANE, plane_, n);
         FindSlopes();
         if (!std::isfinite(chi_)) {
             return kMemNothingToFit;
@@ -138,8 +142,8 @@ void MemEngine::Advance(int iteration)
     Join(step);
     const double amount = Search(step.multiplier);
     Move(amount);
-    if (job_.detail.diagnostics != nullptr) {
-        Report(iteration, step, amount);
+    if (job_.sink) {
+        job_.sink(Summary(iteration, step, amount));
     }
 }
 
@@ -294,8 +298,18 @@ bool MemEngine::IsDone() const
     return isEven || (std::fabs(chi_ - target_) <= kTolerance * target_ && unlikeness_ <= kParallel);
 }
 
-/// Prints what an iteration came to, chi-square as it was before the step.
-void MemEngine::Report(int iteration, const SubspaceStep& step, double amount) const
+MemStart MemEngine::Beginning() const
+{
+    constexpr int kOtherArrays = 4;
+    return {.state = State(0),
+            .dimension = grid_.Size(),
+            .data = static_cast<std::size_t>(job_.width) * static_cast<std::size_t>(job_.height),
+            .unknowns = grid_.Size(),
+            .arrays = kOtherArrays + static_cast<int>(directions_.size() + blurred_.size()),
+            .factor = scale_};
+}
+
+MemIteration MemEngine::Summary(int iteration, const SubspaceStep& step, double amount) const
 {
     const auto [entropy, squares] =
         SumOver<2>(image_.size(), [f = image_.data(), d = directions_[0].data()](std::size_t i, double* term) {
@@ -304,17 +318,18 @@ void MemEngine::Report(int iteration, const SubspaceStep& step, double amount) c
         });
     const auto [least, most] = std::minmax_element(directions_[0].begin(), directions_[0].end());
     const double rawStep = amount / scale_;
-    std::fprintf(job_.detail.diagnostics,
-                 "\nmain iter %20d     g function %20.12e\n"
-                 "sub  iter %20.1f     a value    %20.12e\n"
-                 "sdir iuch %20d     a limit    %20.12e\n"
-                 "rms step  %20.12f     low limit  %20.12e\n"
-                 "max step  %20.12e     lagpar     %20.12e\n"
-                 "rms res   %20.12e     nsd        %20.12e\n",
-                 iteration, step.multiplier * entropy - chi_, static_cast<double>(subIterations_), amount,
-                 step.directions, kMostAmount, std::sqrt(squares / static_cast<double>(image_.size())) * rawStep,
-                 kLeastAmount, static_cast<double>(std::max(*most, -*least)) * rawStep, step.multiplier,
-                 std::sqrt(chi_ / target_ * job_.variance), (chi_ - target_) / std::sqrt(2.0 * target_));
+    return {.state = State(iteration),
+            .objective = step.multiplier * entropy - chi_,
+            .subIterations = subIterations_,
+            .amount = amount,
+            .leastAmount = kLeastAmount,
+            .mostAmount = kMostAmount,
+            .directions = step.directions,
+            .rmsStep = std::sqrt(squares / static_cast<double>(image_.size())) * rawStep,
+            .mostStep = static_cast<double>(std::max(*most, -*least)) * rawStep,
+            .multiplier = step.multiplier,
+            .rmsResidual = std::sqrt(chi_ / target_ * job_.variance),
+            .deviations = (chi_ - target_) / std::sqrt(2.0 * target_)};
 }
 
 void MemEngine::Write(float* result) const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "corvane/core/stl_image.h"
+#include "corvane/restore/restore_event.h"
 #include "corvane/restore/restore_progress.h"
 
 namespace corvane {
@@ -14,7 +15,7 @@ struct MemJob {
     int psfHeight = 0;
     double variance = 1.0; ///< of the noise [raw units squared]
     int iterations = 0;    ///< at most
-    RestoreDetail detail{};
+    RestoreSink sink{};
 };
 
 /// @name What the engine returns, a digit each

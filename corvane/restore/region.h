@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "corvane/core/stl_image.h"
+#include "corvane/restore/restore_progress.h"
 
 namespace corvane {
 
@@ -46,5 +47,22 @@ private:
     Area area_;
     std::vector<std::vector<float>> planes_;
 };
+
+/// Restores each plane of a region by restore(samples, number), where planes count from 1 on and the only one is 0, and
+/// writes them into the image when none of them has stopped. Returns kDone, or how the others ended.
+template <class Restore>
+Restored RestorePlanes(Region& region, CStlImage& image, Restore restore)
+{
+    Restored result = Restored::kDone;
+    for (int p = 0; p < region.Planes(); ++p) {
+        const Restored end = restore(region.Plane(p), region.Planes() == 1 ? 0 : p + 1);
+        if (HasStopped(end)) {
+            return end;
+        }
+        result = end == Restored::kDone ? result : end;
+    }
+    region.Write(image);
+    return result;
+}
 
 } // namespace corvane

@@ -1,7 +1,5 @@
 #include "corvane/restore/restore_progress.h"
 
-#include <cmath>
-
 #include "corvane/platform/application.h"
 #include "corvane/platform/cstring.h"
 
@@ -9,7 +7,7 @@ namespace corvane {
 
 void TellFailure(Restored end, int noMemoryId, int cancelledId)
 {
-    if (end == Restored::kDone) {
+    if (!HasStopped(end)) {
         return;
     }
     const bool isCancelled = end == Restored::kCancelled;
@@ -38,18 +36,12 @@ void RestoreProgress::Open(int id, int first, int second)
     isOpen_ = true;
 }
 
-void RestoreProgress::OpenIteration(int id, int planeId, int plane, int iteration, const RestoreDetail& detail,
-                                    double chiSquare)
+void RestoreProgress::OpenIteration(int id, int planeId, int plane, int iteration)
 {
     if (plane == 0) {
         Open(id, iteration);
     } else {
         Open(planeId, plane, iteration);
-    }
-    if (detail.showsChiSquare && isOpen_ && !std::isnan(chiSquare)) {
-        CString text;
-        text.Format("Iteration %d, chi-square %.4g", iteration, chiSquare);
-        owner_->ShowProgressMsg(text);
     }
     Reach(0.0);
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdio>
-
 #include "corvane/core/stl_image.h"
 
 namespace corvane {
@@ -14,13 +12,14 @@ enum class Restored {
     kDone = 0,
     kNoMemory = 1,
     kCancelled = 2,
+    kNotANumber = 3, ///< the fit came to none: no failure, but nothing to show either
 };
 
-/// What a restoration tells besides its percentages.
-struct RestoreDetail {
-    std::FILE* diagnostics = nullptr; ///< gets lines about each iteration; null: nobody
-    bool showsChiSquare = false;      ///< follow the text of each iteration with one that has the reduced chi-square
-};
+/// True when a restoration stopped, and the image stays as it is.
+inline bool HasStopped(Restored end)
+{
+    return end == Restored::kNoMemory || end == Restored::kCancelled;
+}
 
 /// Tells the user in a message box why a restoration did not finish; nothing when it did.
 void TellFailure(Restored end, int noMemoryId, int cancelledId);
@@ -37,8 +36,8 @@ public:
     /// Opens the channel again, with the text of an id into which the numbers go.
     void Open(int id, int first = 0, int second = 0);
     /// Opens it for an iteration; `id` has a place for its number, `planeId` for the plane's before it. Plane 0 is the
-    /// only one. The chi-square that the last iteration left follows if that is wished and known, not NaN.
-    void OpenIteration(int id, int planeId, int plane, int iteration, const RestoreDetail& detail, double chiSquare);
+    /// only one.
+    void OpenIteration(int id, int planeId, int plane, int iteration);
     /// Shows so many percent. Throws RestorationCancelled when ESC was pressed.
     void Reach(double percent);
 

@@ -125,6 +125,10 @@ TEST(Restoration, RefusesWhatItWouldSpoil)
     Write(Field(96, 96, 7.0), blank.image);
     EXPECT_EQ(ErrorOf("lucy", blank), "lucy: fwhm = auto: there is no star to measure; give sigma or fwhm");
     EXPECT_EQ(ErrorOf("maxent:sigma=2", blank), "maxent: the image shows no noise to measure; give noise");
+    EXPECT_TRUE(ErrorOf("maxent:sigma=2,noise=1e-30", blank).starts_with("maxent: chi-square is not a number"));
+    Write(Field(96, 96, 1e38), odd.image);
+    EXPECT_TRUE(ErrorOf("lucy:sigma=2,rect=0:0:9:7", odd).starts_with("lucy: chi-square is not a number"));
+    Write(Field(96, 96, 100.0), odd.image);
     blank.image.SetBlank(7);
     blank.image.SetBlankUsed(1);
     for (const std::string step : {"lucy", "maxent", "wiener"}) {
@@ -136,7 +140,7 @@ TEST(Restoration, RefusesWhatItWouldSpoil)
     }
 }
 
-TEST(Restoration, ShowsChiSquareAndStopsForEscWithoutAMessageBox)
+TEST(Restoration, TellsItsIterationsAndStopsForEscWithoutAMessageBox)
 {
     bool isTold = false;
     platform::SetMessageBoxHandler([&](const char*, UINT) { return (isTold = true) ? 1 : 0; });
@@ -146,11 +150,15 @@ TEST(Restoration, ShowsChiSquareAndStopsForEscWithoutAMessageBox)
         io::Frame frame = MakeFrame();
         frame.image.SetProgressHandle(window.Handle());
         io::Frame other = frame;
-        catalogue::Run(ParseStep(step), frame, {});
-        const std::vector<std::string> messages = window.Take();
-        EXPECT_TRUE(std::any_of(messages.begin(), messages.end(), [](const std::string& message) {
-            return message.starts_with("4:Iteration 3, chi-square ");
-        })) << step;
+        RestoreState last;
+        catalogue::Run(ParseStep(step), frame,
+                       {.restoring = [&](const RestoreEvent& event) { last = StateOf(event); }});
+        EXPECT_EQ(last.iteration, 3) << step;
+        EXPECT_EQ(last.limit, 3) << step;
+        EXPECT_GT(last.chiSquare, 1.0) << step;
+        for (const std::string& message : window.Take()) {
+            EXPECT_NE(message[0], '4') << message; // no texts but those of the channel
+        }
         PostMessageA(window.Handle(), WM_KEYDOWN, VK_ESCAPE, 0);
         EXPECT_THROW(catalogue::Run(ParseStep(step), other, {}), Cancelled) << step;
         EXPECT_TRUE(other.header.History().empty());

@@ -3,7 +3,7 @@ source "$(dirname "$0")/check.bash"
 
 check 0 '^corvane [0-9.]+$' --version
 check 0 'info .*render .*apply .*stack .*ops ' --help
-check 0 '^Calibrate, align.*corvane stack .*--method' stack --help
+check 0 '^Calibrate, align.*corvane stack .*The stack to write: \.fits, \.tif or \.png.*--method' stack --help
 check 0 '^invert .*auto-levels .*-100 to 100.*default 0\.2' ops
 check 0 'Also called to-gray' ops to-grey
 check 0 '"name": "auto-levels".*"default": "0.2"' ops --json

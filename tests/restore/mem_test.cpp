@@ -74,6 +74,19 @@ TEST(Mem, LeavesAFaintFieldItsFlux)
     }
 }
 
+TEST(Mem, ReportsWhatItDoes)
+{
+    CImgMem image(StarFrame(24, 18, 1));
+    std::string report;
+    image.Restore(kSigma, 1e-3, 1, nullptr, 0, false, [&](const RestoreEvent& event) { report += ReportOf(event); });
+    const std::string numbers = std::string(report).substr(0, report.find("factor"));
+    EXPECT_EQ(numbers, "array dimension                       4096\nnumber of data                         432\n"
+                       "number of unknowns                    4096\nnumber of work-arrays                   10\n");
+    EXPECT_NE(report.find("\nfactor to o(1)-scale    "), std::string::npos);
+    EXPECT_NE(report.find("\nmain iter                    1     g function "), std::string::npos) << report;
+    EXPECT_EQ(image.Restore(kSigma, 1e-30, 1, nullptr, 0, false, {}), Restored::kNotANumber);
+}
+
 TEST(Mem, ReadsAStatusDigitByDigit)
 {
     const Restored ends[] = {Restored::kDone, Restored::kNoMemory, Restored::kCancelled};
