@@ -65,7 +65,7 @@ void RunFlat(io::Frame& frame, Arguments& arguments, const Context& context)
         return;
     }
     DivideBesideGaps(frame.image, flat.image, context.showProgress);
-    context.Note(file + ": " + std::to_string(gaps) + " samples are undefined; so are those of the result there");
+    context.Note(file + ": undefined samples: " + std::to_string(gaps) + "; the result is undefined there");
 }
 
 Parameter FileParameter(const std::string& summary)

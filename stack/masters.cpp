@@ -31,7 +31,7 @@ public:
 
     /// Brings every frame to the mean of the first one.
     void LevelToFirst(HWND progressWindow);
-    std::shared_ptr<CStlImage> Combine(const char* text, HWND progressWindow);
+    std::shared_ptr<CStlImage> Combine(Coverage coverage, const char* text, HWND progressWindow);
 
 private:
     void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
@@ -99,7 +99,7 @@ void MasterSource::LevelToFirst(HWND progressWindow)
     }
 }
 
-std::shared_ptr<CStlImage> MasterSource::Combine(const char* text, HWND progressWindow)
+std::shared_ptr<CStlImage> MasterSource::Combine(Coverage coverage, const char* text, HWND progressWindow)
 {
     const io::FrameInfo& info = set_.Info(0);
     auto master = std::make_shared<CStlImage>(-32, info.width, info.height, info.planes, 1.0, 0.0, 1);
@@ -107,7 +107,12 @@ std::shared_ptr<CStlImage> MasterSource::Combine(const char* text, HWND progress
     for (int i = 0; i < set_.Count(); ++i) {
         placements.push_back({Alignment(), frames_.Blank(i)});
     }
-    const CombineJob job{CombineMethod::kMedian, CommonBlank(set_), BandMemory(set_), progressWindow, text};
+    const CombineJob job{.method = CombineMethod::kMedian,
+                         .blank = CommonBlank(set_),
+                         .memory = BandMemory(set_),
+                         .progressWindow = progressWindow,
+                         .text = text,
+                         .coverage = coverage};
     CombineFrames(
         placements,
         [this](int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) {
@@ -137,7 +142,7 @@ std::shared_ptr<const CStlImage> MakePlain(FrameSet& frames, const std::string& 
         return nullptr;
     }
     const std::string text = "Combining " + kind + (kind == "bias" ? " frames..." : "s...");
-    const auto master = MasterSource(frames, Masters()).Combine(text.c_str(), progressWindow);
+    const auto master = MasterSource(frames, Masters()).Combine(Coverage::kAll, text.c_str(), progressWindow);
     RequireSamples(*master, frames, kind);
     return master;
 }
@@ -151,7 +156,7 @@ void MakeFlat(FrameSet& flats, std::shared_ptr<const CStlImage> dark, HWND progr
     if (flats.Count() > 1) {
         source.LevelToFirst(progressWindow);
     }
-    const std::shared_ptr<CStlImage> flat = source.Combine("Combining flats...", progressWindow);
+    const std::shared_ptr<CStlImage> flat = source.Combine(Coverage::kAny, "Combining flats...", progressWindow);
     RequireSamples(*flat, flats, "flat");
     masters.flatGaps = MarkGaps(*flat);
     masters.flatMean = masters.flatGaps == 0 ? flat->GetAvrGrayRaw(0) : MeanBesideGaps(*flat, 0);

@@ -54,8 +54,8 @@ PreparedLights::PreparedLights(const Options& options, Registration& result, Sto
     if (masters.flatGaps > 0) {
         const std::size_t more = options_.flats.size() - 1;
         result_.notes.push_back(options_.flats.front() + (more > 0 ? " and " + std::to_string(more) + " more" : "") +
-                                ": " + std::to_string(masters.flatGaps) +
-                                " samples are undefined; so are those of each light there");
+                                ": undefined samples: " + std::to_string(masters.flatGaps) +
+                                "; each light is undefined there");
     }
     calibrated_.emplace(plan_.lights, masters, options_.pedestal, DarkScales(plan_));
     if (options_.cosmetic) {

@@ -246,7 +246,7 @@ TEST_F(RunWithFiles, LeavesUndefinedSamplesOutOfTheFlat)
             EXPECT_EQ(std::isnan(v), isHole) << hole << ' ' << i;
             EXPECT_TRUE(isHole || i == 0 || std::fabs(v - 180.0 / 14.0) < 1e-5) << v;
         }
-        EXPECT_EQ(notes, Path("flat.fits") + ": 2 samples are undefined; so are those of the result there");
+        EXPECT_EQ(notes, Path("flat.fits") + ": undefined samples: 2; the result is undefined there");
     }
 }
 

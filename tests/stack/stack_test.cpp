@@ -114,7 +114,9 @@ TEST_F(RunTest, LeavesUndefinedSamplesOutOfTheFlat)
             EXPECT_TRUE(isHole(x, y) || std::fabs(v - Ramp(x, y, 0) * 100.0 / truth(x, y)) < 1e-3) << hole << v;
         }
         ASSERT_FALSE(result.notes.empty());
-        EXPECT_PRED2(Holds, result.notes[0], "flat.fits: 4 samples are undefined");
+        EXPECT_PRED2(Holds, result.notes[0], "flat.fits: undefined samples: 4; each light");
+        options.flats.push_back(SaveRamp("whole.fits"));
+        EXPECT_EQ(stack::Run(options).notes.empty(), std::isnan(hole)) << "another flat tells; an infinity counts";
     }
 }
 
