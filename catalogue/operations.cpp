@@ -13,7 +13,7 @@ std::vector<Operation> Gather()
     std::vector<Operation> all;
     for (const auto group : {ToneOperations, AdjustOperations, CalibrationOperations, MeasureOperations,
                              ColourOperations, ColourMosaicOperations, SmoothOperations, SharpenOperations,
-                             RestoreOperations, DevelopOperations, GeometryOperations}) {
+                             RestoreOperations, DevelopOperations, GeometryOperations, DrawOperations}) {
         std::vector<Operation> operations = group();
         std::move(operations.begin(), operations.end(), std::back_inserter(all));
     }

@@ -27,6 +27,7 @@ std::vector<Operation> SharpenOperations();
 std::vector<Operation> RestoreOperations();
 std::vector<Operation> DevelopOperations();
 std::vector<Operation> GeometryOperations();
+std::vector<Operation> DrawOperations();
 /// @}
 
 } // namespace corvane::catalogue

@@ -99,6 +99,15 @@ std::string ParseChoice(const Parameter& parameter, std::string_view text)
     return std::string(text);
 }
 
+// Only these survive in a header, from which steps are read again.
+std::string ParseLine(const Parameter& parameter, std::string_view text)
+{
+    if (!std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; })) {
+        Refuse(parameter, text, "must be " + AllowedText(parameter));
+    }
+    return std::string(text);
+}
+
 Points ParseCurve(const Parameter& parameter, std::string_view text)
 {
     Points points;
@@ -164,6 +173,8 @@ Value ParseValue(const Parameter& parameter, std::string_view text)
         return ParseChoice(parameter, text);
     case Kind::Flag:
         return ParseFlag(parameter, text);
+    case Kind::Text:
+        return ParseLine(parameter, text);
     case Kind::Curve:
         return ParseCurve(parameter, text);
     case Kind::Rectangle:
@@ -218,6 +229,8 @@ std::string AllowedText(const Parameter& parameter)
         return Joined(parameter.choices);
     case Kind::Flag:
         return "yes or no";
+    case Kind::Text:
+        return "printable ASCII characters";
     case Kind::Curve:
         return std::string(kCurveForm) + ", points from 0:0 to 1:1";
     case Kind::Rectangle:

@@ -18,6 +18,7 @@ enum class Kind {
     Whole,     ///< a whole number, held as int
     Choice,    ///< one of a few words, held as text
     Flag,      ///< yes or no, held as bool
+    Text,      ///< printable ASCII characters, held as text
     File,      ///< the name of an image that is read, held as text
     CurveFile, ///< the name of a text file with a curve, held as text; see `ReadPoints`
     Curve,     ///< x:y/x:y/... with at least two points within 0 and 1, x rising

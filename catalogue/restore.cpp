@@ -25,7 +25,7 @@ void Tell(const Context& context, const char* what, double value, const char* un
 {
     if (context.tell) {
         char line[100];
-        std::snprintf(line, sizeof line, "%s %.4g %s\n", what, value, unit);
+        std::snprintf(line, sizeof line, "%s %.4g %s", what, value, unit);
         context.tell(line);
     }
 }

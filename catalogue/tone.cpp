@@ -1,7 +1,9 @@
+#include <algorithm>
 #include <string>
 
 #include "catalogue/error.h"
 #include "catalogue/operations.h"
+#include "catalogue/plane.h"
 #include "corvane/tone/auto_level.h"
 #include "corvane/tone/invert.h"
 
@@ -43,21 +45,12 @@ void CheckLevels(const Arguments& arguments)
     }
 }
 
-void CheckPlane(int plane, int planes)
-{
-    if (plane >= planes) {
-        throw Error("plane = " + std::to_string(plane) + ": must be 0, since the image has 1 plane");
-    }
-}
-
 void RunLevels(io::Frame& frame, Arguments& arguments, const Context&)
 {
     CStlImage& image = frame.image;
-    const bool isOne = arguments.Has("plane");
-    const int first = isOne ? arguments.Whole("plane") : 0;
-    const int last = isOne ? first : image.GetPlanes() - 1;
-    CheckPlane(last, image.GetPlanes());
-    for (int plane = first; plane <= last; ++plane) {
+    const int given = GivenPlane(arguments, image);
+    const int last = given == -1 ? image.GetPlanes() - 1 : given;
+    for (int plane = std::max(given, 0); plane <= last; ++plane) {
         image.SetLevel(plane, arguments.Number("min"), arguments.Number("max"));
     }
     image.SetOwnLevel(1);
@@ -138,12 +131,7 @@ Operation Levels()
             .help = "The levels say which samples show black and white. No sample changes.",
             .parameters = {{.name = "min", .summary = "the sample that shows black", .unit = "counts"},
                            {.name = "max", .summary = "the sample that shows white", .unit = "counts"},
-                           {.name = "plane",
-                            .kind = Kind::Whole,
-                            .summary = "the plane to set: 0 red or the only one, 1 green, 2 blue",
-                            .min = 0.0,
-                            .max = 2.0,
-                            .whenAbsent = "every plane"}},
+                           PlaneParameter("the plane to set")},
             .check = CheckLevels,
             .run = RunLevels};
 }

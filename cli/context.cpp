@@ -34,7 +34,7 @@ catalogue::Context ContextOf(const Session& session)
         bar.Show(Words(state), static_cast<int>(100.0 * state.iteration / state.limit));
     };
     if (session.verbose) {
-        context.tell = [&bar](const std::string& line) { bar.Print(line); };
+        context.tell = [&bar](const std::string& line) { bar.Print(line + "\n"); };
     }
     if (!session.quiet) {
         context.note = [&bar](const std::string& text) { bar.Print("note: " + text + "\n"); };

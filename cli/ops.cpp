@@ -82,6 +82,8 @@ const char* KindText(Kind kind)
         return "choice";
     case Kind::Flag:
         return "flag";
+    case Kind::Text:
+        return "text";
     case Kind::File:
     case Kind::CurveFile:
         return "file";

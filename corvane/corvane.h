@@ -23,6 +23,8 @@
 #include "corvane/core/progress_message.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/vm_image.h"
+#include "corvane/draw/draw_line.h"
+#include "corvane/draw/draw_text.h"
 #include "corvane/filter/fill.h"
 #include "corvane/filter/filter.h"
 #include "corvane/geometry/crop.h"

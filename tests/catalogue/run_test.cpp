@@ -97,6 +97,10 @@ TEST(Run, ChangesTheSamplesThatItShould)
         {"debayer:pattern=RGGB,method=bilinear", 1, 1, 5.5F, 18.5F},
         {"debayer:pattern=GBRG", 1, 1, 0.0F, 24.0F},
         {"fill", 1, 0, 0.0F, 24.0F},
+        {"draw-line:x1=-9,y1=0,x2=9,y2=0,thickness=0.5,value=10,units=raw", 3, 1, 55.0F, 124.0F},
+        {"draw-line:x1=4,y1=0,x2=4,y2=9,value=1000,units=raw,plane=2", 3, 2, 200.0F, 1000.0F},
+        {"draw-line:x1=4,y1=0,x2=4,y2=9,value=1000,units=raw,plane=1", 3, 2, 200.0F, 224.0F},
+        {"draw-text:text=/,, =,x=0,y=0,value=7,units=raw,align=right", 1, 0, 0.0F, 24.0F},
     };
     for (const Samples& c : cases) {
         Expect(c, 0);
@@ -121,6 +125,7 @@ TEST_F(RunWithFiles, ChangesWhatTheLevelsOfTheFrameShow)
         {"curve:entries=5,file=" + curve, 3, 1, 118.734375F, 118.734375F},
         {"reduce-tone:levels=5", 3, 1, 51.0F, 102.0F},
         {"false-color", 1, 1, 0.0F, 96.0F},
+        {"draw-line:x1=0,y1=0,x2=0,y2=9", 1, 0, 255.0F, 24.0F},
         {"false-color:map=3,low=60,high=0", 1, 1, 255.0F, 204.0F},
     };
     for (const Samples& c : cases) { // black is 0 and white is 255
@@ -250,6 +255,20 @@ TEST_F(RunWithFiles, LeavesUndefinedSamplesOutOfTheFlat)
     }
 }
 
+// L rises from its foot to the top of the screen: towards the last row, unless the header says otherwise.
+TEST(Run, WritesTextToBeReadOnTheScreen)
+{
+    for (const bool isTopDown : {false, true}) {
+        io::Frame frame = MakeFrame(1, 20);
+        if (isTopDown) {
+            frame.header.Set("ROWORDER", "TOP-DOWN");
+        }
+        catalogue::Run(ParseStep("draw-text:text=L,x=2,y=1,height=2,value=999,units=raw,thickness=1"), frame, {});
+        EXPECT_EQ(frame.image.GetPixelGrayRaw(2, 0, 0) > 500.0F, isTopDown);
+        EXPECT_EQ(frame.image.GetPixelGrayRaw(2, 2, 0) > 500.0F, !isTopDown);
+    }
+}
+
 TEST(Run, DebayersByTheHeaderAndTakesItsCardsAway)
 {
     io::Frame frame = MakeFrame(1);
@@ -276,6 +295,7 @@ TEST_F(RunWithFiles, RefusesWhatDoesNotFitTheFrame)
         {"invert:rect=0:0:6:3", 1, "invert: rect = 0:0:6:3: must lie within the image, 0:0:5:3"},
         {"auto-levels:rect=0:0:5:4", 1, "auto-levels: rect = 0:0:5:4: must lie within the image, 0:0:5:3"},
         {"levels:min=0,max=1,plane=1", 1, "levels: plane = 1: must be 0, since the image has 1 plane"},
+        {"draw-text:text=a,x=0,y=0,plane=2", 1, "draw-text: plane = 2: must be 0, since the image has 1 plane"},
         {"curve:blue=0:0/1:1", 1, "curve: red, green and blue take a colour image of 3 planes; this one has 1"},
         {"false-color:low=7,high=7", 1, "false-color: low = 7, high = 7: they must differ"},
         {"false-color", 3, "false-color: takes an image of 1 plane; this one has 3"},

@@ -60,6 +60,9 @@ TEST(Step, RefusesWhatIsWrongByNameValueAndRange)
         {"wiener:sigma=9.1", "wiener: sigma = 9.1: must be 0.3 to 9"},
         {"maxent:fwhm=wide", "maxent: fwhm = wide: is not a number"},
         {"maxent:sigma=1,fwhm=auto", "maxent: sigma and fwhm say the same; give one of them"},
+        {"draw-text:text=\xC3\xA9,x=1,y=1", "draw-text: text = \xC3\xA9: must be printable ASCII characters"},
+        {"draw-text:text=,x=1,y=1", "draw-text: text has no value; it must be printable ASCII characters"},
+        {"draw-line:x1=0,y1=0,x2=1,y2=1,thickness=0", "draw-line: thickness = 0: must be 0.1 to 10000"},
         {"hot-pixels:hot=no,cool=no", "hot-pixels: hot = no, cool = no: one of them must be yes, or no pixel would "
                                       "change"},
     };
@@ -77,6 +80,7 @@ TEST(Step, WritesItselfSoThatItCanBeReadAgain)
         {"levels:max=1e20,min=-1e-7", "levels:min=-1e-07,max=1e+20"},
         {"auto-levels:per-plane=on,high=2,low=0.1", "auto-levels:low=0.1,high=2,per-plane=yes"},
         {"dark:file=a,,b:c=d.fits", "dark:file=a,,b:c=d.fits"},
+        {"draw-text:y=2,x=1,text= M31,, NGC 224 = a&b:c", "draw-text:text= M31,, NGC 224 = a&b:c,x=1,y=2"},
         {"curves:red=0:1/1:0,points=+0.0:.25/1:1e-3", "curve:points=0:0.25/1:0.001,red=0:1/1:0"},
     };
     for (const auto& [text, canonical] : cases) {

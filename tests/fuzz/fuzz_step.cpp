@@ -26,8 +26,11 @@ std::string Example(const catalogue::Parameter& parameter)
     using catalogue::Kind;
     const auto number =
         std::to_string(parameter.min < 2.0 && parameter.max > 2.0 ? 2 : static_cast<int>(parameter.min));
-    std::map<Kind, std::string> examples{
-        {Kind::Number, number}, {Kind::Whole, number}, {Kind::Flag, "yes"}, {Kind::Rectangle, "2:3:9:8"}};
+    std::map<Kind, std::string> examples{{Kind::Number, number},
+                                         {Kind::Whole, number},
+                                         {Kind::Flag, "yes"},
+                                         {Kind::Text, "M31,,"},
+                                         {Kind::Rectangle, "2:3:9:8"}};
     return parameter.kind == Kind::Choice ? parameter.choices.front() : examples[parameter.kind];
 }
 

@@ -26,6 +26,7 @@ using Names = std::set<std::string>;
 constexpr const char* kCurveFile = "checksum-curve.txt";
 
 const std::map<Kind, Texts> kValues{{Kind::Flag, {"yes", "no"}},
+                                    {Kind::Text, {"Vega,, 8.3", "{g@&S}"}},
                                     {Kind::File, {"other", "other colour", "other undefined"}},
                                     {Kind::Curve, {"0:0.1/0.3:0.6/1:0.9", "0:1/0.7:0.2/1:0"}},
                                     {Kind::CurveFile, {kCurveFile}},
@@ -39,6 +40,8 @@ const std::map<std::string, double> kMost{{"width", 200.0}, {"height", 150.0}, {
 const Names kCombinations{"resize:width=57,height=140,method=cubic",
                           "rotate:angle=33.3,expand=yes",
                           "star-sharpen:shape=square5,rank=7.25,threshold=0.01",
+                          "draw-line:x1=3.3,y1=90.5,x2=88,y2=-4.25,thickness=2.6",
+                          "draw-text:text=Vega 8.3,x=50,y=40,height=13.5,angle=33.3,align=centre",
                           "false-color:low=3000.5,high=900,cycles=3",
                           "lucy:sigma=1.3,rect=9:11:74:60",
                           "maxent:sigma=1.3,noise=70,rect=9:11:74:60"};

@@ -1,0 +1,144 @@
+// Lines and text.
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "catalogue/display_levels.h"
+#include "catalogue/names.h"
+#include "catalogue/operations.h"
+#include "catalogue/plane.h"
+#include "corvane/draw/draw_line.h"
+#include "corvane/draw/draw_text.h"
+#include "io/metadata.h"
+
+namespace corvane::catalogue {
+namespace {
+
+constexpr double kMostPixels = 10000.0;
+constexpr double kPenOfHeight = 0.125; // what is easy to read
+constexpr const char* kSamples =
+    " Edges are smooth: a sample that is partly covered becomes a mean. Undefined samples are replaced where half of "
+    "them or more is covered. The display levels stay; for display values a frame that comes without them gets such as "
+    "suit its sky first. For a colour, draw on each plane with a value of its own.";
+
+const std::vector<std::string>& Alignments()
+{
+    static const std::vector<std::string> words{"left", "centre", "right"}; // in the order of CImgDrawText::Do
+    return words;
+}
+
+/// The pen that is asked for. The image gets display levels when it needs them.
+Pen MakePen(const Arguments& arguments, double thickness, CStlImage& image)
+{
+    const Pen pen{thickness, arguments.Number("value"), arguments.Text("units") == "raw" ? 1 : 0,
+                  GivenPlane(arguments, image)};
+    if (pen.raw == 0) {
+        GiveLevels(image, 1.0, 12.0);
+    }
+    return pen;
+}
+
+void RunDrawLine(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    const Pen pen = MakePen(arguments, arguments.Number("thickness"), frame.image);
+    CImgDrawLine result(frame.image);
+    result.Do(arguments.Number("x1"), arguments.Number("y1"), arguments.Number("x2"), arguments.Number("y2"), pen,
+              &frame.image, arguments.Rectangle("rect"), context.showProgress);
+    frame.image.Swap(&result);
+}
+
+void RunDrawText(io::Frame& frame, Arguments& arguments, const Context& context)
+{
+    const double height = arguments.Number("height");
+    const double thickness = arguments.Has("thickness") ? arguments.Number("thickness") : height * kPenOfHeight;
+    const Pen pen = MakePen(arguments, thickness, frame.image);
+    CImgDrawText result(frame.image);
+    result.Do(arguments.Text("text").c_str(), arguments.Number("x"), arguments.Number("y"),
+              io::IsBottomUp(frame.header) ? -height : height, arguments.Number("angle"),
+              PlaceOf(arguments.Text("align"), Alignments()), pen, &frame.image, arguments.Rectangle("rect"),
+              context.showProgress);
+    frame.image.Swap(&result);
+}
+
+Parameter Coordinate(const char* name, const char* summary)
+{
+    return {.name = name, .summary = summary, .unit = "pixels, 0 is the middle of the first"};
+}
+
+Parameter Thickness()
+{
+    return {.name = "thickness", .summary = "width of the pen", .unit = "pixels", .min = 0.1, .max = kMostPixels};
+}
+
+/// What every drawing takes, behind its own parameters.
+std::vector<Parameter> WithPen(std::vector<Parameter> parameters)
+{
+    parameters.push_back({.name = "value", .summary = "what covered samples become", .defaultValue = 255.0});
+    parameters.push_back({.name = "units",
+                          .kind = Kind::Choice,
+                          .summary = "the scale of value: display, black 0 and white 255; or raw, the sample itself",
+                          .choices = {"display", "raw"},
+                          .defaultValue = std::string("display")});
+    parameters.push_back(PlaneParameter("the plane to draw on"));
+    parameters.push_back(RectangleParameter());
+    return parameters;
+}
+
+Operation DrawLine()
+{
+    Parameter thickness = Thickness();
+    thickness.defaultValue = 1.0;
+    return {.name = "draw-line",
+            .summary = "draw a straight line",
+            .help =
+                std::string("The line has round ends; equal ends make a dot. What lies outside of the image is left "
+                            "out.") +
+                kSamples,
+            .parameters = WithPen({Coordinate("x1", "column of one end"), Coordinate("y1", "row of one end"),
+                                   Coordinate("x2", "column of the other end"),
+                                   Coordinate("y2", "row of the other end"), std::move(thickness)}),
+            .run = RunDrawLine};
+}
+
+Operation DrawText()
+{
+    Parameter thickness = Thickness();
+    thickness.whenAbsent = "an eighth of the height";
+    return {.name = "draw-text",
+            .summary = "write a line of text",
+            .help = std::string("The text reads upright on the screen, in whichever order the rows are. A comma within "
+                                "it is written twice. What lies outside of the image is left out.") +
+                    kSamples,
+            .parameters = WithPen({{.name = "text", .kind = Kind::Text, .summary = "what to write"},
+                                   Coordinate("x", "column of the point that the text is put at"),
+                                   Coordinate("y", "row of the line that the letters stand on"),
+                                   {.name = "height",
+                                    .summary = "height of capitals",
+                                    .unit = "pixels",
+                                    .min = 1.0,
+                                    .max = kMostPixels,
+                                    .defaultValue = 16.0},
+                                   {.name = "angle",
+                                    .summary = "turns the text about its point, clockwise",
+                                    .unit = "degrees",
+                                    .min = -360.0,
+                                    .max = 360.0,
+                                    .defaultValue = 0.0},
+                                   {.name = "align",
+                                    .kind = Kind::Choice,
+                                    .summary = "which part of the text is put at its point",
+                                    .choices = Alignments(),
+                                    .defaultValue = std::string("left")},
+                                   std::move(thickness)}),
+            .run = RunDrawText};
+}
+
+} // namespace
+
+std::vector<Operation> DrawOperations()
+{
+    return {DrawLine(), DrawText()};
+}
+
+} // namespace corvane::catalogue

@@ -1,0 +1,26 @@
+#include "catalogue/plane.h"
+
+#include "catalogue/error.h"
+
+namespace corvane::catalogue {
+
+Parameter PlaneParameter(const char* summary)
+{
+    return {.name = "plane",
+            .kind = Kind::Whole,
+            .summary = std::string(summary) + ": 0 red or the only one, 1 green, 2 blue",
+            .min = 0.0,
+            .max = 2.0,
+            .whenAbsent = "every plane"};
+}
+
+int GivenPlane(const Arguments& arguments, const CImage& image)
+{
+    const int plane = arguments.Has("plane") ? arguments.Whole("plane") : -1;
+    if (plane >= image.GetPlanes()) {
+        throw Error("plane = " + std::to_string(plane) + ": must be 0, since the image has 1 plane");
+    }
+    return plane;
+}
+
+} // namespace corvane::catalogue

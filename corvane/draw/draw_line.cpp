@@ -1,0 +1,11 @@
+#include "corvane/draw/draw_line.h"
+
+#include "corvane/draw/strokes.h"
+
+using namespace corvane;
+
+void CImgDrawLine::Do(double x0, double y0, double x1, double y1, const Pen& pen, CStlImage* source, CRect* rect,
+                      int showProgress)
+{
+    DrawStrokes(*this, *source, rect, showProgress, pen, [&] { return Segments{{x0, y0, x1, y1}}; });
+}
