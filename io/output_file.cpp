@@ -1,19 +1,16 @@
 #include "io/output_file.h"
 
 #include <cerrno>
-#include <random>
+#include <cstdio>
 #include <system_error>
 
-#include <unistd.h>
-
 #include "io/error.h"
+#include "io/temporary_file.h"
 
 namespace corvane::io {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
 
 std::string SystemText(int number)
 {
@@ -61,21 +58,14 @@ void CheckTarget(const std::string& path, const fs::path& target)
 OutputFile::OutputFile(const std::string& path) : path_(path), target_(FollowLinks(path))
 {
     CheckTarget(path_, target_);
-    std::random_device random;
-    do {
-        temporary_ = target_.parent_path() / (".corvane-" + std::to_string(random()) + ".tmp");
-        file_ = std::fopen(temporary_.c_str(), "w+bx");
-    } while (file_ == nullptr && errno == EEXIST);
-    if (file_ == nullptr) {
-        Fail("cannot be written");
+    try {
+        file_ = std::make_unique<TemporaryFile>(target_.parent_path());
+    } catch (const std::system_error& error) {
+        throw Error(path_, "cannot be written: " + error.code().message());
     }
-    std::setvbuf(file_, nullptr, _IOFBF, kBufferBytes);
 }
 
-OutputFile::~OutputFile()
-{
-    Discard();
-}
+OutputFile::~OutputFile() = default;
 
 void OutputFile::Check(const std::string& path)
 {
@@ -84,15 +74,15 @@ void OutputFile::Check(const std::string& path)
 
 void OutputFile::Write(const void* bytes, std::size_t count)
 {
-    if (std::fwrite(bytes, 1, count, file_) != count) {
+    if (std::fwrite(bytes, 1, count, file_->Get()) != count) {
         Fail("cannot be written");
     }
 }
 
 std::size_t OutputFile::Read(void* bytes, std::size_t count)
 {
-    const std::size_t got = std::fread(bytes, 1, count, file_);
-    if (std::ferror(file_) != 0) {
+    const std::size_t got = std::fread(bytes, 1, count, file_->Get());
+    if (std::ferror(file_->Get()) != 0) {
         Fail("cannot be read back");
     }
     return got;
@@ -100,48 +90,25 @@ std::size_t OutputFile::Read(void* bytes, std::size_t count)
 
 std::uint64_t OutputFile::Seek(std::int64_t offset, int origin)
 {
-    if (fseeko(file_, offset, origin) != 0) {
+    if (fseeko(file_->Get(), offset, origin) != 0) {
         Fail("cannot be written");
     }
-    return static_cast<std::uint64_t>(ftello(file_));
+    return static_cast<std::uint64_t>(ftello(file_->Get()));
 }
 
 void OutputFile::Commit()
 {
-    if (std::fflush(file_) != 0 || fsync(fileno(file_)) != 0) {
-        Fail("cannot be written");
+    try {
+        file_->Rename(target_);
+    } catch (const std::system_error& error) {
+        throw Error(path_, "cannot be written: " + error.code().message());
     }
-    std::FILE* file = file_;
-    file_ = nullptr;
-    if (std::fclose(file) != 0) {
-        Fail("cannot be written");
-    }
-    std::error_code error;
-    const fs::file_status old = fs::status(target_, error);
-    if (fs::exists(old)) {
-        fs::permissions(temporary_, old.permissions(), error);
-    }
-    fs::rename(temporary_, target_, error);
-    if (error) {
-        throw Error(path_, "cannot be put in place: " + error.message());
-    }
-    temporary_.clear();
+    file_.reset();
 }
 
 void OutputFile::Fail(const std::string& action) const
 {
     throw Error(path_, action + ": " + SystemText(errno));
-}
-
-void OutputFile::Discard()
-{
-    if (file_ != nullptr) {
-        std::fclose(file_);
-    }
-    if (!temporary_.empty()) {
-        std::error_code error;
-        fs::remove(temporary_, error);
-    }
 }
 
 } // namespace corvane::io

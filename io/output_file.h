@@ -1,18 +1,22 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <string>
 
 #include "corvane/platform/export.h"
 
 namespace corvane::io {
 
+class TemporaryFile;
+
 /// A file that appears whole or not at all.
 ///
-/// What is written goes to a temporary file in the same folder; `Commit` flushes it to the disk and gives it the
-/// name. Without `Commit` nothing remains of it, and a file that was there before stays as it was. A symbolic link
+/// What is written goes to a file without a name in the same folder; `Commit` flushes it to the disk and gives it the
+/// name. Without `Commit`, or when the process is killed, nothing remains of it, and a file that was there before stays
+/// as it was. Where the file system knows no nameless files, see `TemporaryFile`, one of a killed process remains until
+/// the next output to its folder. A symbolic link
 /// is followed: its target is replaced. An existing file keeps its permissions. Every member throws Error, naming the
 /// path as it was given.
 class CORVANE_VISIBLE OutputFile {
@@ -41,12 +45,10 @@ public:
 
 private:
     [[noreturn]] void Fail(const std::string& action) const;
-    void Discard();
 
     std::string path_;
     std::filesystem::path target_;
-    std::filesystem::path temporary_;
-    std::FILE* file_ = nullptr;
+    std::unique_ptr<TemporaryFile> file_; ///< none once it is in place
 };
 
 } // namespace corvane::io

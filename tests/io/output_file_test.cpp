@@ -1,5 +1,10 @@
 #include "io/output_file.h"
 
+#include <csignal>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include "tests/io/files.h"
 
 namespace {
@@ -43,6 +48,33 @@ TEST_F(Output, FollowsLinks)
         EXPECT_TRUE(fs::is_symlink(Path("link")));
         EXPECT_EQ(Read("elsewhere/target"), text);
     }
+}
+
+TEST_F(Output, LeavesNothingOfKilledProcesses)
+{
+    const pid_t killed = fork();
+    if (killed == 0) {
+        OutputFile(Path("b")).Write("text", 4);
+        OutputFile file(Path("b"));
+        file.Write("text", 4);
+        raise(SIGKILL);
+    }
+    waitpid(killed, nullptr, 0);
+    char host[65] = "";
+    gethostname(host, sizeof host - 1);
+    const auto name = [&](const std::string& on, pid_t process) {
+        return ".corvane-" + on + "-" + std::to_string(process) + "-1.tmp";
+    };
+    Write(name(host, killed), "stale");
+    Write(name(host, getpid()), "of a living process");
+    Write(name("elsewhere", killed), "of another machine");
+    for (const char* text : {"one", "two"}) {
+        OutputFile file(Path("a"));
+        file.Write(text, 3);
+        file.Commit();
+    }
+    EXPECT_FALSE(fs::exists(Path(name(host, killed))));
+    EXPECT_EQ(FileCount(), 3U) << "what others may still write stays";
 }
 
 TEST_F(Output, RefusesWhatIsNoFile)
