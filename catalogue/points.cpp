@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "io/error.h"
+#include "io/input_file.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -40,6 +41,7 @@ std::vector<double> ReadLine(const std::string& file, std::string line, int numb
 
 std::vector<std::vector<double>> ReadLines(const std::string& file)
 {
+    io::CheckOrdinaryFile(file);
     std::error_code error;
     const std::uintmax_t bytes = std::filesystem::file_size(file, error);
     std::ifstream stream(file);

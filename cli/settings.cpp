@@ -3,12 +3,15 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <string_view>
+#include <system_error>
 
 #include "corvane/platform/registry.h"
 #include "io/error.h"
+#include "io/input_file.h"
 
 namespace corvane::cli {
 namespace {
@@ -71,12 +74,16 @@ void ReadSettings()
     const char* const named = std::getenv("CORVANE_CONFIG");
     const bool mustExist = named != nullptr && *named != '\0';
     const std::string path = mustExist ? named : DefaultPath();
+    std::error_code error;
+    if (!mustExist && !std::filesystem::exists(path, error)) {
+        return;
+    }
+    io::CheckOrdinaryFile(path);
     std::ifstream stream(path);
-    if (stream) {
-        ReadSettings(stream, path);
-    } else if (mustExist) {
+    if (!stream) {
         throw io::Error(path, "the settings cannot be read");
     }
+    ReadSettings(stream, path);
 }
 
 void ReadSettings(std::istream& stream, const std::string& path)

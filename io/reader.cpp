@@ -1,37 +1,13 @@
 #include "io/reader.h"
 
-#include <filesystem>
-#include <system_error>
-
 #include "io/error.h"
 #include "io/formats/cards.h"
 #include "io/formats/formats.h"
 #include "io/formats/limits.h"
+#include "io/input_file.h"
 
 namespace corvane::io {
 namespace {
-
-bool Exists(const std::string& path)
-{
-    std::error_code error;
-    return std::filesystem::exists(path, error);
-}
-
-/// A path taken apart into the file and the HDU chosen in it.
-struct ChosenFile {
-    std::string file;
-    std::string choice;
-};
-
-ChosenFile SplitChoice(const std::string& path)
-{
-    const auto bracket = path.rfind('[');
-    if (bracket == path.npos || bracket + 2 >= path.size() || !path.ends_with(']') || Exists(path) ||
-        !Exists(path.substr(0, bracket))) {
-        return {path, ""};
-    }
-    return {path.substr(0, bracket), path.substr(bracket + 1, path.size() - bracket - 2)};
-}
 
 bool IsTiff(const std::string& start)
 {

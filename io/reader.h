@@ -42,7 +42,9 @@ struct FrameInfo {
 /// - A colour filter mosaic stays one plane of counts.
 /// - FITS and TIFF read bands from the file. PNG, raw and gzipped FITS frames are decoded as a whole at the first read;
 ///   decoded PNG and raw frames of all readers together take at most a quarter of the memory budget, the least recently
-///   used goes first and is decoded again when it is needed.
+///   used goes first and is decoded again when it is needed. A larger PNG is decoded row by row, in bands.
+/// - What a reader and the library that decodes for it take at once is no more than the memory budget; a file that asks
+///   for more is refused when it is opened, before that memory is taken.
 /// - A FITS or TIFF reader keeps its file open, one descriptor, from OpenFrame until it is closed or destroyed; a
 ///   closed one opens the file again when it is read. Members throw Error.
 /// Readers of one thread may be used next to those of another; one reader belongs to one thread at a time.

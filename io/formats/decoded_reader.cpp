@@ -28,8 +28,7 @@ public:
         const std::lock_guard lock(mutex_);
         bytes_ += Bytes(*samples);
         frames_.push_front({owner, std::move(samples)});
-        const std::uint64_t most = MemoryBudget() / 4;
-        while (bytes_ > most && frames_.size() > 1) {
+        while (bytes_ > DecodedReader::MostBytes() && frames_.size() > 1) {
             bytes_ -= Bytes(*frames_.back().samples);
             frames_.pop_back();
         }
@@ -71,6 +70,11 @@ DecodedFrames& Frames()
 DecodedReader::~DecodedReader()
 {
     Frames().Drop(this);
+}
+
+std::uint64_t DecodedReader::MostBytes()
+{
+    return MemoryBudget() / 4;
 }
 
 void DecodedReader::Close()

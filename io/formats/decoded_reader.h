@@ -13,11 +13,14 @@ using DecodedSamples = std::vector<std::uint16_t>;
 
 /// A reader of a format that cannot be read by bands: the frame is decoded as a whole.
 ///
-/// Decoded frames of all readers are kept while they take no more than a quarter of the memory budget together.
+/// Decoded frames of all readers are kept while they take no more than MostBytes together; the last one always is.
 class DecodedReader : public FrameReader {
 public:
     ~DecodedReader() override;
     void Close() override;
+
+    /// A quarter of the memory budget.
+    static std::uint64_t MostBytes();
 
 protected:
     explicit DecodedReader(FrameInfo info) : FrameReader(std::move(info)) {}

@@ -1,13 +1,18 @@
 #include "io/formats/limits.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <limits>
 #include <memory>
 #include <system_error>
 
+#include "corvane/core/memory_budget.h"
 #include "io/error.h"
+#include "io/input_file.h"
 
 namespace corvane::io {
 namespace {
@@ -22,33 +27,52 @@ std::string Whole(double value)
     return std::to_string(static_cast<long long>(value));
 }
 
+std::string SizeText(const Size& size)
+{
+    return Whole(size.width) + " x " + Whole(size.height);
+}
+
 } // namespace
 
 void CheckSize(const std::string& name, const std::string& path, const Size& size, double planes, int bits)
 {
-    const std::string text = Whole(size.width) + " x " + Whole(size.height);
     if (size.width < 1.0 || size.height < 1.0) {
-        throw Error(name, "holds no samples: its size is " + text);
+        throw Error(name, "holds no samples: its size is " + SizeText(size));
     }
     if (planes != 1.0 && planes != 3.0) {
         throw Error(name, "has " + Whole(planes) + " planes; frames of 1 or 3 planes are read");
     }
-    if (size.width > std::numeric_limits<int>::max() || size.height > std::numeric_limits<int>::max() ||
-        size.width * size.height * planes * bits / 8 > kMostExpansion * static_cast<double>(fs::file_size(path))) {
-        throw Error(name, "claims a size of " + text + " samples, more than the file can hold");
+    CheckClaim(name, path, size, size.width * size.height * planes * bits / 8, kMostExpansion);
+    CheckMemory(name, "a row of " + Whole(size.width) + " samples", size.width * sizeof(float));
+}
+
+void CheckClaim(const std::string& name, const std::string& path, const Size& size, double bytes, double mostExpansion)
+{
+    constexpr double kMostSide = std::numeric_limits<int>::max();
+    if (size.width > kMostSide || size.height > kMostSide ||
+        bytes > mostExpansion * static_cast<double>(fs::file_size(path))) {
+        throw Error(name, "claims a size of " + SizeText(size) + " samples, more than the file can hold");
     }
+}
+
+void CheckMemory(const std::string& name, const std::string& what, double bytes)
+{
+    const auto budget = static_cast<double>(MemoryBudget());
+    if (bytes > budget) {
+        const double mebi = 1 << 20;
+        throw Error(name, "needs " + Whole(std::ceil(bytes / mebi)) + " MiB of memory for " + what +
+                              ", and the budget is " + Whole(budget / mebi) + " MiB (CORVANE_MEMORY)");
+    }
+}
+
+std::size_t BandBytes()
+{
+    return static_cast<std::size_t>(std::clamp<std::uint64_t>(MemoryBudget() / 16, 1 << 20, 64 << 20));
 }
 
 std::string ReadStart(const std::string& path, std::size_t count)
 {
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    if (!fs::exists(status)) {
-        throw Error(path, status.type() == fs::file_type::not_found ? "no such file" : error.message());
-    }
-    if (!fs::is_regular_file(status)) {
-        throw Error(path, fs::is_directory(status) ? "is a folder" : "is not an ordinary file");
-    }
+    CheckOrdinaryFile(path);
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
     if (file == nullptr) {
         throw Error(path, "cannot be opened: " + std::generic_category().message(errno));

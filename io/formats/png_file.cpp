@@ -1,12 +1,19 @@
 #include "io/formats/png_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <new>
 #include <system_error>
 
+#include "corvane/core/memory_budget.h"
 #include "io/error.h"
 
 namespace corvane::io {
+namespace {
+
+constexpr unsigned kMostChunks = 32; // texts and the like; all together may take the memory budget, or 32 MiB
+
+} // namespace
 
 PngFile::PngFile(const std::string& path)
     : path_(path), file_(std::fopen(path.c_str(), "rb"), &std::fclose), reads_(true)
@@ -21,6 +28,8 @@ PngFile::PngFile(const std::string& path)
         throw std::bad_alloc();
     }
     png_init_io(png_, file_.get());
+    png_set_chunk_cache_max(png_, kMostChunks);
+    png_set_chunk_malloc_max(png_, std::clamp<png_alloc_size_t>(MemoryBudget() / kMostChunks, 1 << 20, 8 << 20));
 }
 
 PngFile::PngFile(OutputFile& output) : path_(output.Path()), output_(&output), reads_(false)

@@ -61,6 +61,10 @@ struct PngLayout {
     int height = 0;
     int planes = 1;
     int bits = 8; ///< 8 or 16
+    bool interlaced = false;
+
+    std::size_t RowSamples() const { return static_cast<std::size_t>(width) * static_cast<std::size_t>(planes); }
+    bool operator==(const PngLayout&) const = default;
 };
 
 /// Writes the start of a PNG with a description, empty for none.

@@ -1,11 +1,15 @@
 #include <algorithm>
+#include <climits>
+#include <cstdint>
 #include <memory>
 
 #include <libraw/libraw.h>
 
+#include "corvane/core/memory_budget.h"
 #include "io/error.h"
 #include "io/formats/decoded_reader.h"
 #include "io/formats/formats.h"
+#include "io/formats/limits.h"
 #include "io/metadata.h"
 
 namespace corvane::io {
@@ -16,6 +20,8 @@ constexpr unsigned kXtransFilters = 9;
 std::unique_ptr<LibRaw> OpenLibRaw(const std::string& path, int& status)
 {
     auto raw = std::make_unique<LibRaw>(LIBRAW_OPIONS_NO_DATAERR_CALLBACK);
+    raw->imgdata.params.max_raw_memory_mb =
+        static_cast<unsigned>(std::clamp<std::uint64_t>(MemoryBudget() >> 20U, 1, UINT_MAX));
     status = raw->open_file(path.c_str());
     return raw;
 }
@@ -114,6 +120,9 @@ std::unique_ptr<FrameReader> OpenRaw(const std::string& path)
         (image.idata.filters == 0 && image.idata.colors != 1)) {
         return nullptr;
     }
+    const double counts = static_cast<double>(image.sizes.raw_width) * image.sizes.raw_height +
+                          static_cast<double>(image.sizes.width) * image.sizes.height;
+    CheckMemory(path, "decoding all of its counts", counts * sizeof(std::uint16_t));
     FrameInfo info;
     info.path = path;
     info.format = "RAW";

@@ -1,32 +1,36 @@
 #include "io/formats/tiff_file.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <utility>
 
+#include "corvane/core/memory_budget.h"
 #include "io/error.h"
 
 namespace corvane::io {
 namespace {
 
-constexpr tmsize_t kMostBytes = tmsize_t{1} << 30; // that libtiff may take for one strip, tile or tag
+constexpr std::uint64_t kMostBytes = std::uint64_t{1} << 30; // that libtiff may take for one strip, tile or tag
 
 } // namespace
 
-TIFFOpenOptions* TiffFile::MakeOptions()
+TIFFOpenOptions* TiffFile::MakeOptions(std::uint64_t mostBytes)
 {
     TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
     TIFFOpenOptionsSetErrorHandlerExtR(options, &TiffFile::OnMessage, this);
     TIFFOpenOptionsSetWarningHandlerExtR(options, &TiffFile::OnWarning, this);
-    TIFFOpenOptionsSetMaxSingleMemAlloc(options, kMostBytes);
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options, static_cast<tmsize_t>(mostBytes));
     return options;
 }
 
 TiffFile::TiffFile(const std::string& path) : path_(path)
 {
-    const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(MakeOptions(), TIFFOpenOptionsFree);
+    const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(
+        MakeOptions(std::min(kMostBytes, MemoryBudget())), TIFFOpenOptionsFree);
     // Without 'm' a file that shrinks while it is read would be a bus error: it is not mapped into memory.
     tiff_ = TIFFOpenExt(path.c_str(), "rm", options.get());
     Check(tiff_ != nullptr, "cannot be opened as TIFF");
@@ -34,7 +38,8 @@ TiffFile::TiffFile(const std::string& path) : path_(path)
 
 TiffFile::TiffFile(OutputFile& output, const std::string& mode) : path_(output.Path()), output_(&output)
 {
-    const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(MakeOptions(), TIFFOpenOptionsFree);
+    const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(MakeOptions(kMostBytes),
+                                                                                   TIFFOpenOptionsFree);
     tiff_ = TIFFClientOpenExt(path_.c_str(), mode.c_str(), this, OnRead, OnWrite, OnSeek, OnClose, OnSize, nullptr,
                               nullptr, options.get());
     Check(tiff_ != nullptr, "cannot be written as TIFF");

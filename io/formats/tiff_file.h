@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <exception>
 #include <string>
 
@@ -42,7 +43,7 @@ private:
     static toff_t OnSize(thandle_t self);
     template <class F>
     auto Guard(F action, decltype(action()) failed) -> decltype(action());
-    TIFFOpenOptions* MakeOptions();
+    TIFFOpenOptions* MakeOptions(std::uint64_t mostBytes);
 
     std::string path_;
     std::string message_;

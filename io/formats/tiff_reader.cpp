@@ -12,7 +12,7 @@
 namespace corvane::io {
 namespace {
 
-constexpr std::uint64_t kMostTileBytes = std::uint64_t{1} << 30;
+constexpr double kMostExpansion = 65536.0; // bytes of samples per byte of file, by the strongest of its compressions
 
 /// How the samples lie in the file.
 struct TiffLayout {
@@ -39,24 +39,31 @@ public:
     {
         file_.reset();
         rows_ = {};
-        rowCount_ = 0;
+        held_ = {};
     }
 
 private:
     void Read(int plane, int firstRow, int rowCount, float* samples) override
     {
-        ReadStored(layout_.separate ? plane : 0, firstRow, rowCount);
         const std::size_t step = layout_.separate ? 1 : static_cast<std::size_t>(layout_.channels);
         const std::size_t first = layout_.separate ? 0 : static_cast<std::size_t>(plane);
-        const std::size_t count = static_cast<std::size_t>(Width()) * static_cast<std::size_t>(rowCount);
-        WithSampleType(layout_.bits, layout_.isSigned,
-                       [&](auto type) { Convert<decltype(type)>(first, step, count, samples); });
+        const auto width = static_cast<std::size_t>(Width());
+        for (int row = firstRow; row < firstRow + rowCount;) {
+            Hold(layout_.separate ? plane : 0, row, firstRow + rowCount);
+            const int count = std::min(firstRow + rowCount, held_.first + held_.count) - row;
+            const unsigned char* stored = rows_.data() + static_cast<std::size_t>(row - held_.first) * RowBytes();
+            WithSampleType(layout_.bits, layout_.isSigned, [&](auto type) {
+                Convert(reinterpret_cast<const decltype(type)*>(stored) + first, step,
+                        width * static_cast<std::size_t>(count), samples);
+            });
+            samples += width * static_cast<std::size_t>(count);
+            row += count;
+        }
     }
 
     template <class T>
-    void Convert(std::size_t first, std::size_t step, std::size_t count, float* samples) const
+    void Convert(const T* stored, std::size_t step, std::size_t count, float* samples) const
     {
-        const T* stored = reinterpret_cast<const T*>(rows_.data()) + first;
         const double white = layout_.whiteIsZero ? static_cast<double>(std::numeric_limits<T>::max()) : 0.0;
         for (std::size_t i = 0; i < count; ++i) {
             samples[i] = static_cast<float>(stored[i * step]);
@@ -66,22 +73,25 @@ private:
         }
     }
 
-    /// Brings rows into memory as the file stores them. The last band is kept, so that the planes of pixels stored
-    /// together come from one decoding.
-    void ReadStored(int plane, int firstRow, int rowCount)
+    /// Brings a row into memory as the file stores it, and with it those up to `end`, or of its tiles, as far as there
+    /// is room. What was brought last is kept, so that the planes of pixels stored together come from one decoding.
+    void Hold(int plane, int row, int end)
     {
-        if (rowCount == rowCount_ && firstRow == firstRow_ && plane == plane_) {
+        if (plane == held_.plane && row >= held_.first && row < held_.first + held_.count) {
             return;
         }
         if (file_ == nullptr) {
             file_ = std::make_unique<TiffFile>(Path());
         }
-        rowCount_ = 0;
-        rows_.resize(static_cast<std::size_t>(rowCount) * RowBytes());
-        layout_.tileWidth > 0 ? ReadTiles(plane, firstRow, rowCount) : ReadLines(plane, firstRow, rowCount);
-        plane_ = plane;
-        firstRow_ = firstRow;
-        rowCount_ = rowCount;
+        held_ = {};
+        const auto room = static_cast<int>(std::clamp<std::size_t>(BandBytes() / RowBytes(), 1, Height()));
+        const bool holdsTiles = layout_.tileHeight > 0 && room >= layout_.tileHeight;
+        const int first = holdsTiles ? row - row % layout_.tileHeight : row;
+        const int wanted = holdsTiles ? std::max(end - first, layout_.tileHeight) : end - first;
+        const int count = std::min({wanted, room, Height() - first});
+        rows_.resize(static_cast<std::size_t>(count) * RowBytes());
+        layout_.tileWidth > 0 ? ReadTiles(plane, first, count) : ReadLines(plane, first, count);
+        held_ = {plane, first, count};
     }
 
     std::size_t RowBytes() const { return layout_.RowSamples(Width()) * layout_.SampleBytes(); }
@@ -129,9 +139,11 @@ private:
     TiffLayout layout_;
     std::unique_ptr<TiffFile> file_;
     std::vector<unsigned char> rows_;
-    int plane_ = 0;
-    int firstRow_ = 0;
-    int rowCount_ = 0;
+    struct {
+        int plane = 0;
+        int first = 0;
+        int count = 0;
+    } held_; ///< the rows in rows_
 };
 
 int ReadBits(const TiffFile& file, const std::string& path, bool& isSigned)
@@ -174,13 +186,31 @@ TiffLayout ReadLayout(TiffFile& file, const std::string& path)
     if (TIFFIsTiled(file.Get()) != 0) {
         const auto width = file.Number<std::uint32_t>(TIFFTAG_TILEWIDTH);
         const auto height = file.Number<std::uint32_t>(TIFFTAG_TILELENGTH);
-        if (width == 0 || height == 0 || TIFFTileSize64(file.Get()) > kMostTileBytes) {
+        constexpr std::uint32_t kMostSide = std::numeric_limits<int>::max() / 2;
+        if (width == 0 || height == 0 || width > kMostSide || height > kMostSide) {
             throw Error(path, "has tiles of an absurd size, " + std::to_string(width) + " x " + std::to_string(height));
         }
         layout.tileWidth = static_cast<int>(width);
         layout.tileHeight = static_cast<int>(height);
     }
     return layout;
+}
+
+/// Asks for all that reading takes: a row and a tile, here and once more in libtiff.
+void CheckRoom(const TiffFile& file, const std::string& path, const TiffLayout& layout, const Size& size)
+{
+    const double channels = layout.separate ? 1.0 : layout.channels;
+    const double row = size.width * channels * static_cast<double>(layout.SampleBytes());
+    CheckClaim(path, path, size, size.width * size.height * layout.channels * static_cast<double>(layout.SampleBytes()),
+               kMostExpansion);
+    CheckMemory(path, "a row of " + std::to_string(layout.channels) + " channels", 2.0 * row);
+    if (layout.tileWidth > 0) {
+        const auto tile = static_cast<double>(TIFFTileSize64(file.Get()));
+        const std::string text = std::to_string(layout.tileWidth) + " x " + std::to_string(layout.tileHeight);
+        CheckClaim(path, path, {static_cast<double>(layout.tileWidth), static_cast<double>(layout.tileHeight)}, tile,
+                   kMostExpansion);
+        CheckMemory(path, "tiles of " + text + " pixels", 2.0 * (row + tile));
+    }
 }
 
 } // namespace
@@ -196,6 +226,7 @@ std::unique_ptr<FrameReader> OpenTiff(const std::string& path)
     FrameInfo info;
     info.planes = CountPlanes(photometric, layout.channels, path);
     CheckSize(path, path, {width, height}, info.planes, static_cast<int>(layout.SampleBytes()) * 8);
+    CheckRoom(*file, path, layout, {width, height});
     info.path = path;
     info.format = "TIFF";
     if (layout.tileWidth == 0 && TIFFScanlineSize64(file->Get()) != layout.RowSamples(width) * layout.SampleBytes()) {

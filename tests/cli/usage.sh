@@ -26,7 +26,7 @@ printf '[PrcAutoLevel]\nMin=0.5\nMax = 2 \n' >settings.ini
 CORVANE_CONFIG=settings.ini check 0 'default 0\.5.*default 2' ops auto-levels
 printf '; mine\n[PrcAutoLevel]\nMin=dark\n' >settings.ini
 CORVANE_CONFIG=settings.ini refuse 1 'settings.ini: line 3: the value of Min is not a number' ops
-CORVANE_CONFIG=none.ini refuse 1 'none.ini: the settings cannot be read' ops
+CORVANE_CONFIG=none.ini refuse 1 'none.ini: no such file' ops
 mkdir -p home/corvane
 printf 'Min=1\n' >home/corvane/settings.ini
 XDG_CONFIG_HOME=home refuse 1 'home/corvane/settings.ini: line 1: Min stands before the first \[section\]' ops

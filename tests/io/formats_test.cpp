@@ -162,22 +162,27 @@ TEST_F(Formats, TiffOfOtherLayouts)
     EXPECT_TRUE(frame.header.Cards()[1].starts_with("COMMENT with a new camera "));
 }
 
+/// A camera's raw file of 16-bit counts.
+std::string Dng(unsigned width, unsigned height, const std::vector<float>& counts)
+{
+    return Tiff({{254, {4, {0}}},
+                 {256, {4, {width}}},
+                 {257, {4, {height}}},
+                 {262, {3, {32803}}},
+                 {271, {2, Letters("Maker")}},
+                 {272, {2, Letters("Camera 1")}},
+                 {278, {4, {height}}},
+                 {33421, {3, {2, 2}}},
+                 {33422, {1, {1, 2, 0, 1}}},
+                 {50706, {1, {1, 4, 0, 0}}},
+                 {50717, {4, {4095}}}},
+                Bytes(std::vector<std::uint16_t>(counts.begin(), counts.end()), false));
+}
+
 TEST_F(Formats, RawMosaicIsNeverDemosaiced)
 {
     const std::vector<float> expected = Samples(Numbered(64, 48, 1, 4095));
-    const std::string samples = Bytes(std::vector<std::uint16_t>(expected.begin(), expected.end()), false);
-    const TiffTags tags{{254, {4, {0}}},
-                        {256, {4, {64}}},
-                        {257, {4, {48}}},
-                        {262, {3, {32803}}},
-                        {271, {2, Letters("Maker")}},
-                        {272, {2, Letters("Camera 1")}},
-                        {278, {4, {48}}},
-                        {33421, {3, {2, 2}}},
-                        {33422, {1, {1, 2, 0, 1}}},
-                        {50706, {1, {1, 4, 0, 0}}},
-                        {50717, {4, {4095}}}};
-    const Frame frame = Load(Write("a.dng", Tiff(tags, samples)));
+    const Frame frame = Load(Write("a.dng", Dng(64, 48, expected)));
     EXPECT_STREQ(frame.image.GetOrgFileFormat(), "RAW");
     EXPECT_EQ(Samples(frame.image), expected);
     EXPECT_EQ(BayerPattern(frame.header), "GBRG");
@@ -202,7 +207,49 @@ TEST_F(Formats, RefuseDamagedFiles)
         {"absurd size", tiff({{256, {4, {100000}}}, {257, {4, {100000}}}, {278, {4, {100000}}}}),
          "more than the file can hold"},
         {"absurd tiles", tiff({{322, {4, {1 << 16}}}, {323, {4, {1 << 16}}}, {324, {4, {8}}}, {325, {4, {12}}}}),
-         "tiles of an absurd size"},
+         "claims a size of 65536 x 65536 samples, more than the file can hold"},
+    });
+}
+
+/// A PNG with other bytes in its first chunk.
+std::string WithHeader(std::string png, std::size_t at, const std::string& bytes)
+{
+    png.replace(at, bytes.size(), bytes);
+    std::uint32_t sum = ~0U;
+    for (std::size_t i = 12 * 8; i < 29 * 8; ++i) {
+        sum ^= i % 8 == 0 ? static_cast<unsigned char>(png[i / 8]) : 0U;
+        sum = sum >> 1U ^ ((sum & 1U) != 0 ? 0xEDB88320U : 0U);
+    }
+    return png.replace(29, 4, Bytes<std::uint32_t>({~sum}, true));
+}
+
+TEST_F(Formats, ReadWithinTheMemory)
+{
+    const CStlImage image = Numbered(400, 300, 3);
+    Save(Path("a.png"), image, {});
+    Save(Path("a.tif"), image, {}, {-64});
+    const TightMemory tight(1 << 20); // a PNG of 720,000 bytes is more than a quarter of it
+    for (const char* name : {"a.png", "a.tif"}) {
+        const auto reader = OpenFrame(Path(name));
+        std::vector<float> band(400 * 150);
+        for (const auto& [plane, first, count] : {std::tuple{2, 100, 150}, {0, 120, 100}, {1, 250, 50}, {1, 3, 150}}) {
+            reader->ReadRows(plane, first, count, band.data());
+            EXPECT_TRUE(std::equal(band.begin(), band.begin() + 400 * count, image.GetImageAdr(0, first, plane, 1)))
+                << name << " row " << first;
+        }
+    }
+    const std::string png = Read("a.png");
+    const std::string some(1000, '\1');
+    ExpectRefused({
+        {"channels", Tiff({{256, {4, {9}}}, {258, {3, {8}}}, {277, {3, {65535}}}}, some),
+         "needs 2 MiB of memory for a row of 65535 channels, and the budget is 1 MiB (CORVANE_MEMORY)"},
+        {"tiles", Tiff({{322, {4, {1 << 10}}}, {323, {4, {1 << 10}}}, {324, {4, {8}}}, {325, {4, {12}}}}, some),
+         "needs 5 MiB of memory for tiles of 1024 x 1024 pixels"},
+        {"row", Tiff({{256, {4, {300000}}}, {257, {4, {1}}}}, some), "for a row of 300000 samples"},
+        {"interlaced PNG", WithHeader(WithHeader(png, 22, "\4"), 28, "\1"),
+         "for all of its rows, which are interlaced"},
+        {"raw", Dng(600, 480, std::vector<float>(600 * 480)), "needs 2 MiB of memory for decoding all of its counts"},
+        {"PNG of more than Deflate packs", png.substr(0, 600), "more than the file can hold"},
     });
 }
 

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "corvane/platform/export.h"
+
+namespace corvane::io {
+
+/// A path taken apart into the file and the part of it that is chosen, as in `m31.fits[1]`; a file of just that name
+/// goes before.
+struct ChosenFile {
+    std::string file;
+    std::string choice;
+};
+CORVANE_VISIBLE ChosenFile SplitChoice(const std::string& path);
+
+/// Throws Error unless the path leads to an ordinary file: reading a pipe or a device may never end.
+CORVANE_VISIBLE void CheckOrdinaryFile(const std::string& path);
+
+} // namespace corvane::io
