@@ -152,6 +152,17 @@ std::string ToText(const Step& step)
     return text;
 }
 
+std::vector<std::string> FilesOf(const Step& step)
+{
+    std::vector<std::string> files;
+    for (const Argument& argument : step.arguments.List()) {
+        if (argument.parameter->kind == Kind::File || argument.parameter->kind == Kind::CurveFile) {
+            files.push_back(std::get<std::string>(argument.value));
+        }
+    }
+    return files;
+}
+
 void CheckFiles(const Step& step)
 {
     for (const Argument& argument : step.arguments.List()) {

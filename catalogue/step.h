@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "catalogue/arguments.h"
 #include "catalogue/operation.h"
@@ -21,6 +22,9 @@ Step ParseStep(std::string_view text);
 /// The step in the form that `ParseStep` reads: names spelt out, values in the catalogue's order. Values taken from the
 /// user's settings are among them, so that the text means the same elsewhere.
 std::string ToText(const Step& step);
+
+/// The files that the step will read.
+std::vector<std::string> FilesOf(const Step& step);
 
 /// Opens the files that the step will read, so that one that is missing or none of its kind is told before any work.
 /// Throws io::Error.

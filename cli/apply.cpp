@@ -6,6 +6,7 @@
 #include "catalogue/error.h"
 #include "catalogue/step.h"
 #include "cli/cancel.h"
+#include "cli/output.h"
 #include "cli/session.h"
 #include "io/error.h"
 #include "io/frame.h"
@@ -15,9 +16,8 @@ namespace {
 
 struct ApplyOptions {
     std::string input;
-    std::string output;
     std::vector<std::string> steps;
-    io::SaveOptions save;
+    Output output;
 };
 
 std::vector<catalogue::Step> ParseSteps(const std::vector<std::string>& texts)
@@ -44,17 +44,28 @@ void RunStep(const catalogue::Step& step, io::Frame& frame, const std::string& i
     ThrowIfCancelled();
 }
 
+std::vector<std::string> InputsOf(const ApplyOptions& options, const std::vector<catalogue::Step>& steps)
+{
+    std::vector<std::string> inputs{options.input};
+    for (const catalogue::Step& step : steps) {
+        const std::vector<std::string> files = catalogue::FilesOf(step);
+        inputs.insert(inputs.end(), files.begin(), files.end());
+    }
+    return inputs;
+}
+
 int Apply(const ApplyOptions& options, const catalogue::Context& context)
 {
     const std::vector<catalogue::Step> steps = ParseSteps(options.steps);
-    io::CheckSave(options.output, options.save);
+    io::CheckSave(options.output.path, options.output.save);
+    CheckOutputs(options.output, InputsOf(options, steps));
     std::for_each(steps.begin(), steps.end(), catalogue::CheckFiles);
     io::Frame frame = io::Load(options.input);
     ThrowIfCancelled();
     for (const catalogue::Step& step : steps) {
         RunStep(step, frame, options.input, context);
     }
-    io::Save(options.output, frame.image, frame.header, options.save);
+    io::Save(options.output.path, frame.image, frame.header, options.output.save);
     return kDone;
 }
 
@@ -65,8 +76,8 @@ void AddApply(CLI::App& app, Session& session)
     CLI::App& command = *app.add_subcommand("apply", "Work on an image, step by step");
     auto options = std::make_shared<ApplyOptions>();
     AddCommonOptions(command, session);
-    AddOutputOption(command, options->output, "The image to write: .fits, .tif or .png; may be IN");
-    AddBitsOption(command, options->save.bits);
+    AddOutput(command, options->output, "The image to write: .fits, .tif or .png");
+    AddSaveOptions(command, options->output.save);
     command.add_option("input", options->input, "The image to read")->required()->type_name("IN");
     command.add_option("steps", options->steps, "What to do: name[:key=value,...], as clip:min=0,max=65535")
         ->required()

@@ -82,7 +82,8 @@ void Say(const std::vector<std::string>& inputs, const std::vector<catalogue::Fi
 int Combine(const ColourWords& words, const Session& session, MakeColour make)
 {
     catalogue::CheckColour(words.options);
-    io::CheckSave(words.output, words.save);
+    io::CheckSave(words.output.path, words.output.save);
+    CheckOutputs(words.output, words.inputs);
     std::vector<io::Frame> frames;
     for (const std::string& input : words.inputs) {
         frames.push_back(io::Load(input));
@@ -95,7 +96,7 @@ int Combine(const ColourWords& words, const Session& session, MakeColour make)
         throw io::Error(words.inputs[0], error.what());
     }
     ThrowIfCancelled();
-    io::Save(words.output, frames[0].image, frames[0].header, words.save);
+    io::Save(words.output.path, frames[0].image, frames[0].header, words.output.save);
     if (!session.quiet) {
         Say(words.inputs, fits);
     }
@@ -105,11 +106,11 @@ int Combine(const ColourWords& words, const Session& session, MakeColour make)
 } // namespace
 
 void AddColourCommand(CLI::App& command, const std::shared_ptr<ColourWords>& words, Session& session, MakeColour make,
-                      const std::vector<std::string>& names)
+                      const std::vector<std::string>& names, const char* scaleNames)
 {
     AddCommonOptions(command, session);
-    AddOutputOption(command, words->output, "The image to write: .fits, .tif or .png");
-    AddBitsOption(command, words->save.bits);
+    AddOutput(command, words->output, "The image to write: .fits, .tif or .png");
+    AddSaveOptions(command, words->output.save, scaleNames);
     words->inputs.resize(names.size());
     for (std::size_t i = 0; i < names.size(); ++i) {
         command.add_option(names[i], words->inputs[i], "Frame " + std::to_string(i + 1))->required()->type_name("");

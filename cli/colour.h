@@ -7,6 +7,7 @@
 #include <CLI/App.hpp>
 
 #include "catalogue/colour_composite.h"
+#include "cli/output.h"
 #include "cli/session.h"
 #include "io/frame.h"
 
@@ -15,8 +16,7 @@ namespace corvane::cli {
 /// The words of a command that makes one colour image of several frames.
 struct ColourWords {
     std::vector<std::string> inputs;
-    std::string output;
-    io::SaveOptions save;
+    Output output;
     catalogue::ColourOptions options;
 };
 
@@ -28,7 +28,7 @@ using MakeColour = std::vector<catalogue::Fit> (*)(std::vector<io::Frame>& frame
 /// Adds what these commands share, with the inputs under the names that help calls them: files, alignment, and the work
 /// itself, which reads the frames, makes the first one the result, writes it, and says how stars aligned the others.
 void AddColourCommand(CLI::App& command, const std::shared_ptr<ColourWords>& words, Session& session, MakeColour make,
-                      const std::vector<std::string>& names);
+                      const std::vector<std::string>& names, const char* scaleNames = kScaleNames);
 
 /// Adds `--outside`.
 void AddOutside(CLI::App& command, ColourWords& words);

@@ -1,8 +1,8 @@
 #include "cli/light_words.h"
 
-#include <cstdint>
 #include <cstdio>
 
+#include "cli/memory_size.h"
 #include "cli/report.h"
 #include "cli/session.h"
 #include "corvane/core/memory_budget.h"
@@ -10,8 +10,6 @@
 
 namespace corvane::cli {
 namespace {
-
-constexpr std::uint64_t kLeastMemory = 1 << 20;
 
 void AddFiles(CLI::App& command, const std::string& name, std::vector<std::string>& files, const std::string& help)
 {
@@ -87,15 +85,6 @@ void AddLimits(CLI::App& command, stack::Options& options)
         ->type_name("N");
 }
 
-void SetMemory(const std::string& size)
-{
-    std::uint64_t bytes = 0;
-    if (!ParseMemorySize(size, bytes) || bytes < kLeastMemory) {
-        throw UsageError("--memory = " + size + ": must be at least 1M, in bytes or with K, M or G");
-    }
-    SetMemoryBudget(bytes);
-}
-
 void ReadBayer(LightWords& words)
 {
     if (words.bayer.empty()) {
@@ -123,6 +112,15 @@ void AddLightOptions(CLI::App& command, LightWords& words)
         ->type_name("SIZE");
 }
 
+std::vector<std::string> InputsOf(const stack::Options& options)
+{
+    std::vector<std::string> inputs;
+    for (const auto* files : {&options.lights, &options.bias, &options.darks, &options.flats, &options.flatDarks}) {
+        inputs.insert(inputs.end(), files->begin(), files->end());
+    }
+    return inputs;
+}
+
 void FinishLightOptions(LightWords& words, const std::string& command)
 {
     stack::Options& options = words.options;
@@ -131,7 +129,7 @@ void FinishLightOptions(LightWords& words, const std::string& command)
                                    "--bias, --dark, --flat and --flat-dark belong to that option");
     }
     if (!words.memory.empty()) {
-        SetMemory(words.memory);
+        SetMemoryBudget(ReadMemorySize("--memory", words.memory));
     }
     ReadBayer(words);
     options.referenceFile = words.reference;

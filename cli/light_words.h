@@ -25,6 +25,9 @@ struct LightWords {
 /// Adds the lights, their calibration frames, and how they are aligned.
 void AddLightOptions(CLI::App& command, LightWords& words);
 
+/// All files that are read.
+std::vector<std::string> InputsOf(const stack::Options& options);
+
 /// Turns words into options and sets the memory. Throws UsageError and what `stack::CheckOptions` throws.
 void FinishLightOptions(LightWords& words, const std::string& command);
 

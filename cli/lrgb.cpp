@@ -9,7 +9,7 @@ void AddLrgb(CLI::App& app, Session& session)
 {
     CLI::App& command = *app.add_subcommand("lrgb", "Give the colours of one image to the luminance of another");
     auto words = std::make_shared<ColourWords>();
-    AddColourCommand(command, words, session, catalogue::RunLrgb, {"L", "RGB"});
+    AddColourCommand(command, words, session, catalogue::RunLrgb, {"L", "RGB"}, kLongScaleName);
     command.add_flag("--average", words->options.average,
                      "Take the mean of both instead of lightness and colour in CIE L*a*b*");
     command

@@ -13,6 +13,7 @@
 #include "catalogue/error.h"
 #include "catalogue/names.h"
 #include "cli/cancel.h"
+#include "cli/memory_size.h"
 #include "cli/progress_bar.h"
 #include "cli/session.h"
 #include "cli/settings.h"
@@ -138,14 +139,19 @@ std::optional<int> Parse(CLI::App& app, int argc, char** argv)
 
 int Work(Session& session)
 {
+    CheckMemoryVariable();
     ReadSettings();
     ProgressBar bar({.bar = IsTerminal(STDERR_FILENO) && !session.quiet, .stages = session.verbose});
     session.bar = &bar;
-    const int status = session.work();
-    if (!std::cout.flush()) {
+    return session.work();
+}
+
+// What was printed may not have arrived: a disk can be full.
+void FinishOutput()
+{
+    if (!std::cout.flush() || std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         throw std::runtime_error("standard output: cannot be written");
     }
-    return status;
 }
 
 int Dispatch(int argc, char** argv)
@@ -154,8 +160,10 @@ int Dispatch(int argc, char** argv)
     Session session;
     std::string topic;
     AddCommands(app, topic, session);
-    const std::optional<int> status = Parse(app, argc, argv);
-    return status ? *status : Work(session);
+    const std::optional<int> parsed = Parse(app, argc, argv);
+    const int status = parsed ? *parsed : Work(session);
+    FinishOutput();
+    return status;
 }
 
 int Run(int argc, char** argv) noexcept

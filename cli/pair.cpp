@@ -15,8 +15,8 @@ namespace corvane::cli {
 
 void AddPairFiles(CLI::App& command, PairFiles& files, const std::string& firstName, const std::string& secondName)
 {
-    AddOutputOption(command, files.output, "The image to write: .fits, .tif or .png");
-    AddBitsOption(command, files.save.bits);
+    AddOutput(command, files.output, "The image to write: .fits, .tif or .png");
+    AddSaveOptions(command, files.output.save);
     command.add_option(firstName, files.first, "The image that the other is placed on")->required()->type_name("");
     command.add_option(secondName, files.second, "The image that is placed on it")->required()->type_name("");
 }
@@ -75,7 +75,8 @@ void CheckAlign(const std::string& align, const catalogue::Placement& placement)
 int JoinPair(const PairFiles& files, const Session& session,
              const std::function<catalogue::Fit(io::Frame& first, io::Frame& second)>& join)
 {
-    io::CheckSave(files.output, files.save);
+    io::CheckSave(files.output.path, files.output.save);
+    CheckOutputs(files.output, {files.first, files.second});
     io::Frame first = io::Load(files.first);
     io::Frame second = io::Load(files.second);
     ThrowIfCancelled();
@@ -86,7 +87,7 @@ int JoinPair(const PairFiles& files, const Session& session,
         throw io::Error(files.first, error.what());
     }
     ThrowIfCancelled();
-    io::Save(files.output, first.image, first.header, files.save);
+    io::Save(files.output.path, first.image, first.header, files.output.save);
     if (fit.stars > 0 && !session.quiet) {
         std::cout << catalogue::ToText(fit) << "\n";
     }

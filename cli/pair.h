@@ -7,6 +7,7 @@
 #include <CLI/App.hpp>
 
 #include "catalogue/placement.h"
+#include "cli/output.h"
 #include "cli/session.h"
 #include "io/frame.h"
 
@@ -16,8 +17,7 @@ namespace corvane::cli {
 struct PairFiles {
     std::string first;
     std::string second;
-    std::string output;
-    io::SaveOptions save;
+    Output output;
 };
 
 /// Adds the two inputs, under the names that help calls them, and the output with its bits.

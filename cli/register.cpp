@@ -4,6 +4,7 @@
 
 #include "cli/cancel.h"
 #include "cli/light_words.h"
+#include "cli/output.h"
 #include "cli/report.h"
 #include "cli/session.h"
 #include "stack/stack.h"
@@ -14,9 +15,7 @@ namespace {
 int Register(LightWords& words, const Session& session)
 {
     FinishLightOptions(words, "register");
-    if (!words.report.empty()) {
-        stack::CheckOutputs(words.options, {words.report});
-    }
+    CheckOutputs({}, InputsOf(words.options), {words.report});
     const stack::Registration lights = stack::Register(words.options);
     ThrowIfCancelled();
     if (!words.report.empty()) {

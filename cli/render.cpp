@@ -3,6 +3,7 @@
 
 #include "catalogue/step.h"
 #include "cli/cancel.h"
+#include "cli/output.h"
 #include "cli/picture.h"
 #include "cli/session.h"
 #include "io/error.h"
@@ -13,7 +14,7 @@ namespace {
 
 struct RenderOptions {
     std::string input;
-    std::string output;
+    Output output;
     std::string levels = "auto";
 };
 
@@ -39,10 +40,11 @@ int Render(const RenderOptions& options)
     if (!levels.empty()) {
         catalogue::ParseStep(levels);
     }
-    CheckPicture(options.output);
+    CheckPicture(options.output.path);
+    CheckOutputs(options.output, {options.input});
     io::Frame frame = io::Load(options.input);
     ThrowIfCancelled();
-    SavePicture(options.output, frame, levels);
+    SavePicture(options.output.path, frame, levels);
     return kDone;
 }
 
@@ -53,7 +55,7 @@ void AddRender(CLI::App& app, Session& session)
     CLI::App& command = *app.add_subcommand("render", "Write a picture of an image for the screen");
     auto options = std::make_shared<RenderOptions>();
     AddCommonOptions(command, session);
-    AddOutputOption(command, options->output, "The picture to write: .png");
+    AddOutput(command, options->output, "The picture to write: .png");
     command.add_option("input", options->input, "The image to read")->required()->type_name("IN");
     command
         .add_option("--levels", options->levels,

@@ -41,12 +41,6 @@ catalogue::Context ContextOf(const Session& session);
 /// Adds `--verbose` and `--quiet`, which every command takes.
 void AddCommonOptions(CLI::App& command, Session& session);
 
-/// Adds `-o, --output`, which must be given.
-void AddOutputOption(CLI::App& command, std::string& output, const std::string& what);
-
-/// Adds `--bits`, the sample format of an output; 0 leaves it to the file's format.
-void AddBitsOption(CLI::App& command, int& bits);
-
 /// @name The commands: each adds itself to the application and, when chosen, sets the session's work
 /// @{
 void AddInfo(CLI::App& app, Session& session);

@@ -5,6 +5,7 @@
 #include "catalogue/names.h"
 #include "catalogue/separation.h"
 #include "cli/cancel.h"
+#include "cli/output.h"
 #include "cli/session.h"
 #include "io/error.h"
 #include "io/frame.h"
@@ -14,15 +15,15 @@ namespace {
 
 struct SplitWords {
     std::string input;
-    std::string output;
+    Output output;
     std::string component;
-    io::SaveOptions save;
 };
 
 int Split(const SplitWords& words)
 {
     catalogue::CheckComponent(words.component);
-    io::CheckSave(words.output, words.save);
+    io::CheckSave(words.output.path, words.output.save);
+    CheckOutputs(words.output, {words.input});
     io::Frame frame = io::Load(words.input);
     ThrowIfCancelled();
     try {
@@ -31,7 +32,7 @@ int Split(const SplitWords& words)
         throw io::Error(words.input, error.what());
     }
     ThrowIfCancelled();
-    io::Save(words.output, frame.image, frame.header, words.save);
+    io::Save(words.output.path, frame.image, frame.header, words.output.save);
     return kDone;
 }
 
@@ -42,8 +43,8 @@ void AddSplit(CLI::App& app, Session& session)
     CLI::App& command = *app.add_subcommand("split", "Take one component out of a colour image");
     auto words = std::make_shared<SplitWords>();
     AddCommonOptions(command, session);
-    AddOutputOption(command, words->output, "The image to write: .fits, .tif or .png");
-    AddBitsOption(command, words->save.bits);
+    AddOutput(command, words->output, "The image to write: .fits, .tif or .png");
+    AddSaveOptions(command, words->output.save);
     command.add_option("input", words->input, "The colour image")->required()->type_name("IN");
     command
         .add_option("--component", words->component,

@@ -9,6 +9,7 @@
 
 #include "cli/cancel.h"
 #include "cli/light_words.h"
+#include "cli/output.h"
 #include "cli/picture.h"
 #include "cli/report.h"
 #include "cli/session.h"
@@ -19,27 +20,15 @@ namespace {
 
 struct StackWords {
     LightWords lights;
-    std::string output;
+    Output output;
     std::string preview;
     std::string coverageMap;
     std::string rejectMap;
-    io::SaveOptions save;
 };
 
-std::vector<std::string> Outputs(const StackWords& words)
+void CheckFiles(const StackWords& words)
 {
-    std::vector<std::string> outputs{words.output};
-    for (const std::string& other : {words.preview, words.coverageMap, words.rejectMap, words.lights.report}) {
-        if (!other.empty()) {
-            outputs.push_back(other);
-        }
-    }
-    return outputs;
-}
-
-void CheckOutputs(const StackWords& words)
-{
-    io::CheckSave(words.output, words.save);
+    io::CheckSave(words.output.path, words.output.save);
     if (!words.preview.empty()) {
         CheckPicture(words.preview);
     }
@@ -48,7 +37,8 @@ void CheckOutputs(const StackWords& words)
             io::CheckSave(map, {});
         }
     }
-    stack::CheckOutputs(words.lights.options, Outputs(words));
+    CheckOutputs(words.output, InputsOf(words.lights.options),
+                 {words.preview, words.coverageMap, words.rejectMap, words.lights.report});
 }
 
 // The picture's levels are its own: the stack is written the same with and without one.
@@ -117,13 +107,13 @@ void SaveAll(const StackWords& words, stack::Result& result)
         WriteReport(words.lights.report, result);
         others.Add(words.lights.report);
     }
-    io::Save(words.output, frame.image, result.header, words.save);
+    io::Save(words.output.path, frame.image, result.header, words.output.save);
     others.Keep();
 }
 
 std::string OutputsText(const StackWords& words)
 {
-    std::string text = "stack: " + words.output + "\n";
+    std::string text = "stack: " + words.output.path + "\n";
     const auto add = [&](const char* what, const std::string& file) {
         text += file.empty() ? "" : std::string(what).append(": ").append(file) + "\n";
     };
@@ -137,7 +127,7 @@ std::string OutputsText(const StackWords& words)
 int Stack(StackWords& words, const Session& session)
 {
     FinishLightOptions(words.lights, "stack");
-    CheckOutputs(words);
+    CheckFiles(words);
     stack::Options& options = words.lights.options;
     options.wantsCoverage = !words.coverageMap.empty();
     options.wantsRejected = !words.rejectMap.empty();
@@ -172,7 +162,7 @@ void AddCombining(CLI::App& command, stack::Options& options)
 
 void AddOutputs(CLI::App& command, StackWords& words)
 {
-    AddOutputOption(command, words.output, "The stack to write: .fits, .tif or .png");
+    AddOutput(command, words.output, "The stack to write: .fits, .tif or .png");
     command.add_option("--preview", words.preview, "Write a picture of the stack, too")->type_name("OUT.png");
     command.add_option("--coverage-map", words.coverageMap, "Write how many lights have each pixel, too")
         ->type_name("FILE");
@@ -180,7 +170,7 @@ void AddOutputs(CLI::App& command, StackWords& words)
         .add_option("--reject-map", words.rejectMap,
                     "Write how many values the clipping dropped, too: below, above, together")
         ->type_name("FILE");
-    AddBitsOption(command, words.save.bits);
+    AddSaveOptions(command, words.output.save, kLongScaleName);
 }
 
 } // namespace

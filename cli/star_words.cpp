@@ -4,10 +4,10 @@
 #include <iostream>
 
 #include "catalogue/numbers.h"
+#include "cli/output.h"
 #include "cli/picture.h"
 #include "corvane/core/text.h"
 #include "io/error.h"
-#include "stack/options.h"
 #include "stack/register.h"
 
 namespace corvane::cli {
@@ -48,15 +48,7 @@ void CheckStarWords(const StarWords& words, const std::vector<std::string>& outp
     if (!words.map.empty()) {
         CheckPicture(words.map);
     }
-    std::vector<std::string> wanted;
-    for (const std::string& output : outputs) {
-        if (!output.empty()) {
-            wanted.push_back(output);
-        }
-    }
-    stack::Options files;
-    files.lights = {words.input};
-    stack::CheckOutputs(files, wanted);
+    CheckOutputs({}, {words.input}, outputs);
 }
 
 int ChosenPlane(const StarWords& words, const CStlImage& image)

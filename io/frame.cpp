@@ -2,15 +2,18 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <new>
+#include <optional>
 #include <utility>
 #include <vector>
 
 #include "io/error.h"
 #include "io/formats/cards.h"
 #include "io/formats/formats.h"
+#include "io/formats/storage.h"
 #include "io/output_file.h"
 #include "io/reader.h"
 
@@ -19,9 +22,10 @@ namespace {
 
 constexpr long long kBandBytes = 1 << 20;
 
-using Writer = void (*)(OutputFile&, const CStlImage&, const Header&, int);
+using Writer = void (*)(OutputFile&, const CStlImage&, const Header&, const Storage&);
 
 struct Format {
+    IntegerFormat integers;
     std::vector<std::string> extensions;
     std::vector<int> bits; ///< the first is the default
     Writer write;
@@ -30,9 +34,9 @@ struct Format {
 const std::vector<Format>& Formats()
 {
     static const std::vector<Format> formats{
-        {{".fits", ".fit", ".fts"}, {-32, 8, 16, 32, -64}, &WriteFits},
-        {{".tif", ".tiff"}, {-32, 8, 16, 32, -64}, &WriteTiff},
-        {{".png"}, {16, 8}, &WritePng},
+        {{"FITS", true}, {".fits", ".fit", ".fts"}, {-32, 8, 16, 32, -64}, &WriteFits},
+        {{"TIFF", false}, {".tif", ".tiff"}, {-32, 8, 16, 32, -64}, &WriteTiff},
+        {{"PNG", false}, {".png"}, {16, 8}, &WritePng},
     };
     return formats;
 }
@@ -51,9 +55,10 @@ std::string ExtensionOf(const std::string& path)
     return extension;
 }
 
-/// The format that a path asks for, and its bits in place of 0.
-const Format& ChooseFormat(const std::string& path, int& bits)
+/// The format that a path asks for; bits of 0 become those of the format.
+const Format& ChooseFormat(const std::string& path, SaveOptions& options)
 {
+    int& bits = options.bits;
     std::string known;
     for (const Format& format : Formats()) {
         if (!Contains(format.extensions, ExtensionOf(path))) {
@@ -64,6 +69,7 @@ const Format& ChooseFormat(const std::string& path, int& bits)
         }
         bits = bits == 0 ? format.bits.front() : bits;
         if (Contains(format.bits, bits)) {
+            CheckScale(path, options);
             return format;
         }
         std::string choices;
@@ -107,8 +113,24 @@ void SetFullLevels(CStlImage& image)
     }
 }
 
+/// Says in words, and in the display levels, what a scale that the format cannot state has made of the samples.
+void DescribeScale(const Storage& storage, int planes, Header& output)
+{
+    for (int plane = 0; plane < planes; ++plane) {
+        for (const char* name : {"CBLACK", "CWHITE"}) {
+            const std::string keyword = name + (plane == 0 ? "" : std::to_string(plane + 1));
+            if (const std::optional<double> level = output.Number(keyword)) {
+                output.Set(keyword, (*level - storage.zero) / storage.step);
+            }
+        }
+    }
+    char text[80];
+    std::snprintf(text, sizeof text, "COMMENT sample = %.9g + %.9g * count", storage.zero, storage.step);
+    output.AddCard(text);
+}
+
 /// The cards that an output carries.
-Header OutputHeader(const CStlImage& image, const Header& header)
+Header OutputHeader(const CStlImage& image, const Header& header, const Storage& storage, const IntegerFormat& format)
 {
     std::string text;
     for (const std::string& card : header.Cards()) {
@@ -118,6 +140,9 @@ Header OutputHeader(const CStlImage& image, const Header& header)
     AddCards(output, text);
     WriteCoordinates(image, output);
     WriteLevels(image, output);
+    if (storage.isScaled && !format.isPhysical) {
+        DescribeScale(storage, image.GetPlanes(), output);
+    }
     return output;
 }
 
@@ -157,20 +182,25 @@ Frame Load(const std::string& path)
 
 void Save(const std::string& path, const CStlImage& image, const Header& header, const SaveOptions& options)
 {
-    int bits = options.bits;
-    const Format& format = ChooseFormat(path, bits);
-    if (image.GetPixelCount() == 0) {
-        throw Error(path, "the image has no samples");
+    try {
+        SaveOptions chosen = options;
+        const Format& format = ChooseFormat(path, chosen);
+        if (image.GetPixelCount() == 0) {
+            throw Error(path, "the image has no samples");
+        }
+        OutputFile file(path);
+        const Storage storage = ChooseStorage(path, image, chosen, format.integers);
+        format.write(file, image, OutputHeader(image, header, storage, format.integers), storage);
+        file.Commit();
+    } catch (const std::bad_alloc&) {
+        throw Error(path, "there is no memory to write it");
     }
-    OutputFile file(path);
-    format.write(file, image, OutputHeader(image, header), bits);
-    file.Commit();
 }
 
 void CheckSave(const std::string& path, const SaveOptions& options)
 {
-    int bits = options.bits;
-    ChooseFormat(path, bits);
+    SaveOptions chosen = options;
+    ChooseFormat(path, chosen);
     OutputFile::Check(path);
 }
 

@@ -28,12 +28,26 @@ struct CORVANE_VISIBLE Frame {
 /// memory budget is read in bands, with bounded memory. Throws Error, also when there is no room for the samples.
 CORVANE_VISIBLE Frame Load(const std::string& path);
 
+/// What becomes of samples in a format of integers, whose counts run from 0 to 2^bits - 1.
+///
+/// A scale is one for all planes, so that colours stay as they are. In FITS it is stated (BSCALE, BZERO): whoever reads
+/// the file gets the samples back, to half a step. TIFF and PNG hold the counts alone; a COMMENT says what they were
+/// made from, and display levels in the header become counts, too.
+enum class SampleScale {
+    kCounts, ///< Samples are counts: what lies outside of the range, and fractions from 0 to 1, are refused.
+    kNone,   ///< Samples are counts, and cut to the range, whatever is lost.
+    kLevels, ///< From the lowest display level of all planes to the highest; what lies beyond is cut.
+    kMinMax, ///< From the smallest sample to the largest.
+    kUnit,   ///< From 0 to 1; samples outside are refused.
+};
+
 /// How samples are stored.
 struct SaveOptions {
     /// Bits per sample: FITS and TIFF 8, 16, 32, -32 (float), -64 (double); PNG 8, 16. With 0 the format chooses:
-    /// 32-bit floats, for PNG 16 bits. Integers are unsigned (in FITS by BZERO); samples are rounded to even and cut
-    /// to their range.
+    /// 32-bit floats, for PNG 16 bits. Integers are unsigned (in FITS by BZERO); counts are rounded to even.
     int bits = 0;
+    /// Floats keep their values, so they take kCounts and kNone only.
+    SampleScale scale = SampleScale::kCounts;
 };
 
 /// Writes a frame; the extension chooses the format: .fits, .fit, .fts; .tif, .tiff; .png.
@@ -44,7 +58,7 @@ struct SaveOptions {
 /// - Undefined samples (NaN, and those that equal the image's blank value) are NaN in float files. FITS files of
 ///   integers reserve their lowest value for them (BLANK), if there are any. Integer TIFF and PNG have no such thing
 ///   and refuse them.
-/// - PNG holds counts: samples outside of its range, and fractions between 0 and 1, are refused rather than lost.
+/// - Integers hold counts; samples that they would lose are refused unless SampleScale says what to do.
 /// - World coordinates come from the image's record when it has any, otherwise cards stay as they are. Display levels
 ///   are written as CBLACK and CWHITE (CBLACK2, CWHITE2, CBLACK3, CWHITE3 for the other planes) when the image has its
 ///   own. All other cards are carried over, in TIFF and PNG as text of the image description, except those that
@@ -52,7 +66,8 @@ struct SaveOptions {
 CORVANE_VISIBLE void Save(const std::string& path, const CStlImage& image, const Header& header,
                           const SaveOptions& options = {});
 
-/// Throws the Error that `Save` would throw for the path alone: its extension, bits that the format lacks, its folder.
+/// Throws the Error that `Save` would throw for the path alone: its extension, bits that the format lacks, a scale for
+/// floats, its folder.
 /// For checking before work starts.
 CORVANE_VISIBLE void CheckSave(const std::string& path, const SaveOptions& options = {});
 

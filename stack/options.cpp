@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "corvane/core/text.h"
-#include "io/error.h"
 
 namespace corvane::stack {
 
@@ -27,15 +26,6 @@ std::string FileKey(const std::string& path)
     std::error_code ignored;
     const auto key = std::filesystem::weakly_canonical(std::filesystem::absolute(path), ignored);
     return key.empty() ? path : key.string();
-}
-
-/// The file behind the name of a frame, which may choose a part of it as in `m31.fits[1]`.
-std::string FileOfFrame(const std::string& name)
-{
-    std::error_code ignored;
-    const std::size_t bracket = name.rfind('[');
-    const bool choosesPart = bracket != std::string::npos && name.back() == ']';
-    return choosesPart && !std::filesystem::exists(name, ignored) ? name.substr(0, bracket) : name;
 }
 
 void CheckRange(const char* option, const std::optional<double>& value, double max)
@@ -108,26 +98,6 @@ void CheckOptions(const Options& options)
         throw OptionError("--flat-dark", options.flatDarks.front(), "frames that belong to flats: add --flat");
     }
     CheckListedOnce(options.lights);
-}
-
-void CheckOutputs(const Options& options, const std::vector<std::string>& outputs)
-{
-    std::set<std::string> inputs;
-    for (const auto* files : {&options.lights, &options.bias, &options.darks, &options.flats, &options.flatDarks}) {
-        for (const std::string& file : *files) {
-            inputs.insert(FileKey(FileOfFrame(file)));
-        }
-    }
-    std::set<std::string> seen;
-    for (const std::string& output : outputs) {
-        const std::string key = FileKey(output);
-        if (inputs.count(key) != 0) {
-            throw io::Error(output, "is both input and output");
-        }
-        if (!seen.insert(key).second) {
-            throw io::Error(output, "is named for two outputs");
-        }
-    }
 }
 
 } // namespace corvane::stack

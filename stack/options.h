@@ -118,8 +118,4 @@ NormaliseMethod NormaliseOf(const Options& options);
 /// Checks what can be said without opening a file. Throws OptionError.
 CORVANE_VISIBLE void CheckOptions(const Options& options);
 
-/// Checks that no output is one of the files to be read or named twice; links and dots in paths do not deceive it.
-/// Throws io::Error naming the output.
-CORVANE_VISIBLE void CheckOutputs(const Options& options, const std::vector<std::string>& outputs);
-
 } // namespace corvane::stack

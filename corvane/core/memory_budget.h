@@ -10,7 +10,8 @@ namespace corvane {
 /// The memory that the samples of all images of the process may take together, in bytes.
 ///
 /// It starts as half of the physical memory, or as the environment variable CORVANE_MEMORY says: a number of bytes,
-/// or one with K, M or G (powers of 1024). An image that does not fit is kept in a file and comes into memory by pages.
+/// or one with K, M or G (powers of 1024); a text that is no such number does not count. An image that does not fit is
+/// kept in a file and comes into memory by pages.
 CORVANE_API std::uint64_t MemoryBudget();
 
 /// Sets the budget for images made from now on [bytes, 1 MiB or more; less counts as 1 MiB].

@@ -12,14 +12,6 @@ namespace {
 constexpr std::size_t kBlockBytes = 2880;
 constexpr std::size_t kBandBytes = std::size_t{1} << 20;
 
-/// How samples become stored values.
-struct FitsEncoding {
-    UndefinedTest undefined;
-    double zero = 0.0; ///< BZERO
-    double low = 0.0;  ///< smallest physical value that a defined sample can take
-    bool hasBlank = false;
-};
-
 template <class T>
 T BigEndian(T value)
 {
@@ -34,17 +26,21 @@ T BigEndian(T value)
     }
 }
 
-/// The bits that FITS stores for a sample. T is the unsigned type of the same size for integers of 16 and 32 bits,
-/// whose BZERO turns the sign bit.
-template <class T>
-T Encode(float v, const FitsEncoding& encoding)
+/// What FITS adds to a stored integer to make a count of it: 16 and 32 bits are signed there.
+double CountOffset(int bits)
 {
-    if constexpr (std::is_floating_point_v<T>) {
-        return WithNan(v, encoding.undefined);
+    return bits == 16 ? 32768.0 : bits == 32 ? 2147483648.0 : 0.0;
+}
+
+/// The bits that FITS stores for a sample. T is the unsigned type of the same size for integers, whose sign bit
+/// CountOffset turns.
+template <class T>
+T Encode(float v, const Storage& storage)
+{
+    if constexpr (std::is_floating_point_v<T> || sizeof(T) == 1) {
+        return storage.Stored<T>(v);
     } else {
-        constexpr T kSignBit = sizeof(T) == 1 ? T{0} : static_cast<T>(T{1} << (sizeof(T) * 8 - 1));
-        const T count = encoding.undefined(v) ? T{0} : RoundTo<T>(v, encoding.low);
-        return static_cast<T>(count ^ kSignBit);
+        return static_cast<T>(storage.Stored<T>(v) ^ static_cast<T>(T{1} << (sizeof(T) * 8 - 1)));
     }
 }
 
@@ -54,8 +50,10 @@ void PadTo(OutputFile& file, std::size_t written, char filler)
     file.Write(padding.data(), padding.size());
 }
 
-Header LayoutCards(const CImage& image, int bits, const FitsEncoding& encoding)
+Header LayoutCards(const CImage& image, const Storage& storage)
 {
+    const int bits = storage.bits;
+    const double offset = CountOffset(bits);
     Header layout;
     const bool cube = image.GetPlanes() > 1;
     layout.Set("SIMPLE", true, "conforms to the FITS standard");
@@ -66,12 +64,15 @@ Header LayoutCards(const CImage& image, int bits, const FitsEncoding& encoding)
     if (cube) {
         layout.Set("NAXIS3", image.GetPlanes(), "planes");
     }
-    if (encoding.zero != 0.0) {
-        layout.Set("BZERO", static_cast<long long>(encoding.zero), "the integers are unsigned");
+    if (storage.isScaled) {
+        layout.Set("BZERO", storage.zero + storage.step * offset, "sample = BZERO + BSCALE * stored integer");
+        layout.Set("BSCALE", storage.step);
+    } else if (offset != 0.0) {
+        layout.Set("BZERO", static_cast<long long>(offset), "the integers are unsigned");
         layout.Set("BSCALE", 1);
     }
-    if (encoding.hasBlank) {
-        layout.Set("BLANK", static_cast<long long>(-encoding.zero), "stored value of undefined samples");
+    if (storage.hasBlank) {
+        layout.Set("BLANK", static_cast<long long>(-offset), "stored value of undefined samples");
     }
     return layout;
 }
@@ -90,7 +91,7 @@ void WriteHeader(OutputFile& file, const Header& layout, const Header& header)
 }
 
 template <class T>
-void WriteSamples(OutputFile& file, const CImage& image, const FitsEncoding& encoding)
+void WriteSamples(OutputFile& file, const CImage& image, const Storage& storage)
 {
     const auto width = static_cast<std::size_t>(image.GetWidth());
     const std::size_t bandRows = std::max<std::size_t>(1, kBandBytes / (width * sizeof(T)));
@@ -104,7 +105,7 @@ void WriteSamples(OutputFile& file, const CImage& image, const FitsEncoding& enc
         for (int y = 0; y < image.GetHeight(); ++y) {
             const float* row = RowOf(image, y, plane);
             std::transform(row, row + width, band.begin() + static_cast<std::ptrdiff_t>(rows * width),
-                           [&](float v) { return BigEndian(Encode<T>(v, encoding)); });
+                           [&](float v) { return BigEndian(Encode<T>(v, storage)); });
             if (++rows == bandRows) {
                 flush();
             }
@@ -116,16 +117,10 @@ void WriteSamples(OutputFile& file, const CImage& image, const FitsEncoding& enc
 
 } // namespace
 
-void WriteFits(OutputFile& file, const CStlImage& image, const Header& header, int bits)
+void WriteFits(OutputFile& file, const CStlImage& image, const Header& header, const Storage& storage)
 {
-    FitsEncoding encoding{UndefinedTest(image)};
-    if (bits > 0) {
-        encoding.zero = bits == 8 ? 0.0 : bits == 16 ? 32768.0 : 2147483648.0;
-        encoding.hasBlank = Survey(image).undefined;
-        encoding.low = encoding.hasBlank ? 1.0 : 0.0;
-    }
-    WriteHeader(file, LayoutCards(image, bits, encoding), header);
-    WithSampleType(bits, false, [&](auto type) { WriteSamples<decltype(type)>(file, image, encoding); });
+    WriteHeader(file, LayoutCards(image, storage), header);
+    WithSampleType(storage.bits, false, [&](auto type) { WriteSamples<decltype(type)>(file, image, storage); });
 }
 
 } // namespace corvane::io

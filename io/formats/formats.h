@@ -4,6 +4,7 @@
 #include <string>
 
 #include "corvane/core/stl_image.h"
+#include "io/formats/storage.h"
 #include "io/output_file.h"
 #include "io/reader.h"
 
@@ -25,9 +26,9 @@ bool IsFromCamera(const std::string& path);
 
 /// @name Writing an image in one format
 /// @{
-void WriteFits(OutputFile& file, const CStlImage& image, const Header& header, int bits);
-void WriteTiff(OutputFile& file, const CStlImage& image, const Header& header, int bits);
-void WritePng(OutputFile& output, const CStlImage& image, const Header& header, int bits);
+void WriteFits(OutputFile& file, const CStlImage& image, const Header& header, const Storage& storage);
+void WriteTiff(OutputFile& file, const CStlImage& image, const Header& header, const Storage& storage);
+void WritePng(OutputFile& output, const CStlImage& image, const Header& header, const Storage& storage);
 /// @}
 
 } // namespace corvane::io

@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <string>
 
 #include "corvane/core/blank.h"
 
@@ -47,29 +46,10 @@ struct UndefinedTest {
     bool operator()(float v) const { return std::isnan(v) || blank(v); }
 };
 
-/// A float with undefined samples as NaN.
-inline float WithNan(float v, const UndefinedTest& undefined)
-{
-    return undefined(v) ? std::numeric_limits<float>::quiet_NaN() : v;
-}
-
 /// A row of a working image.
 inline const float* RowOf(const CImage& image, int y, int plane)
 {
     return reinterpret_cast<const float*>(image.GetImageAdr(0, y, plane, 1));
 }
-
-/// What a look at every sample tells about how an image can be stored.
-struct SampleSurvey {
-    bool undefined = false; ///< some are NaN or blank
-    bool fractions = false; ///< some are no whole numbers
-    float min = std::numeric_limits<float>::infinity();
-    float max = -std::numeric_limits<float>::infinity();
-};
-SampleSurvey Survey(const CImage& image);
-
-/// Throws Error, naming the path, when the image has undefined samples, which unsigned integers of `format` cannot
-/// hold.
-void RefuseUndefined(const std::string& path, const SampleSurvey& survey, const std::string& format);
 
 } // namespace corvane::io

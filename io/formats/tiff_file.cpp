@@ -1,12 +1,14 @@
 #include "io/formats/tiff_file.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <new>
 #include <utility>
+
+#include <fcntl.h>
 
 #include "corvane/core/memory_budget.h"
 #include "io/error.h"
@@ -21,6 +23,9 @@ constexpr std::uint64_t kMostBytes = std::uint64_t{1} << 30; // that libtiff may
 TIFFOpenOptions* TiffFile::MakeOptions(std::uint64_t mostBytes)
 {
     TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
+    if (options == nullptr) {
+        throw std::bad_alloc();
+    }
     TIFFOpenOptionsSetErrorHandlerExtR(options, &TiffFile::OnMessage, this);
     TIFFOpenOptionsSetWarningHandlerExtR(options, &TiffFile::OnWarning, this);
     TIFFOpenOptionsSetMaxSingleMemAlloc(options, static_cast<tmsize_t>(mostBytes));
@@ -47,7 +52,11 @@ TiffFile::TiffFile(OutputFile& output, const std::string& mode) : path_(output.P
 
 TiffFile::~TiffFile()
 {
-    TIFFClose(tiff_);
+    // Whoever writes has flushed; a file that failed half-way is not to be finished, which libtiff would try and crash.
+    if (tiff_ != nullptr) {
+        TIFFSetMode(tiff_, O_RDONLY);
+        TIFFClose(tiff_);
+    }
 }
 
 void TiffFile::Check(bool good, const std::string& action)
@@ -56,7 +65,7 @@ void TiffFile::Check(bool good, const std::string& action)
         std::rethrow_exception(std::exchange(failure_, nullptr));
     }
     if (!good) {
-        throw Error(path_, message_.empty() ? action : action + ": " + message_);
+        throw Error(path_, message_[0] == '\0' ? action : action + ": " + message_.data());
     }
 }
 
@@ -68,9 +77,8 @@ std::string TiffFile::Text(int tag) const
 
 int TiffFile::OnMessage(TIFF*, void* self, const char*, const char* format, va_list arguments)
 {
-    std::array<char, 512> text{};
-    std::vsnprintf(text.data(), text.size(), format, arguments);
-    static_cast<TiffFile*>(self)->message_ = text.data();
+    auto& message = static_cast<TiffFile*>(self)->message_;
+    std::vsnprintf(message.data(), message.size(), format, arguments);
     return 1;
 }
 
@@ -96,6 +104,9 @@ tmsize_t TiffFile::OnWrite(thandle_t self, void* bytes, tmsize_t count)
 {
     auto* file = static_cast<TiffFile*>(self);
     const auto write = [=] {
+        if (bytes == nullptr) {
+            throw std::bad_alloc(); // that libtiff did not notice
+        }
         file->output_->Write(bytes, static_cast<std::size_t>(count));
         return count;
     };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <exception>
 #include <string>
@@ -30,6 +31,16 @@ public:
         TIFFGetFieldDefaulted(tiff_, static_cast<std::uint32_t>(tag), &value);
         return value;
     }
+    /// Sets a tag of a file being written. Without memory for it the file is given up unclosed: libtiff 4.5 would free
+    /// what it could not allocate.
+    template <class Value>
+    void Set(int tag, Value value)
+    {
+        if (TIFFSetField(tiff_, static_cast<std::uint32_t>(tag), value) != 1) {
+            tiff_ = nullptr;
+            Check(false, "cannot be written");
+        }
+    }
     /// The value of a tag that is a text; empty when there is none.
     std::string Text(int tag) const;
 
@@ -46,7 +57,7 @@ private:
     TIFFOpenOptions* MakeOptions(std::uint64_t mostBytes);
 
     std::string path_;
-    std::string message_;
+    std::array<char, 512> message_{}; ///< no string: it is written while libtiff's own frames are on the stack
     OutputFile* output_ = nullptr;
     std::exception_ptr failure_; ///< of the output file, kept while libtiff's own frames are on the stack
     TIFF* tiff_ = nullptr;

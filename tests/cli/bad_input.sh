@@ -24,6 +24,30 @@ check 1 '"error": "no such file".*"width": 120' info --json missing.fits "${ligh
 refuse 1 'light.*: dark: file = .*: is 90 x 120 .*the image is 120 x 90' \
     apply "${lights[0]}" -o out.fits "dark:file=$(echo turned/dark*)"
 refuse 1 "turned/dark.*90 x 120" stack "${lights[@]}" -o out.fits --dark turned/dark*
+# An input is replaced only when that is said, whatever its name.
+frame=$(readlink -f "${lights[0]}")
+cp "$frame" in.fits
+ln -s in.fits link.fits
+ln in.fits hard.fits
+for output in in.fits ./folder/../in.fits link.fits hard.fits; do
+    refuse 1 "^corvane: $output: is both input and output; --overwrite replaces it" apply in.fits -o $output invert
+done
+refuse 1 'is both input' apply "$frame" -o in.fits invert dark:file=link.fits
+check 0 '^$' render in.fits -o picture.png
+refuse 1 'is both input' render picture.png -o ./picture.png
+refuse 1 'is both input' apply link.fits[0] -o in.fits invert
+refuse 1 'is both input' composite "$frame" hard.fits -o in.fits --mode max
+check 0 '^$' apply in.fits -o link.fits --overwrite invert
+cmp -s in.fits hard.fits && fail '--overwrite did not replace the input'
+
+mkfifo pipe
+for file in pipe /dev/zero; do
+    refuse 1 "^corvane: $file: is a (pipe|device); only ordinary files are read" apply in.fits -o out.fits curve:file=$file
+    refuse 1 "^corvane: $file: is a (pipe|device); only" apply $file -o out.fits invert
+    refuse 1 "^corvane: $file: is a (pipe|device); only" apply in.fits -o out.fits flat:file=$file
+    CORVANE_CONFIG=$file refuse 1 "^corvane: $file: is a (pipe|device); only" ops
+done
+
 refuse 1 './out.png: is named for two outputs' stack "${lights[@]}" -o out.png --preview ./out.png
 refuse 1 'is both input and output' stack "${lights[@]}" -o "night/../${lights[1]}"
 refuse 1 'is both input and output' stack "${lights[0]}[0]" -o "${lights[0]}"

@@ -18,7 +18,7 @@ check 0 '^aligned by 1 star: dx .*, dy .*, angle 0.0000$' \
     composite "$a" "$b" -o aligned.fits --mode mean --align points --points 100,100 --overlay-points 103,98
 check 0 '^$' composite -q "$a" "$b" -o quiet.fits --mode mean --points 100,100 --overlay-points 103,98
 check 0 '^$' apply "$a" -o colour.fits to-color
-check 0 '^$' composite colour.fits "$a" -o colour.fits --mode difference --clamp
+check 0 '^$' composite colour.fits "$a" -o colour.fits --overwrite --mode difference --clamp
 
 refuse 2 '--mode = add: must be sum, mean' composite "$a" "$b" -o out.fits --mode add
 refuse 2 '--angle = nan: must be -360 to 360' composite "$a" "$b" -o out.fits --mode sum --angle nan

@@ -9,13 +9,22 @@ check 0 'max 1000,' info once.fits
 mapfile -t steps < <(fold -w 80 once.fits | sed -n 's/^HISTORY corvane apply \([^ ]*\) *$/\1/p')
 check 0 '^$' apply "${lights[0]}" -o again.fits "${steps[@]}"
 cmp -s once.fits again.fits || fail 'the steps in HISTORY give another result'
-check 0 '^$' apply again.fits -o again.fits --bits 16 to-color
+check 0 '^$' apply again.fits -o again.fits --overwrite --bits 16 to-color
 check 0 '320 x 240, 3 planes.*16 bits' info again.fits
 
 for levels in auto file 500,700; do
     check 0 '^$' render "${lights[0]}" -o "$levels.png" --levels "$levels"
     check 0 '320 x 240, 1 plane.*PNG, 8 bits' info "$levels.png"
 done
+# Floats in integers: refused, or on the scale that is asked for. FITS gives them back.
+check 0 '^$' apply once.fits -o unit.fits multiply:value=0.0001
+refuse 1 'unit.tif: a TIFF of 16 bits holds counts .*--bits-scale levels' apply unit.fits -o unit.tif --bits 16 to-color
+for scale in levels minmax unit; do
+    check 0 '^$' apply unit.fits -o scaled.tif --bits 16 --scale $scale to-color
+    check 0 '^$' apply unit.fits -o scaled.fits --bits 16 --scale $scale to-color
+    check 0 '16 bits' info scaled.tif scaled.fits
+done
+refuse 1 'keep their values' stack once.fits again.fits -o out.fits --bits-scale unit --align none
 cmp -s auto.png 500,700.png && fail '--levels makes no difference'
 
 check 0 '4 lights, 4 used, 0 rejected.*shift .*stack: s.fits.*preview: s.png' \

@@ -18,6 +18,7 @@ refuse 2 'steps is required' apply in.fits -o out.fits
 refuse 2 '--bits: 12 not in' apply in.fits -o out.fits --bits 12 invert
 refuse 2 '--levels = middling: must be auto, file or MIN,MAX' render in.fits -o out.png --levels middling
 refuse 2 '--method = mean: must be median|clipped-median|clipped-mean' stack in.fits -o out.fits --method mean
+refuse 2 '--scale: twice not in .*levels' apply in.fits -o out.tif --scale twice invert
 refuse 2 '--star' stack in.fits -o out.fits --star 5
 refuse 2 '--memory = 10 potatoes' stack in.fits -o out.fits --memory '10 potatoes'
 refuse 2 'no lights; put them first, or after `--`' stack -o out.fits --bias bias.fits light.fits
@@ -30,6 +31,12 @@ CORVANE_CONFIG=none.ini refuse 1 'none.ini: no such file' ops
 mkdir -p home/corvane
 printf 'Min=1\n' >home/corvane/settings.ini
 XDG_CONFIG_HOME=home refuse 1 'home/corvane/settings.ini: line 1: Min stands before the first \[section\]' ops
-"$CORVANE" ops >/dev/full 2>message && fail 'a full standard output went unnoticed'
-[[ $(<message) == *'standard output: cannot be written' ]] || fail "full standard output: $(<message)"
+for words in ops --help 'help stack' 'stack --help' --version; do
+    "$CORVANE" $words >/dev/full 2>message && fail "$words: a full standard output went unnoticed"
+    [[ $(<message) == 'corvane: standard output: cannot be written' ]] || fail "$words, full output: $(<message)"
+done
+for size in plenty 12X 100K -1; do
+    CORVANE_MEMORY=$size refuse 2 "CORVANE_MEMORY = $size: must be at least 1M, in bytes or with K, M or G" ops
+    CORVANE_MEMORY=$size check 0 '^corvane' --version
+done
 finish

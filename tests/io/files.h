@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
@@ -11,6 +12,7 @@
 #include "io/error.h"
 #include "io/frame.h"
 #include "tests/support/images.h"
+#include "tests/support/plain.h"
 
 namespace corvane::test {
 
@@ -77,6 +79,12 @@ protected:
 private:
     std::filesystem::path folder_;
 };
+
+/// Samples that are the same, or both undefined.
+inline bool SameSamples(const std::vector<float>& a, const std::vector<float>& b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](float x, float y) { return Near(x, y, 0); });
+}
 
 /// Values as bytes, the high byte first as FITS has them or the low one as our TIFF files do.
 template <class T>

@@ -10,12 +10,6 @@ namespace {
 using namespace corvane::io;
 using namespace corvane::test;
 
-/// Equal numbers, or both NaN.
-bool Same(const std::vector<float>& a, const std::vector<float>& b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](float x, float y) { return Near(x, y, 0); });
-}
-
 class Fits : public InFolder {};
 
 TEST_F(Fits, ReadsEveryKindOfSample)
@@ -46,7 +40,7 @@ TEST_F(Fits, ReadsEveryKindOfSample)
     };
     for (const auto& [name, bits, cards, data, samples, blank] : cases) {
         const Frame frame = Load(Write("a.fits", Hdu(Cards(bits, {2, 2}, cards), data)));
-        EXPECT_PRED2(Same, Samples(frame.image), samples) << name;
+        EXPECT_PRED2(SameSamples, Samples(frame.image), samples) << name;
         EXPECT_EQ(frame.image.GetOrgBitsPixel(), bits) << name;
         EXPECT_EQ(std::pair(frame.image.IsBlankUsed(), frame.image.GetBlank()), std::pair(blank != 0 ? 1 : 0, blank))
             << name;
@@ -72,10 +66,10 @@ TEST_F(Fits, SavesEveryKindOfSample)
         std::copy(samples.begin(), samples.end(), image.GetImageAdr(0, 0, 0));
         image.SetBlankUsed(blank != 0);
         image.SetBlank(blank);
-        Save(Path("a.fits"), image, {}, {bits});
+        Save(Path("a.fits"), image, {}, {bits, SampleScale::kNone});
         const Frame frame = Load(Path("a.fits"));
         SCOPED_TRACE(testing::Message() << bits << " bits, first sample " << samples[0]);
-        EXPECT_PRED2(Same, Samples(frame.image), loaded);
+        EXPECT_PRED2(SameSamples, Samples(frame.image), loaded);
         EXPECT_EQ(frame.image.IsBlankUsed() != 0 ? frame.image.GetBlank() : -1, loadedBlank);
         EXPECT_EQ(Read("a.fits").size() % 2880, 0U);
     }

@@ -8,6 +8,7 @@
 #include "io/reader.h"
 #include "tests/io/files.h"
 #include "tests/support/plain.h"
+#include "tests/support/posix/failing_malloc.h"
 #include "tests/support/storage.h"
 
 namespace {
@@ -63,27 +64,85 @@ TEST_F(Formats, DecodedFramesShareABound)
     ExpectError([&] { first->ReadRows(0, 0, 1, row.data()); }, Path("a.png"), "PNG");
 }
 
+TEST_F(Formats, IntegersOnAScale)
+{
+    const float step = 100.0F / 254; // of 8 bits, one of them for what is undefined
+    // The samples before and after, and what becomes of levels 0 to 100.
+    const std::tuple<const char*, SampleScale, std::vector<float>, std::vector<float>, double> cases[] = {
+        {"a.png", SampleScale::kNone, {-3, 0.6F}, {0, 1}, 100},
+        {"a.tif", SampleScale::kUnit, {0.25, 1}, {64, 255}, 25500},
+        {"a.png", SampleScale::kMinMax, {-1, 4}, {0, 255}, 5151},
+        {"a.tif", SampleScale::kMinMax, {7.5, 7.5}, {0, 0}, 23587.5},
+        {"a.tif", SampleScale::kLevels, {20, 300}, {51, 255}, 255},
+        {"a.fits", SampleScale::kLevels, {20, 300}, {20, 100}, 100},
+        {"a.fits", SampleScale::kMinMax, {-1, 4}, {-1, 4}, 100},
+        {"a.fits", SampleScale::kLevels, {NAN, 0.6F * step}, {NAN, step}, 100},
+        {"a.fits", SampleScale::kUnit, {NAN, NAN}, {0, 0}, 100}, // 0 is the blank then
+    };
+    for (const auto& [name, scale, samples, loaded, white] : cases) {
+        CStlImage image = Numbered(2, 1, 1);
+        std::copy(samples.begin(), samples.end(), image.GetImageAdr(0, 0, 0));
+        image.SetLevel(0, 0.0, 100.0);
+        image.SetOwnLevel(1);
+        Save(Path(name), image, {}, {8, scale});
+        const Frame frame = Load(Path(name));
+        SCOPED_TRACE(testing::Message() << name << ", scale " << static_cast<int>(scale) << ", " << samples[0]);
+        EXPECT_PRED2(SameSamples, Samples(frame.image), loaded);
+        EXPECT_NEAR(frame.image.GetLevelMax(0), white, 1e-9 * white);
+    }
+}
+
+TEST_F(Formats, SavedWholeOrNotWhateverAllocationFails)
+{
+    const CStlImage image = Numbered(20, 10, 3, 255);
+    Header header;
+    header.AddHistory(std::string(500, 'h'));
+    for (const std::string& path : {Path("a.fits"), Path("a.tif"), Path("a.png")}) {
+        Save(path, image, header, {8});
+        const std::string good = Read(std::filesystem::path(path).filename());
+        bool hasFailed = true;
+        for (long long allowed = 0; hasFailed; ++allowed) {
+            Write(std::filesystem::path(path).filename(), "old");
+            bool isSaved = true;
+            FailMalloc(allowed);
+            try {
+                Save(path, image, header, {8});
+            } catch (const Error&) {
+                isSaved = false;
+            }
+            hasFailed = EndFailing();
+            EXPECT_TRUE(Read(std::filesystem::path(path).filename()) == (isSaved ? good : "old"))
+                << path << " after " << allowed;
+        }
+        std::filesystem::remove(path);
+        EXPECT_EQ(FileCount(), 0U);
+    }
+}
+
 TEST_F(Formats, RefuseWhatTheyCannotHold)
 {
-    const std::tuple<const char*, int, std::vector<float>, std::string> cases[] = {
-        {"a.png", 0, {0, 65536}, "holds counts from 0 to 65535, the samples are 0 to 65536; save as FITS"},
-        {"a.png", 8, {0, 256}, "holds counts from 0 to 255"},
-        {"a.png", 0, {-1, 5}, "the samples are -1 to 5"},
-        {"a.png", 0, {0.25, 1}, "the samples are 0.25 to 1"},
-        {"a.png", 0, {NAN, 5}, "cannot hold undefined samples"},
-        {"a.png", -32, {1, 2}, "-32 bits cannot be saved in this format; it has 16, 8"},
-        {"a.tif", 16, {7, 5}, "cannot hold undefined samples"},
-        {"a.fits", 64, {1, 2}, "64 bits"},
-        {"a.jpg", 0, {1, 2}, "unknown format '.jpg'; frames are saved as .fits, .fit, .fts, .tif, .tiff, .png"},
-        {"a.fits.gz", 0, {1, 2}, "unknown format '.gz'"},
+    const std::tuple<const char*, SaveOptions, std::vector<float>, std::string> cases[] = {
+        {"a.png", {0}, {0, 65536}, "holds counts from 0 to 65535, the samples are 0 to 65536; save as FITS"},
+        {"a.png", {8}, {0, 256}, "holds counts from 0 to 255"},
+        {"a.tif", {16}, {0.5, 0}, "a TIFF of 16 bits holds counts from 0 to 65535, the samples are 0 to 0.5"},
+        {"a.fits", {32}, {5, -1}, "a FITS of 32 bits holds counts from 0 to 4294967295, the samples are -1 to 5"},
+        {"a.png", {0}, {-1, 5}, "the samples are -1 to 5"},
+        {"a.png", {0}, {0.25, 1}, "the samples are 0.25 to 1"},
+        {"a.png", {0}, {NAN, 5}, "cannot hold undefined samples"},
+        {"a.png", {-32}, {1, 2}, "-32 bits cannot be saved in this format; it has 16, 8"},
+        {"a.tif", {16, SampleScale::kUnit}, {0, 2}, "`unit` takes samples from 0 to 1, the samples are 0 to 2"},
+        {"a.fits", {0, SampleScale::kLevels}, {1, 2}, "has float samples, which keep their values"},
+        {"a.tif", {16}, {7, 5}, "TIFF of integers cannot hold undefined samples"},
+        {"a.fits", {64}, {1, 2}, "64 bits"},
+        {"a.jpg", {0}, {1, 2}, "unknown format '.jpg'; frames are saved as .fits, .fit, .fts, .tif, .tiff, .png"},
+        {"a.fits.gz", {0}, {1, 2}, "unknown format '.gz'"},
     };
-    for (const auto& [name, bits, samples, reason] : cases) {
+    for (const auto& [name, options, samples, reason] : cases) {
         CStlImage image = Numbered(2, 1, 1);
         std::copy(samples.begin(), samples.end(), image.GetImageAdr(0, 0, 0));
         image.SetBlankUsed(1);
         image.SetBlank(7);
-        const SaveOptions format{bits};
-        ExpectError([&, path = Path(name)] { Save(path, image, {}, format); }, Path(name), reason);
+        ExpectError([&, path = Path(name), options = options] { Save(path, image, {}, options); }, Path(name), reason);
         EXPECT_EQ(FileCount(), 0U) << name;
     }
     ExpectError([&] { Save(Path("a.fits"), CStlImage(), {}); }, Path("a.fits"), "no samples");

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <CLI/App.hpp>
+
+#include "io/frame.h"
+
+namespace corvane::cli {
+
+/// The image that a command writes.
+struct Output {
+    std::string path;
+    bool overwrite = false; ///< also when it is one of the inputs
+    io::SaveOptions save;
+};
+
+/// Adds `-o, --output`, which must be given, and `--overwrite`.
+void AddOutput(CLI::App& command, Output& output, const std::string& what);
+
+constexpr const char* kScaleNames = "--scale,--bits-scale";
+constexpr const char* kLongScaleName = "--bits-scale"; ///< for commands whose `--scale` is another
+
+/// Adds `--bits`, the sample format of an output, and what becomes of samples in integers.
+void AddSaveOptions(CLI::App& command, io::SaveOptions& save, const char* scaleNames = kScaleNames);
+
+/// Throws io::Error when an output is one of the inputs, by whatever names and links, or named twice. Only the image
+/// may replace an input, if it is to overwrite it. Further outputs of an empty name are not wanted.
+void CheckOutputs(const Output& image, const std::vector<std::string>& inputs,
+                  const std::vector<std::string>& others = {});
+
+} // namespace corvane::cli
