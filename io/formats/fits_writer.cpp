@@ -1,30 +1,16 @@
 #include <algorithm>
-#include <bit>
 #include <type_traits>
 #include <vector>
 
+#include "io/formats/big_endian.h"
 #include "io/formats/formats.h"
-#include "io/formats/samples.h"
+#include "io/formats/storage.h"
 
 namespace corvane::io {
 namespace {
 
 constexpr std::size_t kBlockBytes = 2880;
 constexpr std::size_t kBandBytes = std::size_t{1} << 20;
-
-template <class T>
-T BigEndian(T value)
-{
-    if constexpr (std::endian::native == std::endian::big || sizeof(T) == 1) {
-        return value;
-    } else if constexpr (sizeof(T) == 2) {
-        return std::bit_cast<T>(__builtin_bswap16(std::bit_cast<std::uint16_t>(value)));
-    } else if constexpr (sizeof(T) == 4) {
-        return std::bit_cast<T>(__builtin_bswap32(std::bit_cast<std::uint32_t>(value)));
-    } else {
-        return std::bit_cast<T>(__builtin_bswap64(std::bit_cast<std::uint64_t>(value)));
-    }
-}
 
 /// What FITS adds to a stored integer to make a count of it: 16 and 32 bits are signed there.
 double CountOffset(int bits)
