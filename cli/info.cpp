@@ -101,12 +101,18 @@ void AddExtension(Json& json, const std::optional<CFitsExtension>& extension)
 }
 
 // Without BAYERPAT a mosaic is taken as monochrome everywhere.
-void AddNote(Json& json, const io::FrameInfo& info)
+void AddNotes(Json& json, const io::FrameReader& reader)
 {
+    const io::FrameInfo& info = reader.Info();
     const auto pattern = info.planes == 1 ? io::HintedBayerPattern(info.header) : std::nullopt;
     if (pattern) {
-        json["note"] = "FILTER = " + *pattern + " names a Bayer pattern, but there is no BAYERPAT; `stack --bayer " +
-                       *pattern + "` or the step debayer:pattern=" + *pattern + " makes colours";
+        json["notes"].push_back("FILTER = " + *pattern +
+                                " names a Bayer pattern, but there is no BAYERPAT; `stack "
+                                "--bayer " +
+                                *pattern + "` or the step debayer:pattern=" + *pattern + " makes colours");
+    }
+    if (const std::string contradiction = reader.Contradiction(); !contradiction.empty()) {
+        json["notes"].push_back(contradiction);
     }
 }
 
@@ -126,10 +132,13 @@ void AddRecord(Json& json, const io::FrameReader& reader)
 // The listing for people is made from this, so that the two never differ.
 Json Describe(const std::string& file)
 {
-    const std::unique_ptr<io::FrameReader> reader = io::OpenFrame(file);
+    const std::unique_ptr<io::FrameReader> reader = io::OpenFrame(file, io::Cubes::kFirstPlane);
     const io::FrameInfo& info = reader->Info();
     Json json = {{"file", file},          {"format", info.format}, {"width", info.width},
                  {"height", info.height}, {"planes", info.planes}, {"bits", info.bits}};
+    if (info.plane != 0) {
+        json["cube"] = {{"axes", info.axes}, {"plane", info.plane}};
+    }
     AddExtension(json, info.extension);
     AddIfKnown(json, "blank_value", info.blank);
     AddHeader(json, info.header);
@@ -137,7 +146,7 @@ Json Describe(const std::string& file)
     for (const PlaneStatistics& plane : catalogue::ReadStatistics(*reader)) {
         json["statistics"].push_back(PlaneJson(plane));
     }
-    AddNote(json, info);
+    AddNotes(json, *reader);
     return json;
 }
 
@@ -191,6 +200,19 @@ std::string StatisticsText(const Json& plane)
     return text;
 }
 
+std::string CubeText(const Json& cube)
+{
+    std::string text;
+    long long planes = 1;
+    for (std::size_t i = 0; i < cube["axes"].size(); ++i) {
+        const auto size = cube["axes"][i].get<long long>();
+        text += (i == 0 ? "" : " x ") + std::to_string(size);
+        planes *= i < 2 ? 1 : size;
+    }
+    return text + ", plane " + std::to_string(cube["plane"].get<long long>()) + " of " + std::to_string(planes) +
+           ": choose one as FILE[plane N]";
+}
+
 void PrintStatistics(const Json& planes)
 {
     for (std::size_t i = 0; i < planes.size(); ++i) {
@@ -214,6 +236,9 @@ void Print(const Json& json)
     const auto number = [&](const char* key) { return std::to_string(json[key].get<int>()); };
     std::cout << json["file"].get<std::string>() << "\n";
     PrintLine("size", number("width") + " x " + number("height") + (json["planes"] == 1 ? ", 1 plane" : ", 3 planes"));
+    if (json.contains("cube")) {
+        PrintLine("cube", CubeText(json["cube"]));
+    }
     PrintLine("format", json["format"].get<std::string>() + ", " + number("bits") + " bits, rows " +
                             json["rows"].get<std::string>());
     if (json.contains("extension")) {
@@ -234,7 +259,9 @@ void Print(const Json& json)
         PrintLine(axis["type"].get<std::string>(), CoordinateText(axis));
     }
     PrintStatistics(json["statistics"]);
-    PrintIfKnown(json, "note", "note");
+    for (const Json& note : json.value("notes", Json::array())) {
+        PrintLine("note", note.get<std::string>());
+    }
 }
 
 // A file that cannot be read does not keep the others from being shown.

@@ -366,7 +366,7 @@ void Header::AddCard(std::string_view card)
     std::string text(card.substr(0, kCardLength));
     std::replace_if(
         text.begin(), text.end(), [](unsigned char c) { return c < ' ' || c == 127; }, ' ');
-    cards_.push_back(Padded(std::move(text)));
+    cards_.push_back(Padded(Printable(text)));
 }
 
 } // namespace corvane::io

@@ -1,6 +1,7 @@
 #include "io/reader.h"
 
 #include "io/error.h"
+#include "io/formats/bytes.h"
 #include "io/formats/cards.h"
 #include "io/formats/formats.h"
 #include "io/formats/limits.h"
@@ -65,13 +66,13 @@ void FrameReader::ReadRows(int plane, int firstRow, int rowCount, float* samples
     }
 }
 
-std::unique_ptr<FrameReader> OpenFrame(const std::string& path)
+std::unique_ptr<FrameReader> OpenFrame(const std::string& path, Cubes cubes)
 {
     constexpr std::size_t kMagicBytes = 16;
     const ChosenFile chosen = SplitChoice(path);
     const std::string start = ReadStart(chosen.file, kMagicBytes);
-    if (start.starts_with("SIMPLE") || IsCompressedFile(chosen.file)) {
-        return OpenFits(path, chosen.file, chosen.choice);
+    if (start.starts_with("SIMPLE") || IsPacked(start)) {
+        return OpenFits(path, chosen.file, chosen.choice, cubes);
     }
     if (!chosen.choice.empty()) {
         throw Error(path, "is not a FITS file, so it has no HDU to choose");

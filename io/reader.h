@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "corvane/core/fits_extension.h"
 #include "corvane/core/image.h"
@@ -29,6 +30,14 @@ struct FrameInfo {
     std::optional<int> blank;
     Header header;
     std::optional<CFitsExtension> extension; ///< the part of a FITS file that the frame comes from, with all its cards
+    std::vector<long long> axes; ///< of a FITS image: the sizes of all its axes
+    long long plane = 0;         ///< which plane of a cube this is, from 1; 0 for a frame
+};
+
+/// What becomes of an image whose planes are neither 1 nor 3 and of which none is chosen.
+enum class Cubes {
+    kRefuse,
+    kFirstPlane, ///< its first plane is opened, for a look at it
 };
 
 /// A frame on disk, read by bands of rows.
@@ -40,11 +49,16 @@ struct FrameInfo {
 ///   (BSCALE at least 1); otherwise it gives NaN and the image uses no blank value. Undefined floats are NaN.
 /// - Header cards that describe the file's layout (BITPIX, NAXISn, BSCALE, CHECKSUM and the like) are left out.
 /// - A colour filter mosaic stays one plane of counts.
-/// - FITS and TIFF read bands from the file. PNG, raw and gzipped FITS frames are decoded as a whole at the first read;
-///   decoded PNG and raw frames of all readers together take at most a quarter of the memory budget, the least recently
-///   used goes first and is decoded again when it is needed. A larger PNG is decoded row by row, in bands.
+/// - FITS and TIFF read bands from the file; a tile-compressed FITS image decodes the tiles of a band. PNG and raw
+///   frames are decoded as a whole at the first read; decoded frames of all readers together take at most a quarter of
+///   the memory budget, the least recently used goes first and is decoded again when it is needed. A larger PNG is
+///   decoded row by row, in bands.
 /// - What a reader and the library that decodes for it take at once is no more than the memory budget; a file that asks
 ///   for more is refused when it is opened, before that memory is taken.
+/// - A FITS file that is gzip- or LZW-compressed as a whole is unpacked into files without names in the folder for
+///   images beyond the memory budget, as far as it is read, and again after `Close`.
+/// - Tile-compressed data that do not have the sum which DATASUM states are an error; of plain data, whose sums go stale
+///   when programs edit them, `Contradiction` tells it.
 /// - A FITS or TIFF reader keeps its file open, one descriptor, from OpenFrame until it is closed or destroyed; a
 ///   closed one opens the file again when it is read. Members throw Error.
 /// Readers of one thread may be used next to those of another; one reader belongs to one thread at a time.
@@ -69,6 +83,9 @@ public:
     /// Reads rows firstRow to firstRow + rowCount - 1 of a plane, Width() samples each, one after the other.
     void ReadRows(int plane, int firstRow, int rowCount, float* samples);
 
+    /// Reads the whole of the file and tells where it contradicts itself: sums that do not hold. Empty when it does not.
+    virtual std::string Contradiction() { return {}; }
+
     /// Releases the file and all memory but the header; the next read opens it again.
     virtual void Close() = 0;
 
@@ -81,12 +98,14 @@ private:
     FrameInfo info_;
 };
 
-/// Opens a frame; its content, not its name, tells the format: FITS (also tile-compressed or gzipped), TIFF, PNG,
+/// Opens a frame; its content, not its name, tells the format: FITS (also tile-compressed, gzipped, or .Z), TIFF, PNG,
 /// camera raw.
 ///
 /// The HDU of a FITS file is chosen by number or name, `m31.fits[1]` or `m31.fits[SCI]` or `m31.fits[SCI,2]`, unless
 /// a file of just that name exists; without a choice it is the first that holds an image of 2 or more axes. One plane
-/// or three are read; NAXIS3 = 1 is one plane. Other special characters in a path have no meaning. Throws Error.
-CORVANE_VISIBLE std::unique_ptr<FrameReader> OpenFrame(const std::string& path);
+/// or three are read, over all axes beyond the second; of any other number, a cube, one is chosen: `cube.fits[plane 3]`,
+/// `cube.fits[SCI,2, plane 3]`. Planes are counted from 1 in the order of the file. Other special characters in a path
+/// have no meaning. Throws Error.
+CORVANE_VISIBLE std::unique_ptr<FrameReader> OpenFrame(const std::string& path, Cubes cubes = Cubes::kRefuse);
 
 } // namespace corvane::io

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <set>
 #include <tuple>
 #include <utility>
 
@@ -169,11 +170,14 @@ void AddCards(Header& header, std::string_view text)
 
 void Inherit(Header& header, const Header& other)
 {
-    const Header own = header;
+    std::set<std::string, std::less<>> own;
+    for (const std::string& card : header.Cards()) {
+        own.emplace(KeywordOf(card));
+    }
     bool taken = false;
     for (const std::string& card : other.Cards()) {
         const std::string_view keyword = KeywordOf(card);
-        taken = keyword == "CONTINUE" ? taken : !IsCommentary(keyword) && !own.Has(keyword);
+        taken = keyword == "CONTINUE" ? taken : !IsCommentary(keyword) && own.find(keyword) == own.end();
         if (taken) {
             header.AddCard(card);
         }

@@ -1,188 +1,237 @@
 #include "io/formats/fits_file.h"
 
-#include <array>
+#include <algorithm>
 #include <cmath>
-#include <filesystem>
+#include <limits>
 
+#include "corvane/core/memory_budget.h"
 #include "io/error.h"
 #include "io/formats/cards.h"
 
 namespace corvane::io {
 namespace {
 
-constexpr std::uint64_t kBlockBytes = 2880; // a file ends with a whole block
+constexpr std::size_t kBlockBytes = 2880;
+constexpr std::size_t kCardLength = 80;
+constexpr int kMostAxes = 999;
+constexpr long long kAny = std::numeric_limits<long long>::max();
 
-/// CFITSIO's own words for a failure; its stack of messages is left empty.
-std::string FailureText(int status)
+/// Headers of more are no headers. Cards take about twice the room of their text.
+std::uint64_t MostHeaderBytes()
 {
-    std::array<char, FLEN_STATUS> text{};
-    fits_get_errstatus(status, text.data());
-    std::string reason(text.data());
-    std::array<char, FLEN_ERRMSG> message{};
-    if (fits_read_errmsg(message.data()) != 0) {
-        reason += std::string(" (") + message.data() + ")";
+    return std::clamp<std::uint64_t>(MemoryBudget() / 8, 1U << 20U, 8U << 20U);
+}
+
+int ReadBits(const FitsKeys& keys, const char* keyword)
+{
+    const auto bits = keys.Integer(keyword).value_or(0);
+    if (bits != 8 && bits != 16 && bits != 32 && bits != 64 && bits != -32 && bits != -64) {
+        keys.Fail(keyword, "8, 16, 32, 64, -32 or -64");
     }
-    fits_clear_errmsg();
-    return reason;
+    return static_cast<int>(bits);
+}
+
+FitsImage ReadImage(const FitsKeys& keys, const std::string& prefix)
+{
+    FitsImage image;
+    image.bits = ReadBits(keys, (prefix + "BITPIX").c_str());
+    image.sizes.resize(static_cast<std::size_t>(keys.Whole(prefix + "NAXIS", 0, kMostAxes)));
+    for (std::size_t i = 0; i < image.sizes.size(); ++i) {
+        image.sizes[i] = keys.Whole(prefix + "NAXIS" + std::to_string(i + 1), 0, kAny);
+    }
+    return image;
+}
+
+/// Sizes come from a file that may say anything: the product is taken in floating point, where it cannot wrap.
+std::uint64_t CountDataBytes(const FitsKeys& keys)
+{
+    const FitsImage layout = ReadImage(keys, "");
+    if (layout.sizes.empty()) {
+        return 0;
+    }
+    const bool isPrimary = keys.Has("SIMPLE");
+    const bool hasGroups = isPrimary && keys.IsTrue("GROUPS") && layout.sizes[0] == 0;
+    double samples = 1.0;
+    for (std::size_t i = hasGroups ? 1 : 0; i < layout.sizes.size(); ++i) {
+        samples *= static_cast<double>(layout.sizes[i]);
+    }
+    if (!isPrimary || hasGroups) {
+        samples += static_cast<double>(keys.Whole("PCOUNT", 0, kAny, 0));
+        samples *= static_cast<double>(keys.Whole("GCOUNT", 0, kAny, 1));
+    }
+    const double bytes = samples * std::abs(layout.bits) / 8;
+    return bytes < 9e18 ? static_cast<std::uint64_t>(bytes) : std::numeric_limits<std::uint64_t>::max();
+}
+
+bool IsEnd(std::string_view card)
+{
+    return card.starts_with("END") && card.find_first_not_of(' ', 3) == card.npos;
+}
+
+bool SameText(const std::string& a, const std::string& b)
+{
+    const auto upper = [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; };
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [&](char x, char y) { return upper(x) == upper(y); });
 }
 
 } // namespace
 
-bool FitsImage::HasSamples() const
+bool FitsHdu::IsCompressedImage() const
 {
-    return axes > 0 && sizes[0] > 0 && (axes < 2 || sizes[1] > 0) && (axes < 3 || sizes[2] > 0);
+    return keys.Text("XTENSION") == "BINTABLE" && keys.IsTrue("ZIMAGE");
 }
 
-std::string FitsImage::Sizes() const
+std::uint64_t FitsHdu::End() const
 {
-    std::string text = std::to_string(sizes[0]);
-    for (int i = 1; i < axes && i < 3; ++i) {
-        text += " x " + std::to_string(sizes[i]);
+    const std::uint64_t left = std::numeric_limits<std::uint64_t>::max() - data;
+    return dataBytes > left - kBlockBytes ? std::numeric_limits<std::uint64_t>::max()
+                                          : data + (dataBytes + kBlockBytes - 1) / kBlockBytes * kBlockBytes;
+}
+
+std::string FitsHdu::Label() const
+{
+    const std::string extension = keys.Text("EXTNAME");
+    std::string what;
+    try {
+        const std::string xtension = keys.Text("XTENSION");
+        const bool table = (xtension == "BINTABLE" || xtension == "TABLE") && !IsCompressedImage();
+        const FitsImage image = DescribeImage(*this);
+        what = table ? "a table" : image.sizes.empty() ? "NAXIS = 0" : SizesText(image.sizes);
+    } catch (const Error& error) {
+        what = error.Reason();
     }
-    return axes > 3 ? text + " x ..." : text;
+    return std::to_string(number) + (extension.empty() ? "" : " " + extension) + ": " + what;
 }
 
-FitsFile::FitsFile(std::string name, const std::string& file) : name_(std::move(name))
-{
-    int status = 0;
-    // The absolute form keeps a leading '~' from meaning a home folder.
-    const std::string absolute = std::filesystem::absolute(file).string();
-    fits_open_diskfile(&file_, absolute.c_str(), READONLY, &status);
-    Check(status, "cannot be opened as FITS");
-}
-
-FitsFile::~FitsFile()
-{
-    int status = 0;
-    fits_close_file(file_, &status);
-    fits_clear_errmsg();
-}
-
-void FitsFile::Check(int status, const std::string& action) const
-{
-    if (status != 0) {
-        throw Error(name_, action + ": " + FailureText(status));
-    }
-}
-
-bool FitsFile::MoveTo(int hdu)
-{
-    int status = 0;
-    fits_movabs_hdu(file_, hdu, nullptr, &status);
-    trouble_ = status == 0 || status == END_OF_FILE ? "" : FailureText(status);
-    fits_clear_errmsg();
-    return status == 0;
-}
-
-FitsImage FitsFile::DescribeHdu()
-{
-    int status = 0;
-    int type = 0;
-    FitsImage image;
-    fits_get_hdu_num(file_, &image.hdu);
-    fits_get_hdu_type(file_, &type, &status);
-    image.compressed = fits_is_compressed_image(file_, &status) != 0;
-    if (type == IMAGE_HDU || image.compressed) {
-        fits_get_img_paramll(file_, 3, &image.bits, &image.axes, image.sizes, &status);
-    }
-    Check(status, "the header cannot be read");
-    return image;
-}
-
-std::string FitsFile::HduText()
-{
-    const FitsImage image = DescribeHdu();
-    std::array<char, FLEN_VALUE> name{};
-    int status = 0;
-    fits_read_key(file_, TSTRING, "EXTNAME", name.data(), nullptr, &status);
-    fits_clear_errmsg();
-    int type = 0;
-    status = 0;
-    fits_get_hdu_type(file_, &type, &status);
-    const bool table = type != IMAGE_HDU && !image.compressed;
-    const std::string label = std::to_string(image.hdu - 1) + (name[0] == '\0' ? "" : std::string(" ") + name.data());
-    return label + (table ? ": a table" : image.axes == 0 ? ": NAXIS = 0" : ": " + image.Sizes());
-}
-
-LONGLONG FitsFile::Key(const char* keyword)
-{
-    int status = 0;
-    LONGLONG value = 0;
-    fits_read_key(file_, TLONGLONG, keyword, &value, nullptr, &status);
-    Check(status, std::string(keyword) + " cannot be read");
-    return value;
-}
-
-void FitsFile::CheckDataSum()
-{
-    int status = 0;
-    int dataSum = 0;
-    int hduSum = 0;
-    fits_verify_chksum(file_, &dataSum, &hduSum, &status);
-    Check(status, "cannot be read");
-    if (dataSum < 0) {
-        throw Error(name_, "is damaged: its data do not have the sum that DATASUM states");
-    }
-}
-
-std::uint64_t FitsFile::NeededBytes(const FitsImage& image)
-{
-    int status = 0;
-    LONGLONG start = 0;
-    fits_get_hduaddrll(file_, nullptr, &start, nullptr, &status);
-    Check(status, "the header cannot be read");
-    // Sizes come from a file that may say anything: the product is taken in floating point, where it cannot wrap.
-    double bytes = static_cast<double>(start);
-    if (image.compressed) {
-        bytes += static_cast<double>(Key("NAXIS1")) * static_cast<double>(Key("NAXIS2")) +
-                 static_cast<double>(Key("PCOUNT"));
-    } else {
-        double samples = 1.0;
-        for (int i = 0; i < image.axes; ++i) {
-            samples *= static_cast<double>(image.sizes[i]);
-        }
-        bytes += samples * std::abs(image.bits) / 8;
-    }
-    return bytes < 9e18 ? (static_cast<std::uint64_t>(bytes) + kBlockBytes - 1) / kBlockBytes * kBlockBytes
-                        : UINT64_MAX;
-}
-
-std::string FitsFile::CardText()
-{
-    int status = 0;
-    int count = 0;
-    char* text = nullptr;
-    fits_hdr2str(file_, 0, nullptr, 0, &text, &count, &status);
-    Check(status, "the header cannot be read");
-    std::string cards(text);
-    fits_free_memory(text, &status);
-    return cards;
-}
-
-Header FitsFile::ReadCards()
+Header FitsHdu::CarriedCards() const
 {
     Header header;
-    AddCards(header, CardText());
+    AddCards(header, cards);
     return header;
 }
 
-CFitsExtension FitsFile::ReadExtension()
+CFitsExtension FitsHdu::Extension() const
 {
-    constexpr std::size_t kCardLength = 80;
-    const std::string text = CardText();
-    Header all;
-    CFitsExtension extension;
-    for (std::size_t i = 0; i < text.size() && text.compare(i, 8, "END     ") != 0; i += kCardLength) {
-        all.AddCard(std::string_view(text).substr(i, kCardLength));
-        extension.AddCard(all.Cards().back().c_str());
+    Header all; // in which every card is printable
+    for (std::size_t i = 0; i < cards.size(); i += kCardLength) {
+        all.AddCard(std::string_view(cards).substr(i, kCardLength));
     }
-    int hdu = 1;
-    fits_get_hdu_num(file_, &hdu);
-    extension.SetNumber(hdu - 1);
+    CFitsExtension extension;
+    extension.SetNumber(number);
     extension.SetName(all.Text("EXTNAME").value_or("").c_str());
     const double version = all.Number("EXTVER").value_or(1.0);
     extension.SetVersion(std::abs(version) < 1e9 ? static_cast<int>(version) : 1);
+    for (const std::string& card : all.Cards()) {
+        extension.AddCard(card.c_str());
+    }
     return extension;
+}
+
+double FitsImage::Planes() const
+{
+    double planes = 1.0;
+    for (std::size_t i = 2; i < sizes.size(); ++i) {
+        planes *= static_cast<double>(sizes[i]);
+    }
+    return planes;
+}
+
+bool FitsImage::HasSamples() const
+{
+    return sizes.size() >= 2 && std::find(sizes.begin(), sizes.end(), 0) == sizes.end();
+}
+
+FitsImage DescribeImage(const FitsHdu& hdu)
+{
+    if (hdu.IsCompressedImage()) {
+        return ReadImage(hdu.keys, "Z");
+    }
+    const std::string kind = hdu.keys.Text("XTENSION");
+    return hdu.keys.Has("SIMPLE") || kind == "IMAGE" || kind == "IUEIMAGE" ? ReadImage(hdu.keys, "") : FitsImage{};
+}
+
+std::string SizesText(const std::vector<long long>& sizes)
+{
+    constexpr std::size_t kMostShown = 8;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(sizes.size(), kMostShown); ++i) {
+        text += (i == 0 ? "" : " x ") + std::to_string(sizes[i]);
+    }
+    return sizes.size() > kMostShown ? text + " x ..." : text;
+}
+
+FitsFile::FitsFile(std::string name, const std::string& path) : name_(std::move(name)), source_(OpenBytes(name_, path))
+{
+    if (!ReadHdu(0, 0)) {
+        throw Error(name_, "cannot be opened as FITS: " + (trouble_.empty() ? "it holds nothing" : trouble_));
+    }
+}
+
+/// The cards of the header that begins at `start`, up to END; none where the file ends or something else begins.
+std::string FitsFile::ReadCards(std::uint64_t start)
+{
+    std::string cards;
+    std::string block(kBlockBytes, '\0');
+    for (;;) {
+        const std::size_t got =
+            source_->Read(start + cards.size(), {reinterpret_cast<unsigned char*>(block.data()), kBlockBytes});
+        if (cards.empty() && (got == 0 || !(block.starts_with("SIMPLE ") || block.starts_with("XTENSION")))) {
+            trouble_ = got == 0 ? "" : "bytes that are no HDU";
+            return {};
+        }
+        for (std::size_t i = 0; i + kCardLength <= got; i += kCardLength) {
+            if (IsEnd(std::string_view(block).substr(i, kCardLength))) {
+                return cards.append(block, 0, i);
+            }
+        }
+        cards.append(block, 0, got);
+        if (got < kBlockBytes || cards.size() > MostHeaderBytes()) {
+            trouble_ = got < kBlockBytes ? "a header without END"
+                                         : "a header of more than " + std::to_string(MostHeaderBytes()) + " bytes";
+            return {};
+        }
+    }
+}
+
+bool FitsFile::ReadHdu(std::uint64_t start, int number)
+{
+    trouble_.clear();
+    std::string cards = ReadCards(start);
+    if (cards.empty()) {
+        return false;
+    }
+    hdu_.number = number;
+    hdu_.start = start;
+    hdu_.data = start + (cards.size() + kCardLength + kBlockBytes - 1) / kBlockBytes * kBlockBytes;
+    hdu_.keys = FitsKeys(name_, cards);
+    hdu_.cards = std::move(cards);
+    hdu_.dataBytes = CountDataBytes(hdu_.keys);
+    return true;
+}
+
+bool FitsFile::MoveTo(int number)
+{
+    trouble_.clear();
+    if (number < hdu_.number && !ReadHdu(0, 0)) {
+        return false;
+    }
+    while (hdu_.number < number) {
+        if (!ReadHdu(hdu_.End(), hdu_.number + 1)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool FitsFile::MoveTo(const std::string& extension, long long version)
+{
+    for (bool found = MoveTo(0); found; found = MoveTo(hdu_.number + 1)) {
+        if (SameText(hdu_.keys.Text("EXTNAME"), extension) &&
+            (version == 0 || hdu_.keys.Integer("EXTVER").value_or(1) == version)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 } // namespace corvane::io

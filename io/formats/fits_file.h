@@ -1,64 +1,80 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
-
-#include <fitsio.h>
+#include <vector>
 
 #include "corvane/core/fits_extension.h"
+#include "io/formats/bytes.h"
+#include "io/formats/fits_keys.h"
 #include "io/header.h"
 
 namespace corvane::io {
 
-/// The image in the HDU that a FITS file stands at.
-struct FitsImage {
-    int hdu = 1; ///< counted from 1, as CFITSIO does
-    int bits = 0;
-    int axes = 0;
-    LONGLONG sizes[3] = {0, 0, 0};
-    bool compressed = false;
+/// One header and the data behind it.
+struct FitsHdu {
+    int number = 0;    ///< counted from 0
+    std::string cards; ///< all of them, 80 characters each, without END
+    FitsKeys keys;
+    std::uint64_t start = 0;     ///< where the header begins in the file
+    std::uint64_t data = 0;      ///< where the data begin
+    std::uint64_t dataBytes = 0; ///< without the filling of their last block; the largest number when beyond it
 
-    bool HasSamples() const;
-    std::string Sizes() const; ///< "721 x 720 x 3"
+    /// True when the HDU is a table whose rows are the tiles of an image.
+    bool IsCompressedImage() const;
+    /// Where the next HDU begins.
+    std::uint64_t End() const;
+    /// Its number, name and sizes in a few words: "1 SCI: 721 x 720 x 3".
+    std::string Label() const;
+    /// Cards that are carried over.
+    Header CarriedCards() const;
+    /// The HDU with all of its cards.
+    CFitsExtension Extension() const;
 };
 
-/// An open FITS file, whose name has no meaning beyond being a name. Members throw Error.
+/// The image in an HDU.
+struct FitsImage {
+    int bits = 0;                 ///< BITPIX
+    std::vector<long long> sizes; ///< along each axis; none when the HDU holds a table
+
+    /// Planes of all axes beyond the second together.
+    double Planes() const;
+    bool HasSamples() const; ///< of two axes or more
+    bool operator==(const FitsImage&) const = default;
+};
+
+/// Throws Error when the cards make no sense.
+FitsImage DescribeImage(const FitsHdu& hdu);
+
+/// "721 x 720 x 3"
+std::string SizesText(const std::vector<long long>& sizes);
+
+/// An open FITS file, plain or compressed as a whole. Members throw Error.
 class FitsFile {
 public:
     /// `name` stands in errors for the file.
-    FitsFile(std::string name, const std::string& file);
-    ~FitsFile();
-    FitsFile(const FitsFile&) = delete;
-    FitsFile& operator=(const FitsFile&) = delete;
+    FitsFile(std::string name, const std::string& path);
 
-    fitsfile* Get() const { return file_; }
-    /// Throws when CFITSIO reported a failure: `action`, and why.
-    void Check(int status, const std::string& action) const;
+    const std::string& Name() const { return name_; }
+    ByteSource& Source() { return *source_; }
+    const FitsHdu& Hdu() const { return hdu_; }
 
-    /// Goes to an HDU, counted from 1; false when there is none of that number.
-    bool MoveTo(int hdu);
+    /// Goes to an HDU, counted from 0; false when there is none of that number.
+    bool MoveTo(int number);
+    /// Goes to an HDU by EXTNAME, and by EXTVER unless `version` is 0.
+    bool MoveTo(const std::string& extension, long long version);
     /// Why the last `MoveTo` failed; empty when the file just ends there.
     const std::string& Trouble() const { return trouble_; }
-    /// The image of the present HDU; one without axes when it holds a table.
-    FitsImage DescribeHdu();
-    /// One word or two about the present HDU, for errors: "0: no samples".
-    std::string HduText();
-    /// Bytes of the file that the present HDU needs, to the end of the last block of its samples.
-    std::uint64_t NeededBytes(const FitsImage& image);
-    /// Throws when the data of the present HDU do not have the sum that its DATASUM states, if it has one.
-    void CheckDataSum();
-    /// Cards of the present HDU that are carried over.
-    Header ReadCards();
-    /// The present HDU with all of its cards.
-    CFitsExtension ReadExtension();
 
 private:
-    std::string CardText();
-    LONGLONG Key(const char* keyword);
+    bool ReadHdu(std::uint64_t start, int number);
+    std::string ReadCards(std::uint64_t start);
 
     std::string name_;
+    std::unique_ptr<ByteSource> source_;
+    FitsHdu hdu_;
     std::string trouble_;
-    fitsfile* file_ = nullptr;
 };
 
 } // namespace corvane::io

@@ -1,67 +1,80 @@
 #include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <filesystem>
-#include <limits>
-#include <vector>
 
 #include "corvane/core/truncate.h"
 #include "io/error.h"
 #include "io/formats/cards.h"
-#include "io/formats/fits_file.h"
+#include "io/formats/fits_choice.h"
+#include "io/formats/fits_samples.h"
+#include "io/formats/fits_sums.h"
 #include "io/formats/formats.h"
 #include "io/formats/limits.h"
+#include "io/formats/tiled_samples.h"
 
 namespace corvane::io {
 namespace {
 
-/// How BLANK shows in float samples.
-struct BlankRule {
-    std::optional<int> value; ///< the image's blank value
-    bool asNan = false;
+/// What of a FITS file is read.
+struct FitsView {
+    int hdu = 0;
+    FitsImage image;
+    long long firstPlane = 0;
+    SampleScale scale;
 };
 
-/// Undefined samples get the physical value of BLANK when it names them alone; see FrameReader.
-BlankRule ChooseBlank(double stored, double scale, double zero)
+/// Undefined samples get the physical value of BLANK when it names them alone, see FrameReader; that value, or nothing.
+std::optional<int> BlankValue(long long stored, const SampleScale& scale)
 {
-    const double physical = stored * scale + zero;
+    const double physical = static_cast<double>(stored) * scale.scale + scale.zero;
     const int whole = Truncate(physical);
     const bool exact = whole == physical && static_cast<double>(static_cast<float>(physical)) == physical;
-    return exact && std::abs(scale) >= 1.0 ? BlankRule{whole, false} : BlankRule{std::nullopt, true};
+    return exact && std::abs(scale.scale) >= 1.0 ? std::optional(whole) : std::nullopt;
 }
 
-BlankRule ReadBlank(const FitsFile& file, const FitsImage& image)
+/// BLANK of integers; a text there, as some programs write, says nothing.
+std::optional<long long> StoredBlank(const FitsHdu& hdu, const FitsImage& image)
 {
-    int status = 0;
-    LONGLONG stored = 0;
-    fits_read_key(file.Get(), TLONGLONG, image.compressed ? "ZBLANK" : "BLANK", &stored, nullptr, &status);
-    if (status != 0 && image.compressed) {
-        status = 0;
-        fits_read_key(file.Get(), TLONGLONG, "BLANK", &stored, nullptr, &status);
+    const bool isOfTiles = hdu.IsCompressedImage() && hdu.keys.Has("ZBLANK");
+    return image.bits > 0 ? hdu.keys.Integer(isOfTiles ? "ZBLANK" : "BLANK") : std::nullopt;
+}
+
+SampleScale ReadScale(const FitsKeys& keys)
+{
+    SampleScale scale{keys.Number("BSCALE", 1.0), keys.Number("BZERO", 0.0), {}};
+    if (scale.scale == 0.0) {
+        keys.Fail("BSCALE", "a number other than 0");
     }
-    double scale = 1.0;
-    double zero = 0.0;
-    int none = 0;
-    fits_read_key(file.Get(), TDOUBLE, "BSCALE", &scale, nullptr, &none);
-    none = 0;
-    fits_read_key(file.Get(), TDOUBLE, "BZERO", &zero, nullptr, &none);
-    fits_clear_errmsg();
-    if (image.bits < 0) {
-        // Quantised floats mark undefined samples in their own way; plain ones are NaN as they are.
-        return {std::nullopt, image.compressed};
-    }
-    return status == 0 ? ChooseBlank(static_cast<double>(stored), scale, zero) : BlankRule{};
+    return scale;
 }
 
 class FitsReader : public FrameReader {
 public:
-    FitsReader(FrameInfo info, std::string path, const FitsImage& image, bool blankAsNan,
-               std::unique_ptr<FitsFile> file)
-        : FrameReader(std::move(info)), path_(std::move(path)), image_(image), blankAsNan_(blankAsNan),
-          file_(std::move(file))
-    {}
+    FitsReader(FrameInfo info, std::string path, FitsView view, std::unique_ptr<FitsFile> file)
+        : FrameReader(std::move(info)), path_(std::move(path)), view_(std::move(view)), file_(std::move(file))
+    {
+        OpenSamples();
+    }
 
-    void Close() override { file_.reset(); }
+    std::string Contradiction() override
+    {
+        if (file_ == nullptr) {
+            Reopen();
+        }
+        switch (CompareSums(*file_)) {
+        case Sums::kHold:
+            return {};
+        case Sums::kHeaderDiffers:
+            return "the header does not fit the sum in CHECKSUM; the data fit theirs";
+        default:
+            return "the data do not have the sum that the header states";
+        }
+    }
+
+    void Close() override
+    {
+        samples_.reset();
+        file_.reset();
+    }
 
 private:
     void Read(int plane, int firstRow, int rowCount, float* samples) override
@@ -69,136 +82,109 @@ private:
         if (file_ == nullptr) {
             Reopen();
         }
-        LONGLONG first[] = {1, firstRow + 1, plane + 1};
-        const LONGLONG count = static_cast<LONGLONG>(Width()) * rowCount;
-        const int status = image_.bits == -64 && !image_.compressed ? ReadDoubles(first, count, samples)
-                                                                    : ReadFloats(first, count, samples);
-        file_->Check(status, "rows from " + std::to_string(firstRow) + " on cannot be read");
+        samples_->Read(view_.firstPlane + plane, firstRow, rowCount, samples);
     }
 
     void Reopen()
     {
         auto file = std::make_unique<FitsFile>(Path(), path_);
-        const FitsImage now = file->MoveTo(image_.hdu) ? file->DescribeHdu() : FitsImage{};
-        if (now.bits != image_.bits || !std::equal(std::begin(now.sizes), std::end(now.sizes), image_.sizes)) {
+        if (!file->MoveTo(view_.hdu) || DescribeImage(file->Hdu()) != view_.image) {
             throw Error(Path(), "has changed since it was opened");
         }
         file_ = std::move(file);
+        OpenSamples();
     }
 
-    int ReadFloats(LONGLONG* first, LONGLONG count, float* samples)
+    void OpenSamples()
     {
-        // With a value for undefined samples CFITSIO would also turn infinities into it and denormals into 0.
-        float nan = std::numeric_limits<float>::quiet_NaN();
-        int any = 0;
-        int status = 0;
-        fits_read_pixll(file_->Get(), TFLOAT, first, count, blankAsNan_ ? &nan : nullptr, samples, &any, &status);
-        return status;
-    }
-
-    /// CFITSIO would cut doubles to the range of float and call that an error.
-    int ReadDoubles(LONGLONG* first, LONGLONG count, float* samples)
-    {
-        doubles_.resize(static_cast<std::size_t>(Width()));
-        int status = 0;
-        for (LONGLONG done = 0; done < count && status == 0; done += Width(), ++first[1]) {
-            int any = 0;
-            fits_read_pixll(file_->Get(), TDOUBLE, first, Width(), nullptr, doubles_.data(), &any, &status);
-            std::transform(doubles_.begin(), doubles_.end(), samples + done,
-                           [](double v) { return static_cast<float>(v); });
-        }
-        return status;
+        samples_ = file_->Hdu().IsCompressedImage() ? OpenTiledSamples(*file_, view_.scale)
+                                                    : OpenPlainSamples(*file_, view_.image, view_.scale);
     }
 
     std::string path_;
-    FitsImage image_;
-    bool blankAsNan_;
+    FitsView view_;
     std::unique_ptr<FitsFile> file_;
-    std::vector<double> doubles_;
+    std::unique_ptr<FitsSamples> samples_; ///< of the file
 };
 
 std::string ListHdus(FitsFile& file)
 {
     constexpr int kMost = 12;
     std::string list;
-    for (int hdu = 1; hdu <= kMost && file.MoveTo(hdu); ++hdu) {
-        list += (hdu == 1 ? "" : "; ") + file.HduText();
+    for (int hdu = 0; hdu < kMost && file.MoveTo(hdu); ++hdu) {
+        list += (hdu == 0 ? "" : "; ") + file.Hdu().Label();
     }
     return file.Trouble().empty() ? list : list + "; then " + file.Trouble();
 }
 
 /// Goes to the first HDU that holds an image of two axes or more.
-FitsImage FindFirstImage(FitsFile& file, const std::string& name)
+FitsImage FindFirstImage(FitsFile& file)
 {
-    for (int hdu = 1; file.MoveTo(hdu); ++hdu) {
-        const FitsImage image = file.DescribeHdu();
-        if (image.axes >= 2 && image.HasSamples()) {
+    for (bool found = file.MoveTo(0); found; found = file.MoveTo(file.Hdu().number + 1)) {
+        if (FitsImage image = DescribeImage(file.Hdu()); image.HasSamples()) {
             return image;
         }
     }
-    throw Error(name, "holds no image of two axes or more (HDU " + ListHdus(file) + ")");
+    throw Error(file.Name(), "holds no image of two axes or more (HDU " + ListHdus(file) + ")");
 }
 
-bool MoveToNamed(FitsFile& file, const std::string& choice)
+FitsImage FindChosenImage(FitsFile& file, const FitsChoice& choice)
 {
-    const auto comma = choice.rfind(',');
-    int version = 0; // any
-    if (comma != choice.npos) {
-        const auto [end, error] = std::from_chars(choice.data() + comma + 1, choice.data() + choice.size(), version);
-        if (error != std::errc() || end != choice.data() + choice.size()) {
-            return false;
-        }
-    }
-    std::string extension = choice.substr(0, comma);
-    int status = 0;
-    fits_movnam_hdu(file.Get(), ANY_HDU, extension.data(), version, &status);
-    fits_clear_errmsg();
-    return status == 0;
-}
-
-FitsImage FindChosenImage(FitsFile& file, const std::string& name, const std::string& choice)
-{
-    int number = 0;
-    const auto [end, error] = std::from_chars(choice.data(), choice.data() + choice.size(), number);
-    const bool isNumber = error == std::errc() && end == choice.data() + choice.size();
-    const bool found = isNumber ? number >= 0 && number < 100000 && file.MoveTo(number + 1) : MoveToNamed(file, choice);
+    constexpr long long kMost = 100000;
+    const bool found =
+        choice.number ? *choice.number >= 0 && *choice.number < kMost && file.MoveTo(static_cast<int>(*choice.number))
+                      : file.MoveTo(choice.extension, choice.version);
     if (!found) {
-        throw Error(name, "has no HDU '" + choice + "' (it has HDU " + ListHdus(file) + ")");
+        throw Error(file.Name(), "has no HDU '" + choice.hdu + "' (it has HDU " + ListHdus(file) + ")");
     }
-    const FitsImage image = file.DescribeHdu();
-    if (image.axes < 2 || !image.HasSamples()) {
-        throw Error(name, "holds no image of two axes or more (HDU " + file.HduText() + ")");
+    FitsImage image = DescribeImage(file.Hdu());
+    if (!image.HasSamples()) {
+        throw Error(file.Name(), "holds no image of two axes or more (HDU " + file.Hdu().Label() + ")");
     }
     return image;
 }
 
-void CheckImage(FitsFile& file, const FitsImage& image, const std::string& name, const std::string& path)
+/// The planes that are read: all of a frame, one of a cube.
+void ChoosePlanes(const std::string& name, const FitsChoice& choice, Cubes cubes, const FitsImage& image,
+                  FrameInfo& info)
 {
-    if (image.axes > 3) {
-        throw Error(name, "NAXIS is " + std::to_string(image.axes) + "; images of 2 or 3 axes are read");
+    const double planes = image.Planes();
+    const bool isFrame = planes == 1.0 || planes == 3.0;
+    const std::string which = SizesText(image.sizes) + " samples";
+    if (choice.plane && static_cast<double>(*choice.plane) > planes) {
+        throw Error(name, "has no plane " + std::to_string(*choice.plane) + " in its " + which);
     }
-    CheckSize(name, path, {static_cast<double>(image.sizes[0]), static_cast<double>(image.sizes[1])},
-              image.axes == 3 ? static_cast<double>(image.sizes[2]) : 1.0, std::abs(image.bits));
-    const std::uint64_t needed = file.NeededBytes(image);
-    const std::uint64_t present = std::filesystem::file_size(path);
-    if (needed > present && !IsCompressedFile(path)) {
+    if (!isFrame && !choice.plane && cubes == Cubes::kRefuse) {
+        throw Error(name, "has " + std::to_string(static_cast<long long>(planes)) + " planes in its " + which +
+                              "; frames of 1 or 3 planes are read, and of others one plane, as '" +
+                              WithPlane(name, choice.hdu, "1") + "'");
+    }
+    info.axes = image.sizes;
+    info.plane = !isFrame || choice.plane ? choice.plane.value_or(1) : 0;
+    info.planes = info.plane == 0 && planes == 3.0 ? 3 : 1;
+}
+
+void CheckImage(FitsFile& file, const FitsImage& image, int planes, const std::string& path)
+{
+    const std::string& name = file.Name();
+    CheckSize(name, path, {static_cast<double>(image.sizes[0]), static_cast<double>(image.sizes[1])}, planes,
+              std::abs(image.bits));
+    const std::uint64_t needed = file.Hdu().End();
+    if (const auto present = file.Source().Size(); present && needed > *present) {
         throw Error(name, "is truncated: its header announces " + std::to_string(needed) + " bytes, there are " +
-                              std::to_string(present));
+                              std::to_string(*present));
     }
-    if (image.compressed) {
-        file.CheckDataSum(); // the decoders trust the data, damage could take the process down
+    if (file.Hdu().IsCompressedImage() && CompareSums(file) == Sums::kDataDiffer) {
+        throw Error(name, "is damaged: its data do not have the sum that DATASUM states");
     }
 }
 
-Header ReadHeader(FitsFile& file, int hdu)
+Header ReadHeader(FitsFile& file)
 {
-    Header header = file.ReadCards();
-    int inherit = 0;
-    int status = 0;
-    fits_read_key(file.Get(), TLOGICAL, "INHERIT", &inherit, nullptr, &status);
-    fits_clear_errmsg();
-    if (status == 0 && inherit != 0 && hdu > 1 && file.MoveTo(1)) {
-        Inherit(header, file.ReadCards());
+    const int hdu = file.Hdu().number;
+    Header header = file.Hdu().CarriedCards();
+    if (hdu > 0 && file.Hdu().keys.IsTrue("INHERIT") && file.MoveTo(0)) {
+        Inherit(header, file.Hdu().CarriedCards());
         file.MoveTo(hdu);
     }
     return header;
@@ -206,23 +192,34 @@ Header ReadHeader(FitsFile& file, int hdu)
 
 } // namespace
 
-std::unique_ptr<FrameReader> OpenFits(const std::string& name, const std::string& path, const std::string& choice)
+std::unique_ptr<FrameReader> OpenFits(const std::string& name, const std::string& path, const std::string& chosen,
+                                      Cubes cubes)
 {
+    const auto choice = ParseChoice(chosen);
+    if (!choice) {
+        throw Error(name, "'" + chosen + "' names no plane; they are counted from 1, as in 'plane 1'");
+    }
     auto file = std::make_unique<FitsFile>(name, path);
-    const FitsImage image = choice.empty() ? FindFirstImage(*file, name) : FindChosenImage(*file, name, choice);
-    CheckImage(*file, image, name, path);
-    const BlankRule blank = ReadBlank(*file, image);
+    FitsView view;
+    view.image = choice->hdu.empty() ? FindFirstImage(*file) : FindChosenImage(*file, *choice);
+    view.hdu = file->Hdu().number;
     FrameInfo info;
+    ChoosePlanes(name, *choice, cubes, view.image, info);
+    CheckImage(*file, view.image, info.planes, path);
+    view.firstPlane = std::max(info.plane - 1, 0LL);
+    view.scale = ReadScale(file->Hdu().keys);
+    if (const auto stored = StoredBlank(file->Hdu(), view.image)) {
+        info.blank = BlankValue(*stored, view.scale);
+        view.scale.undefined = info.blank ? std::nullopt : stored;
+    }
     info.path = name;
     info.format = "FITS";
-    info.width = static_cast<int>(image.sizes[0]);
-    info.height = static_cast<int>(image.sizes[1]);
-    info.planes = image.axes == 3 ? static_cast<int>(image.sizes[2]) : 1;
-    info.bits = image.bits;
-    info.blank = blank.value;
-    info.header = ReadHeader(*file, image.hdu);
-    info.extension = file->ReadExtension();
-    return std::make_unique<FitsReader>(std::move(info), path, image, blank.asNan, std::move(file));
+    info.width = static_cast<int>(view.image.sizes[0]);
+    info.height = static_cast<int>(view.image.sizes[1]);
+    info.bits = view.image.bits;
+    info.header = ReadHeader(*file);
+    info.extension = file->Hdu().Extension();
+    return std::make_unique<FitsReader>(std::move(info), path, std::move(view), std::move(file));
 }
 
 } // namespace corvane::io

@@ -13,9 +13,9 @@ namespace corvane::io {
 /// @name Opening a file of a known format
 /// @{
 
-/// `choice` names the HDU: "1", "SCI", "SCI,2", or nothing for the first image. `name` is the path as the user wrote
-/// it.
-std::unique_ptr<FrameReader> OpenFits(const std::string& name, const std::string& path, const std::string& choice);
+/// `choice` names HDU and plane, see FitsChoice; `name` is the path as the user wrote it.
+std::unique_ptr<FrameReader> OpenFits(const std::string& name, const std::string& path, const std::string& choice,
+                                      Cubes cubes);
 std::unique_ptr<FrameReader> OpenTiff(const std::string& path);
 std::unique_ptr<FrameReader> OpenPng(const std::string& path);
 /// Null when the file is no camera raw file.

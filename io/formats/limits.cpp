@@ -85,10 +85,4 @@ std::string ReadStart(const std::string& path, std::size_t count)
     return start;
 }
 
-bool IsCompressedFile(const std::string& path)
-{
-    const std::string start = ReadStart(path, 2);
-    return start == "\x1f\x8b" || start == "\x1f\x9d";
-}
-
 } // namespace corvane::io

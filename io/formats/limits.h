@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace corvane::io {
@@ -23,9 +24,6 @@ void CheckMemory(const std::string& name, const std::string& what, double bytes)
 
 /// What a reader may hold of decoded rows [bytes], unless one row takes more.
 std::size_t BandBytes();
-
-/// True when the file as a whole is gzip- or LZW-compressed.
-bool IsCompressedFile(const std::string& path);
 
 /// The first bytes of a file, at most `count`. Throws Error when the file is missing, a folder, empty or not readable.
 std::string ReadStart(const std::string& path, std::size_t count);

@@ -36,6 +36,7 @@ TEST_F(Fits, ReadsEveryKindOfSample)
         {"blank, fine scale", 16, {"BLANK = 0", "BSCALE = 0.1"}, bytes(I16{0, 1, 10, 20}), {NAN, 0.1F, 1, 2}, 0},
         {"blank, no whole number", 32, {"BLANK = 2", "BZERO = 0.5"}, bytes(I32{2, 1, 0, 3}), {NAN, 1.5, 0.5, 3.5}, 0},
         {"blank beyond int", 64, {"BLANK = 99999999999"}, bytes(I64{99999999999, 1, 2, 3}), {NAN, 1, 2, 3}, 0},
+        {"blank a text", 8, {"BLANK   = 'not applicable for this image file'"}, "\1\2\3\4", {1, 2, 3, 4}, 0},
         {"blank of floats", -32, {"BLANK = 1"}, bytes(F32{1, 2, 3, 4}), {1, 2, 3, 4}, 0},
     };
     for (const auto& [name, bits, cards, data, samples, blank] : cases) {
@@ -193,9 +194,33 @@ TEST_F(Fits, ReadsCompressedFiles)
     EXPECT_EQ(tiled.header.Cards().size(), 1U) << "only OBJECT says something about the sky";
     EXPECT_EQ(Samples(Load(Write("a.gz", Gzip(Tiled({"ZNAXIS1 = 3"})))).image), expected);
     const std::string cut = Gzip(Hdu(Cards(16, {40, 50}), std::string(4000, 'x'))).substr(0, 5000);
-    ExpectError([&] { Load(Write("a.gz", cut)); }, Path("a.gz"), "rows from 0 on cannot be read");
+    ExpectError([&] { Load(Write("a.gz", cut)); }, Path("a.gz"), "the file ends within the gzip data");
     ExpectError([&] { Load(Write("a.fz", Tiled({"ZNAXIS1 = 9"}))); }, Path("a.fz"), "number of tiles");
     ExpectError([&] { Load(Write("a.fz", Tiled({"ZNAXIS1 = 3", "DATASUM = '12345'"}))); }, Path("a.fz"), "DATASUM");
+}
+
+TEST_F(Fits, ReadsOnePlaneOfACube)
+{
+    std::string samples;
+    for (int i = 0; i < 12; ++i) {
+        samples += std::string(4, static_cast<char>(i));
+    }
+    auto extension = Cards(8, {2, 2, 4, 3}, {"PCOUNT = 0", "GCOUNT = 1", "EXTNAME = 'SCI'", "EXTVER = 2"});
+    extension[0] = "XTENSION= 'IMAGE'";
+    const std::string deep = Hdu(Cards(8, {2, 2, 3, 1}), std::string(12, '\5')) + Hdu(extension, samples);
+    Write("c.fits", deep);
+    EXPECT_EQ(Load(Path("c.fits")).image.GetPlanes(), 3) << "an axis of length 1 counts for nothing";
+    const std::pair<const char*, float> cases[] = {
+        {"c.fits[plane 2]", 5}, {"c.fits[1, plane 1]", 0}, {"c.fits[SCI,2, plane 6]", 5}, {"c.fits[sci,plane 12]", 11}};
+    for (const auto& [name, value] : cases) {
+        const auto reader = OpenFrame(Path(name));
+        EXPECT_EQ(reader->Info().plane, std::stoll(std::string(name).substr(std::string(name).find("plane ") + 6)));
+        EXPECT_EQ(Samples(Load(Path(name)).image), std::vector<float>(4, value)) << name;
+    }
+    EXPECT_EQ(OpenFrame(Path("c.fits[1]"), Cubes::kFirstPlane)->Info().axes, (std::vector<long long>{2, 2, 4, 3}));
+    ExpectError([&] { Load(Path("c.fits[1]")); }, Path("c.fits[1]"), "one plane, as '" + Path("c.fits[1, plane 1]'"));
+    ExpectError([&] { Load(Path("c.fits[plane 4]")); }, Path("c.fits[plane 4]"), "has no plane 4");
+    ExpectError([&] { Load(Path("c.fits[plane 0]")); }, Path("c.fits[plane 0]"), "counted from 1");
 }
 
 TEST_F(Fits, NamesHaveNoFurtherMeaning)
@@ -222,7 +247,11 @@ TEST_F(Fits, RefusesWhatItCannotRead)
         {"no END", std::string(good).replace(good.find("END"), 3, "   "), "cannot be opened as FITS"},
         {"NAXIS 0", hdu(8, {}), "no image of two axes or more (HDU 0: NAXIS = 0"},
         {"NAXIS 1", hdu(8, {64}), "no image of two axes or more (HDU 0: 64"},
-        {"NAXIS 4", hdu(8, {2, 2, 2, 2}), "NAXIS is 4"},
+        {"NAXIS 4", hdu(8, {2, 2, 2, 2}), "has 4 planes in its 2 x 2 x 2 x 2 samples"},
+        {"BSCALE 0", hdu(8, {2, 2}, {"BSCALE  = 0.0"}), "BSCALE is '0.0'; it must be a number other than 0"},
+        {"BZERO no number", hdu(8, {2, 2}, {"BZERO   = 'none'"}), "BZERO is 'none'; it must be a number"},
+        {"NAXIS2 no number", std::string(good).replace(good.find("= 50"), 4, "= no"),
+         "NAXIS2 is 'no'; it must be a wh"},
         {"two planes", hdu(8, {2, 2, 2}), "has 2 planes"},
         {"no rows", hdu(8, {777777701, 0}), "777777701 x 0"},
         {"overflow", hdu(-64, {4294967296, 4294967296}), "more than the file can hold"},

@@ -106,8 +106,8 @@ TEST(Header, KeepsStrangeCardsToTheLetter)
         EXPECT_EQ(header.Cards().back(), card);
     }
     EXPECT_EQ(header.Number("CARD"), 1.0) << "the first of several counts";
-    header.AddCard("BAD     = 'tab\there\n'");
-    EXPECT_EQ(header.Text("BAD"), "tab here");
+    header.AddCard("BAD     = 'tab\there\n\xe9'");
+    EXPECT_EQ(header.Text("BAD"), "tab here ?");
 }
 
 } // namespace
