@@ -49,7 +49,7 @@ std::vector<Operation> ColourMosaicOperations()
 {
     return {
         {.name = "debayer",
-         .summary = "make a colour image of a frame from a sensor with a Bayer mosaic",
+         .summary = "make a colour image of a frame with a Bayer mosaic",
          .help = "Each pixel of such a frame has a filter of one colour; the others are made from its neighbours. Do "
                  "it after calibration, before anything that moves or mixes samples. auto goes by BAYERPAT, XBAYROFF, "
                  "YBAYROFF and ROWORDER; a pattern that is given counts from the first row of the file. Colours are "

@@ -103,7 +103,7 @@ void RunContour(io::Frame& frame, Arguments& arguments, const Context& context)
 Operation Development()
 {
     return {.name = "ddp",
-            .summary = "digital development: show bright cores and faint detail together",
+            .summary = "show bright cores and faint detail together, as film does",
             .help = "Divides each sample by a blurred one plus the offset, both counted from black, as film saturates "
                     "where it is bright. A flat area as bright as the mean stays; what is at or below black stays too. "
                     "A frame that comes without display levels gets such as suit its sky first. The result is made for "

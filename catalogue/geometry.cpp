@@ -32,9 +32,7 @@ constexpr const char* kDropsMosaic = " Samples of a colour filter mosaic are mix
 constexpr const char* kFirstRow =
     " Screens show the first row where ROWORDER says, at the bottom when it says nothing.";
 constexpr const char* kCarriesSky = " World coordinates follow.";
-constexpr const char* kTurnsSky =
-    " World coordinates follow; CImgRotate alone always turns them by +90 or 180 degrees, "
-    "without what a picture that is not square needs.";
+constexpr const char* kTurnsSky = " World coordinates follow, of pictures that are not square too.";
 
 std::string SizeText(double width, double height)
 {
@@ -358,8 +356,7 @@ Operation Rotate()
         .name = "rotate",
         .summary = "turn the image by an angle",
         .help = std::string("Bilinear between samples, about the middle of the image.") + kFirstRow +
-                " World coordinates follow to the half pixel, which CImgRotate alone leaves them off by." +
-                kDropsMosaic,
+                " World coordinates follow to the half pixel." + kDropsMosaic,
         .parameters =
             {{.name = "angle", .summary = "clockwise on the screen", .unit = "degrees", .min = -360.0, .max = 360.0},
              {.name = "expand",
@@ -400,8 +397,7 @@ Operation Resize()
             .summary = "enlarge or reduce the image",
             .help = std::string("Interpolates between samples, with the first ones of old and new image in one place. "
                                 "Nothing is averaged: bin first to reduce an image by much.") +
-                    " Both methods give the same samples. World coordinates follow with both, to the half pixel, which "
-                    "CImgResolution alone does not see to." +
+                    " Both methods give the same samples. World coordinates follow with both, to the half pixel." +
                     kDropsMosaic,
             .parameters = {SideParameter("width", "in proportion to the height"),
                            SideParameter("height", "in proportion to the width"),
@@ -425,7 +421,7 @@ Operation Bin()
     return {.name = "bin",
             .summary = "add blocks of pixels up into one",
             .help = std::string("The result is the sum of a block, not its mean.") +
-                    " World coordinates follow, which CImgSoftBinning alone leaves as they were. XBINNING, YBINNING, "
+                    " World coordinates follow. XBINNING, YBINNING, "
                     "XPIXSZ and YPIXSZ are multiplied." +
                     kDropsMosaic,
             .parameters = {ColumnsParameter("columns that become one"),
@@ -447,8 +443,7 @@ Operation Canvas()
             .summary = "cut the image or give it a border, without resampling",
             .help =
                 std::string("The border has one brightness on the screen, counted by the levels of the first plane.") +
-                kFirstRow + " World coordinates follow, which CImgResize alone shifts the wrong way, or not." +
-                kCarriesMosaic,
+                kFirstRow + kCarriesSky + kCarriesMosaic,
             .parameters = {SideParameter("width", "the width stays"),
                            SideParameter("height", "the height stays"),
                            {.name = "anchor",

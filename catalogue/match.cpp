@@ -1,30 +1,101 @@
 #include "catalogue/match.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <string>
 
+#include "catalogue/error.h"
 #include "catalogue/numbers.h"
 #include "catalogue/placement.h"
 #include "catalogue/row_order.h"
-#include "corvane/combine/matching.h"
+#include "corvane/combine/cut_out_search.h"
 #include "io/error.h"
 
 namespace corvane::catalogue {
 namespace {
 
-/// The difference at an offset, of the kind by which it was found.
-double Rms(const CImgMatching& searched, const CStlImage& reference, double x, double y)
-{
-    double gains[3] = {1.0, 1.0, 1.0};
-    for (int plane = 0; plane < reference.GetPlanes(); ++plane) {
-        gains[plane] = static_cast<double>(searched.GetAvrGrayRaw(plane)) / reference.GetAvrGrayRaw(plane);
-    }
-    return std::sqrt(searched.CalcValue(&reference, x, y, gains));
-}
+constexpr double kRivalry = 1.5; // of 34 cut-outs of other fields that pass the least correlation, it leaves 8
 
-/// Without the rounding of the steps by which the search came there.
 double Tenths(double v)
 {
-    return std::round(v * 10.0) / 10.0;
+    return std::round(v * 10.0) / 10.0 + 0.0; // no -0
+}
+
+std::string SizeText(const CStlImage& image)
+{
+    return std::to_string(image.GetWidth()) + " x " + std::to_string(image.GetHeight());
+}
+
+std::string CorrelationText(double correlation)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "%.3f", correlation);
+    return text;
+}
+
+void CheckPair(const CStlImage& reference, const CStlImage& image)
+{
+    const char* const file = reference.GetOrgFileName();
+    const int planes = reference.GetPlanes();
+    if (planes != image.GetPlanes()) {
+        throw io::Error(file, "has " + std::to_string(planes) + (planes == 1 ? " plane" : " planes") +
+                                  "; the image has " + std::to_string(image.GetPlanes()));
+    }
+    if (reference.GetWidth() > image.GetWidth() || reference.GetHeight() > image.GetHeight()) {
+        throw io::Error(file, "is " + SizeText(reference) + ", larger than the image, which is " + SizeText(image));
+    }
+}
+
+/// "200.3,41"
+std::string PlaceText(const CutOutPlace& place)
+{
+    return ToText(Value(Tenths(place.x))) + "," + ToText(Value(Tenths(place.y)));
+}
+
+/// Two stars are alike in any field: one place must fit clearly better than the others do.
+void Judge(const CutOutPlace& found, const char* file, double least)
+{
+    const auto unexplained = [](double correlation) { return 1.0 - std::max(correlation, 0.0) * correlation; };
+    if (found.correlation < least) {
+        throw io::Error(file, "is not in the image: the best place, " + PlaceText(found) + ", has a correlation of " +
+                                  CorrelationText(found.correlation) + ", and " + ToText(Value(least)) + " is needed");
+    }
+    if (unexplained(found.rival) < kRivalry * unexplained(found.correlation)) {
+        throw io::Error(file, "is not to be told apart in the image: " + PlaceText(found) + " has a correlation of " +
+                                  CorrelationText(found.correlation) + ", and another place " +
+                                  CorrelationText(found.rival) + "; a larger cut-out may, or --start and --range");
+    }
+}
+
+/// The places to try along one axis, end exclusive.
+struct Places {
+    int begin;
+    int end;
+};
+
+Places PlacesAlong(int size, int imageSize, std::optional<double> start, int range)
+{
+    const int all = imageSize - size + 1;
+    if (!start) {
+        return {0, all};
+    }
+    const int half = range / 2;
+    const int middle = static_cast<int>(std::lround(*start));
+    return {std::max(middle - half, 0), std::min(middle + half + 1, all)};
+}
+
+CRect PlacesIn(const CStlImage& reference, const CStlImage& image, const MatchOptions& options)
+{
+    const auto start = [&](std::size_t axis) {
+        return options.start ? std::optional((*options.start)[axis]) : std::nullopt;
+    };
+    const Places columns = PlacesAlong(reference.GetWidth(), image.GetWidth(), start(0), options.range);
+    const Places rows = PlacesAlong(reference.GetHeight(), image.GetHeight(), start(1), options.range);
+    if (columns.begin >= columns.end || rows.begin >= rows.end) {
+        throw io::Error(reference.GetOrgFileName(), "lies whole in the image nowhere in the range");
+    }
+    return {columns.begin, rows.begin, columns.end, rows.end};
 }
 
 } // namespace
@@ -35,32 +106,27 @@ void CheckMatch(const MatchOptions& options)
         CheckRange("--start", v, -kMaxShift, kMaxShift);
     }
     CheckRange("--range", options.range, 0.0, kMaxMatchRange);
+    CheckRange("--least", options.least, 0.0, 1.0);
 }
 
 Match RunMatch(io::Frame& reference, io::Frame& image, const MatchOptions& options, const Context& context)
 {
     CheckMatch(options);
-    CStlImage& small = reference.image;
-    if (small.GetPlanes() != image.image.GetPlanes()) {
-        throw io::Error(small.GetOrgFileName(), "has " + std::to_string(small.GetPlanes()) +
-                                                    (small.GetPlanes() == 1 ? " plane" : " planes") +
-                                                    "; the image has " + std::to_string(image.image.GetPlanes()));
-    }
+    CheckPair(reference.image, image.image);
     BringToOrderOf(image, reference, context);
-    const int middleX = (image.image.GetWidth() - small.GetWidth()) / 2;
-    const int middleY = (image.image.GetHeight() - small.GetHeight()) / 2;
-    Match match{options.start ? (*options.start)[0] : middleX, options.start ? (*options.start)[1] : middleY, 0.0};
-    CImgMatching searched;
-    searched.Swap(&image.image);
-    const int isFound = searched.Do(&small, &match.x, &match.y, options.range, 1, context.showProgress);
-    match.rms = isFound != 0 ? Rms(searched, small, match.x, match.y) : 0.0;
-    match.x = Tenths(match.x);
-    match.y = Tenths(match.y);
-    image.image.Swap(&searched);
-    if (isFound == 0) {
-        throw io::Error(small.GetOrgFileName(), "overlaps the image nowhere in the range");
+    const CRect places = PlacesIn(reference.image, image.image, options);
+    std::optional<CutOutPlace> found;
+    try {
+        found = FindCutOut(reference.image, image.image, places, context.showProgress);
+    } catch (const SearchCancelled&) {
+        throw Cancelled();
     }
-    return match;
+    const char* const file = reference.image.GetOrgFileName();
+    if (!found) {
+        throw io::Error(file, "cannot be compared: it or what lies there is flat, or less than half of it is defined");
+    }
+    Judge(*found, file, options.least);
+    return {Tenths(found->x), Tenths(found->y), found->correlation, found->rms, found->rival};
 }
 
 } // namespace corvane::catalogue

@@ -8,28 +8,37 @@
 
 namespace corvane::catalogue {
 
-inline constexpr int kMaxMatchRange = 1024; ///< largest range of a match [pixels]
+/// @name Ranges and defaults of a match
+/// @{
+inline constexpr int kMaxMatchRange = 1024;      ///< largest range [pixels]
+inline constexpr int kDefaultMatchRange = 64;    ///< [pixels]
+inline constexpr double kLeastCorrelation = 0.7; ///< four of five cut-outs of other fields stay below it
+/// @}
 
-/// How a cut-out is looked for in an image; see CImgMatching.
+/// How a cut-out is looked for in an image; see `FindCutOut`.
 struct MatchOptions {
-    /// Where its first sample is expected [column and row of the image]; unset puts it into the middle.
+    /// Where its first sample is expected [column and row of the image]; unset looks everywhere.
     std::optional<std::array<double, 2>> start{};
-    int range = 64; ///< the offsets within half of it either way are tried [pixels, 0..1024]
+    int range = kDefaultMatchRange; ///< places within half of it of the start, either way, are tried [pixels, 0..1024]
+    double least = kLeastCorrelation; ///< a smaller correlation is no match [0..1]
 };
 
 /// Where a cut-out fits best.
 struct Match {
-    double x;   ///< column of the image on which its first sample falls
-    double y;   ///< row
-    double rms; ///< root of the mean squared difference, the mean brightness matched [raw units]
+    double x;           ///< column of the image on which its first sample falls
+    double y;           ///< row
+    double correlation; ///< 1 where the two differ by pedestal and gain alone
+    double rms;         ///< root of the mean squared difference once both are matched [raw units of the image]
+    double rival;       ///< the correlation at the best place that lies elsewhere; -1 for none
 };
 
 /// Throws Error, which names the option, its value and what is allowed.
 void CheckMatch(const MatchOptions& options);
 
-/// Finds the reference in the image, to a tenth of a pixel. The image is handed back as it was. Throws Error for
-/// options, io::Error when the planes of the two differ or when no offset in the range lets them overlap.
-/// A reference of the other order of rows is turned upside down first.
+/// Finds the reference in the image, where it must lie whole, to a tenth of a pixel. Throws Error for options and
+/// Cancelled; io::Error when the planes of the two differ, when the reference is the larger one or flat, when the image
+/// shows nothing like it, and when it does so in several places: where the best one leaves not much less of the
+/// reference unexplained than another. A reference of the other order of rows is turned upside down first.
 Match RunMatch(io::Frame& reference, io::Frame& image, const MatchOptions& options, const Context& context);
 
 } // namespace corvane::catalogue

@@ -1,6 +1,7 @@
 #include "catalogue/names.h"
 
 #include <algorithm>
+#include <cctype>
 #include <utility>
 
 #include "catalogue/error.h"
@@ -38,19 +39,23 @@ std::size_t Distance(std::string_view a, std::string_view b)
 
 std::vector<std::string> NearestNames(std::string_view word, const std::vector<std::string>& names)
 {
+    std::string typed(word);
+    std::transform(typed.begin(), typed.end(), typed.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
     std::vector<std::pair<std::size_t, std::string>> found;
     for (const std::string& name : names) {
-        const bool begins = word.size() > 1 && name.starts_with(word);
-        const std::size_t distance = begins ? 1 : Distance(word, name);
+        const bool begins = typed.size() > 1 && name.starts_with(typed);
+        const std::size_t distance = begins ? 1 : Distance(typed, name);
         if (distance <= std::max<std::size_t>(1, word.size() / 3)) {
             found.emplace_back(distance, name);
         }
     }
     std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-    found.resize(std::min(found.size(), kMostNames));
     std::vector<std::string> nearest;
     for (auto& [distance, name] : found) {
-        nearest.push_back(std::move(name));
+        if (distance == found.front().first && nearest.size() < kMostNames) {
+            nearest.push_back(std::move(name));
+        }
     }
     return nearest;
 }

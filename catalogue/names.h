@@ -7,8 +7,8 @@
 
 namespace corvane::catalogue {
 
-/// The names that somebody who typed `word` probably meant, nearest first, at most three: those that begin with it,
-/// or differ by few letters added, left out, changed or exchanged.
+/// The names that somebody who typed `word` probably meant, at most three that are equally near: those that begin with
+/// it, or differ by few letters added, left out, changed or exchanged. Small and capital letters are the same.
 std::vector<std::string> NearestNames(std::string_view word, const std::vector<std::string>& names);
 
 /// "; did you mean median or mean?" with the nearest names, or nothing when none is near.

@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "catalogue/error.h"
+#include "catalogue/groups.h"
 #include "catalogue/names.h"
 
 namespace corvane::catalogue {
@@ -11,10 +12,8 @@ namespace {
 std::vector<Operation> Gather()
 {
     std::vector<Operation> all;
-    for (const auto group : {ToneOperations, AdjustOperations, CalibrationOperations, MeasureOperations,
-                             ColourOperations, ColourMosaicOperations, SmoothOperations, SharpenOperations,
-                             RestoreOperations, DevelopOperations, GeometryOperations, DrawOperations}) {
-        std::vector<Operation> operations = group();
+    for (const Group& group : Groups()) {
+        std::vector<Operation> operations = group.operations();
         std::move(operations.begin(), operations.end(), std::back_inserter(all));
     }
     return all;
@@ -32,9 +31,12 @@ const Operation& FindOperation(std::string_view name)
 {
     const Operation* operation = FindNamed(Operations(), name);
     if (operation == nullptr) {
-        const std::string suggestion = Suggestion(name, Names(Operations()));
+        std::vector<std::string> meant = NearestNames(name, Names(Operations()));
+        for (const Operation* other : OperationsFor(meant.empty() ? name : std::string_view())) {
+            meant.push_back(other->name);
+        }
         throw Error("unknown step '" + std::string(name) + "'" +
-                    (suggestion.empty() ? "; `corvane ops` lists the steps" : suggestion));
+                    (meant.empty() ? "; `corvane ops` lists the steps" : "; did you mean " + Joined(meant) + "?"));
     }
     return *operation;
 }

@@ -236,7 +236,7 @@ Operation Lucy()
 Operation Maxent()
 {
     return {.name = "maxent",
-            .summary = "sharpen by undoing the blur, with the smoothest image that fits",
+            .summary = "undo the blur, with the smoothest image that fits",
             .help =
                 "Of all images above 0 that, blurred, agree with the samples to within the noise, it finds the one "
                 "of greatest entropy: what the samples do not ask for stays even. The restored samples lie half a "

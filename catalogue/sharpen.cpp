@@ -59,7 +59,7 @@ Operation Sharpen()
 Operation SharpenEdges()
 {
     return {.name = "sharpen-edges",
-            .summary = "sharpen where there are edges, and leave flat areas as they are",
+            .summary = "sharpen edges, and leave flat areas as they are",
             .help = "As sharpen, with the strength times the square of the edge: 0 in flat areas, 1 where the sample "
                     "differs from its four neighbours together by the range of the display levels or more. Levels that "
                     "show the image well (auto-levels) suit it.",

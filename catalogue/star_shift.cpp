@@ -5,8 +5,8 @@
 #include <limits>
 
 #include "catalogue/display_levels.h"
-#include "catalogue/match.h"
 #include "catalogue/numbers.h"
+#include "corvane/combine/matching.h"
 #include "corvane/core/blank.h"
 #include "corvane/filter/filter.h"
 #include "io/error.h"
@@ -49,7 +49,7 @@ void Change(CStlImage& image, Value value)
 
 /// A square about a place, smoothed so that a search between samples is not drawn to whole pixels, on a scale of its
 /// own: the sky, and what is undefined, at one level, the brightest 1 above it.
-io::Frame Cut(const io::Frame& frame, int plane, int centreX, int centreY, int size)
+CImgMatching Cut(const io::Frame& frame, int plane, int centreX, int centreY, int size)
 {
     CStlImage square = Square(frame.image, plane, centreX - size / 2, centreY - size / 2, size);
     const Sky sky = MeasureSky(square);
@@ -64,9 +64,15 @@ io::Frame Cut(const io::Frame& frame, int plane, int centreX, int centreY, int s
                                                           std::to_string(centreY));
     }
     Change(smooth, [&](double v) { return v / peak + kSkyLevel; });
-    io::Frame cut;
-    cut.image.Swap(&smooth);
+    CImgMatching cut;
+    cut.Swap(&smooth);
     return cut;
+}
+
+/// Without the rounding of the steps by which a search came there.
+double Tenths(double v)
+{
+    return std::round(v * 10.0) / 10.0;
 }
 
 void CheckInside(const io::Frame& first, const StarSearch& search)
@@ -89,11 +95,12 @@ Fit FindShift(const io::Frame& first, int firstPlane, io::Frame& frame, int plan
     const int y = static_cast<int>(search.at[1]);
     const int reach = search.range / 2;
     const int margin = reach + kFineReach;
-    io::Frame patch = Cut(first, firstPlane, x, y, search.size);
-    io::Frame window = Cut(frame, plane, x, y, search.size + 2 * margin);
-    const double start = margin; // of the patch in the window, since both have their middle on one place
-    const Match match = RunMatch(patch, window, {.start = std::array{start, start}, .range = search.range}, context);
-    const Fit fit{start - match.x, start - match.y, 0.0, 1};
+    CImgMatching patch = Cut(first, firstPlane, x, y, search.size);
+    CImgMatching window = Cut(frame, plane, x, y, search.size + 2 * margin);
+    double matchX = margin; // of the patch in the window, since both have their middle on one place
+    double matchY = margin;
+    window.Do(&patch, &matchX, &matchY, search.range, 1, context.showProgress);
+    const Fit fit{margin - Tenths(matchX), margin - Tenths(matchY), 0.0, 1};
     if (std::max(std::fabs(fit.dx), std::fabs(fit.dy)) >= reach) {
         throw io::Error(frame.image.GetOrgFileName(),
                         "the star is not within --range = " + std::to_string(search.range) + " of its place in " +

@@ -106,7 +106,7 @@ Operation AutoLevels()
 {
     const AutoLevelSettings defaults;
     return {.name = "auto-levels",
-            .summary = "choose display levels that show the sky dark and the objects bright",
+            .summary = "choose levels that show the sky dark and objects bright",
             .help = "Black and white are put around the mean of the samples, as many standard deviations away as "
                     "given, but not beyond the data. Mean and deviation of a monochrome image leave out stars. No "
                     "sample changes.",

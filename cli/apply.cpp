@@ -56,6 +56,9 @@ std::vector<std::string> InputsOf(const ApplyOptions& options, const std::vector
 
 int Apply(const ApplyOptions& options, const catalogue::Context& context)
 {
+    if (options.steps.empty()) {
+        throw UsageError("no step is given: `corvane ops` lists them (see `corvane help apply`)");
+    }
     const std::vector<catalogue::Step> steps = ParseSteps(options.steps);
     io::CheckSave(options.output.path, options.output.save);
     CheckOutputs(options.output, InputsOf(options, steps));
@@ -80,8 +83,7 @@ void AddApply(CLI::App& app, Session& session)
     AddSaveOptions(command, options->output.save);
     command.add_option("input", options->input, "The image to read")->required()->type_name("IN");
     command.add_option("steps", options->steps, "What to do: name[:key=value,...], as clip:min=0,max=65535")
-        ->required()
-        ->type_name("STEP");
+        ->type_name("STEP ...");
     command.footer("`corvane ops` lists the steps. A comma within a value is written twice. Each step is noted in the "
                    "result's header.");
     command.callback(

@@ -12,12 +12,14 @@
 
 #include "catalogue/error.h"
 #include "catalogue/names.h"
+#include "catalogue/operations.h"
 #include "cli/cancel.h"
 #include "cli/memory_size.h"
 #include "cli/progress_bar.h"
 #include "cli/session.h"
 #include "cli/settings.h"
 #include "cli/terminal.h"
+#include "io/error.h"
 #include "stack/options.h"
 
 namespace corvane::cli {
@@ -29,13 +31,30 @@ int Fail(ExitStatus status, const char* reason) noexcept
     return status;
 }
 
+std::vector<std::string> CommandNames(const CLI::App& app)
+{
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(command->get_name());
+    }
+    return names;
+}
+
+// What to say to somebody who wants help on what is no command: it may be a step.
+std::string OtherHelp(const CLI::App& app, const std::string& topic)
+{
+    const bool isStep = catalogue::FindNamed(catalogue::Operations(), topic) != nullptr;
+    return isStep ? "; it is a step of `apply`: see `corvane ops " + topic + "`"
+                  : catalogue::Suggestion(topic, CommandNames(app)) + " (see `corvane help`)";
+}
+
 void PrintHelp(const CLI::App& app, const std::string& topic)
 {
     const CLI::App* described = &app;
     if (!topic.empty()) {
         const auto found = app.get_subcommands([&](const CLI::App* command) { return command->get_name() == topic; });
         if (found.empty()) {
-            throw UsageError("there is no command '" + topic + "'; see `corvane help`");
+            throw UsageError("there is no command '" + topic + "'" + OtherHelp(app, topic));
         }
         described = found.front();
     }
@@ -81,15 +100,6 @@ void AddCommands(CLI::App& app, std::string& topic, Session& session)
     app.footer("Exit status: 0 done, 1 failed, 2 the command line is wrong, 130 cancelled.");
 }
 
-std::vector<std::string> CommandNames(const CLI::App& app)
-{
-    std::vector<std::string> names;
-    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
-        names.push_back(command->get_name());
-    }
-    return names;
-}
-
 std::vector<std::string> OptionNames(const CLI::App& command)
 {
     std::vector<std::string> names;
@@ -120,6 +130,13 @@ std::string Mistake(const CLI::App& app, const CLI::ParseError& error)
                                  catalogue::Suggestion(unknown.front(), CommandNames(app));
 }
 
+// " stack", or nothing while no command is known.
+std::string ChosenCommand(const CLI::App& app)
+{
+    const std::vector<CLI::App*> chosen = app.get_subcommands();
+    return chosen.empty() ? std::string() : " " + chosen.front()->get_name();
+}
+
 // Returns the exit status when there is nothing more to do.
 std::optional<int> Parse(CLI::App& app, int argc, char** argv)
 {
@@ -132,7 +149,7 @@ std::optional<int> Parse(CLI::App& app, int argc, char** argv)
         std::cout << version.what() << "\n";
         return kDone;
     } catch (const CLI::ParseError& error) {
-        throw UsageError(Mistake(app, error) + " (see `corvane help`)");
+        throw UsageError(Mistake(app, error) + " (see `corvane help" + ChosenCommand(app) + "`)");
     }
     return std::nullopt;
 }
@@ -174,7 +191,13 @@ int Run(int argc, char** argv) noexcept
         return Fail(kWrongUsage, error.what());
     } catch (const catalogue::Error& error) {
         return Fail(kWrongUsage, error.what());
+    } catch (const stack::OptionError& error) {
+        return Fail(kWrongUsage, error.what());
+    } catch (const io::NameError& error) {
+        return Fail(kWrongUsage, error.what());
     } catch (const Cancelled& cancelled) {
+        return Fail(kCancelled, cancelled.what());
+    } catch (const catalogue::Cancelled& cancelled) {
         return Fail(kCancelled, cancelled.what());
     } catch (const stack::Cancelled& cancelled) {
         return Fail(kCancelled, cancelled.what());

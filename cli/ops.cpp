@@ -6,6 +6,8 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include "catalogue/groups.h"
+#include "catalogue/names.h"
 #include "catalogue/operations.h"
 #include "cli/session.h"
 #include "cli/terminal.h"
@@ -117,48 +119,103 @@ Json ToJson(const Parameter& parameter)
     return json;
 }
 
+/// The title of the group that lists an operation.
+std::string GroupOf(const Operation& operation)
+{
+    for (const catalogue::Group& group : catalogue::Groups()) {
+        if (catalogue::FindNamed(group.operations(), operation.name) != nullptr) {
+            return group.title;
+        }
+    }
+    return {};
+}
+
 Json ToJson(const Operation& operation)
 {
     Json parameters = Json::array();
     for (const Parameter& parameter : operation.parameters) {
         parameters.push_back(ToJson(parameter));
     }
-    return {{"name", operation.name}, {"aliases", operation.aliases},           {"summary", operation.summary},
-            {"help", operation.help}, {"planes", PlanesText(operation.planes)}, {"parameters", parameters}};
+    return {{"name", operation.name},       {"aliases", operation.aliases}, {"group", GroupOf(operation)},
+            {"summary", operation.summary}, {"help", operation.help},       {"planes", PlanesText(operation.planes)},
+            {"parameters", parameters}};
 }
 
-void PrintAll()
+void PrintLine(const Operation& operation, int width)
 {
-    const int width = TerminalWidth(STDOUT_FILENO);
-    for (const Operation& operation : catalogue::Operations()) {
-        PrintOperation(operation, width);
+    std::cout << Wrapped("  " + operation.name, operation.summary, kNameColumns + 4, width);
+}
+
+/// One line for each step, under the titles of the groups.
+void PrintAll(int width)
+{
+    std::string title;
+    for (const catalogue::Group& group : catalogue::Groups()) {
+        if (group.title != title) {
+            std::cout << (title.empty() ? "" : "\n") << group.title << "\n";
+            title = group.title;
+        }
+        for (const Operation& operation : group.operations()) {
+            PrintLine(operation, width);
+        }
     }
+    std::cout << "\n`corvane ops NAME` explains one; NAME may be any word, as blur.\n";
 }
 
-void PrintOne(const Operation& operation)
+void PrintOne(const Operation& operation, int width)
 {
-    const int width = TerminalWidth(STDOUT_FILENO);
     PrintOperation(operation, width);
     PrintHelp(operation, width);
 }
 
-void PrintJson(const std::string& name)
+/// What a name or another word stands for: one operation, or those that may serve. Throws catalogue::Error for nothing.
+std::vector<const Operation*> Meant(const std::string& word)
+{
+    if (const Operation* named = catalogue::FindNamed(catalogue::Operations(), word)) {
+        return {named};
+    }
+    std::vector<const Operation*> serving = catalogue::OperationsFor(word);
+    return serving.empty() ? std::vector{&catalogue::FindOperation(word)} : serving;
+}
+
+void PrintMeant(const std::string& word, int width)
+{
+    const std::vector<const Operation*> meant = Meant(word);
+    if (meant.size() == 1) {
+        PrintOne(*meant.front(), width);
+        return;
+    }
+    std::cout << "No step is called " << word << "; these may serve:\n";
+    for (const Operation* operation : meant) {
+        PrintLine(*operation, width);
+    }
+}
+
+/// One object for a word that stands for one step, else a list.
+void PrintJson(const std::string& word)
 {
     Json json = Json::array();
-    for (const Operation& operation : catalogue::Operations()) {
-        json.push_back(ToJson(operation));
+    if (word.empty()) {
+        for (const Operation& operation : catalogue::Operations()) {
+            json.push_back(ToJson(operation));
+        }
+    } else {
+        for (const Operation* operation : Meant(word)) {
+            json.push_back(ToJson(*operation));
+        }
     }
-    std::cout << (name.empty() ? json : ToJson(catalogue::FindOperation(name))).dump(2) << "\n";
+    std::cout << (!word.empty() && json.size() == 1 ? json.front() : json).dump(2) << "\n";
 }
 
 int Ops(const OpsOptions& options)
 {
+    const int width = TerminalWidth(STDOUT_FILENO);
     if (options.json) {
         PrintJson(options.name);
     } else if (options.name.empty()) {
-        PrintAll();
+        PrintAll(width);
     } else {
-        PrintOne(catalogue::FindOperation(options.name));
+        PrintMeant(options.name, width);
     }
     return kDone;
 }
@@ -170,7 +227,10 @@ void AddOps(CLI::App& app, Session& session)
     CLI::App& command = *app.add_subcommand("ops", "List what `apply` can do");
     auto options = std::make_shared<OpsOptions>();
     AddCommonOptions(command, session);
-    command.add_option("name", options->name, "The step to explain; else all are listed")->type_name("NAME");
+    command
+        .add_option("name", options->name,
+                    "The step to explain, or a word for what it should do, as blur; else all are listed")
+        ->type_name("NAME");
     command.add_flag("--json", options->json, "Print JSON");
     command.callback([&session, options] { session.work = [options] { return Ops(*options); }; });
 }

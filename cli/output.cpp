@@ -70,7 +70,7 @@ void AddSaveOptions(CLI::App& command, io::SaveOptions& save, const char* scaleN
 void CheckOutputs(const Output& image, const std::vector<std::string>& inputs, const std::vector<std::string>& others)
 {
     if (!image.overwrite && IsInput(image.path, inputs)) {
-        throw io::Error(image.path, "is both input and output; --overwrite replaces it");
+        throw io::NameError(image.path, "is both input and output; --overwrite replaces it");
     }
     std::vector<std::string> seen;
     if (!image.path.empty()) { // some commands write no image
@@ -81,12 +81,12 @@ void CheckOutputs(const Output& image, const std::vector<std::string>& inputs, c
             continue;
         }
         if (IsInput(other, inputs)) {
-            throw io::Error(other, "is both input and output");
+            throw io::NameError(other, "is both input and output");
         }
         if (std::any_of(seen.begin(), seen.end(), [&](const std::string& path) {
                 return IsSameFile(path, other) || PlaceOf(path) == PlaceOf(other);
             })) {
-            throw io::Error(other, "is named for two outputs");
+            throw io::NameError(other, "is named for two outputs");
         }
         seen.push_back(other);
     }

@@ -6,7 +6,7 @@
 
 namespace corvane::cli {
 
-/// Throws the io::Error that `SavePicture` would throw for the path alone.
+/// Throws the io::Error that `SavePicture` would throw for the path alone, io::NameError unless it ends with .png.
 void CheckPicture(const std::string& path);
 
 /// Writes the frame as a picture for the screen, the right way up. `levels` is a catalogue step that sets the display

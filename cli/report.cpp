@@ -95,7 +95,7 @@ std::string TimesText(const stack::Registration& lights)
 void CheckReport(const std::string& path)
 {
     if (std::none_of(kEndings.begin(), kEndings.end(), [&](const char* ending) { return path.ends_with(ending); })) {
-        throw io::Error(path, "is no name for a report; it must end with .json, .csv or .html");
+        throw io::NameError(path, "is no name for a report; it must end with .json, .csv or .html");
     }
     io::OutputFile::Check(path);
 }

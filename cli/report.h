@@ -6,7 +6,7 @@
 
 namespace corvane::cli {
 
-/// Throws io::Error when the path is no name for a report: it must end with .json, .csv or .html and can be written.
+/// Throws io::NameError unless the path ends with .json, .csv or .html, io::Error when it cannot be written.
 void CheckReport(const std::string& path);
 
 /// Writes what became of each light: JSON or CSV with everything that is known of it, or a page with plots that needs

@@ -61,7 +61,7 @@ void CheckWords(const WidthWords& words)
     CheckStarWords(words.stars, {words.stars.map, words.plot});
     if (!words.plot.empty()) {
         if (!words.plot.ends_with(kPlotEnding)) {
-            throw io::Error(words.plot, std::string("is no name for a plot; it must end with ") + kPlotEnding);
+            throw io::NameError(words.plot, std::string("is no name for a plot; it must end with ") + kPlotEnding);
         }
         io::OutputFile::Check(words.plot);
     }

@@ -24,4 +24,10 @@ private:
     std::string reason_;
 };
 
+/// A name that no file could have, whatever the others hold: nothing is written under it, or another output has it.
+class CORVANE_VISIBLE NameError : public Error {
+public:
+    using Error::Error;
+};
+
 } // namespace corvane::io

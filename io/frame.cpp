@@ -76,9 +76,9 @@ const Format& ChooseFormat(const std::string& path, SaveOptions& options)
         for (const int choice : format.bits) {
             choices += (choices.empty() ? "" : ", ") + std::to_string(choice);
         }
-        throw Error(path, std::to_string(bits) + " bits cannot be saved in this format; it has " + choices);
+        throw NameError(path, std::to_string(bits) + " bits cannot be saved in this format; it has " + choices);
     }
-    throw Error(path, "unknown format '" + ExtensionOf(path) + "'; frames are saved as " + known);
+    throw NameError(path, "unknown format '" + ExtensionOf(path) + "'; frames are saved as " + known);
 }
 
 /// Reads all samples, band by band with the planes inside, so that a format which stores them together decodes once.

@@ -16,11 +16,11 @@ bool Exists(const std::string& path)
     return fs::exists(path, error);
 }
 
-const char* KindOf(const fs::file_status& status)
+std::string KindOf(const std::string& path, const fs::file_status& status)
 {
     switch (status.type()) {
     case fs::file_type::directory:
-        return "is a folder";
+        return "is a folder; name its files, as " + (fs::path(path) / "*.fits").string();
     case fs::file_type::fifo:
         return "is a pipe; only ordinary files are read";
     case fs::file_type::character:
@@ -51,7 +51,7 @@ void CheckOrdinaryFile(const std::string& path)
         throw Error(path, status.type() == fs::file_type::not_found ? "no such file" : error.message());
     }
     if (!fs::is_regular_file(status)) {
-        throw Error(path, KindOf(status));
+        throw Error(path, KindOf(path, status));
     }
 }
 

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "corvane/core/text.h"
+#include "stack/names.h"
 
 namespace corvane::stack {
 
@@ -40,6 +41,22 @@ void CheckReference(const Options& options)
 {
     if (ReferenceIndex(options) < 0) {
         throw OptionError("--reference", options.referenceFile, "one of the lights, by the name that it has there");
+    }
+}
+
+/// Options that do nothing without another one.
+void CheckCompany(const Options& options)
+{
+    if (options.reference && options.align != AlignMethod::kShift) {
+        throw OptionError("--star", std::to_string(options.reference->x) + "," + std::to_string(options.reference->y),
+                          "--align shift, which aligns by one star");
+    }
+    if (options.alignsScale && options.align != AlignMethod::kStars) {
+        throw OptionError("--scale", "alone", "--align stars, which tell it");
+    }
+    if (options.weight != WeightMethod::kNone && options.method != CombineMethod::kClippedMean) {
+        throw OptionError("--weight", NameOf(kWeightNames, options.weight),
+                          "--method clipped-mean, since a median counts all lights the same");
     }
 }
 
@@ -91,6 +108,7 @@ void CheckOptions(const Options& options)
     CheckRange("--reject-stars", options.rejectStars, kMaxReject);
     CheckRange("--reject-background", options.rejectBackground, kMaxReject);
     CheckReference(options);
+    CheckCompany(options);
     if (options.cosmetic && options.darks.empty()) {
         throw OptionError("--cosmetic", "alone", "darks, which tell the hot pixels: add --dark");
     }

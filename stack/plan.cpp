@@ -159,14 +159,16 @@ void FindPatterns(const Options& options, Plan& plan)
     plan.isMosaic = plan.planes == 1 && (stated || options.mosaic == MosaicUse::kPattern);
     const bool moves = options.align != AlignMethod::kNone;
     if (options.mosaic == MosaicUse::kPattern && plan.planes != 1) {
-        throw OptionError("--bayer", "a pattern", "lights of one plane; " + first.Path() + " is " + SizeText(first));
+        throw io::Error(first.Path(), "the light is " + SizeText(first) + "; --bayer takes lights of one plane");
     }
     if (!plan.isMosaic || (options.mosaic == MosaicUse::kAuto && !moves)) {
         return;
     }
     if (options.mosaic == MosaicUse::kKeep) {
         if (moves) {
-            throw OptionError("--bayer", "none", "--align none, since moving a mosaic mixes its colours");
+            throw io::Error(first.Path(),
+                            "is a mosaic, which --bayer none keeps; stack with --align none, since moving it "
+                            "mixes its colours");
         }
         return;
     }
@@ -223,14 +225,16 @@ void CheckPatch(const Options& options, const Plan& plan)
     }
     const int smaller = std::min(plan.width, plan.height);
     if (options.size > smaller) {
-        throw OptionError("--size", std::to_string(options.size),
-                          "at most " + std::to_string(smaller) + ", the smaller side of the lights");
+        throw io::Error(plan.lights.Path(0), "--size = " + std::to_string(options.size) + ": must be at most " +
+                                                 std::to_string(smaller) + ", the smaller side of the lights");
     }
     if (options.reference) {
         const auto [x, y] = *options.reference;
         if (x < 0 || x >= plan.width || y < 0 || y >= plan.height) {
-            throw OptionError("--star", std::to_string(x) + "," + std::to_string(y),
-                              "0,0 to " + std::to_string(plan.width - 1) + "," + std::to_string(plan.height - 1));
+            throw io::Error(plan.lights.Path(0), "--star = " + std::to_string(x) + "," + std::to_string(y) +
+                                                     ": must lie within the lights, 0,0 to " +
+                                                     std::to_string(plan.width - 1) + "," +
+                                                     std::to_string(plan.height - 1));
         }
     }
 }

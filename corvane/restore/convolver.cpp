@@ -49,10 +49,15 @@ void Convolver::SetPsf(float* psf, const RestoreStage& stage)
     for (float* row = psf; row != end; row += Width()) {
         std::rotate(row, row + peak % Width(), row + Width());
     }
-    transform_.Forward(psf, transfer_.data());
+    SetKernel(psf);
     const float sum = transfer_[0];
     std::transform(transfer_.begin(), transfer_.end(), transfer_.begin(), [=](float v) { return v / sum; });
     stage.Reach(1.0);
+}
+
+void Convolver::SetKernel(const float* kernel)
+{
+    transform_.Forward(kernel, transfer_.data());
 }
 
 template <class Product>

@@ -8,7 +8,7 @@
 
 namespace corvane {
 
-/// Circular convolution of planes of one size with one point-spread function, by Fourier transform.
+/// Circular convolution of planes of one size with one function, as a point-spread function, by Fourier transform.
 class CORVANE_VISIBLE Convolver {
 public:
     /// Prepares for planes of a size. Throws std::bad_alloc.
@@ -22,9 +22,11 @@ public:
     /// Takes the function from a plane of the same size, brought to a sum of 1. Its peak, the first largest sample of the
     /// first row that holds it, becomes the origin; the plane is left with the peak there.
     void SetPsf(float* psf, const RestoreStage& stage);
+    /// Takes any function from a plane of the same size, as it is: its origin is the first sample.
+    void SetKernel(const float* kernel);
     /// Convolves a plane with the function. `out` may be `in`.
     void Convolve(const float* in, float* out, const RestoreStage& stage);
-    /// Correlates a plane with the function, the transpose of the former.
+    /// Correlates a plane with the function, the transpose of the former. `out` may be `in`.
     void Correlate(const float* in, float* out, const RestoreStage& stage);
 
 private:

@@ -1,8 +1,10 @@
 #include "catalogue/step.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "catalogue/error.h"
+#include "catalogue/groups.h"
 #include "catalogue/operations.h"
 #include "corvane/platform/registry.h"
 #include "tests/io/files.h"
@@ -17,6 +19,7 @@ TEST(Step, RefusesWhatIsWrongByNameValueAndRange)
 {
     const std::pair<const char*, const char*> cases[] = {
         {"", "unknown step ''; `corvane ops` lists the steps"},
+        {"Blur", "unknown step 'Blur'; did you mean gaussian, mean or median?"},
         {"inver", "unknown step 'inver'; did you mean invert?"},
         {"to", "unknown step 'to'; did you mean to-grey or to-color?"},
         {"auto-lveels", "unknown step 'auto-lveels'; did you mean auto-levels?"},
@@ -114,6 +117,7 @@ TEST(Operations, AreDescribedInFullAndFoundByEveryName)
 {
     for (const Operation& operation : Operations()) {
         EXPECT_FALSE(operation.summary.empty() || operation.help.empty() || !operation.run) << operation.name;
+        EXPECT_LE(operation.summary.size(), 60U) << operation.name; // or the list would not have one line a step
         EXPECT_EQ(&FindOperation(operation.name), &operation);
         for (const std::string& alias : operation.aliases) {
             EXPECT_EQ(&FindOperation(alias), &operation) << alias;
@@ -125,6 +129,17 @@ TEST(Operations, AreDescribedInFullAndFoundByEveryName)
             }
         }
     }
+}
+
+TEST(Operations, AreFoundByWordsThatPeopleTry)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"ASINH", "curve"}, {"blur", "gaussian"}, {"cosmic", "hot-pixels"}, {"isophote", "contour"}, {"pixel", "bin"}};
+    for (const auto& [word, name] : cases) {
+        const std::vector<const Operation*> found = OperationsFor(word);
+        EXPECT_EQ(std::count(found.begin(), found.end(), &FindOperation(name)), 1) << word;
+    }
+    EXPECT_TRUE(OperationsFor("to").empty());
 }
 
 } // namespace

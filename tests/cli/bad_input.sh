@@ -30,13 +30,13 @@ cp "$frame" in.fits
 ln -s in.fits link.fits
 ln in.fits hard.fits
 for output in in.fits ./folder/../in.fits link.fits hard.fits; do
-    refuse 1 "^corvane: $output: is both input and output; --overwrite replaces it" apply in.fits -o $output invert
+    refuse 2 "^corvane: $output: is both input and output; --overwrite replaces it" apply in.fits -o $output invert
 done
-refuse 1 'is both input' apply "$frame" -o in.fits invert dark:file=link.fits
+refuse 2 'is both input' apply "$frame" -o in.fits invert dark:file=link.fits
 check 0 '^$' render in.fits -o picture.png
-refuse 1 'is both input' render picture.png -o ./picture.png
-refuse 1 'is both input' apply link.fits[0] -o in.fits invert
-refuse 1 'is both input' composite "$frame" hard.fits -o in.fits --mode max
+refuse 2 'is both input' render picture.png -o ./picture.png
+refuse 2 'is both input' apply link.fits[0] -o in.fits invert
+refuse 2 'is both input' composite "$frame" hard.fits -o in.fits --mode max
 check 0 '^$' apply in.fits -o link.fits --overwrite invert
 cmp -s in.fits hard.fits && fail '--overwrite did not replace the input'
 
@@ -48,14 +48,16 @@ for file in pipe /dev/zero; do
     CORVANE_CONFIG=$file refuse 1 "^corvane: $file: is a (pipe|device); only" ops
 done
 
-refuse 1 './out.png: is named for two outputs' stack "${lights[@]}" -o out.png --preview ./out.png
-refuse 1 'is both input and output' stack "${lights[@]}" -o "night/../${lights[1]}"
-refuse 1 'is both input and output' stack "${lights[0]}[0]" -o "${lights[0]}"
-for output in folder none/out.fits out.jpg; do
+refuse 2 './out.png: is named for two outputs' stack "${lights[@]}" -o out.png --preview ./out.png
+refuse 2 'is both input and output' stack "${lights[@]}" -o "night/../${lights[1]}"
+refuse 2 'is both input and output' stack "${lights[0]}[0]" -o "${lights[0]}"
+mkdir folder.png
+for output in folder.png none/out.png; do
     refuse 1 "^corvane: $output: " apply "${lights[0]}" -o $output invert
     refuse 1 "^corvane: $output: " render "${lights[0]}" -o $output
     refuse 1 "^corvane: $output: " stack "${lights[@]}" -o out.fits --preview $output
 done
+refuse 1 'folder: is a folder; name its files, as folder/\*.fits' info folder
 
 # A limit for the size of files stands for a full disk. What was there before stays.
 olds=(old.fits old.tif old.png)

@@ -4,24 +4,63 @@ source "$(dirname "$0")/check.bash"
 check 0 '^corvane [0-9.]+$' --version
 check 0 'info .*render .*apply .*stack .*ops ' --help
 check 0 '^Calibrate, align.*corvane stack .*The stack to write: \.fits, \.tif or \.png.*--method' stack --help
-check 0 '^invert .*auto-levels .*-100 to 100.*default 0\.2' ops
+check 0 '^Levels
+  invert .*
+  auto-levels  .*
+Calibration
+  dark ' ops
+check 0 '^auto-levels .*-100 to 100.*default 0\.2' ops auto-levels
+check 0 'No step is called blur; these may serve:
+  gaussian .*
+  mean ' ops blur
+check 0 'List what `apply` can do' help ops
 check 0 'Also called to-gray' ops to-grey
-check 0 '"name": "auto-levels".*"default": "0.2"' ops --json
+check 0 '"name": "auto-levels".*"group": "Levels".*"default": "0.2"' ops --json
 
 refuse 2 'a command is needed'
-refuse 2 "unknown command 'stak'; did you mean stack\?" stak
-refuse 2 "there is no command 'stak'" help stak
+for word in stak Stack stacks; do
+    refuse 2 "unknown command '$word'; did you mean stack\? \(see \`corvane help\`\)" $word
+done
+refuse 2 "there is no command 'stak'; did you mean stack\?" help stak
+refuse 2 'it is a step of `apply`: see `corvane ops median`' help median
+refuse 2 "unknown step 'nosuch'; \`corvane ops\` lists the steps" ops nosuch
 refuse 2 "unknown option '--versio'; did you mean --version\?" --versio
 refuse 2 "unknown option '--out'; did you mean --output\?" stack --out a.fits b.fits
-refuse 2 '--output is required' apply in.fits invert
-refuse 2 'steps is required' apply in.fits -o out.fits
-refuse 2 '--bits: 12 not in' apply in.fits -o out.fits --bits 12 invert
+refuse 2 '--output is required \(see `corvane help apply`\)' apply in.fits invert
+refuse 2 'no step is given: `corvane ops` lists them' apply in.fits -o out.fits
 refuse 2 '--levels = middling: must be auto, file or MIN,MAX' render in.fits -o out.png --levels middling
 refuse 2 '--method = mean: must be median|clipped-median|clipped-mean' stack in.fits -o out.fits --method mean
-refuse 2 '--scale: twice not in .*levels' apply in.fits -o out.tif --scale twice invert
-refuse 2 '--star' stack in.fits -o out.fits --star 5
-refuse 2 '--memory = 10 potatoes' stack in.fits -o out.fits --memory '10 potatoes'
 refuse 2 'no lights; put them first, or after `--`' stack -o out.fits --bias bias.fits light.fits
+
+# What the command line alone shows to be wrong gives 2, whatever the files hold; none of these is there.
+while IFS='|' read -r command words; do
+    for mistake in ${words//;/ }; do
+        refuse 2 '' $command ${mistake//,,/ }
+    done
+done <<'END'
+info|--nosuch,,a
+stats|a,,--rect,,1:2;a,,--json,,--csv
+ops|nosuch;--nosuch
+apply a.fits -o out.fits|nosuch;invert:x;invert:x=1;clip:min=a;--scale,,twice,,invert;lucy:sigma=99;levels;--bits,,12,,invert
+apply a.fits invert -o|out;out.jpg;out.png,,--bits,,32
+render a.fits -o|out.jpg;out.fits;out.png,,--levels,,5,x
+split a.fits -o out.fits --component|q
+split a.fits --component r -o|out.jpg
+stack a.fits -o|out.jpg;a.fits;./a.fits;out.fits,,--preview,,out.jpg;out.png,,--preview,,./out.png
+stack a.fits b.fits -o out.fits|a.fits;--size,,4;--search,,-1;--pedestal,,nan;--star,,5;--star,,5,6;--weight,,fwhm
+stack a.fits b.fits -o out.fits|--scale,,--align,,none;--cosmetic;--flat-dark,,f;--reference,,c;--bayer,,X;--memory,,1x
+stack a.fits b.fits -o out.fits|--coverage-map,,m.jpg;--reject-map,,out.fits;--report,,r.txt;--reject-fwhm,,-1
+register a.fits b.fits|--report,,r.txt;--report,,a.fits;--search,,9999;--align,,up
+composite a b -o out.fits|--mode,,no;--mode,,sum,,--ratio,,7;--mode,,sum,,--rect,,1:2:3;--mode,,sum,,--points,,1,2
+composite a b --mode sum -o|out.jpg;out.fits,,--box,,4;out.fits,,--dx,,nan;out.fits,,--align,,points
+mosaic a b -o out.fits|--mode,,no;--mode,,key;--mode,,key,,--key,,x;--background,,5;--angle,,1e9
+match a b|--start,,1;--range,,5;--start,,0,0,,--range,,5000;--least,,2;--start,,1,nan
+rgb a b c -o|out.jpg;out.fits,,--align,,up;out.fits,,--align,,shift;out.fits,,--size,,3;out.fits,,--outside,,x
+cmy a b c -o out.fits|--shift2,,1;--points,,1,2;--align,,points;--box,,1000
+lrgb a b -o out.fits|--scale,,0;--at,,x;--range,,1
+stars a.fits|--at,,5;--plot,,p.png;--map,,m.jpg;--plane,,5;--sigmas,,0;--limit,,0;--json,,--csv;--map,,x.png,,--plot,,x.png
+find-stars a.png|--map,,a.png;--map,,m.jpg;--saturation,,x;--sigmas,,nan
+END
 
 printf '[PrcAutoLevel]\nMin=0.5\nMax = 2 \n' >settings.ini
 CORVANE_CONFIG=settings.ini check 0 'default 0\.5.*default 2' ops auto-levels

@@ -1,0 +1,110 @@
+#include "catalogue/groups.h"
+
+#include <algorithm>
+#include <cctype>
+#include <sstream>
+#include <utility>
+
+#include "catalogue/names.h"
+#include "catalogue/operations.h"
+
+namespace corvane::catalogue {
+namespace {
+
+constexpr std::size_t kLeastWord = 3; // letters; fewer are in every other summary
+
+// What people call what they look for, and the names of the operations that serve.
+constexpr std::pair<const char*, const char*> kWords[] = {
+    {"stretch asinh arcsinh log gamma sqrt histogram screen-stretch stf", "curve auto-levels ddp"},
+    {"black white autostretch range window normalize normalise scale-levels", "auto-levels levels clip"},
+    {"blur smooth denoise noise noise-reduction", "gaussian mean median"},
+    {"convolve lowpass box average boxcar", "gaussian mean"},
+    {"deconvolution deconv restore restoration deblur rl richardson", "lucy maxent wiener"},
+    {"sharpening detail highpass usm", "unsharp sharpen lucy"},
+    {"edge edges sobel gradient", "laplacian sharpen-edges"},
+    {"hot cold dead cosmetic cosmic cosmics defect pixel-defects", "hot-pixels median"},
+    {"erode erosion", "minimum"},
+    {"dilate dilation", "maximum"},
+    {"calibrate calibration bias offset pedestal", "dark overscan subtract flat"},
+    {"vignetting", "vignette flat"},
+    {"background sky gradient-removal", "smooth-background subtract"},
+    {"grayscale greyscale grey gray mono monochrome luminance", "to-grey"},
+    {"rgb colour color", "to-color balance saturate"},
+    {"white-balance wb", "balance"},
+    {"saturation vibrance", "saturate"},
+    {"bayer cfa rggb mosaic", "debayer"},
+    {"negative", "invert"},
+    {"mirror flop", "flip"},
+    {"turn derotate", "rotate rotate90 rotate180"},
+    {"scale zoom resample shrink enlarge", "resize bin expand"},
+    {"binning superpixel", "bin"},
+    {"trim cut cutout subframe", "crop canvas"},
+    {"pad border frame", "canvas"},
+    {"shift translate move roll", "scroll"},
+    {"isophote lines levels-lines", "contour"},
+    {"palette lut colormap pseudocolor pseudocolour heatmap", "false-color"},
+    {"multiplication times scale-by", "multiply divide"},
+    {"plus sum", "add"},
+    {"minus", "subtract"},
+    {"threshold cutoff limit", "clip"},
+};
+
+std::vector<std::string> WordsOf(const char* text)
+{
+    std::istringstream stream(text);
+    std::vector<std::string> words;
+    for (std::string word; stream >> word;) {
+        words.push_back(word);
+    }
+    return words;
+}
+
+bool Holds(const Operation& operation, const std::string& word)
+{
+    return operation.name.find(word) != std::string::npos || operation.summary.find(word) != std::string::npos;
+}
+
+} // namespace
+
+const std::vector<Group>& Groups()
+{
+    static const std::vector<Group> groups{{"Levels", ToneOperations},
+                                           {"Brightness and numbers", AdjustOperations},
+                                           {"Calibration", CalibrationOperations},
+                                           {"Calibration", MeasureOperations},
+                                           {"Colour", ColourOperations},
+                                           {"Colour", ColourMosaicOperations},
+                                           {"Smoothing and neighbourhoods", SmoothOperations},
+                                           {"Sharpening", SharpenOperations},
+                                           {"Undoing the blur", RestoreOperations},
+                                           {"Development and lines", DevelopOperations},
+                                           {"Drawing", DrawOperations},
+                                           {"Size and place", GeometryOperations}};
+    return groups;
+}
+
+std::vector<const Operation*> OperationsFor(std::string_view word)
+{
+    std::string wanted(word);
+    std::transform(wanted.begin(), wanted.end(), wanted.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    std::vector<const Operation*> found;
+    for (const auto& [words, names] : kWords) {
+        const std::vector<std::string> meanings = WordsOf(words);
+        if (std::find(meanings.begin(), meanings.end(), wanted) != meanings.end()) {
+            for (const std::string& name : WordsOf(names)) {
+                found.push_back(FindNamed(Operations(), name));
+            }
+        }
+    }
+    if (found.empty() && wanted.size() >= kLeastWord) {
+        for (const Operation& operation : Operations()) {
+            if (Holds(operation, wanted)) {
+                found.push_back(&operation);
+            }
+        }
+    }
+    return found;
+}
+
+} // namespace corvane::catalogue

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "catalogue/operation.h"
+
+namespace corvane::catalogue {
+
+/// Operations that are listed together.
+struct Group {
+    std::string title;
+    std::vector<Operation> (*operations)();
+};
+
+/// The groups, in the order in which they are listed; neighbours may share a title.
+const std::vector<Group>& Groups();
+
+/// The operations that may serve somebody who looks for a word that names none, as "blur" or "stretch": those that
+/// people mean by it, else those whose name or summary holds it.
+std::vector<const Operation*> OperationsFor(std::string_view word);
+
+} // namespace corvane::catalogue
