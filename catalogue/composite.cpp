@@ -44,11 +44,10 @@ void CheckFrames(const io::Frame& base, const io::Frame& overlay, const Composit
 }
 
 /// Desaturate takes the cosine of the turn for positive, so that it would mirror a greater one.
-void CheckTurn(const CompositeOptions& options, const Fit& fit)
+std::string FaultOfTurn(const CompositeOptions& options, double angle)
 {
-    if (ModeOf(options) == kCompositeDesaturate && Cosine(fit.angle * kDegree) < 0.0) {
-        throw Error("angle = " + ToText(Value(fit.angle)) + ": must be -90 to 90 with --mode desaturate");
-    }
+    const bool isMirrored = ModeOf(options) == kCompositeDesaturate && Cosine(angle * kDegree) < 0.0;
+    return isMirrored ? "angle = " + ToText(Value(angle)) + ": must be -90 to 90 with --mode desaturate" : "";
 }
 
 std::string CommandText(const io::Frame& base, const io::Frame& overlay, const CompositeOptions& options)
@@ -81,6 +80,10 @@ void CheckComposite(const CompositeOptions& options)
     CheckRange("--fraction", options.fraction, 0.0, 1.0);
     CheckRange("--radius", options.radius, 0.0, 2.0);
     CheckPlacement(options.placement, kOverlayPoints);
+    const std::string fault = FaultOfTurn(options, options.placement.IsByStars() ? 0.0 : options.placement.angle);
+    if (!fault.empty()) {
+        throw Error(fault);
+    }
 }
 
 Fit RunComposite(io::Frame& base, io::Frame& overlay, const CompositeOptions& options, const Context& context)
@@ -90,7 +93,9 @@ Fit RunComposite(io::Frame& base, io::Frame& overlay, const CompositeOptions& op
     Placement placement = options.placement;
     BringToOrderOf(base, overlay, context, &placement.secondPoints);
     const Fit fit = FitOnto(base, overlay, placement);
-    CheckTurn(options, fit);
+    if (const std::string fault = FaultOfTurn(options, fit.angle); !fault.empty()) {
+        throw io::Error(overlay.image.GetOrgFileName(), fault);
+    }
     if (ModeOf(options) == kCompositeDesaturate) {
         base.image.CalcMinMax();
         overlay.image.CalcMinMax();

@@ -162,7 +162,7 @@ Operation HotPixels()
 {
     return {
         .name = "hot-pixels",
-        .summary = "replace single pixels that stand out by the median about them",
+        .summary = "replace pixels that stand out by the median about them",
         .help = "A sample c is replaced by the median m of its neighbourhood where |m / c - 1| is above the "
                 "threshold. The bias counts too: a frame that it was subtracted from needs a higher threshold. Sharp "
                 "stars are in danger below 0.4.",

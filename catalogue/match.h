@@ -12,7 +12,7 @@ namespace corvane::catalogue {
 /// @{
 inline constexpr int kMaxMatchRange = 1024;      ///< largest range [pixels]
 inline constexpr int kDefaultMatchRange = 64;    ///< [pixels]
-inline constexpr double kLeastCorrelation = 0.7; ///< four of five cut-outs of other fields stay below it
+inline constexpr double kLeastCorrelation = 0.4; ///< raw frames of one field may have no more; chance often has less
 /// @}
 
 /// How a cut-out is looked for in an image; see `FindCutOut`.
@@ -37,8 +37,8 @@ void CheckMatch(const MatchOptions& options);
 
 /// Finds the reference in the image, where it must lie whole, to a tenth of a pixel. Throws Error for options and
 /// Cancelled; io::Error when the planes of the two differ, when the reference is the larger one or flat, when the image
-/// shows nothing like it, and when it does so in several places: where the best one leaves not much less of the
-/// reference unexplained than another. A reference of the other order of rows is turned upside down first.
+/// shows nothing like it, and when it does so in several places, none of which leads clearly. A
+/// reference of the other order of rows is turned upside down first.
 Match RunMatch(io::Frame& reference, io::Frame& image, const MatchOptions& options, const Context& context);
 
 } // namespace corvane::catalogue

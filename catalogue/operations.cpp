@@ -32,8 +32,10 @@ const Operation& FindOperation(std::string_view name)
     const Operation* operation = FindNamed(Operations(), name);
     if (operation == nullptr) {
         std::vector<std::string> meant = NearestNames(name, Names(Operations()));
-        for (const Operation* other : OperationsFor(meant.empty() ? name : std::string_view())) {
-            meant.push_back(other->name);
+        if (meant.empty()) {
+            for (const Operation* other : OperationsFor(name)) {
+                meant.push_back(other->name);
+            }
         }
         throw Error("unknown step '" + std::string(name) + "'" +
                     (meant.empty() ? "; `corvane ops` lists the steps" : "; did you mean " + Joined(meant) + "?"));

@@ -1,6 +1,7 @@
 #include "corvane/combine/cut_out_search.h"
 
 #include <cmath>
+#include <optional>
 
 #include "bench/support/check.h"
 #include "bench/support/frames.h"

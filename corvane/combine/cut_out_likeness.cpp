@@ -71,7 +71,7 @@ CutOutLikeness CompareAt(const CStlImage& cutOut, const CRect& part, const CStlI
     if (!isComparable) {
         return {std::numeric_limits<double>::quiet_NaN(), 0.0};
     }
-    const double correlation = moments.rs / std::sqrt(moments.rr) / std::sqrt(moments.ss);
+    const double correlation = std::clamp(moments.rs / std::sqrt(moments.rr) / std::sqrt(moments.ss), -1.0, 1.0);
     const double left = std::max(1.0 - correlation * correlation, 0.0) * moments.ss;
     return {correlation, std::sqrt(left / moments.pairs)};
 }

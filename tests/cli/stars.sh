@@ -28,8 +28,8 @@ refuse 2 '--sigmas = 0.5: must be 1 to 1000' stars "$a" --sigmas 0.5
 refuse 2 '--limit = -1: must be 1 to 1e\+06' find-stars "$a" --limit -1
 refuse 2 '--json excludes --csv' stars "$a" --csv --json
 refuse 1 'has no plane 2' find-stars "$a" --plane 2
-refuse 1 'plot.png: is no name for a plot' stars "$a" --plot plot.png
-refuse 1 'is both input and output' stars map.png --map map.png
+refuse 2 'plot.png: is no name for a plot' stars "$a" --plot plot.png
+refuse 2 'is both input and output' stars map.png --map map.png
 check 0 '^$' apply "$a" -o flat.fits multiply:value=0
 refuse 1 'flat.fits: no star rises 5 standard deviations above the sky' find-stars flat.fits --map none.png
 finish

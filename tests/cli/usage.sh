@@ -52,6 +52,7 @@ stack a.fits b.fits -o out.fits|--scale,,--align,,none;--cosmetic;--flat-dark,,f
 stack a.fits b.fits -o out.fits|--coverage-map,,m.jpg;--reject-map,,out.fits;--report,,r.txt;--reject-fwhm,,-1
 register a.fits b.fits|--report,,r.txt;--report,,a.fits;--search,,9999;--align,,up
 composite a b -o out.fits|--mode,,no;--mode,,sum,,--ratio,,7;--mode,,sum,,--rect,,1:2:3;--mode,,sum,,--points,,1,2
+composite a b -o out.fits --mode desaturate|--ratio,,2,,--angle,,91
 composite a b --mode sum -o|out.jpg;out.fits,,--box,,4;out.fits,,--dx,,nan;out.fits,,--align,,points
 mosaic a b -o out.fits|--mode,,no;--mode,,key;--mode,,key,,--key,,x;--background,,5;--angle,,1e9
 match a b|--start,,1;--range,,5;--start,,0,0,,--range,,5000;--least,,2;--start,,1,nan
