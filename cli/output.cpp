@@ -64,7 +64,7 @@ void AddSaveOptions(CLI::App& command, io::SaveOptions& save, const char* scaleN
             "none: "
             "cut samples to the range; else what does not fit is refused")
         ->check(CLI::IsMember(kScales))
-        ->type_name("levels|minmax|unit|none");
+        ->type_name("WORD");
 }
 
 void CheckOutputs(const Output& image, const std::vector<std::string>& inputs, const std::vector<std::string>& others)

@@ -10,8 +10,10 @@ namespace corvane::io {
 /// goes before.
 struct ChosenFile {
     std::string file;
-    std::string choice;
+    std::string choice; ///< empty when nothing is chosen
 };
+
+/// Takes a path apart. Where neither name exists, the whole path is the file.
 CORVANE_VISIBLE ChosenFile SplitChoice(const std::string& path);
 
 /// Throws Error unless the path leads to an ordinary file: reading a pipe or a device may never end.
