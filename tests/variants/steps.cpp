@@ -43,6 +43,7 @@ const Names kCombinations{"resize:width=57,height=140,method=cubic",
                           "draw-line:x1=3.3,y1=90.5,x2=88,y2=-4.25,thickness=2.6",
                           "draw-text:text=Vega 8.3,x=50,y=40,height=13.5,angle=33.3,align=centre",
                           "false-color:low=3000.5,high=900,cycles=3",
+                          "fill:with=value,value=7.5",
                           "lucy:sigma=1.3,rect=9:11:74:60",
                           "maxent:sigma=1.3,noise=70,rect=9:11:74:60"};
 
