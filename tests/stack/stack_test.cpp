@@ -110,8 +110,8 @@ TEST_F(RunTest, LeavesUndefinedSamplesOutOfTheFlat)
             const int x = i % 20;
             const int y = i / 20;
             const float v = result.image.GetPixelGrayRaw(x, y, 0);
-            EXPECT_EQ(isHole(x, y), std::isnan(v) || BlankTest(result.image)(v)) << hole << x << ' ' << y;
-            EXPECT_TRUE(isHole(x, y) || std::fabs(v - Ramp(x, y, 0) * 100.0 / truth(x, y)) < 1e-3) << hole << v;
+            const bool isRight = std::fabs(v - Ramp(x, y, 0) * 100.0 / truth(x, y)) < 1e-3;
+            EXPECT_TRUE(isHole(x, y) ? std::isnan(v) || BlankTest(result.image)(v) : isRight) << hole << ' ' << v;
         }
         ASSERT_FALSE(result.notes.empty());
         EXPECT_PRED2(Holds, result.notes[0], "flat.fits: undefined samples: 4; each light");
