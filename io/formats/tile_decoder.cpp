@@ -48,13 +48,29 @@ std::size_t BytesOf(int bits)
 }
 
 /// Puts bytes that stand in order of their weight back together: all the high ones come first.
+template <std::size_t kValueBytes>
+void UnshuffleValues(Bytes shuffled, MutableBytes bytes)
+{
+    const std::size_t count = shuffled.size() / kValueBytes;
+    for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t k = 0; k < kValueBytes; ++k) {
+            bytes[i * kValueBytes + k] = shuffled[k * count + i];
+        }
+    }
+}
+
+/// Bytes that make no whole values stay as they are; they are refused for their number.
 void Unshuffle(Bytes shuffled, std::size_t valueBytes, MutableBytes bytes)
 {
-    const std::size_t count = shuffled.size() / valueBytes;
-    for (std::size_t i = 0; i < count; ++i) {
-        for (std::size_t k = 0; k < valueBytes; ++k) {
-            bytes[i * valueBytes + k] = shuffled[k * count + i];
-        }
+    switch (valueBytes) {
+    case 2:
+        return UnshuffleValues<2>(shuffled, bytes);
+    case 4:
+        return UnshuffleValues<4>(shuffled, bytes);
+    case 8:
+        return UnshuffleValues<8>(shuffled, bytes);
+    default:
+        std::copy(shuffled.begin(), shuffled.end(), bytes.begin());
     }
 }
 
@@ -220,7 +236,7 @@ void TileDecoder::DecodeCompressed(std::uint64_t tile, std::size_t width, std::s
     }
     if (layout_.code == TileCode::kShuffledGzip) {
         buffers.bytes.resize(buffers.shuffled.size());
-        Unshuffle(buffers.shuffled, std::max<std::size_t>(buffers.shuffled.size() / samples.size(), 1), buffers.bytes);
+        Unshuffle(buffers.shuffled, buffers.shuffled.size() / samples.size(), buffers.bytes);
     }
     if (!layout_.isQuantised) {
         return FromBytes(tile, buffers.bytes, samples);

@@ -27,6 +27,22 @@ public:
         return value;
     }
 
+    /// The next six bits without taking them, 0 for those behind the end.
+    std::uint32_t LookAtSix()
+    {
+        Fill();
+        return static_cast<std::uint32_t>(window_ >> 58U);
+    }
+
+    /// Takes bits that were looked at.
+    void TakeSeen(int count)
+    {
+        if (count > held_) {
+            Fail();
+        }
+        Drop(count);
+    }
+
     /// How many zeros stand before the next one, which is taken too.
     std::uint32_t TakeZeros()
     {

@@ -43,8 +43,8 @@ private:
 /// The nearest multiple of a power of two; halves go away from zero.
 Whole RoundTo(Whole value, Whole unit)
 {
-    const Whole half = unit / 2;
-    return unit == 1 ? value : (value + (value >= 0 ? half : half - 1)) & -unit;
+    const Whole down = unit == 1 ? 0 : value >> 63; // -1 for negative ones
+    return (value + (unit >> 1) + down) & -unit;
 }
 
 Whole TowardsZero(Whole value, Whole by)

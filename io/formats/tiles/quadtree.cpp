@@ -1,5 +1,6 @@
 #include "io/formats/tiles/quadtree.h"
 
+#include <array>
 #include <bit>
 #include <vector>
 
@@ -17,31 +18,32 @@ struct Level {
     Level(std::size_t r, std::size_t c) : rows(r), columns(c), nodes(r * c) {}
 };
 
-/// Bits of four by their prefix code; common ones have three bits, none of all six.
-unsigned char TakeNode(BitReader& bits)
+struct PrefixCode {
+    unsigned char node;
+    unsigned char length;
+};
+
+/// The node that each six bits begin with: common ones have codes of three bits, none of all six.
+constexpr std::array<PrefixCode, 64> PrefixCodes()
 {
-    static constexpr unsigned char kOfFourBits[] = {3, 5, 10, 12, 15}; // codes from 8 on
-    static constexpr unsigned char kOfFiveBits[] = {6, 7, 9, 11, 13};  // codes from 26 on
-    std::uint32_t code = bits.Take(3);
-    if (code < 4) {
-        return static_cast<unsigned char>(1U << code);
+    constexpr unsigned char kNodes[] = {1, 2, 4, 8, 3, 5, 10, 12, 15, 6, 7, 9, 11, 13, 0, 14}; // in the order of codes
+    constexpr unsigned char kLengths[] = {3, 3, 3, 3, 4, 4, 4, 4, 4, 5, 5, 5, 5, 5, 6, 6};
+    std::array<PrefixCode, 64> codes{};
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < std::size(kNodes); ++i) {
+        for (const std::size_t end = at + (std::size_t{64} >> kLengths[i]); at < end; ++at) {
+            codes[at] = {kNodes[i], kLengths[i]};
+        }
     }
-    code = code << 1U | bits.Take(1);
-    if (code < 13) {
-        return kOfFourBits[code - 8];
-    }
-    code = code << 1U | bits.Take(1);
-    if (code < 31) {
-        return kOfFiveBits[code - 26];
-    }
-    return bits.Take(1) == 0 ? 0 : 14;
+    return codes;
 }
 
-/// The bit of a node for the quarter at an even or odd row and column.
-unsigned QuarterBit(const Level& level, std::size_t row, std::size_t column)
+unsigned char TakeNode(BitReader& bits)
 {
-    const auto quarter = static_cast<unsigned>(row % 2 * 2 + column % 2);
-    return level.nodes[row / 2 * level.columns + column / 2] >> (3U - quarter) & 1U;
+    static constexpr std::array<PrefixCode, 64> kCodes = PrefixCodes();
+    const PrefixCode code = kCodes[bits.LookAtSix()];
+    bits.TakeSeen(code.length);
+    return code.node;
 }
 
 /// Nodes whose quarter above is empty are empty; the others have codes, the last one first.
@@ -49,9 +51,12 @@ Level TakeLevel(BitReader& bits, const Level& above, std::size_t rows, std::size
 {
     Level level(rows, columns);
     for (std::size_t row = rows; row-- > 0;) {
+        const unsigned char* const parents = above.nodes.data() + row / 2 * above.columns;
+        unsigned char* const nodes = level.nodes.data() + row * columns;
+        const unsigned left = row % 2 == 0 ? 8 : 2; // the bit of the left quarter; that of the right one is half of it
         for (std::size_t column = columns; column-- > 0;) {
-            if (QuarterBit(above, row, column) != 0) {
-                level.nodes[row * columns + column] = TakeNode(bits);
+            if ((parents[column / 2] & left >> column % 2) != 0) {
+                nodes[column] = TakeNode(bits);
             }
         }
     }
@@ -85,11 +90,19 @@ Level TakePlainLevel(BitReader& bits, const Block& block)
 
 void PutNode(unsigned node, std::size_t row, std::size_t column, int bit, const Block& block)
 {
-    for (std::size_t quarter = 0; quarter < 4; ++quarter) {
-        const std::size_t y = row + quarter / 2;
-        const std::size_t x = column + quarter % 2;
-        if ((node >> (3 - quarter) & 1U) != 0 && y < block.rows && x < block.columns) {
-            block.values[y * block.stride + x] |= std::int64_t{1} << bit;
+    std::int64_t* const first = block.values + row * block.stride + column;
+    const auto put = [&](std::int64_t* value, unsigned quarter) {
+        *value |= static_cast<std::int64_t>(node >> (3 - quarter) & 1U) << bit;
+    };
+    const bool hasRight = column + 1 < block.columns;
+    put(first, 0);
+    if (hasRight) {
+        put(first + 1, 1);
+    }
+    if (row + 1 < block.rows) {
+        put(first + block.stride, 2);
+        if (hasRight) {
+            put(first + block.stride + 1, 3);
         }
     }
 }
