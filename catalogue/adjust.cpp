@@ -266,11 +266,15 @@ Operation ReduceTone()
 }
 
 /// The maps of `CImgFalseColor`, by name and by number.
-const std::vector<std::string> kMaps{"rainbow", "spectrum", "ice", "heat", "0", "1", "2", "3"};
+const std::vector<std::string>& Maps()
+{
+    static const std::vector<std::string> maps{"rainbow", "spectrum", "ice", "heat", "0", "1", "2", "3"};
+    return maps;
+}
 
 int MapNumber(const std::string& map)
 {
-    return static_cast<int>(std::find(kMaps.begin(), kMaps.end(), map) - kMaps.begin()) % 4;
+    return static_cast<int>(std::find(Maps().begin(), Maps().end(), map) - Maps().begin()) % 4;
 }
 
 void RunFalseColor(io::Frame& frame, Arguments& arguments, const Context& context)
@@ -312,8 +316,8 @@ Operation FalseColor()
                            {.name = "map",
                             .kind = Kind::Choice,
                             .summary = "the colours, by name or number",
-                            .choices = kMaps,
-                            .defaultValue = kMaps.front()},
+                            .choices = Maps(),
+                            .defaultValue = Maps().front()},
                            {.name = "cycles",
                             .kind = Kind::Whole,
                             .summary = "how many times the map runs from low to high",

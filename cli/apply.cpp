@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -8,6 +7,7 @@
 #include "cli/cancel.h"
 #include "cli/output.h"
 #include "cli/session.h"
+#include "corvane/platform/memory_exception.h"
 #include "io/error.h"
 #include "io/frame.h"
 
@@ -38,8 +38,8 @@ void RunStep(const catalogue::Step& step, io::Frame& frame, const std::string& i
         throw Cancelled();
     } catch (const catalogue::Error& error) {
         throw io::Error(input, error.what());
-    } catch (const std::bad_alloc& error) {
-        throw io::Error(input, error.what());
+    } catch (const CMemoryException&) {
+        throw io::Error(input, kMemoryText);
     }
     ThrowIfCancelled();
 }

@@ -1,7 +1,6 @@
 #include "cli/colour.h"
 
 #include <iostream>
-#include <new>
 #include <set>
 
 #include <CLI/Validators.hpp>
@@ -9,6 +8,7 @@
 #include "catalogue/match.h"
 #include "cli/cancel.h"
 #include "cli/pair.h"
+#include "corvane/platform/memory_exception.h"
 #include "io/error.h"
 
 namespace corvane::cli {
@@ -92,8 +92,8 @@ int Combine(const ColourWords& words, const Session& session, MakeColour make)
     std::vector<catalogue::Fit> fits;
     try {
         fits = make(frames, words.options, ContextOf(session));
-    } catch (const std::bad_alloc& error) {
-        throw io::Error(words.inputs[0], error.what());
+    } catch (const CMemoryException&) {
+        throw io::Error(words.inputs[0], kMemoryText);
     }
     ThrowIfCancelled();
     io::Save(words.output.path, frames[0].image, frames[0].header, words.output.save);

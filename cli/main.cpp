@@ -18,7 +18,9 @@
 #include "cli/progress_bar.h"
 #include "cli/session.h"
 #include "cli/settings.h"
+#include "cli/startup.h"
 #include "cli/terminal.h"
+#include "corvane/platform/memory_exception.h"
 #include "io/error.h"
 #include "stack/options.h"
 
@@ -201,6 +203,8 @@ int Run(int argc, char** argv) noexcept
         return Fail(kCancelled, cancelled.what());
     } catch (const stack::Cancelled& cancelled) {
         return Fail(kCancelled, cancelled.what());
+    } catch (const CMemoryException&) {
+        return Fail(kFailed, kMemoryText);
     } catch (const std::exception& error) {
         return Fail(kFailed, error.what());
     }
@@ -211,6 +215,7 @@ int Run(int argc, char** argv) noexcept
 
 int main(int argc, char** argv)
 {
+    corvane::cli::EndStartup();
     corvane::cli::WatchForCancel();
     return corvane::cli::Run(argc, argv);
 }

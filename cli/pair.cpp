@@ -1,7 +1,6 @@
 #include "cli/pair.h"
 
 #include <iostream>
-#include <new>
 #include <set>
 #include <sstream>
 
@@ -9,6 +8,7 @@
 
 #include "catalogue/parameter.h"
 #include "cli/cancel.h"
+#include "corvane/platform/memory_exception.h"
 #include "io/error.h"
 
 namespace corvane::cli {
@@ -83,8 +83,8 @@ int JoinPair(const PairFiles& files, const Session& session,
     catalogue::Fit fit{};
     try {
         fit = join(first, second);
-    } catch (const std::bad_alloc& error) {
-        throw io::Error(files.first, error.what());
+    } catch (const CMemoryException&) {
+        throw io::Error(files.first, kMemoryText);
     }
     ThrowIfCancelled();
     io::Save(files.output.path, first.image, first.header, files.output.save);

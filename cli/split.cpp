@@ -1,5 +1,4 @@
 #include <memory>
-#include <new>
 #include <string>
 
 #include "catalogue/names.h"
@@ -7,6 +6,7 @@
 #include "cli/cancel.h"
 #include "cli/output.h"
 #include "cli/session.h"
+#include "corvane/platform/memory_exception.h"
 #include "io/error.h"
 #include "io/frame.h"
 
@@ -28,8 +28,8 @@ int Split(const SplitWords& words)
     ThrowIfCancelled();
     try {
         catalogue::RunSplit(frame, words.component, {});
-    } catch (const std::bad_alloc& error) {
-        throw io::Error(words.input, error.what());
+    } catch (const CMemoryException&) {
+        throw io::Error(words.input, kMemoryText);
     }
     ThrowIfCancelled();
     io::Save(words.output.path, frame.image, frame.header, words.output.save);

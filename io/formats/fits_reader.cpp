@@ -19,11 +19,11 @@ struct FitsView {
     int hdu = 0;
     FitsImage image;
     long long firstPlane = 0;
-    SampleScale scale;
+    StoredScale scale;
 };
 
 /// Undefined samples get the physical value of BLANK when it names them alone, see FrameReader; that value, or nothing.
-std::optional<int> BlankValue(long long stored, const SampleScale& scale)
+std::optional<int> BlankValue(long long stored, const StoredScale& scale)
 {
     const double physical = static_cast<double>(stored) * scale.scale + scale.zero;
     const int whole = Truncate(physical);
@@ -38,9 +38,9 @@ std::optional<long long> StoredBlank(const FitsHdu& hdu, const FitsImage& image)
     return image.bits > 0 ? hdu.keys.Integer(isOfTiles ? "ZBLANK" : "BLANK") : std::nullopt;
 }
 
-SampleScale ReadScale(const FitsKeys& keys)
+StoredScale ReadScale(const FitsKeys& keys)
 {
-    SampleScale scale{keys.Number("BSCALE", 1.0), keys.Number("BZERO", 0.0), {}};
+    StoredScale scale{keys.Number("BSCALE", 1.0), keys.Number("BZERO", 0.0), {}};
     if (scale.scale == 0.0) {
         keys.Fail("BSCALE", "a number other than 0");
     }

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kPieceBytes = std::size_t{256} << 10;
 
 template <class T>
-void DecodePiece(Bytes stored, const SampleScale& scale, float* samples)
+void DecodePiece(Bytes stored, const StoredScale& scale, float* samples)
 {
     constexpr std::size_t kMost = 1024;
     T values[kMost];
@@ -36,7 +36,7 @@ void DecodeUnsigned(Bytes stored, float* samples)
 
 class PlainSamples : public FitsSamples {
 public:
-    PlainSamples(FitsFile& file, const FitsImage& image, const SampleScale& scale)
+    PlainSamples(FitsFile& file, const FitsImage& image, const StoredScale& scale)
         : file_(file), bits_(image.bits), width_(static_cast<std::uint64_t>(image.sizes[0])),
           height_(static_cast<std::uint64_t>(image.sizes[1])), data_(file.Hdu().data), scale_(scale),
           piece_(kPieceBytes)
@@ -64,13 +64,13 @@ private:
     std::uint64_t width_;
     std::uint64_t height_;
     std::uint64_t data_;
-    SampleScale scale_;
+    StoredScale scale_;
     std::vector<unsigned char> piece_;
 };
 
 } // namespace
 
-void ToSamples(int bits, Bytes stored, const SampleScale& scale, float* samples)
+void ToSamples(int bits, Bytes stored, const StoredScale& scale, float* samples)
 {
     constexpr double kUnsignedZero = 9223372036854775808.0;
     switch (bits) {
@@ -91,7 +91,7 @@ void ToSamples(int bits, Bytes stored, const SampleScale& scale, float* samples)
     }
 }
 
-std::unique_ptr<FitsSamples> OpenPlainSamples(FitsFile& file, const FitsImage& image, const SampleScale& scale)
+std::unique_ptr<FitsSamples> OpenPlainSamples(FitsFile& file, const FitsImage& image, const StoredScale& scale)
 {
     return std::make_unique<PlainSamples>(file, image, scale);
 }

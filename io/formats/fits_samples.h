@@ -11,7 +11,7 @@
 namespace corvane::io {
 
 /// How stored values become samples.
-struct SampleScale {
+struct StoredScale {
     double scale = 1.0;
     double zero = 0.0;
     std::optional<long long> undefined; ///< the stored integer that becomes NaN
@@ -27,11 +27,11 @@ public:
 };
 
 /// The reader of an image that is stored as it is.
-std::unique_ptr<FitsSamples> OpenPlainSamples(FitsFile& file, const FitsImage& image, const SampleScale& scale);
+std::unique_ptr<FitsSamples> OpenPlainSamples(FitsFile& file, const FitsImage& image, const StoredScale& scale);
 
 /// Physical values of integers; those beyond the range of float become infinite.
 template <class T>
-void ToSamples(const T* values, std::size_t count, const SampleScale& scale, float* samples)
+void ToSamples(const T* values, std::size_t count, const StoredScale& scale, float* samples)
 {
     if (scale.IsPlain()) {
         for (std::size_t i = 0; i < count; ++i) {
@@ -51,6 +51,6 @@ void ToSamples(const T* values, std::size_t count, const SampleScale& scale, flo
 }
 
 /// The same of values as FITS stores them: BITPIX `bits`, the high byte first.
-void ToSamples(int bits, Bytes stored, const SampleScale& scale, float* samples);
+void ToSamples(int bits, Bytes stored, const StoredScale& scale, float* samples);
 
 } // namespace corvane::io

@@ -164,9 +164,9 @@ void TileDecoder::Unpack(std::size_t mostBytes, bool shuffled, TileBuffers& buff
     unpacked.resize(Inflate(buffers.packed, unpacked));
 }
 
-SampleScale TileDecoder::ScaleOf(std::uint64_t tile) const
+StoredScale TileDecoder::ScaleOf(std::uint64_t tile) const
 {
-    SampleScale scale = scale_;
+    StoredScale scale = scale_;
     if (layout_.undefinedColumn && layout_.image.bits > 0) {
         scale.undefined = static_cast<long long>(ReadNumber(*layout_.undefinedColumn, tile));
     }

@@ -21,7 +21,7 @@ std::uint64_t TileMemory(const TileLayout& layout);
 /// Decodes tiles of an image, each by itself.
 class TileDecoder {
 public:
-    TileDecoder(FitsFile& file, const TileLayout& layout, const SampleScale& scale)
+    TileDecoder(FitsFile& file, const TileLayout& layout, const StoredScale& scale)
         : file_(file), layout_(layout), scale_(scale)
     {}
 
@@ -38,11 +38,11 @@ private:
     void Unpack(std::size_t mostBytes, bool shuffled, TileBuffers& buffers) const;
     void FromBytes(std::uint64_t tile, Bytes bytes, std::span<float> samples) const;
     void FromValues(std::uint64_t tile, std::span<const std::int32_t> values, std::span<float> samples) const;
-    SampleScale ScaleOf(std::uint64_t tile) const;
+    StoredScale ScaleOf(std::uint64_t tile) const;
 
     FitsFile& file_;
     const TileLayout& layout_;
-    SampleScale scale_;
+    StoredScale scale_;
 };
 
 } // namespace corvane::io

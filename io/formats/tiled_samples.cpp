@@ -38,7 +38,7 @@ PlaneOfTiles FindPlane(const TileLayout& layout, long long plane)
 
 class TiledSamples : public FitsSamples {
 public:
-    TiledSamples(FitsFile& file, const SampleScale& scale)
+    TiledSamples(FitsFile& file, const StoredScale& scale)
         : layout_(ReadTileLayout(file.Hdu())), decoder_(file, layout_, scale)
     {
         CheckMemory(file.Name(), "a tile of " + SizesText(layout_.tile) + " samples",
@@ -115,7 +115,7 @@ private:
 
 } // namespace
 
-std::unique_ptr<FitsSamples> OpenTiledSamples(FitsFile& file, const SampleScale& scale)
+std::unique_ptr<FitsSamples> OpenTiledSamples(FitsFile& file, const StoredScale& scale)
 {
     return std::make_unique<TiledSamples>(file, scale);
 }

@@ -79,4 +79,15 @@ for size in plenty 12X 100K -1; do
     CORVANE_MEMORY=$size refuse 2 "CORVANE_MEMORY = $size: must be at least 1M, in bytes or with K, M or G" ops
     CORVANE_MEMORY=$size check 0 '^corvane' --version
 done
+
+# A little less memory than it takes to start, down to what cannot be loaded: no exception is left without a catcher.
+starts() { (ulimit -v "$1" && "$CORVANE" --version) >started 2>&1; }
+enough=4194304
+for ((step = enough / 2; step > 2; step /= 2)); do
+    starts $((enough - step)) && enough=$((enough - step))
+done
+for ((less = 8; less < 450; less += 16)); do
+    starts $((enough - less))
+    ! grep 'terminate called' started || fail "terminated with $((enough - less)) KiB"
+done
 finish
