@@ -13,9 +13,9 @@ using BytesOfRegion = double (*)(int width, int height, int planes);
 /// budget.
 void CheckRestorable(const CStlImage& image, const CRect* rect, BytesOfRegion bytesOf = RestorationBytes);
 
-/// The width of the stars [pixels, as the sigma of a Gaussian]: the median over the brightest ones of an image that are
-/// not saturated. Throws Error when there are none.
-double MeasureStarSigma(CStlImage& image);
+/// The blur of an image as its clear stars show it [pixels, as the sigma of a Gaussian], by the star finder's width. Throws
+/// Error when there are none.
+double MeasureStarSigma(const CStlImage& image);
 
 /// The noise from sample to sample [raw units], from the median difference of neighbours, so that neither stars nor a
 /// sky that is uneven count; of several planes that of the noisiest.

@@ -31,7 +31,7 @@ void Tell(const Context& context, const char* what, double value, const char* un
 }
 
 /// The blur, as it was given or as stars have it.
-double SigmaOf(const Arguments& arguments, CStlImage& image, const Context& context)
+double SigmaOf(const Arguments& arguments, const CStlImage& image, const Context& context)
 {
     if (arguments.Has("sigma")) {
         return arguments.Number("sigma");

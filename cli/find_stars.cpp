@@ -74,7 +74,7 @@ std::string SummaryOf(const StarWords& words, int plane, const stars::StarField&
     }
     return words.input + ", plane " + std::to_string(plane) + ": " + std::to_string(field.stars.size()) +
            (field.stars.size() == 1 ? " star" : " stars") + ", " + std::to_string(CountUsable(field)) + " usable" +
-           flags + "\nsky " + NumberText(field.sky, 3) + ", noise " + NumberText(field.noise, 3) + ", median FWHM " +
+           flags + "\nsky " + NumberText(field.sky, 3) + ", noise " + NumberText(field.noise, 3) + ", FWHM " +
            NumberText(field.fwhm, 2) + " pixels\n";
 }
 

@@ -53,7 +53,7 @@ void CheckStarWords(const StarWords& words, const std::vector<std::string>& outp
 
 int ChosenPlane(const StarWords& words, const CStlImage& image)
 {
-    const int plane = words.plane.value_or(stack::StarPlane(image));
+    const int plane = words.plane.value_or(stars::StarPlane(image));
     if (plane >= image.GetPlanes()) {
         throw io::Error(words.input,
                         "has no plane " + std::to_string(plane) + "; a monochrome image has the plane 0 alone");

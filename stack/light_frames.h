@@ -40,10 +40,4 @@ private:
     std::vector<float> mosaic_; ///< rows with those about them that decide their colours
 };
 
-/// The plane in which stars are looked for: green of three.
-inline int StarPlane(const CImage& image)
-{
-    return image.GetPlanes() > 1 ? 1 : 0;
-}
-
 } // namespace corvane::stack

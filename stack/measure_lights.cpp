@@ -33,7 +33,7 @@ struct Wanted {
 
 void LookForStars(const CStlImage& image, FrameReport& report, std::vector<stars::FieldStar>& stars)
 {
-    stars::StarField field = stars::FindFieldStars(image, StarPlane(image));
+    stars::StarField field = stars::FindFieldStars(image, stars::StarPlane(image));
     const auto isUsable = [](const stars::FieldStar& star) { return star.IsUsable(); };
     const auto unusable = std::stable_partition(field.stars.begin(), field.stars.end(), isUsable);
     report.stars = static_cast<int>(unusable - field.stars.begin());
@@ -53,7 +53,7 @@ SeenLight Measure(const CStlImage& image, const Wanted& wanted, FrameReport& rep
     if (wanted.stars) {
         LookForStars(image, report, seen.stars);
     } else {
-        const FrameLevel& level = seen.levels[static_cast<std::size_t>(StarPlane(image))];
+        const FrameLevel& level = seen.levels[static_cast<std::size_t>(stars::StarPlane(image))];
         report.background = level.background;
         report.noise = level.noise;
     }

@@ -31,7 +31,7 @@ std::vector<double> DarkScales(const Plan& plan)
 /// The stars of a light, those at the sensor's ceiling marked.
 std::vector<Star> StarsOf(FrameSet& lights, int light, const CStlImage& calibrated)
 {
-    const int plane = StarPlane(calibrated);
+    const int plane = stars::StarPlane(calibrated);
     std::vector<Star> stars = FindStars(calibrated, plane, MeasureSky(calibrated, plane), kStars);
     CalibratedFrames uncalibrated(lights, Masters(), 0.0, std::vector<double>(lights.Count(), 1.0));
     CStlImage raw(LightFrames(uncalibrated, {}, DemosaicMethod::kBilinear).ReadImage(light));

@@ -6,6 +6,7 @@
 
 #include "corvane/core/blank.h"
 #include "corvane/core/text.h"
+#include "stars/find_stars.h"
 
 namespace corvane::stack {
 
@@ -93,7 +94,7 @@ ShiftRegistration::ShiftRegistration(const CStlImage& reference, PixelPlace cent
     for (int plane = 0; plane < reference.GetPlanes(); ++plane) {
         const Peak peak = FindPeak(surroundings, plane, margin, margin, size_);
         patch_.level = std::max(patch_.level, kSkyOffset * peak.value);
-        if (plane == StarPlane(reference)) {
+        if (plane == stars::StarPlane(reference)) {
             patch_.plane = plane;
             patch_.peak = peak.value;
             patch_.peakX = peak.x - margin;
@@ -103,7 +104,7 @@ ShiftRegistration::ShiftRegistration(const CStlImage& reference, PixelPlace cent
     surroundings = Cut(reference, 0); // again, now that the level is known
     patch_.image = CStlImage(-32, size_, size_, reference.GetPlanes(), 1.0, 0.0, 1);
     patch_.image.PixelBlt(0, 0, size_, size_, &surroundings, margin, margin, 0);
-    ChooseWitnesses(stars, MeasureSky(reference, StarPlane(reference)));
+    ChooseWitnesses(stars, MeasureSky(reference, stars::StarPlane(reference)));
 }
 
 /// The brightest other stars, the only ones that chance hardly puts into each other's places.
@@ -154,7 +155,7 @@ CStlImage ShiftRegistration::Cut(const CStlImage& rows, int firstRow) const
 
 Match ShiftRegistration::Find(const CStlImage& rows) const
 {
-    const Sky sky = MeasureSky(rows, StarPlane(rows));
+    const Sky sky = MeasureSky(rows, stars::StarPlane(rows));
     CImgMatching window(Cut(rows, rows_.first));
     Match first;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
@@ -281,7 +282,7 @@ ShiftRegistration::Witnesses ShiftRegistration::CountWitnesses(const CStlImage& 
             left >= 0 && left + extent <= rows.GetWidth() && top >= 0 && top + extent <= rows.GetHeight();
         const double excess = found.gain * star.excess;
         if (isInside && excess > kWitnessDetection * sky.noise) {
-            const double seen = FindPeak(rows, StarPlane(rows), left, top, extent).value - sky.level;
+            const double seen = FindPeak(rows, stars::StarPlane(rows), left, top, extent).value - sky.level;
             ++count.expected;
             const bool isBright = seen > kWitnessBrightness * excess && seen > kWitnessPeak * sky.noise;
             count.present += isBright && seen * kWitnessBrightness < excess ? 1 : 0;

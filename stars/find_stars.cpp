@@ -4,9 +4,10 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <utility>
 
+#include "stars/common_width.h"
 #include "stars/maxima.h"
-#include "stars/robust.h"
 #include "stars/saturation.h"
 #include "stars/sky_mesh.h"
 #include "stars/star_neighbours.h"
@@ -24,7 +25,7 @@ constexpr double kNarrowWindow = 0.6; // widths: half as far is another star's p
 constexpr double kAperture = 2.0;     // FWHM: a Moffat profile of exponent 4 has 0.985 of its light there
 constexpr double kGap = 0.01;         // of the window on undefined samples: the centroid moves
 constexpr double kHot = 0.6;          // of the typical star's width
-constexpr double kHotFwhm = 1.0;      // pixels
+constexpr double kHotFwhm = 1.2;      // pixels
 constexpr double kElongated = 1.3;    // times the typical star's elongation,
 constexpr double kByNoise = 1.0;      // and this more for a peak of one deviation of the sky
 constexpr double kBroad = 1.8;        // times the typical star's width
@@ -166,7 +167,7 @@ void KeepBest(std::vector<FieldStar>& stars, std::size_t limit)
     std::stable_sort(stars.begin(), stars.end(), IsBrighter);
 }
 
-double MedianFwhm(const std::vector<FieldStar>& stars)
+double CommonFwhm(const std::vector<FieldStar>& stars)
 {
     std::vector<double> widths;
     for (const FieldStar& star : stars) {
@@ -174,7 +175,7 @@ double MedianFwhm(const std::vector<FieldStar>& stars)
             widths.push_back(star.fwhm);
         }
     }
-    return MedianOf(widths);
+    return CommonWidth(std::move(widths));
 }
 
 /// The stars that a plane shows against its sky, in any order.
@@ -209,7 +210,7 @@ StarField FindFieldStars(const CStlImage& image, int plane, const FindOptions& o
         options.saturation ? *options.saturation : SaturationLevel(image, plane, field.sky, field.noise);
     field.stars = FindObjects(image, plane, sky, saturation, options);
     KeepBest(field.stars, options.limit);
-    field.fwhm = MedianFwhm(field.stars);
+    field.fwhm = CommonFwhm(field.stars);
     return field;
 }
 

@@ -17,7 +17,7 @@ struct FieldStar {
     double sky = 0.0;        ///< background at its place [raw units]
     double noise = 0.0;      ///< standard deviation of the sky there [raw units]
     double flux = 0.0;       ///< sum above the sky within two typical FWHM of the centroid [raw units]
-    double fwhm = 0.0;       ///< full width at half maximum, free of the pixel's own width [pixels]
+    double fwhm = 0.0;       ///< full width at half maximum of the Gaussian that fits its samples [pixels]
     double elongation = 1.0; ///< longest over shortest width, 1 for round
 
     /// @name What speaks against measuring with it
@@ -44,16 +44,23 @@ struct StarField {
     std::vector<FieldStar> stars; ///< by flux, the brightest first; those that are not usable too
     double sky = 0.0;             ///< median of the background [raw units]
     double noise = 0.0;           ///< median of its standard deviation [raw units]
-    double fwhm = 0.0;            ///< median of the usable stars [pixels]; 0 without any
+    double fwhm = 0.0;            ///< that the usable stars have in common (`CommonWidth`) [pixels]; 0 without any
 };
+
+/// The plane in which stars are looked for: green of three.
+inline int StarPlane(const CImage& image)
+{
+    return image.GetPlanes() > 1 ? 1 : 0;
+}
 
 /// Finds the stars of one plane.
 ///
 /// Sky and noise are measured on a mesh (`MeasureSkyMesh`). A star is a local maximum of the frame, smoothed a little,
 /// that rises `sigmas` times the smoothed noise above its sky: from about half so many times the noise of single samples
 /// on for a FWHM of 3 pixels. It is measured through a Gaussian window as wide as the typical star, to the photons'
-/// noise; widths are those of Gaussian to Moffat profiles within 3 % (FWHM 2 to 6 pixels), in a frame without any star
-/// to take for typical those of a Gaussian. Fluxes of a Moffat profile of exponent 4 are 1.5 % too small. Samples from
+/// noise. Its width is that of the Gaussian that would be fitted to its samples by least squares, within 5 % (FWHM 1.8 to 6
+/// pixels): the blur of the pixel is part of it, and wings beyond a Gaussian widen it. Knots of a galaxy, which are wider
+/// than stars, do not count, however many they are. Fluxes of a Moffat profile of exponent 4 are 1.5 % too small. Samples from
 /// a ceiling on that touch each other are one saturated star. Of the maxima along a trail one is kept.
 ///
 /// Blanks, NaN and infinities are no stars and make none about them. The list is empty for an image without samples or

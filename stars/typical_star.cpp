@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <optional>
+#include <utility>
 
+#include "stars/common_width.h"
+#include "stars/gaussian_fit.h"
 #include "stars/robust.h"
 #include "stars/star_shape.h"
 
@@ -21,11 +25,11 @@ constexpr double kNarrowestWindow = 0.6;
 constexpr double kWidestWindow = kReach / 3.0;
 constexpr double kNarrowest = 0.5; // deviation of the least that light through optics leaves on pixels
 constexpr double kMostElongated = 3.0;
-constexpr double kGap = 0.01;       // of the window
-constexpr double kWideWindow = 1.5; // times the width
+constexpr double kGap = 0.01;        // of the window
+constexpr double kRadius = 4.7;      // widths: two FWHM
+constexpr double kLeastRadius = 3.0; // pixels
 constexpr int kRounds = 10;
 constexpr double kSettled = 0.01;
-constexpr double kPixelVariance = 1.0 / 12.0;
 constexpr double kFwhmPerSigma = 2.3548200450309493;
 
 /// The shape of an object through a window as wide as itself; nothing for what is no star.
@@ -47,19 +51,38 @@ std::optional<StarShape> ShapeThroughOwnWindow(const Stamp& stamp)
     return std::nullopt;
 }
 
-/// The ratio to the power 1.625; by roots, which every processor rounds the same.
-double WingsFromRatio(double ratio)
+struct Candidate {
+    StarShape shape;
+    double fit; ///< sigma of the Gaussian that fits it, over its width
+};
+
+/// The median of what is asked of candidates.
+template <class Ask>
+double MedianOver(const std::vector<Candidate>& candidates, Ask ask)
 {
-    const double root = std::sqrt(ratio);
-    return ratio * root * std::sqrt(std::sqrt(root));
+    std::vector<double> values;
+    std::transform(candidates.begin(), candidates.end(), std::back_inserter(values), ask);
+    return MedianOf(values);
+}
+
+TypicalStar TypicalOf(std::vector<Candidate> candidates)
+{
+    std::vector<double> widths;
+    for (const Candidate& c : candidates) {
+        widths.push_back(c.shape.Width());
+    }
+    const double width = CommonWidth(std::move(widths));
+    std::erase_if(candidates, [&](const Candidate& c) { return !IsCommon(c.shape.Width(), width); });
+    return {width, MedianOver(candidates, [](const Candidate& c) { return c.shape.shortest; }),
+            MedianOver(candidates, [](const Candidate& c) { return c.shape.Elongation(); }),
+            MedianOver(candidates, [](const Candidate& c) { return c.fit; })};
 }
 
 } // namespace
 
 double TypicalStar::Fwhm(double deviation) const
 {
-    const double own = deviation * wings;
-    return kFwhmPerSigma * std::sqrt(std::max(0.0, own * own - kPixelVariance));
+    return kFwhmPerSigma * fit * deviation;
 }
 
 TypicalStar MeasureTypicalStar(const CStlImage& image, int plane, const SkyMesh& sky, std::vector<Maximum> maxima)
@@ -67,32 +90,24 @@ TypicalStar MeasureTypicalStar(const CStlImage& image, int plane, const SkyMesh&
     const auto isBrighter = [](const Maximum& a, const Maximum& b) { return a.excess > b.excess; };
     std::stable_sort(maxima.begin(), maxima.end(), isBrighter);
     maxima.resize(std::min(maxima.size(), kTries));
-    std::vector<double> widths;
-    std::vector<double> shortest;
-    std::vector<double> elongations;
-    std::vector<double> ratios;
+    std::vector<Candidate> candidates;
     Stamp stamp(image, plane, kReach);
     for (const Maximum& maximum : maxima) {
         const bool isFaint = maximum.excess < kBright * sky.noise.At(maximum.x, maximum.y);
-        if (widths.size() == kStars || (isFaint && widths.size() >= kFewestStars)) {
+        if (candidates.size() == kStars || (isFaint && candidates.size() >= kFewestStars)) {
             break;
         }
         stamp.MoveTo(maximum.x, maximum.y, sky.level.At(maximum.x, maximum.y));
         const std::optional<StarShape> shape = ShapeThroughOwnWindow(stamp);
-        const std::optional<StarShape> wide = shape ? MeasureShape(stamp, kWideWindow * shape->Width()) : std::nullopt;
-        if (!wide) {
+        if (!shape) {
             continue;
         }
-        widths.push_back(shape->Width());
-        shortest.push_back(shape->shortest);
-        elongations.push_back(shape->Elongation());
-        ratios.push_back(shape->Width() / wide->Width());
+        const double radius = std::max(kLeastRadius, kRadius * shape->Width());
+        if (const auto fit = FitGaussian(stamp, radius, shape->Width())) {
+            candidates.push_back({*shape, fit->sigma / shape->Width()});
+        }
     }
-    if (widths.empty()) {
-        return {};
-    }
-    return {MedianOf(widths), MedianOf(shortest), MedianOf(elongations),
-            WingsFromRatio(std::min(1.0, MedianOf(ratios)))};
+    return candidates.empty() ? TypicalStar() : TypicalOf(candidates);
 }
 
 } // namespace corvane::stars

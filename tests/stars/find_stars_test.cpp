@@ -59,9 +59,54 @@ void Add(const Glow& glow, CStlImage& image)
         const double dy = i / kSize - glow.y;
         const double u = (dx + dy) * std::sqrt(0.5) / glow.a;
         const double v = (dx - dy) * std::sqrt(0.5) / glow.b;
-        const double light = glow.peak * std::exp(-0.5 * (u * u + v * v));
-        *image.GetImageAdr(i % kSize, i / kSize, 0) += static_cast<float>(light);
+        if (u * u + v * v < 100.0) {
+            const double light = glow.peak * std::exp(-0.5 * (u * u + v * v));
+            *image.GetImageAdr(i % kSize, i / kSize, 0) += static_cast<float>(light);
+        }
     }
+}
+
+/// Width of the Gaussian about a place, on a level sky, that leaves the least squares: the plain way, width by width.
+double FittedFwhm(const CStlImage& image, double x, double y, double fwhm)
+{
+    const int reach = static_cast<int>(2.0 * fwhm) + 1;
+    double best = 0.0;
+    double least = std::numeric_limits<double>::infinity();
+    for (double width = 0.6 * fwhm; width < 1.6 * fwhm; width += 0.005 * fwhm) {
+        double n = 0, g = 0, gg = 0, v = 0, gv = 0, vv = 0;
+        for (int dy = -reach; dy <= reach; ++dy) {
+            for (int dx = -reach; dx <= reach; ++dx) {
+                const int px = static_cast<int>(x) + dx;
+                const int py = static_cast<int>(y) + dy;
+                const double square = std::pow(px - x, 2) + std::pow(py - y, 2);
+                if (square <= 4.0 * fwhm * fwhm) {
+                    const double shape = std::exp(-4.0 * std::log(2.0) * square / (width * width));
+                    const double sample = image.GetPixelGrayRaw(px, py, 0);
+                    n += 1, g += shape, gg += shape * shape, v += sample, gv += shape * sample, vv += sample * sample;
+                }
+            }
+        }
+        const double squares = vv - v * v / n - std::pow(gv - g * v / n, 2) / (gg - g * g / n);
+        if (squares < least) {
+            least = squares;
+            best = width;
+        }
+    }
+    return best;
+}
+
+/// The middle one of the widths that fits give to drawn stars, those that count.
+template <class Counts>
+double FittedFwhm(const CStlImage& image, const night::NightSettings& settings, Counts counts)
+{
+    std::vector<double> widths;
+    for (const night::Star& truth : settings.ownStars) {
+        if (counts(truth)) {
+            widths.push_back(FittedFwhm(image, truth.x, truth.y, truth.fwhm));
+        }
+    }
+    std::nth_element(widths.begin(), widths.begin() + widths.size() / 2, widths.end());
+    return widths[widths.size() / 2];
 }
 
 void Fill(const CRect& area, float value, CStlImage& image)
@@ -84,9 +129,10 @@ TEST(FindStars, MeasuresWhatWasDrawn)
                                                                         {8.0, 8.0, 1.0, 0.2, 0.2}}) {
             SCOPED_TRACE(testing::Message() << "FWHM " << fwhm << ", peak " << faintest);
             const night::NightSettings settings = Lattice(profile, fwhm, faintest, factor);
-            const StarField field = FindFieldStars(LightOf(settings), 0);
+            const CStlImage light = LightOf(settings);
+            const StarField field = FindFieldStars(light, 0);
             EXPECT_EQ(field.stars.size(), 100u);
-            EXPECT_NEAR(field.fwhm, fwhm, 0.03 * fwhm);
+            EXPECT_NEAR(field.fwhm / FittedFwhm(light, settings, [](const auto&) { return true; }), 1.0, 0.04);
             double square = 0.0;
             double flux = 0.0;
             for (const night::Star& truth : settings.ownStars) {
@@ -100,6 +146,32 @@ TEST(FindStars, MeasuresWhatWasDrawn)
             EXPECT_LT(std::sqrt(square / 200.0), position);
             EXPECT_NEAR(flux, 1.0, std::max(0.03, scatter)); // wide wings lift the sky
         }
+    }
+}
+
+TEST(FindStars, TakesTheWidthOfStarsAndNotOfTheKnotsOfAGalaxy)
+{
+    const auto isClear = [](const night::Star& star) { return std::hypot(star.x - 200, star.y - 200) > 140.0; };
+    for (const auto& [profile, fwhm, glow, knots] : {std::tuple(night::Profile::kGaussian, 1.8, 0.0, 300),
+                                                     {night::Profile::kMoffat, 2.5, 3000.0, 300},
+                                                     {night::Profile::kGaussian, 4.0, 20000.0, 200},
+                                                     {night::Profile::kMoffat, 6.0, 1000.0, 150}}) {
+        SCOPED_TRACE(testing::Message() << "FWHM " << fwhm);
+        const night::NightSettings settings = Lattice(profile, fwhm, 30.0, 20.0);
+        CStlImage light = LightOf(settings);
+        Add(Glow{200, 200, glow, 40, 40}, light);
+        test::Random random(5);
+        for (int i = 0; i < knots; ++i) {
+            const double away = random.Between(0.0, 110.0);
+            const double turn = random.Between(0.0, 6.28);
+            const double wide = fwhm / 2.355 * random.Between(1.3, 3.3);
+            Add(Glow{200 + away * std::cos(turn), 200 + away * std::sin(turn), random.Between(500.0, 5000.0), wide,
+                     wide * random.Between(1.0, 1.3)},
+                light);
+        }
+        const double expected = FittedFwhm(light, settings, isClear);
+        EXPECT_NEAR(FindFieldStars(light, 0).fwhm / expected, 1.0, 0.05);
+        EXPECT_NEAR(FindFieldStars(light, 0, {.sigmas = 40.0}).fwhm / expected, 1.0, 0.05);
     }
 }
 
