@@ -8,6 +8,7 @@
 #include "corvane/core/text.h"
 #include "stack/progress.h"
 #include "stars/robust.h"
+#include "stars/saturation.h"
 
 namespace corvane::stack {
 
@@ -31,9 +32,20 @@ struct Wanted {
     bool Anything() const { return stars || levels; }
 };
 
-void LookForStars(const CStlImage& image, FrameReport& report, std::vector<stars::FieldStar>& stars)
+/// Makes the stars that are saturated in the raw light show it in the calibrated one; returns from which sample on.
+std::optional<double> ShowSaturated(const CStlImage& raw, CStlImage& image)
 {
-    stars::StarField field = stars::FindFieldStars(image, stars::StarPlane(image));
+    const int plane = stars::StarPlane(image);
+    const int rawPlane = std::min(plane, raw.GetPlanes() - 1); // a mosaic has one
+    const FrameLevel level = MeasureFrame(raw, rawPlane);
+    const double ceiling = stars::SaturationLevel(raw, rawPlane, level.background, level.spread);
+    return stars::LevelSaturated(raw, rawPlane, ceiling, image, plane, MeasureFrame(image, plane).background);
+}
+
+void LookForStars(const CStlImage& image, std::optional<double> saturation, FrameReport& report,
+                  std::vector<stars::FieldStar>& stars)
+{
+    stars::StarField field = stars::FindFieldStars(image, stars::StarPlane(image), {.saturation = saturation});
     const auto isUsable = [](const stars::FieldStar& star) { return star.IsUsable(); };
     const auto unusable = std::stable_partition(field.stars.begin(), field.stars.end(), isUsable);
     report.stars = static_cast<int>(unusable - field.stars.begin());
@@ -44,14 +56,15 @@ void LookForStars(const CStlImage& image, FrameReport& report, std::vector<stars
                  field.stars.begin() + static_cast<std::ptrdiff_t>(std::min(field.stars.size(), kStarsKept)));
 }
 
-SeenLight Measure(const CStlImage& image, const Wanted& wanted, FrameReport& report)
+SeenLight Measure(CStlImage image, RawLights& raw, int light, const Wanted& wanted, FrameReport& report)
 {
     SeenLight seen;
     for (int plane = 0; plane < image.GetPlanes() && wanted.levels; ++plane) {
         seen.levels.push_back(MeasureFrame(image, plane));
     }
     if (wanted.stars) {
-        LookForStars(image, report, seen.stars);
+        const std::optional<double> saturation = ShowSaturated(raw.Read(light), image);
+        LookForStars(image, saturation, report, seen.stars);
     } else {
         const FrameLevel& level = seen.levels[static_cast<std::size_t>(stars::StarPlane(image))];
         report.background = level.background;
@@ -89,7 +102,8 @@ void Apply(const Limit& limit, std::vector<FrameReport>& reports)
 
 } // namespace
 
-std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames, std::vector<FrameReport>& reports)
+std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames, RawLights raw,
+                                     std::vector<FrameReport>& reports)
 {
     const Wanted wanted(options);
     if (!wanted.Anything()) {
@@ -97,8 +111,8 @@ std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames
     }
     Progress progress(options.progressWindow, "Measuring lights...", static_cast<int>(reports.size()));
     std::vector<SeenLight> seen;
-    for (std::size_t i = 0; i < reports.size(); ++i) {
-        seen.push_back(Measure(frames.ReadImage(static_cast<int>(i)), wanted, reports[i]));
+    for (int i = 0; i < static_cast<int>(reports.size()); ++i) {
+        seen.push_back(Measure(frames.ReadImage(i), raw, i, wanted, reports[static_cast<std::size_t>(i)]));
         progress.Step();
     }
     return seen;

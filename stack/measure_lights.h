@@ -6,6 +6,7 @@
 #include "stack/light_frames.h"
 #include "stack/normalise.h"
 #include "stack/options.h"
+#include "stack/raw_lights.h"
 #include "stars/find_stars.h"
 
 namespace corvane::stack {
@@ -17,8 +18,9 @@ struct SeenLight {
 };
 
 /// Measures of every light what the options ask for, and enters it in the reports. Of a light without a defined sample
-/// all is 0. No lights are read, and none is seen, when the options ask for nothing. Throws io::Error and Cancelled.
-std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames, std::vector<FrameReport>& reports);
+/// all is 0. Which stars are saturated is told by the raw lights. No lights are read, and none is seen, when the options ask for nothing. Throws io::Error and Cancelled.
+std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames, RawLights raw,
+                                     std::vector<FrameReport>& reports);
 
 /// Leaves out the lights whose width of stars, number of stars or background lie beyond the limits of the options,
 /// counted in standard deviations of the set about its median (`MeasureLevel`). Of a set that hardly differs a hundredth

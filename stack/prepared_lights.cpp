@@ -8,6 +8,7 @@
 #include "stack/cosmetic.h"
 #include "stack/masters.h"
 #include "stack/progress.h"
+#include "stack/raw_lights.h"
 #include "stack/reference.h"
 #include "stack/register.h"
 
@@ -33,9 +34,7 @@ std::vector<Star> StarsOf(FrameSet& lights, int light, const CStlImage& calibrat
 {
     const int plane = stars::StarPlane(calibrated);
     std::vector<Star> stars = FindStars(calibrated, plane, MeasureSky(calibrated, plane), kStars);
-    CalibratedFrames uncalibrated(lights, Masters(), 0.0, std::vector<double>(lights.Count(), 1.0));
-    CStlImage raw(LightFrames(uncalibrated, {}, DemosaicMethod::kBilinear).ReadImage(light));
-    lights.Describe(light, raw);
+    const CStlImage raw(RawLights(lights).Read(light));
     MarkSaturated(raw, std::min(plane, raw.GetPlanes() - 1), stars);
     return stars;
 }
@@ -77,7 +76,7 @@ void PreparedLights::MendHotPixels(const Masters& masters)
 
 void PreparedLights::Register()
 {
-    seen_ = MeasureLights(options_, *frames_, result_.frames);
+    seen_ = MeasureLights(options_, *frames_, RawLights(plan_.lights), result_.frames);
     ApplyLimits(options_, result_.frames);
     result_.referenceLight = ReferenceIndex(options_);
     const bool isAlone = plan_.lights.Count() == 1;

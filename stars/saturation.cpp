@@ -14,6 +14,7 @@ namespace {
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNearCeiling = 0.98; // of the way from the sky to the ceiling: columns differ in their offsets
 constexpr double kFarAboveSky = 50.0; // deviations: the crests of noise may be equal, too
+constexpr double kKeptHeight = 0.5;   // of the tallest: a flat takes off less
 constexpr int kPlateau = 4;           // so many largest samples make a ceiling,
 constexpr int kPlateauPairs = 2;      // when so many times two of them lie side by side
 
@@ -192,6 +193,30 @@ double SaturationLevel(const CStlImage& image, int plane, double sky, double noi
         largest.samples >= kPlateau && largest.pairs >= kPlateauPairs && largest.value > sky + kFarAboveSky * noise;
     const bool isCeiling = isPlateau || largest.value >= FullScale(image.GetOrgBitsPixel());
     return isCeiling ? sky + kNearCeiling * (largest.value - sky) : kInfinity;
+}
+
+std::optional<double> LevelSaturated(const CStlImage& raw, int rawPlane, double level, CStlImage& image, int plane,
+                                     double sky)
+{
+    if (level == kInfinity) {
+        return std::nullopt;
+    }
+    const DefinedTest isDefined(image);
+    const auto forEach = [&](auto action) {
+        for (int y = 0; y < image.GetHeight(); ++y) {
+            const float* const before = raw.GetImageAdr(0, y, rawPlane, 1);
+            float* const row = image.GetImageAdr(0, y, plane);
+            for (int x = 0; x < image.GetWidth(); ++x) {
+                if (before[x] >= level && isDefined(row[x])) {
+                    action(row[x]);
+                }
+            }
+        }
+    };
+    float largest = -std::numeric_limits<float>::infinity();
+    forEach([&](float v) { largest = std::max(largest, v); });
+    forEach([&](float& v) { v = v - sky >= kKeptHeight * (largest - sky) ? largest : v; });
+    return largest > sky ? std::optional<double>(largest) : std::nullopt;
 }
 
 std::vector<SaturatedArea> FindSaturatedAreas(const CStlImage& image, int plane, double level)

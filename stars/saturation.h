@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "corvane/core/stl_image.h"
@@ -24,7 +25,13 @@ CORVANE_VISIBLE double FullScale(int bits);
 /// The level from which on samples are saturated, near the largest sample of the plane; infinite when nothing shows a
 /// ceiling. The largest sample is one when it is the full scale of the 8 or 16 bits that the image had in its file, or
 /// when samples that have it lie side by side, far above a sky with that level and noise.
-double SaturationLevel(const CStlImage& image, int plane, double sky, double noise);
+CORVANE_VISIBLE double SaturationLevel(const CStlImage& image, int plane, double sky, double noise);
+
+/// Gives one value to the samples of a calibrated plane that are saturated in its raw one, from a level on: dark and flat
+/// make them differ. The value is the largest of them, and is returned; nothing when there is none. What lost more than
+/// half of its height above the sky, as hot pixels do to a dark, stays. Both planes have one size.
+CORVANE_VISIBLE std::optional<double> LevelSaturated(const CStlImage& raw, int rawPlane, double level, CStlImage& image,
+                                                     int plane, double sky);
 
 /// The areas of samples from a level on, from the top down. Nothing is saturated when it is infinite. Undefined
 /// samples (blanks, NaN, infinities) belong to none.

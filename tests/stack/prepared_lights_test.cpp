@@ -49,6 +49,27 @@ TEST_F(PreparedLightsTest, MendsHotPixelsAmongThoseOfTheirFilter)
     }
 }
 
+TEST_F(PreparedLightsTest, KnowsSaturatedStarsByTheirRawSamples)
+{
+    const auto dark = [](int x, int y, int) { return x == 70 ? 60000 : 500 + (x * 7 + y * 13) % 29; }; // a hot column
+    const auto flat = [](int x, int y, int) { return 20000 - std::hypot(x - 200, y - 150) * 25 + (x * 5 + y) % 17; };
+    std::vector<Place> places;
+    for (int i = 0; i < 35; ++i) {
+        places.push_back({30.2 + 55.1 * (i % 7), 30.4 + 53.3 * (i / 7), i % 7 == 3 ? 1e5 : 5000.0});
+    }
+    const CStlImage sky = Sky(400, 300, 1, places);
+    const auto light = [&](int x, int y, int) {
+        return std::min(60000.0, dark(x, y, 0) + sky.GetPixelGrayRaw(x, y, 0) * flat(x, y, 0) / 18000.0);
+    };
+    Options options;
+    options.lights = {Save("a.fits", Make(400, 300, 1, light)), Save("b.fits", Make(400, 300, 1, light))};
+    options.darks = {Save("dark.fits", Make(400, 300, 1, dark))};
+    options.flats = {Save("flat.fits", Make(400, 300, 1, flat))};
+    for (const FrameReport& frame : stack::Register(options).frames) {
+        EXPECT_EQ(frame.stars, 30);
+    }
+}
+
 TEST_F(PreparedLightsTest, BandsOfAMosaicBecomeTheColoursOfTheWhole)
 {
     std::vector<std::int16_t> samples(301 * 150);

@@ -1,0 +1,18 @@
+#include "stack/raw_lights.h"
+
+#include "stack/light_frames.h"
+
+namespace corvane::stack {
+
+RawLights::RawLights(FrameSet& lights)
+    : lights_(lights), uncalibrated_(lights, Masters(), 0.0, std::vector<double>(lights.Count(), 1.0))
+{}
+
+CStlImage RawLights::Read(int light)
+{
+    CStlImage raw(LightFrames(uncalibrated_, {}, DemosaicMethod::kBilinear).ReadImage(light));
+    lights_.Describe(light, raw);
+    return raw;
+}
+
+} // namespace corvane::stack

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "stack/calibrated_frames.h"
+
+namespace corvane::stack {
+
+/// Lights as their files have them: neither calibrated nor in colours that are not in the file.
+class RawLights {
+public:
+    /// The lights must outlive this.
+    explicit RawLights(FrameSet& lights);
+
+    /// All of a light, with what its file says of it. Throws io::Error.
+    CStlImage Read(int light);
+
+private:
+    FrameSet& lights_;
+    CalibratedFrames uncalibrated_;
+};
+
+} // namespace corvane::stack
