@@ -41,6 +41,37 @@ int PlaneSelector(const CStlImage& image, const std::string& plane)
     return image.GetPlanes() < 3 ? 0 : selector;
 }
 
+/// What brightness the development divides by, before it is blurred: that of the selected plane, or the mean of three.
+double DividingBrightness(const CStlImage& image, int selector, int x, int y)
+{
+    if (selector < 3) {
+        return image.GetPixelGray256f(x, y, selector);
+    }
+    return (image.GetPixelGray256f(x, y, 0) + image.GetPixelGray256f(x, y, 1) + image.GetPixelGray256f(x, y, 2)) / 3.0;
+}
+
+/// Samples beside a blown core are divided by its light, and would outline it in black: what has lost more than half of
+/// the value that it would have in a flat area gets that.
+void LightenOutlines(const CStlImage& image, double offset, int selector, const CRect* rect, CStlImage& result)
+{
+    constexpr double kMostLost = 0.5;
+    const CRect all(0, 0, image.GetWidth(), image.GetHeight());
+    const CRect area = rect != nullptr ? *rect : all;
+    const double a = image.To256(offset, 0);
+    const double gain = image.To256(image.GetAvrGrayRaw(0), 0) + a;
+    for (int y = std::max<int>(area.top, 0); y < std::min(area.bottom, all.bottom); ++y) {
+        for (int x = std::max<int>(area.left, 0); x < std::min(area.right, all.right); ++x) {
+            const double factor = gain / (std::max(DividingBrightness(image, selector, x, y), 0.0) + a);
+            for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+                const double inFlatArea = image.GetPixelGray256f(x, y, plane) * factor;
+                if (inFlatArea > 0.0 && result.GetPixelGray256f(x, y, plane) < kMostLost * inFlatArea) {
+                    result.SetPixelGray256f(x, y, static_cast<float>(inFlatArea), plane);
+                }
+            }
+        }
+    }
+}
+
 void RunDevelopment(io::Frame& frame, Arguments& arguments, const Context& context)
 {
     if (!std::isfinite(frame.image.GetAvrGrayRaw(0))) {
@@ -52,6 +83,7 @@ void RunDevelopment(io::Frame& frame, Arguments& arguments, const Context& conte
     CImgFilter result(frame.image);
     result.DigitalDvlp(offset, arguments.Number("weight"), &frame.image, &selector, arguments.Rectangle("rect"),
                        context.showProgress);
+    LightenOutlines(frame.image, offset, selector, arguments.Rectangle("rect"), result);
     frame.image.Swap(&result);
 }
 
@@ -104,10 +136,12 @@ Operation Development()
 {
     return {.name = "ddp",
             .summary = "show bright cores and faint detail together, as film does",
-            .help = "Divides each sample by a blurred one plus the offset, both counted from black, as film saturates "
-                    "where it is bright. A flat area as bright as the mean stays; what is at or below black stays too. "
-                    "A frame that comes without display levels gets such as suit its sky first. The result is made for "
-                    "the levels that it has: render it with --levels file.",
+            .help =
+                "Divides each sample by a blurred one plus the offset, both counted from black, as film saturates "
+                "where it is bright. A flat area as bright as the mean stays; what is at or below black stays too. "
+                "About blown cores samples keep half of their brightness at least, so that none is outlined in black. "
+                "Without display levels, it chooses them from the sky first. The result is made for "
+                "the levels that it has: render it with --levels file.",
             .parameters = {{.name = "offset",
                             .summary = "the smaller, the more bright areas are held back; above black",
                             .unit = "counts",

@@ -44,9 +44,37 @@ TEST(Develop, DividesByThePlaneThatIsNamed)
         io::Frame frame = MakeFrame(3, 1);
         CImgFilter expected(frame.image);
         int plane = selector;
-        expected.DigitalDvlp(100.0, 0.5, &frame.image, &plane, nullptr, 0);
-        catalogue::Run(ParseStep(std::string("ddp:offset=100,weight=0.5,plane=") + word), frame, {});
+        expected.DigitalDvlp(400.0, 0.5, &frame.image, &plane, nullptr, 0);
+        catalogue::Run(ParseStep(std::string("ddp:offset=400,weight=0.5,plane=") + word), frame, {});
         EXPECT_EQ(test::Samples(frame.image), test::Samples(expected)) << word;
+    }
+}
+
+TEST(Develop, LeavesBlownCoresTheBrightestAndWithoutOutlines)
+{
+    for (const int planes : {1, 3}) {
+        io::Frame frame;
+        frame.image = test::Make(60, 50, planes, [](int x, int y, int p) {
+            const double away = std::hypot(x - 30, y - 25);
+            return away < 6.0 ? 65000.0 : 1000.0 + (x * 7 + y * 5) % 11 + 400.0 * (1 + p) * std::exp(-away / 8.0);
+        });
+        catalogue::Run(ParseStep("ddp:rect=5:5:60:50"), frame, {});
+        EXPECT_NEAR(frame.image.GetPixelGrayRaw(4, 25, 0), 1010.0 + 400.0 * std::exp(-26.0 / 8.0), 1e-3);
+        for (int p = 0; p < planes; ++p) {
+            const float halo = frame.image.GetPixelGrayRaw(42, 25, p);
+            for (int i = 0; i < 55 * 45; ++i) {
+                const int x = 5 + i % 55;
+                const int y = 5 + i / 55;
+                const double away = std::hypot(x - 30, y - 25);
+                const float v = frame.image.GetPixelGrayRaw(x, y, p);
+                if (away < 6.0) {
+                    EXPECT_GE(v, frame.image.GetPixelGrayRaw(30, 25, p)) << x << ',' << y;
+                } else if (away < 8.0) {
+                    EXPECT_GE(v, halo) << x << ',' << y;
+                    EXPECT_LT(v, frame.image.GetPixelGrayRaw(30, 25, p)) << x << ',' << y;
+                }
+            }
+        }
     }
 }
 
