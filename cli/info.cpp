@@ -101,7 +101,7 @@ void AddExtension(Json& json, const std::optional<CFitsExtension>& extension)
 }
 
 // Without BAYERPAT a mosaic is taken as monochrome everywhere.
-void AddNotes(Json& json, const io::FrameReader& reader)
+void AddNotes(Json& json, io::FrameReader& reader)
 {
     const io::FrameInfo& info = reader.Info();
     const auto pattern = info.planes == 1 ? io::HintedBayerPattern(info.header) : std::nullopt;

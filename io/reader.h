@@ -29,9 +29,9 @@ struct FrameInfo {
     int bits = 0;   ///< bits per sample of the file as FITS BITPIX: 8, 16, 32, 64, -32, -64
     std::optional<int> blank;
     Header header;
-    std::optional<CFitsExtension> extension{}; ///< the part of a FITS file that the frame comes from, with all its cards
-    std::vector<long long> axes; ///< of a FITS image: the sizes of all its axes
-    long long plane = 0;         ///< which plane of a cube this is, from 1; 0 for a frame
+    std::optional<CFitsExtension> extension{}; ///< the part of a FITS file that it comes from, with all its cards
+    std::vector<long long> axes{};             ///< of a FITS image: the sizes of all its axes
+    long long plane = 0;                       ///< which plane of a cube this is, from 1; 0 for a frame
 };
 
 /// What becomes of an image whose planes are neither 1 nor 3 and of which none is chosen.

@@ -13,4 +13,10 @@ check 0 ' [1-9][0-9]* +69000 +0 +7800 +sum.fits$' stats sum.fits
 check 0 '"count": 0,.*"not_finite": 1,' stats sum.fits --rect 0:0:1:1 --json
 check 1 'no.fits: no such file.*69000' stats no.fits sum.fits
 refuse 1 '--rect = 0:0:321:9: must lie within the image, 0:0:320:240' stats "$a" --rect 0:0:321:9
+# Five planes of one sample each, as the first cards of a frame say.
+printf '%-80s' 'SIMPLE  = T' 'BITPIX  = 8' 'NAXIS   = 3' 'NAXIS1  = 1' 'NAXIS2  = 1' 'NAXIS3  = 5' END >cube.fits
+printf '%2320s%-2880s' '' 'abcde' >>cube.fits
+check 0 'cube +1 x 1 x 5, plane 1 of 5.*plane 0 +min 97' info cube.fits
+check 0 '"axes": .*"plane": 4.*"min": 100' info --json 'cube.fits[plane 4]'
+refuse 1 "one plane, as 'cube.fits\[plane 1\]'" stats cube.fits
 finish

@@ -59,7 +59,7 @@ private:
 
 } // namespace
 
-std::unique_ptr<FrameReader> OpenFrame(const std::string& path)
+std::unique_ptr<FrameReader> OpenFrame(const std::string& path, Cubes)
 {
     return std::make_unique<NamedFrame>(
         FrameInfo{path, "", kWidth, kHeight, Says(path, "colour") ? 3 : 1, -32, {}, {}});
