@@ -1,6 +1,7 @@
 // Runs a fuzz target without a fuzzer: on its seeds, and on seeds that were damaged, the same ones on every machine.
-//   fuzz_TARGET ROUNDS      damaged inputs; the one at work is kept as TARGET-input until the run has passed
-//   fuzz_TARGET FILE...     the files, to repeat a finding
+//   fuzz_TARGET ROUNDS            damaged inputs; the one at work is kept as TARGET-input until the run has passed
+//   fuzz_TARGET FILE...           the files, to repeat a finding
+//   fuzz_TARGET --seeds FOLDER    writes the seeds, for a fuzzer to begin from
 
 #include <algorithm>
 #include <cstdio>
@@ -52,6 +53,15 @@ void RunRounds(const std::string& kept, int rounds)
     std::filesystem::remove(kept);
 }
 
+void WriteSeeds(const std::filesystem::path& folder)
+{
+    std::filesystem::create_directories(folder);
+    const std::vector<std::string> seeds = Seeds();
+    for (std::size_t i = 0; i < seeds.size(); ++i) {
+        std::ofstream(folder / ("seed-" + std::to_string(i)), std::ios::binary) << seeds[i];
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -60,6 +70,10 @@ int main(int argc, char** argv)
     char behind = 0;
     if (argc == 2 && std::sscanf(argv[1], "%9d%c", &rounds, &behind) == 1) {
         RunRounds(std::filesystem::path(argv[0]).filename().string() + "-input", rounds);
+        return 0;
+    }
+    if (argc == 3 && std::string(argv[1]) == "--seeds") {
+        WriteSeeds(argv[2]);
         return 0;
     }
     for (int i = 1; i < argc; ++i) {

@@ -1,57 +1,105 @@
-// Files of every format that is read, with whatever bytes.
+// Files of every format that is read, with whatever bytes; and what is done with a frame that could be read: its header
+// is asked, its coordinates and mosaic follow geometry, it is shown and written in every format.
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <optional>
 
-#include <unistd.h>
-
+#include "catalogue/error.h"
+#include "catalogue/step.h"
+#include "corvane/core/memory_budget.h"
+#include "io/bayer.h"
 #include "io/error.h"
 #include "io/frame.h"
+#include "io/metadata.h"
+#include "io/picture.h"
+#include "tests/fuzz/dng.h"
+#include "tests/fuzz/scratch.h"
 #include "tests/fuzz/target.h"
 #include "tests/support/images.h"
 
 namespace {
 
-/// The name of a file of this process alone.
-std::string ScratchFile(const std::string& extension)
+using namespace corvane;
+
+constexpr std::uint64_t kMostBytes = 64 << 20;
+
+/// What lists of frames and reports read of a header.
+void AskHeader(const io::Header& header, int height)
 {
-    return (std::filesystem::temp_directory_path() / ("corvane-fuzz-" + std::to_string(getpid()))).string() + extension;
+    for (const auto& number : {io::ExposureSeconds(header), io::CcdTemperature(header), io::Gain(header),
+                               io::ElectronsPerCount(header), io::PixelSize(header), io::ObservationTime(header)}) {
+        if (number) {
+            io::FormatTime(*number);
+        }
+    }
+    io::Filter(header);
+    io::DateObs(header);
+    io::StoredBayerPattern(header, height);
+    for (const std::string& card : header.Cards()) {
+        header.Comment(card.substr(0, 8));
+    }
+    header.History();
 }
 
-std::string Saved(const std::string& extension, int planes, int bits)
+/// Runs a step, unless it does not suit the frame.
+void Try(const char* step, io::Frame& frame)
 {
-    const std::string path = ScratchFile(extension);
-    CStlImage counts = corvane::test::RandomImage({9, 7}, planes, 1);
-    counts.CutOutOfLevel();
-    corvane::io::Header header;
-    header.Set("EXPTIME", 2.5);
-    header.Set("CTYPE1", "RA---TAN");
-    header.AddHistory("a line");
-    corvane::io::Save(path, counts, header, {bits});
-    std::ifstream file(path, std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    std::filesystem::remove(path);
-    return bytes;
+    try {
+        catalogue::Run(catalogue::ParseStep(step), frame, {});
+    } catch (const catalogue::Error&) { // what a user is told
+    }
+}
+
+void Write(const io::Frame& frame)
+{
+    for (const auto& [extension, bits] : {std::pair{".fits", 16}, {".fits", -64}, {".tif", 8}, {".png", 16}}) {
+        try {
+            test::FileOf(frame.image, frame.header, extension, bits);
+        } catch (const io::Error&) { // undefined samples, for one, have no place in every format
+        }
+    }
+    const test::ScratchFile picture(".png");
+    io::SavePicture(picture.Path(), frame.image, io::IsBottomUp(frame.header));
 }
 
 } // namespace
 
 std::vector<std::string> Seeds()
 {
-    return {Saved(".fits", 1, -32), Saved(".fits", 3, 16), Saved(".tif", 1, 8),
-            Saved(".tif", 3, -32),  Saved(".png", 1, 16),  Saved(".png", 3, 8)};
+    io::Header header;
+    header.Set("EXPTIME", 2.5);
+    header.Set("DATE-OBS", "2024-07-30T22:44:36.5");
+    header.Set("BAYERPAT", "GRBG");
+    header.Set("CTYPE1", "RA---TAN");
+    header.Set("CTYPE2", "DEC--TAN");
+    header.Set("CD1_1", -2.5e-4);
+    header.Set("CD2_1", 1e-6);
+    header.Set("LTM1_1", 0.5);
+    header.AddHistory("a line");
+    std::vector<std::string> seeds{test::SmallDng()};
+    for (const auto& [extension, planes, bits] :
+         {std::tuple{".fits", 1, -32}, {".fits", 3, 16}, {".fits", 1, 8}, {".fits", 1, -64}, {".tif", 1, 8},
+          {".tif", 3, -32}, {".png", 1, 16}, {".png", 3, 8}}) {
+        CStlImage counts = test::RandomImage({9, 7}, planes, 1);
+        counts.CutOutOfLevel();
+        seeds.push_back(test::FileOf(counts, header, extension, bits));
+    }
+    return seeds;
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const std::string path = ScratchFile("");
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+    SetMemoryBudget(kMostBytes);
+    const test::ScratchFile file("", {reinterpret_cast<const char*>(data), size});
     try {
-        corvane::io::Load(path);
-    } catch (const corvane::io::Error&) { // what a user is told
+        io::Frame frame = io::Load(file.Path());
+        AskHeader(frame.header, frame.image.GetHeight());
+        Write(frame);
+        for (const char* step : {"debayer", "rotate90", "crop:rect=1:1:30:20", "flip", "rotate:angle=33", "bin"}) {
+            Try(step, frame);
+        }
+        Write(frame);
+    } catch (const io::Error&) { // what a user is told
+    } catch (const std::bad_alloc&) {
     }
-    std::filesystem::remove(path);
     return 0;
 }

@@ -1,0 +1,61 @@
+// Lists of steps as people write and keep them, a step a line, and the files of points that curves are read from. A
+// step that can be read is written so that it reads the same again.
+
+#include <cstdlib>
+#include <sstream>
+
+#include "catalogue/error.h"
+#include "catalogue/operations.h"
+#include "catalogue/points.h"
+#include "catalogue/step.h"
+#include "io/error.h"
+#include "tests/fuzz/scratch.h"
+#include "tests/fuzz/target.h"
+
+namespace {
+
+using namespace corvane;
+
+void ReadStep(const std::string& line)
+{
+    std::string written;
+    try {
+        written = catalogue::ToText(catalogue::ParseStep(line));
+    } catch (const catalogue::Error&) { // what a user is told
+        return;
+    } catch (const io::Error&) {
+        return;
+    }
+    if (catalogue::ToText(catalogue::ParseStep(written)) != written) {
+        std::abort();
+    }
+}
+
+} // namespace
+
+std::vector<std::string> Seeds()
+{
+    std::vector<std::string> seeds{"0 0\n0.25, 0.5\n1 1 # white\n", "0\n0.1\n1\n", "curve:points=0:0,,0.5:0.7,,1:1\n"};
+    for (const catalogue::Operation& operation : catalogue::Operations()) {
+        for (const catalogue::Parameter& parameter : operation.parameters) {
+            const std::string value = parameter.choices.empty() ? "2.5" : parameter.choices.front();
+            seeds.push_back("median:type=1\n" + operation.name + ":" + parameter.name + "=" + value + "\n");
+        }
+    }
+    return seeds;
+}
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        ReadStep(line);
+    }
+    const test::ScratchFile file(".txt", text);
+    try {
+        catalogue::Tabulate(catalogue::ReadPoints(file.Path()), 256);
+    } catch (const io::Error&) { // what a user is told
+    }
+    return 0;
+}
