@@ -22,19 +22,19 @@ const std::map<std::string, io::SampleScale> kScales{{"levels", io::SampleScale:
                                                      {"unit", io::SampleScale::kUnit},
                                                      {"none", io::SampleScale::kNone}};
 
-/// True for two names of one file, by device and number; false when one of them is none.
-bool IsSameFile(const std::string& a, const std::string& b)
-{
-    std::error_code error;
-    return fs::equivalent(a, b, error) && !error;
-}
-
 /// One name for one path, whatever way leads there, whether or not there is a file.
 fs::path PlaceOf(const std::string& path)
 {
     std::error_code error;
     fs::path place = fs::weakly_canonical(fs::absolute(path, error), error);
     return place.empty() ? fs::path(path) : place;
+}
+
+/// True for two names of one file, hard links too, whether or not it is there.
+bool IsSameFile(const std::string& a, const std::string& b)
+{
+    std::error_code error;
+    return fs::equivalent(a, b, error) || PlaceOf(a) == PlaceOf(b);
 }
 
 bool IsInput(const std::string& output, const std::vector<std::string>& inputs)
@@ -83,9 +83,8 @@ void CheckOutputs(const Output& image, const std::vector<std::string>& inputs, c
         if (IsInput(other, inputs)) {
             throw io::NameError(other, "is both input and output");
         }
-        if (std::any_of(seen.begin(), seen.end(), [&](const std::string& path) {
-                return IsSameFile(path, other) || PlaceOf(path) == PlaceOf(other);
-            })) {
+        if (std::any_of(seen.begin(), seen.end(),
+                        [&](const std::string& path) { return IsSameFile(path, other); })) {
             throw io::NameError(other, "is named for two outputs");
         }
         seen.push_back(other);

@@ -136,7 +136,8 @@ TEST(Restoration, RefusesWhatItWouldSpoil)
         EXPECT_EQ(ErrorOf(step + ":sigma=1.5,rect=13:0:96:96", odd), "no error");
         EXPECT_TRUE(ErrorOf(step, blank).starts_with(step + ": the sample at column 0, row 0, plane 0"));
         const TightMemory memory(1 << 20);
-        EXPECT_TRUE(ErrorOf(step).starts_with(step + ": a region of 96 x 96 needs 0.00127 GB"));
+        EXPECT_TRUE(ErrorOf(step).starts_with( // a filter takes less than an engine
+            step == "wiener" ? "no error" : step + ": a region of 96 x 96 needs 0.00127 GB"));
     }
 }
 
