@@ -102,7 +102,8 @@ void TileDecoder::ReadField(const TileColumn& column, std::uint64_t tile, Mutabl
     }
 }
 
-double TileDecoder::ReadNumber(const TileColumn& column, std::uint64_t tile) const
+template <class Number>
+Number TileDecoder::ReadNumber(const TileColumn& column, std::uint64_t tile) const
 {
     std::array<unsigned char, 8> field{};
     const int bits = BitsOf(column.type);
@@ -111,15 +112,15 @@ double TileDecoder::ReadNumber(const TileColumn& column, std::uint64_t tile) con
     case 8:
         return field[0];
     case 16:
-        return LoadBigEndian<std::int16_t>(field.data());
+        return static_cast<Number>(LoadBigEndian<std::int16_t>(field.data()));
     case 32:
-        return LoadBigEndian<std::int32_t>(field.data());
+        return static_cast<Number>(LoadBigEndian<std::int32_t>(field.data()));
     case 64:
-        return static_cast<double>(LoadBigEndian<std::int64_t>(field.data()));
+        return static_cast<Number>(LoadBigEndian<std::int64_t>(field.data()));
     case -32:
-        return LoadBigEndian<float>(field.data());
+        return static_cast<Number>(LoadBigEndian<float>(field.data()));
     default:
-        return LoadBigEndian<double>(field.data());
+        return static_cast<Number>(LoadBigEndian<double>(field.data()));
     }
 }
 
@@ -168,7 +169,7 @@ StoredScale TileDecoder::ScaleOf(std::uint64_t tile) const
 {
     StoredScale scale = scale_;
     if (layout_.undefinedColumn && layout_.image.bits > 0) {
-        scale.undefined = static_cast<long long>(ReadNumber(*layout_.undefinedColumn, tile));
+        scale.undefined = ReadNumber<long long>(*layout_.undefinedColumn, tile);
     }
     return scale;
 }
@@ -181,13 +182,13 @@ void TileDecoder::FromValues(std::uint64_t tile, std::span<const std::int32_t> v
     }
     tiles::Quantisation how{layout_.scale, layout_.zero, layout_.undefined, {}, layout_.keepsZero};
     if (layout_.scaleColumn) {
-        how.scale = ReadNumber(*layout_.scaleColumn, tile);
+        how.scale = ReadNumber<double>(*layout_.scaleColumn, tile);
     }
     if (layout_.zeroColumn) {
-        how.zero = ReadNumber(*layout_.zeroColumn, tile);
+        how.zero = ReadNumber<double>(*layout_.zeroColumn, tile);
     }
     if (layout_.undefinedColumn) {
-        how.undefined = static_cast<long long>(ReadNumber(*layout_.undefinedColumn, tile));
+        how.undefined = ReadNumber<long long>(*layout_.undefinedColumn, tile);
     }
     if (layout_.isDithered) {
         how.dither = static_cast<long long>(tile % 10000) + layout_.ditherStart - 1;

@@ -30,7 +30,8 @@ public:
 
 private:
     void ReadField(const TileColumn& column, std::uint64_t tile, MutableBytes bytes) const;
-    double ReadNumber(const TileColumn& column, std::uint64_t tile) const;
+    template <class Number> // whole numbers of columns of whole numbers alone
+    Number ReadNumber(const TileColumn& column, std::uint64_t tile) const;
     bool ReadPacked(const std::optional<TileColumn>& column, std::uint64_t tile, std::size_t count,
                     std::vector<unsigned char>& packed) const;
     void DecodeColumns(std::uint64_t tile, std::size_t width, std::span<float> samples, TileBuffers& buffers) const;
