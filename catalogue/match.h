@@ -10,9 +10,11 @@ namespace corvane::catalogue {
 
 /// @name Ranges and defaults of a match
 /// @{
-inline constexpr int kMaxMatchRange = 1024;      ///< largest range [pixels]
-inline constexpr int kDefaultMatchRange = 64;    ///< [pixels]
-inline constexpr double kLeastCorrelation = 0.4; ///< raw frames of one field may have no more; chance often has less
+inline constexpr int kMaxMatchRange = 1024;   ///< largest range [pixels]
+inline constexpr int kDefaultMatchRange = 64; ///< [pixels]
+/// Two single, noisy frames of one field may have less; but a star is like any other, and no place is better than a
+/// wrong one.
+inline constexpr double kLeastCorrelation = 0.7;
 /// @}
 
 /// How a cut-out is looked for in an image; see `FindCutOut`.
