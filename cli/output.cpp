@@ -83,8 +83,7 @@ void CheckOutputs(const Output& image, const std::vector<std::string>& inputs, c
         if (IsInput(other, inputs)) {
             throw io::NameError(other, "is both input and output");
         }
-        if (std::any_of(seen.begin(), seen.end(),
-                        [&](const std::string& path) { return IsSameFile(path, other); })) {
+        if (std::any_of(seen.begin(), seen.end(), [&](const std::string& path) { return IsSameFile(path, other); })) {
             throw io::NameError(other, "is named for two outputs");
         }
         seen.push_back(other);

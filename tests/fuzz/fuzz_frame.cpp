@@ -76,9 +76,14 @@ std::vector<std::string> Seeds()
     header.Set("LTM1_1", 0.5);
     header.AddHistory("a line");
     std::vector<std::string> seeds{test::SmallDng()};
-    for (const auto& [extension, planes, bits] :
-         {std::tuple{".fits", 1, -32}, {".fits", 3, 16}, {".fits", 1, 8}, {".fits", 1, -64}, {".tif", 1, 8},
-          {".tif", 3, -32}, {".png", 1, 16}, {".png", 3, 8}}) {
+    for (const auto& [extension, planes, bits] : {std::tuple{".fits", 1, -32},
+                                                  {".fits", 3, 16},
+                                                  {".fits", 1, 8},
+                                                  {".fits", 1, -64},
+                                                  {".tif", 1, 8},
+                                                  {".tif", 3, -32},
+                                                  {".png", 1, 16},
+                                                  {".png", 3, 8}}) {
         CStlImage counts = test::RandomImage({9, 7}, planes, 1);
         counts.CutOutOfLevel();
         seeds.push_back(test::FileOf(counts, header, extension, bits));

@@ -18,8 +18,7 @@ class ScratchFile {
 public:
     explicit ScratchFile(const std::string& end)
         : path_((std::filesystem::temp_directory_path() / ("corvane-fuzz-" + std::to_string(getpid()))).string() + end)
-    {
-    }
+    {}
     ScratchFile(const std::string& end, std::string_view bytes) : ScratchFile(end)
     {
         std::ofstream(path_, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
