@@ -56,7 +56,7 @@ Texts ReadTexts(const Operation& operation, std::optional<std::string_view> rest
     while (const std::optional<std::string> item = TakeItem(rest)) {
         const std::size_t equals = item->find('=');
         if (equals == std::string::npos) {
-            throw Error("'" + *item + "' is not of the form key=value");
+            throw Error("'" + *item + "' is not of the form key=value; a comma within a value is written twice");
         }
         const Parameter& parameter = FindParameter(operation, std::string_view(*item).substr(0, equals));
         if (!texts.emplace(&parameter, item->substr(equals + 1)).second) {
