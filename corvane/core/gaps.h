@@ -6,7 +6,7 @@
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"
 
-/// Gaps: the undefined samples of an image, brought into one form, NaN.
+// Gaps: the undefined samples of an image, brought into one form, NaN.
 namespace corvane {
 
 /// True when a sample of a row is defined: neither blank nor NaN nor infinite.

@@ -47,6 +47,7 @@ enum class LucyEnd { kNone, kReached, kNotANumber };
 
 /// An iteration of Richardson and Lucy is done.
 struct LucyIteration {
+    /// A sample that the step would have taken below 0.
     struct Negative {
         std::size_t at; ///< in the grid
         float value;
