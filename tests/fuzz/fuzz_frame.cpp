@@ -2,6 +2,9 @@
 // is asked, its coordinates and mosaic follow geometry, it is shown and written in every format.
 
 #include <optional>
+#include <vector>
+
+#include <fitsio.h>
 
 #include "catalogue/error.h"
 #include "catalogue/step.h"
@@ -21,6 +24,26 @@ namespace {
 using namespace corvane;
 
 constexpr std::uint64_t kMostBytes = 64 << 20;
+
+/// A tile-compressed file, which the project reads and does not write.
+std::string Compressed(int code, int bits)
+{
+    long sizes[] = {33, 20};
+    std::vector<float> samples;
+    test::Random random(5);
+    for (long i = 0; i < sizes[0] * sizes[1]; ++i) {
+        samples.push_back(static_cast<float>(random.Whole(0, 200)));
+    }
+    const test::ScratchFile scratch(".fz");
+    fitsfile* file = nullptr;
+    int status = 0;
+    fits_create_diskfile(&file, scratch.Path().c_str(), &status);
+    fits_set_compression_type(file, code, &status);
+    fits_create_img(file, bits, 2, sizes, &status);
+    fits_write_img(file, TFLOAT, 1, sizes[0] * sizes[1], samples.data(), &status);
+    fits_close_file(file, &status);
+    return scratch.Bytes();
+}
 
 /// What lists of frames and reports read of a header.
 void AskHeader(const io::Header& header, int height)
@@ -87,6 +110,15 @@ std::vector<std::string> Seeds()
         CStlImage counts = test::RandomImage({9, 7}, planes, 1);
         counts.CutOutOfLevel();
         seeds.push_back(test::FileOf(counts, header, extension, bits));
+    }
+    for (const auto& [code, bits] : {std::pair{RICE_1, 16},
+                                     {RICE_1, -32},
+                                     {GZIP_1, 16},
+                                     {GZIP_2, 32},
+                                     {PLIO_1, 16},
+                                     {HCOMPRESS_1, 16},
+                                     {HCOMPRESS_1, -32}}) {
+        seeds.push_back(Compressed(code, bits));
     }
     return seeds;
 }

@@ -6,7 +6,16 @@
 
 static thread_local long long left = -1; // requests before the one that fails; -1 for none, -2 when it did
 
-#ifndef __SANITIZE_ADDRESS__
+// The sanitizer's allocator stays; compilers tell of it in two ways.
+#ifdef __SANITIZE_ADDRESS__
+#define CORVANE_SANITIZED
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define CORVANE_SANITIZED
+#endif
+#endif
+
+#ifndef CORVANE_SANITIZED
 
 static bool Fails()
 {
