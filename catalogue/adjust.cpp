@@ -22,8 +22,7 @@ namespace corvane::catalogue {
 namespace {
 
 constexpr const char* kDisplayUnits = "display units, black 0 and white 255";
-constexpr const char* kGivenLevels =
-    " The display levels stay; a frame that comes without them gets such as suit its sky first.";
+constexpr const char* kGivenLevels = " The display levels stay. Without them, it chooses them from the sky first.";
 
 void GiveSkyLevels(CStlImage& image)
 {

@@ -47,7 +47,7 @@ Sky MeasureSkyOfPlane(const CStlImage& image, int plane)
     return MeasureSky(one);
 }
 
-/// Gives an image that came without levels such as make its sky a dark grey and keep the colours of its stars: every
+/// Chooses levels for an image that came without: its sky becomes a dark grey and its stars keep their colours. Every
 /// plane has the same range, from below the noise of its own sky, since what is darker than black loses its colour.
 void GiveColourLevels(CStlImage& image)
 {
@@ -93,7 +93,7 @@ Operation Saturate()
                     "b from blue to yellow, and each side is multiplied by its gain. 1 leaves it, 0 makes it grey, a "
                     "negative gain turns it to the opposite hue. Lightness stays, as far as the colour can be shown. "
                     "Samples below black and undefined ones become black; what is above white is kept. The display "
-                    "levels stay; a frame that comes without them gets such as make its sky grey first.",
+                    "levels stay. Without them, it chooses levels that show the sky grey first.",
             .planes = Planes::Colour,
             .parameters = {{.name = "gain",
                             .summary = "of every hue that has no gain of its own",
@@ -129,8 +129,8 @@ Operation ToLabPlanes()
             .help = "The planes become L, a and b of CIE L*a*b*, of what the display levels show: L is 0 for black and "
                     "100 for white, a goes from green (below 0) to red, b from blue (below 0) to yellow. Samples below "
                     "black count as black; what is above white has an L above 100. The result has display levels of "
-                    "0 to 100 for L and -100 to 100 for a and b, so a grey image shows a and b in the middle. A frame "
-                    "that comes without levels gets such as make its sky grey first. A pixel that is undefined in one "
+                    "0 to 100 for L and -100 to 100 for a and b, so a grey image shows a and b in the middle. Without "
+                    "display levels, it chooses some that show the sky grey first. A pixel that is undefined in one "
                     "plane becomes so in all.",
             .planes = Planes::Colour,
             .run = RunLab};

@@ -164,7 +164,7 @@ Operation SmoothBackground()
             .help =
                 "Samples up to the level become the weighted mean of their neighbourhood. Smoothing fades out below "
                 "the level, over a twentieth of the range of the display levels. A colour image is judged by its "
-                "brightness. A frame that comes without display levels gets such as suit its sky first.",
+                "brightness. Without display levels, it chooses them from the sky first.",
             .parameters = {{.name = "level",
                             .summary = "the sample up to which is smoothed",
                             .unit = "counts",
@@ -179,8 +179,8 @@ Operation Posterize()
 {
     return {.name = "posterize",
             .summary = "cut brightness into a few steps with smooth edges",
-            .help = "Between black and white of the display levels; colours become grey. A frame that comes without "
-                    "display levels gets such as suit its sky first. Noise makes edges rough: smooth it before.",
+            .help = "Between black and white of the display levels; colours become grey. Without display levels, it "
+                    "chooses them from the sky first. Noise makes edges rough: smooth it before.",
             .parameters = {{.name = "steps",
                             .kind = Kind::Whole,
                             .summary = "number of steps above black",
@@ -218,8 +218,8 @@ Operation Contour()
 {
     return {.name = "contour",
             .summary = "draw isophotes: lines of equal brightness",
-            .help = "At levels spaced evenly between black and white of the display levels. A frame that comes without "
-                    "display levels gets such as suit its sky first. Noise makes lines rough: smooth it before.",
+            .help = "At levels spaced evenly between black and white of the display levels. Without display levels, it "
+                    "chooses them from the sky first. Noise makes lines rough: smooth it before.",
             .parameters = {{.name = "levels",
                             .kind = Kind::Whole,
                             .summary = "number of lines between black and white",

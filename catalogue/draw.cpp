@@ -19,8 +19,8 @@ constexpr double kMostPixels = 10000.0;
 constexpr double kPenOfHeight = 0.125; // what is easy to read
 constexpr const char* kSamples =
     " Edges are smooth: a sample that is partly covered becomes a mean. Undefined samples are replaced where half of "
-    "them or more is covered. The display levels stay; for display values a frame that comes without them gets such as "
-    "suit its sky first. For a colour, draw on each plane with a value of its own.";
+    "them or more is covered. The display levels stay. Without them, it chooses them from the sky first, for "
+    "display values. For a colour, draw on each plane with a value of its own.";
 
 const std::vector<std::string>& Alignments()
 {

@@ -47,6 +47,8 @@ constexpr std::pair<const char*, const char*> kWords[] = {
     {"plus sum", "add"},
     {"minus", "subtract"},
     {"threshold cutoff limit", "clip"},
+    {"nan undefined blank gap gaps hole inpaint interpolate", "fill"},
+    {"label annotate annotation caption arrow", "draw-text draw-line"},
 };
 
 std::vector<std::string> WordsOf(const char* text)
