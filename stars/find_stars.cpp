@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "stars/common_width.h"
+#include "stars/gaussian_fit.h"
 #include "stars/maxima.h"
 #include "stars/saturation.h"
 #include "stars/sky_mesh.h"
@@ -115,7 +116,8 @@ private:
 
     void Judge(const StarShape& shape, FieldStar& star) const
     {
-        star.fwhm = typical_.Fwhm(shape.Width());
+        const auto fit = typical_.isSparse ? FitGaussian(stamp_, typical_.fit * typical_.width) : std::nullopt;
+        star.fwhm = fit ? fit->Fwhm() : typical_.Fwhm(shape.Width());
         star.elongation = shape.Elongation();
         star.isAtEdge = shape.lost > kGap;
         if (star.isAtEdge) {
@@ -123,7 +125,8 @@ private:
         }
         const double limit = kElongated + kByNoise * star.noise / (star.peak - star.sky);
         star.isElongated = star.elongation > limit * typical_.elongation || star.fwhm > kBroad * fwhm_;
-        star.isHot = typical_.Fwhm(shape.shortest) < std::max(kHotFwhm, kHot * typical_.Fwhm(typical_.shortest));
+        star.isHot = fit ? fit->sigma < LeastSigma(star.noise, fit->peak)
+                         : typical_.Fwhm(shape.shortest) < std::max(kHotFwhm, kHot * typical_.Fwhm(typical_.shortest));
     }
 
     /// The brightest sample at the middle of the stamp, above the sky.

@@ -22,8 +22,10 @@ constexpr std::size_t kSky = 4;
 constexpr int kRounds = 50;
 constexpr double kSettled = 1e-5; // of sigma
 constexpr double kDamping = 1e-3;
-constexpr double kEase = 0.1;   // of the damping, after a step that helped
-constexpr double kTighten = 10; // after one that did not
+constexpr double kEase = 0.1;        // of the damping, after a step that helped
+constexpr double kTighten = 10;      // after one that did not
+constexpr double kRadius = 4.7;      // sigmas: two FWHM
+constexpr double kLeastRadius = 3.0; // pixels
 
 using Vector = std::array<double, kUnknowns>;
 
@@ -139,8 +141,9 @@ std::optional<Vector> Fit(const std::vector<Sample>& samples, Vector at, double 
 
 } // namespace
 
-std::optional<GaussianFit> FitGaussian(const Stamp& stamp, double radius, double sigma)
+std::optional<GaussianFit> FitGaussian(const Stamp& stamp, double sigma)
 {
+    const double radius = std::max(kLeastRadius, kRadius * sigma);
     const std::vector<Sample> samples = SamplesWithin(stamp, radius);
     if (samples.size() <= kUnknowns) {
         return std::nullopt;

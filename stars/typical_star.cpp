@@ -23,14 +23,13 @@ constexpr int kReach = 24; // pixels
 constexpr double kWindow = 1.5;
 constexpr double kNarrowestWindow = 0.6;
 constexpr double kWidestWindow = kReach / 3.0;
-constexpr double kNarrowest = 0.5; // deviation of the least that light through optics leaves on pixels
+constexpr double kNarrowest = 0.38; // sigma of a bright star's fit
+constexpr double kByNoise = 1.5;    // and this more for a peak of one deviation of the sky
+constexpr double kSampled = 0.7;    // sigma from which on moments of samples tell a width
 constexpr double kMostElongated = 3.0;
-constexpr double kGap = 0.01;        // of the window
-constexpr double kRadius = 4.7;      // widths: two FWHM
-constexpr double kLeastRadius = 3.0; // pixels
+constexpr double kGap = 0.01; // of the window
 constexpr int kRounds = 10;
 constexpr double kSettled = 0.01;
-constexpr double kFwhmPerSigma = 2.3548200450309493;
 
 /// The shape of an object through a window as wide as itself; nothing for what is no star.
 std::optional<StarShape> ShapeThroughOwnWindow(const Stamp& stamp)
@@ -38,8 +37,7 @@ std::optional<StarShape> ShapeThroughOwnWindow(const Stamp& stamp)
     double window = kWindow;
     for (int round = 0; round < kRounds; ++round) {
         const std::optional<StarShape> shape = MeasureShape(stamp, window);
-        if (!shape || shape->lost > kGap || shape->shortest < kNarrowest || shape->Width() > kWidestWindow ||
-            shape->Elongation() > kMostElongated) {
+        if (!shape || shape->lost > kGap || shape->Width() > kWidestWindow || shape->Elongation() > kMostElongated) {
             return std::nullopt;
         }
         const double next = std::max(shape->Width(), kNarrowestWindow);
@@ -53,7 +51,7 @@ std::optional<StarShape> ShapeThroughOwnWindow(const Stamp& stamp)
 
 struct Candidate {
     StarShape shape;
-    double fit; ///< sigma of the Gaussian that fits it, over its width
+    double sigma; ///< of the Gaussian that fits it
 };
 
 /// The median of what is asked of candidates.
@@ -67,18 +65,24 @@ double MedianOver(const std::vector<Candidate>& candidates, Ask ask)
 
 TypicalStar TypicalOf(std::vector<Candidate> candidates)
 {
-    std::vector<double> widths;
+    std::vector<double> sigmas;
     for (const Candidate& c : candidates) {
-        widths.push_back(c.shape.Width());
+        sigmas.push_back(c.sigma);
     }
-    const double width = CommonWidth(std::move(widths));
-    std::erase_if(candidates, [&](const Candidate& c) { return !IsCommon(c.shape.Width(), width); });
-    return {width, MedianOver(candidates, [](const Candidate& c) { return c.shape.shortest; }),
+    const double common = CommonWidth(std::move(sigmas));
+    std::erase_if(candidates, [&](const Candidate& c) { return !IsCommon(c.sigma, common); });
+    return {MedianOver(candidates, [](const Candidate& c) { return c.shape.Width(); }),
+            MedianOver(candidates, [](const Candidate& c) { return c.shape.shortest; }),
             MedianOver(candidates, [](const Candidate& c) { return c.shape.Elongation(); }),
-            MedianOver(candidates, [](const Candidate& c) { return c.fit; })};
+            MedianOver(candidates, [](const Candidate& c) { return c.sigma / c.shape.Width(); }), common < kSampled};
 }
 
 } // namespace
+
+double LeastSigma(double noise, double peak)
+{
+    return kNarrowest + kByNoise * noise / peak;
+}
 
 double TypicalStar::Fwhm(double deviation) const
 {
@@ -93,7 +97,8 @@ TypicalStar MeasureTypicalStar(const CStlImage& image, int plane, const SkyMesh&
     std::vector<Candidate> candidates;
     Stamp stamp(image, plane, kReach);
     for (const Maximum& maximum : maxima) {
-        const bool isFaint = maximum.excess < kBright * sky.noise.At(maximum.x, maximum.y);
+        const double noise = sky.noise.At(maximum.x, maximum.y);
+        const bool isFaint = maximum.excess < kBright * noise;
         if (candidates.size() == kStars || (isFaint && candidates.size() >= kFewestStars)) {
             break;
         }
@@ -102,9 +107,9 @@ TypicalStar MeasureTypicalStar(const CStlImage& image, int plane, const SkyMesh&
         if (!shape) {
             continue;
         }
-        const double radius = std::max(kLeastRadius, kRadius * shape->Width());
-        if (const auto fit = FitGaussian(stamp, radius, shape->Width())) {
-            candidates.push_back({*shape, fit->sigma / shape->Width()});
+        const auto fit = FitGaussian(stamp, std::max(shape->Width(), kNarrowestWindow));
+        if (fit && fit->sigma >= LeastSigma(noise, fit->peak)) {
+            candidates.push_back({*shape, fit->sigma});
         }
     }
     return candidates.empty() ? TypicalStar() : TypicalOf(candidates);

@@ -149,15 +149,19 @@ TEST(FindStars, MeasuresWhatWasDrawn)
     }
 }
 
-TEST(FindStars, TakesTheWidthOfStarsAndNotOfTheKnotsOfAGalaxy)
+TEST(FindStars, TakesTheWidthOfStarsAndNotOfKnotsOrHits)
 {
     const auto isClear = [](const night::Star& star) { return std::hypot(star.x - 200, star.y - 200) > 140.0; };
-    for (const auto& [profile, fwhm, glow, knots] : {std::tuple(night::Profile::kGaussian, 1.8, 0.0, 300),
-                                                     {night::Profile::kMoffat, 2.5, 3000.0, 300},
-                                                     {night::Profile::kGaussian, 4.0, 20000.0, 200},
-                                                     {night::Profile::kMoffat, 6.0, 1000.0, 150}}) {
-        SCOPED_TRACE(testing::Message() << "FWHM " << fwhm);
-        const night::NightSettings settings = Lattice(profile, fwhm, 30.0, 20.0);
+    for (const auto& [profile, fwhm, glow, knots, hits] : {std::tuple(night::Profile::kGaussian, 1.8, 0.0, 300, 0),
+                                                           {night::Profile::kMoffat, 2.5, 3000.0, 300, 0},
+                                                           {night::Profile::kGaussian, 4.0, 20000.0, 200, 0},
+                                                           {night::Profile::kMoffat, 6.0, 1000.0, 150, 0},
+                                                           {night::Profile::kGaussian, 1.0, 0.0, 0, 600},
+                                                           {night::Profile::kMoffat, 2.5, 0.0, 0, 1000}}) {
+        SCOPED_TRACE(testing::Message() << "FWHM " << fwhm << ", hits " << hits);
+        night::NightSettings settings = Lattice(profile, fwhm, 30.0, 20.0);
+        settings.cosmicHits = hits;
+        settings.hotPixels = 1e-5 * hits;
         CStlImage light = LightOf(settings);
         Add(Glow{200, 200, glow, 40, 40}, light);
         test::Random random(5);
