@@ -15,6 +15,8 @@ struct Masters {
     std::shared_ptr<const CStlImage> flat;
     double flatMean = 0.0;  ///< mean of the flat's plane 0
     long long flatGaps = 0; ///< its undefined samples, all NaN; they make those of each light NaN
+
+    bool IsEmpty() const { return !bias && !dark && !flat; }
 };
 
 /// What calibrating one frame needs besides the masters.

@@ -13,7 +13,7 @@ constexpr int kRowsAtOnce = 64;
 
 CalibratedFrames::CalibratedFrames(FrameSet& frames, Masters masters, double pedestal,
                                    const std::vector<double>& darkScales)
-    : frames_(frames), masters_(std::move(masters))
+    : frames_(frames), masters_(std::move(masters)), pedestal_(pedestal)
 {
     for (int i = 0; i < frames.Count(); ++i) {
         CImage record;

@@ -24,6 +24,9 @@ public:
     /// From now on rows are read with these pixels mended after calibration; a dark of the frames' size told them.
     void MendHotPixels(HotPixels pixels) { hotPixels_ = std::move(pixels); }
 
+    /// True when frames are read as their files have them.
+    bool AreRaw() const { return masters_.IsEmpty() && pedestal_ == 0.0 && hotPixels_.Count() == 0; }
+
     const io::FrameInfo& Info(int frame) const { return frames_.Info(frame); }
 
     /// Reads rows of all planes; plane p begins at samples + p * planeStride. Throws io::Error.
@@ -35,6 +38,7 @@ private:
 
     FrameSet& frames_;
     Masters masters_;
+    double pedestal_;
     std::vector<FrameCalibration> calibrations_;
     HotPixels hotPixels_;
     std::vector<float> mended_; ///< rows to mend, with those about them

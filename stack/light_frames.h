@@ -20,6 +20,8 @@ public:
     int Width() const { return frames_.Info(0).width; }
     int Height() const { return frames_.Info(0).height; }
     int Planes() const { return patterns_.empty() ? frames_.Info(0).planes : 3; }
+    /// True when lights are read as their files have them.
+    bool AreRaw() const { return patterns_.empty() && frames_.AreRaw(); }
     std::optional<int> Blank(int frame) const { return frames_.Blank(frame); }
     /// About which lights are turned: a whole number of pixels, as `CStlImage::SetDefaultCenter` has it.
     CfPoint Centre() const { return {Width() / 2, Height() / 2}; }

@@ -56,14 +56,16 @@ void LookForStars(const CStlImage& image, std::optional<double> saturation, Fram
                  field.stars.begin() + static_cast<std::ptrdiff_t>(std::min(field.stars.size(), kStarsKept)));
 }
 
-SeenLight Measure(CStlImage image, RawLights& raw, int light, const Wanted& wanted, FrameReport& report)
+SeenLight Measure(LightFrames& frames, RawLights& raw, int light, const Wanted& wanted, FrameReport& report)
 {
+    CStlImage image(frames.ReadImage(light));
     SeenLight seen;
     for (int plane = 0; plane < image.GetPlanes() && wanted.levels; ++plane) {
         seen.levels.push_back(MeasureFrame(image, plane));
     }
     if (wanted.stars) {
-        const std::optional<double> saturation = ShowSaturated(raw.Read(light), image);
+        const std::optional<double> saturation =
+            ShowSaturated(frames.AreRaw() ? raw.WithRecord(light, image) : raw.Read(light), image);
         LookForStars(image, saturation, report, seen.stars);
     } else {
         const FrameLevel& level = seen.levels[static_cast<std::size_t>(stars::StarPlane(image))];
@@ -112,7 +114,7 @@ std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames
     Progress progress(options.progressWindow, "Measuring lights...", static_cast<int>(reports.size()));
     std::vector<SeenLight> seen;
     for (int i = 0; i < static_cast<int>(reports.size()); ++i) {
-        seen.push_back(Measure(frames.ReadImage(i), raw, i, wanted, reports[static_cast<std::size_t>(i)]));
+        seen.push_back(Measure(frames, raw, i, wanted, reports[static_cast<std::size_t>(i)]));
         progress.Step();
     }
     return seen;

@@ -10,9 +10,13 @@ RawLights::RawLights(FrameSet& lights)
 
 CStlImage RawLights::Read(int light)
 {
-    CStlImage raw(LightFrames(uncalibrated_, {}, DemosaicMethod::kBilinear).ReadImage(light));
-    lights_.Describe(light, raw);
-    return raw;
+    return WithRecord(light, LightFrames(uncalibrated_, {}, DemosaicMethod::kBilinear).ReadImage(light));
+}
+
+CStlImage RawLights::WithRecord(int light, CStlImage samples) const
+{
+    lights_.Describe(light, samples);
+    return samples;
 }
 
 } // namespace corvane::stack

@@ -12,6 +12,8 @@ public:
 
     /// All of a light, with what its file says of it. Throws io::Error.
     CStlImage Read(int light);
+    /// The same of samples that were read before as the file has them.
+    CStlImage WithRecord(int light, CStlImage samples) const;
 
 private:
     FrameSet& lights_;
