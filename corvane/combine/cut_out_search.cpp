@@ -321,15 +321,16 @@ std::optional<CutOutPlace> FindCutOut(const CStlImage& cutOut, CStlImage& image,
         judge.Try(candidate.x, candidate.y);
     }
     judge.Climb();
-    std::optional<CutOutPlace> best = judge.Best();
-    if (best) {
-        const int x = static_cast<int>(best->x);
-        const int y = static_cast<int>(best->y);
-        best->rival = judge.Rival(list.RivalOf(x, y));
-        const PeakOffset peak = PeakAbout(cutOut, image, x, y);
-        best->x += peak.x;
-        best->y += peak.y;
+    if (!judge.Best()) {
+        return std::nullopt;
     }
+    CutOutPlace best = *judge.Best();
+    const int x = static_cast<int>(best.x);
+    const int y = static_cast<int>(best.y);
+    best.rival = judge.Rival(list.RivalOf(x, y));
+    const PeakOffset peak = PeakAbout(cutOut, image, x, y);
+    best.x += peak.x;
+    best.y += peak.y;
     return best;
 }
 
