@@ -7,5 +7,5 @@ using namespace corvane;
 void CImgDrawLine::Do(double x0, double y0, double x1, double y1, const Pen& pen, CStlImage* source, CRect* rect,
                       int showProgress)
 {
-    DrawStrokes(*this, *source, rect, showProgress, pen, [&] { return Segments{{x0, y0, x1, y1}}; });
+    DrawStrokes(*this, *source, rect, showProgress, pen, {{x0, y0, x1, y1}});
 }

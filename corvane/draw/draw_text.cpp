@@ -10,9 +10,8 @@ void CImgDrawText::Do(const char* text, double x, double y, double height, doubl
                       CStlImage* source, CRect* rect, int showProgress)
 {
     const double before = align == 1 ? 0.5 : align == 2 ? 1.0 : 0.0;
-    DrawStrokes(*this, *source, rect, showProgress, pen, [&] {
-        return TextSegments(text == nullptr ? "" : text, {x, y, height, angle, before});
-    });
+    DrawStrokes(*this, *source, rect, showProgress, pen,
+                TextSegments(text == nullptr ? "" : text, {x, y, height, angle, before}));
 }
 
 double CImgDrawText::GetTextWidth(const char* text, double height)

@@ -7,7 +7,6 @@
 #include "corvane/core/blank.h"
 #include "corvane/core/display_scale.h"
 #include "corvane/core/walk.h"
-#include "corvane/platform/memory_exception.h"
 #include "corvane/resources/string_table.h"
 
 namespace corvane {
@@ -195,18 +194,13 @@ void Burn(CStlImage& image, const CRect& area, const Pen& pen, const Segments& s
 } // namespace
 
 void DrawStrokes(CStlImage& target, const CStlImage& source, const CRect* rect, int showProgress, const Pen& pen,
-                 const std::function<Segments()>& makeSegments)
+                 const Segments& segments)
 {
     WalkRows(target, source, rect, showProgress, IDS_CALCULATION,
              [](int) { return [](const float* in, float* out, int count) { std::copy_n(in, count, out); }; });
     const CRect area = WorkingArea(target, rect);
-    if (!(pen.thickness > 0.0) || area.right <= area.left || area.bottom <= area.top) {
-        return;
-    }
-    try {
-        Burn(target, area, pen, makeSegments());
-    } catch (const std::bad_alloc&) {
-        AfxThrowMemoryException();
+    if (pen.thickness > 0.0 && area.right > area.left && area.bottom > area.top) {
+        Burn(target, area, pen, segments);
     }
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <vector>
 
 #include "corvane/core/stl_image.h"
@@ -18,14 +17,14 @@ struct Segment {
 
 using Segments = std::vector<Segment>;
 
-/// Writes the samples of `source` inside the rectangle into the target and draws segments, made by `makeSegments`, over
-/// them, with round ends. Where segments meet or cross they are one shape, not two layers.
+/// Writes the samples of `source` inside the rectangle into the target and draws segments over them, with round
+/// ends. Where segments meet or cross they are one shape, not two layers.
 ///
 /// A sample is covered by as much of a line as lies within half a pixel of the sample's middle, measured across the
 /// line. It becomes the mean of itself and the pen's value, weighted by that. A blank sample, NaN or infinity is
 /// replaced where half of it or more is covered, and stays elsewhere. Segments with a coordinate that is not finite are
 /// left out. Reports "Calculating...", one step a row of each plane; ESC is ignored. Throws CMemoryException.
 void DrawStrokes(CStlImage& target, const CStlImage& source, const CRect* rect, int showProgress, const Pen& pen,
-                 const std::function<Segments()>& makeSegments);
+                 const Segments& segments);
 
 } // namespace corvane
