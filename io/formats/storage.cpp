@@ -114,9 +114,10 @@ Storage ChooseStorage(const std::string& path, const CStlImage& image, const Sav
     }
     const SampleSurvey survey = Survey(image);
     if (survey.undefined && !format.isPhysical) {
-        throw Error(path, format.name + " of integers cannot hold undefined samples (NaN or blank), of which the image "
-                                        "has some; fill them with the step fill, save as FITS or 32-bit float "
-                                        "TIFF, or make a picture with `corvane render`");
+        throw Error(path, std::string(format.name) +
+                              " of integers cannot hold undefined samples (NaN or blank), of which the image "
+                              "has some; fill them with the step fill, save as FITS or 32-bit float "
+                              "TIFF, or make a picture with `corvane render`");
     }
     const bool isEmpty = survey.min > survey.max;
     const double most = std::ldexp(1.0, options.bits) - 1.0;

@@ -35,7 +35,7 @@ struct Storage {
 
 /// What a format can state about its integers.
 struct IntegerFormat {
-    std::string name;
+    const char* name;
     bool isPhysical; ///< which of them is none, and the scale that leads from them to the samples
 };
 
