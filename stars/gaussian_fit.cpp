@@ -4,7 +4,6 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <utility>
 #include <vector>
 
 #include "corvane/core/exponential.h"
@@ -123,11 +122,11 @@ std::optional<Vector> Fit(const std::vector<Sample>& samples, Vector at, double 
         if (!IsStar(next, radius)) { // NaN is none
             return std::nullopt;
         }
-        Normal there = NormalAt(samples, next);
+        const Normal there = NormalAt(samples, next);
         if (there.squares <= here.squares) {
             const bool isSettled = std::fabs(step[kSigma]) < kSettled * at[kSigma];
             at = next;
-            here = std::move(there);
+            here = there;
             damping *= kEase;
             if (isSettled) {
                 return at;
