@@ -118,12 +118,12 @@ private:
 
     void Cover(const Segment& segment, int y)
     {
-        Segment near = segment;
-        if (!CutY(near, y - Reach(), y + Reach())) {
+        Segment crossing = segment;
+        if (!CutY(crossing, y - Reach(), y + Reach())) {
             return;
         }
-        const int first = Column(std::ceil(std::min(near.x0, near.x1) - Reach()));
-        const int last = Column(std::floor(std::max(near.x0, near.x1) + Reach()) + 1.0);
+        const int first = Column(std::ceil(std::min(crossing.x0, crossing.x1) - Reach()));
+        const int last = Column(std::floor(std::max(crossing.x0, crossing.x1) + Reach()) + 1.0);
         if (first >= last) {
             return;
         }
