@@ -29,9 +29,9 @@ private:
     /// The float nearest to a bound on the side of `towards`: no float lies between both.
     static float Rounded(double bound, float towards)
     {
-        const auto near = static_cast<float>(bound);
-        const bool isInside = towards > 0.0F ? near >= bound : near <= bound;
-        return isInside ? near : std::nextafter(near, towards);
+        const auto rounded = static_cast<float>(bound);
+        const bool isInside = towards > 0.0F ? rounded >= bound : rounded <= bound;
+        return isInside ? rounded : std::nextafter(rounded, towards);
     }
 
     float blankLow_;
