@@ -45,7 +45,7 @@ public:
         return p.x >= 0 && p.y >= 0 && p.x < image_.GetWidth() && p.y < image_.GetHeight();
     }
 
-    float At(const CPoint& p) const { return image_.GetPixelGrayRaw(p.x, p.y, 0); }
+    float At(const CPoint& p) const { return image_.GetPixelGrayRaw(static_cast<int>(p.x), static_cast<int>(p.y), 0); }
     bool IsDefined(float s) const { return std::isfinite(s) && !isBlank_(s); }
 
     /// The peak that PSF climbs to: each step goes to the highest of the neighbours, of equal ones to the first, column
@@ -70,8 +70,10 @@ public:
     void ForEach(const CPoint& centre, double inner, double outer, Action action) const
     {
         const int reach = static_cast<int>(outer);
-        for (int y = std::max(centre.y - reach, 0); y <= std::min(centre.y + reach, image_.GetHeight() - 1); ++y) {
-            for (int x = std::max(centre.x - reach, 0); x <= std::min(centre.x + reach, image_.GetWidth() - 1); ++x) {
+        const auto left = static_cast<int>(centre.x) - reach;
+        const auto top = static_cast<int>(centre.y) - reach;
+        for (int y = std::max(top, 0); y <= std::min(top + 2 * reach, image_.GetHeight() - 1); ++y) {
+            for (int x = std::max(left, 0); x <= std::min(left + 2 * reach, image_.GetWidth() - 1); ++x) {
                 const double away = std::hypot(x - centre.x, y - centre.y);
                 const float s = At(CPoint(x, y));
                 if (away >= inner && away <= outer && IsDefined(s)) {

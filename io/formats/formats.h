@@ -13,8 +13,8 @@ namespace corvane::io {
 /// @name Opening a file of a known format
 /// @{
 
-/// `choice` names HDU and plane, see FitsChoice; `name` is the path as the user wrote it.
-std::unique_ptr<FrameReader> OpenFits(const std::string& name, const std::string& path, const std::string& choice,
+/// `chosen` names HDU and plane, see FitsChoice; `name` is the path as the user wrote it.
+std::unique_ptr<FrameReader> OpenFits(const std::string& name, const std::string& path, const std::string& chosen,
                                       Cubes cubes);
 std::unique_ptr<FrameReader> OpenTiff(const std::string& path);
 std::unique_ptr<FrameReader> OpenPng(const std::string& path);
