@@ -161,7 +161,7 @@ void ReadQuantisation(const FitsKeys& keys, TileLayout& layout)
         return;
     }
     const std::string method = keys.Text("ZQUANTIZ");
-    if (method != "" && method != "NONE" && method != "NO_DITHER" && !method.starts_with("SUBTRACTIVE_DITHER_")) {
+    if (!method.empty() && method != "NONE" && method != "NO_DITHER" && !method.starts_with("SUBTRACTIVE_DITHER_")) {
         keys.Fail("ZQUANTIZ", "NO_DITHER, SUBTRACTIVE_DITHER_1 or SUBTRACTIVE_DITHER_2");
     }
     layout.isQuantised = method != "NONE" && (layout.scaleColumn || keys.Has("ZSCALE"));
