@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "catalogue/display_levels.h"
-#include "catalogue/error.h"
 #include "catalogue/operations.h"
 #include "catalogue/points.h"
+#include "corvane/core/error.h"
 #include "corvane/platform/memory_exception.h"
 #include "corvane/tone/bright.h"
 #include "corvane/tone/calculation.h"
@@ -91,7 +91,7 @@ constexpr const char* kBlanksStay = "Blank samples stay blank. The display level
 void CheckDivisor(const Arguments& arguments)
 {
     if (arguments.Number("value") == 0.0) {
-        throw Error("value = 0: must not be 0");
+        throw ParameterError("value = 0: must not be 0");
     }
 }
 
@@ -178,14 +178,14 @@ Points MasterPoints(const Arguments& arguments)
 void CheckCurve(const Arguments& arguments)
 {
     if (arguments.Has("points") && arguments.Has("file")) {
-        throw Error("points and file both give the curve; one must go");
+        throw ParameterError("points and file both give the curve; one must go");
     }
 }
 
 void RunCurve(io::Frame& frame, Arguments& arguments, const Context& context)
 {
     if (HasChannel(arguments) && !frame.image.IsColor()) {
-        throw Error("red, green and blue take a colour image of 3 planes; this one has 1");
+        throw ParameterError("red, green and blue take a colour image of 3 planes; this one has 1");
     }
     const int entries = arguments.Whole("entries");
     std::vector<std::vector<float>> tables{Tabulate(MasterPoints(arguments), entries)};
@@ -282,7 +282,7 @@ void RunFalseColor(io::Frame& frame, Arguments& arguments, const Context& contex
     const double low = arguments.Has("low") ? arguments.Number("low") : frame.image.GetLevelMin(0);
     const double high = arguments.Has("high") ? arguments.Number("high") : frame.image.GetLevelMax(0);
     if (low == high) {
-        throw Error("low = " + ToText(Value(low)) + ", high = " + ToText(Value(high)) + ": they must differ");
+        throw ParameterError("low = " + ToText(Value(low)) + ", high = " + ToText(Value(high)) + ": they must differ");
     }
     CImgFalseColor result(frame.image);
     if (result.ToColor() == 0) {

@@ -1,9 +1,9 @@
 #include <string>
 
-#include "catalogue/error.h"
 #include "catalogue/operations.h"
 #include "catalogue/row_order.h"
 #include "corvane/core/calibration_rows.h"
+#include "corvane/core/error.h"
 #include "corvane/core/gaps.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
@@ -25,8 +25,8 @@ io::Frame LoadFitting(const std::string& file, const io::Frame& frame, const Con
     const CStlImage& image = frame.image;
     const io::FrameInfo info = io::OpenFrame(file)->Info();
     if (info.width != image.GetWidth() || info.height != image.GetHeight() || info.planes > image.GetPlanes()) {
-        throw Error("file = " + file + ": is " + SizeText(info.width, info.height, info.planes) + "; the image is " +
-                    SizeText(image.GetWidth(), image.GetHeight(), image.GetPlanes()));
+        throw ParameterError("file = " + file + ": is " + SizeText(info.width, info.height, info.planes) +
+                             "; the image is " + SizeText(image.GetWidth(), image.GetHeight(), image.GetPlanes()));
     }
     io::Frame calibration = io::Load(file);
     BringToOrderOf(frame, calibration, context);
@@ -44,7 +44,7 @@ void DivideBesideGaps(CStlImage& image, const CStlImage& flat, int showProgress)
 {
     const double mean = MeanBesideGaps(flat, 0);
     const BlankRule rule(flat, image);
-    WalkRows(image, flat, nullptr, showProgress, IDS_FLAT, [&](int) {
+    WalkRows(image, flat, nullptr, WindowRun(image, showProgress), IDS_FLAT, [&](int) {
         return [&](const float* from, float* row, int count) {
             DivideFlatRow(row, from, count, mean, rule);
             CopyGaps(from, row, count);
@@ -58,7 +58,7 @@ void RunFlat(io::Frame& frame, Arguments& arguments, const Context& context)
     io::Frame flat = LoadFitting(file, frame, context);
     const long long gaps = MarkGaps(flat.image);
     if (gaps == static_cast<long long>(flat.image.GetPixelCount()) * flat.image.GetPlanes()) {
-        throw Error("file = " + file + ": has no sample that is defined");
+        throw ParameterError("file = " + file + ": has no sample that is defined");
     }
     if (gaps == 0) {
         frame.image.FlatClbrtn(&flat.image, context.showProgress);

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "catalogue/colour_header.h"
-#include "catalogue/error.h"
 #include "catalogue/numbers.h"
 #include "catalogue/sky_black.h"
 #include "catalogue/undefined.h"
@@ -11,9 +10,9 @@
 #include "corvane/colour/lrgb_composite.h"
 #include "corvane/colour/rgb_composite.h"
 #include "corvane/core/display_scale.h"
+#include "corvane/core/error.h"
 #include "corvane/core/turn.h"
 #include "corvane/platform/memory_exception.h"
-#include "io/error.h"
 #include "io/sky.h"
 
 namespace corvane::catalogue {
@@ -23,7 +22,7 @@ void CheckPlanes(const io::Frame& frame, int planes, const std::string& role)
 {
     const int has = frame.image.GetPlanes();
     if (has != planes) {
-        throw io::Error(frame.image.GetOrgFileName(), "has " + std::to_string(has) + (has == 1 ? " plane" : " planes") +
+        throw FileError(frame.image.GetOrgFileName(), "has " + std::to_string(has) + (has == 1 ? " plane" : " planes") +
                                                           "; " + role + " must have " + std::to_string(planes));
     }
 }
@@ -90,7 +89,8 @@ void CheckColour(const ColourOptions& options)
     CheckRegistration(options.registration);
     CheckRange("--scale", options.scale, kMinScale, kMaxScale);
     if (options.scale != 1.0 && options.registration.align == "shift") {
-        throw Error("--scale = " + ToText(Value(options.scale)) + ": --align shift finds stars at the same scale only");
+        throw ParameterError("--scale = " + ToText(Value(options.scale)) +
+                             ": --align shift finds stars at the same scale only");
     }
 }
 

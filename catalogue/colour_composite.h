@@ -26,7 +26,7 @@ void CheckColour(const ColourOptions& options);
 /// The result has the first frame's size, three planes and its header, without what holds for one filter alone; its
 /// world coordinates move along when it is moved by hand. HISTORY gets the command line, what the stars said, and filter
 /// and exposure of each frame. Undefined samples become NaN, in L*a*b* black. Returns where each frame lies.
-/// Throws, before anything is combined, Error for options and io::Error for frames that do not fit.
+/// Throws, before anything is combined, Error for options and Error for frames that do not fit.
 /// @{
 
 /// Of frames for red, green and blue; a colour frame gives its plane of that colour.

@@ -1,10 +1,10 @@
 #include <optional>
 #include <string>
 
-#include "catalogue/error.h"
 #include "catalogue/filter_mosaic.h"
 #include "catalogue/operations.h"
 #include "corvane/colour/demosaic.h"
+#include "corvane/core/error.h"
 #include "io/bayer.h"
 
 namespace corvane::catalogue {
@@ -15,12 +15,13 @@ std::string StatedPattern(const io::Frame& frame)
 {
     const auto named = io::BayerPattern(frame.header);
     if (const auto hinted = io::HintedBayerPattern(frame.header)) {
-        throw Error("pattern = auto: the header names no pattern (BAYERPAT), but FILTER = " + *hinted +
-                    " looks like one; give pattern=" + *hinted);
+        throw ParameterError("pattern = auto: the header names no pattern (BAYERPAT), but FILTER = " + *hinted +
+                             " looks like one; give pattern=" + *hinted);
     }
     if (!named) {
-        throw Error("pattern = auto: the header names no pattern (BAYERPAT); give pattern=RGGB, GRBG, GBRG or BGGR if "
-                    "this is a mosaic");
+        throw ParameterError(
+            "pattern = auto: the header names no pattern (BAYERPAT); give pattern=RGGB, GRBG, GBRG or BGGR if "
+            "this is a mosaic");
     }
     return io::StoredBayerPattern(frame.header, frame.image.GetHeight()).value_or(*named);
 }
@@ -30,7 +31,7 @@ BayerPattern ChosenPattern(const io::Frame& frame, const std::string& choice)
     const std::string pattern = choice == "auto" ? StatedPattern(frame) : choice;
     const std::optional<BayerPattern> found = NamedBayerPattern(pattern);
     if (!found) {
-        throw Error("pattern = auto: the mosaic of this frame is " + pattern + ", which is no Bayer pattern");
+        throw ParameterError("pattern = auto: the mosaic of this frame is " + pattern + ", which is no Bayer pattern");
     }
     return *found;
 }

@@ -1,13 +1,12 @@
 #include "catalogue/composite.h"
 
-#include "catalogue/error.h"
 #include "catalogue/names.h"
 #include "catalogue/numbers.h"
 #include "catalogue/row_order.h"
 #include "corvane/combine/composit.h"
 #include "corvane/core/display_scale.h"
+#include "corvane/core/error.h"
 #include "corvane/core/turn.h"
-#include "io/error.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -23,7 +22,8 @@ void CheckRatio(const CompositeOptions& options)
 {
     const bool isDesaturate = ModeOf(options) == kCompositeDesaturate;
     if (isDesaturate && !options.ratio) {
-        throw Error("--ratio must be given with --mode desaturate: how many times longer the base was exposed");
+        throw ParameterError(
+            "--ratio must be given with --mode desaturate: how many times longer the base was exposed");
     }
     CheckRange("--ratio", options.ratio.value_or(kDefaultRatio), 0.0, isDesaturate ? kMaxRatio : 1.0);
 }
@@ -32,13 +32,13 @@ void CheckFrames(const io::Frame& base, const io::Frame& overlay, const Composit
 {
     const CStlImage& image = base.image;
     if (ModeOf(options) == kCompositeDesaturate && overlay.image.GetPlanes() > image.GetPlanes()) {
-        throw io::Error(overlay.image.GetOrgFileName(),
+        throw FileError(overlay.image.GetOrgFileName(),
                         "has 3 planes; --mode desaturate takes as many as the base has, 1");
     }
     const CRect whole(0, 0, image.GetWidth(), image.GetHeight());
     const CRect rect = options.rect.value_or(whole);
     if (rect.left < 0 || rect.top < 0 || rect.right > whole.right || rect.bottom > whole.bottom) {
-        throw io::Error(image.GetOrgFileName(),
+        throw FileError(image.GetOrgFileName(),
                         "--rect = " + ToText(Value(rect)) + ": must lie within the image, " + ToText(Value(whole)));
     }
 }
@@ -82,7 +82,7 @@ void CheckComposite(const CompositeOptions& options)
     CheckPlacement(options.placement, kOverlayPoints);
     const std::string fault = FaultOfTurn(options, options.placement.IsByStars() ? 0.0 : options.placement.angle);
     if (!fault.empty()) {
-        throw Error(fault);
+        throw ParameterError(fault);
     }
 }
 
@@ -94,7 +94,7 @@ Fit RunComposite(io::Frame& base, io::Frame& overlay, const CompositeOptions& op
     BringToOrderOf(base, overlay, context, &placement.secondPoints);
     const Fit fit = FitOnto(base, overlay, placement);
     if (const std::string fault = FaultOfTurn(options, fit.angle); !fault.empty()) {
-        throw io::Error(overlay.image.GetOrgFileName(), fault);
+        throw FileError(overlay.image.GetOrgFileName(), fault);
     }
     if (ModeOf(options) == kCompositeDesaturate) {
         base.image.CalcMinMax();

@@ -33,7 +33,7 @@ void CheckComposite(const CompositeOptions& options);
 
 /// Turns the base into the composite. Its record and header stay, its size and planes too; the overlay may have another
 /// size, and other planes as CImgComposit allows. HISTORY gets the command line, and what the stars said.
-/// Throws, before any sample changes, Error for options and io::Error for images that do not fit.
+/// Throws, before any sample changes, Error for options and Error for images that do not fit.
 /// An overlay of the other order of rows is turned upside down first; its points are those of its file.
 Fit RunComposite(io::Frame& base, io::Frame& overlay, const CompositeOptions& options, const Context& context);
 

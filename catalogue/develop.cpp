@@ -5,11 +5,11 @@
 #include <string>
 
 #include "catalogue/display_levels.h"
-#include "catalogue/error.h"
 #include "catalogue/fill.h"
 #include "catalogue/operations.h"
 #include "catalogue/shape.h"
 #include "catalogue/undefined.h"
+#include "corvane/core/error.h"
 #include "corvane/filter/filter.h"
 
 namespace corvane::catalogue {
@@ -29,8 +29,8 @@ double DevelopmentOffset(const CStlImage& image, const Arguments& arguments)
     }
     const double offset = arguments.Number("offset");
     if (offset <= image.GetLevelMin(0)) {
-        throw Error("offset = " + ToText(Value(offset)) + ": must be above the level min of the image, " +
-                    ToText(Value(image.GetLevelMin(0))));
+        throw ParameterError("offset = " + ToText(Value(offset)) + ": must be above the level min of the image, " +
+                             ToText(Value(image.GetLevelMin(0))));
     }
     return offset;
 }
@@ -75,7 +75,7 @@ void LightenOutlines(const CStlImage& image, double offset, int selector, const 
 void RunDevelopment(io::Frame& frame, Arguments& arguments, const Context& context)
 {
     if (!std::isfinite(frame.image.GetAvrGrayRaw(0))) {
-        throw Error("the first plane has undefined samples; " + std::string(kFillThem));
+        throw ParameterError("the first plane has undefined samples; " + std::string(kFillThem));
     }
     GiveLevels(frame.image, 1.0, 6.0); // bright areas are held back, so white may be near
     const double offset = DevelopmentOffset(frame.image, arguments);
@@ -111,7 +111,7 @@ void RunPosterize(io::Frame& frame, Arguments& arguments, const Context& context
 void CheckHotPixels(const Arguments& arguments)
 {
     if (!arguments.Flag("hot") && !arguments.Flag("cool")) {
-        throw Error("hot = no, cool = no: one of them must be yes, or no pixel would change");
+        throw ParameterError("hot = no, cool = no: one of them must be yes, or no pixel would change");
     }
 }
 

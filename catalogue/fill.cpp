@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "catalogue/error.h"
 #include "catalogue/region.h"
+#include "corvane/core/error.h"
 #include "corvane/core/gaps.h"
 #include "corvane/filter/fill.h"
 
@@ -24,7 +24,7 @@ bool HoldsDefinedSamples(const CStlImage& image, int plane)
 void CheckFill(const Arguments& arguments)
 {
     if ((arguments.Text("with") == "value") != arguments.Has("value")) {
-        throw Error("with = value and value belong together");
+        throw ParameterError("with = value and value belong together");
     }
 }
 
@@ -46,8 +46,8 @@ void RunFill(io::Frame& frame, Arguments& arguments, const Context& context)
     CStlImage& image = frame.image;
     for (int plane = 0; plane < image.GetPlanes() && !arguments.Has("value"); ++plane) {
         if (!HoldsDefinedSamples(image, plane)) {
-            throw Error("plane " + std::to_string(plane) +
-                        " has no sample that is defined; only with=value can fill it");
+            throw ParameterError("plane " + std::to_string(plane) +
+                                 " has no sample that is defined; only with=value can fill it");
         }
     }
     const bool isByNeighbours = arguments.Text("with") == "neighbours";

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/error.h"
 #include "catalogue/filter_mosaic.h"
 #include "catalogue/operations.h"
 #include "corvane/core/alignment.h"
+#include "corvane/core/error.h"
 #include "corvane/geometry/crop.h"
 #include "corvane/geometry/expansion.h"
 #include "corvane/geometry/flip.h"
@@ -43,12 +43,12 @@ std::string SizeText(double width, double height)
 void CheckSize(const CStlImage& image, double width, double height)
 {
     if (width < 1.0 || height < 1.0) {
-        throw Error("the result would be " + SizeText(width, height) + " pixels; at least 1 x 1 are needed");
+        throw ParameterError("the result would be " + SizeText(width, height) + " pixels; at least 1 x 1 are needed");
     }
     const double bytes = width * height * image.GetPlanes() * sizeof(float);
     if (width > kMostPixels || height > kMostPixels || bytes > kMostBytes) {
-        throw Error("the result would be " + SizeText(width, height) + " pixels; at most " +
-                    std::to_string(kMostPixels) + " either way and 1 TiB in all are allowed");
+        throw ParameterError("the result would be " + SizeText(width, height) + " pixels; at most " +
+                             std::to_string(kMostPixels) + " either way and 1 TiB in all are allowed");
     }
 }
 
@@ -168,7 +168,7 @@ void CheckResize(const Arguments& arguments)
 {
     const bool hasSide = arguments.Has("width") || arguments.Has("height");
     if (hasSide == arguments.Has("factor")) {
-        throw Error("give factor, or width, or height, or both of these");
+        throw ParameterError("give factor, or width, or height, or both of these");
     }
 }
 
@@ -212,8 +212,8 @@ void RunBin(io::Frame& frame, Arguments& arguments, const Context& context)
     const int y = arguments.Has("y") ? arguments.Whole("y") : x;
     const bool keepPartial = arguments.Flag("keep-partial");
     if (!keepPartial && (x > image.GetWidth() || y > image.GetHeight())) {
-        throw Error("x = " + std::to_string(x) + ", y = " + std::to_string(y) + ": the image has only " +
-                    SizeText(image.GetWidth(), image.GetHeight()) + " pixels");
+        throw ParameterError("x = " + std::to_string(x) + ", y = " + std::to_string(y) + ": the image has only " +
+                             SizeText(image.GetWidth(), image.GetHeight()) + " pixels");
     }
     CImgSoftBinning result(image);
     RequireDone(result.Do(x, y, keepPartial, arguments.Flag("scale-levels"), &image, context.showProgress));

@@ -5,12 +5,11 @@
 #include <cstdio>
 #include <string>
 
-#include "catalogue/error.h"
 #include "catalogue/numbers.h"
 #include "catalogue/placement.h"
 #include "catalogue/row_order.h"
 #include "corvane/combine/cut_out_search.h"
-#include "io/error.h"
+#include "corvane/core/error.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -40,11 +39,11 @@ void CheckPair(const CStlImage& reference, const CStlImage& image)
     const char* const file = reference.GetOrgFileName();
     const int planes = reference.GetPlanes();
     if (planes != image.GetPlanes()) {
-        throw io::Error(file, "has " + std::to_string(planes) + (planes == 1 ? " plane" : " planes") +
+        throw FileError(file, "has " + std::to_string(planes) + (planes == 1 ? " plane" : " planes") +
                                   "; the image has " + std::to_string(image.GetPlanes()));
     }
     if (reference.GetWidth() > image.GetWidth() || reference.GetHeight() > image.GetHeight()) {
-        throw io::Error(file, "is " + SizeText(reference) + ", larger than the image, which is " + SizeText(image));
+        throw FileError(file, "is " + SizeText(reference) + ", larger than the image, which is " + SizeText(image));
     }
 }
 
@@ -62,11 +61,11 @@ void Judge(const CutOutPlace& found, const char* file, double least)
     const double lead = std::atanh(found.correlation) - std::atanh(found.rival);
     const bool isAlone = lead >= kLeastLead; // not where both have 1
     if (found.correlation < least) {
-        throw io::Error(file, "is not in the image: the best place, " + PlaceText(found) + ", has a correlation of " +
+        throw FileError(file, "is not in the image: the best place, " + PlaceText(found) + ", has a correlation of " +
                                   CorrelationText(found.correlation) + ", and " + ToText(Value(least)) + " is needed");
     }
     if (!isAlone) {
-        throw io::Error(file, "is not to be told apart in the image: " + PlaceText(found) + " has a correlation of " +
+        throw FileError(file, "is not to be told apart in the image: " + PlaceText(found) + " has a correlation of " +
                                   CorrelationText(found.correlation) + ", and another place " +
                                   CorrelationText(found.rival) + "; a larger cut-out may, or --start and --range");
     }
@@ -97,7 +96,7 @@ CRect PlacesIn(const CStlImage& reference, const CStlImage& image, const MatchOp
     const Places columns = PlacesAlong(reference.GetWidth(), image.GetWidth(), start(0), options.range);
     const Places rows = PlacesAlong(reference.GetHeight(), image.GetHeight(), start(1), options.range);
     if (columns.begin >= columns.end || rows.begin >= rows.end) {
-        throw io::Error(reference.GetOrgFileName(), "lies whole in the image nowhere in the range");
+        throw FileError(reference.GetOrgFileName(), "lies whole in the image nowhere in the range");
     }
     return {columns.begin, rows.begin, columns.end, rows.end};
 }
@@ -119,15 +118,10 @@ Match RunMatch(io::Frame& reference, io::Frame& image, const MatchOptions& optio
     CheckPair(reference.image, image.image);
     BringToOrderOf(image, reference, context);
     const CRect places = PlacesIn(reference.image, image.image, options);
-    std::optional<CutOutPlace> found;
-    try {
-        found = FindCutOut(reference.image, image.image, places, context.showProgress);
-    } catch (const SearchCancelled&) {
-        throw Cancelled();
-    }
+    const std::optional<CutOutPlace> found = FindCutOut(reference.image, image.image, places, context.showProgress);
     const char* const file = reference.image.GetOrgFileName();
     if (!found) {
-        throw io::Error(file, "cannot be compared: it or what lies there is flat, or less than half of it is defined");
+        throw FileError(file, "cannot be compared: it or what lies there is flat, or less than half of it is defined");
     }
     Judge(*found, file, options.least);
     return {Tenths(found->x), Tenths(found->y), found->correlation, found->rms, found->rival};

@@ -38,7 +38,7 @@ struct Match {
 void CheckMatch(const MatchOptions& options);
 
 /// Finds the reference in the image, where it must lie whole, to a tenth of a pixel. Throws Error for options and
-/// Cancelled; io::Error when the planes of the two differ, when the reference is the larger one or flat, when the image
+/// Cancelled; Error when the planes of the two differ, when the reference is the larger one or flat, when the image
 /// shows nothing like it, and when it does so in several places, none of which leads clearly. A
 /// reference of the other order of rows is turned upside down first.
 Match RunMatch(io::Frame& reference, io::Frame& image, const MatchOptions& options, const Context& context);

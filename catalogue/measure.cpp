@@ -3,9 +3,9 @@
 #include <optional>
 #include <string>
 
-#include "catalogue/error.h"
 #include "catalogue/operations.h"
 #include "catalogue/undefined.h"
+#include "corvane/core/error.h"
 #include "corvane/measure/overscan.h"
 #include "corvane/measure/vignetting.h"
 
@@ -22,9 +22,9 @@ void CheckReach(double k, double base, CPoint centre, const CRect& rect)
     const double dy = farthest(static_cast<int>(centre.y), rect.top, rect.bottom);
     const double square = dx * dx + dy * dy;
     if (square * k + base <= 0.0) {
-        throw Error("k = " + ToText(Value(k)) + ": must be above " + ToText(Value(-base / square)) +
-                    ", or no brightness is left " + std::to_string(std::lround(std::sqrt(square))) +
-                    " pixels from the centre");
+        throw ParameterError("k = " + ToText(Value(k)) + ": must be above " + ToText(Value(-base / square)) +
+                             ", or no brightness is left " + std::to_string(std::lround(std::sqrt(square))) +
+                             " pixels from the centre");
     }
 }
 
@@ -68,14 +68,15 @@ double CheckedBias(const CStlImage& image, const CRect& rect, bool clip)
     const std::string name = "rect = " + ToText(Value(rect));
     const std::optional<double> mean = strip.Bias(image, false);
     if (!mean) {
-        throw Error(name + ": each row of the strip begins with an undefined sample; " + kFillThem);
+        throw ParameterError(name + ": each row of the strip begins with an undefined sample; " + kFillThem);
     }
     if (!std::isfinite(*mean)) {
-        throw Error(name + ": the strip has undefined samples; " + kFillThem);
+        throw ParameterError(name + ": the strip has undefined samples; " + kFillThem);
     }
     const std::optional<double> bias = clip ? strip.Bias(image, true) : mean;
     if (!bias) {
-        throw Error("clip = yes: all samples of the strip are equal, and clipping would leave none; leave it out");
+        throw ParameterError(
+            "clip = yes: all samples of the strip are equal, and clipping would leave none; leave it out");
     }
     return *bias;
 }

@@ -5,16 +5,15 @@
 #include <iterator>
 #include <limits>
 
-#include "catalogue/error.h"
 #include "catalogue/filter_mosaic.h"
 #include "catalogue/names.h"
 #include "catalogue/numbers.h"
 #include "catalogue/row_order.h"
 #include "corvane/combine/mosic.h"
 #include "corvane/core/display_scale.h"
+#include "corvane/core/error.h"
 #include "corvane/core/turn.h"
 #include "corvane/platform/memory_exception.h"
-#include "io/error.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -65,7 +64,7 @@ private:
 void CheckCanvas(const Canvas& canvas, const io::Frame& second)
 {
     if (canvas.columns.Size() > kMaxCanvas || canvas.rows.Size() > kMaxCanvas) {
-        throw io::Error(second.image.GetOrgFileName(), "lies so far away that the mosaic would be " +
+        throw FileError(second.image.GetOrgFileName(), "lies so far away that the mosaic would be " +
                                                            ToText(Value(canvas.columns.Size())) + " x " +
                                                            ToText(Value(canvas.rows.Size())) + " pixels; at most " +
                                                            std::to_string(kMaxCanvas) + " are allowed either way");
@@ -80,10 +79,12 @@ int ModeOf(const MosaicOptions& options)
 void CheckKey(const MosaicOptions& options)
 {
     if ((ModeOf(options) == kMosaicKey) != !options.key.empty()) {
-        throw Error("--key and --mode key belong together: the key is the sample that lets the first image through");
+        throw ParameterError(
+            "--key and --mode key belong together: the key is the sample that lets the first image through");
     }
     if (options.key.size() == 2 || options.key.size() > 3) {
-        throw Error("--key = " + NumbersText(options.key) + ": must be one sample, or one for each of three planes");
+        throw ParameterError("--key = " + NumbersText(options.key) +
+                             ": must be one sample, or one for each of three planes");
     }
     for (const double v : options.key) {
         CheckRange("--key", v, std::numeric_limits<float>::lowest(), std::numeric_limits<float>::max());
@@ -93,8 +94,8 @@ void CheckKey(const MosaicOptions& options)
 void CheckBackground(const MosaicOptions& options)
 {
     if (options.background && !options.display) {
-        throw Error("--background = " + ToText(Value(*options.background)) +
-                    ": needs --display; otherwise what no image covers becomes 0");
+        throw ParameterError("--background = " + ToText(Value(*options.background)) +
+                             ": needs --display; otherwise what no image covers becomes 0");
     }
     CheckRange("--background", options.background.value_or(0.0), 0.0, 255.0);
 }

@@ -31,7 +31,7 @@ void CheckMosaic(const MosaicOptions& options);
 
 /// Joins both on a canvas that holds them whole and becomes the first frame's image. Its record and header stay, its
 /// world coordinates move along. HISTORY gets the command line, and what the stars said.
-/// Throws, before any sample changes, Error for options and io::Error for images that do not fit.
+/// Throws, before any sample changes, Error for options and Error for images that do not fit.
 /// A second image of the other order of rows is turned upside down first; its points are those of its file.
 Fit RunMosaic(io::Frame& first, io::Frame& second, const MosaicOptions& options, const Context& context);
 

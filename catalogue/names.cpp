@@ -4,7 +4,7 @@
 #include <cctype>
 #include <utility>
 
-#include "catalogue/error.h"
+#include "corvane/core/error.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -83,7 +83,7 @@ int PlaceOf(std::string_view word, const std::vector<std::string>& words)
 void CheckWord(const std::string& option, const std::string& word, const std::vector<std::string>& words)
 {
     if (PlaceOf(word, words) == static_cast<int>(words.size())) {
-        throw Error(option + " = " + word + ": must be " + Joined(words));
+        throw ParameterError(option, word, "must be " + Joined(words));
     }
 }
 

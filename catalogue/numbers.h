@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/error.h"
 #include "catalogue/parameter.h"
+#include "corvane/core/error.h"
 
 namespace corvane::catalogue {
 
@@ -13,8 +13,8 @@ inline void CheckRange(const std::string& option, double value, double min, doub
 {
     const bool isAllowed = value >= min && value <= max; // NaN is not
     if (!isAllowed) {
-        throw Error(option + " = " + ToText(Value(value)) + ": must be " + ToText(Value(min)) + " to " +
-                    ToText(Value(max)));
+        throw ParameterError(option, ToText(Value(value)),
+                             "must be " + ToText(Value(min)) + " to " + ToText(Value(max)));
     }
 }
 

@@ -6,7 +6,7 @@
 
 #include "catalogue/arguments.h"
 #include "catalogue/parameter.h"
-#include "corvane/restore/restore_event.h"
+#include "corvane/core/diagnostic.h"
 #include "io/frame.h"
 
 namespace corvane::catalogue {

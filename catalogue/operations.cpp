@@ -2,9 +2,9 @@
 
 #include <iterator>
 
-#include "catalogue/error.h"
 #include "catalogue/groups.h"
 #include "catalogue/names.h"
+#include "corvane/core/error.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -37,8 +37,9 @@ const Operation& FindOperation(std::string_view name)
                 meant.push_back(other->name);
             }
         }
-        throw Error("unknown step '" + std::string(name) + "'" +
-                    (meant.empty() ? "; `corvane ops` lists the steps" : "; did you mean " + Joined(meant) + "?"));
+        throw ParameterError(
+            "unknown step '" + std::string(name) + "'" +
+            (meant.empty() ? "; `corvane ops` lists the steps" : "; did you mean " + Joined(meant) + "?"));
     }
     return *operation;
 }

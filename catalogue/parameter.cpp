@@ -5,8 +5,8 @@
 #include <charconv>
 #include <cmath>
 
-#include "catalogue/error.h"
 #include "catalogue/names.h"
+#include "corvane/core/error.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -16,7 +16,7 @@ constexpr const char* kRectangleForm = "left:top:right:bottom";
 
 [[noreturn]] void Refuse(const Parameter& parameter, std::string_view value, const std::string& reason)
 {
-    throw Error(parameter.name + " = " + std::string(value) + ": " + reason);
+    throw ParameterError(parameter.name + " = " + std::string(value) + ": " + reason);
 }
 
 template <typename Number>
@@ -159,7 +159,7 @@ Parameter RectangleParameter()
 Value ParseValue(const Parameter& parameter, std::string_view text)
 {
     if (text.empty()) {
-        throw Error(parameter.name + " has no value; it must be " + AllowedText(parameter));
+        throw ParameterError(parameter.name + " has no value; it must be " + AllowedText(parameter));
     }
     switch (parameter.kind) {
     case Kind::Number:

@@ -4,11 +4,10 @@
 #include <cmath>
 #include <cstdio>
 
-#include "catalogue/error.h"
 #include "catalogue/numbers.h"
 #include "corvane/core/display_scale.h"
+#include "corvane/core/error.h"
 #include "corvane/core/turn.h"
-#include "io/error.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -20,7 +19,7 @@ constexpr double kMostOff = 1.5;      // pixels by which it may be off besides
 void CheckPoints(const std::string& option, const std::vector<double>& points)
 {
     if (!points.empty() && points.size() != 2 && points.size() != 4) {
-        throw Error(option + " = " + NumbersText(points) + ": must be X,Y or X1,Y1,X2,Y2");
+        throw ParameterError(option + " = " + NumbersText(points) + ": must be X,Y or X1,Y1,X2,Y2");
     }
     for (const double v : points) {
         CheckRange(option, v, 0.0, kMaxShift);
@@ -37,7 +36,7 @@ CfPoint Centroid(const io::Frame& frame, const CfPoint& about, int box)
 {
     const CStlImage& image = frame.image;
     if (about.ix >= image.GetWidth() || about.iy >= image.GetHeight()) {
-        throw io::Error(image.GetOrgFileName(),
+        throw FileError(image.GetOrgFileName(),
                         "the star at " + NumbersText({about.x, about.y}) + " must lie within the image, of " +
                             std::to_string(image.GetWidth()) + " x " + std::to_string(image.GetHeight()) + " pixels");
     }
@@ -84,13 +83,13 @@ void CheckLines(const io::Frame& first, const io::Frame& second, int box)
     const double length = Line(first.image).Length();
     const double other = Line(second.image).Length();
     if (std::min(length, other) < box) {
-        throw io::Error(second.image.GetOrgFileName(), "the two stars are " + Rounded(std::min(length, other)) +
+        throw FileError(second.image.GetOrgFileName(), "the two stars are " + Rounded(std::min(length, other)) +
                                                            " pixels apart; a turn needs stars that are at least one "
                                                            "box, " +
                                                            std::to_string(box) + " pixels, apart");
     }
     if (std::fabs(length - other) > kMostOff + kMostStretch * length) {
-        throw io::Error(second.image.GetOrgFileName(),
+        throw FileError(second.image.GetOrgFileName(),
                         "the two stars are " + Rounded(other) + " pixels apart here, but " + Rounded(length) + " in " +
                             first.image.GetOrgFileName() + ": not the same stars, or not the same scale");
     }
@@ -113,8 +112,8 @@ void CheckPlacement(const Placement& placement, const std::string& secondOption)
     CheckPoints("--points", placement.points);
     CheckPoints(secondOption, placement.secondPoints);
     if (placement.points.size() != placement.secondPoints.size()) {
-        throw Error("--points = " + NumbersText(placement.points) + ", " + secondOption + " = " +
-                    NumbersText(placement.secondPoints) + ": both must name the same stars, one or two");
+        throw ParameterError("--points = " + NumbersText(placement.points) + ", " + secondOption + " = " +
+                             NumbersText(placement.secondPoints) + ": both must name the same stars, one or two");
     }
 }
 

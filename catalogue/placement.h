@@ -49,7 +49,7 @@ void CheckPlacement(const Placement& placement, const std::string& secondOption)
 /// without stars its middle.
 ///
 /// Stars are refined to their centroids and become the reference points of their images. The first star of both comes
-/// to lie in one place; the turn is that of the line to the second, from the centroids as they are. Throws io::Error
+/// to lie in one place; the turn is that of the line to the second, from the centroids as they are. Throws Error
 /// when a point lies outside of its image, when two stars are closer than a box or not equally far apart in both images.
 Fit FitOnto(io::Frame& first, io::Frame& second, const Placement& placement);
 

@@ -1,6 +1,6 @@
 #include "catalogue/plane.h"
 
-#include "catalogue/error.h"
+#include "corvane/core/error.h"
 
 namespace corvane::catalogue {
 
@@ -18,7 +18,7 @@ int GivenPlane(const Arguments& arguments, const CImage& image)
 {
     const int plane = arguments.Has("plane") ? arguments.Whole("plane") : -1;
     if (plane >= image.GetPlanes()) {
-        throw Error("plane = " + std::to_string(plane) + ": must be 0, since the image has 1 plane");
+        throw ParameterError("plane = " + std::to_string(plane) + ": must be 0, since the image has 1 plane");
     }
     return plane;
 }

@@ -9,7 +9,7 @@
 #include <system_error>
 #include <utility>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/input_file.h"
 
 namespace corvane::catalogue {
@@ -33,7 +33,7 @@ std::vector<double> ReadLine(const std::string& file, std::string line, int numb
         double& v = numbers.emplace_back();
         const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), v);
         if (error != std::errc() || end != word.data() + word.size() || numbers.size() > 2) {
-            throw io::Error(file, "line " + std::to_string(number) + " is not one number or two");
+            throw FileError(file, "line " + std::to_string(number) + " is not one number or two");
         }
     }
     return numbers;
@@ -46,17 +46,17 @@ std::vector<std::vector<double>> ReadLines(const std::string& file)
     const std::uintmax_t bytes = std::filesystem::file_size(file, error);
     std::ifstream stream(file);
     if (error || !stream) {
-        throw io::Error(file, "cannot be read");
+        throw FileError(file, "cannot be read");
     }
     if (bytes > kMostBytes) {
-        throw io::Error(file, "is too large for a curve");
+        throw FileError(file, "is too large for a curve");
     }
     std::vector<std::vector<double>> lines;
     std::string line;
     for (int number = 1; std::getline(stream, line); ++number) {
         std::vector<double> numbers = ReadLine(file, line, number);
         if (!numbers.empty() && !lines.empty() && numbers.size() != lines.front().size()) {
-            throw io::Error(file, "line " + std::to_string(number) + " has not as many numbers as those before");
+            throw FileError(file, "line " + std::to_string(number) + " has not as many numbers as those before");
         }
         if (!numbers.empty()) {
             lines.push_back(std::move(numbers));
@@ -121,7 +121,7 @@ Points ReadPoints(const std::string& file)
         points.push_back({lines[i].size() == 2 ? lines[i].front() : place, lines[i].back()});
     }
     if (const std::string fault = FaultOf(points); !fault.empty()) {
-        throw io::Error(file, fault);
+        throw FileError(file, fault);
     }
     return points;
 }

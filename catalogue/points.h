@@ -18,7 +18,7 @@ using Points = std::vector<Point>;
 std::string FaultOf(const Points& points);
 
 /// Reads a curve from a text file: a point x y on each line, or only y, at equal distances from 0 to 1. Commas count as
-/// blanks, # begins a comment. Throws io::Error that names the file and what is wrong with it.
+/// blanks, # begins a comment. Throws Error that names the file and what is wrong with it.
 Points ReadPoints(const std::string& file);
 
 /// Samples a curve at `entries` equal distances from 0 to 1, at least 2: smoothly through the points, without going

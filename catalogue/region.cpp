@@ -4,9 +4,9 @@
 #include <cmath>
 #include <limits>
 
-#include "catalogue/error.h"
 #include "catalogue/parameter.h"
 #include "corvane/core/blank.h"
+#include "corvane/core/error.h"
 #include "corvane/measure/pixel_info.h"
 
 namespace corvane::catalogue {
@@ -17,7 +17,8 @@ constexpr int kUndefined = std::numeric_limits<int>::min();
 void CheckWithin(const CRect& rect, const CRect& whole)
 {
     if (rect.left < 0 || rect.top < 0 || rect.right > whole.right || rect.bottom > whole.bottom) {
-        throw Error("--rect = " + ToText(Value(rect)) + ": must lie within the image, " + ToText(Value(whole)));
+        throw ParameterError("--rect = " + ToText(Value(rect)) + ": must lie within the image, " +
+                             ToText(Value(whole)));
     }
 }
 

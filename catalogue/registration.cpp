@@ -1,10 +1,10 @@
 #include "catalogue/registration.h"
 
-#include "catalogue/error.h"
 #include "catalogue/match.h"
 #include "catalogue/names.h"
 #include "catalogue/numbers.h"
 #include "catalogue/row_order.h"
+#include "corvane/core/error.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -20,14 +20,14 @@ void CheckPlaces(const Registration& registration)
         const FramePlace& place = registration.frames[i];
         const std::string option = FrameOption("--shift", i);
         if (!place.shift.empty() && place.shift.size() != 2) {
-            throw Error(option + " = " + NumbersText(place.shift) + ": must be DX,DY");
+            throw ParameterError(option + " = " + NumbersText(place.shift) + ": must be DX,DY");
         }
         for (const double v : place.shift) {
             CheckRange(option, v, -kMaxShift, kMaxShift);
         }
         CheckRange(FrameOption("--angle", i), place.angle, -kMaxTurn, kMaxTurn);
         if (!place.points.empty() && !IsBy(registration, "points")) {
-            throw Error(FrameOption("--points", i) + " needs --align points");
+            throw ParameterError(FrameOption("--points", i) + " needs --align points");
         }
     }
 }
@@ -36,10 +36,11 @@ void CheckStar(const Registration& registration)
 {
     const std::vector<double>& at = registration.at;
     if (IsBy(registration, "shift") == at.empty()) {
-        throw Error("--align shift and --at belong together: X,Y is about where the star is in the first frame");
+        throw ParameterError(
+            "--align shift and --at belong together: X,Y is about where the star is in the first frame");
     }
     if (!at.empty() && at.size() != 2) {
-        throw Error("--at = " + NumbersText(at) + ": must be X,Y");
+        throw ParameterError("--at = " + NumbersText(at) + ": must be X,Y");
     }
     for (const double v : at) {
         CheckRange("--at", v, 0.0, kMaxShift);
@@ -67,7 +68,7 @@ void CheckPoints(const Registration& registration)
         return;
     }
     if (registration.frames[0].points.empty()) {
-        throw Error("--align points needs --points, and the same stars in the other frames");
+        throw ParameterError("--align points needs --points, and the same stars in the other frames");
     }
     for (std::size_t i = 1; i < registration.frames.size(); ++i) {
         CheckPlacement(PlacementOf(registration, i), FrameOption("--points", i));

@@ -42,7 +42,7 @@ void CheckRegistration(const Registration& registration);
 /// Finds where each frame comes to lie on the first one's grid, which the first itself may be moved against by hand.
 /// Frames of the other order of rows are turned upside down first; their points are those of their files.
 /// Stars are looked for in the planes given, one for each frame. Every frame's standard centre is set: its star, or
-/// without stars its middle. Throws io::Error where a star is not to be found.
+/// without stars its middle. Throws Error where a star is not to be found.
 std::vector<Fit> FitFrames(std::vector<io::Frame>& frames, const std::vector<int>& planes,
                            const Registration& registration, const Context& context);
 

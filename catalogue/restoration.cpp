@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/error.h"
 #include "catalogue/parameter.h"
 #include "catalogue/undefined.h"
 #include "corvane/core/blank.h"
+#include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
 #include "corvane/restore/region.h"
 #include "io/metadata.h"
@@ -65,9 +65,9 @@ void CheckMemory(int width, int height, double needed)
 {
     const auto budget = static_cast<double>(MemoryBudget());
     if (needed > budget) {
-        throw Error("a region of " + std::to_string(width) + " x " + std::to_string(height) + " needs " +
-                    GigabytesText(needed) + " of memory; " + GigabytesText(budget) +
-                    " are allowed (CORVANE_MEMORY); give a smaller rect");
+        throw ParameterError("a region of " + std::to_string(width) + " x " + std::to_string(height) + " needs " +
+                             GigabytesText(needed) + " of memory; " + GigabytesText(budget) +
+                             " are allowed (CORVANE_MEMORY); give a smaller rect");
     }
 }
 
@@ -90,10 +90,10 @@ void CheckRestorable(const CStlImage& image, const CRect* rect, BytesOfRegion by
             const float* const bad = std::find_if(row + area.left, row + area.right,
                                                   [&](float v) { return !std::isfinite(v) || isBlank(v); });
             if (bad != row + area.right) {
-                throw Error("the sample at column " + std::to_string(bad - row) + ", row " + std::to_string(y) +
-                            ", plane " + std::to_string(plane) +
-                            " is undefined, and would spoil all others; give a rect without such samples, or " +
-                            kFillThem);
+                throw ParameterError(
+                    "the sample at column " + std::to_string(bad - row) + ", row " + std::to_string(y) + ", plane " +
+                    std::to_string(plane) +
+                    " is undefined, and would spoil all others; give a rect without such samples, or " + kFillThem);
             }
         }
     }
@@ -103,7 +103,7 @@ double MeasureStarSigma(const CStlImage& image)
 {
     const double fwhm = stars::FindFieldStars(image, stars::StarPlane(image), {.sigmas = kClearStar}).fwhm;
     if (fwhm == 0.0) {
-        throw Error("fwhm = auto: there is no star to measure; give sigma or fwhm");
+        throw ParameterError("fwhm = auto: there is no star to measure; give sigma or fwhm");
     }
     return fwhm / kFwhmOfSigma;
 }

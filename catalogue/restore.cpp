@@ -5,9 +5,10 @@
 #include <utility>
 #include <vector>
 
-#include "catalogue/error.h"
 #include "catalogue/operations.h"
 #include "catalogue/restoration.h"
+#include "corvane/core/error.h"
+#include "corvane/core/run.h"
 #include "corvane/platform/memory_exception.h"
 #include "corvane/restore/lucy.h"
 #include "corvane/restore/mem.h"
@@ -42,8 +43,9 @@ double SigmaOf(const Arguments& arguments, const CStlImage& image, const Context
     const double sigma = MeasureStarSigma(image);
     Tell(context, "FWHM of the stars", sigma * kFwhmOfSigma, "pixels");
     if (sigma < kLeastSigma || sigma > kMostSigma) {
-        throw Error("fwhm = auto: the stars are " + ToText(Value(sigma * kFwhmOfSigma)) + " pixels wide; it takes " +
-                    ToText(Value(kLeastSigma * kFwhmOfSigma)) + " to " + ToText(Value(kMostSigma * kFwhmOfSigma)));
+        throw ParameterError("fwhm = auto: the stars are " + ToText(Value(sigma * kFwhmOfSigma)) +
+                             " pixels wide; it takes " + ToText(Value(kLeastSigma * kFwhmOfSigma)) + " to " +
+                             ToText(Value(kMostSigma * kFwhmOfSigma)));
     }
     return sigma;
 }
@@ -51,7 +53,7 @@ double SigmaOf(const Arguments& arguments, const CStlImage& image, const Context
 void CheckSigma(const Arguments& arguments)
 {
     if (arguments.Has("sigma") && arguments.Has("fwhm")) {
-        throw Error("sigma and fwhm say the same; give one of them");
+        throw ParameterError("sigma and fwhm say the same; give one of them");
     }
 }
 
@@ -64,7 +66,8 @@ void ThrowUnlessDone(Restored end)
         AfxThrowMemoryException();
     }
     if (end == Restored::kNotANumber) {
-        throw Error("chi-square is not a number: samples, gain or noise are too large or too small to calculate with");
+        throw ParameterError(
+            "chi-square is not a number: samples, gain or noise are too large or too small to calculate with");
     }
 }
 
@@ -101,7 +104,7 @@ void RunMaxent(io::Frame& frame, Arguments& arguments, const Context& context)
     const double noise = arguments.Has("noise") ? arguments.Number("noise") : MeasureNoise(frame.image);
     Tell(context, "noise", noise, "counts");
     if (!(noise > 0.0)) {
-        throw Error("the image shows no noise to measure; give noise");
+        throw ParameterError("the image shows no noise to measure; give noise");
     }
     const bool isOnGrid = arguments.Flag("resample") || rect != nullptr;
     CImgMem image;

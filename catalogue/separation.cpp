@@ -6,8 +6,8 @@
 #include "catalogue/names.h"
 #include "catalogue/undefined.h"
 #include "corvane/colour/separation.h"
+#include "corvane/core/error.h"
 #include "corvane/platform/memory_exception.h"
-#include "io/error.h"
 
 namespace corvane::catalogue {
 
@@ -27,7 +27,7 @@ void RunSplit(io::Frame& frame, const std::string& component, const Context& con
     CheckComponent(component);
     const std::string file = frame.image.GetOrgFileName();
     if (frame.image.GetPlanes() != 3) {
-        throw io::Error(file, "must have 3 planes to be split; it has " + std::to_string(frame.image.GetPlanes()));
+        throw FileError(file, "must have 3 planes to be split; it has " + std::to_string(frame.image.GetPlanes()));
     }
     MarkUndefined(frame);
     CImgSeparation result(frame.image);

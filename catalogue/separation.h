@@ -15,7 +15,7 @@ const std::vector<std::string>& ComponentWords();
 void CheckComponent(const std::string& component);
 
 /// Makes the frame one component of its colours. The header stays, with the component as its filter; HISTORY gets the
-/// command line. Undefined samples become NaN. Throws, before any sample changes, Error for the option and io::Error for
+/// command line. Undefined samples become NaN. Throws, before any sample changes, Error for the option and Error for
 /// a frame that does not have three planes.
 void RunSplit(io::Frame& frame, const std::string& component, const Context& context);
 

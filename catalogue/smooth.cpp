@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "catalogue/error.h"
 #include "catalogue/operations.h"
 #include "catalogue/shape.h"
+#include "corvane/core/error.h"
 #include "corvane/filter/filter.h"
 #include "corvane/filter/neighbourhood.h"
 
@@ -61,8 +61,8 @@ void CheckRank(double rank, const Arguments& arguments)
 {
     const int last = LastRank(arguments);
     if (rank > last) {
-        throw Error("rank = " + ToText(Value(rank)) + ": must be 0 to " + std::to_string(last) + " for a shape of " +
-                    std::to_string(last + 1) + " samples");
+        throw ParameterError("rank = " + ToText(Value(rank)) + ": must be 0 to " + std::to_string(last) +
+                             " for a shape of " + std::to_string(last + 1) + " samples");
     }
 }
 

@@ -8,8 +8,8 @@
 #include "catalogue/numbers.h"
 #include "corvane/combine/matching.h"
 #include "corvane/core/blank.h"
+#include "corvane/core/error.h"
 #include "corvane/filter/filter.h"
-#include "io/error.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -59,7 +59,7 @@ CImgMatching Cut(const io::Frame& frame, int plane, int centreX, int centreY, in
     smooth.CalcMinMax();
     const double peak = smooth.GetMaxPixel(0);
     if (!(peak > kLeastPeak * sky.sigma)) {
-        throw io::Error(frame.image.GetOrgFileName(), "shows no star within " + std::to_string(size / 2) +
+        throw FileError(frame.image.GetOrgFileName(), "shows no star within " + std::to_string(size / 2) +
                                                           " pixels of " + std::to_string(centreX) + "," +
                                                           std::to_string(centreY));
     }
@@ -79,7 +79,7 @@ void CheckInside(const io::Frame& first, const StarSearch& search)
 {
     const CStlImage& image = first.image;
     if (!(search.at[0] < image.GetWidth()) || !(search.at[1] < image.GetHeight())) {
-        throw io::Error(image.GetOrgFileName(),
+        throw FileError(image.GetOrgFileName(),
                         "--at = " + NumbersText({search.at[0], search.at[1]}) + ": must lie within the image, of " +
                             std::to_string(image.GetWidth()) + " x " + std::to_string(image.GetHeight()) + " pixels");
     }
@@ -102,7 +102,7 @@ Fit FindShift(const io::Frame& first, int firstPlane, io::Frame& frame, int plan
     window.Do(&patch, &matchX, &matchY, search.range, 1, context.showProgress);
     const Fit fit{margin - Tenths(matchX), margin - Tenths(matchY), 0.0, 1};
     if (std::max(std::fabs(fit.dx), std::fabs(fit.dy)) >= reach) {
-        throw io::Error(frame.image.GetOrgFileName(),
+        throw FileError(frame.image.GetOrgFileName(),
                         "the star is not within --range = " + std::to_string(search.range) + " of its place in " +
                             first.image.GetOrgFileName() + ": the best match lies at the edge");
     }

@@ -28,7 +28,7 @@ struct StarSearch {
 /// the star's surroundings in one plane of each; see CImgMatching. Sky and brightness may differ. The star should be the
 /// brightest within patch and range, and wider than two pixels. Its place becomes the frame's standard centre.
 ///
-/// Throws io::Error when the star lies outside of the first frame, when a frame shows no star there, or when the match
+/// Throws Error when the star lies outside of the first frame, when a frame shows no star there, or when the match
 /// lies at the edge of the range.
 Fit FindShift(const io::Frame& first, int firstPlane, io::Frame& frame, int plane, const StarSearch& search,
               const Context& context);

@@ -16,7 +16,7 @@ struct PlaneStatistics {
     long long infinite = 0; ///< NaN and infinities
 };
 
-/// Reads the frame once, in bands of rows, and tells of each plane. Throws io::Error.
+/// Reads the frame once, in bands of rows, and tells of each plane. Throws Error.
 std::vector<PlaneStatistics> ReadStatistics(io::FrameReader& reader);
 
 } // namespace corvane::catalogue

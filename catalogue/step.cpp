@@ -3,10 +3,10 @@
 #include <map>
 #include <optional>
 
-#include "catalogue/error.h"
 #include "catalogue/names.h"
 #include "catalogue/operations.h"
 #include "catalogue/points.h"
+#include "corvane/core/error.h"
 #include "io/reader.h"
 
 namespace corvane::catalogue {
@@ -42,10 +42,10 @@ const Parameter& FindParameter(const Operation& operation, std::string_view name
     if (parameter == nullptr) {
         const std::vector<std::string> names = Names(operation.parameters);
         const std::string suggestion = Suggestion(name, names);
-        throw Error("unknown parameter '" + std::string(name) + "'" +
-                    (!suggestion.empty() ? suggestion
-                     : names.empty()     ? "; it takes none"
-                                         : "; it takes " + Joined(names)));
+        throw ParameterError("unknown parameter '" + std::string(name) + "'" +
+                             (!suggestion.empty() ? suggestion
+                              : names.empty()     ? "; it takes none"
+                                                  : "; it takes " + Joined(names)));
     }
     return *parameter;
 }
@@ -56,11 +56,12 @@ Texts ReadTexts(const Operation& operation, std::optional<std::string_view> rest
     while (const std::optional<std::string> item = TakeItem(rest)) {
         const std::size_t equals = item->find('=');
         if (equals == std::string::npos) {
-            throw Error("'" + *item + "' is not of the form key=value; a comma within a value is written twice");
+            throw ParameterError("'" + *item +
+                                 "' is not of the form key=value; a comma within a value is written twice");
         }
         const Parameter& parameter = FindParameter(operation, std::string_view(*item).substr(0, equals));
         if (!texts.emplace(&parameter, item->substr(equals + 1)).second) {
-            throw Error(parameter.name + " is given twice");
+            throw ParameterError(parameter.name + " is given twice");
         }
     }
     return texts;
@@ -71,7 +72,7 @@ void AddArgument(const Parameter& parameter, const Texts& texts, Arguments& argu
     if (const auto given = texts.find(&parameter); given != texts.end()) {
         arguments.Add({&parameter, ParseValue(parameter, given->second), true});
     } else if (parameter.IsRequired()) {
-        throw Error(parameter.name + " must be given: " + AllowedText(parameter));
+        throw ParameterError(parameter.name + " must be given: " + AllowedText(parameter));
     } else if (std::optional<Value> value = DefaultValue(parameter)) {
         arguments.Add({&parameter, std::move(*value), parameter.readSetting != nullptr});
     }
@@ -84,7 +85,7 @@ void CheckPlanes(const Operation& operation, const CStlImage& image)
         return;
     }
     const std::string wanted = isColour ? "an image of 1 plane" : "a colour image of 3 planes";
-    throw Error("takes " + wanted + "; this one has " + std::to_string(image.GetPlanes()));
+    throw ParameterError("takes " + wanted + "; this one has " + std::to_string(image.GetPlanes()));
 }
 
 void CheckRectangle(const Argument& argument, const CStlImage& image)
@@ -95,8 +96,8 @@ void CheckRectangle(const Argument& argument, const CStlImage& image)
     }
     const CRect whole(0, 0, image.GetWidth(), image.GetHeight());
     if (rect->left < 0 || rect->top < 0 || rect->right > whole.right || rect->bottom > whole.bottom) {
-        throw Error(argument.parameter->name + " = " + ToText(argument.value) + ": must lie within the image, " +
-                    ToText(Value(whole)));
+        throw ParameterError(argument.parameter->name + " = " + ToText(argument.value) +
+                             ": must lie within the image, " + ToText(Value(whole)));
     }
 }
 
@@ -107,7 +108,7 @@ void InTheNameOf(const Operation& operation, const Work& work)
     try {
         work();
     } catch (const Error& error) {
-        throw Error(operation.name + ": " + error.what());
+        throw error.What() == Error::Kind::kFile ? error : error.Of(operation.name);
     }
 }
 

@@ -27,11 +27,11 @@ std::string ToText(const Step& step);
 std::vector<std::string> FilesOf(const Step& step);
 
 /// Opens the files that the step will read, so that one that is missing or none of its kind is told before any work.
-/// Throws io::Error.
+/// Throws Error.
 void CheckFiles(const Step& step);
 
 /// Runs the step on the frame and adds one HISTORY line, `corvane apply STEP`. Throws Error, before any work, when the
-/// step does not fit the frame; io::Error for a file that the step reads; CMemoryException when there is no room.
+/// step does not fit the frame; Error for a file that the step reads; CMemoryException when there is no room.
 void Run(const Step& step, io::Frame& frame, const Context& context);
 
 } // namespace corvane::catalogue

@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <string>
 
-#include "catalogue/error.h"
 #include "catalogue/operations.h"
 #include "catalogue/plane.h"
+#include "corvane/core/error.h"
 #include "corvane/tone/auto_level.h"
 #include "corvane/tone/invert.h"
 
@@ -26,15 +26,16 @@ void CheckAutoLevels(const Arguments& arguments)
     const double low = arguments.Number("low");
     const double high = arguments.Number("high");
     if (low + high <= 0.0) {
-        throw Error("low = " + ToText(Value(low)) + ", high = " + ToText(Value(high)) +
-                    ": their sum must be above 0, or black would not lie below white");
+        throw ParameterError("low = " + ToText(Value(low)) + ", high = " + ToText(Value(high)) +
+                             ": their sum must be above 0, or black would not lie below white");
     }
 }
 
 void CheckOrder(double min, double max)
 {
     if (min >= max) {
-        throw Error("min = " + ToText(Value(min)) + ", max = " + ToText(Value(max)) + ": min must be less than max");
+        throw ParameterError("min = " + ToText(Value(min)) + ", max = " + ToText(Value(max)) +
+                             ": min must be less than max");
     }
 }
 

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "corvane/core/blank.h"
-#include "io/error.h"
+#include "corvane/core/error.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -33,7 +33,7 @@ void MarkUndefined(io::Frame& frame)
         }
     }
     if (defined == 0) {
-        throw io::Error(image.GetOrgFileName(), "has no sample that is defined");
+        throw FileError(image.GetOrgFileName(), "has no sample that is defined");
     }
     image.SetBlankUsed(0);
 }

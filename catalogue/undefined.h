@@ -8,7 +8,7 @@ namespace corvane::catalogue {
 inline constexpr const char* kFillThem = "fill them with the step fill";
 
 /// Makes every undefined sample of a frame NaN, and its image use no blank value: so undefined samples of frames with
-/// different blank values stay undefined when they are calculated with. Throws io::Error when no sample is defined.
+/// different blank values stay undefined when they are calculated with. Throws Error when no sample is defined.
 void MarkUndefined(io::Frame& frame);
 
 } // namespace corvane::catalogue

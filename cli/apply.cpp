@@ -2,13 +2,12 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/error.h"
 #include "catalogue/step.h"
 #include "cli/cancel.h"
 #include "cli/output.h"
 #include "cli/session.h"
+#include "corvane/core/error.h"
 #include "corvane/platform/memory_exception.h"
-#include "io/error.h"
 #include "io/frame.h"
 
 namespace corvane::cli {
@@ -34,12 +33,10 @@ void RunStep(const catalogue::Step& step, io::Frame& frame, const std::string& i
 {
     try {
         catalogue::Run(step, frame, context);
-    } catch (const catalogue::Cancelled&) {
-        throw Cancelled();
-    } catch (const catalogue::Error& error) {
-        throw io::Error(input, error.what());
+    } catch (const Error& error) {
+        throw error.What() == Error::Kind::kFile ? error : FileError(input, error.what());
     } catch (const CMemoryException&) {
-        throw io::Error(input, kMemoryText);
+        throw FileError(input, kMemoryText);
     }
     ThrowIfCancelled();
 }

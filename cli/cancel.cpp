@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "cli/session.h"
+#include "corvane/core/run.h"
 
 namespace corvane::cli {
 namespace {

@@ -1,14 +1,6 @@
 #pragma once
 
-#include <exception>
-
 namespace corvane::cli {
-
-/// The user pressed Ctrl-C; nothing was made.
-class Cancelled : public std::exception {
-public:
-    const char* what() const noexcept override { return "cancelled"; }
-};
 
 /// From now on the first Ctrl-C (or a request to end) is a wish that the work looks at, the second ends the process at
 /// once. A write beyond the limit for the size of files fails instead of ending the process.

@@ -8,8 +8,8 @@
 #include "catalogue/match.h"
 #include "cli/cancel.h"
 #include "cli/pair.h"
+#include "corvane/core/error.h"
 #include "corvane/platform/memory_exception.h"
-#include "io/error.h"
 
 namespace corvane::cli {
 namespace {
@@ -93,7 +93,7 @@ int Combine(const ColourWords& words, const Session& session, MakeColour make)
     try {
         fits = make(frames, words.options, ContextOf(session));
     } catch (const CMemoryException&) {
-        throw io::Error(words.inputs[0], kMemoryText);
+        throw FileError(words.inputs[0], kMemoryText);
     }
     ThrowIfCancelled();
     io::Save(words.output.path, frames[0].image, frames[0].header, words.output.save);

@@ -12,9 +12,9 @@
 #include "catalogue/statistics.h"
 #include "cli/cancel.h"
 #include "cli/session.h"
+#include "corvane/core/error.h"
 #include "corvane/core/stl_image.h"
 #include "io/bayer.h"
-#include "io/error.h"
 #include "io/metadata.h"
 #include "io/reader.h"
 
@@ -278,7 +278,7 @@ int Info(const InfoOptions& options)
                 Print(json);
             }
             all.push_back(std::move(json));
-        } catch (const io::Error& error) {
+        } catch (const Error& error) {
             std::cerr << "corvane: " << error.what() << "\n";
             all.push_back({{"file", file}, {"error", error.Reason()}});
             status = kFailed;

@@ -10,7 +10,6 @@
 #include <CLI/Formatter.hpp>
 #include <unistd.h>
 
-#include "catalogue/error.h"
 #include "catalogue/names.h"
 #include "catalogue/operations.h"
 #include "cli/cancel.h"
@@ -20,8 +19,9 @@
 #include "cli/settings.h"
 #include "cli/startup.h"
 #include "cli/terminal.h"
+#include "corvane/core/error.h"
+#include "corvane/core/run.h"
 #include "corvane/platform/memory_exception.h"
-#include "io/error.h"
 #include "stack/options.h"
 
 namespace corvane::cli {
@@ -191,17 +191,10 @@ int Run(int argc, char** argv) noexcept
         return Dispatch(argc, argv);
     } catch (const UsageError& error) {
         return Fail(kWrongUsage, error.what());
-    } catch (const catalogue::Error& error) {
-        return Fail(kWrongUsage, error.what());
-    } catch (const stack::OptionError& error) {
-        return Fail(kWrongUsage, error.what());
-    } catch (const io::NameError& error) {
-        return Fail(kWrongUsage, error.what());
+    } catch (const Error& error) {
+        const bool isAsked = error.What() == Error::Kind::kParameter || error.What() == Error::Kind::kName;
+        return Fail(isAsked ? kWrongUsage : kFailed, error.what());
     } catch (const Cancelled& cancelled) {
-        return Fail(kCancelled, cancelled.what());
-    } catch (const catalogue::Cancelled& cancelled) {
-        return Fail(kCancelled, cancelled.what());
-    } catch (const stack::Cancelled& cancelled) {
         return Fail(kCancelled, cancelled.what());
     } catch (const CMemoryException&) {
         return Fail(kFailed, kMemoryText);

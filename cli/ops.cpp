@@ -168,7 +168,7 @@ void PrintOne(const Operation& operation, int width)
     PrintHelp(operation, width);
 }
 
-/// What a name or another word stands for: one operation, or those that may serve. Throws catalogue::Error for nothing.
+/// What a name or another word stands for: one operation, or those that may serve. Throws Error for nothing.
 std::vector<const Operation*> Meant(const std::string& word)
 {
     if (const Operation* named = catalogue::FindNamed(catalogue::Operations(), word)) {

@@ -9,7 +9,7 @@
 
 #include <CLI/Validators.hpp>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/input_file.h"
 
 namespace corvane::cli {
@@ -70,7 +70,7 @@ void AddSaveOptions(CLI::App& command, io::SaveOptions& save, const char* scaleN
 void CheckOutputs(const Output& image, const std::vector<std::string>& inputs, const std::vector<std::string>& others)
 {
     if (!image.overwrite && IsInput(image.path, inputs)) {
-        throw io::NameError(image.path, "is both input and output; --overwrite replaces it");
+        throw NameError(image.path, "is both input and output; --overwrite replaces it");
     }
     std::vector<std::string> seen;
     if (!image.path.empty()) { // some commands write no image
@@ -81,10 +81,10 @@ void CheckOutputs(const Output& image, const std::vector<std::string>& inputs, c
             continue;
         }
         if (IsInput(other, inputs)) {
-            throw io::NameError(other, "is both input and output");
+            throw NameError(other, "is both input and output");
         }
         if (std::any_of(seen.begin(), seen.end(), [&](const std::string& path) { return IsSameFile(path, other); })) {
-            throw io::NameError(other, "is named for two outputs");
+            throw NameError(other, "is named for two outputs");
         }
         seen.push_back(other);
     }

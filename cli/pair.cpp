@@ -8,8 +8,8 @@
 
 #include "catalogue/parameter.h"
 #include "cli/cancel.h"
+#include "corvane/core/error.h"
 #include "corvane/platform/memory_exception.h"
-#include "io/error.h"
 
 namespace corvane::cli {
 
@@ -84,7 +84,7 @@ int JoinPair(const PairFiles& files, const Session& session,
     try {
         fit = join(first, second);
     } catch (const CMemoryException&) {
-        throw io::Error(files.first, kMemoryText);
+        throw FileError(files.first, kMemoryText);
     }
     ThrowIfCancelled();
     io::Save(files.output.path, first.image, first.header, files.output.save);

@@ -23,7 +23,7 @@ struct PairFiles {
 /// Adds the two inputs, under the names that help calls them, and the output with its bits.
 void AddPairFiles(CLI::App& command, PairFiles& files, const std::string& firstName, const std::string& secondName);
 
-/// The numbers of an option's text, with commas between them. Throws catalogue::Error for what is no number.
+/// The numbers of an option's text, with commas between them. Throws Error for what is no number.
 std::vector<double> ParseNumbers(const std::string& name, const std::string& text);
 
 /// Adds an option of numbers that `ParseNumbers` reads.

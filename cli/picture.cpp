@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "catalogue/step.h"
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/metadata.h"
 #include "io/output_file.h"
 #include "io/picture.h"
@@ -18,7 +18,7 @@ void CheckPicture(const std::string& path)
     std::transform(extension.begin(), extension.end(), extension.begin(),
                    [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
     if (extension != ".png") {
-        throw io::NameError(path, "is no name for a picture; it must end with .png");
+        throw NameError(path, "is no name for a picture; it must end with .png");
     }
     io::OutputFile::Check(path);
 }

@@ -6,11 +6,11 @@
 
 namespace corvane::cli {
 
-/// Throws the io::Error that `SavePicture` would throw for the path alone, io::NameError unless it ends with .png.
+/// Throws the Error that `SavePicture` would throw for the path alone, NameError unless it ends with .png.
 void CheckPicture(const std::string& path);
 
 /// Writes the frame as a picture for the screen, the right way up. `levels` is a catalogue step that sets the display
-/// levels first, as "auto-levels"; with an empty text they are used as they are. Throws io::Error.
+/// levels first, as "auto-levels"; with an empty text they are used as they are. Throws Error.
 void SavePicture(const std::string& path, io::Frame& frame, const std::string& levels);
 
 } // namespace corvane::cli

@@ -6,7 +6,7 @@
 #include "cli/output.h"
 #include "cli/picture.h"
 #include "cli/session.h"
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/frame.h"
 
 namespace corvane::cli {

@@ -7,8 +7,8 @@
 
 #include "cli/report_page.h"
 #include "cli/table.h"
+#include "corvane/core/error.h"
 #include "corvane/core/text.h"
-#include "io/error.h"
 #include "io/output_file.h"
 
 namespace corvane::cli {
@@ -95,7 +95,7 @@ std::string TimesText(const stack::Registration& lights)
 void CheckReport(const std::string& path)
 {
     if (std::none_of(kEndings.begin(), kEndings.end(), [&](const char* ending) { return path.ends_with(ending); })) {
-        throw io::NameError(path, "is no name for a report; it must end with .json, .csv or .html");
+        throw NameError(path, "is no name for a report; it must end with .json, .csv or .html");
     }
     io::OutputFile::Check(path);
 }

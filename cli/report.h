@@ -6,11 +6,11 @@
 
 namespace corvane::cli {
 
-/// Throws io::NameError unless the path ends with .json, .csv or .html, io::Error when it cannot be written.
+/// Throws NameError unless the path ends with .json, .csv or .html, Error when it cannot be written.
 void CheckReport(const std::string& path);
 
 /// Writes what became of each light: JSON or CSV with everything that is known of it, or a page with plots that needs
-/// nothing but a browser. Throws io::Error.
+/// nothing but a browser. Throws Error.
 void WriteReport(const std::string& path, const stack::Registration& lights);
 
 /// The lights for people: how many are used, how each is placed or why it is left out, notes and times. `all` tells of

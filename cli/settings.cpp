@@ -9,8 +9,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "corvane/core/error.h"
 #include "corvane/platform/registry.h"
-#include "io/error.h"
 #include "io/input_file.h"
 
 namespace corvane::cli {
@@ -81,7 +81,7 @@ void ReadSettings()
     io::CheckOrdinaryFile(path);
     std::ifstream stream(path);
     if (!stream) {
-        throw io::Error(path, "the settings cannot be read");
+        throw FileError(path, "the settings cannot be read");
     }
     ReadSettings(stream, path);
 }
@@ -93,11 +93,11 @@ void ReadSettings(std::istream& stream, const std::string& path)
     for (int number = 1; std::getline(stream, line); ++number) {
         const std::string mistake = ReadLine(Trimmed(line), section);
         if (!mistake.empty()) {
-            throw io::Error(path, "line " + std::to_string(number) + ": " + mistake);
+            throw FileError(path, "line " + std::to_string(number) + ": " + mistake);
         }
     }
     if (stream.bad()) {
-        throw io::Error(path, "the settings cannot be read");
+        throw FileError(path, "the settings cannot be read");
     }
 }
 

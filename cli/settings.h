@@ -9,7 +9,7 @@ namespace corvane::cli {
 /// begin with # or ; are comments.
 ///
 /// The file is what CORVANE_CONFIG names, else `corvane/settings.ini` in XDG_CONFIG_HOME or in `~/.config`, where it
-/// may be missing. Throws io::Error naming the file and the line that is wrong.
+/// may be missing. Throws Error naming the file and the line that is wrong.
 void ReadSettings();
 
 /// The same from a stream; `path` is its name in errors.

@@ -6,8 +6,8 @@
 #include "cli/cancel.h"
 #include "cli/output.h"
 #include "cli/session.h"
+#include "corvane/core/error.h"
 #include "corvane/platform/memory_exception.h"
-#include "io/error.h"
 #include "io/frame.h"
 
 namespace corvane::cli {
@@ -29,7 +29,7 @@ int Split(const SplitWords& words)
     try {
         catalogue::RunSplit(frame, words.component, {});
     } catch (const CMemoryException&) {
-        throw io::Error(words.input, kMemoryText);
+        throw FileError(words.input, kMemoryText);
     }
     ThrowIfCancelled();
     io::Save(words.output.path, frame.image, frame.header, words.output.save);

@@ -16,7 +16,7 @@ struct Mark {
 };
 
 /// Writes the frame as a picture for the screen with a ring about each star, which few have their numbers beside, from
-/// 1. The frame's levels become automatic ones. Throws io::Error.
+/// 1. The frame's levels become automatic ones. Throws Error.
 void SaveStarMap(const std::string& path, io::Frame& frame, const std::vector<Mark>& marks);
 
 } // namespace corvane::cli

@@ -6,8 +6,8 @@
 #include "catalogue/numbers.h"
 #include "cli/output.h"
 #include "cli/picture.h"
+#include "corvane/core/error.h"
 #include "corvane/core/text.h"
-#include "io/error.h"
 #include "stack/register.h"
 
 namespace corvane::cli {
@@ -55,7 +55,7 @@ int ChosenPlane(const StarWords& words, const CStlImage& image)
 {
     const int plane = words.plane.value_or(stars::StarPlane(image));
     if (plane >= image.GetPlanes()) {
-        throw io::Error(words.input,
+        throw FileError(words.input,
                         "has no plane " + std::to_string(plane) + "; a monochrome image has the plane 0 alone");
     }
     return plane;
@@ -67,7 +67,7 @@ stars::StarField FindIn(const StarWords& words, const CStlImage& image, int plan
     options.limit = static_cast<std::size_t>(words.limit);
     stars::StarField field = stars::FindFieldStars(image, plane, options);
     if (field.stars.empty()) {
-        throw io::Error(words.input,
+        throw FileError(words.input,
                         "no star rises " + NumberText(words.find.sigmas) + " standard deviations above the sky");
     }
     return field;

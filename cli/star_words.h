@@ -30,10 +30,10 @@ void AddStarOptions(CLI::App& command, StarWords& words);
 /// an empty name are not wanted.
 void CheckStarWords(const StarWords& words, const std::vector<std::string>& outputs);
 
-/// The plane to look at: the one that is asked for, else green of a colour image. Throws io::Error when it has none.
+/// The plane to look at: the one that is asked for, else green of a colour image. Throws Error when it has none.
 int ChosenPlane(const StarWords& words, const CStlImage& image);
 
-/// Finds the stars of a plane. Throws io::Error when there is none.
+/// Finds the stars of a plane. Throws Error when there is none.
 stars::StarField FindIn(const StarWords& words, const CStlImage& image, int plane);
 
 /// What is printed: JSON, CSV, or for people the table with a summary below it.

@@ -12,8 +12,8 @@
 #include "cli/star_map.h"
 #include "cli/star_plot.h"
 #include "cli/star_words.h"
+#include "corvane/core/error.h"
 #include "corvane/core/text.h"
-#include "io/error.h"
 #include "io/metadata.h"
 #include "io/output_file.h"
 #include "stars/measure_stars.h"
@@ -61,7 +61,7 @@ void CheckWords(const WidthWords& words)
     CheckStarWords(words.stars, {words.stars.map, words.plot});
     if (!words.plot.empty()) {
         if (!words.plot.ends_with(kPlotEnding)) {
-            throw io::NameError(words.plot, std::string("is no name for a plot; it must end with ") + kPlotEnding);
+            throw NameError(words.plot, std::string("is no name for a plot; it must end with ") + kPlotEnding);
         }
         io::OutputFile::Check(words.plot);
     }
@@ -74,7 +74,7 @@ std::vector<CPoint> PixelsOf(const std::vector<NamedStar>& places, const WidthWo
         const int x = static_cast<int>(std::clamp(std::floor(places[i].x + 0.5), -1.0, 1e9));
         const int y = static_cast<int>(std::clamp(std::floor(places[i].y + 0.5), -1.0, 1e9));
         if (x < 0 || y < 0 || x >= image.GetWidth() || y >= image.GetHeight()) {
-            throw io::Error(words.stars.input, "--at = " + words.at[i] + ": must lie within the image, 0,0 to " +
+            throw FileError(words.stars.input, "--at = " + words.at[i] + ": must lie within the image, 0,0 to " +
                                                    std::to_string(image.GetWidth() - 1) + "," +
                                                    std::to_string(image.GetHeight() - 1));
         }
@@ -99,7 +99,7 @@ std::string FaultOf(const WidthWords& words, const stars::FieldWidths& widths, s
         faults += "; " + FaultOf(words, widths, i);
     }
     faults += widths.stars.size() > kMostTold ? "; ..." : "";
-    throw io::Error(words.stars.input, "no star could be measured" + faults);
+    throw FileError(words.stars.input, "no star could be measured" + faults);
 }
 
 void WarnOfFaults(const WidthWords& words, const stars::FieldWidths& widths)

@@ -8,13 +8,12 @@
 
 #include <nlohmann/json.hpp>
 
-#include "catalogue/error.h"
 #include "catalogue/parameter.h"
 #include "catalogue/region.h"
 #include "cli/cancel.h"
 #include "cli/session.h"
 #include "cli/table.h"
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/frame.h"
 
 namespace corvane::cli {
@@ -46,8 +45,8 @@ std::vector<RegionMeasures> Measure(const std::string& file, const std::optional
     const io::Frame frame = io::Load(file);
     try {
         return catalogue::MeasureRegion(frame.image, rect ? &*rect : nullptr);
-    } catch (const catalogue::Error& error) {
-        throw io::Error(file, error.what());
+    } catch (const Error& error) {
+        throw error.What() == Error::Kind::kFile ? error : FileError(file, error.what());
     }
 }
 
@@ -99,7 +98,7 @@ int Stats(const StatsOptions& options)
         ThrowIfCancelled();
         try {
             AddRows(file, Measure(file, rect), table);
-        } catch (const io::Error& error) {
+        } catch (const Error& error) {
             std::cerr << "corvane: " << error.what() << "\n";
             errors.push_back({{"file", file}, {"error", error.Reason()}});
         }

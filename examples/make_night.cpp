@@ -15,8 +15,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "corvane/core/error.h"
 #include "examples/night/night.h"
-#include "io/error.h"
 #include "io/frame.h"
 
 namespace {
@@ -172,7 +172,7 @@ void WriteTable(const std::string& folder, const char* name, const std::function
     file.precision(12);
     write(file);
     if (!file.flush()) {
-        throw corvane::io::Error(path, "cannot be written");
+        throw corvane::FileError(path, "cannot be written");
     }
 }
 

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/formats/cards.h"
 #include "io/formats/formats.h"
 #include "io/formats/storage.h"
@@ -173,8 +173,9 @@ Frame Load(const std::string& path)
             SetFullLevels(frame.image);
         }
     } catch (const std::bad_alloc&) {
-        throw Error(path, "there is neither memory nor disk space for its " + std::to_string(reader->Width()) + " x " +
-                              std::to_string(reader->Height()) + " x " + std::to_string(reader->Planes()) + " samples");
+        throw FileError(path, "there is neither memory nor disk space for its " + std::to_string(reader->Width()) +
+                                  " x " + std::to_string(reader->Height()) + " x " + std::to_string(reader->Planes()) +
+                                  " samples");
     }
     frame.header = reader->GetHeader();
     return frame;
@@ -186,14 +187,14 @@ void Save(const std::string& path, const CStlImage& image, const Header& header,
         SaveOptions chosen = options;
         const Format& format = ChooseFormat(path, chosen);
         if (image.GetPixelCount() == 0) {
-            throw Error(path, "the image has no samples");
+            throw FileError(path, "the image has no samples");
         }
         OutputFile file(path);
         const Storage storage = ChooseStorage(path, image, chosen, format.integers);
         format.write(file, image, OutputHeader(image, header, storage, format.integers), storage);
         file.Commit();
     } catch (const std::bad_alloc&) {
-        throw Error(path, "there is no memory to write it");
+        throw FileError(path, "there is no memory to write it");
     }
 }
 

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 
 namespace corvane::io {
 namespace {
@@ -48,10 +48,10 @@ void CheckOrdinaryFile(const std::string& path)
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (!fs::exists(status)) {
-        throw Error(path, status.type() == fs::file_type::not_found ? "no such file" : error.message());
+        throw FileError(path, status.type() == fs::file_type::not_found ? "no such file" : error.message());
     }
     if (!fs::is_regular_file(status)) {
-        throw Error(path, KindOf(path, status));
+        throw FileError(path, KindOf(path, status));
     }
 }
 

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <system_error>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/temporary_file.h"
 
 namespace corvane::io {
@@ -34,21 +34,21 @@ void CheckTarget(const std::string& path, const fs::path& target)
     std::error_code error;
     const fs::file_status status = fs::status(target, error);
     if (fs::is_directory(status) || path.empty() || path.ends_with('/')) {
-        throw Error(path, "is a folder; the name of a file is needed");
+        throw FileError(path, "is a folder; the name of a file is needed");
     }
     const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
     if (!fs::is_directory(folder, error)) {
-        throw Error(path, "there is no folder '" + folder.string() + "'");
+        throw FileError(path, "there is no folder '" + folder.string() + "'");
     }
     if (!fs::exists(status)) {
         return;
     }
     if (!fs::is_regular_file(status)) {
-        throw Error(path, "is not an ordinary file and will not be replaced");
+        throw FileError(path, "is not an ordinary file and will not be replaced");
     }
     std::FILE* existing = std::fopen(target.c_str(), "r+b");
     if (existing == nullptr) {
-        throw Error(path, "cannot be replaced: " + SystemText(errno));
+        throw FileError(path, "cannot be replaced: " + SystemText(errno));
     }
     std::fclose(existing);
 }
@@ -61,7 +61,7 @@ OutputFile::OutputFile(const std::string& path) : path_(path), target_(FollowLin
     try {
         file_ = std::make_unique<TemporaryFile>(target_.parent_path());
     } catch (const std::system_error& error) {
-        throw Error(path_, "cannot be written: " + error.code().message());
+        throw FileError(path_, "cannot be written: " + error.code().message());
     }
 }
 
@@ -101,14 +101,14 @@ void OutputFile::Commit()
     try {
         file_->Rename(target_);
     } catch (const std::system_error& error) {
-        throw Error(path_, "cannot be written: " + error.code().message());
+        throw FileError(path_, "cannot be written: " + error.code().message());
     }
     file_.reset();
 }
 
 void OutputFile::Fail(const std::string& action) const
 {
-    throw Error(path_, action + ": " + SystemText(errno));
+    throw FileError(path_, action + ": " + SystemText(errno));
 }
 
 } // namespace corvane::io

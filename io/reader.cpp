@@ -1,6 +1,6 @@
 #include "io/reader.h"
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/formats/bytes.h"
 #include "io/formats/cards.h"
 #include "io/formats/formats.h"
@@ -30,7 +30,7 @@ std::unique_ptr<FrameReader> OpenOther(const std::string& path, const std::strin
     if (tiff) {
         return OpenTiff(path);
     }
-    throw Error(path, "is not a FITS, TIFF, PNG or camera raw file");
+    throw FileError(path, "is not a FITS, TIFF, PNG or camera raw file");
 }
 
 } // namespace
@@ -57,9 +57,9 @@ bool FrameReader::Describe(CImage& image) const
 void FrameReader::ReadRows(int plane, int firstRow, int rowCount, float* samples)
 {
     if (plane < 0 || plane >= Planes() || firstRow < 0 || rowCount < 0 || rowCount > Height() - firstRow) {
-        throw Error(Path(), "has no rows " + std::to_string(firstRow) + " to " +
-                                std::to_string(static_cast<long long>(firstRow) + rowCount - 1) + " in plane " +
-                                std::to_string(plane));
+        throw FileError(Path(), "has no rows " + std::to_string(firstRow) + " to " +
+                                    std::to_string(static_cast<long long>(firstRow) + rowCount - 1) + " in plane " +
+                                    std::to_string(plane));
     }
     if (rowCount > 0) {
         Read(plane, firstRow, rowCount, samples);
@@ -75,7 +75,7 @@ std::unique_ptr<FrameReader> OpenFrame(const std::string& path, Cubes cubes)
         return OpenFits(path, chosen.file, chosen.choice, cubes);
     }
     if (!chosen.choice.empty()) {
-        throw Error(path, "is not a FITS file, so it has no HDU to choose");
+        throw FileError(path, "is not a FITS file, so it has no HDU to choose");
     }
     return OpenOther(chosen.file, start);
 }

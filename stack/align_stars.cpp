@@ -6,8 +6,8 @@
 #include <string>
 #include <utility>
 
+#include "corvane/core/error.h"
 #include "corvane/core/text.h"
-#include "io/error.h"
 #include "stack/progress.h"
 #include "stars/match_fields.h"
 #include "stars/robust.h"
@@ -125,7 +125,7 @@ int AlignByStars(const Options& options, const MeasuredLights& lights, std::vect
     const std::vector<std::size_t> candidates = Candidates(options, reports);
     if (candidates.empty() || reports[candidates.front()].stars == 0) {
         const bool isNamed = !candidates.empty();
-        throw io::Error(reports[isNamed ? candidates.front() : 0].file,
+        throw FileError(reports[isNamed ? candidates.front() : 0].file,
                         std::string(isNamed ? "the reference does not" : "neither this light nor another") +
                             " show stars to align by; lights that fit as they lie are stacked with --align none");
     }

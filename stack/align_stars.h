@@ -22,7 +22,7 @@ struct MeasuredLights {
 /// field, the next ones are tried.
 ///
 /// A light that cannot be placed with certainty is left out, with the reason, and so is one whose stars have less than a
-/// third of the light that its exposure should bring. Throws io::Error when there is no star to align by, and Cancelled.
+/// third of the light that its exposure should bring. Throws Error when there is no star to align by, and Cancelled.
 int AlignByStars(const Options& options, const MeasuredLights& lights, std::vector<FrameReport>& reports);
 
 } // namespace corvane::stack

@@ -29,7 +29,7 @@ public:
 
     const io::FrameInfo& Info(int frame) const { return frames_.Info(frame); }
 
-    /// Reads rows of all planes; plane p begins at samples + p * planeStride. Throws io::Error.
+    /// Reads rows of all planes; plane p begins at samples + p * planeStride. Throws Error.
     void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
 
 private:

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/turned_reader.h"
 
 namespace corvane::stack {
@@ -24,7 +24,7 @@ void FrameSet::Read(int frame, int firstRow, int rowCount, float* samples, std::
 {
     try {
         ReadPlanes(frame, firstRow, rowCount, samples, planeStride);
-    } catch (const io::Error&) {
+    } catch (const Error&) {
         // The system may have no more files to give: with half of them it must work, or the error is the frame's own.
         if (frame == 0 || keptOpen_ == 0) {
             throw;

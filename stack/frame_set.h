@@ -15,7 +15,7 @@ namespace corvane::stack {
 /// each read. So any number of frames can be read, and memory does not grow with their samples.
 class FrameSet {
 public:
-    /// Opens a frame to learn what it is, and closes it again. Throws io::Error.
+    /// Opens a frame to learn what it is, and closes it again. Throws Error.
     void Add(const std::string& file);
 
     /// From now on the frame's rows come in the other order, and its header says so.
@@ -31,7 +31,7 @@ public:
     /// What the frame's file says, without samples.
     void Describe(int frame, CImage& record) const { Reader(frame).Describe(record); }
 
-    /// Reads rows of all planes of a frame; plane p begins at samples + p * planeStride. Throws io::Error.
+    /// Reads rows of all planes of a frame; plane p begins at samples + p * planeStride. Throws Error.
     void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
 
     /// Releases all files.

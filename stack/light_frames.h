@@ -26,7 +26,7 @@ public:
     /// About which lights are turned: a whole number of pixels, as `CStlImage::SetDefaultCenter` has it.
     CfPoint Centre() const { return {Width() / 2, Height() / 2}; }
 
-    /// Reads rows of all planes; plane p begins at samples + p * planeStride. Throws io::Error.
+    /// Reads rows of all planes; plane p begins at samples + p * planeStride. Throws Error.
     void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
     /// Reads rows into an image of their own, which declares the frame's blank.
     CStlImage ReadImage(int frame, int firstRow, int rowCount);

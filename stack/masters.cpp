@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "corvane/core/error.h"
 #include "corvane/core/gaps.h"
 #include "corvane/core/memory_budget.h"
-#include "io/error.h"
 #include "stack/calibrated_frames.h"
 #include "stack/combine.h"
 #include "stack/progress.h"
@@ -89,7 +89,7 @@ void MasterSource::LevelToFirst(HWND progressWindow)
     for (int i = 0; i < set_.Count(); ++i) {
         const double mean = Mean(i);
         if (!(mean > 0.0)) {
-            throw io::Error(set_.Path(i), "the flat holds no light: its mean is not above 0");
+            throw FileError(set_.Path(i), "the flat holds no light: its mean is not above 0");
         }
         if (i == 0) {
             first = mean;
@@ -132,7 +132,7 @@ void RequireSamples(const CStlImage& master, const FrameSet& frames, const std::
             return;
         }
     }
-    throw io::Error(frames.Path(0), "the " + kind + " has no sample that is defined");
+    throw FileError(frames.Path(0), "the " + kind + " has no sample that is defined");
 }
 
 /// A master of frames that are used as they are; `kind` is what a user calls them.
@@ -163,7 +163,7 @@ void MakeFlat(FrameSet& flats, std::shared_ptr<const CStlImage> dark, HWND progr
     masters.flat = flat;
     const bool isUsable = masters.flatMean > 0.0 && std::isfinite(masters.flatMean);
     if (!isUsable) {
-        throw io::Error(flats.Path(0), "the flat cannot be used: its mean is not a number above 0");
+        throw FileError(flats.Path(0), "the flat cannot be used: its mean is not a number above 0");
     }
 }
 

@@ -16,7 +16,7 @@ std::uint64_t BandMemory(const FrameSet& frames);
 int CommonBlank(const FrameSet& frames);
 
 /// Makes the master frames of a plan. Each flat loses the flat-darks, or else the bias, and is brought to the mean of
-/// the first one. What is undefined in some of the flats is the median of the others. Throws io::Error for a flat
+/// the first one. What is undefined in some of the flats is the median of the others. Throws Error for a flat
 /// without light and for frames of which nothing is defined, and `Cancelled`.
 Masters MakeMasters(Plan& plan, HWND progressWindow);
 

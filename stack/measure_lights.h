@@ -18,7 +18,7 @@ struct SeenLight {
 };
 
 /// Measures of every light what the options ask for, and enters it in the reports. Of a light without a defined sample
-/// all is 0. Which stars are saturated is told by the raw lights. No lights are read, and none is seen, when the options ask for nothing. Throws io::Error and Cancelled.
+/// all is 0. Which stars are saturated is told by the raw lights. No lights are read, and none is seen, when the options ask for nothing. Throws Error and Cancelled.
 std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames, RawLights raw,
                                      std::vector<FrameReport>& reports);
 

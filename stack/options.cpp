@@ -7,6 +7,7 @@
 #include <system_error>
 #include <utility>
 
+#include "corvane/core/error.h"
 #include "corvane/core/text.h"
 #include "stack/names.h"
 
@@ -17,7 +18,8 @@ namespace {
 void CheckRange(const char* option, int value, int min, int max)
 {
     if (value < min || value > max) {
-        throw OptionError(option, std::to_string(value), std::to_string(min) + " to " + std::to_string(max));
+        throw ParameterError(option, std::to_string(value),
+                             "must be " + std::to_string(min) + " to " + std::to_string(max));
     }
 }
 
@@ -33,14 +35,15 @@ void CheckRange(const char* option, const std::optional<double>& value, double m
 {
     const bool isAllowed = !value || (*value >= 0.0 && *value <= max); // NaN is not
     if (!isAllowed) {
-        throw OptionError(option, NumberText(*value), "0 to " + NumberText(max));
+        throw ParameterError(option, NumberText(*value), "must be 0 to " + NumberText(max));
     }
 }
 
 void CheckReference(const Options& options)
 {
     if (ReferenceIndex(options) < 0) {
-        throw OptionError("--reference", options.referenceFile, "one of the lights, by the name that it has there");
+        throw ParameterError("--reference", options.referenceFile,
+                             "it takes one of the lights, by the name that it has there");
     }
 }
 
@@ -48,15 +51,16 @@ void CheckReference(const Options& options)
 void CheckCompany(const Options& options)
 {
     if (options.reference && options.align != AlignMethod::kShift) {
-        throw OptionError("--star", std::to_string(options.reference->x) + "," + std::to_string(options.reference->y),
-                          "--align shift, which aligns by one star");
+        throw ParameterError("--star",
+                             std::to_string(options.reference->x) + "," + std::to_string(options.reference->y),
+                             "it takes --align shift, which aligns by one star");
     }
     if (options.alignsScale && options.align != AlignMethod::kStars) {
-        throw OptionError("--scale", "alone", "--align stars, which tell it");
+        throw ParameterError("--scale", "alone", "it takes --align stars, which tell it");
     }
     if (options.weight != WeightMethod::kNone && options.method != CombineMethod::kClippedMean) {
-        throw OptionError("--weight", NameOf(kWeightNames, options.weight),
-                          "--method clipped-mean, since a median counts all lights the same");
+        throw ParameterError("--weight", NameOf(kWeightNames, options.weight),
+                             "it takes --method clipped-mean, since a median counts all lights the same");
     }
 }
 
@@ -65,21 +69,13 @@ void CheckListedOnce(const std::vector<std::string>& lights)
     std::set<std::string> seen;
     for (const std::string& light : lights) {
         if (!seen.insert(FileKey(light)).second) {
-            throw OptionError("LIGHT", light, "each light once, since one that counts twice spoils the statistics");
+            throw ParameterError("LIGHT", light,
+                                 "it takes each light once, since one that counts twice spoils the statistics");
         }
     }
 }
 
 } // namespace
-
-OptionError::OptionError(std::string name, const std::string& value, const std::string& allowed)
-    : std::invalid_argument(name + ": " + value + " is not allowed; it takes " + allowed), option_(std::move(name))
-{}
-
-const char* Cancelled::what() const noexcept
-{
-    return "cancelled";
-}
 
 int ReferenceIndex(const Options& options)
 {
@@ -99,7 +95,7 @@ NormaliseMethod NormaliseOf(const Options& options)
 void CheckOptions(const Options& options)
 {
     if (options.lights.empty()) {
-        throw OptionError("LIGHT", "no file", "one or more lights");
+        throw ParameterError("LIGHT", "no file", "it takes one or more lights");
     }
     CheckRange("--size", options.size, kMinPatchSize, kMaxPatchSize);
     CheckRange("--search", options.search, 0, kMaxSearch);
@@ -110,10 +106,11 @@ void CheckOptions(const Options& options)
     CheckReference(options);
     CheckCompany(options);
     if (options.cosmetic && options.darks.empty()) {
-        throw OptionError("--cosmetic", "alone", "darks, which tell the hot pixels: add --dark");
+        throw ParameterError("--cosmetic", "alone", "it takes darks, which tell the hot pixels: add --dark");
     }
     if (!options.flatDarks.empty() && options.flats.empty()) {
-        throw OptionError("--flat-dark", options.flatDarks.front(), "frames that belong to flats: add --flat");
+        throw ParameterError("--flat-dark", options.flatDarks.front(),
+                             "it takes frames that belong to flats: add --flat");
     }
     CheckListedOnce(options.lights);
 }

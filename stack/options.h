@@ -91,31 +91,13 @@ struct Options {
     HWND progressWindow = nullptr; ///< gets the messages of the progress channel; may be null
 };
 
-/// An option that is wrong, with its value and what would be allowed.
-class CORVANE_VISIBLE OptionError : public std::invalid_argument {
-public:
-    OptionError(std::string name, const std::string& value, const std::string& allowed);
-
-    /// The option as the command spells it, such as "--search"; "LIGHT" for the lights.
-    const std::string& Option() const { return option_; }
-
-private:
-    std::string option_;
-};
-
-/// The user pressed ESC; nothing was made.
-class CORVANE_VISIBLE Cancelled : public std::exception {
-public:
-    const char* what() const noexcept override;
-};
-
 /// The light that the options name as the reference: its index; 0 when they name none, -1 when it is no light.
 int ReferenceIndex(const Options& options);
 
 /// How lights are normalised.
 NormaliseMethod NormaliseOf(const Options& options);
 
-/// Checks what can be said without opening a file. Throws OptionError.
+/// Checks what can be said without opening a file. Throws Error.
 CORVANE_VISIBLE void CheckOptions(const Options& options);
 
 } // namespace corvane::stack

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "corvane/core/error.h"
 #include "corvane/core/text.h"
 #include "io/bayer.h"
-#include "io/error.h"
 #include "io/metadata.h"
 #include "stack/progress.h"
 #include "stack/row_order.h"
@@ -32,11 +32,11 @@ void CheckFit(const FrameSet& frames, const char* kind, const io::FrameReader& o
         const io::FrameReader& frame = frames.Reader(i);
         const bool fits = frame.Planes() == 1 || frame.Planes() == other.Planes();
         if (!SameSize(frame, other) || !fits) {
-            throw io::Error(frame.Path(), "the " + std::string(kind) + " is " + SizeText(frame) + ", but the " +
+            throw FileError(frame.Path(), "the " + std::string(kind) + " is " + SizeText(frame) + ", but the " +
                                               otherKind + " " + other.Path() + " is " + SizeText(other));
         }
         if (frame.Planes() != frames.Reader(0).Planes()) {
-            throw io::Error(frame.Path(), "the " + std::string(kind) + " is " + SizeText(frame) + ", but " +
+            throw FileError(frame.Path(), "the " + std::string(kind) + " is " + SizeText(frame) + ", but " +
                                               frames.Path(0) + " is " + SizeText(frames.Reader(0)));
         }
     }
@@ -48,7 +48,7 @@ void CheckLights(const FrameSet& lights)
     for (int i = 1; i < lights.Count(); ++i) {
         const io::FrameReader& light = lights.Reader(i);
         if (!SameSize(light, first) || light.Planes() != first.Planes()) {
-            throw io::Error(light.Path(), "the light is " + SizeText(light) + ", but the first light " + first.Path() +
+            throw FileError(light.Path(), "the light is " + SizeText(light) + ", but the first light " + first.Path() +
                                               " is " + SizeText(first));
         }
     }
@@ -78,7 +78,7 @@ void CheckReadable(const FrameSet& frames)
 {
     for (int i = 0; i < frames.Count(); ++i) {
         if (const auto stated = io::UnreadableExposure(frames.Info(i).header)) {
-            throw io::Error(frames.Path(i), "its exposure, " + *stated + ", is no number of seconds");
+            throw FileError(frames.Path(i), "its exposure, " + *stated + ", is no number of seconds");
         }
     }
 }
@@ -91,7 +91,7 @@ std::optional<double> DarkExposure(const FrameSet& darks)
     for (int i = 0; i < darks.Count(); ++i) {
         const auto exposure = io::ExposureSeconds(darks.Info(i).header);
         if (exposure && common && !AreClose(*exposure, *common)) {
-            throw io::Error(darks.Path(i), "the dark has " + NumberText(*exposure) + " s, but the dark " +
+            throw FileError(darks.Path(i), "the dark has " + NumberText(*exposure) + " s, but the dark " +
                                                darks.Path(from) + " has " + NumberText(*common) + " s");
         }
         if (exposure && !common) {
@@ -117,10 +117,10 @@ void CheckExposures(const Plan& plan)
         const std::string difference = "the light has " + NumberText(*plan.exposures[i]) + " s, but the darks have " +
                                        NumberText(*plan.darkExposure) + " s";
         if (plan.bias.IsEmpty()) {
-            throw io::Error(plan.lights.Path(i), difference + ": add --bias to scale them, or darks of its exposure");
+            throw FileError(plan.lights.Path(i), difference + ": add --bias to scale them, or darks of its exposure");
         }
         if (!(*plan.darkExposure > 0.0)) {
-            throw io::Error(plan.lights.Path(i), difference + ", which cannot be scaled");
+            throw FileError(plan.lights.Path(i), difference + ", which cannot be scaled");
         }
     }
 }
@@ -159,21 +159,21 @@ void FindPatterns(const Options& options, Plan& plan)
     plan.isMosaic = plan.planes == 1 && (stated || options.mosaic == MosaicUse::kPattern);
     const bool moves = options.align != AlignMethod::kNone;
     if (options.mosaic == MosaicUse::kPattern && plan.planes != 1) {
-        throw io::Error(first.Path(), "the light is " + SizeText(first) + "; --bayer takes lights of one plane");
+        throw FileError(first.Path(), "the light is " + SizeText(first) + "; --bayer takes lights of one plane");
     }
     if (!plan.isMosaic || (options.mosaic == MosaicUse::kAuto && !moves)) {
         return;
     }
     if (options.mosaic == MosaicUse::kKeep) {
         if (moves) {
-            throw io::Error(first.Path(),
+            throw FileError(first.Path(),
                             "is a mosaic, which --bayer none keeps; stack with --align none, since moving it "
                             "mixes its colours");
         }
         return;
     }
     if (options.mosaic == MosaicUse::kAuto && !io::StoredBayerPattern(first.Info().header, first.Height())) {
-        throw io::Error(first.Path(), "its mosaic " + *stated +
+        throw FileError(first.Path(), "its mosaic " + *stated +
                                           " is no Bayer pattern, so no colours can be made to move it; "
                                           "stack with --align none");
     }
@@ -225,13 +225,13 @@ void CheckPatch(const Options& options, const Plan& plan)
     }
     const int smaller = std::min(plan.width, plan.height);
     if (options.size > smaller) {
-        throw io::Error(plan.lights.Path(0), "--size = " + std::to_string(options.size) + ": must be at most " +
+        throw FileError(plan.lights.Path(0), "--size = " + std::to_string(options.size) + ": must be at most " +
                                                  std::to_string(smaller) + ", the smaller side of the lights");
     }
     if (options.reference) {
         const auto [x, y] = *options.reference;
         if (x < 0 || x >= plan.width || y < 0 || y >= plan.height) {
-            throw io::Error(plan.lights.Path(0), "--star = " + std::to_string(x) + "," + std::to_string(y) +
+            throw FileError(plan.lights.Path(0), "--star = " + std::to_string(x) + "," + std::to_string(y) +
                                                      ": must lie within the lights, 0,0 to " +
                                                      std::to_string(plan.width - 1) + "," +
                                                      std::to_string(plan.height - 1));

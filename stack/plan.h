@@ -31,7 +31,7 @@ struct Plan {
 /// 0.05 s, or one of them is not known.
 bool ExposuresMatch(const std::optional<double>& light, const std::optional<double>& dark);
 
-/// Opens every frame and checks sizes, planes and exposures. Throws OptionError, io::Error and Cancelled.
+/// Opens every frame and checks sizes, planes and exposures. Throws Error and Cancelled.
 Plan MakePlan(const Options& options);
 
 } // namespace corvane::stack

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "stack/align_stars.h"
 #include "stack/cosmetic.h"
 #include "stack/masters.h"
@@ -68,7 +68,7 @@ void PreparedLights::MendHotPixels(const Masters& masters)
 {
     HotPixels pixels(*masters.dark, plan_.isMosaic ? kMosaicStep : 1);
     if (!pixels.Fault().empty()) {
-        throw io::Error(options_.darks.front(), pixels.Fault());
+        throw FileError(options_.darks.front(), pixels.Fault());
     }
     result_.notes.push_back("hot pixels that were mended: " + std::to_string(pixels.Count()));
     calibrated_->MendHotPixels(std::move(pixels));
@@ -101,7 +101,7 @@ void PreparedLights::AlignByShift()
         result_.reference = ChooseReference(stars, plan_.width, plan_.height, options_.size, options_.search);
     }
     if (!result_.reference) {
-        throw io::Error(options_.lights[static_cast<std::size_t>(chosen)],
+        throw FileError(options_.lights[static_cast<std::size_t>(chosen)],
                         "shows no star that frames can be aligned on; choose a place with --star X,Y");
     }
     const ShiftRegistration registration(reference, *result_.reference, stars, options_);

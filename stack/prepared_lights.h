@@ -18,7 +18,7 @@ namespace corvane::stack {
 class PreparedLights {
 public:
     /// Checks everything that can be judged before the work, makes the masters, and prepares the lights to be read.
-    /// Throws OptionError, io::Error and Cancelled.
+    /// Throws Error and Cancelled.
     PreparedLights(const Options& options, Registration& result, Stopwatch& stopwatch);
 
     /// Measures the lights, chooses the reference, leaves out what the options or the alignment leave out, and says in

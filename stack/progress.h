@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "stack/options.h"
 

@@ -10,7 +10,7 @@ public:
     /// The lights must outlive this.
     explicit RawLights(FrameSet& lights);
 
-    /// All of a light, with what its file says of it. Throws io::Error.
+    /// All of a light, with what its file says of it. Throws Error.
     CStlImage Read(int light);
     /// The same of samples that were read before as the file has them.
     CStlImage WithRecord(int light, CStlImage samples) const;

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "corvane/core/error.h"
 #include "corvane/core/gaps.h"
-#include "io/error.h"
 #include "stack/combine.h"
 #include "stack/describe.h"
 #include "stack/masters.h"
@@ -36,7 +36,7 @@ void CheckEnoughUsed(const Result& result)
     if (reasons.size() > kReasonsTold) {
         text += "; and " + std::to_string(reasons.size() - kReasonsTold) + " more";
     }
-    throw io::Error(frames[static_cast<std::size_t>(result.referenceLight)].file,
+    throw FileError(frames[static_cast<std::size_t>(result.referenceLight)].file,
                     "no other light can be stacked with it: " + text);
 }
 
@@ -142,7 +142,7 @@ void LeaveOutEmpty(const WatchedLights& lights, Coverage coverage, std::vector<F
         if (lights.IsEmpty(light)) {
             frame.LeaveOut(reason);
             if (coverage == Coverage::kAll || UsedFrames(frames).empty()) {
-                throw io::Error(frame.file, std::string("the light ") + reason);
+                throw FileError(frame.file, std::string("the light ") + reason);
             }
         }
     }

@@ -13,7 +13,7 @@
 
 /// A night's frames into one calibrated stack.
 ///
-/// The library prints nothing. Errors are thrown: `OptionError` for what was asked, `io::Error` for a file, `Cancelled`
+/// The library prints nothing. Errors are thrown: `Error` for what was asked and for a file, `Cancelled`
 /// for the user's ESC, CMemoryException when there is no room.
 namespace corvane::stack {
 

@@ -8,6 +8,7 @@
 
 #include "corvane/combine/cut_out_likeness.h"
 #include "corvane/core/blank.h"
+#include "corvane/core/run.h"
 #include "corvane/resources/string_table.h"
 #include "corvane/restore/convolver.h"
 
@@ -239,19 +240,16 @@ Shortlist SearchTiles(const CStlImage& cutOut, CStlImage& image, const CRect& pl
     const int tiles = ((places.Width() - 1) / width + 1) * ((places.Height() - 1) / height + 1);
     Shortlist list(cutOut);
     TileSearch search(cutOut, image, width, height);
-    image.ShowProgressInit(showProgress, IDS_MATCHING, tiles);
+    const Run run = WindowRun(image, showProgress, Escape::kEnds);
+    Stage stage(run, IDS_MATCHING, tiles);
     for (int top = static_cast<int>(places.top); top < places.bottom; top += height) {
         for (int left = static_cast<int>(places.left); left < places.right; left += width) {
             const int right = std::min(left + width, static_cast<int>(places.right));
             const int bottom = std::min(top + height, static_cast<int>(places.bottom));
             search.Search({left, top, right, bottom}, list);
-            if (image.ShowProgress(1) == 0) {
-                image.ShowProgressEnd(nullptr);
-                throw SearchCancelled();
-            }
+            stage.Step();
         }
     }
-    image.ShowProgressEnd(nullptr);
     return list;
 }
 

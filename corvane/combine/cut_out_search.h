@@ -15,9 +15,6 @@ struct CutOutPlace {
     double rival;       ///< the correlation at the best of places that are half the cut-out's size away; -1 for none
 };
 
-/// The user pressed ESC during a search.
-struct SearchCancelled {};
-
 /// Finds where an image is most like a cut-out, by normalised cross-correlation: at each place, mean and deviation of
 /// the samples under the cut-out are taken first, so neither the brightness of the two counts nor what lies around.
 /// Planes have means of their own and one correlation.
@@ -33,7 +30,7 @@ struct SearchCancelled {};
 /// hides it (2e-5 of the root of its sum of squares).
 ///
 /// Reports "Processing object matching..." in `image`'s progress window. Returns nothing when there is no place to
-/// compare, as for a cut-out of one value. Throws SearchCancelled, and std::bad_alloc when there is no room.
+/// compare, as for a cut-out of one value. Throws Cancelled, and std::bad_alloc when there is no room.
 CORVANE_VISIBLE std::optional<CutOutPlace> FindCutOut(const CStlImage& cutOut, CStlImage& image, const CRect& places,
                                                       int showProgress);
 

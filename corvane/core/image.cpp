@@ -21,10 +21,10 @@ void ResizeLevels(corvane::ImageRecord& record)
     }
 }
 
-std::unique_ptr<CVmImage> MakeStore(const corvane::ImageRecord& record, CVmImage::Contents contents)
+std::shared_ptr<CVmImage> MakeStore(const corvane::ImageRecord& record, CVmImage::Contents contents)
 {
     const int bytes = std::abs(record.bitsPixel) / 8;
-    return std::make_unique<CVmImage>(record.width, record.height, record.planes, bytes, contents);
+    return std::make_shared<CVmImage>(record.width, record.height, record.planes, bytes, contents);
 }
 
 template <class T>
@@ -59,9 +59,37 @@ CImage::CImage(int bits, int width, int height, int planes, double bscale, doubl
 }
 
 CImage::CImage(const CImage& other, HWND window, const char* text)
-    : store_(other.store_ == nullptr ? nullptr : std::make_unique<CVmImage>(*other.store_, window, text)),
+    : store_(other.store_ == nullptr ? nullptr : std::make_shared<CVmImage>(*other.store_, window, text)),
       record_(other.record_)
 {}
+
+CImage::CImage(std::shared_ptr<CVmImage> samples) : store_(std::move(samples))
+{
+    if (store_ == nullptr) {
+        return;
+    }
+    record_.bitsPixel = store_->GetBytesSample() == 4 ? -32 : store_->GetBytesSample() * 8;
+    record_.width = store_->GetWidth();
+    record_.height = store_->GetHeight();
+    SetPlanes(store_->GetPlanes());
+    record_.orgBitsPixel = record_.bitsPixel;
+    record_.orgPlanes = record_.planes;
+    ResizeLevels(record_);
+}
+
+CImage::CImage(CImage&& other) noexcept : store_(std::move(other.store_)), record_(std::move(other.record_))
+{
+    other.record_.width = 0;
+    other.record_.height = 0;
+    other.SetPlanes(0);
+}
+
+CImage& CImage::operator=(CImage&& other) noexcept
+{
+    CImage taken(std::move(other));
+    CImage::Swap(&taken);
+    return *this;
+}
 
 CImage::~CImage() = default;
 
@@ -106,6 +134,12 @@ void CImage::Swap(CImage* other)
 {
     std::swap(store_, other->store_);
     std::swap(record_, other->record_);
+}
+
+void CImage::ShareWith(const CImage& other)
+{
+    record_ = other.record_;
+    store_ = other.store_;
 }
 
 /// The record with another size.

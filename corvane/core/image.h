@@ -67,6 +67,11 @@ public:
            const char* text = nullptr);
     /// A deep copy: record and samples.
     CImage(const CImage& other, HWND window = nullptr, const char* text = nullptr);
+    /// An image of samples that are there already; as many bits as their bytes say, floats for 4. Levels 0 to 255.
+    explicit CImage(std::shared_ptr<CVmImage> samples);
+    /// Takes record and samples over; the other may then only be assigned to or destroyed.
+    CImage(CImage&& other) noexcept;
+    CImage& operator=(CImage&& other) noexcept;
     virtual ~CImage();
     /// Replaces record and samples by a deep copy; nothing changes when there is no memory for it.
     CImage& operator=(const CImage& other);
@@ -249,6 +254,12 @@ public:
 
     /// The store of the samples; null when there are none.
     const CVmImage* GetStore() const { return store_.get(); }
+    /// The store of the samples, which lives as long as somebody holds it; null when there are none.
+    std::shared_ptr<CVmImage> ShareStore() const { return store_; }
+
+protected:
+    /// Takes over the record of another image, and its samples without copying them.
+    void ShareWith(const CImage& other);
 
 private:
     static std::size_t Index(int plane) { return static_cast<std::size_t>(plane); }
@@ -266,6 +277,6 @@ private:
     const corvane::AxisCoordinates* Axis(int axis) const;
     corvane::AxisCoordinates* Axis(int axis);
 
-    std::unique_ptr<CVmImage> store_;
+    std::shared_ptr<CVmImage> store_;
     corvane::ImageRecord record_;
 };

@@ -121,7 +121,7 @@ int CImage::Convert(int bits, int physical, int saturate, HWND window, const cha
     if (convert == nullptr || store_ == nullptr) {
         return 0;
     }
-    changed.store_ = std::make_unique<CVmImage>(GetWidth(), GetHeight(), GetPlanes(), changed.GetBytesPixel());
+    changed.store_ = std::make_shared<CVmImage>(GetWidth(), GetHeight(), GetPlanes(), changed.GetBytesPixel());
     Conversion how{1.0, 0.0, saturate != 0, IsBlankUsed() ? static_cast<double>(GetBlank()) : 0.0};
     if (physical != 0) {
         how.scale = std::exchange(changed.record_.bscale, 1.0);

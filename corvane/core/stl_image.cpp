@@ -3,6 +3,8 @@
 #include "corvane/core/stl_image.h"
 
 #include <algorithm>
+#include <stdexcept>
+#include <string>
 #include <utility>
 
 #include "corvane/platform/messages.h"
@@ -24,7 +26,23 @@ CStlImage::CStlImage(const CStlImage& source, HWND window, const char* text)
       progressWindow_(source.progressWindow_)
 {}
 
+CStlImage::CStlImage(std::shared_ptr<CVmImage> samples) : CImage(std::move(samples))
+{
+    if (GetBytesPixel() != 4) {
+        throw std::invalid_argument("samples of " + std::to_string(GetBytesPixel()) + " bytes; floats have 4");
+    }
+    Init();
+}
+
 CStlImage::~CStlImage() = default;
+
+CStlImage CStlImage::Shared() const
+{
+    CStlImage shared;
+    shared.TakePoints(*this);
+    shared.ShareWith(*this);
+    return shared;
+}
 
 CStlImage& CStlImage::operator=(const CStlImage& source)
 {

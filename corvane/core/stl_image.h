@@ -27,7 +27,17 @@ public:
     /// A deep copy, with the source's progress window and reference points. The cached minimum and maximum, the saved
     /// levels and the progress state are not taken over: compute or set them before they are read.
     CStlImage(const CStlImage& source, HWND window = nullptr, const char* text = nullptr);
+    /// An image of samples that are there already, floats without levels of their own (0 to 255), which reports progress
+    /// to the main window of the current thread. Throws std::invalid_argument for samples of another kind.
+    explicit CStlImage(std::shared_ptr<CVmImage> samples);
+    /// Takes everything over; the other may then only be assigned to or destroyed.
+    CStlImage(CStlImage&& other) noexcept = default;
+    CStlImage& operator=(CStlImage&& other) noexcept = default;
     ~CStlImage() override;
+    /// This image once more, with levels and points of its own over the same samples: nothing is copied, what is
+    /// written through one is seen through the other, and the samples live as long as either. Both belong to one
+    /// thread at a time.
+    CStlImage Shared() const;
     /// `CopyImage` without window and text.
     CStlImage& operator=(const CStlImage& source);
 

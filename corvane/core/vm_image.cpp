@@ -4,6 +4,7 @@
 #include <cstring>
 #include <functional>
 #include <limits>
+#include <utility>
 
 #include "corvane/core/memory_budget.h"
 #include "corvane/core/pager.h"
@@ -40,6 +41,11 @@ CVmImage::CVmImage(int width, int height, int planes, int bytesPerSample, Conten
         pager_ = std::make_unique<corvane::Pager>(corvane::SpillFolder(), bytes_, RowBytes());
     }
 }
+
+CVmImage::CVmImage(std::shared_ptr<unsigned char> memory, int width, int height, int planes, int bytesPerSample)
+    : width_(width), height_(height), planes_(planes), bytesPerSample_(bytesPerSample),
+      bytes_(StoreBytes(width, height, planes, bytesPerSample)), adopted_(std::move(memory)), data_(adopted_.get())
+{}
 
 CVmImage::CVmImage(const CVmImage& other, HWND window, const char* text)
     : CVmImage(other.width_, other.height_, other.planes_, other.bytesPerSample_, Contents::kUndefined)

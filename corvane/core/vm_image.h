@@ -25,6 +25,10 @@ public:
     /// Makes a store of width x height x planes samples. Sizes of zero or less make an empty one.
     /// Throws CMemoryException when neither memory nor the spill folder has room.
     CVmImage(int width, int height, int planes, int bytesPerSample, Contents contents = Contents::kZero);
+    /// Uses memory that somebody else owns, at least width x height x planes samples in the order above, rows without
+    /// gaps between them; it is not copied, not cleared, never paged, and not counted in the budget. It is let go when
+    /// the store ends, by the pointer's own deleter.
+    CVmImage(std::shared_ptr<unsigned char> memory, int width, int height, int planes, int bytesPerSample);
     /// Copies a store. With a window and a text, the window gets the messages of the progress channel.
     CVmImage(const CVmImage& other, HWND window = nullptr, const char* text = nullptr);
     ~CVmImage();
@@ -81,6 +85,7 @@ private:
     int bytesPerSample_;
     std::uint64_t bytes_;
     corvane::SampleMemory memory_;
+    std::shared_ptr<unsigned char> adopted_; ///< somebody else's memory; null otherwise
     std::unique_ptr<corvane::Pager> pager_;
     unsigned char* data_ = nullptr;
     mutable std::uint64_t locks_ = 0; ///< of a store that is not paged

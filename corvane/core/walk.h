@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "corvane/core/progress_channel.h"
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 namespace corvane {
@@ -22,13 +22,13 @@ inline CRect WorkingArea(const CImage& image, const CRect* rect)
 }
 
 /// Walks the planes and rows of an area that lies in the target: gives each row to the kernel that `kernelOf(plane)`
-/// makes, as (source, target, count), and reports one step of progress, whose channel is the caller's. ESC is ignored.
+/// makes, as (source, target, count), and counts one step of the stage.
 ///
 /// Source and target usually have one size. A smaller source is not read outside: rows below it repeat its last row,
 /// planes it does not have repeat its last plane, and target columns to the right of it keep their samples. So do all
 /// where the source has no samples.
 template <class KernelOf>
-void WalkArea(CStlImage& target, const CStlImage& source, const CRect& area, KernelOf kernelOf)
+void WalkArea(CStlImage& target, const CStlImage& source, const CRect& area, Stage& stage, KernelOf kernelOf)
 {
     for (int plane = 0; plane < target.GetPlanes(); ++plane) {
         const auto kernel = kernelOf(plane);
@@ -39,29 +39,28 @@ void WalkArea(CStlImage& target, const CStlImage& source, const CRect& area, Ker
                 kernel(source.GetImageAdr(area.left, y, sourcePlane, 1), target.GetImageAdr(area.left, y, plane),
                        count);
             }
-            target.ShowProgress(1);
+            stage.Step();
         }
     }
 }
 
-/// The walk of most operations: clips the rectangle into the target, opens progress with one step a row, walks the
-/// area, and closes progress.
+/// The walk of most operations: clips the rectangle into the target, begins a stage with one step a row, and walks the
+/// area. Throws Cancelled when the run asks to stop.
 template <class KernelOf>
-void WalkRows(CStlImage& target, const CStlImage& source, const CRect* rect, int showProgress, int textId,
+void WalkRows(CStlImage& target, const CStlImage& source, const CRect* rect, const Run& run, int textId,
               KernelOf kernelOf)
 {
     const CRect area = WorkingArea(target, rect);
-    const ProgressChannel progress(target, showProgress, textId,
-                                   static_cast<int>(area.bottom - area.top) * target.GetPlanes());
-    WalkArea(target, source, area, kernelOf);
+    Stage stage(run, textId, static_cast<int>(area.bottom - area.top) * target.GetPlanes());
+    WalkArea(target, source, area, stage, kernelOf);
 }
 
 /// An operation of one sample at a time: `functionOf(plane)` gives the function from source to target value, in double.
 template <class FunctionOf>
-void MapPlanes(CStlImage& target, const CStlImage& source, const CRect* rect, int showProgress, int textId,
+void MapPlanes(CStlImage& target, const CStlImage& source, const CRect* rect, const Run& run, int textId,
                FunctionOf functionOf)
 {
-    WalkRows(target, source, rect, showProgress, textId, [&](int plane) {
+    WalkRows(target, source, rect, run, textId, [&](int plane) {
         return [function = functionOf(plane)](const float* in, float* out, int count) {
             for (int x = 0; x < count; ++x) {
                 out[x] = static_cast<float>(function(in[x]));

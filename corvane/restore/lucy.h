@@ -1,7 +1,7 @@
 #pragma once
 
+#include "corvane/core/diagnostic.h"
 #include "corvane/core/stl_image.h"
-#include "corvane/restore/restore_event.h"
 #include "corvane/restore/restore_progress.h"
 
 /// Restoration of blurred images by the iteration of Richardson and Lucy, in place, for a Gaussian point-spread

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "corvane/core/diagnostic.h"
 #include "corvane/core/stl_image.h"
-#include "corvane/restore/restore_event.h"
 #include "corvane/restore/restore_progress.h"
 
 namespace corvane {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Changes brightness and contrast of what the display levels show; the levels stay.
@@ -19,4 +20,7 @@ public:
     /// this image's plane 0 for every plane. Nothing is clamped; blanks are samples like others; NaN stays NaN, and
     /// with a level range of 0 all become NaN. Reports "Processing brightness/contrast..."; ESC is ignored.
     void Do(double brightness, double contrast, double centre, CStlImage* source, CRect* rect, int showProgress);
+    /// The same, as a part of a run.
+    void Do(double brightness, double contrast, double centre, const CStlImage& source, const CRect* rect,
+            const corvane::Run& run);
 };

@@ -23,7 +23,7 @@ double Reciprocal(double value)
 void CImgCalculation::Do(double value, int mode, int clipNegative, CStlImage* source, CRect* rect, int showProgress)
 {
     const auto apply = [&](auto calculate) {
-        MapPlanes(*this, *source, rect, showProgress, IDS_CALCULATION, [&](int) {
+        MapPlanes(*this, *source, rect, WindowRun(*this, showProgress), IDS_CALCULATION, [&](int) {
             return [=, isBlank = BlankTest(*this)](double v) { return isBlank(v) ? v : calculate(v); };
         });
     };
@@ -40,6 +40,7 @@ void CImgCalculation::Do(double value, int mode, int clipNegative, CStlImage* so
     } else if (mode == 3) {
         apply([perValue = Reciprocal(value)](double v) { return v * perValue; });
     } else {
-        MapPlanes(*this, *source, rect, showProgress, IDS_CALCULATION, [](int) { return [](double v) { return v; }; });
+        MapPlanes(*this, *source, rect, WindowRun(*this, showProgress), IDS_CALCULATION,
+                  [](int) { return [](double v) { return v; }; });
     }
 }

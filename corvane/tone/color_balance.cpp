@@ -14,7 +14,7 @@ void CImgColorBalance::Do(double offsetPlane0, double offsetPlane1, double offse
     const double offsets[] = {offsetPlane0, offsetPlane1, offsetPlane2};
     const DisplayScale scale(*this, 0);
     const double roundTrip = scale.RoundTrip();
-    MapPlanes(*this, *source, rect, showProgress, IDS_COLOR_BALANCE, [&](int plane) {
+    MapPlanes(*this, *source, rect, WindowRun(*this, showProgress), IDS_COLOR_BALANCE, [&](int plane) {
         const double shift = offsets[std::min(plane, 2)] * scale.range * kPer255;
         return [=](double v) { return v * roundTrip + shift; };
     });

@@ -29,8 +29,9 @@ void CImgToneCurve::Do(const float* const* curves, int n, CStlImage* source, CRe
     if (curves == nullptr || n < 2 || std::count(curves, curves + needed, nullptr) > 0) {
         return;
     }
-    const ProgressChannel progress(*this, showProgress, IDS_CURVES, GetHeight() * GetPlanes());
-    WalkArea(*this, *source, WorkingArea(*this, rect),
+    const Run run = WindowRun(*this, showProgress);
+    Stage stage(run, IDS_CURVES, GetHeight() * GetPlanes());
+    WalkArea(*this, *source, WorkingArea(*this, rect), stage,
              [&](int plane) { return CurveRow(DisplayScale(*this, plane), CurvesOf(*this, plane, curves, n)); });
 }
 

@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/formats/damaged_data.h"
 #include "io/formats/limits.h"
 #include "io/formats/unpacked.h"
@@ -58,7 +58,7 @@ public:
 private:
     [[noreturn]] void Fail(const std::string& action) const
     {
-        throw Error(name_, action + ": " + std::generic_category().message(errno));
+        throw FileError(name_, action + ": " + std::generic_category().message(errno));
     }
 
     std::string name_;
@@ -76,7 +76,7 @@ std::unique_ptr<ByteSource> OpenBytes(const std::string& name, const std::string
             return std::make_unique<UnpackedBytes>(name, std::move(file), std::move(stream));
         }
     } catch (const DamagedData& damage) {
-        throw Error(name, "cannot be unpacked: " + std::string(damage.what()));
+        throw FileError(name, "cannot be unpacked: " + std::string(damage.what()));
     }
     return file;
 }

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
-#include "io/error.h"
 #include "io/formats/cards.h"
 
 namespace corvane::io {
@@ -163,7 +163,7 @@ std::string SizesText(const std::vector<long long>& sizes)
 FitsFile::FitsFile(std::string name, const std::string& path) : name_(std::move(name)), source_(OpenBytes(name_, path))
 {
     if (!ReadHdu(0, 0)) {
-        throw Error(name_, "cannot be opened as FITS: " + (trouble_.empty() ? "it holds nothing" : trouble_));
+        throw FileError(name_, "cannot be opened as FITS: " + (trouble_.empty() ? "it holds nothing" : trouble_));
     }
 }
 

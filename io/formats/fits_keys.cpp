@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/formats/cards.h"
 
 namespace corvane::io {
@@ -110,8 +110,8 @@ double FitsKeys::Number(std::string_view keyword, double absent) const
 void FitsKeys::Fail(std::string_view keyword, const std::string& need) const
 {
     const std::string text = Text(keyword);
-    throw Error(name_,
-                std::string(keyword) + (text.empty() ? " is missing" : " is '" + text + "'") + "; it must be " + need);
+    throw FileError(name_, std::string(keyword) + (text.empty() ? " is missing" : " is '" + text + "'") +
+                               "; it must be " + need);
 }
 
 } // namespace corvane::io

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "corvane/core/error.h"
 #include "corvane/core/truncate.h"
-#include "io/error.h"
 #include "io/formats/cards.h"
 #include "io/formats/fits_choice.h"
 #include "io/formats/fits_samples.h"
@@ -89,7 +89,7 @@ private:
     {
         auto file = std::make_unique<FitsFile>(Path(), path_);
         if (!file->MoveTo(view_.hdu) || DescribeImage(file->Hdu()) != view_.image) {
-            throw Error(Path(), "has changed since it was opened");
+            throw FileError(Path(), "has changed since it was opened");
         }
         file_ = std::move(file);
         OpenSamples();
@@ -125,7 +125,7 @@ FitsImage FindFirstImage(FitsFile& file)
             return image;
         }
     }
-    throw Error(file.Name(), "holds no image of two axes or more (HDU " + ListHdus(file) + ")");
+    throw FileError(file.Name(), "holds no image of two axes or more (HDU " + ListHdus(file) + ")");
 }
 
 FitsImage FindChosenImage(FitsFile& file, const FitsChoice& choice)
@@ -135,11 +135,11 @@ FitsImage FindChosenImage(FitsFile& file, const FitsChoice& choice)
         choice.number ? *choice.number >= 0 && *choice.number < kMost && file.MoveTo(static_cast<int>(*choice.number))
                       : file.MoveTo(choice.extension, choice.version);
     if (!found) {
-        throw Error(file.Name(), "has no HDU '" + choice.hdu + "' (it has HDU " + ListHdus(file) + ")");
+        throw FileError(file.Name(), "has no HDU '" + choice.hdu + "' (it has HDU " + ListHdus(file) + ")");
     }
     FitsImage image = DescribeImage(file.Hdu());
     if (!image.HasSamples()) {
-        throw Error(file.Name(), "holds no image of two axes or more (HDU " + file.Hdu().Label() + ")");
+        throw FileError(file.Name(), "holds no image of two axes or more (HDU " + file.Hdu().Label() + ")");
     }
     return image;
 }
@@ -152,12 +152,12 @@ void ChoosePlanes(const std::string& name, const FitsChoice& choice, Cubes cubes
     const bool isFrame = planes == 1.0 || planes == 3.0;
     const std::string which = SizesText(image.sizes) + " samples";
     if (choice.plane && static_cast<double>(*choice.plane) > planes) {
-        throw Error(name, "has no plane " + std::to_string(*choice.plane) + " in its " + which);
+        throw FileError(name, "has no plane " + std::to_string(*choice.plane) + " in its " + which);
     }
     if (!isFrame && !choice.plane && cubes == Cubes::kRefuse) {
-        throw Error(name, "has " + std::to_string(static_cast<long long>(planes)) + " planes in its " + which +
-                              "; frames of 1 or 3 planes are read, and of others one plane, as '" +
-                              WithPlane(name, choice.hdu, "1") + "'");
+        throw FileError(name, "has " + std::to_string(static_cast<long long>(planes)) + " planes in its " + which +
+                                  "; frames of 1 or 3 planes are read, and of others one plane, as '" +
+                                  WithPlane(name, choice.hdu, "1") + "'");
     }
     info.axes = image.sizes;
     info.plane = !isFrame || choice.plane ? choice.plane.value_or(1) : 0;
@@ -171,11 +171,11 @@ void CheckImage(FitsFile& file, const FitsImage& image, int planes, const std::s
               std::abs(image.bits));
     const std::uint64_t needed = file.Hdu().End();
     if (const auto present = file.Source().Size(); present && needed > *present) {
-        throw Error(name, "is truncated: its header announces " + std::to_string(needed) + " bytes, there are " +
-                              std::to_string(*present));
+        throw FileError(name, "is truncated: its header announces " + std::to_string(needed) + " bytes, there are " +
+                                  std::to_string(*present));
     }
     if (file.Hdu().IsCompressedImage() && CompareSums(file) == Sums::kDataDiffer) {
-        throw Error(name, "is damaged: its data do not have the sum that DATASUM states");
+        throw FileError(name, "is damaged: its data do not have the sum that DATASUM states");
     }
 }
 
@@ -197,7 +197,7 @@ std::unique_ptr<FrameReader> OpenFits(const std::string& name, const std::string
 {
     const auto choice = ParseChoice(chosen);
     if (!choice) {
-        throw Error(name, "'" + chosen + "' names no plane; they are counted from 1, as in 'plane 1'");
+        throw FileError(name, "'" + chosen + "' names no plane; they are counted from 1, as in 'plane 1'");
     }
     auto file = std::make_unique<FitsFile>(name, path);
     FitsView view;

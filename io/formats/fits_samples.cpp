@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 
 namespace corvane::io {
 namespace {
@@ -52,7 +52,8 @@ public:
             const MutableBytes piece(piece_.data(),
                                      static_cast<std::size_t>(std::min<std::uint64_t>(kPieceBytes, bytes - done)));
             if (file_.Source().Read(data_ + first * sampleBytes + done, piece) < piece.size()) {
-                throw Error(file_.Name(), "is truncated: it ends within rows from " + std::to_string(firstRow) + " on");
+                throw FileError(file_.Name(),
+                                "is truncated: it ends within rows from " + std::to_string(firstRow) + " on");
             }
             ToSamples(bits_, piece, scale_, samples + done / sampleBytes);
         }

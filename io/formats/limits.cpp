@@ -10,8 +10,8 @@
 #include <memory>
 #include <system_error>
 
+#include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
-#include "io/error.h"
 #include "io/input_file.h"
 
 namespace corvane::io {
@@ -37,10 +37,10 @@ std::string SizeText(const Size& size)
 void CheckSize(const std::string& name, const std::string& path, const Size& size, double planes, int bits)
 {
     if (size.width < 1.0 || size.height < 1.0) {
-        throw Error(name, "holds no samples: its size is " + SizeText(size));
+        throw FileError(name, "holds no samples: its size is " + SizeText(size));
     }
     if (planes != 1.0 && planes != 3.0) {
-        throw Error(name, "has " + Whole(planes) + " planes; frames of 1 or 3 planes are read");
+        throw FileError(name, "has " + Whole(planes) + " planes; frames of 1 or 3 planes are read");
     }
     CheckClaim(name, path, size, size.width * size.height * planes * bits / 8, kMostExpansion);
     CheckMemory(name, "a row of " + Whole(size.width) + " samples", size.width * sizeof(float));
@@ -51,7 +51,7 @@ void CheckClaim(const std::string& name, const std::string& path, const Size& si
     constexpr double kMostSide = std::numeric_limits<int>::max();
     if (size.width > kMostSide || size.height > kMostSide ||
         bytes > mostExpansion * static_cast<double>(fs::file_size(path))) {
-        throw Error(name, "claims a size of " + SizeText(size) + " samples, more than the file can hold");
+        throw FileError(name, "claims a size of " + SizeText(size) + " samples, more than the file can hold");
     }
 }
 
@@ -60,8 +60,8 @@ void CheckMemory(const std::string& name, const std::string& what, double bytes)
     const auto budget = static_cast<double>(MemoryBudget());
     if (bytes > budget) {
         const double mebi = 1 << 20;
-        throw Error(name, "needs " + Whole(std::ceil(bytes / mebi)) + " MiB of memory for " + what +
-                              ", and the budget is " + Whole(budget / mebi) + " MiB (CORVANE_MEMORY)");
+        throw FileError(name, "needs " + Whole(std::ceil(bytes / mebi)) + " MiB of memory for " + what +
+                                  ", and the budget is " + Whole(budget / mebi) + " MiB (CORVANE_MEMORY)");
     }
 }
 
@@ -75,12 +75,12 @@ std::string ReadStart(const std::string& path, std::size_t count)
     CheckOrdinaryFile(path);
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
     if (file == nullptr) {
-        throw Error(path, "cannot be opened: " + std::generic_category().message(errno));
+        throw FileError(path, "cannot be opened: " + std::generic_category().message(errno));
     }
     std::string start(count, '\0');
     start.resize(std::fread(start.data(), 1, count, file.get()));
     if (start.empty()) {
-        throw Error(path, "is empty");
+        throw FileError(path, "is empty");
     }
     return start;
 }

@@ -5,8 +5,8 @@
 #include <new>
 #include <system_error>
 
+#include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
-#include "io/error.h"
 
 namespace corvane::io {
 namespace {
@@ -19,7 +19,7 @@ PngFile::PngFile(const std::string& path)
     : path_(path), file_(std::fopen(path.c_str(), "rb"), &std::fclose), reads_(true)
 {
     if (file_ == nullptr) {
-        throw Error(path, "cannot be opened: " + std::generic_category().message(errno));
+        throw FileError(path, "cannot be opened: " + std::generic_category().message(errno));
     }
     png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, &PngFile::OnError, &PngFile::OnWarning);
     info_ = png_ == nullptr ? nullptr : png_create_info_struct(png_);
@@ -77,7 +77,7 @@ void PngFile::Fail(const char* what)
     if (failure_ != nullptr) {
         std::rethrow_exception(failure_);
     }
-    throw Error(path_, std::string(what) + ": " + message_);
+    throw FileError(path_, std::string(what) + ": " + message_);
 }
 
 void StartPng(PngFile& file, const PngLayout& layout, const std::string& description)

@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/formats/cards.h"
 #include "io/formats/decoded_reader.h"
 #include "io/formats/formats.h"
@@ -33,7 +33,7 @@ PngLayout ReadLayout(PngFile& file)
 void StartDecoding(PngFile& file, const PngLayout& layout, const std::string& path)
 {
     if (ReadLayout(file) != layout) {
-        throw Error(path, "has changed since it was opened");
+        throw FileError(path, "has changed since it was opened");
     }
     file.Run(kDamaged, [](png_structp png, png_infop info) {
         if (png_get_color_type(png, info) == PNG_COLOR_TYPE_PALETTE) {

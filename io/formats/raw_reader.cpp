@@ -5,8 +5,8 @@
 
 #include <libraw/libraw.h>
 
+#include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
-#include "io/error.h"
 #include "io/formats/decoded_reader.h"
 #include "io/formats/formats.h"
 #include "io/formats/limits.h"
@@ -88,15 +88,15 @@ private:
         const auto raw = OpenLibRaw(Path(), status);
         status = status == LIBRAW_SUCCESS ? raw->unpack() : status;
         if (status != LIBRAW_SUCCESS) {
-            throw Error(Path(), std::string("is a damaged camera raw file: ") + libraw_strerror(status));
+            throw FileError(Path(), std::string("is a damaged camera raw file: ") + libraw_strerror(status));
         }
         const auto& sizes = raw->imgdata.sizes;
         const unsigned short* counts = raw->imgdata.rawdata.raw_image;
         if (counts == nullptr) {
-            throw Error(Path(), "is a camera raw file without a mosaic of counts");
+            throw FileError(Path(), "is a camera raw file without a mosaic of counts");
         }
         if (sizes.width != Width() || sizes.height != Height()) {
-            throw Error(Path(), "has changed since it was opened");
+            throw FileError(Path(), "has changed since it was opened");
         }
         const std::size_t pitch = sizes.raw_pitch / sizeof *counts;
         DecodedSamples samples(static_cast<std::size_t>(Width()) * Height());

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <limits>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 
 namespace corvane::io {
 namespace {
@@ -81,13 +81,13 @@ Span ChooseSpan(const std::string& path, const CStlImage& image, const SampleSur
 {
     if (scale == SampleScale::kUnit) {
         if (!survey.IsWithin(0.0, 1.0)) {
-            throw Error(path, "the scale `unit` takes samples from 0 to 1, " + Range(survey));
+            throw FileError(path, "the scale `unit` takes samples from 0 to 1, " + Range(survey));
         }
         return {0.0, 1.0};
     }
     const Span span = scale == SampleScale::kLevels ? LevelSpan(image) : Span{survey.min, survey.max};
     if (!std::isfinite(span.low) || !std::isfinite(span.high)) {
-        throw Error(path, "cannot be scaled: " + Range(survey));
+        throw FileError(path, "cannot be scaled: " + Range(survey));
     }
     return {span.low, span.high > span.low ? span.high : span.low + 1.0};
 }
@@ -96,10 +96,10 @@ Span ChooseSpan(const std::string& path, const CStlImage& image, const SampleSur
 void CheckCounts(const std::string& path, const SampleSurvey& survey, int bits, double most, const std::string& format)
 {
     if (!survey.IsWithin(0.0, most) || (survey.max <= 1.0F && survey.fractions)) {
-        throw Error(path, "a " + format + " of " + std::to_string(bits) + " bits holds counts from 0 to " +
-                              Short(most) + ", " + Range(survey) +
-                              "; save as FITS or TIFF of floats, or say what becomes of them: --bits-scale levels, "
-                              "minmax, unit or none");
+        throw FileError(path, "a " + format + " of " + std::to_string(bits) + " bits holds counts from 0 to " +
+                                  Short(most) + ", " + Range(survey) +
+                                  "; save as FITS or TIFF of floats, or say what becomes of them: --bits-scale levels, "
+                                  "minmax, unit or none");
     }
 }
 
@@ -114,10 +114,10 @@ Storage ChooseStorage(const std::string& path, const CStlImage& image, const Sav
     }
     const SampleSurvey survey = Survey(image);
     if (survey.undefined && !format.isPhysical) {
-        throw Error(path, std::string(format.name) +
-                              " of integers cannot hold undefined samples (NaN or blank), of which the image "
-                              "has some; fill them with the step fill, save as FITS or 32-bit float "
-                              "TIFF, or make a picture with `corvane render`");
+        throw FileError(path, std::string(format.name) +
+                                  " of integers cannot hold undefined samples (NaN or blank), of which the image "
+                                  "has some; fill them with the step fill, save as FITS or 32-bit float "
+                                  "TIFF, or make a picture with `corvane render`");
     }
     const bool isEmpty = survey.min > survey.max;
     const double most = std::ldexp(1.0, options.bits) - 1.0;
@@ -136,7 +136,7 @@ Storage ChooseStorage(const std::string& path, const CStlImage& image, const Sav
 void CheckScale(const std::string& path, const SaveOptions& options)
 {
     if (options.bits < 0 && options.scale != SampleScale::kCounts && options.scale != SampleScale::kNone) {
-        throw Error(path, "has float samples, which keep their values; a scale is for --bits 8, 16 or 32");
+        throw FileError(path, "has float samples, which keep their values; a scale is for --bits 8, 16 or 32");
     }
 }
 

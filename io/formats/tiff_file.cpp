@@ -10,8 +10,8 @@
 
 #include <fcntl.h>
 
+#include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
-#include "io/error.h"
 
 namespace corvane::io {
 namespace {
@@ -65,7 +65,7 @@ void TiffFile::Check(bool good, const std::string& action)
         std::rethrow_exception(std::exchange(failure_, nullptr));
     }
     if (!good) {
-        throw Error(path_, message_[0] == '\0' ? action : action + ": " + message_.data());
+        throw FileError(path_, message_[0] == '\0' ? action : action + ": " + message_.data());
     }
 }
 

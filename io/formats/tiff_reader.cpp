@@ -2,7 +2,7 @@
 #include <limits>
 #include <vector>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/formats/cards.h"
 #include "io/formats/formats.h"
 #include "io/formats/limits.h"
@@ -154,8 +154,9 @@ int ReadBits(const TiffFile& file, const std::string& path, bool& isSigned)
     isSigned = format == SAMPLEFORMAT_INT;
     const bool known = isFloat ? bits == 32 || bits == 64 : bits == 8 || bits == 16 || bits == 32;
     if (!known || format == SAMPLEFORMAT_COMPLEXINT || format == SAMPLEFORMAT_COMPLEXIEEEFP) {
-        throw Error(path, "has samples of " + std::to_string(bits) + " bits" + (isFloat ? " in floating point" : "") +
-                              "; integers of 8, 16 or 32 bits and floats of 32 or 64 bits are read");
+        throw FileError(path, "has samples of " + std::to_string(bits) + " bits" +
+                                  (isFloat ? " in floating point" : "") +
+                                  "; integers of 8, 16 or 32 bits and floats of 32 or 64 bits are read");
     }
     return isFloat ? -bits : bits;
 }
@@ -171,9 +172,10 @@ int CountPlanes(int photometric, int channels, const std::string& path)
     case PHOTOMETRIC_RGB:
         return channels >= 3 ? 3 : 1;
     case PHOTOMETRIC_PALETTE:
-        throw Error(path, "stores colours as numbers of a palette; grey and RGB are read");
+        throw FileError(path, "stores colours as numbers of a palette; grey and RGB are read");
     default:
-        throw Error(path, "has photometric interpretation " + std::to_string(photometric) + "; grey and RGB are read");
+        throw FileError(path,
+                        "has photometric interpretation " + std::to_string(photometric) + "; grey and RGB are read");
     }
 }
 
@@ -188,7 +190,8 @@ TiffLayout ReadLayout(TiffFile& file, const std::string& path)
         const auto height = file.Number<std::uint32_t>(TIFFTAG_TILELENGTH);
         constexpr std::uint32_t kMostSide = std::numeric_limits<int>::max() / 2;
         if (width == 0 || height == 0 || width > kMostSide || height > kMostSide) {
-            throw Error(path, "has tiles of an absurd size, " + std::to_string(width) + " x " + std::to_string(height));
+            throw FileError(path,
+                            "has tiles of an absurd size, " + std::to_string(width) + " x " + std::to_string(height));
         }
         layout.tileWidth = static_cast<int>(width);
         layout.tileHeight = static_cast<int>(height);
@@ -230,7 +233,7 @@ std::unique_ptr<FrameReader> OpenTiff(const std::string& path)
     info.path = path;
     info.format = "TIFF";
     if (layout.tileWidth == 0 && TIFFScanlineSize64(file->Get()) != layout.RowSamples(width) * layout.SampleBytes()) {
-        throw Error(path, "has rows of an unknown layout");
+        throw FileError(path, "has rows of an unknown layout");
     }
     info.width = static_cast<int>(width);
     info.height = static_cast<int>(height);

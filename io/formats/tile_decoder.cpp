@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/formats/damaged_data.h"
 #include "io/formats/inflate.h"
 #include "io/formats/tiles/dither.h"
@@ -272,7 +272,7 @@ void TileDecoder::Decode(std::uint64_t tile, std::size_t width, std::span<float>
     try {
         DecodeColumns(tile, width, samples, buffers);
     } catch (const DamagedData& damage) {
-        throw Error(file_.Name(), "is damaged in tile " + std::to_string(tile + 1) + ": " + damage.what());
+        throw FileError(file_.Name(), "is damaged in tile " + std::to_string(tile + 1) + ": " + damage.what());
     }
 }
 

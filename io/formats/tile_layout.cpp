@@ -5,7 +5,7 @@
 #include <limits>
 #include <map>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 
 namespace corvane::io {
 namespace {
@@ -62,9 +62,9 @@ void ReadTiles(const FitsKeys& keys, TileLayout& layout)
     }
     const long long rows = keys.Whole("NAXIS2", 0, kAny);
     if (count != static_cast<double>(rows)) {
-        throw Error(keys.Name(), "NAXIS2 is " + std::to_string(rows) + ", but an image of " +
-                                     SizesText(layout.image.sizes) + " in tiles of " + SizesText(layout.tile) +
-                                     " has another number of tiles");
+        throw FileError(keys.Name(), "NAXIS2 is " + std::to_string(rows) + ", but an image of " +
+                                         SizesText(layout.image.sizes) + " in tiles of " + SizesText(layout.tile) +
+                                         " has another number of tiles");
     }
 }
 
@@ -131,11 +131,11 @@ void ReadColumns(const FitsKeys& keys, TileLayout& layout)
         *column = field.column;
     }
     if (offset != layout.rowBytes) {
-        throw Error(keys.Name(), "NAXIS1 is " + std::to_string(layout.rowBytes) + ", but its columns have " +
-                                     std::to_string(offset) + " bytes");
+        throw FileError(keys.Name(), "NAXIS1 is " + std::to_string(layout.rowBytes) + ", but its columns have " +
+                                         std::to_string(offset) + " bytes");
     }
     if (!layout.compressed && !layout.uncompressed) {
-        throw Error(keys.Name(), "its table of tiles has no column COMPRESSED_DATA");
+        throw FileError(keys.Name(), "its table of tiles has no column COMPRESSED_DATA");
     }
 }
 
@@ -171,7 +171,7 @@ void ReadQuantisation(const FitsKeys& keys, TileLayout& layout)
     const bool holdsFloats =
         layout.code == TileCode::kGzip || layout.code == TileCode::kShuffledGzip || layout.code == TileCode::kNone;
     if (!layout.isQuantised && !holdsFloats) {
-        throw Error(keys.Name(), "ZSCALE is missing; ZCMPTYPE '" + keys.Text("ZCMPTYPE") + "' holds no floats");
+        throw FileError(keys.Name(), "ZSCALE is missing; ZCMPTYPE '" + keys.Text("ZCMPTYPE") + "' holds no floats");
     }
 }
 

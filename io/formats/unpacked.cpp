@@ -5,8 +5,8 @@
 #include <new>
 #include <string_view>
 
+#include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
-#include "io/error.h"
 #include "io/formats/damaged_data.h"
 #include "io/formats/inflate.h"
 #include "io/formats/lzw.h"
@@ -56,9 +56,9 @@ void UnpackedBytes::UnpackNext()
             part.Release(0, kPartBytes);
         }
     } catch (const DamagedData& damage) {
-        throw Error(name_, "cannot be unpacked: " + std::string(damage.what()));
+        throw FileError(name_, "cannot be unpacked: " + std::string(damage.what()));
     } catch (const std::bad_alloc&) {
-        throw Error(name_, "there is no room in the folder '" + SpillFolder() + "' to unpack it");
+        throw FileError(name_, "there is no room in the folder '" + SpillFolder() + "' to unpack it");
     }
 }
 

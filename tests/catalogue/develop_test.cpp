@@ -1,8 +1,8 @@
 #include <cmath>
 #include <utility>
 
-#include "catalogue/error.h"
 #include "catalogue/step.h"
+#include "corvane/core/error.h"
 #include "corvane/filter/filter.h"
 #include "io/frame.h"
 #include "tests/support/error_of.h"

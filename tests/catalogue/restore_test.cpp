@@ -1,8 +1,9 @@
 #include <cmath>
 
-#include "catalogue/error.h"
 #include "catalogue/restoration.h"
 #include "catalogue/step.h"
+#include "corvane/core/error.h"
+#include "corvane/core/run.h"
 #include "corvane/platform/application.h"
 #include "corvane/restore/lucy.h"
 #include "tests/restore/field.h"
@@ -161,7 +162,7 @@ TEST(Restoration, TellsItsIterationsAndStopsForEscWithoutAMessageBox)
             EXPECT_NE(message[0], '4') << message; // no texts but those of the channel
         }
         PostMessageA(window.Handle(), WM_KEYDOWN, VK_ESCAPE, 0);
-        EXPECT_THROW(catalogue::Run(ParseStep(step), other, {}), Cancelled) << step;
+        EXPECT_THROW(catalogue::Run(ParseStep(step), other, {}), corvane::Cancelled) << step;
         EXPECT_TRUE(other.header.History().empty());
     }
     EXPECT_FALSE(isTold);

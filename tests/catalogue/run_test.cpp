@@ -1,8 +1,8 @@
 #include <cmath>
 
-#include "catalogue/error.h"
 #include "catalogue/statistics.h"
 #include "catalogue/step.h"
+#include "corvane/core/error.h"
 #include "tests/io/files.h"
 #include "tests/support/error_of.h"
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "catalogue/error.h"
 #include "catalogue/groups.h"
 #include "catalogue/operations.h"
+#include "corvane/core/error.h"
 #include "corvane/platform/registry.h"
 #include "tests/io/files.h"
 #include "tests/support/error_of.h"

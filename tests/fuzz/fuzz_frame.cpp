@@ -6,11 +6,10 @@
 
 #include <fitsio.h>
 
-#include "catalogue/error.h"
 #include "catalogue/step.h"
+#include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
 #include "io/bayer.h"
-#include "io/error.h"
 #include "io/frame.h"
 #include "io/metadata.h"
 #include "io/picture.h"
@@ -68,7 +67,7 @@ void Try(const char* step, io::Frame& frame)
 {
     try {
         catalogue::Run(catalogue::ParseStep(step), frame, {});
-    } catch (const catalogue::Error&) { // what a user is told
+    } catch (const Error&) { // what a user is told
     }
 }
 
@@ -77,7 +76,7 @@ void Write(const io::Frame& frame)
     for (const auto& [extension, bits] : {std::pair{".fits", 16}, {".fits", -64}, {".tif", 8}, {".png", 16}}) {
         try {
             test::FileOf(frame.image, frame.header, extension, bits);
-        } catch (const io::Error&) { // undefined samples, for one, have no place in every format
+        } catch (const Error&) { // undefined samples, for one, have no place in every format
         }
     }
     const test::ScratchFile picture(".png");
@@ -135,7 +134,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
             Try(step, frame);
         }
         Write(frame);
-    } catch (const io::Error&) { // what a user is told
+    } catch (const Error&) { // what a user is told
     } catch (const std::bad_alloc&) {
     }
     return 0;

@@ -4,11 +4,10 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "catalogue/error.h"
 #include "catalogue/operations.h"
 #include "catalogue/points.h"
 #include "catalogue/step.h"
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "tests/fuzz/scratch.h"
 #include "tests/fuzz/target.h"
 
@@ -21,9 +20,7 @@ void ReadStep(const std::string& line)
     std::string written;
     try {
         written = catalogue::ToText(catalogue::ParseStep(line));
-    } catch (const catalogue::Error&) { // what a user is told
-        return;
-    } catch (const io::Error&) {
+    } catch (const Error&) { // what a user is told
         return;
     }
     if (catalogue::ToText(catalogue::ParseStep(written)) != written) {
@@ -55,7 +52,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     const test::ScratchFile file(".txt", text);
     try {
         catalogue::Tabulate(catalogue::ReadPoints(file.Path()), 256);
-    } catch (const io::Error&) { // what a user is told
+    } catch (const Error&) { // what a user is told
     }
     return 0;
 }

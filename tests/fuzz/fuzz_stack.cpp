@@ -1,7 +1,7 @@
 // A night of small frames of which one has whatever bytes: its role and the way of stacking come from the first two.
 
+#include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
-#include "io/error.h"
 #include "stack/stack.h"
 #include "tests/fuzz/scratch.h"
 #include "tests/fuzz/target.h"
@@ -86,8 +86,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     roles[data[0] % std::size(roles)]->push_back(odd.Path());
     try {
         stack::Run(options);
-    } catch (const io::Error&) { // what a user is told
-    } catch (const stack::OptionError&) {
+    } catch (const Error&) { // what a user is told
     } catch (const std::bad_alloc&) {
     }
     return 0;

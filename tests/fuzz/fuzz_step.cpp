@@ -8,11 +8,10 @@
 
 #include <sys/resource.h>
 
-#include "catalogue/error.h"
 #include "catalogue/operations.h"
 #include "catalogue/step.h"
+#include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
-#include "io/error.h"
 #include "tests/fuzz/target.h"
 #include "tests/support/images.h"
 
@@ -82,8 +81,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
         for (std::string step; steps >> step;) {
             catalogue::Run(catalogue::ParseStep(step), frame, {});
         }
-    } catch (const catalogue::Error&) { // what a user is told
-    } catch (const io::Error&) {
+    } catch (const Error&) { // what a user is told
     } catch (const std::bad_alloc&) {
     }
     if (frame.image.GetWidth() < 1 || frame.image.GetHeight() < 1 || frame.image.GetStore() == nullptr) {

@@ -114,7 +114,7 @@ protected:
         std::filesystem::remove(Path("damaged")); // some systems wait for the disk when a file is cut and written again
         try {
             Load(Write("damaged", bytes));
-        } catch (const Error&) {
+        } catch (const corvane::Error&) {
             return true;
         }
         return false;

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/frame.h"
 #include "tests/support/images.h"
 #include "tests/support/plain.h"
@@ -23,8 +23,8 @@ void ExpectError(Action action, const std::string& path, const std::string& part
     try {
         action();
         ADD_FAILURE() << path << ": no error, expected one with '" << part << "'";
-    } catch (const io::Error& error) {
-        EXPECT_EQ(error.Path(), path);
+    } catch (const Error& error) {
+        EXPECT_EQ(error.Subject(), path);
         EXPECT_NE(error.Reason().find(part), std::string::npos) << error.what();
     }
 }

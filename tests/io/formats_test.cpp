@@ -107,7 +107,7 @@ TEST_F(Formats, SavedWholeOrNotWhateverAllocationFails)
             FailMalloc(allowed);
             try {
                 Save(path, image, header, {8});
-            } catch (const Error&) {
+            } catch (const corvane::Error&) {
                 isSaved = false;
             }
             hasFailed = EndFailing();

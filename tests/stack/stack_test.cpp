@@ -137,27 +137,27 @@ TEST_F(RunTest, WrongInputIsAnErrorThatNamesIt)
     base.align = AlignMethod::kShift;
     base.size = 8;
     const std::pair<std::function<void(Options&)>, const char*> cases[] = {
-        {[](Options& o) { o.lights.clear(); }, "LIGHT: no file is not allowed; it takes one or more lights"},
+        {[](Options& o) { o.lights.clear(); }, "LIGHT = no file: it takes one or more lights"},
         {[&](Options& o) { o.lights.push_back(Path("./light.fits")); }, "each light once"},
         {[&](Options& o) { o.lights.push_back(wide); },
          "wide.fits: the light is 24 x 16 (1 plane), but the first light"},
         {[&](Options& o) { o.lights.push_back(colour); }, "colour.fits: the light is 20 x 16 (3 planes), but"},
         {[&](Options& o) { o.bias = {wide}; }, "wide.fits: the bias is 24 x 16 (1 plane), but the light"},
         {[&](Options& o) { o.flats = {black}; }, "black.fits: the flat cannot be used"},
-        {[&](Options& o) { o.flatDarks = {light}; }, "--flat-dark: "},
+        {[&](Options& o) { o.flatDarks = {light}; }, "--flat-dark = "},
         {[&](Options& o) { o.darks = {shorter}; },
          "light.fits: the light has 60 s, but the darks have 30 s: add --bias"},
         {[&](Options& o) {
              o.darks = {shorter, light};
          },
          "light.fits: the dark has 60 s, but the dark"},
-        {[](Options& o) { o.search = -1; }, "--search: -1 is not allowed; it takes 0 to 2048"},
-        {[](Options& o) { o.pedestal = std::nan(""); }, "--pedestal: nan is not allowed; it takes 0 to 1e+09"},
+        {[](Options& o) { o.search = -1; }, "--search = -1: must be 0 to 2048"},
+        {[](Options& o) { o.pedestal = std::nan(""); }, "--pedestal = nan: must be 0 to 1e+09"},
         {[](Options& o) { o.size = 32; }, "light.fits: --size = 32: must be at most 16, the smaller side"},
         {[](Options& o) { o.reference.emplace(PixelPlace(20, 3)); },
          "light.fits: --star = 20,3: must lie within the lights, 0,0 to 19,15"},
-        {[](Options& o) { o.referenceFile = "other.fits"; }, "--reference: other.fits is not allowed; it takes one"},
-        {[](Options& o) { o.cosmetic = true; }, "--cosmetic: alone is not allowed; it takes darks"},
+        {[](Options& o) { o.referenceFile = "other.fits"; }, "--reference = other.fits: it takes one"},
+        {[](Options& o) { o.cosmetic = true; }, "--cosmetic = alone: it takes darks"},
         {[&](Options& o) { o.lights = {mosaic}, o.mosaic = MosaicUse::kKeep; },
          "mosaic.fits: is a mosaic, which --bayer none keeps"},
         {[&](Options& o) { o.lights = {xtrans}; }, "xtrans.fits: its mosaic XTRANS is no Bayer pattern"},

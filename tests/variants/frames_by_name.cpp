@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "io/error.h"
+#include "corvane/core/error.h"
 #include "io/formats/cards.h"
 #include "io/frame.h"
 #include "tests/variants/checksum.h"
@@ -54,7 +54,7 @@ public:
     void Close() override {}
 
 private:
-    void Read(int, int, int, float*) override { throw Error(Path(), "is read as a whole"); }
+    void Read(int, int, int, float*) override { throw FileError(Path(), "is read as a whole"); }
 };
 
 } // namespace

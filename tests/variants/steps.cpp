@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/error.h"
 #include "catalogue/operations.h"
 #include "catalogue/step.h"
+#include "corvane/core/error.h"
 #include "io/formats/cards.h"
 #include "tests/variants/checksum.h"
 

@@ -95,6 +95,19 @@ using RestoreEvent = std::variant<LucyStart, LucyIteration, MemStart, MemIterati
 /// Hears of a restoration while it runs; empty: nobody does.
 using RestoreSink = std::function<void(const RestoreEvent&)>;
 
+/// What the user should know, such as an assumption that was made.
+struct Note {
+    std::string text; ///< one sentence, which names the file
+};
+
+/// What an operation measured on its way to the result.
+struct Finding {
+    std::string text; ///< one line
+};
+
+/// What work tells of itself besides how far it is.
+using Diagnostic = std::variant<RestoreEvent, Note, Finding>;
+
 /// What every event has.
 inline const RestoreState& StateOf(const RestoreEvent& event)
 {

@@ -1,4 +1,4 @@
-#include "corvane/restore/restore_event.h"
+#include "corvane/core/diagnostic.h"
 
 #include <cstddef>
 #include <cstdio>
