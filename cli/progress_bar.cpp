@@ -86,6 +86,28 @@ LRESULT ProgressBar::Receive(UINT message, WPARAM word, LPARAM value)
     return 0;
 }
 
+void ProgressBar::Follow(const Progress& progress)
+{
+    switch (progress.state) {
+    case Progress::State::kBegun:
+        Start(progress.text);
+        break;
+    case Progress::State::kCounted:
+        Step(static_cast<int>(100.0 * progress.done / std::max(progress.total, 1)));
+        break;
+    case Progress::State::kReached:
+        Step(progress.done);
+        break;
+    case Progress::State::kMessage:
+        text_ = progress.text;
+        Draw();
+        break;
+    case Progress::State::kEnded:
+        End();
+        break;
+    }
+}
+
 void ProgressBar::Start(const char* text)
 {
     if (isTold_) {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <string>
 
+#include "corvane/core/run.h"
 #include "corvane/platform/messages.h"
 
 namespace corvane::cli {
@@ -13,7 +14,7 @@ struct ProgressStyle {
     bool stages = false; ///< one line for every stage, when it is done
 };
 
-/// The window that images report their progress to, drawn on standard error.
+/// How far work is, drawn on standard error: what a run tells, and what images report to their progress window.
 ///
 /// It is the main window of its thread while it lives. Once Ctrl-C was pressed it answers every message with ESC, so
 /// that work that looks for it stops.
@@ -24,7 +25,9 @@ public:
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
 
-    /// Shows how far work is that tells so itself, in per cent, and may be done before 100. What its window gets counts no
+    /// Shows what a run tells of its progress.
+    void Follow(const Progress& progress);
+    /// Shows how far work is that tells so itself, in per cent, and may be done before 100. What it follows counts no
     /// more until that work ends.
     void Show(const std::string& text, int percent);
     /// Writes lines above the bar. One that is not yet whole waits for its rest.

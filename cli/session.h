@@ -7,6 +7,7 @@
 #include <CLI/App.hpp>
 
 #include "catalogue/operation.h"
+#include "corvane/core/run.h"
 
 namespace corvane::cli {
 
@@ -33,6 +34,10 @@ struct Session {
     std::function<int()> work;  ///< the chosen command; returns the exit status
     ProgressBar* bar = nullptr; ///< there while it works
 };
+
+/// The run of this session's work: the bar shows how far it is and how far a restoration is, notes appear above the bar
+/// unless the session is `--quiet`, what else the work tells of itself with `--verbose`, and Ctrl-C cancels it.
+Run RunOf(const Session& session);
 
 /// How an operation runs for this session: how far a restoration is shows on the bar, lines about the work appear with
 /// `--verbose`, notes unless it is `--quiet`, above the bar.
