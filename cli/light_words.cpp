@@ -6,7 +6,6 @@
 #include "cli/report.h"
 #include "cli/session.h"
 #include "corvane/core/memory_budget.h"
-#include "corvane/platform/messages.h"
 
 namespace corvane::cli {
 namespace {
@@ -136,7 +135,6 @@ void FinishLightOptions(LightWords& words, const std::string& command)
     if (!words.star.empty()) {
         options.reference = stack::PixelPlace{words.star[0], words.star[1]};
     }
-    options.progressWindow = platform::GetMainWindow();
     stack::CheckOptions(options);
     if (!words.report.empty()) {
         CheckReport(words.report);

@@ -16,7 +16,7 @@ int Register(LightWords& words, const Session& session)
 {
     FinishLightOptions(words, "register");
     CheckOutputs({}, InputsOf(words.options), {words.report});
-    const stack::Registration lights = stack::Register(words.options);
+    const stack::Registration lights = stack::Register(words.options, RunOf(session));
     ThrowIfCancelled();
     if (!words.report.empty()) {
         WriteReport(words.report, lights);

@@ -83,9 +83,9 @@ std::string TimesText(const stack::Registration& lights)
 {
     std::string text;
     double total = 0.0;
-    for (const stack::Stage& stage : lights.stages) {
-        text += stage.name + Formatted(" %.1f s, ", stage.seconds);
-        total += stage.seconds;
+    for (const stack::Lap& lap : lights.laps) {
+        text += lap.name + Formatted(" %.1f s, ", lap.seconds);
+        total += lap.seconds;
     }
     return text + Formatted("%.1f s in all\n", total);
 }
@@ -128,9 +128,6 @@ std::string LightsText(const stack::Options& options, const stack::Registration&
         text += "  " + light.file + std::string(width - light.file.size() + 2, ' ');
         text += light.used ? PlaceText(options, light) : "rejected: " + light.reason;
         text += isPlaced && static_cast<int>(i) == lights.referenceLight ? "  (reference)\n" : "\n";
-    }
-    for (const std::string& note : lights.notes) {
-        text += "note: " + note + "\n";
     }
     return text + TimesText(lights);
 }

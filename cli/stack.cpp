@@ -131,7 +131,7 @@ int Stack(StackWords& words, const Session& session)
     stack::Options& options = words.lights.options;
     options.wantsCoverage = !words.coverageMap.empty();
     options.wantsRejected = !words.rejectMap.empty();
-    stack::Result result = stack::Run(options);
+    stack::Result result = stack::Stack(options, RunOf(session));
     ThrowIfCancelled();
     SaveAll(words, result);
     if (!session.quiet) {

@@ -8,7 +8,6 @@
 
 #include "corvane/core/error.h"
 #include "corvane/core/text.h"
-#include "stack/progress.h"
 #include "stars/match_fields.h"
 #include "stars/robust.h"
 
@@ -97,10 +96,10 @@ void Place(const Options& options, const CfPoint& centre, const Stars& reference
 
 /// Matches every light with one of them.
 void PlaceOn(std::size_t reference, const Options& options, const MeasuredLights& lights,
-             std::vector<FrameReport>& reports)
+             std::vector<FrameReport>& reports, const Run& run)
 {
     const Stars& stars = lights.seen[reference].stars;
-    Progress progress(options.progressWindow, "Matching stars...", static_cast<int>(reports.size()));
+    Stage stage(run, "Matching stars...", static_cast<int>(reports.size()));
     for (std::size_t i = 0; i < reports.size(); ++i) {
         if (i == reference) {
             reports[i].matched = std::min(reports[i].stars, static_cast<int>(stars.size()));
@@ -109,7 +108,7 @@ void PlaceOn(std::size_t reference, const Options& options, const MeasuredLights
             Place(options, lights.centre, stars, lights.seen[i].stars, reports[i]);
             LeaveOutFaint(ExposureRatio(lights.exposures[i], lights.exposures[reference]), reports[i]);
         }
-        progress.Step();
+        stage.Step();
     }
 }
 
@@ -120,7 +119,8 @@ std::ptrdiff_t CountUsed(const std::vector<FrameReport>& reports)
 
 } // namespace
 
-int AlignByStars(const Options& options, const MeasuredLights& lights, std::vector<FrameReport>& reports)
+int AlignByStars(const Options& options, const MeasuredLights& lights, std::vector<FrameReport>& reports,
+                 const Run& run)
 {
     const std::vector<std::size_t> candidates = Candidates(options, reports);
     if (candidates.empty() || reports[candidates.front()].stars == 0) {
@@ -133,7 +133,7 @@ int AlignByStars(const Options& options, const MeasuredLights& lights, std::vect
     std::vector<FrameReport> best;
     for (std::size_t i = 0; i < std::min(candidates.size(), kMostTries); ++i) {
         std::vector<FrameReport> placed = reports;
-        PlaceOn(candidates[i], options, lights, placed);
+        PlaceOn(candidates[i], options, lights, placed, run);
         if (best.empty() || CountUsed(placed) > CountUsed(best)) {
             best = std::move(placed);
             reference = candidates[i];

@@ -3,6 +3,7 @@
 #include <optional>
 #include <vector>
 
+#include "corvane/core/run.h"
 #include "stack/frame_report.h"
 #include "stack/measure_lights.h"
 #include "stack/options.h"
@@ -23,6 +24,7 @@ struct MeasuredLights {
 ///
 /// A light that cannot be placed with certainty is left out, with the reason, and so is one whose stars have less than a
 /// third of the light that its exposure should bring. Throws Error when there is no star to align by, and Cancelled.
-int AlignByStars(const Options& options, const MeasuredLights& lights, std::vector<FrameReport>& reports);
+int AlignByStars(const Options& options, const MeasuredLights& lights, std::vector<FrameReport>& reports,
+                 const Run& run);
 
 } // namespace corvane::stack

@@ -4,7 +4,6 @@
 #include <limits>
 
 #include "corvane/core/blank.h"
-#include "stack/progress.h"
 #include "stack/row_window.h"
 
 namespace corvane::stack {
@@ -34,16 +33,16 @@ constexpr int kFewestColumns = 16;
 class BandCombiner {
 public:
     BandCombiner(const std::vector<Placement>& frames, const RowReader& read, const CombineJob& job, CStlImage& target);
-    void Run();
+    void Combine(const Run& run);
 
 private:
     std::uint64_t Margins(int columns) const;
     int ColumnsOfStrip() const;
     int RowsOfBand(int columns) const;
     void OpenStrip(int left, int right);
-    void ReadBand(int firstRow, int lastRow, Progress& progress);
+    void ReadBand(int firstRow, int lastRow, Stage& stage);
     void ReadFrame(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) const;
-    void CombineBand(int firstRow, int lastRow, Progress& progress);
+    void CombineBand(int firstRow, int lastRow, Stage& stage);
     void CombineRow(int row, int plane);
     void SampleRow(int frame, int row, int plane, double* values, int* valid) const;
     bool HasBlanks() const;
@@ -79,17 +78,17 @@ BandCombiner::BandCombiner(const std::vector<Placement>& frames, const RowReader
     }
 }
 
-void BandCombiner::Run()
+void BandCombiner::Combine(const Run& run)
 {
     const int height = target_.GetHeight();
     const int columns = ColumnsOfStrip();
     const int rows = RowsOfBand(columns);
     const int strips = (width_ + columns - 1) / columns;
-    Progress progress(job_.progressWindow, job_.text, strips * ((height + rows - 1) / rows * count_ + height));
+    Stage stage(run, job_.text, strips * ((height + rows - 1) / rows * count_ + height));
     for (int left = 0; left < width_; left += columns) {
         OpenStrip(left, std::min(left + columns, width_));
         for (int first = 0; first < height; first += rows) {
-            CombineBand(first, std::min(first + rows, height) - 1, progress);
+            CombineBand(first, std::min(first + rows, height) - 1, stage);
         }
     }
     if (HasBlanks()) {
@@ -108,14 +107,14 @@ void BandCombiner::OpenStrip(int left, int right)
     }
 }
 
-void BandCombiner::CombineBand(int firstRow, int lastRow, Progress& progress)
+void BandCombiner::CombineBand(int firstRow, int lastRow, Stage& stage)
 {
-    ReadBand(firstRow, lastRow, progress);
+    ReadBand(firstRow, lastRow, stage);
     for (int row = firstRow; row <= lastRow; ++row) {
         for (int plane = 0; plane < target_.GetPlanes(); ++plane) {
             CombineRow(row, plane);
         }
-        progress.Step();
+        stage.Step();
     }
 }
 
@@ -159,14 +158,14 @@ int BandCombiner::RowsOfBand(int columns) const
     return static_cast<int>(std::clamp<std::uint64_t>(rows, 1, target_.GetHeight()));
 }
 
-void BandCombiner::ReadBand(int firstRow, int lastRow, Progress& progress)
+void BandCombiner::ReadBand(int firstRow, int lastRow, Stage& stage)
 {
     for (int i = 0; i < count_; ++i) {
         windows_[i].MoveTo(firstRow, lastRow,
                            [this, i](int first, int rows, float* samples, std::ptrdiff_t planeStride) {
                                ReadFrame(i, first, rows, samples, planeStride);
                            });
-        progress.Step();
+        stage.Step();
     }
 }
 
@@ -224,9 +223,9 @@ void BandCombiner::SampleRow(int frame, int row, int plane, double* values, int*
 } // namespace
 
 void CombineFrames(const std::vector<Placement>& frames, const RowReader& read, const CombineJob& job,
-                   CStlImage& target)
+                   CStlImage& target, const Run& run)
 {
-    BandCombiner(frames, read, job, target).Run();
+    BandCombiner(frames, read, job, target).Combine(run);
 }
 
 } // namespace corvane::stack

@@ -9,9 +9,9 @@
 #include "corvane/combine/combine_rows.h"
 #include "corvane/combine/covered_rows.h"
 #include "corvane/core/alignment.h"
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"
-#include "corvane/platform/types.h"
 #include "stack/normalise.h"
 
 namespace corvane::stack {
@@ -40,8 +40,7 @@ struct CombineJob {
     CombineMethod method = CombineMethod::kMedian;
     int blank = 0;            ///< what the target holds where a frame has nothing
     std::uint64_t memory = 0; ///< what bands may take [bytes]; a band holds one row at least
-    HWND progressWindow = nullptr;
-    const char* text = ""; ///< what the progress channel says
+    const char* text = "";    ///< names the stage of the run
     Coverage coverage = Coverage::kAll;
     CombineMaps maps{};
 };
@@ -63,6 +62,6 @@ struct CombineJob {
 /// rows that several strips need are read again for each, those of a frame at a right angle just once. Throws what
 /// `read` throws, and `Cancelled`.
 CORVANE_VISIBLE void CombineFrames(const std::vector<Placement>& frames, const RowReader& read, const CombineJob& job,
-                                   CStlImage& target);
+                                   CStlImage& target, const Run& run);
 
 } // namespace corvane::stack

@@ -11,7 +11,6 @@
 #include "corvane/core/memory_budget.h"
 #include "stack/calibrated_frames.h"
 #include "stack/combine.h"
-#include "stack/progress.h"
 
 namespace corvane::stack {
 
@@ -30,8 +29,8 @@ public:
     {}
 
     /// Brings every frame to the mean of the first one.
-    void LevelToFirst(HWND progressWindow);
-    std::shared_ptr<CStlImage> Combine(Coverage coverage, const char* text, HWND progressWindow);
+    void LevelToFirst(const Run& run);
+    std::shared_ptr<CStlImage> Combine(Coverage coverage, const char* text, const Run& run);
 
 private:
     void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
@@ -82,9 +81,9 @@ double MasterSource::Mean(int frame)
     return sum / static_cast<double>(count);
 }
 
-void MasterSource::LevelToFirst(HWND progressWindow)
+void MasterSource::LevelToFirst(const Run& run)
 {
-    Progress progress(progressWindow, "Measuring flats...", set_.Count());
+    Stage stage(run, "Measuring flats...", set_.Count());
     double first = 0.0;
     for (int i = 0; i < set_.Count(); ++i) {
         const double mean = Mean(i);
@@ -95,11 +94,11 @@ void MasterSource::LevelToFirst(HWND progressWindow)
             first = mean;
         }
         gains_[i] = first / mean;
-        progress.Step();
+        stage.Step();
     }
 }
 
-std::shared_ptr<CStlImage> MasterSource::Combine(Coverage coverage, const char* text, HWND progressWindow)
+std::shared_ptr<CStlImage> MasterSource::Combine(Coverage coverage, const char* text, const Run& run)
 {
     const io::FrameInfo& info = set_.Info(0);
     auto master = std::make_shared<CStlImage>(-32, info.width, info.height, info.planes, 1.0, 0.0, 1);
@@ -110,7 +109,6 @@ std::shared_ptr<CStlImage> MasterSource::Combine(Coverage coverage, const char* 
     const CombineJob job{.method = CombineMethod::kMedian,
                          .blank = CommonBlank(set_),
                          .memory = BandMemory(set_),
-                         .progressWindow = progressWindow,
                          .text = text,
                          .coverage = coverage};
     CombineFrames(
@@ -118,7 +116,7 @@ std::shared_ptr<CStlImage> MasterSource::Combine(Coverage coverage, const char* 
         [this](int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) {
             Read(frame, firstRow, rowCount, samples, planeStride);
         },
-        job, *master);
+        job, *master, run);
     master->UnlockAll();
     set_.Close();
     return master;
@@ -136,27 +134,27 @@ void RequireSamples(const CStlImage& master, const FrameSet& frames, const std::
 }
 
 /// A master of frames that are used as they are; `kind` is what a user calls them.
-std::shared_ptr<const CStlImage> MakePlain(FrameSet& frames, const std::string& kind, HWND progressWindow)
+std::shared_ptr<const CStlImage> MakePlain(FrameSet& frames, const std::string& kind, const Run& run)
 {
     if (frames.IsEmpty()) {
         return nullptr;
     }
     const std::string text = "Combining " + kind + (kind == "bias" ? " frames..." : "s...");
-    const auto master = MasterSource(frames, Masters()).Combine(Coverage::kAll, text.c_str(), progressWindow);
+    const auto master = MasterSource(frames, Masters()).Combine(Coverage::kAll, text.c_str(), run);
     RequireSamples(*master, frames, kind);
     return master;
 }
 
 /// The master flat, from which `dark` was taken off.
-void MakeFlat(FrameSet& flats, std::shared_ptr<const CStlImage> dark, HWND progressWindow, Masters& masters)
+void MakeFlat(FrameSet& flats, std::shared_ptr<const CStlImage> dark, const Run& run, Masters& masters)
 {
     Masters forFlats;
     forFlats.dark = std::move(dark);
     MasterSource source(flats, forFlats);
     if (flats.Count() > 1) {
-        source.LevelToFirst(progressWindow);
+        source.LevelToFirst(run);
     }
-    const std::shared_ptr<CStlImage> flat = source.Combine(Coverage::kAny, "Combining flats...", progressWindow);
+    const std::shared_ptr<CStlImage> flat = source.Combine(Coverage::kAny, "Combining flats...", run);
     RequireSamples(*flat, flats, "flat");
     masters.flatGaps = MarkGaps(*flat);
     masters.flatMean = masters.flatGaps == 0 ? flat->GetAvrGrayRaw(0) : MeanBesideGaps(*flat, 0);
@@ -190,14 +188,14 @@ int CommonBlank(const FrameSet& frames)
     return blank != 0 ? blank : std::numeric_limits<int>::min();
 }
 
-Masters MakeMasters(Plan& plan, HWND progressWindow)
+Masters MakeMasters(Plan& plan, const Run& run)
 {
     Masters masters;
-    masters.bias = MakePlain(plan.bias, "bias", progressWindow);
-    masters.dark = MakePlain(plan.darks, "dark", progressWindow);
+    masters.bias = MakePlain(plan.bias, "bias", run);
+    masters.dark = MakePlain(plan.darks, "dark", run);
     if (!plan.flats.IsEmpty()) {
-        const auto flatDark = MakePlain(plan.flatDarks, "flat-dark", progressWindow);
-        MakeFlat(plan.flats, flatDark != nullptr ? flatDark : masters.bias, progressWindow, masters);
+        const auto flatDark = MakePlain(plan.flatDarks, "flat-dark", run);
+        MakeFlat(plan.flats, flatDark != nullptr ? flatDark : masters.bias, run, masters);
     }
     return masters;
 }

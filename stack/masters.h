@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "corvane/core/run.h"
 #include "stack/calibrate.h"
 #include "stack/plan.h"
 
@@ -18,6 +19,6 @@ int CommonBlank(const FrameSet& frames);
 /// Makes the master frames of a plan. Each flat loses the flat-darks, or else the bias, and is brought to the mean of
 /// the first one. What is undefined in some of the flats is the median of the others. Throws Error for a flat
 /// without light and for frames of which nothing is defined, and `Cancelled`.
-Masters MakeMasters(Plan& plan, HWND progressWindow);
+Masters MakeMasters(Plan& plan, const Run& run);
 
 } // namespace corvane::stack

@@ -6,7 +6,6 @@
 #include <string>
 
 #include "corvane/core/text.h"
-#include "stack/progress.h"
 #include "stars/robust.h"
 #include "stars/saturation.h"
 
@@ -105,17 +104,17 @@ void Apply(const Limit& limit, std::vector<FrameReport>& reports)
 } // namespace
 
 std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames, RawLights raw,
-                                     std::vector<FrameReport>& reports)
+                                     std::vector<FrameReport>& reports, const Run& run)
 {
     const Wanted wanted(options);
     if (!wanted.Anything()) {
         return {};
     }
-    Progress progress(options.progressWindow, "Measuring lights...", static_cast<int>(reports.size()));
+    Stage stage(run, "Measuring lights...", static_cast<int>(reports.size()));
     std::vector<SeenLight> seen;
     for (int i = 0; i < static_cast<int>(reports.size()); ++i) {
         seen.push_back(Measure(frames, raw, i, wanted, reports[static_cast<std::size_t>(i)]));
-        progress.Step();
+        stage.Step();
     }
     return seen;
 }

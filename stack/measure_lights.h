@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "corvane/core/run.h"
 #include "stack/frame_report.h"
 #include "stack/light_frames.h"
 #include "stack/normalise.h"
@@ -18,9 +19,10 @@ struct SeenLight {
 };
 
 /// Measures of every light what the options ask for, and enters it in the reports. Of a light without a defined sample
-/// all is 0. Which stars are saturated is told by the raw lights. No lights are read, and none is seen, when the options ask for nothing. Throws Error and Cancelled.
+/// all is 0. Which stars are saturated is told by the raw lights. No lights are read, and none is seen, when the options
+/// ask for nothing. Throws Error and Cancelled.
 std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames, RawLights raw,
-                                     std::vector<FrameReport>& reports);
+                                     std::vector<FrameReport>& reports, const Run& run);
 
 /// Leaves out the lights whose width of stars, number of stars or background lie beyond the limits of the options,
 /// counted in standard deviations of the set about its median (`MeasureLevel`). Of a set that hardly differs a hundredth

@@ -1,15 +1,12 @@
 #pragma once
 
-#include <exception>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "corvane/colour/demosaic.h"
 #include "corvane/combine/covered_rows.h"
 #include "corvane/platform/export.h"
-#include "corvane/platform/types.h"
 #include "stack/normalise.h"
 #include "stack/weights.h"
 
@@ -87,8 +84,7 @@ struct Options {
     bool wantsCoverage = false; ///< count how many lights have each pixel
     bool wantsRejected = false; ///< count how many of their values the clipping drops
     /// @}
-    double pedestal = 0.0;         ///< added to the lights before a dark is taken off [raw units, 0..1e9]
-    HWND progressWindow = nullptr; ///< gets the messages of the progress channel; may be null
+    double pedestal = 0.0; ///< added to the lights before a dark is taken off [raw units, 0..1e9]
 };
 
 /// The light that the options name as the reference: its index; 0 when they name none, -1 when it is no light.

@@ -7,7 +7,6 @@
 #include "corvane/core/text.h"
 #include "io/bayer.h"
 #include "io/metadata.h"
-#include "stack/progress.h"
 #include "stack/row_order.h"
 
 namespace corvane::stack {
@@ -195,25 +194,25 @@ void NoteHintedPattern(const Options& options, Plan& plan)
     }
 }
 
-void Open(FrameSet& frames, const std::vector<std::string>& files, Progress& progress)
+void Open(FrameSet& frames, const std::vector<std::string>& files, Stage& stage)
 {
     for (const std::string& file : files) {
         frames.Add(file);
-        progress.Step();
+        stage.Step();
     }
 }
 
-Plan OpenFrames(const Options& options)
+Plan OpenFrames(const Options& options, const Run& run)
 {
     const std::size_t total = options.lights.size() + options.bias.size() + options.darks.size() +
                               options.flats.size() + options.flatDarks.size();
-    Progress progress(options.progressWindow, "Checking frames...", static_cast<int>(total));
+    Stage stage(run, "Checking frames...", static_cast<int>(total));
     Plan plan;
-    Open(plan.lights, options.lights, progress);
-    Open(plan.bias, options.bias, progress);
-    Open(plan.darks, options.darks, progress);
-    Open(plan.flats, options.flats, progress);
-    Open(plan.flatDarks, options.flatDarks, progress);
+    Open(plan.lights, options.lights, stage);
+    Open(plan.bias, options.bias, stage);
+    Open(plan.darks, options.darks, stage);
+    Open(plan.flats, options.flats, stage);
+    Open(plan.flatDarks, options.flatDarks, stage);
     return plan;
 }
 
@@ -246,10 +245,10 @@ bool ExposuresMatch(const std::optional<double>& light, const std::optional<doub
     return !light || !dark || AreClose(*light, *dark);
 }
 
-Plan MakePlan(const Options& options)
+Plan MakePlan(const Options& options, const Run& run)
 {
     CheckOptions(options);
-    Plan plan = OpenFrames(options);
+    Plan plan = OpenFrames(options, run);
     const io::FrameReader& first = plan.lights.Reader(0);
     plan.width = first.Width();
     plan.height = first.Height();

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "corvane/colour/demosaic.h"
+#include "corvane/core/run.h"
 #include "stack/frame_set.h"
 #include "stack/options.h"
 
@@ -32,6 +33,6 @@ struct Plan {
 bool ExposuresMatch(const std::optional<double>& light, const std::optional<double>& dark);
 
 /// Opens every frame and checks sizes, planes and exposures. Throws Error and Cancelled.
-Plan MakePlan(const Options& options);
+Plan MakePlan(const Options& options, const Run& run);
 
 } // namespace corvane::stack

@@ -7,7 +7,6 @@
 #include "stack/align_stars.h"
 #include "stack/cosmetic.h"
 #include "stack/masters.h"
-#include "stack/progress.h"
 #include "stack/raw_lights.h"
 #include "stack/reference.h"
 #include "stack/register.h"
@@ -41,27 +40,32 @@ std::vector<Star> StarsOf(FrameSet& lights, int light, const CStlImage& calibrat
 
 } // namespace
 
-PreparedLights::PreparedLights(const Options& options, Registration& result, Stopwatch& stopwatch)
-    : options_(options), result_(result), stopwatch_(stopwatch), plan_(MakePlan(options))
+PreparedLights::PreparedLights(const Options& options, Registration& result, Stopwatch& stopwatch, const Run& run)
+    : options_(options), result_(result), stopwatch_(stopwatch), run_(run), plan_(MakePlan(options, run))
 {
-    result_.notes = plan_.notes;
+    std::for_each(plan_.notes.begin(), plan_.notes.end(), [this](const auto& note) { AddNote(note); });
     for (const std::string& light : options_.lights) {
         result_.frames.push_back({light});
     }
-    stopwatch_.Lap("check");
-    const Masters masters = MakeMasters(plan_, options_.progressWindow);
+    stopwatch_.End("check");
+    const Masters masters = MakeMasters(plan_, run);
     if (masters.flatGaps > 0) {
         const std::size_t more = options_.flats.size() - 1;
-        result_.notes.push_back(options_.flats.front() + (more > 0 ? " and " + std::to_string(more) + " more" : "") +
-                                ": undefined samples: " + std::to_string(masters.flatGaps) +
-                                "; each light is undefined there");
+        AddNote(options_.flats.front() + (more > 0 ? " and " + std::to_string(more) + " more" : "") +
+                ": undefined samples: " + std::to_string(masters.flatGaps) + "; each light is undefined there");
     }
     calibrated_.emplace(plan_.lights, masters, options_.pedestal, DarkScales(plan_));
     if (options_.cosmetic) {
         MendHotPixels(masters);
     }
     frames_.emplace(*calibrated_, plan_.patterns, options_.demosaic);
-    stopwatch_.Lap("masters");
+    stopwatch_.End("masters");
+}
+
+void PreparedLights::AddNote(const std::string& text)
+{
+    result_.notes.push_back(text);
+    run_.TellNote(text);
 }
 
 void PreparedLights::MendHotPixels(const Masters& masters)
@@ -70,29 +74,29 @@ void PreparedLights::MendHotPixels(const Masters& masters)
     if (!pixels.Fault().empty()) {
         throw FileError(options_.darks.front(), pixels.Fault());
     }
-    result_.notes.push_back("hot pixels that were mended: " + std::to_string(pixels.Count()));
+    AddNote("hot pixels that were mended: " + std::to_string(pixels.Count()));
     calibrated_->MendHotPixels(std::move(pixels));
 }
 
 void PreparedLights::Register()
 {
-    seen_ = MeasureLights(options_, *frames_, RawLights(plan_.lights), result_.frames);
+    seen_ = MeasureLights(options_, *frames_, RawLights(plan_.lights), result_.frames, run_);
     ApplyLimits(options_, result_.frames);
     result_.referenceLight = ReferenceIndex(options_);
     const bool isAlone = plan_.lights.Count() == 1;
     if (options_.align == AlignMethod::kStars && !isAlone) {
         const MeasuredLights lights{seen_, plan_.exposures, frames_->Centre()};
-        result_.referenceLight = AlignByStars(options_, lights, result_.frames);
+        result_.referenceLight = AlignByStars(options_, lights, result_.frames, run_);
     } else if (options_.align == AlignMethod::kShift && !isAlone) {
         AlignByShift();
     }
     SetWeights();
-    stopwatch_.Lap("align");
+    stopwatch_.End("align");
 }
 
 void PreparedLights::AlignByShift()
 {
-    Progress progress(options_.progressWindow, "Aligning frames...", plan_.lights.Count());
+    Stage stage(run_, "Aligning frames...", plan_.lights.Count());
     const int chosen = result_.referenceLight;
     const CStlImage reference(frames_->ReadImage(chosen));
     const std::vector<Star> stars = StarsOf(plan_.lights, chosen, reference);
@@ -118,7 +122,7 @@ void PreparedLights::AlignByShift()
                 report.LeaveOut(match.reason);
             }
         }
-        progress.Step();
+        stage.Step();
     }
 }
 

@@ -19,7 +19,7 @@ class PreparedLights {
 public:
     /// Checks everything that can be judged before the work, makes the masters, and prepares the lights to be read.
     /// Throws Error and Cancelled.
-    PreparedLights(const Options& options, Registration& result, Stopwatch& stopwatch);
+    PreparedLights(const Options& options, Registration& result, Stopwatch& stopwatch, const Run& run);
 
     /// Measures the lights, chooses the reference, leaves out what the options or the alignment leave out, and says in
     /// the reports how the others are placed.
@@ -31,6 +31,7 @@ public:
     LightFrames& Frames() { return *frames_; }
 
 private:
+    void AddNote(const std::string& text);
     void MendHotPixels(const Masters& masters);
     void AlignByShift();
     std::vector<Normalisation> NormalisationsOf(std::size_t light) const;
@@ -39,6 +40,7 @@ private:
     const Options& options_;
     Registration& result_;
     Stopwatch& stopwatch_;
+    const Run& run_;
     Plan plan_;
     std::optional<CalibratedFrames> calibrated_;
     std::optional<LightFrames> frames_;

@@ -148,7 +148,7 @@ void LeaveOutEmpty(const WatchedLights& lights, Coverage coverage, std::vector<F
     }
 }
 
-void Combine(const Options& options, PreparedLights& lights, Result& result)
+void Combine(const Options& options, PreparedLights& lights, Result& result, const Run& run)
 {
     const Plan& plan = lights.GetPlan();
     LightFrames& frames = lights.Frames();
@@ -159,14 +159,13 @@ void Combine(const Options& options, PreparedLights& lights, Result& result)
     const CombineJob job{.method = options.method,
                          .blank = CommonBlank(plan.lights),
                          .memory = BandMemory(plan.lights),
-                         .progressWindow = options.progressWindow,
                          .text = "Combining lights...",
                          .coverage = options.coverage,
                          .maps = counts.Maps()};
     const RowReader read = [&](int i, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) {
         watched.Read(used[static_cast<std::size_t>(i)], firstRow, rowCount, samples, planeStride);
     };
-    CombineFrames(lights.Placements(), read, job, result.image);
+    CombineFrames(lights.Placements(), read, job, result.image, run);
     result.image.UnlockAll();
     LeaveOutEmpty(watched, options.coverage, result.frames);
     result.coverage.Swap(&counts.coverage);
@@ -177,25 +176,25 @@ void Combine(const Options& options, PreparedLights& lights, Result& result)
 
 } // namespace
 
-Result Run(const Options& options)
+Result Stack(const Options& options, const Run& run)
 {
     Result result;
-    Stopwatch stopwatch(result.stages);
-    PreparedLights lights(options, result, stopwatch);
+    Stopwatch stopwatch(result.laps);
+    PreparedLights lights(options, result, stopwatch, run);
     lights.Register();
     CheckEnoughUsed(result);
-    Combine(options, lights, result);
+    Combine(options, lights, result, run);
     CheckEnoughUsed(result); // once more: combining has told which lights are empty
     result.header = DescribeStack(options, lights.GetPlan(), result);
-    stopwatch.Lap("combine");
+    stopwatch.End("combine");
     return result;
 }
 
-Registration Register(const Options& options)
+Registration Register(const Options& options, const Run& run)
 {
     Registration result;
-    Stopwatch stopwatch(result.stages);
-    PreparedLights(options, result, stopwatch).Register();
+    Stopwatch stopwatch(result.laps);
+    PreparedLights(options, result, stopwatch, run).Register();
     return result;
 }
 

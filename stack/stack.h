@@ -1,10 +1,10 @@
 #pragma once
 
-#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"
 #include "io/header.h"
@@ -14,11 +14,11 @@
 /// A night's frames into one calibrated stack.
 ///
 /// The library prints nothing. Errors are thrown: `Error` for what was asked and for a file, `Cancelled`
-/// for the user's ESC, CMemoryException when there is no room.
+/// when the run asks to stop, CMemoryException when there is no room.
 namespace corvane::stack {
 
-/// One step of the work and how long it took.
-struct Stage {
+/// One part of the work and how long it took.
+struct Lap {
     std::string name; ///< "check", "masters", "align", "combine"
     double seconds = 0.0;
 };
@@ -28,8 +28,8 @@ struct Registration {
     std::vector<FrameReport> frames;     ///< one for each light, in their order
     int referenceLight = 0;              ///< the one that the others are placed on
     std::optional<PixelPlace> reference; ///< centre of the patch that was found in the others; unset without one
-    std::vector<std::string> notes;      ///< what the user should know: assumptions made, one sentence each
-    std::vector<Stage> stages;
+    std::vector<std::string> notes;      ///< all that the run was told, one sentence each
+    std::vector<Lap> laps;
 };
 
 /// A finished stack.
@@ -48,10 +48,10 @@ struct Result : Registration {
 /// Everything that can be judged before the work is: options, missing files, sizes, exposures. A light that cannot be
 /// aligned with certainty is left out and named in the report. Fewer than two lights left of several is an error that
 /// lists the reasons; a single light is calibrated alone.
-CORVANE_VISIBLE Result Run(const Options& options);
+CORVANE_VISIBLE Result Stack(const Options& options, const Run& run = {});
 
 /// Does all of that but the combining: tells how the lights lie on the reference, and what was measured of them. It is
 /// no error when lights are left out.
-CORVANE_VISIBLE Registration Register(const Options& options);
+CORVANE_VISIBLE Registration Register(const Options& options, const Run& run = {});
 
 } // namespace corvane::stack

@@ -7,21 +7,21 @@
 
 namespace corvane::stack {
 
-/// Keeps the times of the steps of the work.
+/// Keeps the times of the parts of the work.
 class Stopwatch {
 public:
-    explicit Stopwatch(std::vector<Stage>& stages) : stages_(stages) {}
+    explicit Stopwatch(std::vector<Lap>& laps) : laps_(laps) {}
 
-    /// Ends a step, and begins the next.
-    void Lap(const char* stage)
+    /// Ends a part, and begins the next.
+    void End(const char* part)
     {
         const auto now = std::chrono::steady_clock::now();
-        stages_.push_back({stage, std::chrono::duration<double>(now - start_).count()});
+        laps_.push_back({part, std::chrono::duration<double>(now - start_).count()});
         start_ = now;
     }
 
 private:
-    std::vector<Stage>& stages_;
+    std::vector<Lap>& laps_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 

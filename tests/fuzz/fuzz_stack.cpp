@@ -85,7 +85,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
                                                &options.flatDarks};
     roles[data[0] % std::size(roles)]->push_back(odd.Path());
     try {
-        stack::Run(options);
+        stack::Stack(options);
     } catch (const Error&) { // what a user is told
     } catch (const std::bad_alloc&) {
     }

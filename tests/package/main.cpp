@@ -17,7 +17,7 @@ int main()
 
     corvane::stack::Options options;
     options.lights = {"inverted.fits"};
-    const corvane::stack::Result result = corvane::stack::Run(options);
+    const corvane::stack::Result result = corvane::stack::Stack(options);
     std::filesystem::remove("inverted.fits");
 
     const float sample = result.image.GetPixelGrayRaw(2, 1, 0);

@@ -98,7 +98,7 @@ TEST_F(AlignStarsTest, MosaicsBecomeStarsInTheirColours)
     options.lights = {SaveLight("0.fits", night, 0), SaveLight("turned.fits", night, 4)};
     options.referenceFile = options.lights[0];
     options.method = CombineMethod::kClippedMean;
-    const Result result = stack::Run(options);
+    const Result result = stack::Stack(options);
     ASSERT_EQ(result.image.GetPlanes(), 3);
     EXPECT_EQ(result.header.Text("BAYERPAT"), std::nullopt);
     EXPECT_FALSE(Holds(result.header.History().at(0), "--bayer")) << "the lights have two patterns";
@@ -142,7 +142,7 @@ TEST_F(AlignStarsTest, LeavesOutByNameWhatDoesNotShowTheField)
     }
     options.referenceFile = options.lights[0];
     const Registration lights = stack::Register(options);
-    const std::string error = ErrorOf([&] { stack::Run(options); });
+    const std::string error = ErrorOf([&] { stack::Stack(options); });
     EXPECT_PRED2(Holds, error, "good.fits: no other light can be stacked with it: ");
     for (std::size_t i = 0; i < std::size(bad); ++i) {
         const FrameReport& left = lights.frames[i + 1];
@@ -166,7 +166,7 @@ TEST_F(AlignStarsTest, BringsLightsToTheReferenceAndCoversWhatTheyHave)
     options.referenceFile = options.lights[1];
     options.method = CombineMethod::kClippedMean;
     options.wantsCoverage = true;
-    const Result result = stack::Run(options);
+    const Result result = stack::Stack(options);
     const Alignment placed = result.frames[0].PlacedAbout(CfPoint(kSide / 2, kSide / 2));
     for (int i = 0; i < kSide * kSide; ++i) {
         const Position at = placed.Map(i % kSide, i / kSide);

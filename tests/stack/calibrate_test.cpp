@@ -41,7 +41,7 @@ protected:
 
     void ExpectStack(const Options& options, const Values& expected)
     {
-        const CStlImage image = stack::Run(options).image;
+        const CStlImage image = stack::Stack(options).image;
         EXPECT_TRUE(test::Agree(image, test::Plain(Make(kWidth, kHeight, image.GetPlanes(), expected)), 4));
     }
 
@@ -79,7 +79,7 @@ TEST_F(CalibrateTest, KeepsNoiseBelowZeroAboveThePedestal)
     ExpectStack(options, [](int, int, int) { return 0.0; });
     options.pedestal = 2.5;
     ExpectStack(options, [](int x, int, int) { return std::max(2.5 - x % 4, 0.0); });
-    EXPECT_EQ(stack::Run(options).header.Number("PEDESTAL"), -2.5);
+    EXPECT_EQ(stack::Stack(options).header.Number("PEDESTAL"), -2.5);
 }
 
 TEST_F(CalibrateTest, BringsFlatsAboveTheirDarkToOneLevelBeforeTheirMedian)

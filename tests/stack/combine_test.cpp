@@ -70,7 +70,7 @@ struct PlacedFrames {
                 reads[frame][first + i % count] += i < count ? 1 : 0;
             }
         };
-        CombineFrames(placements, read, job, target);
+        CombineFrames(placements, read, job, target, {});
         return target;
     }
 
@@ -158,7 +158,7 @@ TEST_F(StackTest, BandsEqualTheCompositeOfWholeFrames)
             options.lights.push_back(Save("light" + std::to_string(frames.size()) + ".fits", frames.back()));
         }
         const test::TightMemory tiny(1 << 20);
-        const Result result = stack::Run(options);
+        const Result result = stack::Stack(options);
         for (std::size_t i = 0; i < frames.size(); ++i) {
             poses.push_back({result.frames[i].dx, result.frames[i].dy});
             frames[i].DarkClbrtn(&dark, 0);
@@ -181,7 +181,7 @@ TEST_F(StackTest, BlanksOfLightsBecomeOneBlank)
     options.align = AlignMethod::kNone;
     options.coverage = Coverage::kAll;
     options.lights = {light("a.fits", -7, {300, -7, 300}), light("b.fits", -32768, {300, 300, -32768})};
-    const Result blanks = stack::Run(options);
+    const Result blanks = stack::Stack(options);
     EXPECT_EQ(std::pair(blanks.image.IsBlankUsed(), blanks.image.GetBlank()), std::pair(1, -7));
     EXPECT_EQ(test::Samples(blanks.image), (std::vector{300.0F, -7.0F, -7.0F}));
 }
@@ -200,7 +200,7 @@ TEST_F(StackTest, TakesMoreLightsThanFilesMayBeOpen)
     const rlimit few{32, before.rlim_max};
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
     const test::TightMemory tiny(1 << 20);
-    const Result result = stack::Run(options);
+    const Result result = stack::Stack(options);
     setrlimit(RLIMIT_NOFILE, &before);
     for (int y = 0; y < 300; ++y) {
         ASSERT_EQ(result.image.GetPixelGrayRaw(63, y, 0), static_cast<float>(35063 + y));

@@ -25,7 +25,7 @@ TEST_F(PreparedLightsTest, WeightsByNoiseAndCountsWhatIsClipped)
     options.method = CombineMethod::kClippedMean;
     options.weight = WeightMethod::kNoise;
     options.wantsRejected = true;
-    const Result result = stack::Run(options);
+    const Result result = stack::Stack(options);
     EXPECT_NEAR(MeasureFrame(result.image, 0).noise * std::sqrt(precision), 1.0, 0.1); // 1.6 without weights
     EXPECT_NEAR(result.frames[4].weight, 1.0 / 16.0, 0.005);
     EXPECT_EQ(result.rejected.GetPixelGrayRaw(70, 9, 1), 1.0);
@@ -44,7 +44,7 @@ TEST_F(PreparedLightsTest, MendsHotPixelsAmongThoseOfTheirFilter)
         options.darks = {Save("dark.fits", Make(80, 90, 1, dark))};
         options.cosmetic = true;
         options.align = AlignMethod::kNone;
-        const Result result = stack::Run(options);
+        const Result result = stack::Stack(options);
         EXPECT_NEAR(result.image.GetPixelGrayRaw(20, 64, 0), expected, 2.0) << pattern;
     }
 }
@@ -87,7 +87,7 @@ TEST_F(PreparedLightsTest, BandsOfAMosaicBecomeTheColoursOfTheWhole)
         CStlImage expected(io::Load(options.lights[0]).image);
         Demosaic(expected, BayerPattern::kGbrg, method, expected, 0);
         const test::TightMemory tiny(1 << 20);
-        EXPECT_TRUE(test::Agree(stack::Run(options).image, test::Plain(expected)));
+        EXPECT_TRUE(test::Agree(stack::Stack(options).image, test::Plain(expected)));
     }
 }
 

@@ -45,7 +45,7 @@ TEST_F(RegisterTest, ChoosesAStarThatIsNeitherSaturatedNorHotNorAtTheEdge)
         first.SetPixelGrayRaw(180, 60, 40000.0F, 0);
         first.SetPixelGrayRaw(90 + i, 100, 30000.0F, 0);
     }
-    const Result result = stack::Run(Shift({first, first}));
+    const Result result = stack::Stack(Shift({first, first}));
     EXPECT_EQ(std::pair(result.reference->x, result.reference->y), std::pair(150, 140));
 }
 
@@ -60,7 +60,7 @@ TEST_F(RegisterTest, LeavesOutByNameWhatCannotBeMatched)
     auto touched = field_;
     touched.push_back({124, 100, 4000}); // its light runs into the star
     const Result result =
-        stack::Run(Shift({reference, hot, other, Light(31, 2), Stars({}), Stars({{120, 100, 600}}), Stars(touched)}));
+        stack::Stack(Shift({reference, hot, other, Light(31, 2), Stars({}), Stars({{120, 100, 600}}), Stars(touched)}));
     const char* const reasons[] = {"",
                                    "",
                                    "other stars are where",
@@ -87,7 +87,7 @@ TEST_F(RegisterTest, TriesTheNextStarWhenOthersContradict)
     Options options = Shift({first, Stars(crowded, 25, 3)});
     options.reference = PixelPlace{120, 100};
     options.size = 16;
-    ExpectShift(stack::Run(options).frames[1], 25.0, 3.0);
+    ExpectShift(stack::Stack(options).frames[1], 25.0, 3.0);
 }
 
 TEST_F(RegisterTest, MatchesThroughTracksAndTrails)
@@ -108,7 +108,7 @@ TEST_F(RegisterTest, MatchesThroughTracksAndTrails)
     auto second = Light(6.3, -4.2);
     draw(second, 100, 110, 1, 6, 9000);
     draw(second, 0, 190, -0.5, kWidth, 2000);
-    const Result result = stack::Run(Shift({first, second}));
+    const Result result = stack::Stack(Shift({first, second}));
     EXPECT_EQ(std::pair(result.reference->x, result.reference->y), std::pair(120, 100));
     ExpectShift(result.frames[1], 6.3, -4.2, 0.2);
 }
@@ -120,7 +120,7 @@ TEST_F(RegisterTest, FindsAPatchAtTheEdgeThroughAChangedSky)
     std::for_each_n(bright.GetImageAdr(0, 0, 0), kWidth * kHeight, [](float& sample) { sample += 3000.0F; });
     Options options = Shift({Stars(stars), bright});
     options.reference = PixelPlace{6, 192};
-    ExpectShift(stack::Run(options).frames[1], -8.0, 6.5);
+    ExpectShift(stack::Stack(options).frames[1], -8.0, 6.5);
 }
 
 TEST_F(RegisterTest, RefusesAStackOfTheReferenceAlone)
@@ -142,7 +142,7 @@ TEST_F(RegisterTest, RefusesAStackOfTheReferenceAlone)
     for (const auto& [first, second, star, error] : cases) {
         Options options = Shift({first, second});
         options.reference = star;
-        EXPECT_PRED2(Holds, ErrorOf([&] { stack::Run(options); }), error);
+        EXPECT_PRED2(Holds, ErrorOf([&] { stack::Stack(options); }), error);
     }
 }
 

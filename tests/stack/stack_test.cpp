@@ -1,7 +1,5 @@
 #include "corvane/core/blank.h"
-#include "corvane/core/progress_message.h"
 #include "corvane/geometry/flip.h"
-#include "corvane/platform/messages.h"
 #include "tests/stack/test_night.h"
 
 namespace corvane::stack {
@@ -15,7 +13,7 @@ double Ramp(int x, int y, int)
 
 } // namespace
 
-class RunTest : public Night {
+class WholeStackTest : public Night {
 protected:
     std::string SaveRamp(const std::string& name, double exposure = 60.0, int width = 20, int planes = 1,
                          const char* pattern = "")
@@ -25,7 +23,7 @@ protected:
     }
 };
 
-TEST_F(RunTest, HeaderTellsWhatTheStackIsMadeOf)
+TEST_F(WholeStackTest, HeaderTellsWhatTheStackIsMadeOf)
 {
     const CStlImage image = Make(20, 16, 1, Ramp);
     Options options;
@@ -47,7 +45,7 @@ TEST_F(RunTest, HeaderTellsWhatTheStackIsMadeOf)
     options.pedestal = 20.0;
     options.align = AlignMethod::kNone;
     options.method = CombineMethod::kClippedMean;
-    const io::Header header = stack::Run(options).header;
+    const io::Header header = stack::Stack(options).header;
     std::string told;
     for (const char* keyword : {"OBJECT", "NCOMBINE", "STACKCNT", "EXPTIME", "LIVETIME", "CALSTAT", "PEDESTAL",
                                 "DATE-END", "MJD-OBS", "DATAMAX", "DATE-OBS", "DATE-AVG"}) {
@@ -59,7 +57,7 @@ TEST_F(RunTest, HeaderTellsWhatTheStackIsMadeOf)
     EXPECT_PRED2(Holds, header.History().at(1), ": 3 of 3 lights; bias " + Path("b.fits") + "; flat median of 2 from ");
 }
 
-TEST_F(RunTest, BringsFramesIntoOneOrderOfRows)
+TEST_F(WholeStackTest, BringsFramesIntoOneOrderOfRows)
 {
     const auto save = [&](const std::string& name, const CStlImage& image, const char* order, bool isTurned) {
         io::Frame frame;
@@ -85,17 +83,17 @@ TEST_F(RunTest, BringsFramesIntoOneOrderOfRows)
                           save("b.fits", lights[1], "BOTTOM-UP", false)};
         options.darks = {save("d.fits", dark, "BOTTOM-UP", isTurned)};
         options.referenceFile = Path("b.fits");
-        results.push_back(stack::Run(options));
+        results.push_back(stack::Stack(options));
         EXPECT_EQ(results.back().header.Number("CDELT2"), 0.5);
     }
     EXPECT_EQ(test::Samples(results[0].image), test::Samples(results[1].image));
     ASSERT_EQ(results[1].notes.size(), results[0].notes.size() + 2);
     EXPECT_PRED2(Holds, results[1].notes[0], Path("a.fits") + ": its rows are TOP-DOWN, those of " + Path("b.fits"));
     options.referenceFile = Path("a.fits");
-    EXPECT_EQ(stack::Run(options).header.Text("ROWORDER"), "TOP-DOWN");
+    EXPECT_EQ(stack::Stack(options).header.Text("ROWORDER"), "TOP-DOWN");
 }
 
-TEST_F(RunTest, LeavesUndefinedSamplesOutOfTheFlat)
+TEST_F(WholeStackTest, LeavesUndefinedSamplesOutOfTheFlat)
 {
     const auto truth = [](int x, int y) { return (x + y) % 2 == 0 ? 80 : 120; };
     const auto isHole = [](int x, int y) { return y == 9 && x < 4; };
@@ -105,7 +103,10 @@ TEST_F(RunTest, LeavesUndefinedSamplesOutOfTheFlat)
         Options options;
         options.lights = {SaveRamp("light.fits")};
         options.flats = {Path("flat.fits")};
-        const Result result = stack::Run(options);
+        std::vector<std::string> told;
+        corvane::Run run;
+        run.diagnostics = [&](const Diagnostic& diagnostic) { told.push_back(std::get<Note>(diagnostic).text); };
+        const Result result = stack::Stack(options, run);
         for (int i = 0; i < 20 * 16; ++i) {
             const int x = i % 20;
             const int y = i / 20;
@@ -113,14 +114,15 @@ TEST_F(RunTest, LeavesUndefinedSamplesOutOfTheFlat)
             const bool isRight = std::fabs(v - Ramp(x, y, 0) * 100.0 / truth(x, y)) < 1e-3;
             EXPECT_TRUE(isHole(x, y) ? std::isnan(v) || BlankTest(result.image)(v) : isRight) << hole << ' ' << v;
         }
+        EXPECT_EQ(result.notes, told);
         ASSERT_FALSE(result.notes.empty());
         EXPECT_PRED2(Holds, result.notes[0], "flat.fits: undefined samples: 4; each light");
         options.flats.push_back(SaveRamp("whole.fits"));
-        EXPECT_TRUE(!std::isnan(hole) || stack::Run(options).notes.empty()) << "another flat tells";
+        EXPECT_TRUE(!std::isnan(hole) || stack::Stack(options).notes.empty()) << "another flat tells";
     }
 }
 
-TEST_F(RunTest, WrongInputIsAnErrorThatNamesIt)
+TEST_F(WholeStackTest, WrongInputIsAnErrorThatNamesIt)
 {
     const std::string light = SaveRamp("light.fits");
     const std::string wide = SaveRamp("wide.fits", 60.0, 24);
@@ -172,11 +174,11 @@ TEST_F(RunTest, WrongInputIsAnErrorThatNamesIt)
     for (const auto& [change, text] : cases) {
         Options options = base;
         change(options);
-        EXPECT_PRED2(Holds, ErrorOf([&] { stack::Run(options); }), text);
+        EXPECT_PRED2(Holds, ErrorOf([&] { stack::Stack(options); }), text);
     }
 }
 
-TEST_F(RunTest, EscapeStopsEveryStage)
+TEST_F(WholeStackTest, EveryStageIsToldAndCanBeCancelled)
 {
     const auto sky = Sky(120, 120, 1, {{60, 60, 5000}});
     Options options;
@@ -187,26 +189,22 @@ TEST_F(RunTest, EscapeStopsEveryStage)
     options.search = 4;
     std::vector<std::string> texts;
     std::size_t stopAt = 100;
-    HWND window = platform::CreateMessageWindow([&](UINT message, WPARAM word, LPARAM data) -> LRESULT {
-        if (message == kProgressMessage && word == kProgressStart) {
-            texts.emplace_back(reinterpret_cast<const char*>(data));
-            if (texts.size() == stopAt) {
-                PostMessageA(nullptr, WM_KEYDOWN, VK_ESCAPE, 0);
-            }
+    corvane::Run run;
+    run.progress = [&](const Progress& progress) {
+        if (progress.state == Progress::State::kBegun) {
+            texts.emplace_back(progress.text);
         }
-        return 0;
-    });
-    options.progressWindow = window;
-    stack::Run(options);
+    };
+    run.cancelled = [&] { return texts.size() == stopAt; };
+    Stack(options, run);
     const std::vector<std::string> expected = {"Checking frames...", "Measuring flats...", "Combining flats...",
                                                "Aligning frames...", "Combining lights..."};
     EXPECT_EQ(texts, expected);
     for (stopAt = 1; stopAt <= expected.size(); ++stopAt) {
         texts.clear();
-        EXPECT_EQ(ErrorOf([&] { stack::Run(options); }), "cancelled") << expected[stopAt - 1];
+        EXPECT_THROW(Stack(options, run), Cancelled) << expected[stopAt - 1];
         EXPECT_EQ(texts.size(), stopAt);
     }
-    platform::DestroyMessageWindow(window);
 }
 
 } // namespace corvane::stack
