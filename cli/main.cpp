@@ -1,3 +1,4 @@
+#include <cctype>
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -27,9 +28,9 @@
 namespace corvane::cli {
 namespace {
 
-int Fail(ExitStatus status, const char* reason) noexcept
+int Fail(ExitStatus status, const char* reason, const char* prefix = "") noexcept
 {
-    std::fprintf(stderr, "corvane: %s\n", reason);
+    std::fprintf(stderr, "corvane: %s%s\n", prefix, reason);
     return status;
 }
 
@@ -185,6 +186,14 @@ int Dispatch(int argc, char** argv)
     return status;
 }
 
+// True of an error about an option of the chosen command, which is what a parameter without an operation is. LIGHT and the
+// like are none.
+bool IsOfOption(const Error& error) noexcept
+{
+    return error.What() == Error::Kind::kParameter && error.Operation().empty() && !error.Subject().empty() &&
+           std::islower(static_cast<unsigned char>(error.Subject().front())) != 0;
+}
+
 int Run(int argc, char** argv) noexcept
 {
     try {
@@ -193,7 +202,7 @@ int Run(int argc, char** argv) noexcept
         return Fail(kWrongUsage, error.what());
     } catch (const Error& error) {
         const bool isAsked = error.What() == Error::Kind::kParameter || error.What() == Error::Kind::kName;
-        return Fail(isAsked ? kWrongUsage : kFailed, error.what());
+        return Fail(isAsked ? kWrongUsage : kFailed, error.what(), IsOfOption(error) ? "--" : "");
     } catch (const Cancelled& cancelled) {
         return Fail(kCancelled, cancelled.what());
     } catch (const CMemoryException&) {

@@ -127,7 +127,7 @@ int AlignByStars(const Options& options, const MeasuredLights& lights, std::vect
         const bool isNamed = !candidates.empty();
         throw FileError(reports[isNamed ? candidates.front() : 0].file,
                         std::string(isNamed ? "the reference does not" : "neither this light nor another") +
-                            " show stars to align by; lights that fit as they lie are stacked with --align none");
+                            " show stars to align by; lights that fit as they lie are stacked with align = none");
     }
     std::size_t reference = candidates.front();
     std::vector<FrameReport> best;

@@ -15,10 +15,10 @@ namespace corvane::stack {
 
 namespace {
 
-void CheckRange(const char* option, int value, int min, int max)
+void CheckRange(const char* parameter, int value, int min, int max)
 {
     if (value < min || value > max) {
-        throw ParameterError(option, std::to_string(value),
+        throw ParameterError(parameter, std::to_string(value),
                              "must be " + std::to_string(min) + " to " + std::to_string(max));
     }
 }
@@ -31,18 +31,18 @@ std::string FileKey(const std::string& path)
     return key.empty() ? path : key.string();
 }
 
-void CheckRange(const char* option, const std::optional<double>& value, double max)
+void CheckRange(const char* parameter, const std::optional<double>& value, double max)
 {
     const bool isAllowed = !value || (*value >= 0.0 && *value <= max); // NaN is not
     if (!isAllowed) {
-        throw ParameterError(option, NumberText(*value), "must be 0 to " + NumberText(max));
+        throw ParameterError(parameter, NumberText(*value), "must be 0 to " + NumberText(max));
     }
 }
 
 void CheckReference(const Options& options)
 {
     if (ReferenceIndex(options) < 0) {
-        throw ParameterError("--reference", options.referenceFile,
+        throw ParameterError("reference", options.referenceFile,
                              "it takes one of the lights, by the name that it has there");
     }
 }
@@ -51,16 +51,15 @@ void CheckReference(const Options& options)
 void CheckCompany(const Options& options)
 {
     if (options.reference && options.align != AlignMethod::kShift) {
-        throw ParameterError("--star",
-                             std::to_string(options.reference->x) + "," + std::to_string(options.reference->y),
-                             "it takes --align shift, which aligns by one star");
+        throw ParameterError("star", std::to_string(options.reference->x) + "," + std::to_string(options.reference->y),
+                             "it takes align = shift, which aligns by one star");
     }
     if (options.alignsScale && options.align != AlignMethod::kStars) {
-        throw ParameterError("--scale", "alone", "it takes --align stars, which tell it");
+        throw ParameterError("scale", "alone", "it takes align = stars, which tell it");
     }
     if (options.weight != WeightMethod::kNone && options.method != CombineMethod::kClippedMean) {
-        throw ParameterError("--weight", NameOf(kWeightNames, options.weight),
-                             "it takes --method clipped-mean, since a median counts all lights the same");
+        throw ParameterError("weight", NameOf(kWeightNames, options.weight),
+                             "it takes method = clipped-mean, since a median counts all lights the same");
     }
 }
 
@@ -97,20 +96,19 @@ void CheckOptions(const Options& options)
     if (options.lights.empty()) {
         throw ParameterError("LIGHT", "no file", "it takes one or more lights");
     }
-    CheckRange("--size", options.size, kMinPatchSize, kMaxPatchSize);
-    CheckRange("--search", options.search, 0, kMaxSearch);
-    CheckRange("--pedestal", options.pedestal, kMaxPedestal);
-    CheckRange("--reject-fwhm", options.rejectFwhm, kMaxReject);
-    CheckRange("--reject-stars", options.rejectStars, kMaxReject);
-    CheckRange("--reject-background", options.rejectBackground, kMaxReject);
+    CheckRange("size", options.size, kMinPatchSize, kMaxPatchSize);
+    CheckRange("search", options.search, 0, kMaxSearch);
+    CheckRange("pedestal", options.pedestal, kMaxPedestal);
+    CheckRange("reject-fwhm", options.rejectFwhm, kMaxReject);
+    CheckRange("reject-stars", options.rejectStars, kMaxReject);
+    CheckRange("reject-background", options.rejectBackground, kMaxReject);
     CheckReference(options);
     CheckCompany(options);
     if (options.cosmetic && options.darks.empty()) {
-        throw ParameterError("--cosmetic", "alone", "it takes darks, which tell the hot pixels: add --dark");
+        throw ParameterError("cosmetic", "alone", "it takes darks, which tell the hot pixels");
     }
     if (!options.flatDarks.empty() && options.flats.empty()) {
-        throw ParameterError("--flat-dark", options.flatDarks.front(),
-                             "it takes frames that belong to flats: add --flat");
+        throw ParameterError("flat-dark", options.flatDarks.front(), "it takes flats, which these belong to");
     }
     CheckListedOnce(options.lights);
 }

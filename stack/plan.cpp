@@ -116,7 +116,8 @@ void CheckExposures(const Plan& plan)
         const std::string difference = "the light has " + NumberText(*plan.exposures[i]) + " s, but the darks have " +
                                        NumberText(*plan.darkExposure) + " s";
         if (plan.bias.IsEmpty()) {
-            throw FileError(plan.lights.Path(i), difference + ": add --bias to scale them, or darks of its exposure");
+            throw FileError(plan.lights.Path(i),
+                            difference + ": add bias frames to scale them, or darks of its exposure");
         }
         if (!(*plan.darkExposure > 0.0)) {
             throw FileError(plan.lights.Path(i), difference + ", which cannot be scaled");
@@ -158,7 +159,7 @@ void FindPatterns(const Options& options, Plan& plan)
     plan.isMosaic = plan.planes == 1 && (stated || options.mosaic == MosaicUse::kPattern);
     const bool moves = options.align != AlignMethod::kNone;
     if (options.mosaic == MosaicUse::kPattern && plan.planes != 1) {
-        throw FileError(first.Path(), "the light is " + SizeText(first) + "; --bayer takes lights of one plane");
+        throw FileError(first.Path(), "the light is " + SizeText(first) + "; bayer takes lights of one plane");
     }
     if (!plan.isMosaic || (options.mosaic == MosaicUse::kAuto && !moves)) {
         return;
@@ -166,7 +167,7 @@ void FindPatterns(const Options& options, Plan& plan)
     if (options.mosaic == MosaicUse::kKeep) {
         if (moves) {
             throw FileError(first.Path(),
-                            "is a mosaic, which --bayer none keeps; stack with --align none, since moving it "
+                            "is a mosaic, which bayer = none keeps; stack with align = none, since moving it "
                             "mixes its colours");
         }
         return;
@@ -174,7 +175,7 @@ void FindPatterns(const Options& options, Plan& plan)
     if (options.mosaic == MosaicUse::kAuto && !io::StoredBayerPattern(first.Info().header, first.Height())) {
         throw FileError(first.Path(), "its mosaic " + *stated +
                                           " is no Bayer pattern, so no colours can be made to move it; "
-                                          "stack with --align none");
+                                          "stack with align = none");
     }
     for (int i = 0; i < plan.lights.Count(); ++i) {
         plan.patterns.push_back(options.mosaic == MosaicUse::kPattern ? options.pattern
@@ -189,7 +190,7 @@ void NoteHintedPattern(const Options& options, Plan& plan)
     if (hinted && plan.planes == 1 && options.mosaic == MosaicUse::kAuto) {
         plan.notes.push_back("FILTER = " + *hinted +
                              " names a Bayer pattern, but the lights have no BAYERPAT and were "
-                             "taken as monochrome; --bayer " +
+                             "taken as monochrome; bayer = " +
                              *hinted + " makes colours");
     }
 }
@@ -224,13 +225,13 @@ void CheckPatch(const Options& options, const Plan& plan)
     }
     const int smaller = std::min(plan.width, plan.height);
     if (options.size > smaller) {
-        throw FileError(plan.lights.Path(0), "--size = " + std::to_string(options.size) + ": must be at most " +
+        throw FileError(plan.lights.Path(0), "size = " + std::to_string(options.size) + ": must be at most " +
                                                  std::to_string(smaller) + ", the smaller side of the lights");
     }
     if (options.reference) {
         const auto [x, y] = *options.reference;
         if (x < 0 || x >= plan.width || y < 0 || y >= plan.height) {
-            throw FileError(plan.lights.Path(0), "--star = " + std::to_string(x) + "," + std::to_string(y) +
+            throw FileError(plan.lights.Path(0), "star = " + std::to_string(x) + "," + std::to_string(y) +
                                                      ": must lie within the lights, 0,0 to " +
                                                      std::to_string(plan.width - 1) + "," +
                                                      std::to_string(plan.height - 1));

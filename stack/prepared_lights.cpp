@@ -106,7 +106,7 @@ void PreparedLights::AlignByShift()
     }
     if (!result_.reference) {
         throw FileError(options_.lights[static_cast<std::size_t>(chosen)],
-                        "shows no star that frames can be aligned on; choose a place with --star X,Y");
+                        "shows no star that frames can be aligned on; choose a place with star = X,Y");
     }
     const ShiftRegistration registration(reference, *result_.reference, stars, options_);
     const RowSpan rows = registration.Rows();
