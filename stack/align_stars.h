@@ -5,8 +5,8 @@
 
 #include "corvane/core/run.h"
 #include "stack/frame_report.h"
-#include "stack/measure_lights.h"
 #include "stack/options.h"
+#include "stack/register/measure_lights.h"
 
 namespace corvane::stack {
 

@@ -7,8 +7,8 @@
 #include "corvane/colour/demosaic.h"
 #include "corvane/combine/covered_rows.h"
 #include "corvane/platform/export.h"
-#include "stack/normalise.h"
-#include "stack/weights.h"
+#include "stack/combine/normalise.h"
+#include "stack/combine/weights.h"
 
 namespace corvane::stack {
 

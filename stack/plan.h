@@ -6,7 +6,7 @@
 
 #include "corvane/colour/demosaic.h"
 #include "corvane/core/run.h"
-#include "stack/frame_set.h"
+#include "stack/calibrate/frame_set.h"
 #include "stack/options.h"
 
 namespace corvane::stack {

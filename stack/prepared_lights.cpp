@@ -5,9 +5,9 @@
 
 #include "corvane/core/error.h"
 #include "stack/align_stars.h"
-#include "stack/cosmetic.h"
-#include "stack/masters.h"
-#include "stack/raw_lights.h"
+#include "stack/calibrate/cosmetic.h"
+#include "stack/calibrate/masters.h"
+#include "stack/calibrate/raw_lights.h"
 #include "stack/reference.h"
 #include "stack/register.h"
 

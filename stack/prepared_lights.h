@@ -3,11 +3,11 @@
 #include <optional>
 #include <vector>
 
-#include "stack/calibrated_frames.h"
-#include "stack/combine.h"
-#include "stack/light_frames.h"
-#include "stack/measure_lights.h"
+#include "stack/calibrate/calibrated_frames.h"
+#include "stack/calibrate/light_frames.h"
+#include "stack/combine/combine.h"
 #include "stack/plan.h"
+#include "stack/register/measure_lights.h"
 #include "stack/stack.h"
 #include "stack/stopwatch.h"
 

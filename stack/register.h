@@ -5,7 +5,7 @@
 
 #include "corvane/combine/matching.h"
 #include "corvane/core/aligned_row.h"
-#include "stack/light_frames.h"
+#include "stack/calibrate/light_frames.h"
 #include "stack/options.h"
 #include "stack/patch.h"
 #include "stack/stars.h"

@@ -4,9 +4,9 @@
 
 #include "corvane/core/error.h"
 #include "corvane/core/gaps.h"
-#include "stack/combine.h"
+#include "stack/calibrate/masters.h"
+#include "stack/combine/combine.h"
 #include "stack/describe.h"
-#include "stack/masters.h"
 #include "stack/prepared_lights.h"
 #include "stack/stopwatch.h"
 

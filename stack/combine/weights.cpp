@@ -1,4 +1,4 @@
-#include "stack/weights.h"
+#include "stack/combine/weights.h"
 
 #include <algorithm>
 #include <cmath>

@@ -12,7 +12,7 @@
 #include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"
-#include "stack/normalise.h"
+#include "stack/combine/normalise.h"
 
 namespace corvane::stack {
 

@@ -1,7 +1,7 @@
-#include "stack/normalise.h"
+#include "stack/combine/normalise.h"
 
-#include "stack/cosmetic.h"
-#include "stack/weights.h"
+#include "stack/calibrate/cosmetic.h"
+#include "stack/combine/weights.h"
 #include "tests/stack/test_night.h"
 #include "tests/support/plain.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "stack/calibrated_frames.h"
+#include "stack/calibrate/calibrated_frames.h"
 
 namespace corvane::stack {
 

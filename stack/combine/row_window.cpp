@@ -1,4 +1,4 @@
-#include "stack/row_window.h"
+#include "stack/combine/row_window.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
-#include "stack/combine.h"
+#include "stack/combine/combine.h"
 
 #include <algorithm>
 #include <limits>
 
 #include "corvane/core/blank.h"
-#include "stack/row_window.h"
+#include "stack/combine/row_window.h"
 
 namespace corvane::stack {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "corvane/core/run.h"
-#include "stack/calibrate.h"
+#include "stack/calibrate/calibrate.h"
 #include "stack/plan.h"
 
 namespace corvane::stack {

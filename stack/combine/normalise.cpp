@@ -1,4 +1,4 @@
-#include "stack/normalise.h"
+#include "stack/combine/normalise.h"
 
 #include <algorithm>
 #include <cmath>

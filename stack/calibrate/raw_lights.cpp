@@ -1,6 +1,6 @@
-#include "stack/raw_lights.h"
+#include "stack/calibrate/raw_lights.h"
 
-#include "stack/light_frames.h"
+#include "stack/calibrate/light_frames.h"
 
 namespace corvane::stack {
 

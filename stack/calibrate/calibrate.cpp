@@ -1,4 +1,4 @@
-#include "stack/calibrate.h"
+#include "stack/calibrate/calibrate.h"
 
 #include <vector>
 

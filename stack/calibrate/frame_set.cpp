@@ -1,4 +1,4 @@
-#include "stack/frame_set.h"
+#include "stack/calibrate/frame_set.h"
 
 #include <algorithm>
 #include <utility>

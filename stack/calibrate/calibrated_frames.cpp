@@ -1,4 +1,4 @@
-#include "stack/calibrated_frames.h"
+#include "stack/calibrate/calibrated_frames.h"
 
 #include <algorithm>
 #include <utility>

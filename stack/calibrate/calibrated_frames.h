@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
-#include "stack/calibrate.h"
-#include "stack/cosmetic.h"
-#include "stack/frame_set.h"
+#include "stack/calibrate/calibrate.h"
+#include "stack/calibrate/cosmetic.h"
+#include "stack/calibrate/frame_set.h"
 
 namespace corvane::stack {
 

@@ -1,4 +1,4 @@
-#include "stack/cosmetic.h"
+#include "stack/calibrate/cosmetic.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,7 +6,7 @@
 #include <numeric>
 
 #include "corvane/core/text.h"
-#include "stack/normalise.h"
+#include "stack/combine/normalise.h"
 
 namespace corvane::stack {
 

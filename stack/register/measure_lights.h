@@ -3,11 +3,11 @@
 #include <vector>
 
 #include "corvane/core/run.h"
+#include "stack/calibrate/light_frames.h"
+#include "stack/calibrate/raw_lights.h"
+#include "stack/combine/normalise.h"
 #include "stack/frame_report.h"
-#include "stack/light_frames.h"
-#include "stack/normalise.h"
 #include "stack/options.h"
-#include "stack/raw_lights.h"
 #include "stars/find_stars.h"
 
 namespace corvane::stack {

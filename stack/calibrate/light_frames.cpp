@@ -1,4 +1,4 @@
-#include "stack/light_frames.h"
+#include "stack/calibrate/light_frames.h"
 
 #include <algorithm>
 #include <limits>

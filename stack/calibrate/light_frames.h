@@ -6,7 +6,7 @@
 
 #include "corvane/colour/demosaic.h"
 #include "corvane/core/point.h"
-#include "stack/calibrated_frames.h"
+#include "stack/calibrate/calibrated_frames.h"
 
 namespace corvane::stack {
 

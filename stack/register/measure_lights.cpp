@@ -1,4 +1,4 @@
-#include "stack/measure_lights.h"
+#include "stack/register/measure_lights.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "stack/combine.h"
+#include "stack/combine/combine.h"
 
 #include <algorithm>
 #include <limits>

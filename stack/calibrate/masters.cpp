@@ -1,4 +1,4 @@
-#include "stack/masters.h"
+#include "stack/calibrate/masters.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,8 +9,8 @@
 #include "corvane/core/error.h"
 #include "corvane/core/gaps.h"
 #include "corvane/core/memory_budget.h"
-#include "stack/calibrated_frames.h"
-#include "stack/combine.h"
+#include "stack/calibrate/calibrated_frames.h"
+#include "stack/combine/combine.h"
 
 namespace corvane::stack {
 
