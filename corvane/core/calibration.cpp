@@ -6,8 +6,9 @@
 
 #include "corvane/core/calibration_rows.h"
 #include "corvane/core/display_scale.h"
-#include "corvane/core/progress_channel.h"
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
+#include "corvane/platform/memory_exception.h"
 #include "corvane/resources/string_table.h"
 
 using namespace corvane;
@@ -43,29 +44,39 @@ private:
 
 void CStlImage::FlatClbrtn(CStlImage* flat, int showProgress)
 {
-    const BlankRule rule(*flat, *this);
-    const double mean = flat->GetAvrGrayRaw(0);
-    FrameRow flatRow(*flat, GetWidth());
-    const ProgressChannel progress(*this, showProgress, IDS_FLAT, GetPlanes() * GetHeight());
+    FlatClbrtn(*flat, WindowRun(*this, showProgress));
+}
+
+void CStlImage::FlatClbrtn(const CStlImage& flat, const Run& run)
+{
+    const BlankRule rule(flat, *this);
+    const double mean = flat.GetAvrGrayRaw(0);
+    FrameRow flatRow(flat, GetWidth());
+    Stage stage(run, IDS_FLAT, GetPlanes() * GetHeight());
     for (int plane = 0; plane < GetPlanes(); ++plane) {
         for (int y = 0; y < GetHeight(); ++y) {
             DivideFlatRow(GetImageAdr(0, y, plane), flatRow.Get(y, plane), GetWidth(), mean, rule);
-            progress.Advance(1);
+            stage.Step();
         }
     }
 }
 
 void CStlImage::DarkClbrtn(CStlImage* dark, int showProgress)
 {
-    const BlankRule rule(*dark, *this);
-    FrameRow darkRow(*dark, GetWidth());
-    const ProgressChannel progress(*this, showProgress, IDS_DARK, GetPlanes() * GetHeight());
+    DarkClbrtn(*dark, WindowRun(*this, showProgress));
+}
+
+void CStlImage::DarkClbrtn(const CStlImage& dark, const Run& run)
+{
+    const BlankRule rule(dark, *this);
+    FrameRow darkRow(dark, GetWidth());
+    Stage stage(run, IDS_DARK, GetPlanes() * GetHeight());
     for (int plane = 0; plane < GetPlanes(); ++plane) {
         for (int y = 0; y < GetHeight(); ++y) {
             void* lock = nullptr;
             SubtractDarkRow(GetImageAdr(0, y, plane, 2, &lock), darkRow.Get(y, plane), GetWidth(), rule);
             Unlock(lock);
-            progress.Advance(1);
+            stage.Step();
         }
     }
 }
@@ -102,23 +113,28 @@ int CStlImage::ToColor()
 
 int CStlImage::ToGray(CStlImage* source, int showProgress)
 {
+    return OrNothing([&] { return ToGray(*source, WindowRun(*this, showProgress)); });
+}
+
+int CStlImage::ToGray(const CStlImage& source, const Run& run)
+{
     if (!IsColor()) {
         return 1;
     }
     // The samples still needed are the source's: it must be another image, with all three planes.
-    if (source == this || source->GetPlanes() < 3 || ToGray() == 0) {
+    if (&source == this || source.GetPlanes() < 3 || ToGray() == 0) {
         return 0;
     }
-    const DisplayScale red(*source, 0);
-    const DisplayScale green(*source, 1);
-    const DisplayScale blue(*source, 2);
+    const DisplayScale red(source, 0);
+    const DisplayScale green(source, 1);
+    const DisplayScale blue(source, 2);
     const DisplayScale grey(*this, 0);
-    const int count = source->GetPixelCount() > 0 ? std::min(GetWidth(), source->GetWidth()) : 0;
-    const ProgressChannel progress(*this, showProgress, IDS_TO_GRAY, GetHeight());
+    const int count = source.GetPixelCount() > 0 ? std::min(GetWidth(), source.GetWidth()) : 0;
+    Stage stage(run, IDS_TO_GRAY, GetHeight());
     for (int y = 0; y < GetHeight(); ++y) {
-        const float* const r = source->GetImageAdr(0, y, 0, 1);
-        const float* const g = source->GetImageAdr(0, y, 1, 1);
-        const float* const b = source->GetImageAdr(0, y, 2, 1);
+        const float* const r = source.GetImageAdr(0, y, 0, 1);
+        const float* const g = source.GetImageAdr(0, y, 1, 1);
+        const float* const b = source.GetImageAdr(0, y, 2, 1);
         float* const out = GetImageAdr(0, y, 0);
         for (int x = 0; x < count; ++x) {
             const auto dr = static_cast<float>(red.To256(r[x]));
@@ -126,12 +142,17 @@ int CStlImage::ToGray(CStlImage* source, int showProgress)
             const auto db = static_cast<float>(blue.To256(b[x]));
             out[x] = static_cast<float>((0.587 * dg + 0.299 * dr + 0.114 * db) * grey.range * kPer255 + grey.min);
         }
-        progress.Advance(1);
+        stage.Step();
     }
     return 1;
 }
 
 int CStlImage::ToColor(CStlImage* source, int showProgress)
+{
+    return OrNothing([&] { return ToColor(*source, WindowRun(*this, showProgress)); });
+}
+
+int CStlImage::ToColor(const CStlImage& source, const Run& run)
 {
     if (IsColor()) {
         return 1;
@@ -139,35 +160,40 @@ int CStlImage::ToColor(CStlImage* source, int showProgress)
     if (ToColor() == 0) {
         return 0;
     }
-    const int count = source->GetPixelCount() > 0 ? std::min(GetWidth(), source->GetWidth()) : 0;
-    const ProgressChannel progress(*this, showProgress, IDS_TO_COLOR, GetHeight());
+    const int count = source.GetPixelCount() > 0 ? std::min(GetWidth(), source.GetWidth()) : 0;
+    Stage stage(run, IDS_TO_COLOR, GetHeight());
     for (int y = 0; y < GetHeight(); ++y) {
         for (int plane = 0; plane < 3; ++plane) {
-            std::copy_n(source->GetImageAdr(0, y, source->GetPlanes() >= 3 ? plane : 0, 1), count,
+            std::copy_n(source.GetImageAdr(0, y, source.GetPlanes() >= 3 ? plane : 0, 1), count,
                         GetImageAdr(0, y, plane));
         }
-        progress.Advance(1);
+        stage.Step();
     }
     return 1;
 }
 
 int CStlImage::PixelBlt(int dx, int dy, int w, int h, CStlImage* source, int sx, int sy, int mapLevels)
 {
-    if (GetPlanes() != source->GetPlanes()) {
+    return PixelBlt(dx, dy, w, h, *source, sx, sy, mapLevels);
+}
+
+int CStlImage::PixelBlt(int dx, int dy, int w, int h, const CStlImage& source, int sx, int sy, int mapLevels)
+{
+    if (GetPlanes() != source.GetPlanes()) {
         return 0;
     }
     const auto clip = [](int v, int size) { return std::min(std::max(v, 0), size); };
     dx = clip(dx, GetWidth());
     dy = clip(dy, GetHeight());
-    sx = clip(sx, source->GetWidth());
-    sy = clip(sy, source->GetHeight());
-    w = std::min(clip(w, GetWidth() - dx), source->GetWidth() - sx);
-    h = std::min(clip(h, GetHeight() - dy), source->GetHeight() - sy);
+    sx = clip(sx, source.GetWidth());
+    sy = clip(sy, source.GetHeight());
+    w = std::min(clip(w, GetWidth() - dx), source.GetWidth() - sx);
+    h = std::min(clip(h, GetHeight() - dy), source.GetHeight() - sy);
     for (int plane = 0; w > 0 && plane < GetPlanes(); ++plane) {
-        const DisplayScale from(*source, plane);
+        const DisplayScale from(source, plane);
         const DisplayScale to(*this, plane);
         for (int i = 0; i < h; ++i) {
-            const float* const in = source->GetImageAdr(sx, sy + i, plane, 1);
+            const float* const in = source.GetImageAdr(sx, sy + i, plane, 1);
             float* const out = GetImageAdr(dx, dy + i, plane);
             if (mapLevels == 0) {
                 std::memmove(out, in, static_cast<std::size_t>(w) * sizeof(float));

@@ -6,7 +6,7 @@
 #include "corvane/core/display_scale.h"
 #include "corvane/core/lab.h"
 #include "corvane/core/lab_rows.h"
-#include "corvane/core/progress_channel.h"
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/memory_exception.h"
 #include "corvane/resources/string_table.h"
@@ -91,22 +91,19 @@ void ConvertRow(const DisplayColours& colours, int y, const Selection& selection
     }
 }
 
-CStlImage* MakePlanes(CStlImage& source, int textId, double most, Selection selection)
+std::unique_ptr<CStlImage> MakePlanes(const CStlImage& source, int textId, double most, Selection selection,
+                                      const Run& run)
 {
-    auto made = OrNothing([&] { // with undefined samples
-        return std::make_unique<CStlImage>(-32, source.GetWidth(), source.GetHeight(), selection.count, 1.0, 0.0, 0);
-    });
-    if (made == nullptr) {
-        return nullptr;
-    }
+    auto made = std::make_unique<CStlImage>(-32, source.GetWidth(), source.GetHeight(), selection.count, 1.0, 0.0,
+                                            0); // with undefined samples
     const DisplayColours colours(source, most);
-    const ProgressChannel progress(source, 1, textId, source.GetHeight());
+    Stage stage(run, textId, source.GetHeight());
     made->SetStdCtr(source.GetStdCtr());
     for (int y = 0; y < source.GetHeight(); ++y) {
         ConvertRow(colours, y, selection, *made);
-        progress.Advance(1);
+        stage.Step();
     }
-    return made.release();
+    return made;
 }
 
 } // namespace
@@ -119,21 +116,34 @@ double CStlImage::CalcBrightL(double r, double g, double b)
 
 CStlImage* CStlImage::MakeLPlane()
 {
-    CStlImage* const made = MakePlanes(*this, IDS_MAKE_L, kMost, {0, 1});
-    if (made != nullptr) {
-        made->SetLevel(0, GetLevelMin(0), GetLevelMax(0));
-    }
-    return made;
+    return OrNothing([&] { return MakeLPlane(WindowRun(*this, 1)); }).release();
 }
 
 CStlImage* CStlImage::MakeAbPlane(int clipTo255)
 {
-    return MakePlanes(*this, IDS_MAKE_AB, clipTo255 != 0 && GetPlanes() >= 3 ? 255.0 : kMost, {1, 2});
+    return OrNothing([&] { return MakeAbPlane(clipTo255, WindowRun(*this, 1)); }).release();
 }
 
 CStlImage* CStlImage::MakeLabPlane()
 {
-    return MakePlanes(*this, IDS_MAKE_LAB, kMost, {0, 3});
+    return OrNothing([&] { return MakeLabPlane(WindowRun(*this, 1)); }).release();
+}
+
+std::unique_ptr<CStlImage> CStlImage::MakeLPlane(const Run& run) const
+{
+    auto made = MakePlanes(*this, IDS_MAKE_L, kMost, {0, 1}, run);
+    made->SetLevel(0, GetLevelMin(0), GetLevelMax(0));
+    return made;
+}
+
+std::unique_ptr<CStlImage> CStlImage::MakeAbPlane(int clipTo255, const Run& run) const
+{
+    return MakePlanes(*this, IDS_MAKE_AB, clipTo255 != 0 && GetPlanes() >= 3 ? 255.0 : kMost, {1, 2}, run);
+}
+
+std::unique_ptr<CStlImage> CStlImage::MakeLabPlane(const Run& run) const
+{
+    return MakePlanes(*this, IDS_MAKE_LAB, kMost, {0, 3}, run);
 }
 
 float CStlImage::GetPixelL(int x, int y, double dx, double dy, double sinA, double cosA, double scale,

@@ -26,9 +26,13 @@ Run WindowRun(CStlImage& image, int show, Escape escape)
     const auto goesOn = std::make_shared<bool>(true);
     Run run;
     run.progress = [&image, show, goesOn](const Progress& progress) {
+        const bool isPercent = progress.total == Progress::kPercent;
+        if (show == 0 && (isPercent || progress.state == Progress::State::kMessage)) {
+            return; // the channel knows silence only where it counts
+        }
         switch (progress.state) {
         case Progress::State::kBegun:
-            if (progress.total == Progress::kPercent) {
+            if (isPercent) {
                 image.ShowProgressInit(progress.text);
             } else {
                 image.ShowProgressInit(show, progress.text, progress.total);

@@ -7,7 +7,6 @@
 
 #include "corvane/core/blank.h"
 #include "corvane/core/display_scale.h"
-#include "corvane/core/progress_channel.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/truncate.h"
 #include "corvane/core/walk.h"
@@ -138,9 +137,14 @@ private:
 int CStlImage::GetHistGram(int* hist, int bins, double lo, double hi, int plane, CRect* rect, int showProgress,
                            int textId)
 {
+    return GetHistGram(hist, bins, lo, hi, plane, rect, WindowRun(*this, showProgress), textId);
+}
+
+int CStlImage::GetHistGram(int* hist, int bins, double lo, double hi, int plane, const CRect* rect, const Run& run,
+                           int textId) const
+{
     const CRect area = WorkingArea(*this, rect);
-    const ProgressChannel progress(*this, showProgress, textId == 0 ? IDS_HISTOGRAM : textId,
-                                   static_cast<int>(area.bottom - area.top));
+    Stage stage(run, textId == 0 ? IDS_HISTOGRAM : textId, static_cast<int>(area.bottom - area.top));
     const bool brightness = plane == -1 && IsColor() && GetPlanes() >= 3;
     if (brightness) {
         BoundsToBrightness(*this, lo, hi);
@@ -162,7 +166,7 @@ int CStlImage::GetHistGram(int* hist, int bins, double lo, double hi, int plane,
             binning.Count(
                 count, [=](int x) { return row[x]; }, [=](int x) { return isBlank(row[x]); });
         }
-        progress.Advance(1);
+        stage.Step();
     }
     if (bins <= 0) {
         return 0;

@@ -1,9 +1,15 @@
 #pragma once
 
+#include <memory>
+
 #include "corvane/core/image.h"
 #include "corvane/core/point.h"
 #include "corvane/platform/array.h"
 #include "corvane/platform/rect.h"
+
+namespace corvane {
+struct Run;
+}
 
 /// The working image: 32-bit float samples with display levels, reference points and a progress channel.
 ///
@@ -226,6 +232,13 @@ public:
     static double CalcBrightL(double r, double g, double b);
     /// @}
 
+    /// @name The same, as parts of a run; for want of room they throw CMemoryException
+    /// @{
+    std::unique_ptr<CStlImage> MakeLPlane(const corvane::Run& run) const;
+    std::unique_ptr<CStlImage> MakeAbPlane(int clipTo255, const corvane::Run& run) const;
+    std::unique_ptr<CStlImage> MakeLabPlane(const corvane::Run& run) const;
+    /// @}
+
     /// A packed device-independent bitmap of the image through its levels: header, colour table for 8 bits, rows from
     /// the bottom up. The caller frees it. Bit counts are 8 and 24; others, and missing memory, give null.
     HDIB GetDib(int bitCount) const;
@@ -238,6 +251,9 @@ public:
     /// rectangle is clamped into the image, edge by edge. Text id 0 means 3066. Returns twice the mean count per bin of
     /// the whole image, as a scale for drawing; 0 when there are no bins.
     int GetHistGram(int* hist, int bins, double lo, double hi, int plane, CRect* rect, int showProgress, int textId);
+    /// The same, as a part of a run.
+    int GetHistGram(int* hist, int bins, double lo, double hi, int plane, const CRect* rect, const corvane::Run& run,
+                    int textId = 0) const;
     /// Mean raw sample of a plane. From the first blank sample on, the rest of its row is left out. NaN for nothing.
     float GetAvrGrayRaw(int plane) const;
     /// The mean on the Gray scale.
@@ -289,8 +305,10 @@ public:
     /// Blanks of either image become this image's blank. A flat of one plane serves every plane; a smaller flat is
     /// extended by its edge.
     void FlatClbrtn(CStlImage* flat, int showProgress);
+    void FlatClbrtn(const CStlImage& flat, const corvane::Run& run); ///< The same, as a part of a run.
     /// Takes off a dark frame: s - d, and 0 where that is 0 or less, also for blanks.
     void DarkClbrtn(CStlImage* dark, int showProgress);
+    void DarkClbrtn(const CStlImage& dark, const corvane::Run& run); ///< The same, as a part of a run.
     /// Makes a colour image monochrome with plane 0's samples and levels; 0 when there is no room.
     int ToGray();
     /// Makes a monochrome image colour with three equal planes and levels; 0 when there is no room.
@@ -298,11 +316,14 @@ public:
     /// Makes this copy of the colour image `source` its brightness, through the levels. 0 when there is no room, or
     /// when `source` is this image or has no three planes.
     int ToGray(CStlImage* source, int showProgress);
+    int ToGray(const CStlImage& source, const corvane::Run& run); ///< The same, as a part of a run.
     /// Makes this image colour with the raw samples of `source`; 0 when there is no room.
     int ToColor(CStlImage* source, int showProgress);
+    int ToColor(const CStlImage& source, const corvane::Run& run); ///< The same, as a part of a run.
     /// Copies the w x h block at (sx, sy) of `source` to (dx, dy) in every plane, as far as it lies in both images.
     /// With mapLevels it keeps its look under this image's levels. Nothing happens when the planes differ in number.
     int PixelBlt(int dx, int dy, int w, int h, CStlImage* source, int sx, int sy, int mapLevels);
+    int PixelBlt(int dx, int dy, int w, int h, const CStlImage& source, int sx, int sy, int mapLevels); ///< The same.
     /// @}
 
     /// @name World coordinates follow the pixels
