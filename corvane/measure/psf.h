@@ -13,6 +13,7 @@
 class CORVANE_API PSF {
 public:
     explicit PSF(CStlImage* image) : image_(image) {}
+    explicit PSF(const CStlImage& image) : image_(&image) {} ///< The same.
     virtual ~PSF();
     PSF(const PSF&) = delete; ///< the kept values have one owner
     PSF& operator=(const PSF&) = delete;
@@ -53,7 +54,7 @@ private:
     static double FwhmToPsf(double width);
     static double PsfToFwhm(double p);
 
-    CStlImage* image_;
+    const CStlImage* image_;
     double* values_ = nullptr;
     int count_ = 0;
 };

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "corvane/core/progress_channel.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 
@@ -68,22 +67,27 @@ struct RowModel {
 
 void CImgFlat::Do(CStlImage* source, CPoint centre, double k, double base, CRect* rect, int showProgress)
 {
+    Do(*source, centre, k, base, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFlat::Do(const CStlImage& source, CPoint centre, double k, double base, const CRect* rect, const Run& run)
+{
     const CRect area = WorkingArea(*this, rect);
     const int x = static_cast<int>(area.left);
-    const int count = source->GetPixelCount() > 0 ? area.Width() : 0;
-    const int own = std::clamp(source->GetWidth() - x, 0, std::max(count, 0)); // what a narrower source has of it
-    const ProgressChannel progress(*this, showProgress, IDS_VIGNETTING, area.Height() * GetPlanes());
+    const int count = source.GetPixelCount() > 0 ? area.Width() : 0;
+    const int own = std::clamp(source.GetWidth() - x, 0, std::max(count, 0)); // what a narrower source has of it
+    Stage stage(run, IDS_VIGNETTING, area.Height() * GetPlanes());
     for (int plane = 0; plane < GetPlanes(); ++plane) {
         for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
             if (count > 0) {
-                const float* const in = source->GetImageAdr(x, y, std::min(plane, source->GetPlanes() - 1), 1);
+                const float* const in = source.GetImageAdr(x, y, std::min(plane, source.GetPlanes() - 1), 1);
                 float* const out = GetImageAdr(x, y, plane);
                 const RowModel model{k, base, static_cast<double>(x) - centre.x, static_cast<double>(y) - centre.y};
                 std::fill_n(out + own, count - own, in[std::max(own, 1) - 1]);
                 model.Apply(in, out, 0, own, count);
                 model.Apply(out, out, own, count, count);
             }
-            progress.Advance(1);
+            stage.Step();
         }
     }
 }

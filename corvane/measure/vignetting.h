@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Corrects vignetting by a model of how brightness changes with the distance from a centre, instead of a flat field.
@@ -20,4 +21,6 @@ public:
     /// NaN. Every plane gets the same factors. Blanks are samples like others; positions outside `source` take its
     /// edge. Reports "Applying vignetting correction..."; ESC is ignored.
     void Do(CStlImage* source, CPoint centre, double k, double base, CRect* rect, int showProgress);
+    /// The same, as a part of a run.
+    void Do(const CStlImage& source, CPoint centre, double k, double base, const CRect* rect, const corvane::Run& run);
 };
