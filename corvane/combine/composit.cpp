@@ -7,7 +7,6 @@
 #include "corvane/combine/aligned_pixels.h"
 #include "corvane/combine/saturation.h"
 #include "corvane/core/blank.h"
-#include "corvane/core/progress_channel.h"
 #include "corvane/core/turn.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
@@ -222,27 +221,33 @@ void CImgComposit::Do(CStlImage* base, CStlImage* overlay, double dx, double dy,
                       int displaySpace, int clampNegative, double fraction, int radius, CRect* rect, int showProgress,
                       int textId)
 {
+    Do(*base, *overlay, dx, dy, angle, mode, ratio, displaySpace, clampNegative, fraction, radius, rect,
+       WindowRun(*this, showProgress), textId);
+}
+
+void CImgComposit::Do(const CStlImage& base, const CStlImage& overlay, double dx, double dy, double angle, int mode,
+                      double ratio, int displaySpace, int clampNegative, double fraction, int radius, const CRect* rect,
+                      const Run& run, int textId)
+{
     if (mode == kCompositeDesaturate) {
-        Abr(base, overlay, dx, dy, angle, mode, ratio, displaySpace, clampNegative, fraction, radius, rect,
-            showProgress, textId);
+        Desaturate(base, overlay, dx, dy, angle, ratio, displaySpace, fraction, radius, rect, run, textId);
         return;
     }
     const bool isKnown = mode >= kCompositeSum && mode <= kCompositeDesaturate;
     const Space space = displaySpace != 0 || !isKnown ? Space::kDisplay : Space::kRaw;
-    const Blanks blanks(*base, *overlay); // before a base that is this image is given a blank value
-    SettleBlanks(*this, *base, *overlay, dx != 0.0 || dy != 0.0 || angle != 0.0);
+    const Blanks blanks(base, overlay); // before a base that is this image is given a blank value
+    SettleBlanks(*this, base, overlay, dx != 0.0 || dy != 0.0 || angle != 0.0);
     const double undefined = GetBlank();
     const double beyond = space == Space::kDisplay ? GetOutsideValue(mode) : 0.0;
-    const double outside = overlay->IsBlankUsed() != 0 ? undefined : beyond;
+    const double outside = overlay.IsBlankUsed() != 0 ? undefined : beyond;
     const Recipe recipe{mode, ratio, space, ChannelsOf(*this), clampNegative != 0, outside, undefined};
     const CRect area = WorkingArea(*this, rect);
-    const Alignment alignment = Alignment::Turned(dx, dy, angle, overlay->GetStdCtr());
-    Composite composite(*this, *base, *overlay, alignment, recipe, blanks, area);
-    const ProgressChannel progress(*this, showProgress, textId == -1 ? IDS_COMPOSITE : textId,
-                                   static_cast<int>(area.bottom - area.top));
+    const Alignment alignment = Alignment::Turned(dx, dy, angle, overlay.GetStdCtr());
+    Composite composite(*this, base, overlay, alignment, recipe, blanks, area);
+    Stage stage(run, textId == -1 ? IDS_COMPOSITE : textId, static_cast<int>(area.bottom - area.top));
     for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
         composite.Row(y);
-        progress.Advance(1);
+        stage.Step();
     }
 }
 
@@ -256,17 +261,24 @@ void CImgComposit::Abr(CStlImage* base, CStlImage* overlay, double dx, double dy
                        double ratio, int displaySpace, int /*clampNegative*/, double fraction, int radius, CRect* rect,
                        int showProgress, int textId)
 {
+    Desaturate(*base, *overlay, dx, dy, angle, ratio, displaySpace, fraction, radius, rect,
+               WindowRun(*this, showProgress), textId);
+}
+
+void CImgComposit::Desaturate(const CStlImage& base, const CStlImage& overlay, double dx, double dy, double angle,
+                              double ratio, int displaySpace, double fraction, int radius, const CRect* rect,
+                              const Run& run, int textId)
+{
     const CRect area = WorkingArea(*this, rect);
     const double sine = Sine(angle * kDegree);
-    const Alignment alignment(dx, dy, sine, std::sqrt(1.0 - sine * sine), 1.0, overlay->GetStdCtr());
+    const Alignment alignment(dx, dy, sine, std::sqrt(1.0 - sine * sine), 1.0, overlay.GetStdCtr());
     const Space space = displaySpace != 0 ? Space::kDisplay : Space::kRaw;
-    const ProgressChannel progress(*this, showProgress, textId == -1 ? IDS_COMPOSITE : textId,
-                                   static_cast<int>(area.bottom - area.top));
+    Stage stage(run, textId == -1 ? IDS_COMPOSITE : textId, static_cast<int>(area.bottom - area.top));
     for (int plane = 0; plane < std::min(GetPlanes(), 3); ++plane) {
-        SaturationReplacement replacement(*this, *base, *overlay, alignment, plane, {ratio, space, fraction, radius});
+        SaturationReplacement replacement(*this, base, overlay, alignment, plane, {ratio, space, fraction, radius});
         for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
             replacement.Row(y, static_cast<int>(area.left), static_cast<int>(area.right));
-            progress.Advance(1);
+            stage.Step();
         }
     }
 }

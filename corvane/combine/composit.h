@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 namespace corvane {
@@ -61,6 +62,10 @@ public:
     void Do(CStlImage* base, CStlImage* overlay, double dx, double dy, double angle, int mode, double ratio,
             int displaySpace, int clampNegative, double fraction, int radius, CRect* rect, int showProgress,
             int textId);
+    /// The same, as a part of a run.
+    void Do(const CStlImage& base, const CStlImage& overlay, double dx, double dy, double angle, int mode, double ratio,
+            int displaySpace, int clampNegative, double fraction, int radius, const CRect* rect,
+            const corvane::Run& run, int textId = -1);
     /// The whole image with ratio 0.5, no clamping, fraction 0.95, radius 0 and no progress.
     void Do(CStlImage* base, CStlImage* overlay, double dx, double dy, double angle, int mode, int displaySpace);
 
@@ -82,5 +87,8 @@ public:
              int textId);
 
 private:
+    void Desaturate(const CStlImage& base, const CStlImage& overlay, double dx, double dy, double angle, double ratio,
+                    int displaySpace, double fraction, int radius, const CRect* rect, const corvane::Run& run,
+                    int textId);
     static double GetOutsideValue(int mode);
 };

@@ -6,7 +6,6 @@
 #include <cstdint>
 
 #include "corvane/core/blank.h"
-#include "corvane/core/progress_channel.h"
 #include "corvane/core/truncate.h"
 #include "corvane/resources/string_table.h"
 
@@ -97,8 +96,8 @@ struct Best {
 /// One search: where it stands, and how it scores and reports.
 class Search {
 public:
-    Search(CImgMatching& image, const CStlImage& reference)
-        : image_(image), reference_(reference), gains_{Gain(0), 1.0, 1.0}
+    Search(const CImgMatching& image, const CStlImage& reference, Stage& stage)
+        : image_(image), reference_(reference), stage_(stage), gains_{Gain(0), 1.0, 1.0}
     {
         for (int plane = 1; image.IsColor() && reference.IsColor() && plane < 3; ++plane) {
             gains_[static_cast<std::size_t>(plane)] = Gain(plane);
@@ -141,7 +140,7 @@ public:
             for (double fx = cx - reach; fx <= cx + reach; fx += step) {
                 if (fx != cx || fy != cy) {
                     best_.Offer(image_.CalcValue(&reference_, fx, fy, gains_.data()), fx, fy);
-                    image_.ShowProgress(6);
+                    stage_.Step(6);
                 }
             }
         }
@@ -158,11 +157,12 @@ private:
     void Try(int ox, int oy)
     {
         best_.Offer(image_.CalcValue(&reference_, ox, oy, gains_.data()), ox, oy);
-        image_.ShowProgress(1);
+        stage_.Step();
     }
 
-    CImgMatching& image_;
+    const CImgMatching& image_;
     const CStlImage& reference_;
+    Stage& stage_;
     std::array<double, 3> gains_;
     Best best_;
 };
@@ -171,10 +171,15 @@ private:
 
 int CImgMatching::Do(CStlImage* reference, double* x, double* y, int searchRange, int subPixel, int showProgress)
 {
+    return Do(*reference, x, y, searchRange, subPixel, WindowRun(*this, showProgress));
+}
+
+int CImgMatching::Do(const CStlImage& reference, double* x, double* y, int searchRange, int subPixel,
+                     const Run& run) const
+{
     const std::int64_t coarse = std::int64_t{searchRange} * searchRange / 4;
-    const ProgressChannel progress(*this, showProgress, IDS_MATCHING,
-                                   Truncate(static_cast<double>(coarse + (subPixel != 0 ? 297 : 9))));
-    Search search(*this, *reference);
+    Stage stage(run, IDS_MATCHING, Truncate(static_cast<double>(coarse + (subPixel != 0 ? 297 : 9))));
+    Search search(*this, reference, stage);
     search.Coarse(*x, *y, searchRange / 2);
     if (search.Result().found) {
         search.Fine();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Finds where a small reference image lies in this image, by the least mean squared difference after matching the
@@ -20,6 +21,9 @@ public:
     /// Returns 1 and the best offset in *x and *y, or 0 with both untouched when no offset gave a score.
     /// Reports "Processing object matching..." and cannot be cancelled.
     int Do(CStlImage* reference, double* x, double* y, int searchRange, int subPixel, int showProgress);
+    /// The same, as a part of a run.
+    int Do(const CStlImage& reference, double* x, double* y, int searchRange, int subPixel,
+           const corvane::Run& run) const;
 
     /// Mean squared difference s - r * gains[plane] with the reference's corner at a whole offset;
     /// 3.402823466e38 when the two do not overlap.

@@ -7,7 +7,6 @@
 
 #include "corvane/combine/aligned_pixels.h"
 #include "corvane/core/brightness.h"
-#include "corvane/core/progress_channel.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 
@@ -160,19 +159,27 @@ private:
 void CImgMosic::Do(CStlImage* first, int ox, int oy, CStlImage* second, double dx, double dy, double angle, int mode,
                    float* key, float* outside, int displaySpace, int average, CRect* rect, int showProgress)
 {
+    Do(*first, ox, oy, *second, dx, dy, angle, mode, key, outside, displaySpace, average, rect,
+       WindowRun(*this, showProgress));
+}
+
+void CImgMosic::Do(const CStlImage& first, int ox, int oy, const CStlImage& second, double dx, double dy, double angle,
+                   int mode, const float* key, const float* outside, int displaySpace, int average, const CRect* rect,
+                   const Run& run)
+{
     const CRect area = WorkingArea(*this, rect);
     const Space space = displaySpace != 0 ? Space::kDisplay : Space::kRaw;
     const Rule rule = MakeRule(*this, mode, key, space, average != 0);
     const int columns = std::max({static_cast<int>(area.left), static_cast<int>(area.right), 0});
-    const Alignment shift(ox, oy, 0.0, 1.0, 1.0, first->GetStdCtr());
-    const Alignment turn = Alignment::Turned(ox + dx, oy + dy, angle, second->GetStdCtr());
-    const AlignedPixels firstPixels(*first, shift, rule.channels, space, columns);
-    const AlignedPixels secondPixels(*second, turn, rule.channels, space, columns);
+    const Alignment shift(ox, oy, 0.0, 1.0, 1.0, first.GetStdCtr());
+    const Alignment turn = Alignment::Turned(ox + dx, oy + dy, angle, second.GetStdCtr());
+    const AlignedPixels firstPixels(first, shift, rule.channels, space, columns);
+    const AlignedPixels secondPixels(second, turn, rule.channels, space, columns);
     const double beyond = Beyond(outside, space);
     Mosaic mosaic(*this, firstPixels, secondPixels, rule, area);
-    const ProgressChannel progress(*this, showProgress, IDS_MOSAIC, static_cast<int>(area.bottom - area.top));
+    Stage stage(run, IDS_MOSAIC, static_cast<int>(area.bottom - area.top));
     for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
         mosaic.WriteRow(y, beyond);
-        progress.Advance(1);
+        stage.Step();
     }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 namespace corvane {
@@ -45,4 +46,8 @@ public:
     /// Reports "Creating mosaic..."; ESC is ignored.
     void Do(CStlImage* first, int ox, int oy, CStlImage* second, double dx, double dy, double angle, int mode,
             float* key, float* outside, int displaySpace, int average, CRect* rect, int showProgress);
+    /// The same, as a part of a run.
+    void Do(const CStlImage& first, int ox, int oy, const CStlImage& second, double dx, double dy, double angle,
+            int mode, const float* key, const float* outside, int displaySpace, int average, const CRect* rect,
+            const corvane::Run& run);
 };
