@@ -10,6 +10,7 @@
 #include "catalogue/row_order.h"
 #include "corvane/combine/cut_out_search.h"
 #include "corvane/core/error.h"
+#include "corvane/core/run.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -118,7 +119,8 @@ Match RunMatch(io::Frame& reference, io::Frame& image, const MatchOptions& optio
     CheckPair(reference.image, image.image);
     BringToOrderOf(image, reference, context);
     const CRect places = PlacesIn(reference.image, image.image, options);
-    const std::optional<CutOutPlace> found = FindCutOut(reference.image, image.image, places, context.showProgress);
+    const std::optional<CutOutPlace> found =
+        FindCutOut(reference.image, image.image, places, WindowRun(image.image, context.showProgress, Escape::kEnds));
     const char* const file = reference.image.GetOrgFileName();
     if (!found) {
         throw FileError(file, "cannot be compared: it or what lies there is flat, or less than half of it is defined");

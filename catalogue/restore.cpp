@@ -57,6 +57,19 @@ void CheckSigma(const Arguments& arguments)
     }
 }
 
+/// The context as a run that reports to the image's window.
+corvane::Run RunOf(const Context& context, CStlImage& image)
+{
+    corvane::Run run = WindowRun(image, context.showProgress, Escape::kEnds);
+    run.diagnostics = [&context](const Diagnostic& diagnostic) {
+        const auto* const event = std::get_if<RestoreEvent>(&diagnostic);
+        if (event != nullptr && context.restoring) {
+            context.restoring(*event);
+        }
+    };
+    return run;
+}
+
 void ThrowUnlessDone(Restored end)
 {
     if (end == Restored::kCancelled) {
@@ -82,8 +95,7 @@ void RunLucy(io::Frame& frame, Arguments& arguments, const Context& context)
     Tell(context, "read-out noise", noise, "electrons");
     CImgLucy image;
     image.Swap(&frame.image);
-    ThrowUnlessDone(image.Restore(sigma, gain, noise, arguments.Whole("iterations"), rect, context.showProgress,
-                                  context.restoring));
+    ThrowUnlessDone(image.Do(sigma, gain, noise, arguments.Whole("iterations"), rect, RunOf(context, image)));
     image.Swap(&frame.image);
 }
 
@@ -109,8 +121,7 @@ void RunMaxent(io::Frame& frame, Arguments& arguments, const Context& context)
     const bool isOnGrid = arguments.Flag("resample") || rect != nullptr;
     CImgMem image;
     image.Swap(&frame.image);
-    ThrowUnlessDone(image.Restore(sigma, noise, arguments.Whole("iterations"), rect, context.showProgress, isOnGrid,
-                                  context.restoring));
+    ThrowUnlessDone(image.Do(sigma, noise, arguments.Whole("iterations"), rect, isOnGrid, RunOf(context, image)));
     if (!isOnGrid) {
         MoveReferencePixel(image);
     }

@@ -21,7 +21,7 @@ const Line search("combine/cut-out/64 x 64 in 2048 x 2048", {}, [](Run& run) {
     DrawStars(cutOut, offsetX, offsetY);
     const CRect places(0, 0, size - side + 1, size - side + 1);
     std::optional<CutOutPlace> found;
-    const auto work = [&] { found = FindCutOut(cutOut, image, places, 0); };
+    const auto work = [&] { found = FindCutOut(cutOut, image, places, {}); };
     work();
     Require(found && std::fabs(found->x - offsetX) < 0.11 && std::fabs(found->y - offsetY) < 0.11, "the offset found");
     run.Time(image.GetImageSize(), work);

@@ -42,7 +42,7 @@ void TimeIterations(Run& run, int size)
                       .readNoise = kReadNoise,
                       .target = 0.0};
     std::vector<float> once = data;
-    Require(RestoreLucy(once.data(), job, nullptr, 0) == Restored::kDone, "the restoration did not finish");
+    Require(RestoreLucy(once.data(), job, {}, 0) == Restored::kDone, "the restoration did not finish");
     double before = 0.0;
     double after = 0.0;
     double brightest = 0.0;
@@ -57,7 +57,7 @@ void TimeIterations(Run& run, int size)
     Require(restored > brightest, "stars are not sharper");
     run.Time(
         data.size() * sizeof(float), [&] { return data; },
-        [&](std::vector<float>& plane) { RestoreLucy(plane.data(), job, nullptr, 0); });
+        [&](std::vector<float>& plane) { RestoreLucy(plane.data(), job, {}, 0); });
 }
 
 const Line small("restore/Lucy/20 iterations, 1024 x 1024", Seconds(0.7),

@@ -8,7 +8,6 @@
 
 #include "corvane/combine/cut_out_likeness.h"
 #include "corvane/core/blank.h"
-#include "corvane/core/run.h"
 #include "corvane/resources/string_table.h"
 #include "corvane/restore/convolver.h"
 
@@ -199,7 +198,7 @@ private:
             deviation_[i] += static_cast<double>(samples_[i]) * samples_[i];
             meanSquare_[i] += sums[i] * sums[i] / pairs;
         }
-        planes_[static_cast<std::size_t>(plane)].Correlate(samples_.data(), samples_.data(), silence_);
+        planes_[static_cast<std::size_t>(plane)].Correlate(samples_.data(), samples_.data());
         std::transform(samples_.begin(), samples_.end(), correlation_.begin(), correlation_.begin(), std::plus<>());
         return energy;
     }
@@ -218,8 +217,6 @@ private:
         }
     }
 
-    RestoreProgress progress_{nullptr};
-    RestoreStage silence_{progress_, 0.0, 0.0};
     const CStlImage& cutOut_;
     const CStlImage& image_;
     int width_;
@@ -233,14 +230,13 @@ private:
 };
 
 /// Searches tile by tile.
-Shortlist SearchTiles(const CStlImage& cutOut, CStlImage& image, const CRect& places, int showProgress)
+Shortlist SearchTiles(const CStlImage& cutOut, const CStlImage& image, const CRect& places, const Run& run)
 {
     const int width = std::min<int>(places.Width(), std::max(kTile, cutOut.GetWidth()));
     const int height = std::min<int>(places.Height(), std::max(kTile, cutOut.GetHeight()));
     const int tiles = ((places.Width() - 1) / width + 1) * ((places.Height() - 1) / height + 1);
     Shortlist list(cutOut);
     TileSearch search(cutOut, image, width, height);
-    const Run run = WindowRun(image, showProgress, Escape::kEnds);
     Stage stage(run, IDS_MATCHING, tiles);
     for (int top = static_cast<int>(places.top); top < places.bottom; top += height) {
         for (int left = static_cast<int>(places.left); left < places.right; left += width) {
@@ -308,12 +304,13 @@ private:
 
 } // namespace
 
-std::optional<CutOutPlace> FindCutOut(const CStlImage& cutOut, CStlImage& image, const CRect& places, int showProgress)
+std::optional<CutOutPlace> FindCutOut(const CStlImage& cutOut, const CStlImage& image, const CRect& places,
+                                      const Run& run)
 {
     if (places.Width() <= 0 || places.Height() <= 0) {
         return std::nullopt;
     }
-    const Shortlist list = SearchTiles(cutOut, image, places, showProgress);
+    const Shortlist list = SearchTiles(cutOut, image, places, run);
     Judge judge(cutOut, image, places);
     for (const Candidate& candidate : list.Places()) {
         judge.Try(candidate.x, candidate.y);

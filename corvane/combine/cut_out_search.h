@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 namespace corvane {
@@ -29,9 +30,9 @@ struct CutOutPlace {
 /// for them); a place that leaves less than half of the cut-out is none. Nor is one that is flat: whose deviation is 0, or so small beside what lies within some 512 pixels that the transforms' rounding
 /// hides it (2e-5 of the root of its sum of squares).
 ///
-/// Reports "Processing object matching..." in `image`'s progress window. Returns nothing when there is no place to
+/// Reports "Processing object matching...". Returns nothing when there is no place to
 /// compare, as for a cut-out of one value. Throws Cancelled, and std::bad_alloc when there is no room.
-CORVANE_VISIBLE std::optional<CutOutPlace> FindCutOut(const CStlImage& cutOut, CStlImage& image, const CRect& places,
-                                                      int showProgress);
+CORVANE_VISIBLE std::optional<CutOutPlace> FindCutOut(const CStlImage& cutOut, const CStlImage& image,
+                                                      const CRect& places, const Run& run);
 
 } // namespace corvane

@@ -41,7 +41,7 @@ Convolver::Convolver(int width, int height)
     : transform_(width, height), transfer_(transform_.SpectrumSize()), spectrum_(transform_.SpectrumSize())
 {}
 
-void Convolver::SetPsf(float* psf, const RestoreStage& stage)
+void Convolver::SetPsf(float* psf)
 {
     const std::ptrdiff_t peak = std::max_element(psf, psf + Size()) - psf;
     float* const end = psf + Size();
@@ -52,7 +52,6 @@ void Convolver::SetPsf(float* psf, const RestoreStage& stage)
     SetKernel(psf);
     const float sum = transfer_[0];
     std::transform(transfer_.begin(), transfer_.end(), transfer_.begin(), [=](float v) { return v / sum; });
-    stage.Reach(1.0);
 }
 
 void Convolver::SetKernel(const float* kernel)
@@ -61,27 +60,28 @@ void Convolver::SetKernel(const float* kernel)
 }
 
 template <class Product>
-void Convolver::Apply(const float* in, float* out, const RestoreStage& stage, Product product)
+void Convolver::Apply(const float* in, float* out, const ShareSink& reach, Product product)
 {
+    const auto tell = [&](double share) { reach ? reach(share) : void(); };
     transform_.Forward(in, spectrum_.data());
-    stage.Reach(0.5);
+    tell(0.5);
     float* spectrum = spectrum_.data();
     const float* transfer = transfer_.data();
     ForEachBlock(transform_, [&](std::size_t re, std::size_t im, std::size_t count) {
         Multiply(count, spectrum + re, spectrum + im, transfer + re, transfer + im, product);
     });
     transform_.Inverse(spectrum, out);
-    stage.Reach(1.0);
+    tell(1.0);
 }
 
-void Convolver::Convolve(const float* in, float* out, const RestoreStage& stage)
+void Convolver::Convolve(const float* in, float* out, const ShareSink& reach)
 {
-    Apply(in, out, stage, [](Complex value, Complex transfer) { return value * transfer; });
+    Apply(in, out, reach, [](Complex value, Complex transfer) { return value * transfer; });
 }
 
-void Convolver::Correlate(const float* in, float* out, const RestoreStage& stage)
+void Convolver::Correlate(const float* in, float* out, const ShareSink& reach)
 {
-    Apply(in, out, stage, [](Complex value, Complex transfer) { return value * Conjugate(transfer); });
+    Apply(in, out, reach, [](Complex value, Complex transfer) { return value * Conjugate(transfer); });
 }
 
 } // namespace corvane

@@ -1,12 +1,15 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "corvane/platform/export.h"
 #include "corvane/restore/image_transform.h"
-#include "corvane/restore/restore_progress.h"
 
 namespace corvane {
+
+/// Hears which share [0..1] of a step is done; it may throw to end the work. May be empty.
+using ShareSink = std::function<void(double share)>;
 
 /// Circular convolution of planes of one size with one function, as a point-spread function, by Fourier transform.
 class CORVANE_VISIBLE Convolver {
@@ -21,17 +24,17 @@ public:
 
     /// Takes the function from a plane of the same size, brought to a sum of 1. Its peak, the first largest sample of the
     /// first row that holds it, becomes the origin; the plane is left with the peak there.
-    void SetPsf(float* psf, const RestoreStage& stage);
+    void SetPsf(float* psf);
     /// Takes any function from a plane of the same size, as it is: its origin is the first sample.
     void SetKernel(const float* kernel);
     /// Convolves a plane with the function. `out` may be `in`.
-    void Convolve(const float* in, float* out, const RestoreStage& stage);
+    void Convolve(const float* in, float* out, const ShareSink& reach = {});
     /// Correlates a plane with the function, the transpose of the former. `out` may be `in`.
-    void Correlate(const float* in, float* out, const RestoreStage& stage);
+    void Correlate(const float* in, float* out, const ShareSink& reach = {});
 
 private:
     template <class Product>
-    void Apply(const float* in, float* out, const RestoreStage& stage, Product product);
+    void Apply(const float* in, float* out, const ShareSink& reach, Product product);
 
     ImageTransform transform_;
     std::vector<float> transfer_;

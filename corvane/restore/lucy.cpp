@@ -19,7 +19,8 @@ constexpr int kPsfSize = 64;
 int CImgLucy::Do(double sigma, double gain, double readNoise, int iterations, CRect* rect, int showProgress)
 {
     try {
-        const Restored end = Restore(sigma, gain, readNoise, iterations, rect, showProgress, {});
+        const Run run = WindowRun(*this, showProgress, Escape::kEnds);
+        const Restored end = Do(sigma, gain, readNoise, iterations, rect, run);
         TellFailure(end, IDS_LUCY_NO_MEMORY, IDS_LUCY_CANCELLED);
         return HasStopped(end) ? 0 : 1;
     } catch (const std::bad_alloc&) {
@@ -27,8 +28,7 @@ int CImgLucy::Do(double sigma, double gain, double readNoise, int iterations, CR
     }
 }
 
-Restored CImgLucy::Restore(double sigma, double gain, double readNoise, int iterations, const CRect* rect,
-                           int showProgress, const RestoreSink& sink)
+Restored CImgLucy::Do(double sigma, double gain, double readNoise, int iterations, const CRect* rect, const Run& run)
 {
     Region region(*this, rect);
     const std::unique_ptr<float[]> psf(MakeGauss(sigma, kPsfSize, kPsfSize));
@@ -39,11 +39,8 @@ Restored CImgLucy::Restore(double sigma, double gain, double readNoise, int iter
                       .psfHeight = kPsfSize,
                       .iterations = iterations,
                       .gain = gain,
-                      .readNoise = readNoise,
-                      .sink = sink};
-    CStlImage* const owner = showProgress != 0 ? this : nullptr;
-    return RestorePlanes(region, *this,
-                         [&](float* plane, int number) { return RestoreLucy(plane, job, owner, number); });
+                      .readNoise = readNoise};
+    return RestorePlanes(region, *this, [&](float* plane, int number) { return RestoreLucy(plane, job, run, number); });
 }
 
 float* CImgLucy::MakeGauss(double sigma, int width, int height)

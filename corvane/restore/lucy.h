@@ -1,6 +1,6 @@
 #pragma once
 
-#include "corvane/core/diagnostic.h"
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/restore/restore_progress.h"
 
@@ -28,10 +28,10 @@ public:
     /// without a message.
     int Do(double sigma, double gain, double readNoise, int iterations, CRect* rect, int showProgress);
 
-    /// `Do` for callers that tell the user themselves: shows no message box, and returns how it ended. Throws
+    /// The same, as a part of a run, which hears of the iterations: shows no message box, and returns how it ended. Throws
     /// CMemoryException for a region that does not fit the memory budget.
-    corvane::Restored Restore(double sigma, double gain, double readNoise, int iterations, const CRect* rect,
-                              int showProgress, const corvane::RestoreSink& sink);
+    corvane::Restored Do(double sigma, double gain, double readNoise, int iterations, const CRect* rect,
+                         const corvane::Run& run);
 
 private:
     static float* MakeGauss(double sigma, int width, int height);

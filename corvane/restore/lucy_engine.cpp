@@ -20,9 +20,9 @@ constexpr int kLineRounds = 20;
 
 class LucyEngine {
 public:
-    LucyEngine(const float* data, const LucyJob& job, RestoreProgress& progress, int plane);
+    LucyEngine(const float* data, const LucyJob& job, const Run& run, int plane);
 
-    Restored Run();
+    Restored Restore();
     /// Writes the restored plane.
     void Write(float* data) const { grid_.Take(estimate_.data(), data); }
 
@@ -38,12 +38,12 @@ private:
     void Move(double factor);
     double ReducedChiSquare(double from, double to);
     double LeastSample() const;
-    void TellStart() const;
+    LucyStart Beginning() const;
     RestoreState State(int iteration) const { return {plane_, iteration, job_.iterations, chiSquare_}; }
-    RestoreStage Stage(double from, double to) { return {progress_, from, to}; }
 
     const LucyJob& job_;
-    RestoreProgress& progress_;
+    const Run& run_;
+    RestoreProgress progress_;
     int plane_;
     Grid grid_;
     double noise_; ///< the read-out noise as a variance in raw units, times the gain
@@ -60,8 +60,8 @@ private:
     double chiSquare_ = 0.0;
 };
 
-LucyEngine::LucyEngine(const float* data, const LucyJob& job, RestoreProgress& progress, int plane)
-    : job_(job), progress_(progress), plane_(plane), grid_(job.width, job.height, job.psfWidth, job.psfHeight),
+LucyEngine::LucyEngine(const float* data, const LucyJob& job, const Run& run, int plane)
+    : job_(job), run_(run), progress_(run), plane_(plane), grid_(job.width, job.height, job.psfWidth, job.psfHeight),
       noise_(job.readNoise * job.readNoise / job.gain), convolver_(grid_.Width(), grid_.Height()), data_(grid_.Size()),
       weight_(grid_.Size()), sensitivity_(grid_.Size()), estimate_(grid_.Size()), model_(grid_.Size()),
       step_(grid_.Size()), modelStep_(grid_.Size()), previousStep_(grid_.Size()), previousModelStep_(grid_.Size())
@@ -70,11 +70,11 @@ LucyEngine::LucyEngine(const float* data, const LucyJob& job, RestoreProgress& p
     grid_.Fill(1.0F, weight_.data());
 }
 
-Restored LucyEngine::Run()
+Restored LucyEngine::Restore()
 {
     MaskNegatives();
     Start();
-    TellStart();
+    run_.Tell(Beginning());
     LucyEnd end = LucyEnd::kNone;
     for (int n = 0; n < job_.iterations && end == LucyEnd::kNone;) {
         end = Iterate(++n);
@@ -103,7 +103,7 @@ void LucyEngine::MaskNegatives()
 void LucyEngine::Start()
 {
     progress_.Open(plane_ == 0 ? IDS_LUCY_INIT : IDS_LUCY_INIT_PLANES, plane_);
-    Stage(0.0, 5.0).Reach(1.0);
+    progress_.Reach(5.0);
     if (job_.initial != nullptr) {
         grid_.Place(job_.initial, estimate_.data());
     } else {
@@ -113,32 +113,30 @@ void LucyEngine::Start()
     Grid(job_.psfWidth, job_.psfHeight, job_.width, job_.height).Place(job_.psf, step_.data());
     std::replace_if(
         step_.begin(), step_.end(), [](float v) { return v < 0.0F; }, 0.0F);
-    convolver_.SetPsf(step_.data(), Stage(5.0, 10.0));
+    convolver_.SetPsf(step_.data());
+    progress_.Reach(10.0);
     MakeSensitivity();
-    convolver_.Convolve(estimate_.data(), model_.data(), Stage(30.0, 90.0));
+    convolver_.Convolve(estimate_.data(), model_.data(), progress_.Between(30.0, 90.0));
     chiSquare_ = ReducedChiSquare(90.0, 100.0);
 }
 
-void LucyEngine::TellStart() const
+LucyStart LucyEngine::Beginning() const
 {
-    if (job_.sink) {
-        job_.sink(
-            LucyStart{.state = State(0),
-                      .data = data_.data() + grid_.Top() * static_cast<std::ptrdiff_t>(grid_.Width()) + grid_.Left(),
-                      .stride = grid_.Width(),
-                      .width = job_.width,
-                      .height = job_.height,
-                      .left = grid_.Left(),
-                      .top = grid_.Top(),
-                      .least = LeastSample(),
-                      .sigmas = job_.threshold});
-    }
+    return {.state = State(0),
+            .data = data_.data() + grid_.Top() * static_cast<std::ptrdiff_t>(grid_.Width()) + grid_.Left(),
+            .stride = grid_.Width(),
+            .width = job_.width,
+            .height = job_.height,
+            .left = grid_.Left(),
+            .top = grid_.Top(),
+            .least = LeastSample(),
+            .sigmas = job_.threshold};
 }
 
 /// How much of what each sample sends out is seen.
 void LucyEngine::MakeSensitivity()
 {
-    convolver_.Correlate(weight_.data(), sensitivity_.data(), Stage(10.0, 30.0));
+    convolver_.Correlate(weight_.data(), sensitivity_.data(), progress_.Between(10.0, 30.0));
     const double least = kLeastSensitivity * *std::max_element(sensitivity_.begin(), sensitivity_.end());
     for (std::size_t i = 0; i < sensitivity_.size(); ++i) {
         const bool isSeen = sensitivity_[i] >= least;
@@ -155,9 +153,9 @@ LucyEnd LucyEngine::Iterate(int iteration)
     LucyIteration done;
     if (job_.mode == LucyMode::kPlain) {
         Move(1.0);
-        convolver_.Convolve(estimate_.data(), model_.data(), Stage(40.0, 80.0));
+        convolver_.Convolve(estimate_.data(), model_.data(), progress_.Between(40.0, 80.0));
     } else {
-        convolver_.Convolve(step_.data(), modelStep_.data(), Stage(40.0, 80.0));
+        convolver_.Convolve(step_.data(), modelStep_.data(), progress_.Between(40.0, 80.0));
         done = Advance(iteration);
     }
     chiSquare_ = ReducedChiSquare(80.0, 100.0);
@@ -166,9 +164,7 @@ LucyEnd LucyEngine::Iterate(int iteration)
     done.end = std::isnan(chiSquare_)      ? LucyEnd::kNotANumber
                : chiSquare_ <= job_.target ? LucyEnd::kReached
                                            : LucyEnd::kNone;
-    if (job_.sink) {
-        job_.sink(done);
-    }
+    run_.Tell(done);
     return done.end;
 }
 
@@ -176,7 +172,7 @@ LucyEnd LucyEngine::Iterate(int iteration)
 void LucyEngine::Correct()
 {
     Ratios(data_, model_, weight_, noise_, step_);
-    convolver_.Correlate(step_.data(), step_.data(), Stage(0.0, 40.0));
+    convolver_.Correlate(step_.data(), step_.data(), progress_.Between(0.0, 40.0));
     ToSteps(estimate_, sensitivity_, step_);
 }
 
@@ -251,26 +247,24 @@ void LucyEngine::Move(double factor)
 
 double LucyEngine::ReducedChiSquare(double from, double to)
 {
-    const RestoreStage stage = Stage(from, to);
-    stage.Reach(0.0);
+    progress_.Reach(from);
     const double chiSquare = corvane::ReducedChiSquare(data_, model_, weight_, job_.gain, job_.readNoise);
-    stage.Reach(1.0);
+    progress_.Reach(to);
     return chiSquare;
 }
 
 } // namespace
 
-Restored RestoreLucy(float* data, const LucyJob& job, CStlImage* owner, int plane)
+Restored RestoreLucy(float* data, const LucyJob& job, const Run& run, int plane)
 {
     try {
-        RestoreProgress progress(owner);
-        LucyEngine engine(data, job, progress, plane);
-        const Restored end = engine.Run();
+        LucyEngine engine(data, job, run, plane);
+        const Restored end = engine.Restore();
         engine.Write(data);
         return end;
     } catch (const std::bad_alloc&) {
         return Restored::kNoMemory;
-    } catch (const RestorationCancelled&) {
+    } catch (const Cancelled&) {
         return Restored::kCancelled;
     }
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "corvane/core/diagnostic.h"
-#include "corvane/core/stl_image.h"
+#include "corvane/core/run.h"
 #include "corvane/restore/restore_progress.h"
 
 namespace corvane {
@@ -20,7 +20,6 @@ struct LucyJob {
     double target = 1.0;            ///< reduced chi-square at which it ends
     double threshold = 5.0;         ///< so many sigmas below 0 a sample is left out; 0 or less: none is
     LucyMode mode = LucyMode::kTurbo;
-    RestoreSink sink{};
 };
 
 /// Restores a plane by the iteration of Richardson and Lucy for photon and read-out noise, in place.
@@ -31,7 +30,8 @@ struct LucyJob {
 /// second iteration on the direction is made conjugate to the one before; see `DirectionShare`.
 ///
 /// The plane, of 1 x 1 or more, is restored on a grid that holds the function too. On cancellation, or without memory,
-/// it stays as it is; a chi-square that is not a number ends the work with what there is. `plane` is its number, from 1 on, or 0 for the only one.
-CORVANE_VISIBLE Restored RestoreLucy(float* data, const LucyJob& job, CStlImage* owner, int plane);
+/// it stays as it is; a chi-square that is not a number ends the work with what there is. `plane` is its number, from 1
+/// on, or 0 for the only one. The run hears of a `LucyStart` and of each `LucyIteration`.
+CORVANE_VISIBLE Restored RestoreLucy(float* data, const LucyJob& job, const Run& run, int plane);
 
 } // namespace corvane

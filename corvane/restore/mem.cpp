@@ -20,7 +20,8 @@ constexpr int kPsfSizeOnGrid = 64;
 int CImgMem::Do(double sigma, double noiseSigma, int iterations, CRect* rect, int showProgress)
 {
     try {
-        const Restored end = Restore(sigma, noiseSigma, iterations, rect, showProgress, false, {});
+        const Run run = WindowRun(*this, showProgress, Escape::kEnds);
+        const Restored end = Do(sigma, noiseSigma, iterations, rect, false, run);
         TellFailure(end, IDS_MEM_NO_MEMORY, IDS_MEM_CANCELLED);
         return HasStopped(end) ? 0 : 1;
     } catch (const std::bad_alloc&) {
@@ -28,8 +29,7 @@ int CImgMem::Do(double sigma, double noiseSigma, int iterations, CRect* rect, in
     }
 }
 
-Restored CImgMem::Restore(double sigma, double noiseSigma, int iterations, const CRect* rect, int showProgress,
-                          bool isOnGrid, const RestoreSink& sink)
+Restored CImgMem::Do(double sigma, double noiseSigma, int iterations, const CRect* rect, bool isOnGrid, const Run& run)
 {
     Region region(*this, rect);
     const int size = isOnGrid ? kPsfSizeOnGrid : kPsfSize;
@@ -40,11 +40,9 @@ Restored CImgMem::Restore(double sigma, double noiseSigma, int iterations, const
                      .psfWidth = size,
                      .psfHeight = size,
                      .variance = noiseSigma * noiseSigma,
-                     .iterations = iterations,
-                     .sink = sink};
-    CStlImage* const owner = showProgress != 0 ? this : nullptr;
+                     .iterations = iterations};
     return RestorePlanes(region, *this, [&](float* plane, int number) {
-        const int status = RestoreByEntropy(plane, job, owner, number);
+        const int status = RestoreByEntropy(plane, job, run, number);
         return status == kMemNothingToFit ? Restored::kNotANumber : EndOfStatus(status);
     });
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "corvane/core/diagnostic.h"
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/restore/restore_progress.h"
 
@@ -29,11 +29,11 @@ public:
     /// without a message.
     int Do(double sigma, double noiseSigma, int iterations, CRect* rect, int showProgress);
 
-    /// `Do` for callers that tell the user themselves: shows no message box, and returns how it ended. With `isOnGrid` a
-    /// function of 64 x 64 has its centre on a sample, and nothing is displaced. Throws CMemoryException for a region
-    /// that does not fit the memory budget.
-    corvane::Restored Restore(double sigma, double noiseSigma, int iterations, const CRect* rect, int showProgress,
-                              bool isOnGrid, const corvane::RestoreSink& sink);
+    /// The same, as a part of a run, which hears of the iterations: shows no message box, and returns how it ended. With
+    /// `isOnGrid` a function of 64 x 64 has its centre on a sample, and nothing is displaced. Throws CMemoryException
+    /// for a region that does not fit the memory budget.
+    corvane::Restored Do(double sigma, double noiseSigma, int iterations, const CRect* rect, bool isOnGrid,
+                         const corvane::Run& run);
 
 private:
     static float* MakeGauss(double sigma, int width, int height);

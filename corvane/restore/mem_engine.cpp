@@ -38,10 +38,10 @@ double Logarithm(double x)
 
 class MemEngine {
 public:
-    MemEngine(const float* data, const MemJob& job, double scale, RestoreProgress& progress, int plane);
+    MemEngine(const float* data, const MemJob& job, double scale, const Run& run, RestoreProgress& progress, int plane);
 
     /// Returns the status.
-    int Run();
+    int Restore();
     void Write(float* result) const;
 
 private:
@@ -58,9 +58,9 @@ private:
     RestoreState State(int iteration) const { return {plane_, iteration, job_.iterations, chi_ / target_}; }
     MemStart Beginning() const;
     MemIteration Summary(int iteration, const SubspaceStep& step, double amount) const;
-    RestoreStage Stage(double from, double to) { return {progress_, from, to}; }
 
     const MemJob& job_;
+    const Run& run_;
     RestoreProgress& progress_;
     int plane_;
     double scale_;
@@ -96,8 +96,9 @@ int GridExtent(int plane, int psf)
     return QuickLength(std::max(plane + psf / 2, psf));
 }
 
-MemEngine::MemEngine(const float* data, const MemJob& job, double scale, RestoreProgress& progress, int plane)
-    : job_(job), progress_(progress), plane_(plane), scale_(scale),
+MemEngine::MemEngine(const float* data, const MemJob& job, double scale, const Run& run, RestoreProgress& progress,
+                     int plane)
+    : job_(job), run_(run), progress_(progress), plane_(plane), scale_(scale),
       grid_(job.width, job.height, GridExtent(job.width, job.psfWidth), GridExtent(job.height, job.psfHeight)),
       convolver_(grid_.Width(), grid_.Height()), data_(grid_.Size()), weight_(grid_.Size()), image_(grid_.Size(), 1.0F),
       model_(grid_.Size()), target_(static_cast<double>(job.width) * job.height)
@@ -111,12 +112,10 @@ MemEngine::MemEngine(const float* data, const MemJob& job, double scale, Restore
     grid_.Fill(static_cast<float>(1.0 / (job.variance * scale * scale)), weight_.data());
 }
 
-int MemEngine::Run()
+int MemEngine::Restore()
 {
     Start();
-    if (job_.sink) {
-        job_.sink(Beginning());
-    }
+    run_.Tell(Beginning());
     for (int n = 0; n < job_.iterations;) {
         ++n;
         progress_.OpenIteration(IDS_MEM, IDS_MEM_PLANE, plane_, n);
@@ -142,8 +141,8 @@ void MemEngine::Advance(int iteration)
     Join(step);
     const double amount = Search(step.multiplier);
     Move(amount);
-    if (job_.sink) {
-        job_.sink(Summary(iteration, step, amount));
+    if (run_.diagnostics) { // its sums take time
+        run_.Tell(Summary(iteration, step, amount));
     }
 }
 
@@ -152,8 +151,9 @@ void MemEngine::Start()
     progress_.Open(plane_ == 0 ? IDS_MEM_INIT : IDS_MEM_INIT_PLANE, plane_);
     Samples& psf = directions_[0];
     Grid(job_.psfWidth, job_.psfHeight, grid_.Width(), grid_.Height()).Place(job_.psf, psf.data());
-    convolver_.SetPsf(psf.data(), Stage(0.0, 50.0));
-    convolver_.Convolve(image_.data(), model_.data(), Stage(50.0, 100.0));
+    convolver_.SetPsf(psf.data());
+    progress_.Reach(50.0);
+    convolver_.Convolve(image_.data(), model_.data(), progress_.Between(50.0, 100.0));
 }
 
 /// Chi-square, and the directions of both slopes by the metric of the entropy.
@@ -169,7 +169,7 @@ void MemEngine::FindSlopes()
         term[0] = (static_cast<double>(model[i]) - data[i]) * r[i];
     })[0];
     Samples& slope = directions_[1];
-    convolver_.Correlate(residual.data(), slope.data(), Stage(0.0, 20.0));
+    convolver_.Correlate(residual.data(), slope.data(), progress_.Between(0.0, 20.0));
     Fill(slope, [f, s = slope.data()](std::size_t i) { return 2.0 * f[i] * s[i]; });
     Fill(directions_[0], [f](std::size_t i) { return -f[i] * Logarithm(f[i]); });
     const auto [entropy, both, chi] = Products(directions_[0], directions_[1]);
@@ -182,17 +182,17 @@ void MemEngine::FindSlopes()
 /// The third direction: how chi-square's slope changes along the first two.
 void MemEngine::FindDirections()
 {
-    convolver_.Convolve(directions_[0].data(), blurred_[0].data(), Stage(20.0, 40.0));
-    convolver_.Convolve(directions_[1].data(), blurred_[1].data(), Stage(40.0, 60.0));
+    convolver_.Convolve(directions_[0].data(), blurred_[0].data(), progress_.Between(20.0, 40.0));
+    convolver_.Convolve(directions_[1].data(), blurred_[1].data(), progress_.Between(40.0, 60.0));
     const double perEntropy = entropyLength_ > 0.0 ? 1.0 / entropyLength_ : 0.0;
     const double perChi = chiLength_ > 0.0 ? 1.0 / chiLength_ : 0.0;
     Samples& third = directions_[2];
     Fill(third, [=, a = blurred_[0].data(), b = blurred_[1].data(), w = weight_.data()](std::size_t i) {
         return 2.0 * (a[i] * perEntropy - b[i] * perChi) * w[i];
     });
-    convolver_.Correlate(third.data(), third.data(), Stage(60.0, 80.0));
+    convolver_.Correlate(third.data(), third.data(), progress_.Between(60.0, 80.0));
     Fill(third, [f = image_.data(), t = third.data()](std::size_t i) { return static_cast<double>(f[i]) * t[i]; });
-    convolver_.Convolve(third.data(), blurred_[2].data(), Stage(80.0, 95.0));
+    convolver_.Convolve(third.data(), blurred_[2].data(), progress_.Between(80.0, 95.0));
 }
 
 Subspace MemEngine::Model() const
@@ -247,7 +247,7 @@ void MemEngine::Join(const SubspaceStep& step)
     })[0];
     if (cut > 0.0) {
         Fill(directions_[0], [=](std::size_t i) { return std::max<double>(d[i], (kLeastShare - 1.0) * f[i]); });
-        convolver_.Convolve(d, blurred_[0].data(), Stage(95.0, 100.0));
+        convolver_.Convolve(d, blurred_[0].data(), progress_.Between(95.0, 100.0));
     }
 }
 
@@ -355,25 +355,25 @@ Restored EndOfStatus(int status)
     return Restored::kDone;
 }
 
-int RestoreByEntropy(float* data, const MemJob& job, CStlImage* owner, int plane)
+int RestoreByEntropy(float* data, const MemJob& job, const Run& run, int plane)
 {
     try {
-        RestoreProgress progress(owner);
+        RestoreProgress progress(run);
         progress.Open(plane == 0 ? IDS_MEM_START : IDS_MEM_START_PLANE, plane);
         const std::size_t count = static_cast<std::size_t>(job.width) * static_cast<std::size_t>(job.height);
         const double level = LevelOf(data, count, std::sqrt(job.variance));
         if (!(job.variance > 0.0) || !std::isfinite(level) || !std::isfinite(job.variance)) {
             return kMemNothingToFit;
         }
-        MemEngine engine(data, job, 1.0 / level, progress, plane);
-        const int status = engine.Run();
+        MemEngine engine(data, job, 1.0 / level, run, progress, plane);
+        const int status = engine.Restore();
         if (status != kMemNothingToFit) {
             engine.Write(data);
         }
         return status;
     } catch (const std::bad_alloc&) {
         return kMemNoGrid;
-    } catch (const RestorationCancelled&) {
+    } catch (const Cancelled&) {
         return kMemCancelled;
     }
 }

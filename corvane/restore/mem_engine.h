@@ -1,7 +1,7 @@
 #pragma once
 
 #include "corvane/core/diagnostic.h"
-#include "corvane/core/stl_image.h"
+#include "corvane/core/run.h"
 #include "corvane/restore/restore_progress.h"
 
 namespace corvane {
@@ -15,7 +15,6 @@ struct MemJob {
     int psfHeight = 0;
     double variance = 1.0; ///< of the noise [raw units squared]
     int iterations = 0;    ///< at most
-    RestoreSink sink{};
 };
 
 /// @name What the engine returns, a digit each
@@ -42,7 +41,7 @@ CORVANE_VISIBLE Restored EndOfStatus(int status);
 /// the point-spread function, so that light from beyond the edges has a place and opposite edges do not meet.
 ///
 /// `data` is 1 x 1 or larger and stays as it is unless the status is `kMemDone` or `kMemNotReached`. `plane` is its
-/// number, from 1 on, or 0 for the only one.
-CORVANE_VISIBLE int RestoreByEntropy(float* data, const MemJob& job, CStlImage* owner, int plane);
+/// number, from 1 on, or 0 for the only one. The run hears of a `MemStart` and of each `MemIteration`.
+CORVANE_VISIBLE int RestoreByEntropy(float* data, const MemJob& job, const Run& run, int plane);
 
 } // namespace corvane

@@ -19,20 +19,19 @@ void TellFailure(Restored end, int noMemoryId, int cancelledId)
 RestoreProgress::~RestoreProgress()
 {
     if (isOpen_) {
-        owner_->ShowProgressEnd(nullptr);
+        Send({.state = Progress::State::kEnded, .total = Progress::kPercent});
     }
 }
 
 void RestoreProgress::Open(int id, int first, int second)
 {
-    if (owner_ == nullptr) {
-        return;
+    if (run_.progress) {
+        CString pattern;
+        pattern.LoadString(static_cast<UINT>(id));
+        CString text;
+        text.Format(pattern, first, second);
+        Send({.state = Progress::State::kBegun, .text = text, .total = Progress::kPercent});
     }
-    CString pattern;
-    pattern.LoadString(static_cast<UINT>(id));
-    CString text;
-    text.Format(pattern, first, second);
-    owner_->ShowProgressInit(static_cast<const char*>(text));
     isOpen_ = true;
 }
 
@@ -46,10 +45,22 @@ void RestoreProgress::OpenIteration(int id, int planeId, int plane, int iteratio
     Reach(0.0);
 }
 
-void RestoreProgress::Reach(double percent)
+void RestoreProgress::Reach(double percent) const
 {
-    if (isOpen_ && owner_->ShowProgress(static_cast<int>(percent)) == 0) {
-        throw RestorationCancelled();
+    const int done = static_cast<int>(percent);
+    Send({.state = Progress::State::kReached, .done = done, .total = Progress::kPercent});
+    run_.ThrowIfCancelled();
+}
+
+ShareSink RestoreProgress::Between(double from, double to) const
+{
+    return [=, this](double share) { Reach(from + (to - from) * share); };
+}
+
+void RestoreProgress::Send(const Progress& progress) const
+{
+    if (run_.progress) {
+        run_.progress(progress);
     }
 }
 

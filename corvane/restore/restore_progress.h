@@ -1,11 +1,9 @@
 #pragma once
 
-#include "corvane/core/stl_image.h"
+#include "corvane/core/run.h"
+#include "corvane/restore/convolver.h"
 
 namespace corvane {
-
-/// The user pressed ESC during a restoration.
-struct RestorationCancelled {};
 
 /// How a restoration engine ended.
 enum class Restored {
@@ -24,40 +22,29 @@ inline bool HasStopped(Restored end)
 /// Tells the user in a message box why a restoration did not finish; nothing when it did.
 void TellFailure(Restored end, int noMemoryId, int cancelledId);
 
-/// The progress channel of a restoration engine, which shows percentages. Without an owner nothing is shown, and
-/// nothing stops the engine.
+/// What a restoration engine tells its run of how far it is, in percent.
 class RestoreProgress {
 public:
-    explicit RestoreProgress(CStlImage* owner) : owner_(owner) {}
+    /// The run must outlive it.
+    explicit RestoreProgress(const Run& run) : run_(run) {}
     ~RestoreProgress();
     RestoreProgress(const RestoreProgress&) = delete;
     RestoreProgress& operator=(const RestoreProgress&) = delete;
 
-    /// Opens the channel again, with the text of an id into which the numbers go.
+    /// Begins again, with the text of an id into which the numbers go.
     void Open(int id, int first = 0, int second = 0);
-    /// Opens it for an iteration; `id` has a place for its number, `planeId` for the plane's before it. Plane 0 is the
-    /// only one.
+    /// Begins an iteration; `id` has a place for its number, `planeId` for the plane's before it. Plane 0 is the only one.
     void OpenIteration(int id, int planeId, int plane, int iteration);
-    /// Shows so many percent. Throws RestorationCancelled when ESC was pressed.
-    void Reach(double percent);
+    /// Tells that so many percent are done. Throws Cancelled when the run asks to stop.
+    void Reach(double percent) const;
+    /// Tells of a step that goes from one percentage to another; it must not outlive this object.
+    ShareSink Between(double from, double to) const;
 
 private:
-    CStlImage* owner_;
+    void Send(const Progress& progress) const;
+
+    const Run& run_;
     bool isOpen_ = false;
-};
-
-/// A part of the percentages, as one step of an engine sees it.
-class RestoreStage {
-public:
-    RestoreStage(RestoreProgress& progress, double from, double to) : progress_(progress), from_(from), to_(to) {}
-
-    /// Shows that a share [0..1] of the step is done. Throws RestorationCancelled when ESC was pressed.
-    void Reach(double share) const { progress_.Reach(from_ + (to_ - from_) * share); }
-
-private:
-    RestoreProgress& progress_;
-    double from_;
-    double to_;
 };
 
 } // namespace corvane

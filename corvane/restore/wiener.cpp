@@ -10,7 +10,7 @@
 #include "corvane/core/display_scale.h"
 #include "corvane/core/exponential.h"
 #include "corvane/core/independent.h"
-#include "corvane/core/progress_channel.h"
+#include "corvane/core/run.h"
 #include "corvane/platform/memory.h"
 #include "corvane/platform/memory_exception.h"
 #include "corvane/resources/string_table.h"
@@ -156,38 +156,38 @@ void Filter::Write(CStlImage& image, int plane) const
 }
 
 /// The area as an image of its own, with the levels of the whole.
-std::unique_ptr<CStlImage> CutOut(CStlImage& image, const Area& area, int showProgress)
+std::unique_ptr<CStlImage> CutOut(const CStlImage& image, const Area& area, const Run& run)
 {
     auto part = std::make_unique<CStlImage>(-32, area.width, area.height, image.GetPlanes(), 1.0, 0.0, 1);
     for (int p = 0; p < image.GetPlanes(); ++p) {
         part->SetLevel(p, image.GetLevelMin(p), image.GetLevelMax(p));
     }
-    if (showProgress != 0) {
-        image.ShowProgressMsg(IDS_INITIALIZING);
+    if (run.progress) {
+        run.progress({.state = Progress::State::kMessage, .text = FindString(IDS_INITIALIZING)});
     }
-    part->PixelBlt(0, 0, area.width, area.height, &image, area.left, area.top, 0);
+    part->PixelBlt(0, 0, area.width, area.height, image, area.left, area.top, 0);
     return part;
 }
 
 /// Progress counts in shares of a plane.
-void FilterPlanes(Filter& filter, double sigma, double noise, CStlImage& image, const ProgressChannel& progress)
+void FilterPlanes(Filter& filter, double sigma, double noise, CStlImage& image, Stage& stage)
 {
-    progress.Advance(5);
+    stage.Step(5);
     filter.Blur(sigma);
-    progress.Advance(10);
+    stage.Step(10);
     filter.Measure();
-    progress.Advance(10);
+    stage.Step(10);
     for (int p = 0; p < image.GetPlanes(); ++p) {
         filter.Read(image, p);
-        progress.Advance(5);
+        stage.Step(5);
         filter.Forward();
-        progress.Advance(25);
+        stage.Step(25);
         filter.Divide(noise);
-        progress.Advance(25);
+        stage.Step(25);
         filter.Inverse();
-        progress.Advance(25);
+        stage.Step(25);
         filter.Write(image, p);
-        progress.Advance(10);
+        stage.Step(10);
     }
 }
 
@@ -215,20 +215,25 @@ double corvane::WienerGain(double sigma, int width, int height)
 int CImgWiener::Do(double sigma, double noise, CRect* rect, int showProgress)
 {
     return OrNothing([&] {
-        const Area area(*this, rect);
-        if (area.IsEmpty() || GetImageSize() == 0) {
-            return 1;
-        }
-        if (!IsToBeHad(WienerBytes(area.width, area.height, area.isWhole ? 0 : GetPlanes()))) {
-            return 0;
-        }
-        const std::unique_ptr<CStlImage> part = area.isWhole ? nullptr : CutOut(*this, area, showProgress);
-        Filter filter(area.width, area.height);
-        const ProgressChannel progress(*this, showProgress, IDS_WIENER, GetPlanes() * kStepsOfPlane);
-        FilterPlanes(filter, sigma, noise, area.isWhole ? *this : *part, progress);
-        if (!area.isWhole) {
-            PixelBlt(area.left, area.top, area.width, area.height, part.get(), 0, 0, 0);
-        }
+        Do(sigma, noise, rect, WindowRun(*this, showProgress));
         return 1;
     });
+}
+
+void CImgWiener::Do(double sigma, double noise, const CRect* rect, const Run& run)
+{
+    const Area area(*this, rect);
+    if (area.IsEmpty() || GetImageSize() == 0) {
+        return;
+    }
+    if (!IsToBeHad(WienerBytes(area.width, area.height, area.isWhole ? 0 : GetPlanes()))) {
+        AfxThrowMemoryException();
+    }
+    const std::unique_ptr<CStlImage> part = area.isWhole ? nullptr : CutOut(*this, area, run);
+    Filter filter(area.width, area.height);
+    Stage stage(run, IDS_WIENER, GetPlanes() * kStepsOfPlane);
+    FilterPlanes(filter, sigma, noise, area.isWhole ? *this : *part, stage);
+    if (!area.isWhole) {
+        PixelBlt(area.left, area.top, area.width, area.height, *part, 0, 0, 0);
+    }
 }

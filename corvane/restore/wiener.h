@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 namespace corvane {
@@ -35,4 +36,6 @@ public:
     ///
     /// Reports its steps; ESC is ignored. 1 on success; 0, with the image unchanged, when there is no room.
     int Do(double sigma, double noise, CRect* rect, int showProgress);
+    /// The same, as a part of a run. Throws CMemoryException when there is no room. Cancelled, it leaves planes done.
+    void Do(double sigma, double noise, const CRect* rect, const corvane::Run& run);
 };

@@ -90,7 +90,7 @@ TEST(CutOutSearch, FindsTheBestPlaceOfThePlainForm)
             for (int i = 0; i < places.Width() * places.Height(); ++i) {
                 best = std::max(best, Plain(cutOut, image, i % places.Width(), i / places.Width()));
             }
-            const auto found = FindCutOut(cutOut, image, places, 0);
+            const auto found = FindCutOut(cutOut, image, places, {});
             ASSERT_TRUE(found);
             EXPECT_NEAR(found->correlation, best, 1e-10);
             EXPECT_NEAR(found->x, rect.left, 0.3); // noise has no slope to refine by
@@ -135,7 +135,7 @@ TEST(CutOutSearch, FindsShiftsToATenthOfAPixelWhateverPedestalAndGain)
             const CStlImage seen = Stars(48, 40, sigma, x, y, 20.0, 2);
             const CStlImage cutOut =
                 test::Make(48, 40, 1, [&](int u, int v, int) { return seen.GetPixelGrayRaw(u, v, 0) / 30.0 - 9.0; });
-            const auto found = FindCutOut(cutOut, image, AllPlaces(cutOut, image), 0);
+            const auto found = FindCutOut(cutOut, image, AllPlaces(cutOut, image), {});
             ASSERT_TRUE(found);
             EXPECT_NEAR(found->x, x, 0.1) << sigma << ' ' << i;
             EXPECT_NEAR(found->y, y, 0.1) << sigma << ' ' << i;
@@ -143,7 +143,7 @@ TEST(CutOutSearch, FindsShiftsToATenthOfAPixelWhateverPedestalAndGain)
     }
     // As large as the image, there is one place, refined by what lies inside both.
     CStlImage image = Stars(200, 150, 1.3, 0.0, 0.0, 20.0, 1);
-    const auto found = FindCutOut(Stars(200, 150, 1.3, 0.4, -0.2, 20.0, 2), image, CRect(0, 0, 1, 1), 0);
+    const auto found = FindCutOut(Stars(200, 150, 1.3, 0.4, -0.2, 20.0, 2), image, CRect(0, 0, 1, 1), {});
     ASSERT_TRUE(found);
     EXPECT_NEAR(found->x, 0.4, 0.1);
     EXPECT_NEAR(found->y, -0.2, 0.1);
@@ -155,12 +155,12 @@ TEST(CutOutSearch, FindsNothingWhereNothingCanBeCompared)
     const auto flat = [](double v) { return [=](int, int, int) { return v; }; };
     CStlImage flatImage = test::Make(30, 20, 1, flat(1e6));
     const CStlImage cutOut = Cut(image, 3, 4, 5, 6);
-    EXPECT_FALSE(FindCutOut(test::Make(5, 6, 1, flat(0.1)), image, CRect(0, 0, 26, 15), 0));
-    EXPECT_FALSE(FindCutOut(test::Make(5, 6, 1, flat(kNan)), image, CRect(0, 0, 26, 15), 0));
-    EXPECT_FALSE(FindCutOut(Cut(image, 3, 4, 1, 1), image, CRect(0, 0, 30, 20), 0));
-    EXPECT_FALSE(FindCutOut(cutOut, flatImage, CRect(0, 0, 26, 15), 0));
-    EXPECT_FALSE(FindCutOut(cutOut, image, CRect(0, 0, 0, 15), 0));
-    EXPECT_NEAR(FindCutOut(cutOut, image, CRect(3, 4, 4, 5), 0)->correlation, 1.0, 1e-12);
+    EXPECT_FALSE(FindCutOut(test::Make(5, 6, 1, flat(0.1)), image, CRect(0, 0, 26, 15), {}));
+    EXPECT_FALSE(FindCutOut(test::Make(5, 6, 1, flat(kNan)), image, CRect(0, 0, 26, 15), {}));
+    EXPECT_FALSE(FindCutOut(Cut(image, 3, 4, 1, 1), image, CRect(0, 0, 30, 20), {}));
+    EXPECT_FALSE(FindCutOut(cutOut, flatImage, CRect(0, 0, 26, 15), {}));
+    EXPECT_FALSE(FindCutOut(cutOut, image, CRect(0, 0, 0, 15), {}));
+    EXPECT_NEAR(FindCutOut(cutOut, image, CRect(3, 4, 4, 5), {})->correlation, 1.0, 1e-12);
 }
 
 } // namespace

@@ -117,7 +117,7 @@ private:
 };
 
 /// What the engine makes of it.
-Field Result(Field field, LucyMode mode, int iterations, RestoreSink sink = {}, Restored end = Restored::kDone)
+Field Result(Field field, LucyMode mode, int iterations, const RestoreSink& sink = {}, Restored end = Restored::kDone)
 {
     std::vector<float> plane(std::begin(field.v), std::end(field.v));
     const std::vector<float> psf = GaussPsf(kSigma, 64);
@@ -130,9 +130,9 @@ Field Result(Field field, LucyMode mode, int iterations, RestoreSink sink = {}, 
                       .gain = kGain,
                       .readNoise = kReadNoise,
                       .target = 0.0,
-                      .mode = mode,
-                      .sink = std::move(sink)};
-    EXPECT_EQ(RestoreLucy(plane.data(), job, nullptr, 0), end);
+                      .mode = mode};
+    const Run run{.diagnostics = [&](const Diagnostic& d) { sink ? sink(std::get<RestoreEvent>(d)) : void(); }};
+    EXPECT_EQ(RestoreLucy(plane.data(), job, run, 0), end);
     std::copy(plane.begin(), plane.end(), std::begin(field.v));
     return field;
 }

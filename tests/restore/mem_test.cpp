@@ -29,7 +29,7 @@ int RestoreOnGrid(Field& field, int iterations)
                      .psfHeight = 63,
                      .variance = kNoise * kNoise,
                      .iterations = iterations};
-    const int status = RestoreByEntropy(plane.data(), job, nullptr, 0);
+    const int status = RestoreByEntropy(plane.data(), job, {}, 0);
     std::copy(plane.begin(), plane.end(), std::begin(field.v));
     return status;
 }
@@ -78,13 +78,14 @@ TEST(Mem, ReportsWhatItDoes)
 {
     CImgMem image(StarFrame(24, 18, 1));
     std::string report;
-    image.Restore(kSigma, 1e-3, 1, nullptr, 0, false, [&](const RestoreEvent& event) { report += ReportOf(event); });
+    const Run run{.diagnostics = [&](const Diagnostic& d) { report += ReportOf(std::get<RestoreEvent>(d)); }};
+    image.Do(kSigma, 1e-3, 1, nullptr, false, run);
     const std::string numbers = std::string(report).substr(0, report.find("factor"));
     EXPECT_EQ(numbers, "array dimension                       4096\nnumber of data                         432\n"
                        "number of unknowns                    4096\nnumber of work-arrays                   10\n");
     EXPECT_NE(report.find("\nfactor to o(1)-scale    "), std::string::npos);
     EXPECT_NE(report.find("\nmain iter                    1     g function "), std::string::npos) << report;
-    EXPECT_EQ(image.Restore(kSigma, 1e-30, 1, nullptr, 0, false, {}), Restored::kNotANumber);
+    EXPECT_EQ(image.Do(kSigma, 1e-30, 1, nullptr, false, {}), Restored::kNotANumber);
 }
 
 TEST(Mem, ReadsAStatusDigitByDigit)
