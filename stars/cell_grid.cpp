@@ -6,6 +6,7 @@
 #include <numeric>
 #include <utility>
 
+#include "corvane/core/interpolation.h"
 #include "stars/robust.h"
 
 namespace corvane::stars {
@@ -112,7 +113,7 @@ double CellGrid::Between(int column, double y) const
     const Bracket at(y, 1.0 * height_ / rows_, rows_);
     const double above = Value(column, at.cell);
     const double below = Value(column, std::min(at.cell + 1, rows_ - 1));
-    return above + at.share * (below - above);
+    return Ramp(above, below, at.share);
 }
 
 double CellGrid::At(double x, double y) const
@@ -120,7 +121,7 @@ double CellGrid::At(double x, double y) const
     const Bracket at(x, 1.0 * width_ / columns_, columns_);
     const double left = Between(at.cell, y);
     const double right = Between(std::min(at.cell + 1, columns_ - 1), y);
-    return left + at.share * (right - left);
+    return Ramp(left, right, at.share);
 }
 
 void CellGrid::FillRow(int y, float* values) const

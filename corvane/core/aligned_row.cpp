@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "corvane/core/interpolation.h"
 #include "corvane/core/truncate.h"
 
 namespace corvane {
@@ -12,7 +13,7 @@ namespace {
 /// Bilinear interpolation; at a whole position the sample itself, whatever its neighbours hold.
 double Interpolate(double a0, double a1, double b0, double b1, double fx, double fy)
 {
-    const double between = (a1 * fx + a0 * (1.0 - fx)) * (1.0 - fy) + (b1 * fx + b0 * (1.0 - fx)) * fy;
+    const double between = Bilinear(a0, a1, b0, b1, fx, fy);
     const bool isWhole = (fx == 0.0) & (fy == 0.0);
     return isWhole ? a0 : between;
 }

@@ -2,13 +2,11 @@
 
 #include "corvane/core/alignment.h"
 #include "corvane/core/brightness.h"
+#include "corvane/core/interpolation.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/truncate.h"
 
-using corvane::Alignment;
-using corvane::BrightnessOf;
-using corvane::Position;
-using corvane::Truncate;
+using namespace corvane;
 
 namespace {
 
@@ -195,10 +193,8 @@ double CStlImage::GetPixelGrayRaw(double x, double y, int plane) const
     }
     const int next = Clamp(iy + 1, GetHeight());
     const float* const below = Read(ix, next, plane);
-    const double fx = x - ix;
-    const double fy = y - iy;
-    return (NextInStorage(above, ix, iy, plane) * fx + *above * (1.0 - fx)) * (1.0 - fy) +
-           (NextInStorage(below, ix, next, plane) * fx + *below * (1.0 - fx)) * fy;
+    return Bilinear(*above, NextInStorage(above, ix, iy, plane), *below, NextInStorage(below, ix, next, plane), x - ix,
+                    y - iy);
 }
 
 double CStlImage::NextInStorage(const float* sample, int x, int y, int plane) const

@@ -6,6 +6,7 @@
 
 #include "corvane/core/brightness.h"
 #include "corvane/core/display_scale.h"
+#include "corvane/core/interpolation.h"
 #include "corvane/filter/filter.h"
 #include "corvane/filter/pixel_rows.h"
 #include "corvane/resources/string_table.h"
@@ -67,9 +68,7 @@ struct RowBetween {
         const double topRight = isLeft ? above[x] : above[x + 1];
         const double bottomLeft = isLeft ? below[x - 1] : below[x];
         const double bottomRight = isLeft ? below[x] : below[x + 1];
-        const double mixed = (topRight * part + topLeft * (1.0 - part)) * (1.0 - fraction) +
-                             (bottomRight * part + bottomLeft * (1.0 - part)) * fraction;
-        return scale.To256(mixed);
+        return scale.To256(Bilinear(topLeft, topRight, bottomLeft, bottomRight, part, fraction));
     }
 };
 

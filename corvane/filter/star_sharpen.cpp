@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "corvane/core/interpolation.h"
 #include "corvane/filter/filter.h"
 #include "corvane/filter/filter_rows.h"
 #include "corvane/filter/rank_rows.h"
@@ -32,7 +33,7 @@ public:
 
     double operator()(double centre, double below, double above, double max) const
     {
-        const double between = below + (above - below) * fraction_;
+        const double between = Ramp(below, above, fraction_);
         const double value = below_ == last_ ? below : between; // an infinite maximum has no difference from itself
         const bool differs = (threshold_ == 0.0) | (std::fabs(value / max - 1.0) >= threshold_);
         const bool isPeak = keepsPeaks_ & (max == centre);

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "corvane/core/interpolation.h"
 #include "corvane/core/truncate.h"
 #include "corvane/geometry/rows.h"
 #include "corvane/platform/memory_exception.h"
@@ -67,7 +68,7 @@ public:
         for (int i = inner_; i < Count(); ++i) {
             const auto column = static_cast<std::size_t>(i);
             const double last = row[index_[column]];
-            out[i] = last * (1.0 - fraction_[column]) + last * fraction_[column];
+            out[i] = Mix(last, last, fraction_[column]);
         }
     }
 
@@ -99,7 +100,7 @@ private:
             std::memcpy(&pairs[i], row + index[i], sizeof(Pair));
         }
         for (int i = 0; i < count; ++i) {
-            out[i] = pairs[i].first * (1.0 - fraction[i]) + pairs[i].second * fraction[i];
+            out[i] = Mix(pairs[i].first, pairs[i].second, fraction[i]);
         }
     }
 
@@ -146,7 +147,7 @@ private:
 void BlendRows(const double* above, const double* below, double fraction, int count, float* out)
 {
     for (int i = 0; i < count; ++i) {
-        out[i] = static_cast<float>(above[i] * (1.0 - fraction) + below[i] * fraction);
+        out[i] = static_cast<float>(Mix(above[i], below[i], fraction));
     }
 }
 

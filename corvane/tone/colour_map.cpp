@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "corvane/core/interpolation.h"
+
 namespace corvane {
 
 ColourMap::ColourMap(std::vector<Rgb> controls, double perControl, double width, double perWidth)
@@ -62,7 +64,7 @@ void ColourMap::Colour(const float* values, int count, int cycles, Block& colour
     for (std::size_t component = 0; component < 3; ++component) {
         const double* const controls = controls_[component].data();
         for (int i = 0; i < count; ++i) {
-            const double blend = controls[index[i]] * (1.0 - fraction[i]) + controls[index[i] + 1] * fraction[i];
+            const double blend = Mix(controls[index[i]], controls[index[i] + 1], fraction[i]);
             colours[component][static_cast<std::size_t>(i)] = static_cast<float>(blend);
         }
     }
