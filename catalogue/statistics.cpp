@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 
-#include "corvane/core/blank.h"
+#include "corvane/core/reductions.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -14,8 +13,7 @@ constexpr int kBandRows = 64;
 
 // Minimum, maximum and sum of samples as they come.
 struct Tally {
-    double min = std::numeric_limits<double>::infinity();
-    double max = -std::numeric_limits<double>::infinity();
+    Extremes extremes;
     double sum = 0.0;
     long long counted = 0;
     long long blank = 0;
@@ -31,8 +29,7 @@ struct Tally {
             } else {
                 ++counted;
                 sum += v;
-                min = std::min(min, v);
-                max = std::max(max, v);
+                extremes.Add(v);
             }
         }
     }
@@ -44,8 +41,8 @@ struct Tally {
         result.infinite = infinite;
         if (counted > 0) {
             result.counted = counted;
-            result.min = min;
-            result.max = max;
+            result.min = extremes.Min();
+            result.max = extremes.Max();
             result.mean = sum / static_cast<double>(counted);
         }
         return result;

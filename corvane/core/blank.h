@@ -31,6 +31,8 @@ struct BlankTest {
     {}
 
     bool operator()(double v) const { return (v >= low) & (v <= high); }
+    /// True when nothing is blank.
+    bool IsNever() const { return low > high; }
 };
 
 /// The value for samples that an operation leaves undefined: the image's blank value, or else one chosen by the bits

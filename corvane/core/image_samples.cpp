@@ -7,9 +7,9 @@
 #include <type_traits>
 
 #include "corvane/core/blank.h"
-#include "corvane/core/extremes.h"
 #include "corvane/core/image.h"
 #include "corvane/core/progress_notice.h"
+#include "corvane/core/reductions.h"
 #include "corvane/core/sample_format.h"
 #include "corvane/platform/memory_exception.h"
 
@@ -93,13 +93,9 @@ void CImage::GetMinMax(int plane, double* min, double* max) const
         const unsigned char* row = GetImageAdr(0, y, plane, 1);
         if (record_.bitsPixel == -32) {
             extremes.Add(reinterpret_cast<const float*>(row), GetWidth(), isBlank);
-            continue;
-        }
-        for (int x = 0; x < GetWidth(); ++x, row += GetBytesPixel()) {
-            const double v = GetPixel(row);
-            if (!isBlank(v)) {
-                extremes.Add(v);
-            }
+        } else {
+            extremes.Add(
+                GetWidth(), [&](int x) { return GetPixel(row + x * GetBytesPixel()); }, isBlank);
         }
     }
     *min = extremes.Empty() ? 0.0 : extremes.Min();

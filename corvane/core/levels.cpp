@@ -1,36 +1,14 @@
 // The display levels of the working image.
 
 #include <algorithm>
+#include <cmath>
 
+#include "corvane/core/reductions.h"
 #include "corvane/core/stl_image.h"
 
-namespace {
+using namespace corvane;
 
-void MinMaxRow(const float* row, int count, float& min, float& max)
-{
-    // Lanes begin with the running extremes, so a NaN there stays until the plain comparison would replace it: never.
-    constexpr int kLanes = 32;
-    float low[kLanes];
-    float high[kLanes];
-    std::fill_n(low, kLanes, min);
-    std::fill_n(high, kLanes, max);
-    int x = 0;
-    for (; x + kLanes <= count; x += kLanes) {
-        for (int lane = 0; lane < kLanes; ++lane) {
-            const float v = row[x + lane];
-            low[lane] = v < low[lane] ? v : low[lane];
-            high[lane] = v > high[lane] ? v : high[lane];
-        }
-    }
-    for (; x < count; ++x) {
-        low[0] = row[x] < low[0] ? row[x] : low[0];
-        high[0] = row[x] > high[0] ? row[x] : high[0];
-    }
-    for (int lane = 0; lane < kLanes; ++lane) {
-        min = low[lane] < min ? low[lane] : min;
-        max = high[lane] > max ? high[lane] : max;
-    }
-}
+namespace {
 
 void CutRow(float* row, int count, double min, double max)
 {
@@ -63,13 +41,14 @@ void CStlImage::SetLevel(int plane, double min, double max)
 void CStlImage::CalcMinMax()
 {
     for (int plane = 0; plane < std::min(GetPlanes(), 3); ++plane) {
-        float min = GetPixelGrayRaw(0, 0, plane);
-        float max = min;
+        Extremes extremes;
         for (int y = 0; y < GetHeight(); ++y) {
-            MinMaxRow(GetImageAdr(0, y, plane, 1), GetWidth(), min, max);
+            extremes.Add(GetImageAdr(0, y, plane, 1), GetWidth());
         }
-        minPixel_[plane] = min;
-        maxPixel_[plane] = max;
+        const float first = GetPixelGrayRaw(0, 0, plane);
+        const bool isFirst = std::isnan(first) || extremes.Empty(); // nothing compares with NaN
+        minPixel_[plane] = isFirst ? first : static_cast<float>(extremes.Min());
+        maxPixel_[plane] = isFirst ? first : static_cast<float>(extremes.Max());
     }
 }
 

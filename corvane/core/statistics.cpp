@@ -7,6 +7,7 @@
 
 #include "corvane/core/blank.h"
 #include "corvane/core/display_scale.h"
+#include "corvane/core/reductions.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/truncate.h"
 #include "corvane/core/walk.h"
@@ -97,41 +98,6 @@ void BoundsToBrightness(const CStlImage& image, double& lo, double& hi)
     hi = (hi - low) * 255.0 / (high - low);
 }
 
-/// Sums a row in lanes of its own order, the same on every processor.
-class RowSum {
-public:
-    void Add(const float* row, int count)
-    {
-        double lanes[kLanes]; // a copy that stays in registers
-        std::copy_n(lanes_, kLanes, lanes);
-        int x = 0;
-        for (; x + kLanes <= count; x += kLanes) {
-            for (int lane = 0; lane < kLanes; ++lane) {
-                lanes[lane] += row[x + lane];
-            }
-        }
-        for (; x < count; ++x) {
-            lanes[x % kLanes] += row[x];
-        }
-        std::copy_n(lanes, kLanes, lanes_);
-        count_ += count;
-    }
-
-    float Mean() const
-    {
-        double sum = 0.0;
-        for (const double lane : lanes_) {
-            sum += lane;
-        }
-        return static_cast<float>(sum / static_cast<double>(count_));
-    }
-
-private:
-    static constexpr int kLanes = 16;
-    double lanes_[kLanes] = {};
-    long long count_ = 0;
-};
-
 } // namespace
 
 int CStlImage::GetHistGram(int* hist, int bins, double lo, double hi, int plane, CRect* rect, int showProgress,
@@ -178,14 +144,16 @@ int CStlImage::GetHistGram(int* hist, int bins, double lo, double hi, int plane,
 float CStlImage::GetAvrGrayRaw(int plane) const
 {
     const BlankTest isBlank(*this);
-    RowSum sum;
+    Sums<1> sums;
+    long long count = 0;
     for (int y = 0; y < GetHeight() && plane >= 0 && plane < GetPlanes(); ++y) {
         const float* const row = GetImageAdr(0, y, plane, 1);
         // The rest of a row behind its first blank does not count: frames are blank at one end, where they were moved.
         const float* const end = IsBlankUsed() ? std::find_if(row, row + GetWidth(), isBlank) : row + GetWidth();
-        sum.Add(row, static_cast<int>(end - row));
+        sums.Add(static_cast<std::size_t>(end - row), [=](std::size_t x, double* term) { *term = row[x]; });
+        count += end - row;
     }
-    return sum.Mean();
+    return static_cast<float>(sums.Totals()[0] / static_cast<double>(count));
 }
 
 float CStlImage::GetAvrGray(int plane) const

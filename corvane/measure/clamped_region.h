@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "corvane/core/blank.h"
+#include "corvane/core/reductions.h"
 #include "corvane/core/stl_image.h"
 
 namespace corvane {
@@ -65,30 +66,18 @@ struct WeightedSum {
 
     double Mean() const { return sum / count; }
 
-    /// Adds the samples that are not blank, in lanes of its own order, the same on every processor.
+    /// Adds the samples that are not blank.
     void Add(const float* samples, int length, std::uint64_t weight, BlankTest isBlank)
     {
-        constexpr int kLanes = 16;
-        double sums[kLanes] = {};
-        double counts[kLanes] = {};
+        Sums<2> sums;
         // Multiplied, not chosen: the compiler makes a branch of a choice between adding and not.
-        const auto add = [=](double v, double& laneSum, double& laneCount) {
-            const double counted = isBlank(v) ? 0.0 : 1.0;
-            laneSum += counted * v;
-            laneCount += counted;
-        };
-        int x = 0;
-        for (; x + kLanes <= length; x += kLanes) {
-            for (int lane = 0; lane < kLanes; ++lane) {
-                add(samples[x + lane], sums[lane], counts[lane]);
-            }
-        }
-        for (; x < length; ++x) {
-            add(samples[x], sums[x % kLanes], counts[x % kLanes]);
-        }
-        for (int lane = 0; lane < kLanes; ++lane) {
-            sum += sums[lane] * static_cast<double>(weight);
-            count += counts[lane] * static_cast<double>(weight);
+        sums.Add(static_cast<std::size_t>(length), [=](std::size_t x, double* term) {
+            term[1] = isBlank(samples[x]) ? 0.0 : 1.0;
+            term[0] = term[1] * samples[x];
+        });
+        for (int lane = 0; lane < sums.kLanes; ++lane) {
+            sum += sums.Lane(0, lane) * static_cast<double>(weight);
+            count += sums.Lane(1, lane) * static_cast<double>(weight);
         }
     }
 };

@@ -25,7 +25,7 @@ using Values = std::vector<Weighted>;
 /// The samples of a row before its first blank.
 int LengthToBlank(const float* row, int count, const BlankTest& isBlank)
 {
-    return isBlank.low > isBlank.high ? count : static_cast<int>(std::find_if(row, row + count, isBlank) - row);
+    return isBlank.IsNever() ? count : static_cast<int>(std::find_if(row, row + count, isBlank) - row);
 }
 
 double Count(const Values& values)

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "corvane/core/blank.h"
-#include "corvane/core/extremes.h"
+#include "corvane/core/reductions.h"
 #include "corvane/measure/clamped_region.h"
 
 using namespace corvane;

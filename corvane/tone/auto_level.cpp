@@ -8,6 +8,7 @@
 #include "corvane/core/blank.h"
 #include "corvane/core/brightness.h"
 #include "corvane/core/display_scale.h"
+#include "corvane/core/reductions.h"
 #include "corvane/core/truncate.h"
 #include "corvane/core/walk.h"
 #include "corvane/platform/application.h"
@@ -179,43 +180,22 @@ Bounds PlaneBounds(const CImage& image, int plane)
 /// Extremes of the luminance of the whole image; pixels whose luminance is blank are left out.
 Bounds LuminanceBounds(const CStlImage& image)
 {
-    // Independent lanes: a single running minimum would wait for itself at every pixel.
-    constexpr int kLanes = 16;
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    const BlankTest isBlank(image);
-    double low[kLanes];
-    double high[kLanes];
-    std::fill_n(low, kLanes, kInfinity);
-    std::fill_n(high, kLanes, -kInfinity);
-    const auto add = [&](int lane, double v) {
-        const bool blank = isBlank(v);
-        const double forLow = blank ? kInfinity : v;
-        const double forHigh = blank ? -kInfinity : v;
-        low[lane] = forLow < low[lane] ? forLow : low[lane];
-        high[lane] = forHigh > high[lane] ? forHigh : high[lane];
-    };
+    Extremes extremes;
     for (int y = 0; y < image.GetHeight(); ++y) {
         const float* const r = image.GetImageAdr(0, y, 0, 1);
         const float* const g = image.GetImageAdr(0, y, 1, 1);
         const float* const b = image.GetImageAdr(0, y, 2, 1);
-        int x = 0;
-        for (; x + kLanes <= image.GetWidth(); x += kLanes) {
-            for (int lane = 0; lane < kLanes; ++lane) {
-                add(lane, BrightnessOf(r[x + lane], g[x + lane], b[x + lane]));
-            }
-        }
-        for (; x < image.GetWidth(); ++x) {
-            add(0, BrightnessOf(r[x], g[x], b[x]));
-        }
+        extremes.Add(
+            image.GetWidth(), [=](int x) { return BrightnessOf(r[x], g[x], b[x]); }, BlankTest(image));
     }
-    return {*std::min_element(low, low + kLanes), *std::max_element(high, high + kLanes)};
+    return {extremes.Min(), extremes.Max()};
 }
 
 /// Extremes of what `Get` looks at in a rectangle, in raw units: the samples, or the displayed luminance.
 Bounds DisplayedBounds(const CStlImage& image, const CRect& area)
 {
     const bool colour = image.GetDimension() >= 3;
-    Bounds bounds{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
+    Extremes extremes;
     for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
         for (int x = static_cast<int>(area.left); x < area.right; ++x) {
             double v = image.GetPixelGrayRaw(x, y, 0);
@@ -223,11 +203,11 @@ Bounds DisplayedBounds(const CStlImage& image, const CRect& area)
                 const double green = image.GetPixelGrayRaw(x, y, 1);
                 v = BrightnessOf(image.To256(v, 0), image.To256(green, 1), image.GetPixelGray256f(x, y, 2));
             }
-            bounds.low = v < bounds.low ? v : bounds.low;
-            bounds.high = v > bounds.high ? v : bounds.high;
+            extremes.Add(v);
         }
     }
-    return colour ? Bounds{image.ToRaw(bounds.low, 0), image.ToRaw(bounds.high, 0)} : bounds;
+    const auto toRaw = [&](double v) { return colour ? image.ToRaw(v, 0) : v; };
+    return {toRaw(extremes.Min()), toRaw(extremes.Max())};
 }
 
 /// The cumulative distribution of data in equal bins, every bin counting one more than it holds.
