@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "corvane/core/display_scale.h"
-#include "corvane/core/lab_rows.h"
+#include "corvane/core/lab.h"
 #include "corvane/core/progress_channel.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"

@@ -2,7 +2,7 @@
 
 #include "corvane/colour/aligned_plane.h"
 #include "corvane/colour/composite_rows.h"
-#include "corvane/core/lab_rows.h"
+#include "corvane/core/lab.h"
 #include "corvane/resources/string_table.h"
 
 using namespace corvane;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "corvane/core/brightness.h"
 #include "corvane/core/display_scale.h"
 
 namespace corvane {

@@ -6,7 +6,8 @@
 #include <vector>
 
 #include "corvane/combine/aligned_pixels.h"
-#include "corvane/core/brightness.h"
+#include "corvane/core/display_scale.h"
+#include "corvane/core/progress_channel.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 

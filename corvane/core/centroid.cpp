@@ -5,7 +5,6 @@
 #include <cstdlib>
 
 #include "corvane/core/blank.h"
-#include "corvane/core/brightness.h"
 #include "corvane/core/display_scale.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/truncate.h"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <type_traits>
@@ -10,10 +11,32 @@
 #include "corvane/core/image.h"
 #include "corvane/core/progress_notice.h"
 #include "corvane/core/reductions.h"
-#include "corvane/core/sample_format.h"
 #include "corvane/platform/memory_exception.h"
 
 namespace {
+
+/// Calls `function` with a null pointer of the type in which samples are stored; returns `otherwise` for formats that
+/// do not exist. 8-bit samples are always unsigned.
+template <class Function, class Result>
+Result WithSampleType(int bits, bool isSigned, Function function, Result otherwise)
+{
+    switch (bits) {
+    case -64:
+        return function(static_cast<double*>(nullptr));
+    case -32:
+        return function(static_cast<float*>(nullptr));
+    case 8:
+        return function(static_cast<std::uint8_t*>(nullptr));
+    case 16:
+        return isSigned ? function(static_cast<std::int16_t*>(nullptr))
+                        : function(static_cast<std::uint16_t*>(nullptr));
+    case 32:
+        return isSigned ? function(static_cast<std::int32_t*>(nullptr))
+                        : function(static_cast<std::uint32_t*>(nullptr));
+    default:
+        return otherwise;
+    }
+}
 
 /// How a stored sample becomes another one.
 struct Conversion {
@@ -63,11 +86,11 @@ using RowConverter = void (*)(const unsigned char*, unsigned char*, int, const C
 
 RowConverter FindConverter(const CImage& from, const CImage& to)
 {
-    return corvane::WithSampleType(
+    return WithSampleType(
         from.GetBitsPixel(), from.IsSigned() != 0,
         [&](auto* source) {
             using From = std::remove_pointer_t<decltype(source)>;
-            return corvane::WithSampleType(
+            return WithSampleType(
                 to.GetBitsPixel(), to.IsSigned() != 0,
                 [](auto* target) -> RowConverter { return ConvertRow<From, std::remove_pointer_t<decltype(target)>>; },
                 RowConverter{});
@@ -79,7 +102,7 @@ RowConverter FindConverter(const CImage& from, const CImage& to)
 
 double CImage::GetPixel(const unsigned char* ptr) const
 {
-    return corvane::WithSampleType(
+    return WithSampleType(
         record_.bitsPixel, record_.isSigned != 0,
         [&](auto* type) { return Load<std::remove_pointer_t<decltype(type)>>(ptr) * record_.bscale + record_.bzero; },
         0.0);

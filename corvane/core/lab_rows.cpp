@@ -1,4 +1,3 @@
-#include "corvane/core/lab_rows.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // Reading single samples: by pointer, by whole coordinates, between samples, and through an alignment.
 
 #include "corvane/core/alignment.h"
-#include "corvane/core/brightness.h"
+#include "corvane/core/display_scale.h"
 #include "corvane/core/interpolation.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/truncate.h"

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <vector>
 
-#include "corvane/core/brightness.h"
 #include "corvane/core/display_scale.h"
 #include "corvane/core/interpolation.h"
 #include "corvane/filter/filter.h"

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <utility>
 
-#include "corvane/core/independent.h"
 #include "corvane/restore/butterflies.h"
 #include "corvane/restore/root_of_unity.h"
+#include "corvane/restore/samples.h"
 
 namespace corvane {
 

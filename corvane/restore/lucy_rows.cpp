@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <limits>
 
+#include "corvane/core/reductions.h"
 #include "corvane/restore/samples.h"
 
 namespace corvane {

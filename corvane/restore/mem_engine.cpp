@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "corvane/core/power.h"
+#include "corvane/core/reductions.h"
 #include "corvane/resources/string_table.h"
 #include "corvane/restore/convolver.h"
 #include "corvane/restore/grid.h"

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "corvane/core/blank.h"
-#include "corvane/core/brightness.h"
 #include "corvane/core/display_scale.h"
 #include "corvane/core/reductions.h"
 #include "corvane/core/truncate.h"
