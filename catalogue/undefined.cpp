@@ -5,6 +5,7 @@
 
 #include "corvane/core/blank.h"
 #include "corvane/core/error.h"
+#include "corvane/core/walk.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -28,9 +29,7 @@ void MarkUndefined(io::Frame& frame)
     const BlankTest isBlank(image);
     long long defined = 0;
     for (int plane = 0; plane < image.GetPlanes(); ++plane) {
-        for (int y = 0; y < image.GetHeight(); ++y) {
-            defined += MarkRow(isBlank, image.GetImageAdr(0, y, plane), image.GetWidth());
-        }
+        ForEachRow(image, plane, [&](float* row) { defined += MarkRow(isBlank, row, image.GetWidth()); });
     }
     if (defined == 0) {
         throw FileError(image.GetOrgFileName(), "has no sample that is defined");

@@ -5,6 +5,7 @@
 #include <limits>
 #include <utility>
 
+#include "corvane/core/walk.h"
 #include "stars/defined.h"
 
 namespace corvane::stars {
@@ -186,9 +187,7 @@ double SaturationLevel(const CStlImage& image, int plane, double sky, double noi
 {
     const DefinedTest isDefined(image);
     Largest largest;
-    for (int y = 0; y < image.GetHeight(); ++y) {
-        largest.Add(image.GetImageAdr(0, y, plane, 1), image.GetWidth(), isDefined);
-    }
+    ForEachRow(image, plane, [&](const float* row) { largest.Add(row, image.GetWidth(), isDefined); });
     const bool isPlateau =
         largest.samples >= kPlateau && largest.pairs >= kPlateauPairs && largest.value > sky + kFarAboveSky * noise;
     const bool isCeiling = isPlateau || largest.value >= FullScale(image.GetOrgBitsPixel());

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "corvane/core/walk.h"
+
 namespace corvane {
 namespace {
 
@@ -15,20 +17,11 @@ bool IsUndefined(float v, const BlankTest& isBlank)
     return !((v > -kInfinity) & (v < kInfinity)) | isBlank(v);
 }
 
-/// Calls visit(row) for every row of a plane.
-template <class Visit>
-void ForEachRow(const CStlImage& image, int plane, int flags, Visit visit)
-{
-    for (int y = 0; y < image.GetHeight(); ++y) {
-        visit(image.GetImageAdr(0, y, plane, flags));
-    }
-}
-
 long long CountUndefined(const CStlImage& image, const BlankTest& isBlank)
 {
     long long count = 0;
     for (int plane = 0; plane < image.GetPlanes(); ++plane) {
-        ForEachRow(image, plane, 1, [&](const float* row) {
+        ForEachRow(image, plane, [&](const float* row) {
             int undefined = 0;
             for (int x = 0; x < image.GetWidth(); ++x) {
                 undefined += IsUndefined(row[x], isBlank) ? 1 : 0;
@@ -54,7 +47,7 @@ long long MarkGaps(CStlImage& image)
         return 0;
     }
     for (int plane = 0; plane < image.GetPlanes(); ++plane) {
-        ForEachRow(image, plane, 0, [&](float* row) {
+        ForEachRow(image, plane, [&](float* row) {
             for (int x = 0; x < image.GetWidth(); ++x) {
                 row[x] = IsUndefined(row[x], isBlank) ? kGap : row[x];
             }
@@ -68,7 +61,7 @@ double MeanBesideGaps(const CStlImage& image, int plane)
 {
     double sum = 0.0;
     long long count = 0;
-    ForEachRow(image, plane, 1, [&](const float* row) {
+    ForEachRow(image, plane, [&](const float* row) {
         for (int x = 0; x < image.GetWidth(); ++x) {
             const bool counts = !std::isnan(row[x]);
             sum += counts ? row[x] : 0.0;

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "corvane/core/reductions.h"
 #include "corvane/core/stl_image.h"
+#include "corvane/core/walk.h"
 
 using namespace corvane;
 
@@ -42,9 +44,7 @@ void CStlImage::CalcMinMax()
 {
     for (int plane = 0; plane < std::min(GetPlanes(), 3); ++plane) {
         Extremes extremes;
-        for (int y = 0; y < GetHeight(); ++y) {
-            extremes.Add(GetImageAdr(0, y, plane, 1), GetWidth());
-        }
+        ForEachRow(std::as_const(*this), plane, [&](const float* row) { extremes.Add(row, GetWidth()); });
         const float first = GetPixelGrayRaw(0, 0, plane);
         const bool isFirst = std::isnan(first) || extremes.Empty(); // nothing compares with NaN
         minPixel_[plane] = isFirst ? first : static_cast<float>(extremes.Min());
@@ -71,8 +71,6 @@ void CStlImage::RestoreOrgLevel()
 void CStlImage::CutOutOfLevel()
 {
     for (int plane = 0; plane < GetPlanes(); ++plane) {
-        for (int y = 0; y < GetHeight(); ++y) {
-            CutRow(GetImageAdr(0, y, plane), GetWidth(), GetLevelMin(plane), GetLevelMax(plane));
-        }
+        ForEachRow(*this, plane, [&](float* row) { CutRow(row, GetWidth(), GetLevelMin(plane), GetLevelMax(plane)); });
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <type_traits>
 
 #include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
@@ -19,6 +20,17 @@ inline CRect WorkingArea(const CImage& image, const CRect* rect)
     const auto inside = [](LONG v, int size) { return std::min(std::max(static_cast<int>(v), 0), size); };
     return {inside(rect->left, width), inside(rect->top, height), inside(rect->right, width),
             inside(rect->bottom, height)};
+}
+
+/// Calls visit(row) for each row of a plane, from the top down. Those of an image that is not const are to be written.
+template <class Image, class Visit>
+void ForEachRow(Image& image, int plane, Visit visit)
+{
+    using Sample = std::conditional_t<std::is_const_v<Image>, const float, float>;
+    for (int y = 0; y < image.GetHeight(); ++y) {
+        Sample* const row = image.GetImageAdr(0, y, plane, std::is_const_v<Image> ? 1 : 0);
+        visit(row);
+    }
 }
 
 /// Walks the planes and rows of an area that lies in the target: gives each row to the kernel that `kernelOf(plane)`

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "corvane/core/blank.h"
+#include "corvane/core/walk.h"
 #include "corvane/measure/ascending.h"
 #include "corvane/measure/clamped_region.h"
 #include "corvane/tone/auto_level.h"
@@ -121,13 +122,10 @@ ClampedSpan Between(int a, int b, int size)
 void Subtract(CStlImage& image, double bias)
 {
     const BlankTest isBlank(image);
-    for (int y = 0; y < image.GetHeight(); ++y) {
-        float* const row = image.GetImageAdr(0, y, 0);
+    ForEachRow(image, 0, [&](float* row) {
         const int length = LengthToBlank(row, image.GetWidth(), isBlank);
-        for (int x = 0; x < length; ++x) {
-            row[x] = static_cast<float>(row[x] - bias);
-        }
-    }
+        std::transform(row, row + length, row, [=](float v) { return static_cast<float>(v - bias); });
+    });
 }
 
 } // namespace
