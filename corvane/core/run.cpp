@@ -1,6 +1,7 @@
 #include "corvane/core/run.h"
 
 #include <memory>
+#include <optional>
 
 #include "corvane/core/stl_image.h"
 #include "corvane/resources/string_table.h"
@@ -14,6 +15,35 @@ const char* TextOf(int id)
     return text == nullptr ? "" : text;
 }
 
+/// Sends progress by the channel of an image. Of steps it returns whether the work goes on: ESC was not pressed.
+std::optional<bool> Send(CStlImage& image, int show, const Progress& progress)
+{
+    const bool isPercent = progress.total == Progress::kPercent;
+    if (show == 0 && (isPercent || progress.state == Progress::State::kMessage)) {
+        return {}; // the channel knows silence only where it counts
+    }
+    switch (progress.state) {
+    case Progress::State::kBegun:
+        if (isPercent) {
+            image.ShowProgressInit(progress.text);
+        } else {
+            image.ShowProgressInit(show, progress.text, progress.total);
+        }
+        break;
+    case Progress::State::kCounted:
+        return image.ShowProgress(progress.steps) != 0;
+    case Progress::State::kReached:
+        return image.ShowProgress(progress.done) != 0;
+    case Progress::State::kMessage:
+        image.ShowProgressMsg(progress.text);
+        break;
+    case Progress::State::kEnded:
+        image.ShowProgressEnd(nullptr);
+        break;
+    }
+    return {};
+}
+
 } // namespace
 
 const char* Cancelled::what() const noexcept
@@ -23,38 +53,16 @@ const char* Cancelled::what() const noexcept
 
 Run WindowRun(CStlImage& image, int show, Escape escape)
 {
-    const auto goesOn = std::make_shared<bool>(true);
     Run run;
-    run.progress = [&image, show, goesOn](const Progress& progress) {
-        const bool isPercent = progress.total == Progress::kPercent;
-        if (show == 0 && (isPercent || progress.state == Progress::State::kMessage)) {
-            return; // the channel knows silence only where it counts
-        }
-        switch (progress.state) {
-        case Progress::State::kBegun:
-            if (isPercent) {
-                image.ShowProgressInit(progress.text);
-            } else {
-                image.ShowProgressInit(show, progress.text, progress.total);
-            }
-            break;
-        case Progress::State::kCounted:
-            *goesOn = image.ShowProgress(progress.steps) != 0;
-            break;
-        case Progress::State::kReached:
-            *goesOn = image.ShowProgress(progress.done) != 0;
-            break;
-        case Progress::State::kMessage:
-            image.ShowProgressMsg(progress.text);
-            break;
-        case Progress::State::kEnded:
-            image.ShowProgressEnd(nullptr);
-            break;
-        }
-    };
-    if (escape == Escape::kEnds) {
-        run.cancelled = [goesOn] { return !*goesOn; };
+    if (escape == Escape::kIgnored) { // takes no memory, since some members promise 0 where there is none
+        run.progress = [&image, show](const Progress& progress) { Send(image, show, progress); };
+        return run;
     }
+    const auto goesOn = std::make_shared<bool>(true);
+    run.progress = [&image, show, goesOn](const Progress& progress) {
+        *goesOn = Send(image, show, progress).value_or(*goesOn);
+    };
+    run.cancelled = [goesOn] { return !*goesOn; };
     return run;
 }
 
