@@ -51,7 +51,7 @@ void RunFill(io::Frame& frame, Arguments& arguments, const Context& context)
         }
     }
     const bool isByNeighbours = arguments.Text("with") == "neighbours";
-    const long long filled = isByNeighbours ? FillFromNeighbours(image, context.showProgress)
+    const long long filled = isByNeighbours ? FillFromNeighbours(image, WindowRun(image, context.showProgress))
                                             : FillWithValues(image, ValuesOf(image, arguments));
     if (context.tell) {
         context.tell("undefined samples that were filled: " + std::to_string(filled));

@@ -30,10 +30,10 @@ CStlImage Holed()
 void CheckFilled(CStlImage& holed)
 {
     CStlImage filled(holed);
-    FillFromNeighbours(filled, 0);
+    FillFromNeighbours(filled, {});
     CImgFlip turned(holed);
     turned.Do(1, &holed, 0);
-    FillFromNeighbours(turned, 0);
+    FillFromNeighbours(turned, {});
     CheckSamples(filled, [&](int x, int y, int plane) {
         const float v = holed.GetPixelGrayRaw(x, y, plane);
         return std::isnan(v) ? turned.GetPixelGrayRaw(holed.GetWidth() - 1 - x, y, plane) : v;
@@ -46,7 +46,8 @@ void TimeFill(Run& run)
     CStlImage holed(Holed());
     CheckFilled(holed);
     run.Time(
-        holed.GetImageSize(), [&] { return CStlImage(holed); }, [](CStlImage& image) { FillFromNeighbours(image, 0); });
+        holed.GetImageSize(), [&] { return CStlImage(holed); },
+        [](CStlImage& image) { FillFromNeighbours(image, {}); });
 }
 
 const Line fill("filter/FillFromNeighbours", {}, TimeFill);

@@ -33,6 +33,23 @@ void ForEachRow(Image& image, int plane, Visit visit)
     }
 }
 
+/// The plane of the source that stands for a plane of the target: its last one for those that it lacks.
+inline int PlaneOf(const CImage& source, int plane)
+{
+    return std::min(plane, std::max(source.GetPlanes() - 1, 0));
+}
+
+/// Calls row(y) for the rows of an area, whose planes are taken together: a stage with one step a row.
+template <class Row>
+void WalkLines(const CRect& area, const Run& run, int textId, Row row)
+{
+    Stage stage(run, textId, static_cast<int>(area.bottom - area.top));
+    for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
+        row(y);
+        stage.Step();
+    }
+}
+
 /// Walks the planes and rows of an area that lies in the target: gives each row to the kernel that `kernelOf(plane)`
 /// makes, as (source, target, count), and counts one step of the stage.
 ///
@@ -44,7 +61,7 @@ void WalkArea(CStlImage& target, const CStlImage& source, const CRect& area, Sta
 {
     for (int plane = 0; plane < target.GetPlanes(); ++plane) {
         const auto kernel = kernelOf(plane);
-        const int sourcePlane = std::min(plane, source.GetPlanes() - 1);
+        const int sourcePlane = PlaneOf(source, plane);
         const int count = std::min<int>(area.right, source.GetWidth()) - static_cast<int>(area.left);
         for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
             if (count > 0 && source.GetPixelCount() > 0) {

@@ -74,11 +74,11 @@ void SmoothRow(const Smoothing& smoothing, const Band& band, int type, const dou
 }
 
 void SmoothMono(CStlImage& target, double level, int type, double weight, const CStlImage& source, const CRect* rect,
-                int showProgress)
+                const Run& run)
 {
     const double fade = source.GetLevelRange(0) * kFadePart;
     const Smoothing smoothing{WeightedMean(type), weight, level, level - fade, 1.0 / fade};
-    FilterRows(target, source, rect, showProgress, IDS_BACKGROUND, Radius(type), [=](int) {
+    FilterRows(target, source, rect, run, IDS_BACKGROUND, Radius(type), [=](int) {
         return [=](const Band& band, int left, int right, float* out) {
             MapSums(band, type, left, right, out, [=](double c, double s) { return smoothing(c, s, c); });
         };
@@ -86,7 +86,7 @@ void SmoothMono(CStlImage& target, double level, int type, double weight, const 
 }
 
 void SmoothColour(CStlImage& target, double level, int type, double weight, const CStlImage& source, const CRect* rect,
-                  int showProgress)
+                  const Run& run)
 {
     const double shown = target.To256(level, 0);
     const Smoothing smoothing{WeightedMean(type), weight, shown, shown - kFadeShown, kPerFadeShown};
@@ -98,13 +98,19 @@ void SmoothColour(CStlImage& target, double level, int type, double weight, cons
             SmoothRow(smoothing, bands[plane], type, bright.data(), left, right, target.GetImageAdr(0, y, plane));
         }
     };
-    FilterPixels(target, source, rect, showProgress, IDS_BACKGROUND, Radius(type), 1, kernel);
+    FilterPixels(target, source, rect, run, IDS_BACKGROUND, Radius(type), 1, kernel);
 }
 
 } // namespace
 
 void CImgFilter::BkgSmooth(double level, int type, double weight, CStlImage* source, CRect* rect, int showProgress)
 {
+    BkgSmooth(level, type, weight, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFilter::BkgSmooth(double level, int type, double weight, const CStlImage& source, const CRect* rect,
+                           const Run& run)
+{
     const auto smooth = GetDimension() < kColours ? SmoothMono : SmoothColour;
-    smooth(*this, level, type, weight, *source, rect, showProgress);
+    smooth(*this, level, type, weight, source, rect, run);
 }

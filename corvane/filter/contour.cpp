@@ -121,12 +121,17 @@ private:
 
 void CImgFilter::ContourFilter(int levels, int overlay, CStlImage* source, CRect* rect, int showProgress)
 {
-    LineRow lines(*source, levels);
+    ContourFilter(levels, overlay, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFilter::ContourFilter(int levels, int overlay, const CStlImage& source, const CRect* rect, const Run& run)
+{
+    LineRow lines(source, levels);
     const auto kernel = [&](const PlaneBands& bands, int y, int left, int right) {
         lines.MoveTo(bands, left, right);
         for (int plane = 0; plane < GetPlanes(); ++plane) {
             lines.Draw(Ink(*this, plane, overlay != 0), bands[plane].Row(0), left, right, GetImageAdr(0, y, plane));
         }
     };
-    FilterPixels(*this, *source, rect, showProgress, IDS_EDGE_DEFINE, 1, 1, kernel);
+    FilterPixels(*this, source, rect, run, IDS_EDGE_DEFINE, 1, 1, kernel);
 }

@@ -101,15 +101,21 @@ struct Development {
 void CImgFilter::DigitalDvlp(double offset, double weight, CStlImage* source, int* planeSelector, CRect* rect,
                              int showProgress)
 {
+    DigitalDvlp(offset, weight, *source, planeSelector, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFilter::DigitalDvlp(double offset, double weight, const CStlImage& source, const int* planeSelector,
+                             const CRect* rect, const Run& run)
+{
     const double a = To256(offset, 0);
-    const Development development{a, To256(static_cast<double>(source->GetAvrGrayRaw(0)), 0) + a};
-    Blur blur(*source, Selection(*source, planeSelector), weight);
+    const Development development{a, To256(static_cast<double>(source.GetAvrGrayRaw(0)), 0) + a};
+    Blur blur(source, Selection(source, planeSelector), weight);
     const auto kernel = [&](const PlaneBands& bands, int y, int left, int right) {
         const double* const blurred = blur.Row(bands, left, right) + left;
         for (int plane = 0; plane < GetPlanes(); ++plane) {
-            development.Row(bands[plane].Row(0) + left, blurred, DisplayScale(*source, PlaneOf(*source, plane)),
+            development.Row(bands[plane].Row(0) + left, blurred, DisplayScale(source, PlaneOf(source, plane)),
                             DisplayScale(*this, plane), right - left, GetImageAdr(left, y, plane));
         }
     };
-    FilterPixels(*this, *source, rect, showProgress, IDS_DEVELOPMENT, 1, GetPlanes(), kernel);
+    FilterPixels(*this, source, rect, run, IDS_DEVELOPMENT, 1, GetPlanes(), kernel);
 }

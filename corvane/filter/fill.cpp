@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "corvane/core/gaps.h"
-#include "corvane/core/progress_channel.h"
 
 namespace corvane {
 namespace {
@@ -107,16 +106,15 @@ private:
 
 } // namespace
 
-long long FillFromNeighbours(CStlImage& image, int showProgress)
+long long FillFromNeighbours(CStlImage& image, const Run& run)
 {
     const long long count = MarkGaps(image);
-    const ProgressChannel progress(image, showProgress, "Filling undefined samples...",
-                                   image.GetPlanes() * image.GetHeight());
+    Stage stage(run, "Filling undefined samples...", image.GetPlanes() * image.GetHeight());
     for (int plane = 0; plane < image.GetPlanes(); ++plane) {
         Hole hole(image, plane);
         for (int y = 0; y < image.GetHeight(); ++y) {
             hole.AddEdges(y);
-            progress.Advance(1);
+            stage.Step();
         }
         hole.Close();
     }

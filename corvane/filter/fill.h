@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"
 
@@ -14,8 +15,8 @@ namespace corvane {
 /// becomes the mean of these, weighted by the inverse square of the distance: 1 beside, 1/2 across. All samples of a
 /// ring are made of the rings before, so that the result does not depend on any order; the time grows with the number
 /// of samples alone, however large a hole is. A plane without a defined sample becomes NaN all over. Reports "Filling
-/// undefined samples..."; ESC is ignored. Returns how many samples were undefined.
-CORVANE_API long long FillFromNeighbours(CStlImage& image, int showProgress);
+/// undefined samples...". Returns how many samples were undefined.
+CORVANE_API long long FillFromNeighbours(CStlImage& image, const Run& run);
 
 /// Gives the undefined samples of each plane the value of that plane; returns how many there were.
 CORVANE_API long long FillWithValues(CStlImage& image, const std::vector<double>& values);

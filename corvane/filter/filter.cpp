@@ -6,7 +6,6 @@
 #include <limits>
 #include <memory>
 
-#include "corvane/core/progress_channel.h"
 #include "corvane/filter/filter_rows.h"
 #include "corvane/platform/memory_exception.h"
 #include "corvane/resources/string_table.h"
@@ -31,34 +30,35 @@ void FillColumns(const float* row, int width, int margin, int begin, int end, fl
 }
 
 /// An image larger than `image` by a margin on each side, without samples yet. Null when there is no room for it.
-std::unique_ptr<CStlImage> MakeLarger(const CStlImage& image, long long margin, HWND window, const char* text)
+std::unique_ptr<CStlImage> MakeLarger(const CStlImage& image, long long margin, const Run& run)
 {
     const long long width = image.GetWidth() + 2 * margin;
     const long long height = image.GetHeight() + 2 * margin;
     if (std::max(width, height) > std::numeric_limits<int>::max()) {
         return nullptr;
     }
+    const Stage stage(run, IDS_INITIALIZING, 0);
     return OrNothing([&] {
         return std::make_unique<CStlImage>(-32, static_cast<int>(width), static_cast<int>(height), image.GetPlanes(),
-                                           1.0, 0.0, 1, window, text);
+                                           1.0, 0.0, 1);
     });
 }
 
 /// Copies the samples and levels of `image` into the middle of a larger one, one step of progress a row.
-void CopyInterior(CStlImage& image, int margin, CStlImage& work)
+void CopyInterior(const CStlImage& image, int margin, CStlImage& work, Stage& stage)
 {
     for (int plane = 0; plane < image.GetPlanes(); ++plane) {
         work.SetLevel(plane, image.GetLevelMin(plane), image.GetLevelMax(plane));
         for (int y = 0; y < image.GetHeight(); ++y) {
             std::copy_n(image.GetImageAdr(0, y, plane, 1), image.GetWidth(),
                         work.GetImageAdr(margin, y + margin, plane));
-            image.ShowProgress(1);
+            stage.Step();
         }
     }
 }
 
 /// Fills what lies about the interior, one step of progress a row.
-void FillBorder(CStlImage& image, int margin, CStlImage& work)
+void FillBorder(const CStlImage& image, int margin, CStlImage& work, Stage& stage)
 {
     const int width = image.GetWidth();
     for (int plane = 0; plane < work.GetPlanes(); ++plane) {
@@ -69,7 +69,7 @@ void FillBorder(CStlImage& image, int margin, CStlImage& work)
             float* const workRow = work.GetImageAdr(0, y, plane);
             FillColumns(row, width, margin, 0, middle, workRow);
             FillColumns(row, width, margin, margin + width, work.GetWidth(), workRow);
-            image.ShowProgress(1);
+            stage.Step();
         }
     }
 }
@@ -85,14 +85,13 @@ void PointAtRows(const CStlImage& image, int x, int y, int plane, int radius, Ro
 }
 
 /// The padded copy that both work images are.
-CStlImage* MakeWork(CStlImage& image, int margin, int showProgress, int textId)
+CStlImage* MakeWork(const CStlImage& image, int margin, const Run& run, int textId)
 {
-    auto work = MakeLarger(image, margin, showProgress != 0 ? image.GetProgressHandle() : nullptr,
-                           showProgress != 0 ? FindString(IDS_INITIALIZING) : nullptr);
+    auto work = MakeLarger(image, margin, run);
     if (work != nullptr && image.GetPixelCount() > 0) {
-        const ProgressChannel progress(image, showProgress, textId, work->GetHeight() * work->GetPlanes() * 2);
-        CopyInterior(image, margin, *work);
-        FillBorder(image, margin, *work);
+        Stage stage(run, textId, work->GetHeight() * work->GetPlanes() * 2);
+        CopyInterior(image, margin, *work, stage);
+        FillBorder(image, margin, *work, stage);
     }
     return work.release();
 }
@@ -154,10 +153,20 @@ void CImgFilter::CalcShift(int& dx, int& dy, int /*unused*/, const CStlImage* ot
 
 CStlImage* CImgFilter::MakeFilterWork(int margin, int showProgress)
 {
-    return MakeWork(*this, margin > 0 ? margin : 2, showProgress, IDS_FILTER_INIT);
+    return MakeFilterWork(margin, WindowRun(*this, showProgress));
+}
+
+CStlImage* CImgFilter::MakeFilterWork(int margin, const Run& run) const
+{
+    return MakeWork(*this, margin > 0 ? margin : 2, run, IDS_FILTER_INIT);
 }
 
 CStlImage* CImgFilter::MakeDDWork(int margin, int showProgress)
 {
-    return MakeWork(*this, margin > 0 ? margin : 1, showProgress, IDS_DEVELOPMENT_INIT);
+    return MakeDDWork(margin, WindowRun(*this, showProgress));
+}
+
+CStlImage* CImgFilter::MakeDDWork(int margin, const Run& run) const
+{
+    return MakeWork(*this, margin > 0 ? margin : 1, run, IDS_DEVELOPMENT_INIT);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Filters of a sample and its neighbours: smoothing, sharpening, development.
@@ -115,15 +116,43 @@ public:
     void ContourFilter(int levels, int overlay, CStlImage* source, CRect* rect, int showProgress);
     /// @}
 
+    /// @name The same filters as parts of a run
+    /// @{
+    void MeanFilter(int type, double weight, const CStlImage& source, const CRect* rect, const corvane::Run& run);
+    void MeanWithoutEdgeFilter(int type, double weight, const CStlImage& source, const CRect* rect,
+                               const corvane::Run& run);
+    void MedianFilter(int type, const CStlImage& source, const CRect* rect, const corvane::Run& run);
+    void MinMaxFilter(int type, int rank, const CStlImage& source, const CRect* rect, const corvane::Run& run);
+    void GaussianFilter(double sigma, const CStlImage& source, const CRect* rect, const corvane::Run& run);
+    void SharpFilter(int type, double strength, const CStlImage& source, const CRect* rect, const corvane::Run& run);
+    void SharpEdgeFilter(int type, double strength, const CStlImage& source, const CRect* rect,
+                         const corvane::Run& run);
+    void LaplacianFilter(int type, const CStlImage& source, const CRect* rect, const corvane::Run& run);
+    void UnSharpMask(double amount, int type, double weight, double threshold, const CStlImage& source,
+                     const CRect* rect, const corvane::Run& run);
+    void StarSharpFilter(int type, double rankPosition, double threshold, int keepPeaks, const CStlImage& source,
+                         const CRect* rect, const corvane::Run& run);
+    void DigitalDvlp(double offset, double weight, const CStlImage& source, const int* planeSelector, const CRect* rect,
+                     const corvane::Run& run);
+    void BkgSmooth(double level, int type, double weight, const CStlImage& source, const CRect* rect,
+                   const corvane::Run& run);
+    void AAPosterizationFilter(int levels, const CStlImage& source, const CRect* rect, const corvane::Run& run);
+    void NoiseCut(int type, double threshold, int fixCool, int fixHot, const CStlImage& source, const CRect* rect,
+                  const corvane::Run& run);
+    void ContourFilter(int levels, int overlay, const CStlImage& source, const CRect* rect, const corvane::Run& run);
+    /// @}
+
     /// @name Work images
     /// A copy with a border of `margin` samples, filled by the row rule on all four sides, for callers that filter with
-    /// kernels of their own. The caller owns it; null when there is no memory. With progress the window is also told of
-    /// "Initializing...", while the memory is had.
+    /// kernels of their own. The caller owns it; null when there is no memory. "Initializing..." is
+    /// reported first, while the memory is had.
     /// @{
     /// Margin 0 means 2. Reports "Initializing filtering process...".
     CStlImage* MakeFilterWork(int margin, int showProgress);
+    CStlImage* MakeFilterWork(int margin, const corvane::Run& run) const;
     /// For digital development: margin 0 means 1, the radius of its blur. Reports "Initializing digital development...".
     CStlImage* MakeDDWork(int margin, int showProgress);
+    CStlImage* MakeDDWork(int margin, const corvane::Run& run) const;
     /// @}
 
     /// @name Mean kernels

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "corvane/core/progress_channel.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/walk.h"
 #include "corvane/filter/neighbourhood.h"
@@ -46,12 +45,6 @@ private:
     int width_;
 };
 
-/// The plane of the source that stands for a plane of the target: its last one for those that it lacks.
-inline int PlaneOf(const CImage& source, int plane)
-{
-    return std::min(plane, std::max(source.GetPlanes() - 1, 0));
-}
-
 /// Calls inner(begin, end) for the columns that have `margin` neighbours on either side within the row, and edge(x) for
 /// the others.
 template <class Inner, class Edge>
@@ -89,28 +82,38 @@ void ForEachBlock(const Band& band, int begin, int end, int columns, const float
     }
 }
 
+/// Calls row(y, left, right) for the rows of an area, with the columns that the source has too, and releases the rows of
+/// both images after it. A row counts `steps` steps of the stage.
+template <class Row>
+void WalkLocked(CStlImage& target, const CStlImage& source, const CRect& area, Stage& stage, int steps, Row row)
+{
+    const int left = static_cast<int>(area.left);
+    const int right = source.GetPixelCount() > 0 ? std::min(static_cast<int>(area.right), source.GetWidth()) : left;
+    for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
+        if (left < right) {
+            row(y, left, right);
+            source.UnlockAll();
+            target.UnlockAll();
+        }
+        for (int step = 0; step < steps; ++step) {
+            stage.Step();
+        }
+    }
+}
+
 /// Walks a filter: `kernelOf(plane)` gives the kernel, which is called for each row as kernel(band, left, right, out)
-/// with the band of the source and the target row, both from column 0. The rows of both images are released after it.
+/// with the band of the source and the target row, both from column 0.
 template <class KernelOf>
-void FilterRows(CStlImage& target, const CStlImage& source, const CRect* rect, int showProgress, int textId, int radius,
+void FilterRows(CStlImage& target, const CStlImage& source, const CRect* rect, const Run& run, int textId, int radius,
                 KernelOf kernelOf)
 {
     const CRect area = WorkingArea(target, rect);
-    const int left = static_cast<int>(area.left);
-    const int right = std::min(static_cast<int>(area.right), source.GetWidth());
-    const ProgressChannel progress(target, showProgress, textId,
-                                   static_cast<int>(area.bottom - area.top) * target.GetPlanes());
+    Stage stage(run, textId, static_cast<int>(area.bottom - area.top) * target.GetPlanes());
     for (int plane = 0; plane < target.GetPlanes(); ++plane) {
         const auto kernel = kernelOf(plane);
-        const int sourcePlane = std::min(plane, source.GetPlanes() - 1);
-        for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
-            if (left < right && source.GetPixelCount() > 0) {
-                kernel(Band(source, y, sourcePlane, radius), left, right, target.GetImageAdr(0, y, plane));
-                source.UnlockAll();
-                target.UnlockAll();
-            }
-            progress.Advance(1);
-        }
+        WalkLocked(target, source, area, stage, 1, [&](int y, int left, int right) {
+            kernel(Band(source, y, PlaneOf(source, plane), radius), left, right, target.GetImageAdr(0, y, plane));
+        });
     }
 }
 

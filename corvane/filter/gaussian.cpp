@@ -104,11 +104,16 @@ Row RowOf(int radius)
 
 void CImgFilter::GaussianFilter(double sigma, CStlImage* source, CRect* rect, int showProgress)
 {
+    GaussianFilter(sigma, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFilter::GaussianFilter(double sigma, const CStlImage& source, const CRect* rect, const Run& run)
+{
     sigma = sigma > 0.1 ? std::min(sigma, 5.0) : 0.1;
     const int radius = static_cast<int>(std::ceil(2.0 * sigma));
     const Weights weights = MakeWeights(sigma, radius);
     const Row row = RowOf(radius);
-    FilterRows(*this, *source, rect, showProgress, IDS_GAUSSIAN, radius, [&](int) {
+    FilterRows(*this, source, rect, run, IDS_GAUSSIAN, radius, [&](int) {
         return [&](const Band& band, int left, int right, float* out) { row(band, weights, left, right, out); };
     });
 }

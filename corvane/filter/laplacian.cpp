@@ -85,9 +85,14 @@ void RowAbove(const Band& band, int left, int right, double min, float* __restri
 
 void CImgFilter::LaplacianFilter(int type, CStlImage* source, CRect* rect, int showProgress)
 {
-    const double min = source->GetLevelMin(0); // plane 0's serves every plane
+    LaplacianFilter(type, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFilter::LaplacianFilter(int type, const CStlImage& source, const CRect* rect, const Run& run)
+{
+    const double min = source.GetLevelMin(0); // plane 0's serves every plane
     const double others = Points(type) - 1;
-    FilterRows(*this, *source, rect, showProgress, IDS_EDGE_DEFINE, 1, [=](int) {
+    FilterRows(*this, source, rect, run, IDS_EDGE_DEFINE, 1, [=](int) {
         return [=](const Band& band, int left, int right, float* out) {
             switch (type) {
             case kCross:

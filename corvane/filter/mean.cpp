@@ -22,8 +22,13 @@ double EdgeFactor(double edge)
 
 void CImgFilter::MeanFilter(int type, double weight, CStlImage* source, CRect* rect, int showProgress)
 {
+    MeanFilter(type, weight, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFilter::MeanFilter(int type, double weight, const CStlImage& source, const CRect* rect, const Run& run)
+{
     const double perWeight = 1.0 / ((Points(type) - 1) * weight + 1.0);
-    FilterRows(*this, *source, rect, showProgress, IDS_MEAN, GetMeanR(type), [=](int) {
+    FilterRows(*this, source, rect, run, IDS_MEAN, GetMeanR(type), [=](int) {
         return [=](const Band& band, int left, int right, float* out) {
             MapSums(band, type, left, right, out, [=](double c, double s) { return (s * weight + c) * perWeight; });
         };
@@ -32,9 +37,15 @@ void CImgFilter::MeanFilter(int type, double weight, CStlImage* source, CRect* r
 
 void CImgFilter::MeanWithoutEdgeFilter(int type, double weight, CStlImage* source, CRect* rect, int showProgress)
 {
+    MeanWithoutEdgeFilter(type, weight, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFilter::MeanWithoutEdgeFilter(int type, double weight, const CStlImage& source, const CRect* rect,
+                                       const Run& run)
+{
     const WeightedMean mean(type);
-    const EdgeStrength edge{DisplayScale(*source, 0)}; // plane 0's levels serve every plane
-    FilterRows(*this, *source, rect, showProgress, IDS_MEAN, GetMeanR(type), [=](int) {
+    const EdgeStrength edge{DisplayScale(source, 0)}; // plane 0's levels serve every plane
+    FilterRows(*this, source, rect, run, IDS_MEAN, GetMeanR(type), [=](int) {
         return [=](const Band& band, int left, int right, float* out) {
             MapSums(band, type, left, right, out, [=](double c, double s, double laplacian) {
                 return mean(c, s, EdgeFactor(edge(laplacian)) * weight);

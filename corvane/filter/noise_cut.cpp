@@ -13,9 +13,15 @@ using namespace corvane::filter;
 void CImgFilter::NoiseCut(int type, double threshold, int fixCool, int fixHot, CStlImage* source, CRect* rect,
                           int showProgress)
 {
+    NoiseCut(type, threshold, fixCool, fixHot, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFilter::NoiseCut(int type, double threshold, int fixCool, int fixHot, const CStlImage& source,
+                          const CRect* rect, const Run& run)
+{
     const bool cool = fixCool != 0;
     const bool hot = fixHot != 0;
-    FilterRows(*this, *source, rect, showProgress, IDS_HOT_COOL, GetMedianR(type), [=](int) {
+    FilterRows(*this, source, rect, run, IDS_HOT_COOL, GetMedianR(type), [=](int) {
         return [=](const Band& band, int left, int right, float* __restrict out) {
             MedianRow(band, type, left, right, out);
             const float* const centre = band.Row(0);

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "corvane/core/display_scale.h"
-#include "corvane/core/progress_channel.h"
 #include "corvane/filter/filter_rows.h"
 
 namespace corvane::filter {
@@ -27,25 +26,15 @@ private:
 };
 
 /// Walks a filter that takes the planes of a pixel together: kernel(bands, y, left, right) for each row, with the bands
-/// of the source. The rows of both images are released after it. A row counts `steps` steps of progress.
+/// of the source. A row counts `steps` steps of progress.
 template <class Kernel>
-void FilterPixels(CStlImage& target, const CStlImage& source, const CRect* rect, int showProgress, int textId,
-                  int radius, int steps, Kernel kernel)
+void FilterPixels(CStlImage& target, const CStlImage& source, const CRect* rect, const Run& run, int textId, int radius,
+                  int steps, Kernel kernel)
 {
     const CRect area = WorkingArea(target, rect);
-    const int left = static_cast<int>(area.left);
-    const int right = std::min(static_cast<int>(area.right), source.GetWidth());
-    const ProgressChannel progress(target, showProgress, textId, static_cast<int>(area.bottom - area.top) * steps);
-    for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
-        if (left < right && source.GetPixelCount() > 0) {
-            kernel(PlaneBands(source, y, radius), y, left, right);
-            source.UnlockAll();
-            target.UnlockAll();
-        }
-        for (int step = 0; step < steps; ++step) {
-            progress.Advance(1);
-        }
-    }
+    Stage stage(run, textId, static_cast<int>(area.bottom - area.top) * steps);
+    WalkLocked(target, source, area, stage, steps,
+               [&](int y, int left, int right) { kernel(PlaneBands(source, y, radius), y, left, right); });
 }
 
 /// Brightness of pixels in display units: of a colour image 0.299 R + 0.587 G + 0.114 B.

@@ -149,8 +149,13 @@ void WriteRow(const double* sums, double perNinth, bool roundsFirst, DisplayScal
 
 void CImgFilter::AAPosterizationFilter(int levels, CStlImage* source, CRect* rect, int showProgress)
 {
+    AAPosterizationFilter(levels, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFilter::AAPosterizationFilter(int levels, const CStlImage& source, const CRect* rect, const Run& run)
+{
     const Steps steps(levels);
-    StepSums stepSums(*source, steps);
+    StepSums stepSums(source, steps);
     const auto kernel = [&](const PlaneBands&, int y, int left, int right) {
         const double* const sums = stepSums.Row(y, left, right);
         for (int plane = 0; plane < GetPlanes(); ++plane) {
@@ -160,5 +165,5 @@ void CImgFilter::AAPosterizationFilter(int levels, CStlImage* source, CRect* rec
                      GetImageAdr(0, y, plane));
         }
     };
-    FilterPixels(*this, *source, rect, showProgress, IDS_COMPRESS_GRAY, 0, 1, kernel);
+    FilterPixels(*this, source, rect, run, IDS_COMPRESS_GRAY, 0, 1, kernel);
 }

@@ -13,14 +13,24 @@ using namespace corvane::filter;
 
 void CImgFilter::MedianFilter(int type, CStlImage* source, CRect* rect, int showProgress)
 {
-    FilterRows(*this, *source, rect, showProgress, IDS_MEDIAN, GetMedianR(type), [=](int) {
+    MedianFilter(type, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFilter::MedianFilter(int type, const CStlImage& source, const CRect* rect, const Run& run)
+{
+    FilterRows(*this, source, rect, run, IDS_MEDIAN, GetMedianR(type), [=](int) {
         return [=](const Band& band, int left, int right, float* out) { MedianRow(band, type, left, right, out); };
     });
 }
 
 void CImgFilter::MinMaxFilter(int type, int rank, CStlImage* source, CRect* rect, int showProgress)
 {
-    FilterRows(*this, *source, rect, showProgress, IDS_MINIMUM_MAXIMUM, GetMinMaxR(type), [=](int) {
+    MinMaxFilter(type, rank, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFilter::MinMaxFilter(int type, int rank, const CStlImage& source, const CRect* rect, const Run& run)
+{
+    FilterRows(*this, source, rect, run, IDS_MINIMUM_MAXIMUM, GetMinMaxR(type), [=](int) {
         return [=](const Band& band, int left, int right, float* out) { RankRow(band, type, rank, left, right, out); };
     });
 }

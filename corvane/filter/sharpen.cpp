@@ -38,9 +38,14 @@ double AtEdge(double strength, double edge)
 
 void CImgFilter::SharpFilter(int type, double strength, CStlImage* source, CRect* rect, int showProgress)
 {
+    SharpFilter(type, strength, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFilter::SharpFilter(int type, double strength, const CStlImage& source, const CRect* rect, const Run& run)
+{
     const Sharp sharp(type);
     const double perWeight = 1.0 / sharp.Divisor(strength);
-    FilterRows(*this, *source, rect, showProgress, IDS_SHARPEN, GetSharpR(type), [=](int) {
+    FilterRows(*this, source, rect, run, IDS_SHARPEN, GetSharpR(type), [=](int) {
         return [=](const Band& band, int left, int right, float* out) {
             MapSums(band, type, left, right, out,
                     [=](double c, double s) { return sharp.Sum(c, s, strength) * perWeight; });
@@ -50,9 +55,14 @@ void CImgFilter::SharpFilter(int type, double strength, CStlImage* source, CRect
 
 void CImgFilter::SharpEdgeFilter(int type, double strength, CStlImage* source, CRect* rect, int showProgress)
 {
+    SharpEdgeFilter(type, strength, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFilter::SharpEdgeFilter(int type, double strength, const CStlImage& source, const CRect* rect, const Run& run)
+{
     const Sharp sharp(type);
-    FilterRows(*this, *source, rect, showProgress, IDS_EDGE_ENHANCE, GetSharpR(type), [=](int plane) {
-        const EdgeStrength edge{DisplayScale(*source, PlaneOf(*source, plane))};
+    FilterRows(*this, source, rect, run, IDS_EDGE_ENHANCE, GetSharpR(type), [=](int plane) {
+        const EdgeStrength edge{DisplayScale(source, PlaneOf(source, plane))};
         return [=](const Band& band, int left, int right, float* out) {
             MapSums(band, type, left, right, out, [=](double c, double s, double laplacian) {
                 return sharp(c, s, AtEdge(strength, edge(laplacian)));

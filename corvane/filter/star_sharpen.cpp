@@ -99,8 +99,14 @@ void StarRow(const Band& band, int type, const StarRule& rule, int left, int rig
 void CImgFilter::StarSharpFilter(int type, double rankPosition, double threshold, int keepPeaks, CStlImage* source,
                                  CRect* rect, int showProgress)
 {
+    StarSharpFilter(type, rankPosition, threshold, keepPeaks, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFilter::StarSharpFilter(int type, double rankPosition, double threshold, int keepPeaks,
+                                 const CStlImage& source, const CRect* rect, const Run& run)
+{
     const StarRule rule(type, rankPosition, threshold, keepPeaks);
-    FilterRows(*this, *source, rect, showProgress, IDS_STAR_SHARPEN, GetStarSharpR(type), [=](int) {
+    FilterRows(*this, source, rect, run, IDS_STAR_SHARPEN, GetStarSharpR(type), [=](int) {
         return [=](const Band& band, int left, int right, float* out) { StarRow(band, type, rule, left, right, out); };
     });
 }

@@ -50,7 +50,7 @@ TEST(Fill, AgreesWithThePlainForm)
                 expected = WithRing(expected);
             }
             CStlImage filled(image);
-            EXPECT_EQ(corvane::FillFromNeighbours(filled, 0), gaps);
+            EXPECT_EQ(corvane::FillFromNeighbours(filled, {}), gaps);
             EXPECT_TRUE(Agree(filled, expected, 1));
             EXPECT_EQ(filled.IsBlankUsed() != 0, before.blankUsed && gaps == 0);
         }
