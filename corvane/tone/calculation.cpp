@@ -22,8 +22,14 @@ double Reciprocal(double value)
 
 void CImgCalculation::Do(double value, int mode, int clipNegative, CStlImage* source, CRect* rect, int showProgress)
 {
+    Do(value, mode, clipNegative, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgCalculation::Do(double value, int mode, int clipNegative, const CStlImage& source, const CRect* rect,
+                         const Run& run)
+{
     const auto apply = [&](auto calculate) {
-        MapPlanes(*this, *source, rect, WindowRun(*this, showProgress), IDS_CALCULATION, [&](int) {
+        MapPlanes(*this, source, rect, run, IDS_CALCULATION, [&](int) {
             return [=, isBlank = BlankTest(*this)](double v) { return isBlank(v) ? v : calculate(v); };
         });
     };
@@ -40,7 +46,6 @@ void CImgCalculation::Do(double value, int mode, int clipNegative, CStlImage* so
     } else if (mode == 3) {
         apply([perValue = Reciprocal(value)](double v) { return v * perValue; });
     } else {
-        MapPlanes(*this, *source, rect, WindowRun(*this, showProgress), IDS_CALCULATION,
-                  [](int) { return [](double v) { return v; }; });
+        MapPlanes(*this, source, rect, run, IDS_CALCULATION, [](int) { return [](double v) { return v; }; });
     }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Adds, subtracts, multiplies or divides by a constant, in raw units.
@@ -19,4 +20,7 @@ public:
     /// whether or not it is in use. Samples that are blank by this image are copied in every mode. NaN stays NaN.
     /// Reports "Calculating..."; ESC is ignored.
     void Do(double value, int mode, int clipNegative, CStlImage* source, CRect* rect, int showProgress);
+    /// The same, as a part of a run.
+    void Do(double value, int mode, int clipNegative, const CStlImage& source, const CRect* rect,
+            const corvane::Run& run);
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Brightens or darkens each plane by an amount of its own; the display levels stay.
@@ -20,4 +21,7 @@ public:
     /// "Applying color balance..."; ESC is ignored.
     void Do(double offsetPlane0, double offsetPlane1, double offsetPlane2, CStlImage* source, CRect* rect,
             int showProgress);
+    /// The same, as a part of a run.
+    void Do(double offsetPlane0, double offsetPlane1, double offsetPlane2, const CStlImage& source, const CRect* rect,
+            const corvane::Run& run);
 };

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "corvane/core/display_scale.h"
-#include "corvane/core/progress_channel.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 #include "corvane/tone/colour_map.h"
@@ -50,7 +49,7 @@ private:
 /// The intensities of `count` pixels from (x, y) on.
 void ReadIntensities(const CStlImage& source, const Intensity& intensity, int x, int y, float* values, int count)
 {
-    const auto row = [&](int plane) { return source.GetImageAdr(x, y, std::min(plane, source.GetPlanes() - 1), 1); };
+    const auto row = [&](int plane) { return source.GetImageAdr(x, y, PlaneOf(source, plane), 1); };
     if (source.IsColor()) {
         intensity.OfColour(row(0), row(1), row(2), values, count);
     } else {
@@ -75,25 +74,29 @@ void WriteColours(CStlImage& image, const ColourMap::Block& colours, int x, int 
 
 void CImgFalseColor::Do(double low, double high, int map, int cycles, CStlImage* source, CRect* rect, int showProgress)
 {
+    Do(low, high, map, cycles, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgFalseColor::Do(double low, double high, int map, int cycles, const CStlImage& source, const CRect* rect,
+                        const Run& run)
+{
     if (GetPlanes() < 3) {
         return;
     }
     const CRect area = WorkingArea(*this, rect);
-    const int right = source->GetPixelCount() > 0 ? std::min<int>(area.right, source->GetWidth()) : 0;
-    const Intensity intensity(*source, low, high);
+    const int right = source.GetPixelCount() > 0 ? std::min<int>(area.right, source.GetWidth()) : 0;
+    const Intensity intensity(source, low, high);
     const ColourMap& colourMap = ColourMap::Find(map);
     float values[ColourMap::kBlock];
     ColourMap::Block colours;
-    const ProgressChannel progress(*this, showProgress, IDS_FALSE_COLOR, static_cast<int>(area.bottom - area.top));
-    for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
+    WalkLines(area, run, IDS_FALSE_COLOR, [&](int y) {
         for (int x = static_cast<int>(area.left); x < right; x += ColourMap::kBlock) {
             const int count = std::min(right - x, ColourMap::kBlock);
-            ReadIntensities(*source, intensity, x, y, values, count);
+            ReadIntensities(source, intensity, x, y, values, count);
             colourMap.Colour(values, count, cycles, colours);
             WriteColours(*this, colours, x, y, count);
         }
-        progress.Advance(1);
-    }
+    });
 }
 
 void CImgFalseColor::GetFalseColor(float value, int map, int cycles, float* red, float* green, float* blue) const

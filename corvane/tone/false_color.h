@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Shows intensities as colours of a map.
@@ -27,6 +28,9 @@ public:
     /// Of a smaller source the last row repeats; pixels to the right of it stay. Reports "Applying false color...", one
     /// step a row; ESC is ignored.
     void Do(double low, double high, int map, int cycles, CStlImage* source, CRect* rect, int showProgress);
+    /// The same, as a part of a run.
+    void Do(double low, double high, int map, int cycles, const CStlImage& source, const CRect* rect,
+            const corvane::Run& run);
 
     /// The colour of a display value [0..255, others count as the nearest, NaN as 0]; components 0 to 255. With
     /// `cycles` above 1 it is the colour of cycles * value modulo 256. The pointers must not be null.

@@ -37,8 +37,13 @@ struct QuickStep {
 
 void CImgReduceTone::Do(int levels, CStlImage* source, CRect* rect, int showProgress)
 {
+    Do(levels, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgReduceTone::Do(int levels, const CStlImage& source, const CRect* rect, const Run& run)
+{
     const int steps = std::clamp(levels, 1, 256);
-    WalkRows(*this, *source, rect, WindowRun(*this, showProgress), IDS_COMPRESS_GRAY, [&](int plane) {
+    WalkRows(*this, source, rect, run, IDS_COMPRESS_GRAY, [&](int plane) {
         const DisplayScale scale(*this, plane);
         const ExactStep exact{scale, static_cast<double>(steps)};
         const double width = scale.range / 255.0 * 256.0 / steps;

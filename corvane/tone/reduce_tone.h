@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Posterises: leaves each plane a few grey steps between its display levels, which stay.
@@ -19,4 +20,6 @@ public:
     /// values are by the levels of this image's own planes; those below 0, and NaN, count as 0, those above 255 as 255.
     /// Blanks are samples like others. Reports "Compressing grayscale..."; ESC is ignored.
     void Do(int levels, CStlImage* source, CRect* rect, int showProgress);
+    /// The same, as a part of a run.
+    void Do(int levels, const CStlImage& source, const CRect* rect, const corvane::Run& run);
 };

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "corvane/core/display_scale.h"
-#include "corvane/core/progress_channel.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 #include "corvane/tone/curve.h"
@@ -25,13 +24,17 @@ std::vector<Curve> CurvesOf(const CImage& image, int plane, const float* const* 
 
 void CImgToneCurve::Do(const float* const* curves, int n, CStlImage* source, CRect* rect, int showProgress)
 {
+    Do(curves, n, *source, rect, WindowRun(*this, showProgress));
+}
+
+void CImgToneCurve::Do(const float* const* curves, int n, const CStlImage& source, const CRect* rect, const Run& run)
+{
     const int needed = IsColor() ? 4 : 1;
     if (curves == nullptr || n < 2 || std::count(curves, curves + needed, nullptr) > 0) {
         return;
     }
-    const Run run = WindowRun(*this, showProgress);
     Stage stage(run, IDS_CURVES, GetHeight() * GetPlanes());
-    WalkArea(*this, *source, WorkingArea(*this, rect), stage,
+    WalkArea(*this, source, WorkingArea(*this, rect), stage,
              [&](int plane) { return CurveRow(DisplayScale(*this, plane), CurvesOf(*this, plane, curves, n)); });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Sends samples through tabulated curves on the display scale; the levels stay.
@@ -26,6 +27,8 @@ public:
     /// samples like others; NaN stays NaN. Reports "Adjusting Curves..." with the rows of the whole image as total,
     /// whatever the rectangle; ESC is ignored.
     void Do(const float* const* curves, int n, CStlImage* source, CRect* rect, int showProgress);
+    /// The same, as a part of a run.
+    void Do(const float* const* curves, int n, const CStlImage& source, const CRect* rect, const corvane::Run& run);
 
 protected:
     /// The display value that a curve of n entries gives for display value x; x itself when there is no curve or n is
