@@ -190,8 +190,10 @@ void RunResize(io::Frame& frame, Arguments& arguments, const Context& context)
     const double height = Side(arguments, "height", image.GetHeight(), "width", image.GetWidth());
     CheckSize(image, width, height);
     CImgResolution result(image);
-    const auto method = arguments.Text("method") == "cubic" ? &CImgResolution::ByCubic : &CImgResolution::ByLiner;
-    RequireDone((result.*method)(&image, static_cast<int>(width), static_cast<int>(height), context.showProgress));
+    const int columns = static_cast<int>(width);
+    const int rows = static_cast<int>(height);
+    RequireDone(arguments.Text("method") == "cubic" ? result.ByCubic(&image, columns, rows, context.showProgress)
+                                                    : result.ByLiner(&image, columns, rows, context.showProgress));
     FinishResampling(frame, result, {{width / image.GetWidth(), 0.0, 0.0, height / image.GetHeight()}, 0.0, 0.0});
 }
 

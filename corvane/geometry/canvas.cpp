@@ -6,17 +6,16 @@
 
 namespace corvane {
 
-int MakeCanvas(CStlImage& target, const CStlImage& source, long long width, long long height, int showProgress)
+int MakeCanvas(CStlImage& target, const CStlImage& source, long long width, long long height, const Run& run)
 {
     constexpr long long kLongest = std::numeric_limits<int>::max();
     if (width < 1 || height < 1 || width > kLongest || height > kLongest) {
         return 0;
     }
-    HWND window = showProgress != 0 ? target.GetProgressHandle() : nullptr;
-    const char* const text = showProgress != 0 ? FindString(IDS_CANVAS_SIZE) : nullptr;
+    const Stage stage(run, IDS_CANVAS_SIZE, 0);
     const int w = static_cast<int>(width);
     const int h = static_cast<int>(height);
-    return &target == &source ? target.ChangeSize(w, h, window, text) : target.CreateCanvas(target, w, h, window, text);
+    return &target == &source ? target.ChangeSize(w, h) : target.CreateCanvas(target, w, h);
 }
 
 } // namespace corvane

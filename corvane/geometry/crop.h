@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Keeps a rectangle of an image.
@@ -20,4 +21,6 @@ public:
     /// half full. ESC is ignored. Returns 1, or 0 when the rectangle is empty or there is no room: then only the
     /// reference points have changed.
     int Do(CRect rect, CStlImage* source, int showProgress);
+    /// The same, as a part of a run.
+    int Do(CRect rect, const CStlImage& source, const corvane::Run& run);
 };

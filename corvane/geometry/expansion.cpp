@@ -23,16 +23,20 @@ void Repeat(const float* samples, int count, int times, float* out)
 
 int CImgExpansion::Do(int fx, int fy, CStlImage* source, int showProgress)
 {
+    return Do(fx, fy, *source, WindowRun(*this, showProgress));
+}
+
+int CImgExpansion::Do(int fx, int fy, const CStlImage& source, const Run& run)
+{
     InitStdPt();
     const int width = GetWidth();
     const long long newHeight = static_cast<long long>(GetHeight()) * fy;
     auto samples = OrNothing([&] { return std::make_unique<float[]>(static_cast<std::size_t>(std::max(width, 1))); });
-    if (samples == nullptr ||
-        MakeCanvas(*this, *source, static_cast<long long>(width) * fx, newHeight, showProgress) == 0) {
+    if (samples == nullptr || MakeCanvas(*this, source, static_cast<long long>(width) * fx, newHeight, run) == 0) {
         return 0;
     }
-    const SourceRows from(*source);
-    FillRows(*this, showProgress, IDS_EXPANSION, [&](int plane, int y, float* row) {
+    const SourceRows from(source);
+    FillRows(*this, run, IDS_EXPANSION, [&](int plane, int y, float* row) {
         if (y % fy == 0) {
             from.Copy(0, y / fy, plane, width, samples.get());
             Repeat(samples.get(), width, fx, row);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Enlarges an image by whole factors: every sample becomes a block of equal ones.
@@ -18,4 +19,6 @@ public:
     /// missing planes its last one. Reports "Changing canvas size..." and "Expanding image..."; ESC is ignored. Returns
     /// 1, or 0 when a factor is below 1 or there is no room: then only the reference points have changed.
     int Do(int fx, int fy, CStlImage* source, int showProgress);
+    /// The same, as a part of a run.
+    int Do(int fx, int fy, const CStlImage& source, const corvane::Run& run);
 };

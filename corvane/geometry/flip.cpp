@@ -13,18 +13,22 @@ enum Direction { kVertical = 0, kHorizontal = 1 };
 
 void CImgFlip::Do(int direction, CStlImage* source, int showProgress)
 {
-    const SourceRows rows(*source);
+    Do(direction, *source, WindowRun(*this, showProgress));
+}
+
+void CImgFlip::Do(int direction, const CStlImage& source, const Run& run)
+{
+    const SourceRows rows(source);
     const int width = GetWidth();
     if (direction == kVertical) {
-        FillRows(*this, showProgress, IDS_FLIP_VERTICAL,
+        FillRows(*this, run, IDS_FLIP_VERTICAL,
                  [&](int plane, int y, float* row) { rows.Copy(0, GetHeight() - y - 1, plane, width, row); });
         FlipVertPhysicalCoords();
     } else if (direction == kHorizontal) {
-        FillRows(*this, showProgress, IDS_FLIP_HORIZONTAL,
+        FillRows(*this, run, IDS_FLIP_HORIZONTAL,
                  [&](int plane, int y, float* row) { rows.CopyMirrored(width - 1, y, plane, width, row); });
         FlipHorzPhysicalCoords();
     } else {
-        ShowProgressInit(showProgress, IDS_FLIP_HORIZONTAL, GetHeight() * GetPlanes());
-        ShowProgressEnd(nullptr);
+        const Stage nothing(run, IDS_FLIP_HORIZONTAL, GetHeight() * GetPlanes());
     }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Mirrors an image top to bottom or left to right.
@@ -19,4 +20,6 @@ public:
     /// A source of another size repeats its edge, and missing planes its last one. It must be another image. Reports
     /// "Flipping image vertically..." or "Flipping image horizontally..."; ESC is ignored.
     void Do(int direction, CStlImage* source, int showProgress);
+    /// The same, as a part of a run.
+    void Do(int direction, const CStlImage& source, const corvane::Run& run);
 };

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "corvane/core/display_scale.h"
-#include "corvane/core/progress_channel.h"
 #include "corvane/geometry/canvas.h"
 #include "corvane/geometry/rows.h"
 #include "corvane/resources/string_table.h"
@@ -41,29 +40,34 @@ void FillAround(const Placement& columns, bool isPictureRow, int width, float va
 
 int CImgResize::Do(int newWidth, int newHeight, int anchor, float* background, CStlImage* source, int showProgress)
 {
+    return Do(newWidth, newHeight, anchor, background, *source, WindowRun(*this, showProgress));
+}
+
+int CImgResize::Do(int newWidth, int newHeight, int anchor, const float* background, const CStlImage& source,
+                   const Run& run)
+{
     InitStdPt();
-    if (MakeCanvas(*this, *source, newWidth, newHeight, showProgress) == 0) {
+    if (MakeCanvas(*this, source, newWidth, newHeight, run) == 0) {
         return 0;
     }
     const int place = anchor >= 0 && anchor < kAnchors ? anchor : 0;
-    const Placement columns(newWidth, source->GetWidth(), place % 3);
-    const Placement rows(newHeight, source->GetHeight(), place / 3);
+    const Placement columns(newWidth, source.GetWidth(), place % 3);
+    const Placement rows(newHeight, source.GetHeight(), place / 3);
     const DisplayScale scale(*this, 0); // for every plane: the background is one colour of the screen
-    const SourceRows from(*source);
-    const ProgressChannel progress(*this, showProgress, IDS_CANVAS_SIZE,
-                                   (newHeight + rows.end - rows.first) * GetPlanes());
+    const SourceRows from(source);
+    Stage stage(run, IDS_CANVAS_SIZE, (newHeight + rows.end - rows.first) * GetPlanes());
     for (int plane = 0; plane < GetPlanes(); ++plane) {
         const auto value = static_cast<float>(scale.ToRaw(background == nullptr ? 0.0 : background[plane]));
         for (int y = 0; y < newHeight; ++y) {
             FillAround(columns, y >= rows.first && y < rows.end, newWidth, value, GetImageAdr(0, y, plane));
-            progress.Advance(1);
+            stage.Step();
         }
     }
     for (int plane = 0; plane < GetPlanes(); ++plane) {
         for (int y = rows.first; y < rows.end; ++y) {
             from.Copy(columns.from, y - rows.first + rows.from, plane, columns.end - columns.first,
                       GetImageAdr(columns.first, y, plane));
-            progress.Advance(1);
+            stage.Step();
         }
     }
     TranslatePhysicalCoords(columns.from, rows.from);

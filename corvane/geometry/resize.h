@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Changes the canvas of an image without resampling: the picture is kept, cut or framed.
@@ -23,4 +24,7 @@ public:
     /// Reports "Changing canvas size..." once for the new canvas, then for its rows and those copied. ESC is ignored.
     /// Returns 1, or 0 when a size is below 1 or there is no room: then only the reference points have changed.
     int Do(int newWidth, int newHeight, int anchor, float* background, CStlImage* source, int showProgress);
+    /// The same, as a part of a run.
+    int Do(int newWidth, int newHeight, int anchor, const float* background, const CStlImage& source,
+           const corvane::Run& run);
 };

@@ -7,6 +7,7 @@
 
 #include "corvane/core/interpolation.h"
 #include "corvane/core/truncate.h"
+#include "corvane/geometry/canvas.h"
 #include "corvane/geometry/rows.h"
 #include "corvane/platform/memory_exception.h"
 #include "corvane/resources/string_table.h"
@@ -152,12 +153,12 @@ void BlendRows(const double* above, const double* below, double fraction, int co
 }
 
 /// Resamples the source into the image's new canvas.
-void Resample(CStlImage& image, const CStlImage& source, const Steps& steps, int showProgress)
+void Resample(CStlImage& image, const CStlImage& source, const Steps& steps, const Run& run)
 {
     const SourceRows rows(source);
     const Columns columns(image.GetWidth(), steps.x, rows.Width());
     BlendedRows blended(rows, columns);
-    FillRows(image, showProgress, IDS_RESOLUTION, [&](int plane, int y, float* out) {
+    FillRows(image, run, IDS_RESOLUTION, [&](int plane, int y, float* out) {
         const Place place(y, steps.y, rows.Height());
         if (place.fraction != 0.0 || !columns.AreWhole()) {
             BlendRows(blended.Row(place.index, plane), blended.Row(place.next, plane), place.fraction, columns.Count(),
@@ -173,13 +174,23 @@ void Resample(CStlImage& image, const CStlImage& source, const Steps& steps, int
 
 int CImgResolution::Do(CStlImage* source, int newWidth, int newHeight, int showProgress)
 {
-    return ByLiner(source, newWidth, newHeight, showProgress);
+    return Do(*source, newWidth, newHeight, WindowRun(*this, showProgress));
+}
+
+int CImgResolution::Do(const CStlImage& source, int newWidth, int newHeight, const Run& run)
+{
+    return ByLiner(source, newWidth, newHeight, run);
 }
 
 int CImgResolution::ByLiner(CStlImage* source, int newWidth, int newHeight, int showProgress)
 {
+    return ByLiner(*source, newWidth, newHeight, WindowRun(*this, showProgress));
+}
+
+int CImgResolution::ByLiner(const CStlImage& source, int newWidth, int newHeight, const Run& run)
+{
     const Steps steps(*this, newWidth, newHeight);
-    const int done = ByCubic(source, newWidth, newHeight, showProgress);
+    const int done = ByCubic(source, newWidth, newHeight, run);
     if (done != 0) {
         ScalePhysicalCoords(1.0 / steps.x, 1.0 / steps.y);
     }
@@ -188,15 +199,18 @@ int CImgResolution::ByLiner(CStlImage* source, int newWidth, int newHeight, int 
 
 int CImgResolution::ByCubic(CStlImage* source, int newWidth, int newHeight, int showProgress)
 {
+    return ByCubic(*source, newWidth, newHeight, WindowRun(*this, showProgress));
+}
+
+int CImgResolution::ByCubic(const CStlImage& source, int newWidth, int newHeight, const Run& run)
+{
     InitStdPt();
     return OrNothing([&] {
-        CStlImage made; // takes this image's place when all is done, for which it needs memory on the way
-        made.SetProgressHandle(GetProgressHandle());
-        HWND window = showProgress != 0 ? GetProgressHandle() : nullptr;
-        if (made.CreateCanvas(*this, newWidth, newHeight, window, FindString(IDS_CANVAS_SIZE)) == 0) {
+        CStlImage made = Shared(); // takes this image's place when all is done, for which it needs memory on the way
+        if (MakeCanvas(made, source, newWidth, newHeight, run) == 0) {
             return 0;
         }
-        Resample(made, *source, Steps(*this, newWidth, newHeight), showProgress);
+        Resample(made, source, Steps(*this, newWidth, newHeight), run);
         CImage::Swap(&made);
         return 1;
     });

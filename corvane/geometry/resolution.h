@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Changes the number of samples of an image: enlarges or reduces the picture to a new width and height.
@@ -22,13 +23,19 @@ public:
 
     /// `ByLiner`.
     int Do(CStlImage* source, int newWidth, int newHeight, int showProgress);
+    /// The same, as a part of a run.
+    int Do(const CStlImage& source, int newWidth, int newHeight, const corvane::Run& run);
     /// Resamples `source`. The world coordinates are multiplied by the factors of both axes, the 1-based reference pixel
     /// too, which is exact only for a pixel counted from 0. Returns 1, or 0 when a size is below 1 or there is no room:
     /// then only the reference points have changed.
     int ByLiner(CStlImage* source, int newWidth, int newHeight, int showProgress);
+    /// The same, as a part of a run.
+    int ByLiner(const CStlImage& source, int newWidth, int newHeight, const corvane::Run& run);
     /// Resamples `source` by cubic convolution with parameter -1 (R. G. Keys, IEEE Transactions on Acoustics, Speech
     /// and Signal Processing 29, 1981) over taps that are bilinear themselves. They lie at whole distances from the
     /// position, where the kernel is 1 for the position itself and 0 for all others: the samples are those of `ByLiner`.
     /// The world coordinates stay as they are.
     int ByCubic(CStlImage* source, int newWidth, int newHeight, int showProgress);
+    /// The same, as a part of a run.
+    int ByCubic(const CStlImage& source, int newWidth, int newHeight, const corvane::Run& run);
 };

@@ -31,7 +31,7 @@ private:
 };
 
 /// Gives the image a canvas that takes its turned corners in.
-int ExpandCanvas(CStlImage& image, const CStlImage& source, const Alignment& turn, int showProgress)
+int ExpandCanvas(CStlImage& image, const CStlImage& source, const Alignment& turn, const Run& run)
 {
     const int halfWidth = image.GetWidth() / 2;
     const int halfHeight = image.GetHeight() / 2;
@@ -43,15 +43,15 @@ int ExpandCanvas(CStlImage& image, const CStlImage& source, const Alignment& tur
             rows.Include(x * turn.sine + y * turn.cosine);
         }
     }
-    return MakeCanvas(image, source, columns.Length(), rows.Length(), showProgress);
+    return MakeCanvas(image, source, columns.Length(), rows.Length(), run);
 }
 
 /// Walks an image as `FillRows` does, in bands of rows, each in tiles from the left: calls fill(plane, x, y, rows) with
 /// the corner of each tile and the rows of its band.
 template <class Fill>
-void FillTiles(CStlImage& image, int showProgress, int bandRows, int tileColumns, Fill fill)
+void FillTiles(CStlImage& image, const Run& run, int bandRows, int tileColumns, Fill fill)
 {
-    FillRows(image, showProgress, IDS_ROTATE, [&](int plane, int y, float*) {
+    FillRows(image, run, IDS_ROTATE, [&](int plane, int y, float*) {
         const int rows = std::min(bandRows, image.GetHeight() - y);
         for (int x = 0; y % bandRows == 0 && x < image.GetWidth(); x += tileColumns) {
             fill(plane, x, y, rows);
@@ -61,12 +61,12 @@ void FillTiles(CStlImage& image, int showProgress, int bandRows, int tileColumns
 
 /// Samples the turned source into the image. Rows go together, since neighbouring ones read the same samples.
 void FillTurned(CStlImage& image, const CStlImage& source, const Alignment& turn, const double* background,
-                int showProgress)
+                const Run& run)
 {
     constexpr int kRows = 32;
     constexpr int kColumns = 256;
     const SourceRows from(source);
-    FillTiles(image, showProgress, kRows, kColumns, [&](int plane, int x, int y, int rows) {
+    FillTiles(image, run, kRows, kColumns, [&](int plane, int x, int y, int rows) {
         const int columns = std::min(kColumns, image.GetWidth() - x);
         const double outside = background == nullptr ? 0.0 : background[plane];
         double values[kColumns];
@@ -114,45 +114,60 @@ void TurnTile(CStlImage& image, const SourceRows& source, bool clockwise, int pl
 
 int CImgRotate::Do(double angle, double* background, CStlImage* source, int expand, int showProgress)
 {
+    return Do(angle, background, *source, expand, WindowRun(*this, showProgress));
+}
+
+int CImgRotate::Do(double angle, const double* background, const CStlImage& source, int expand, const Run& run)
+{
     if (angle == 0.0) {
         return 1;
     }
     InitStdPt();
     SetDefaultCenter();
-    const CfPoint centre(source->GetWidth() / 2, source->GetHeight() / 2);
+    const CfPoint centre(source.GetWidth() / 2, source.GetHeight() / 2);
     Alignment turn = Alignment::Turned(0.0, 0.0, angle, centre);
-    if (expand != 0 && ExpandCanvas(*this, *source, turn, showProgress) == 0) {
+    if (expand != 0 && ExpandCanvas(*this, source, turn, run) == 0) {
         return 0;
     }
-    turn.dx = (GetWidth() - source->GetWidth()) * 0.5;
-    turn.dy = (GetHeight() - source->GetHeight()) * 0.5;
-    FillTurned(*this, *source, turn, background, showProgress);
+    turn.dx = (GetWidth() - source.GetWidth()) * 0.5;
+    turn.dy = (GetHeight() - source.GetHeight()) * 0.5;
+    FillTurned(*this, source, turn, background, run);
     RotatePhysicalCoords(angle, turn.dx, turn.dy);
     return 1;
 }
 
 int CImgRotate::Do90(int direction, CStlImage* source, int showProgress)
 {
+    return Do90(direction, *source, WindowRun(*this, showProgress));
+}
+
+int CImgRotate::Do90(int direction, const CStlImage& source, const Run& run)
+{
     InitStdPt();
-    if (MakeCanvas(*this, *source, GetHeight(), GetWidth(), showProgress) == 0) {
+    if (MakeCanvas(*this, source, GetHeight(), GetWidth(), run) == 0) {
         return 0;
     }
-    const SourceRows from(*source);
+    const SourceRows from(source);
     for (int plane = 0; plane < GetPlanes(); ++plane) {
-        SetLevel(plane, source->GetLevelMin(from.Plane(plane)), source->GetLevelMax(from.Plane(plane)));
+        SetLevel(plane, source.GetLevelMin(from.Plane(plane)), source.GetLevelMax(from.Plane(plane)));
     }
-    FillTiles(*this, showProgress, kTile, kTile,
+    FillTiles(*this, run, kTile, kTile,
               [&](int plane, int x, int y, int rows) { TurnTile(*this, from, direction != 0, plane, x, y, rows); });
-    TurnCoordinates(*this, *source, 90.0);
+    TurnCoordinates(*this, source, 90.0);
     return 1;
 }
 
 void CImgRotate::Do180(CStlImage* source, int showProgress)
 {
+    Do180(*source, WindowRun(*this, showProgress));
+}
+
+void CImgRotate::Do180(const CStlImage& source, const Run& run)
+{
     InitStdPt();
-    const SourceRows rows(*source);
-    FillRows(*this, showProgress, IDS_ROTATE, [&](int plane, int y, float* row) {
+    const SourceRows rows(source);
+    FillRows(*this, run, IDS_ROTATE, [&](int plane, int y, float* row) {
         rows.CopyMirrored(GetWidth() - 1, GetHeight() - y - 1, plane, GetWidth(), row);
     });
-    TurnCoordinates(*this, *source, 180.0);
+    TurnCoordinates(*this, source, 180.0);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Turns an image: by any angle, by a quarter turn, by a half turn.
@@ -30,6 +31,8 @@ public:
     ///
     /// Returns 1, or 0 when the canvas could not be enlarged: then only the reference points have changed.
     int Do(double angle, double* background, CStlImage* source, int expand, int showProgress);
+    /// The same, as a part of a run.
+    int Do(double angle, const double* background, const CStlImage& source, int expand, const corvane::Run& run);
 
     /// A quarter turn of `source`, anticlockwise for direction 0, otherwise clockwise; the size becomes height x width
     /// and the display levels those of the source. Samples do not change.
@@ -37,8 +40,12 @@ public:
     /// The world coordinates are turned by +90 degrees for both directions, about the whole part of the source's middle.
     /// Returns 1, or 0 when the canvas could not be made: then only the reference points have changed.
     int Do90(int direction, CStlImage* source, int showProgress);
+    /// The same, as a part of a run.
+    int Do90(int direction, const CStlImage& source, const corvane::Run& run);
 
     /// A half turn of `source`. Samples do not change. The world coordinates are turned by 180 degrees about the whole
     /// part of the source's middle and, unless the image is square, shifted by half the difference of its sides.
     void Do180(CStlImage* source, int showProgress);
+    /// The same, as a part of a run.
+    void Do180(const CStlImage& source, const corvane::Run& run);
 };

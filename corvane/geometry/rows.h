@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-#include "corvane/core/progress_channel.h"
-#include "corvane/core/stl_image.h"
+#include "corvane/core/walk.h"
 
 namespace corvane {
 
@@ -13,12 +12,12 @@ class SourceRows {
 public:
     explicit SourceRows(const CStlImage& source)
         : source_(source), width_(source.GetPixelCount() > 0 ? source.GetWidth() : 1),
-          height_(std::max(source.GetHeight(), 1)), lastPlane_(std::max(source.GetPlanes() - 1, 0))
+          height_(std::max(source.GetHeight(), 1))
     {}
 
     int Width() const { return width_; }
     int Height() const { return height_; }
-    int Plane(int plane) const { return std::min(plane, lastPlane_); }
+    int Plane(int plane) const { return PlaneOf(source_, plane); }
     /// `Width` samples.
     const float* Row(int y, int plane) const { return source_.GetImageAdr(0, y, Plane(plane), 1); }
 
@@ -49,19 +48,18 @@ private:
     const CStlImage& source_;
     int width_;
     int height_;
-    int lastPlane_;
 };
 
-/// Walks the planes and rows of `target`, all of it: opens progress with one step a row, calls fill(plane, y, row) with
-/// the row to be written, and closes progress. The rows are one of `parts` that the bar has room for. ESC is ignored.
+/// Walks the planes and rows of `target`, all of it: begins a stage with one step a row, calls fill(plane, y, row) with
+/// the row to be written, and ends it. The rows are one of `parts` that the stage has room for.
 template <class Fill>
-void FillRows(CStlImage& target, int showProgress, int textId, Fill fill, int parts = 1)
+void FillRows(CStlImage& target, const Run& run, int textId, Fill fill, int parts = 1)
 {
-    const ProgressChannel progress(target, showProgress, textId, parts * target.GetHeight() * target.GetPlanes());
+    Stage stage(run, textId, parts * target.GetHeight() * target.GetPlanes());
     for (int plane = 0; plane < target.GetPlanes(); ++plane) {
         for (int y = 0; y < target.GetHeight(); ++y) {
             fill(plane, y, target.GetImageAdr(0, y, plane));
-            progress.Advance(1);
+            stage.Step();
         }
     }
 }

@@ -27,13 +27,18 @@ int Nearest(int wrapped, int size)
 
 void CImgScroll::Do(int dx, int dy, CStlImage* source, int showProgress)
 {
+    Do(dx, dy, *source, WindowRun(*this, showProgress));
+}
+
+void CImgScroll::Do(int dx, int dy, const CStlImage& source, const Run& run)
+{
     InitStdPt();
     const int width = GetWidth();
     const int height = GetHeight();
     const int right = Wrapped(dx, width);
     const int down = Wrapped(dy, height);
-    const SourceRows from(*source);
-    FillRows(*this, showProgress, IDS_SCROLL, [&](int plane, int y, float* row) {
+    const SourceRows from(source);
+    FillRows(*this, run, IDS_SCROLL, [&](int plane, int y, float* row) {
         const int sourceY = y < down ? y - down + height : y - down;
         from.Copy(width - right, sourceY, plane, right, row);
         from.Copy(0, sourceY, plane, width - right, row + right);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Shifts an image round in a circle: what leaves it on one side comes in on the other.
@@ -18,4 +19,6 @@ public:
     /// shift by more than half a side counts as one the other way. A source of another size repeats its edge, and
     /// missing planes its last one. It must be another image. Reports "Scrolling image..."; ESC is ignored.
     void Do(int dx, int dy, CStlImage* source, int showProgress);
+    /// The same, as a part of a run.
+    void Do(int dx, int dy, const CStlImage& source, const corvane::Run& run);
 };

@@ -60,23 +60,28 @@ void AddRest(const float* row, int first, int end, float& sum)
 
 int CImgSoftBinning::Do(int bx, int by, int keepPartial, int scaleLevels, CStlImage* source, int showProgress)
 {
+    return Do(bx, by, keepPartial, scaleLevels, *source, WindowRun(*this, showProgress));
+}
+
+int CImgSoftBinning::Do(int bx, int by, int keepPartial, int scaleLevels, const CStlImage& source, const Run& run)
+{
     InitStdPt();
     const long long columns = Blocks(GetWidth(), bx, keepPartial != 0);
     const long long rows = Blocks(GetHeight(), by, keepPartial != 0);
-    if (MakeCanvas(*this, *source, columns, rows, showProgress) == 0) {
+    if (MakeCanvas(*this, source, columns, rows, run) == 0) {
         return 0;
     }
-    const SourceRows from(*source);
-    const int whole = std::min(GetWidth(), source->GetWidth() / bx);
-    FillRows(*this, showProgress, IDS_SOFT_BINNING, [&](int plane, int y, float* sums) {
+    const SourceRows from(source);
+    const int whole = std::min(GetWidth(), source.GetWidth() / bx);
+    FillRows(*this, run, IDS_SOFT_BINNING, [&](int plane, int y, float* sums) {
         std::fill_n(sums, GetWidth(), 0.0F);
         const long long first = static_cast<long long>(y) * by;
-        const long long end = std::min<long long>(first + by, source->GetHeight());
+        const long long end = std::min<long long>(first + by, source.GetHeight());
         for (long long row = first; row < end; ++row) {
             const float* const samples = from.Row(static_cast<int>(row), plane);
             AddRow(samples, bx, whole, sums);
             if (whole < GetWidth()) {
-                AddRest(samples, whole * bx, source->GetWidth(), sums[whole]);
+                AddRest(samples, whole * bx, source.GetWidth(), sums[whole]);
             }
         }
     });

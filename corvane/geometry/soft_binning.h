@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Adds blocks of samples up into one, as a camera bins on its chip.
@@ -21,4 +22,6 @@ public:
     /// software binning..."; ESC is ignored. Returns 1, or 0 when a factor is below 1, a side would be, or there is no
     /// room: then only the reference points have changed.
     int Do(int bx, int by, int keepPartial, int scaleLevels, CStlImage* source, int showProgress);
+    /// The same, as a part of a run.
+    int Do(int bx, int by, int keepPartial, int scaleLevels, const CStlImage& source, const corvane::Run& run);
 };
