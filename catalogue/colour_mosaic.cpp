@@ -40,7 +40,7 @@ void RunDebayer(io::Frame& frame, Arguments& arguments, const Context& context)
 {
     const BayerPattern pattern = ChosenPattern(frame, arguments.Text("pattern"));
     const auto method = arguments.Text("method") == "bilinear" ? DemosaicMethod::kBilinear : DemosaicMethod::kEdgeAware;
-    Demosaic(frame.image, pattern, method, frame.image, context.showProgress);
+    Demosaic(frame.image, pattern, method, frame.image, WindowRun(frame.image, context.showProgress));
     DropMosaic(frame.header);
 }
 

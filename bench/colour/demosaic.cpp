@@ -14,7 +14,7 @@ void CheckColours(CStlImage& mosaic, const CStlImage& colour, DemosaicMethod met
     CImgFlip turned(mosaic);
     turned.Do(1, &mosaic, 0);
     CStlImage turnedColour;
-    Demosaic(turned, BayerPattern::kGrbg, method, turnedColour, 0);
+    Demosaic(turned, BayerPattern::kGrbg, method, turnedColour, {});
     CheckSamples(colour, [&](int x, int y, int plane) {
         const bool isOwn = plane == x % 2 + y % 2;
         return isOwn ? mosaic.GetPixelGrayRaw(x, y, 0)
@@ -26,7 +26,7 @@ void TimeDemosaic(Run& run, DemosaicMethod method)
 {
     Sky mosaic(Size(6000, 66), Size(4000, 44), 1, 3);
     CStlImage colour;
-    const auto demosaic = [&] { Demosaic(mosaic, BayerPattern::kRggb, method, colour, 0); };
+    const auto demosaic = [&] { Demosaic(mosaic, BayerPattern::kRggb, method, colour, {}); };
     demosaic();
     CheckColours(mosaic, colour, method);
     run.Time(mosaic.GetImageSize(), demosaic);

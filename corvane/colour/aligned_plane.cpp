@@ -1,14 +1,13 @@
 #include "corvane/colour/aligned_plane.h"
 
-#include <algorithm>
-
 #include "corvane/core/display_scale.h"
+#include "corvane/core/walk.h"
 
 namespace corvane {
 
 AlignedPlane::AlignedPlane(const CStlImage& frame, int plane, const Alignment& alignment, int columns)
-    : frame_(frame), plane_(std::clamp(frame.GetPlanes() - 1, 0, plane)), alignment_(alignment),
-      values_(static_cast<std::size_t>(columns)), inside_(values_.size())
+    : frame_(frame), plane_(PlaneOf(frame, plane)), alignment_(alignment), values_(static_cast<std::size_t>(columns)),
+      inside_(values_.size())
 {}
 
 void AlignedPlane::Sample(int y, double outside)

@@ -21,14 +21,21 @@ void CImgCmyComposit::Do(CStlImage* c, double dxC, double dyC, double angleC, CS
                          double angleM, CStlImage* y, double dxY, double dyY, double angleY, CRect* rect, int outside,
                          int showProgress)
 {
+    Do(*c, dxC, dyC, angleC, *m, dxM, dyM, angleM, *y, dxY, dyY, angleY, rect, outside, WindowRun(*this, showProgress));
+}
+
+void CImgCmyComposit::Do(const CStlImage& c, double dxC, double dyC, double angleC, const CStlImage& m, double dxM,
+                         double dyM, double angleM, const CStlImage& y, double dxY, double dyY, double angleY,
+                         const CRect* rect, int outside, const Run& run)
+{
     CompositeRows rows(*this, rect);
-    AlignedPlane ofC(*c, 0, Alignment::Turned(dxC, dyC, angleC, c->GetStdCtr()), rows.Columns());
-    AlignedPlane ofM(*m, 0, Alignment::Turned(dxM, dyM, angleM, m->GetStdCtr()), rows.Columns());
-    AlignedPlane ofY(*y, 0, Alignment::Turned(dxY, dyY, angleY, y->GetStdCtr()), rows.Columns());
-    SetMeanLevel(*this, 0, *y, *m);
-    SetMeanLevel(*this, 1, *c, *y);
-    SetMeanLevel(*this, 2, *c, *m);
-    rows.Walk(showProgress, IDS_CMY_COMPOSITE, [&](int row) {
+    AlignedPlane ofC(c, 0, Alignment::Turned(dxC, dyC, angleC, c.GetStdCtr()), rows.Columns());
+    AlignedPlane ofM(m, 0, Alignment::Turned(dxM, dyM, angleM, m.GetStdCtr()), rows.Columns());
+    AlignedPlane ofY(y, 0, Alignment::Turned(dxY, dyY, angleY, y.GetStdCtr()), rows.Columns());
+    SetMeanLevel(*this, 0, y, m);
+    SetMeanLevel(*this, 1, c, y);
+    SetMeanLevel(*this, 2, c, m);
+    rows.Walk(run, IDS_CMY_COMPOSITE, [&](int row) {
         for (AlignedPlane* plane : {&ofC, &ofM, &ofY}) {
             plane->Sample(row, outside);
         }

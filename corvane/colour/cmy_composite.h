@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Makes a colour image of three frames that were exposed through a cyan, a magenta and a yellow filter.
@@ -22,4 +23,8 @@ public:
     /// Reports "Combining CMY images..."; ESC is ignored.
     void Do(CStlImage* c, double dxC, double dyC, double angleC, CStlImage* m, double dxM, double dyM, double angleM,
             CStlImage* y, double dxY, double dyY, double angleY, CRect* rect, int outside, int showProgress);
+    /// The same, as a part of a run.
+    void Do(const CStlImage& c, double dxC, double dyC, double angleC, const CStlImage& m, double dxM, double dyM,
+            double angleM, const CStlImage& y, double dxY, double dyY, double angleY, const CRect* rect, int outside,
+            const corvane::Run& run);
 };

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "corvane/core/progress_channel.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/core/walk.h"
 
@@ -21,15 +20,11 @@ public:
     /// The columns from 0 on that a frame is sampled in.
     int Columns() const { return left_ + count_; }
 
-    /// Calls row(y) for every row, with one step of progress each. ESC is ignored.
+    /// Calls row(y) for every row, with one step of a stage each.
     template <class Row>
-    void Walk(int showProgress, int textId, Row row)
+    void Walk(const Run& run, int textId, Row row) const
     {
-        const ProgressChannel progress(result_, showProgress, textId, static_cast<int>(area_.bottom - area_.top));
-        for (int y = static_cast<int>(area_.top); y < area_.bottom; ++y) {
-            row(y);
-            progress.Advance(1);
-        }
+        WalkLines(area_, run, textId, row);
     }
 
     /// Writes valueOf(i), i in 0..count - 1, to row y of a plane, if the result has that plane.

@@ -10,7 +10,6 @@
 #include "corvane/colour/mosaic_rows.h"
 #include "corvane/colour/split_row.h"
 #include "corvane/core/blank.h"
-#include "corvane/core/progress_channel.h"
 #include "corvane/platform/memory_exception.h"
 
 namespace corvane {
@@ -218,7 +217,7 @@ void DemosaicRows(const MosaicRows& mosaic, BayerPattern pattern, DemosaicMethod
     }
 }
 
-void Demosaic(const CStlImage& mosaic, BayerPattern pattern, DemosaicMethod method, CStlImage& colour, int showProgress)
+void Demosaic(const CStlImage& mosaic, BayerPattern pattern, DemosaicMethod method, CStlImage& colour, const Run& run)
 {
     const int width = mosaic.GetWidth();
     const int height = mosaic.GetPixelCount() == 0 ? 0 : mosaic.GetHeight();
@@ -233,14 +232,14 @@ void Demosaic(const CStlImage& mosaic, BayerPattern pattern, DemosaicMethod meth
     MakeColourImage(mosaic, made);
     Walk walk(width, height, pattern, method, 0);
     {
-        const ProgressChannel progress(made, showProgress, "Making colours of the mosaic...", height);
+        Stage stage(run, "Making colours of the mosaic...", height);
         for (int y = 0; y < height; ++y) {
             float* const planes[] = {made.GetImageAdr(0, y, 0), made.GetImageAdr(0, y, 1), made.GetImageAdr(0, y, 2)};
             walk.MakeRow(rowOf, planes[0], planes[1], planes[2]);
             for (float* const plane : planes) {
                 KeepBlanks(isBlank, mosaic.GetImageAdr(0, y, 0, 1), width, plane);
             }
-            progress.Advance(1);
+            stage.Step();
         }
     }
     colour.Swap(&made);

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string_view>
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"
 
@@ -64,8 +65,8 @@ CORVANE_API void DemosaicRows(const MosaicRows& mosaic, BayerPattern pattern, De
 ///
 /// `colour` takes over the mosaic's record, reference points and progress window, with the levels of plane 0 in each of
 /// its three planes. Blanks stay blank in the same way as NaN. The two may be one image. Reports "Making colours of the
-/// mosaic..."; ESC is ignored. Raises CMemoryException when there is no room; then nothing has changed.
+/// mosaic...". Raises CMemoryException when there is no room; then nothing has changed.
 CORVANE_API void Demosaic(const CStlImage& mosaic, BayerPattern pattern, DemosaicMethod method, CStlImage& colour,
-                          int showProgress);
+                          const Run& run);
 
 } // namespace corvane

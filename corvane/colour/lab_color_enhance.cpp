@@ -40,7 +40,7 @@ void Enhance(const CStlImage& lab, const Gains (&gains)[3], int x, int y, int co
     double channels[3][kStretch];
     const int own = std::clamp(lab.GetWidth() - x, 1, count);
     for (int p = 0; p < 3; ++p) {
-        Load(lab.GetImageAdr(x, y, std::min(p, lab.GetPlanes() - 1), 1), own, count, gains[p], channels[p]);
+        Load(lab.GetImageAdr(x, y, PlaneOf(lab, p), 1), own, count, gains[p], channels[p]);
     }
     auto& [first, second, third] = channels;
     LabToRgbRow(count, first, second, third, first, second, third);
@@ -54,19 +54,28 @@ void Enhance(const CStlImage& lab, const Gains (&gains)[3], int x, int y, int co
 void CImgLabColorEnhance::Do(CStlImage* lab, double aPlus, double aMinus, double bPlus, double bMinus, CRect* rect,
                              int showProgress)
 {
+    Do(*lab, aPlus, aMinus, bPlus, bMinus, rect, WindowRun(*this, showProgress));
+}
+
+void CImgLabColorEnhance::Do(const CStlImage& lab, double aPlus, double aMinus, double bPlus, double bMinus,
+                             const CRect* rect, const Run& run)
+{
     const Gains gains[] = {{}, {aPlus, aMinus}, {bPlus, bMinus}};
     const CRect area = WorkingArea(*this, rect);
-    const int end = lab->GetPixelCount() == 0 ? 0 : static_cast<int>(area.right);
-    const ProgressChannel progress(*this, showProgress, IDS_LAB_ENHANCE, static_cast<int>(area.bottom - area.top));
-    for (int y = area.top; y < area.bottom; ++y) {
-        for (int x = area.left; x < end; x += kStretch) {
-            Enhance(*lab, gains, x, y, std::min(kStretch, end - x), *this);
+    const int end = lab.GetPixelCount() == 0 ? 0 : static_cast<int>(area.right);
+    WalkLines(area, run, IDS_LAB_ENHANCE, [&](int y) {
+        for (int x = static_cast<int>(area.left); x < end; x += kStretch) {
+            Enhance(lab, gains, x, y, std::min(kStretch, end - x), *this);
         }
-        progress.Advance(1);
-    }
+    });
 }
 
 void CImgLabColorEnhance::Do(CStlImage* lab, double aGain, double bGain, CRect* rect, int showProgress)
 {
-    Do(lab, aGain, aGain, bGain, bGain, rect, showProgress);
+    Do(*lab, aGain, bGain, rect, WindowRun(*this, showProgress));
+}
+
+void CImgLabColorEnhance::Do(const CStlImage& lab, double aGain, double bGain, const CRect* rect, const Run& run)
+{
+    Do(lab, aGain, aGain, bGain, bGain, rect, run);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Raises or lowers the saturation of colours in CIE L*a*b*; lightness and display levels stay.
@@ -22,6 +23,11 @@ public:
     /// Where `lab` is smaller its last column, row or plane is repeated; without samples it changes nothing. Reports
     /// "Enhancing Lab color..."; ESC is ignored.
     void Do(CStlImage* lab, double aPlus, double aMinus, double bPlus, double bMinus, CRect* rect, int showProgress);
+    /// The same, as a part of a run.
+    void Do(const CStlImage& lab, double aPlus, double aMinus, double bPlus, double bMinus, const CRect* rect,
+            const corvane::Run& run);
     /// The same with one gain for a and one for b.
     void Do(CStlImage* lab, double aGain, double bGain, CRect* rect, int showProgress);
+    /// The same, as a part of a run.
+    void Do(const CStlImage& lab, double aGain, double bGain, const CRect* rect, const corvane::Run& run);
 };

@@ -110,12 +110,20 @@ void AverageRow(const CStlImage& result, const AlignedColour& first, const Align
 void CImgLrgbCmpst::DoLrgb(CStlImage* lum, double dxL, double dyL, double angleL, CStlImage* rgb, double dxC,
                            double dyC, double angleC, double scaleC, CRect* rect, int average, int showProgress)
 {
+    DoLrgb(*lum, dxL, dyL, angleL, *rgb, dxC, dyC, angleC, scaleC, rect, average,
+           WindowRun(*this, average == 0 ? showProgress : 0));
+}
+
+void CImgLrgbCmpst::DoLrgb(const CStlImage& lum, double dxL, double dyL, double angleL, const CStlImage& rgb,
+                           double dxC, double dyC, double angleC, double scaleC, const CRect* rect, int average,
+                           const Run& run)
+{
     CompositeRows rows(*this, rect);
-    AlignedColour first(*lum, Alignment::Turned(dxL, dyL, angleL, lum->GetStdCtr()), rows.Columns());
-    AlignedColour second(*rgb, Scaled(dxC, dyC, angleC, scaleC, rgb->GetStdCtr()), rows.Columns());
-    TakeLevels(*this, *lum);
+    AlignedColour first(lum, Alignment::Turned(dxL, dyL, angleL, lum.GetStdCtr()), rows.Columns());
+    AlignedColour second(rgb, Scaled(dxC, dyC, angleC, scaleC, rgb.GetStdCtr()), rows.Columns());
+    TakeLevels(*this, lum);
     LabRow lab(rows.Count());
-    rows.Walk(average == 0 ? showProgress : 0, IDS_LRGB_COMPOSITE, [&](int y) {
+    rows.Walk(run, IDS_LRGB_COMPOSITE, [&](int y) {
         first.Sample(y);
         second.Sample(y);
         if (average != 0) {
@@ -130,14 +138,20 @@ void CImgLrgbCmpst::DoLrgb(CStlImage* lum, double dxL, double dyL, double angleL
 void CImgLrgbCmpst::DoLab(CStlImage* lImage, double dxL, double dyL, double angleL, CStlImage* abImage, double dxC,
                           double dyC, double angleC, double scaleC, CRect* rect, int showProgress)
 {
+    DoLab(*lImage, dxL, dyL, angleL, *abImage, dxC, dyC, angleC, scaleC, rect, WindowRun(*this, showProgress));
+}
+
+void CImgLrgbCmpst::DoLab(const CStlImage& lImage, double dxL, double dyL, double angleL, const CStlImage& abImage,
+                          double dxC, double dyC, double angleC, double scaleC, const CRect* rect, const Run& run)
+{
     CompositeRows rows(*this, rect);
-    const Alignment colour = Scaled(dxC, dyC, angleC, scaleC, abImage->GetStdCtr());
-    AlignedPlane ofL(*lImage, 0, Alignment::Turned(dxL, dyL, angleL, lImage->GetStdCtr()), rows.Columns());
-    AlignedPlane ofA(*abImage, 0, colour, rows.Columns());
-    AlignedPlane ofB(*abImage, 1, colour, rows.Columns());
-    TakeLevels(*this, *lImage);
+    const Alignment colour = Scaled(dxC, dyC, angleC, scaleC, abImage.GetStdCtr());
+    AlignedPlane ofL(lImage, 0, Alignment::Turned(dxL, dyL, angleL, lImage.GetStdCtr()), rows.Columns());
+    AlignedPlane ofA(abImage, 0, colour, rows.Columns());
+    AlignedPlane ofB(abImage, 1, colour, rows.Columns());
+    TakeLevels(*this, lImage);
     LabRow lab(rows.Count());
-    rows.Walk(showProgress, IDS_LRGB_COMPOSITE, [&](int y) {
+    rows.Walk(run, IDS_LRGB_COMPOSITE, [&](int y) {
         for (AlignedPlane* plane : {&ofL, &ofA, &ofB}) {
             plane->Sample(y, 0.0);
         }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Gives the colours of one image to the lightness of another, in CIE L*a*b*; see CColor.
@@ -23,12 +24,18 @@ public:
     /// a and b of the second. Colours beyond the primaries lose what is negative. A blank is a sample like others, and a
     /// NaN makes the pixel black. With `average` non-zero the result is the mean of both display values instead, not cut;
     /// there a NaN stays one.
-    /// Reports "Combining LRGB images...", but not for averages; ESC is ignored.
+    /// Reports "Combining LRGB images...", averages only to a run; ESC is ignored.
     void DoLrgb(CStlImage* lum, double dxL, double dyL, double angleL, CStlImage* rgb, double dxC, double dyC,
                 double angleC, double scaleC, CRect* rect, int average, int showProgress);
+    /// The same, as a part of a run.
+    void DoLrgb(const CStlImage& lum, double dxL, double dyL, double angleL, const CStlImage& rgb, double dxC,
+                double dyC, double angleC, double scaleC, const CRect* rect, int average, const corvane::Run& run);
 
     /// Combines an L image and an a/b image, as `MakeLPlane` and `MakeAbPlane` make them; where either is not, its
     /// values are 0. Reports "Combining LRGB images..."; ESC is ignored.
     void DoLab(CStlImage* lImage, double dxL, double dyL, double angleL, CStlImage* abImage, double dxC, double dyC,
                double angleC, double scaleC, CRect* rect, int showProgress);
+    /// The same, as a part of a run.
+    void DoLab(const CStlImage& lImage, double dxL, double dyL, double angleL, const CStlImage& abImage, double dxC,
+               double dyC, double angleC, double scaleC, const CRect* rect, const corvane::Run& run);
 };

@@ -9,7 +9,7 @@ using namespace corvane;
 namespace {
 
 struct PlacedFrame {
-    CStlImage& image;
+    const CStlImage& image;
     double dx;
     double dy;
     double angle;
@@ -26,7 +26,15 @@ void CImgRgbCmpst::Do(CStlImage* r, double dxR, double dyR, double angleR, CStlI
                       double angleG, CStlImage* b, double dxB, double dyB, double angleB, CRect* rect, int outside,
                       int* const planes, int showProgress)
 {
-    const PlacedFrame frames[] = {{*r, dxR, dyR, angleR}, {*g, dxG, dyG, angleG}, {*b, dxB, dyB, angleB}};
+    Do(*r, dxR, dyR, angleR, *g, dxG, dyG, angleG, *b, dxB, dyB, angleB, rect, outside, planes,
+       WindowRun(*this, showProgress));
+}
+
+void CImgRgbCmpst::Do(const CStlImage& r, double dxR, double dyR, double angleR, const CStlImage& g, double dxG,
+                      double dyG, double angleG, const CStlImage& b, double dxB, double dyB, double angleB,
+                      const CRect* rect, int outside, const int* planes, const Run& run)
+{
+    const PlacedFrame frames[] = {{r, dxR, dyR, angleR}, {g, dxG, dyG, angleG}, {b, dxB, dyB, angleB}};
     CompositeRows rows(*this, rect);
     std::vector<AlignedPlane> channels;
     for (int p = 0; p < 3; ++p) {
@@ -35,7 +43,7 @@ void CImgRgbCmpst::Do(CStlImage* r, double dxR, double dyR, double angleR, CStlI
         channels.emplace_back(image, from, Alignment::Turned(dx, dy, angle, image.GetStdCtr()), rows.Columns());
         SetLevel(p, image.GetLevelMin(from), image.GetLevelMax(from));
     }
-    rows.Walk(showProgress, IDS_RGB_COMPOSITE, [&](int y) {
+    rows.Walk(run, IDS_RGB_COMPOSITE, [&](int y) {
         for (int p = 0; p < 3; ++p) {
             if (IsWritten(planes, p)) {
                 channels[p].Sample(y, outside);

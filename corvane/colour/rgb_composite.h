@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 /// Makes a colour image of three frames that were exposed through a red, a green and a blue filter.
@@ -25,4 +26,8 @@ public:
     void Do(CStlImage* r, double dxR, double dyR, double angleR, CStlImage* g, double dxG, double dyG, double angleG,
             CStlImage* b, double dxB, double dyB, double angleB, CRect* rect, int outside, int* const planes,
             int showProgress);
+    /// The same, as a part of a run.
+    void Do(const CStlImage& r, double dxR, double dyR, double angleR, const CStlImage& g, double dxG, double dyG,
+            double angleG, const CStlImage& b, double dxB, double dyB, double angleB, const CRect* rect, int outside,
+            const int* planes, const corvane::Run& run);
 };

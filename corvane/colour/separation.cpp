@@ -2,7 +2,6 @@
 
 #include <iterator>
 
-#include "corvane/core/progress_channel.h"
 #include "corvane/resources/string_table.h"
 
 using namespace corvane;
@@ -35,21 +34,26 @@ bool Fits(const CImage& result, const CImage& source)
 
 void CImgSeparation::Do(CStlImage* source, int component, int showProgress)
 {
-    const ProgressChannel progress(*this, showProgress, IDS_SPLIT_RGB, GetHeight());
+    Do(*source, component, WindowRun(*this, showProgress));
+}
+
+void CImgSeparation::Do(const CStlImage& source, int component, const Run& run)
+{
+    Stage stage(run, IDS_SPLIT_RGB, GetHeight());
     const bool isKnown = component >= 0 && component < static_cast<int>(std::size(kSamplePlanes));
-    if (Fits(*this, *source)) {
+    if (Fits(*this, source)) {
         const auto [first, second] = isKnown ? kSamplePlanes[component] : PlanePair{};
         for (int y = 0; y < GetHeight(); ++y) {
             if (isKnown) {
-                MeanRow(source->GetImageAdr(0, y, first, 1), source->GetImageAdr(0, y, second, 1), GetWidth(),
+                MeanRow(source.GetImageAdr(0, y, first, 1), source.GetImageAdr(0, y, second, 1), GetWidth(),
                         GetImageAdr(0, y, 0));
             }
-            progress.Advance(1);
+            stage.Step();
         }
         if (isKnown) {
             const auto [low, high] = kLevelPlanes[component];
-            SetLevel(0, (source->GetLevelMin(low) + source->GetLevelMin(high)) * 0.5,
-                     (source->GetLevelMax(low) + source->GetLevelMax(high)) * 0.5);
+            SetLevel(0, (source.GetLevelMin(low) + source.GetLevelMin(high)) * 0.5,
+                     (source.GetLevelMax(low) + source.GetLevelMax(high)) * 0.5);
         }
     }
 }

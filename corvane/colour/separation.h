@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 
 namespace corvane {
@@ -34,4 +35,6 @@ public:
     /// Reports "Splitting RGB image", one step a row; ESC is ignored. When images do not fit, progress is opened and
     /// closed at once.
     void Do(CStlImage* source, int component, int showProgress);
+    /// The same, as a part of a run.
+    void Do(const CStlImage& source, int component, const corvane::Run& run);
 };

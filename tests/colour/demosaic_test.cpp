@@ -152,7 +152,7 @@ TEST(Demosaic, AgreesWithThePlainForm)
                 const char* const names[] = {"RGGB", "GRBG", "GBRG", "BGGR"};
                 const Mosaic mosaic(image, names[p]);
                 CStlImage colour;
-                Demosaic(image, static_cast<BayerPattern>(p), method, colour, 0);
+                Demosaic(image, static_cast<BayerPattern>(p), method, colour, {});
                 ASSERT_EQ(colour.GetPlanes(), 3);
                 EXPECT_EQ(colour.GetLevelMax(2), image.GetLevelMax(0));
                 const Plain expected = Plain(colour).Map(
@@ -188,7 +188,7 @@ TEST(Demosaic, KeepsStarsRoundAndTheirFluxAndColour)
         Plain(image).ForEach([&](int u, int v, int) {
             image.SetPixelGrayRaw(u, v, static_cast<float>(plane.Row(v)[u] * colours[u % 2 + v % 2]), 0);
         });
-        Demosaic(image, BayerPattern::kRggb, DemosaicMethod::kEdgeAware, image, 0);
+        Demosaic(image, BayerPattern::kRggb, DemosaicMethod::kEdgeAware, image, {});
         double sums[3][6] = {};
         Plain(image).ForEach([&](int u, int v, int p) {
             const double sample = image.GetPixelGrayRaw(u, v, p) / colours[p];

@@ -85,7 +85,7 @@ TEST_F(PreparedLightsTest, BandsOfAMosaicBecomeTheColoursOfTheWhole)
     for (const DemosaicMethod method : {DemosaicMethod::kEdgeAware, DemosaicMethod::kBilinear}) {
         options.demosaic = method;
         CStlImage expected(io::Load(options.lights[0]).image);
-        Demosaic(expected, BayerPattern::kGbrg, method, expected, 0);
+        Demosaic(expected, BayerPattern::kGbrg, method, expected, {});
         const test::TightMemory tiny(1 << 20);
         EXPECT_TRUE(test::Agree(stack::Stack(options).image, test::Plain(expected)));
     }

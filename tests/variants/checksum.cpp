@@ -22,11 +22,11 @@ void Print(const char* name, std::uint64_t hash)
 }
 
 /// Prints what an operation makes of an image.
-template <class Operation, class Result, class... Parameters, class... Arguments>
-void PrintOf(const char* name, CStlImage& image, Result (Operation::*member)(Parameters...), Arguments... arguments)
+template <class Operation, class Work>
+void PrintOf(const char* name, const CStlImage& image, Work work)
 {
     Operation operation(image);
-    (operation.*member)(arguments...);
+    work(operation);
     Print(name, HashOf(operation));
 }
 
@@ -97,11 +97,12 @@ void Pairs(CStlImage first, CStlImage second)
     second.CalcMinMax();
     float key[] = {5000.0F, 6000.0F, 7000.0F};
     for (int i = 0; i < 20; ++i) {
-        CImgComposit composite(first); // its Do has two forms
-        composite.Do(&first, &second, 3.3, -2.6, 0.7, i % 10, 0.4, i / 10, 1, 0.8, 2, whole, 0, -1);
-        Print("composite", HashOf(composite));
-        PrintOf("mosaic", first, &CImgMosic::Do, &first, 5, -7, &second, 40.3, 20.6, 3.1, i % 5, key, nullptr, i / 10,
-                0, whole, 0);
+        PrintOf<CImgComposit>("composite", first, [&](auto& result) {
+            result.Do(&first, &second, 3.3, -2.6, 0.7, i % 10, 0.4, i / 10, 1, 0.8, 2, whole, 0, -1);
+        });
+        PrintOf<CImgMosic>("mosaic", first, [&](auto& result) {
+            result.Do(&first, 5, -7, &second, 40.3, 20.6, 3.1, i % 5, key, nullptr, i / 10, 0, whole, 0);
+        });
     }
 }
 
@@ -120,16 +121,19 @@ void Matching(CStlImage image)
 void ColourComposites(CStlImage colour, CStlImage r, CStlImage g, CStlImage b)
 {
     g.SetDefaultCenter();
-    PrintOf("RGB composite", colour, &CImgRgbCmpst::Do, &r, 0.0, 0.0, 0.0, &g, 2.3, -1.7, 0.6, &b, 3.0, 5.0, 0.0, whole,
-            7, nullptr, 0);
-    PrintOf("CMY composite", colour, &CImgCmyComposit::Do, &r, 0.0, 0.0, 0.0, &g, 2.3, -1.7, 0.6, &b, 3.0, 5.0, 0.0,
-            whole, 7, 0);
+    PrintOf<CImgRgbCmpst>("RGB composite", colour, [&](auto& result) {
+        result.Do(&r, 0.0, 0.0, 0.0, &g, 2.3, -1.7, 0.6, &b, 3.0, 5.0, 0.0, whole, 7, nullptr, 0);
+    });
+    PrintOf<CImgCmyComposit>("CMY composite", colour, [&](auto& result) {
+        result.Do(&r, 0.0, 0.0, 0.0, &g, 2.3, -1.7, 0.6, &b, 3.0, 5.0, 0.0, whole, 7, 0);
+    });
     for (const int average : {0, 1}) {
-        PrintOf("LRGB composite", colour, &CImgLrgbCmpst::DoLrgb, &g, 0.0, 0.0, 0.6, &colour, 1.0, 1.5, 0.0, 0.9, whole,
-                average, 0);
+        PrintOf<CImgLrgbCmpst>("LRGB composite", colour, [&](auto& result) {
+            result.DoLrgb(&g, 0.0, 0.0, 0.6, &colour, 1.0, 1.5, 0.0, 0.9, whole, average, 0);
+        });
     }
     for (int component = 0; component < 6; ++component) {
-        PrintOf("separation", r, &CImgSeparation::Do, &colour, component, 0);
+        PrintOf<CImgSeparation>("separation", r, [&](auto& result) { result.Do(&colour, component, 0); });
     }
 }
 
