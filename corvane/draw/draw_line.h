@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/draw/pen.h"
 
@@ -28,4 +29,7 @@ public:
     /// "Calculating..."; ESC is ignored.
     void Do(double x0, double y0, double x1, double y1, const corvane::Pen& pen, CStlImage* source, CRect* rect,
             int showProgress);
+    /// The same, as a part of a run.
+    void Do(double x0, double y0, double x1, double y1, const corvane::Pen& pen, const CStlImage& source,
+            const CRect* rect, const corvane::Run& run);
 };

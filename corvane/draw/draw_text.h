@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/draw/pen.h"
 
@@ -29,6 +30,9 @@ public:
     /// `CImgDrawLine::Do`; strokes that meet are one shape.
     void Do(const char* text, double x, double y, double height, double angle, int align, const corvane::Pen& pen,
             CStlImage* source, CRect* rect, int showProgress);
+    /// The same, as a part of a run.
+    void Do(const char* text, double x, double y, double height, double angle, int align, const corvane::Pen& pen,
+            const CStlImage& source, const CRect* rect, const corvane::Run& run);
 
     /// The width of a text [pixels] of that height, from the middle of its first stroke to the middle of its last; 0
     /// for none.

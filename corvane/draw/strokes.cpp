@@ -193,10 +193,10 @@ void Burn(CStlImage& image, const CRect& area, const Pen& pen, const Segments& s
 
 } // namespace
 
-void DrawStrokes(CStlImage& target, const CStlImage& source, const CRect* rect, int showProgress, const Pen& pen,
+void DrawStrokes(CStlImage& target, const CStlImage& source, const CRect* rect, const Run& run, const Pen& pen,
                  const Segments& segments)
 {
-    WalkRows(target, source, rect, WindowRun(target, showProgress), IDS_CALCULATION,
+    WalkRows(target, source, rect, run, IDS_CALCULATION,
              [](int) { return [](const float* in, float* out, int count) { std::copy_n(in, count, out); }; });
     const CRect area = WorkingArea(target, rect);
     if (pen.thickness > 0.0 && area.right > area.left && area.bottom > area.top) {

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/draw/pen.h"
 
@@ -23,8 +24,8 @@ using Segments = std::vector<Segment>;
 /// A sample is covered by as much of a line as lies within half a pixel of the sample's middle, measured across the
 /// line. It becomes the mean of itself and the pen's value, weighted by that. A blank sample, NaN or infinity is
 /// replaced where half of it or more is covered, and stays elsewhere. Segments with a coordinate that is not finite are
-/// left out. Reports "Calculating...", one step a row of each plane; ESC is ignored. Throws CMemoryException.
-void DrawStrokes(CStlImage& target, const CStlImage& source, const CRect* rect, int showProgress, const Pen& pen,
+/// left out. Reports "Calculating...", one step a row of each plane. Throws CMemoryException.
+void DrawStrokes(CStlImage& target, const CStlImage& source, const CRect* rect, const Run& run, const Pen& pen,
                  const Segments& segments);
 
 } // namespace corvane
