@@ -1,5 +1,6 @@
 #include "corvane/core/run.h"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 
@@ -66,7 +67,7 @@ Run WindowRun(CStlImage& image, int show, Escape escape)
     return run;
 }
 
-Stage::Stage(const Run& run, const char* text, int total) : run_(run), total_(total)
+Stage::Stage(const Run& run, const char* text, int total) : run_(run), total_(std::max(total, 0))
 {
     if (run_.progress) {
         run_.progress({.state = Progress::State::kBegun, .text = text, .total = total_});

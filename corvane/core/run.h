@@ -77,7 +77,7 @@ CORVANE_VISIBLE Run WindowRun(CStlImage& image, int show, Escape escape = Escape
 /// A stage of a run's work: begins it, counts its steps, and ends it however the work ends, with an exception too.
 class CORVANE_VISIBLE Stage {
 public:
-    /// A stage of `total` steps. The text is good as long as the call.
+    /// A stage of `total` steps, none where that is below 0. The text is good as long as the call.
     Stage(const Run& run, const char* text, int total);
     Stage(const Run& run, int textId, int total);           ///< The same with the text of a string table id.
     Stage(Run&& run, const char* text, int total) = delete; ///< the run must outlive the stage
