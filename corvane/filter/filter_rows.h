@@ -82,8 +82,8 @@ void ForEachBlock(const Band& band, int begin, int end, int columns, const float
     }
 }
 
-/// Calls row(y, left, right) for the rows of an area, with the columns that the source has too, and releases the rows of
-/// both images after it. A row counts `steps` steps of the stage.
+/// Calls row(y, left, right) for the rows of an area, with the columns that the source has too, and releases the rows
+/// of both images after it. A row counts `steps` steps of the stage.
 template <class Row>
 void WalkLocked(CStlImage& target, const CStlImage& source, const CRect& area, Stage& stage, int steps, Row row)
 {
