@@ -8,8 +8,8 @@
 
 #include "corvane/combine/cut_out_likeness.h"
 #include "corvane/core/blank.h"
+#include "corvane/core/convolver.h"
 #include "corvane/resources/string_table.h"
-#include "corvane/restore/convolver.h"
 
 namespace corvane {
 

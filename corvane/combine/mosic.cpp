@@ -7,7 +7,6 @@
 
 #include "corvane/combine/aligned_pixels.h"
 #include "corvane/core/display_scale.h"
-#include "corvane/core/progress_channel.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 

@@ -5,7 +5,6 @@
 
 #include "corvane/core/display_scale.h"
 #include "corvane/core/lab.h"
-#include "corvane/core/progress_channel.h"
 #include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/memory_exception.h"

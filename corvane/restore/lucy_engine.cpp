@@ -5,8 +5,8 @@
 #include <new>
 #include <vector>
 
+#include "corvane/core/convolver.h"
 #include "corvane/resources/string_table.h"
-#include "corvane/restore/convolver.h"
 #include "corvane/restore/grid.h"
 #include "corvane/restore/lucy_rows.h"
 

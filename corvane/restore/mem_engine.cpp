@@ -7,12 +7,12 @@
 #include <new>
 #include <vector>
 
+#include "corvane/core/convolver.h"
+#include "corvane/core/lane_transform.h"
 #include "corvane/core/power.h"
 #include "corvane/core/reductions.h"
 #include "corvane/resources/string_table.h"
-#include "corvane/restore/convolver.h"
 #include "corvane/restore/grid.h"
-#include "corvane/restore/lane_transform.h"
 #include "corvane/restore/samples.h"
 #include "corvane/restore/subspace.h"
 

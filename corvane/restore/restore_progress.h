@@ -1,7 +1,7 @@
 #pragma once
 
+#include "corvane/core/convolver.h"
 #include "corvane/core/run.h"
-#include "corvane/restore/convolver.h"
 
 namespace corvane {
 

@@ -9,14 +9,13 @@
 
 #include "corvane/core/display_scale.h"
 #include "corvane/core/exponential.h"
-#include "corvane/core/progress_channel.h"
+#include "corvane/core/image_transform.h"
+#include "corvane/core/lanes.h"
 #include "corvane/core/run.h"
 #include "corvane/platform/memory.h"
 #include "corvane/platform/memory_exception.h"
 #include "corvane/resources/string_table.h"
-#include "corvane/restore/image_transform.h"
 #include "corvane/restore/region.h"
-#include "corvane/restore/samples.h"
 
 using namespace corvane;
 

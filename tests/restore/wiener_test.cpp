@@ -5,8 +5,8 @@
 #include <limits>
 
 #include "tests/restore/field.h"
-#include "tests/restore/plain_transform.h"
 #include "tests/support/plain.h"
+#include "tests/support/plain_transform.h"
 #include "tests/support/progress_window.h"
 #include "tests/support/storage.h"
 

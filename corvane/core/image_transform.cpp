@@ -1,4 +1,4 @@
-#include "corvane/restore/image_transform.h"
+#include "corvane/core/image_transform.h"
 
 #include <algorithm>
 

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <vector>
 
+#include "corvane/core/lane_transform.h"
 #include "corvane/platform/export.h"
-#include "corvane/restore/lane_transform.h"
 
 namespace corvane {
 

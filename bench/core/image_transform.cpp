@@ -1,4 +1,4 @@
-#include "corvane/restore/image_transform.h"
+#include "corvane/core/image_transform.h"
 
 #include <cmath>
 #include <string>
@@ -54,7 +54,7 @@ void TimeTransform(Run& run, int width, int height)
 
 Line Of(int width, int height, double seconds)
 {
-    return {"restore/transform/" + std::to_string(width) + " x " + std::to_string(height), Seconds(seconds),
+    return {"core/transform/" + std::to_string(width) + " x " + std::to_string(height), Seconds(seconds),
             [=](Run& run) { TimeTransform(run, Size(width, width / 16), Size(height, height / 16)); }};
 }
 

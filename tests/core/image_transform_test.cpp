@@ -1,11 +1,11 @@
-#include "corvane/restore/image_transform.h"
+#include "corvane/core/image_transform.h"
 
 #include <cmath>
 #include <utility>
 
-#include "corvane/restore/lane_transform.h"
-#include "tests/restore/plain_transform.h"
+#include "corvane/core/lane_transform.h"
 #include "tests/support/images.h"
+#include "tests/support/plain_transform.h"
 
 using namespace corvane;
 using namespace corvane::test;

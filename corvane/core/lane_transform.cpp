@@ -1,12 +1,11 @@
-#include "corvane/restore/lane_transform.h"
+#include "corvane/core/lane_transform.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <utility>
 
-#include "corvane/restore/butterflies.h"
-#include "corvane/restore/root_of_unity.h"
-#include "corvane/restore/samples.h"
+#include "corvane/core/butterflies.h"
+#include "corvane/core/root_of_unity.h"
 
 namespace corvane {
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "corvane/restore/lanes.h"
+#include "corvane/core/lanes.h"
 
 namespace corvane {
 

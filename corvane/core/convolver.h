@@ -3,8 +3,8 @@
 #include <functional>
 #include <vector>
 
+#include "corvane/core/image_transform.h"
 #include "corvane/platform/export.h"
-#include "corvane/restore/image_transform.h"
 
 namespace corvane {
 

@@ -1,8 +1,8 @@
-#include "corvane/restore/convolver.h"
+#include "corvane/core/convolver.h"
 
 #include <algorithm>
 
-#include "corvane/restore/butterflies.h"
+#include "corvane/core/butterflies.h"
 
 namespace corvane {
 

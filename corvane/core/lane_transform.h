@@ -5,9 +5,9 @@
 #include <optional>
 #include <vector>
 
+#include "corvane/core/lanes.h"
+#include "corvane/core/prime_pass.h"
 #include "corvane/platform/export.h"
-#include "corvane/restore/lanes.h"
-#include "corvane/restore/prime_pass.h"
 
 namespace corvane {
 

@@ -1,9 +1,9 @@
-#include "corvane/restore/prime_pass.h"
+#include "corvane/core/prime_pass.h"
 
 #include <algorithm>
 
-#include "corvane/restore/butterflies.h"
-#include "corvane/restore/root_of_unity.h"
+#include "corvane/core/butterflies.h"
+#include "corvane/core/root_of_unity.h"
 
 namespace corvane {
 
