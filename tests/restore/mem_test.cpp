@@ -78,7 +78,7 @@ TEST(Mem, ReportsWhatItDoes)
 {
     CImgMem image(StarFrame(24, 18, 1));
     std::string report;
-    const Run run{.diagnostics = [&](const Diagnostic& d) { report += ReportOf(std::get<RestoreEvent>(d)); }};
+    const corvane::Run run{.diagnostics = [&](const Diagnostic& d) { report += ReportOf(std::get<RestoreEvent>(d)); }};
     image.Do(kSigma, 1e-3, 1, nullptr, false, run);
     const std::string numbers = std::string(report).substr(0, report.find("factor"));
     EXPECT_EQ(numbers, "array dimension                       4096\nnumber of data                         432\n"
