@@ -9,6 +9,7 @@
 #include "corvane/combine/cut_out_likeness.h"
 #include "corvane/core/blank.h"
 #include "corvane/core/convolver.h"
+#include "corvane/core/memory_budget.h"
 #include "corvane/resources/string_table.h"
 
 namespace corvane {
@@ -154,6 +155,7 @@ public:
     TileSearch(const CStlImage& cutOut, const CStlImage& image, int tileWidth, int tileHeight)
         : cutOut_(cutOut), image_(image), width_(QuickLength(tileWidth + cutOut.GetWidth() - 1)),
           height_(QuickLength(tileHeight + cutOut.GetHeight() - 1)),
+          reservation_(BytesOf(width_, height_, cutOut.GetPlanes())),
           samples_(static_cast<std::size_t>(width_) * height_)
     {
         for (int plane = 0; plane < cutOut.GetPlanes(); ++plane) {
@@ -178,6 +180,13 @@ public:
     }
 
 private:
+    /// Samples and their correlation, two spectra for each plane, and four sums.
+    static std::uint64_t BytesOf(int width, int height, int planes)
+    {
+        const auto floats = static_cast<std::uint64_t>(2 + 2 * planes);
+        return static_cast<std::uint64_t>(width) * height * (floats * sizeof(float) + 4 * sizeof(double));
+    }
+
     void SumOverCutOut(std::vector<double>& values) const
     {
         SumWindows(values, 1, cutOut_.GetWidth());
@@ -221,6 +230,7 @@ private:
     const CStlImage& image_;
     int width_;
     int height_;
+    Reservation reservation_;
     double squares_ = 0.0;
     std::vector<Convolver> planes_;
     std::vector<float> samples_;

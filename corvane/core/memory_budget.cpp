@@ -6,6 +6,7 @@
 #include <limits>
 #include <mutex>
 
+#include "corvane/core/sample_memory.h"
 #include "corvane/platform/environment.h"
 #include "corvane/platform/memory.h"
 
@@ -91,6 +92,19 @@ void SetSpillFolder(const std::string& folder)
 {
     const std::lock_guard lock(ChosenFolder().mutex);
     ChosenFolder().name = folder;
+}
+
+Reservation::Reservation(std::uint64_t bytes) : bytes_(bytes)
+{
+    AddMemoryInUse(bytes_);
+    if (MemoryInUse() > MemoryBudget()) {
+        DropSpareMemory();
+    }
+}
+
+Reservation::~Reservation()
+{
+    SubtractMemoryInUse(bytes_);
 }
 
 } // namespace corvane

@@ -26,7 +26,20 @@ CORVANE_API std::string SpillFolder();
 /// Sets the folder for images made from now on; an empty name goes back to the default.
 CORVANE_API void SetSpillFolder(const std::string& folder);
 
-/// Bytes of samples now in memory, of all images together.
+/// Bytes now in memory, of the samples of all images and of what is reserved besides.
 CORVANE_API std::uint64_t MemoryInUse();
+
+/// Counts memory that is no image's, such as work buffers, as in use as long as it lives: images made meanwhile go to a
+/// file where the budget has no room for both. It refuses nothing itself, also beyond the budget.
+class CORVANE_API Reservation {
+public:
+    explicit Reservation(std::uint64_t bytes);
+    ~Reservation();
+    Reservation(const Reservation&) = delete;
+    Reservation& operator=(const Reservation&) = delete;
+
+private:
+    std::uint64_t bytes_;
+};
 
 } // namespace corvane

@@ -26,7 +26,7 @@ private:
     std::uint64_t bytes_ = 0;
 };
 
-/// Counts memory that pages of paged stores take.
+/// Counts memory in use that is not a `SampleMemory`.
 void AddMemoryInUse(std::uint64_t bytes);
 void SubtractMemoryInUse(std::uint64_t bytes);
 

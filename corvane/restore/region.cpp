@@ -51,9 +51,11 @@ Region::Region(const CStlImage& image, const CRect* rect) : area_(image, rect)
     if (area_.IsEmpty() || image.GetImageSize() == 0) {
         return;
     }
-    if (RestorationBytes(area_.width, area_.height, image.GetPlanes()) > static_cast<double>(MemoryBudget())) {
+    const double bytes = RestorationBytes(area_.width, area_.height, image.GetPlanes());
+    if (bytes > static_cast<double>(MemoryBudget())) {
         AfxThrowMemoryException();
     }
+    reservation_.emplace(static_cast<std::uint64_t>(bytes));
     for (int p = 0; p < image.GetPlanes(); ++p) {
         Read(image, p, planes_.emplace_back(static_cast<std::size_t>(area_.width) * area_.height));
     }

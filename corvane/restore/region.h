@@ -1,7 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
+#include "corvane/core/memory_budget.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/restore/restore_progress.h"
 
@@ -27,7 +29,8 @@ struct Area {
     bool IsEmpty() const { return width == 0 || height == 0; }
 };
 
-/// The planes of an area, in memory until they are written back.
+/// The planes of an area, in memory until they are written back. Meanwhile all that the iterative engines take is
+/// reserved from the memory budget.
 class Region {
 public:
     /// Copies the samples; beyond the image, those of its edge. An area without samples, or an image without any, has no
@@ -45,6 +48,7 @@ private:
     void Read(const CStlImage& image, int plane, std::vector<float>& samples) const;
 
     Area area_;
+    std::optional<Reservation> reservation_;
     std::vector<std::vector<float>> planes_;
 };
 

@@ -11,6 +11,7 @@
 #include "corvane/core/exponential.h"
 #include "corvane/core/image_transform.h"
 #include "corvane/core/lanes.h"
+#include "corvane/core/memory_budget.h"
 #include "corvane/core/run.h"
 #include "corvane/platform/memory.h"
 #include "corvane/platform/memory_exception.h"
@@ -230,6 +231,7 @@ void CImgWiener::Do(double sigma, double noise, const CRect* rect, const Run& ru
         AfxThrowMemoryException();
     }
     const std::unique_ptr<CStlImage> part = area.isWhole ? nullptr : CutOut(*this, area, run);
+    const Reservation reservation(static_cast<std::uint64_t>(WienerBytes(area.width, area.height, 0)));
     Filter filter(area.width, area.height);
     Stage stage(run, IDS_WIENER, GetPlanes() * kStepsOfPlane);
     FilterPlanes(filter, sigma, noise, area.isWhole ? *this : *part, stage);

@@ -123,6 +123,19 @@ TEST(PagedStore, WithoutASpillFolderThereIsNoMemory)
     EXPECT_EQ(Samples(small), samples);
 }
 
+TEST(MemoryBudget, LeavesImagesTheRestOfWhatIsReserved)
+{
+    const TightMemory tight(kMiB);
+    {
+        const corvane::Reservation most(kMiB - 30000);
+        EXPECT_FALSE(CVmImage(100, 50, 1, 4).IsPaged());
+        EXPECT_TRUE(CVmImage(100, 100, 1, 4).IsPaged());
+        const corvane::Reservation beyond(kMiB);
+        EXPECT_GE(corvane::MemoryInUse(), 2 * kMiB - 30000);
+    }
+    EXPECT_FALSE(CVmImage(100, 100, 1, 4).IsPaged());
+}
+
 TEST(MemoryBudget, ReadsAmounts)
 {
     std::uint64_t bytes = 0;
