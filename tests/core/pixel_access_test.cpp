@@ -1,4 +1,5 @@
 #include <cmath>
+#include <complex>
 
 #include "corvane/core/stl_image.h"
 #include "tests/support/images.h"
@@ -36,26 +37,6 @@ void ExpectReads(const CStlImage& image, const Plain& plain, Number x, Number y)
     ASSERT_TRUE(Close(image.GetPixelBright256f(x, y), bright));
     ASSERT_TRUE(Close(image.GetPixelBright(x, y), bright * range * static_cast<double>(0.003921569F) + low));
     ASSERT_TRUE(!plain.Colour() || Close(image.GetPixelBrightRaw(x, y), plain.Bright(raw)));
-}
-
-/// How an image is placed onto a frame.
-struct Placement {
-    double dx, dy, sine, cosine, scale;
-};
-
-/// Where pixel (x, y) of the frame lies in the image.
-std::pair<double, double> Map(const Placement& how, const CfPoint& c, int x, int y)
-{
-    const bool straight = how.cosine == 1.0 && how.sine == 0.0;
-    if (straight && how.scale == 1.0) {
-        return {x - how.dx, y - how.dy};
-    }
-    if (straight) {
-        return {(x - c.x - how.dx) * how.scale + c.x, (y - c.y - how.dy) * how.scale + c.y};
-    }
-    const double a = x - c.x - how.dx;
-    const double b = c.y - y + how.dy;
-    return {(a * how.cosine - b * how.sine) * how.scale + c.x, c.y - (a * how.sine + b * how.cosine) * how.scale};
 }
 
 } // namespace
@@ -114,52 +95,57 @@ TEST(PixelAccess, BetweenSamples)
 
 TEST(PixelAccess, AlignedSampling)
 {
+    using Complex = std::complex<double>;
     constexpr double kOut = -12345.5;
     ForEachImage([](CStlImage& image) {
-        const CfPoint centre(image.GetWidth() / 2.0 + 0.3, image.GetHeight() / 2.0 - 0.2);
-        image.SetStdCtr(centre);
+        const Complex centre(image.GetWidth() / 2.0 + 0.3, image.GetHeight() / 2.0 - 0.2);
+        image.SetStdCtr(centre.real(), centre.imag());
         const Plain plain(image);
         for (int i = 0; i < 40; ++i) {
             const double radians = std::vector{0.0, 1e-11, 0.58, 1.5707963, -3.14159}[static_cast<std::size_t>(i % 5)];
             const double dx = std::vector{0.0, 1.0, -0.37, 1e9}[static_cast<std::size_t>(i / 5 % 4)];
-            const Placement how{dx, 1.7 - dx * 2.0, std::sin(radians), std::cos(radians), i < 20 ? 1.0 : 0.7};
+            const double dy = 1.7 - dx * 2.0;
+            const double sine = std::sin(radians);
+            const double cosine = std::cos(radians);
+            const double scale = i < 20 ? 1.0 : 0.7;
             SCOPED_TRACE(i);
             for (int k = 0; k<(plain.width + 2) * (plain.height + 2); k += plain.width> 100 ? 7 : 1) {
                 const int x = k % (plain.width + 2) - 1;
                 const int y = k / (plain.width + 2) - 1;
-                const auto [sx, sy] = Map(how, centre, x, y);
-                const bool inside = 0.0 <= sx && sx < plain.width && 0.0 <= sy && sy < plain.height;
-                double rgb[6];
+                double sx = 0.0;
+                double sy = 0.0;
                 int out = 7;
-                image.GetPixelRgbRaw(x, y, how.dx, how.dy, how.sine, how.cosine, how.scale, rgb, rgb + 1, rgb + 2, kOut,
-                                     &out, nullptr, nullptr);
-                ASSERT_EQ(out, inside ? 0 : 1);
-                image.GetPixelRgb256f(x, y, how.dx, how.dy, how.sine, how.cosine, how.scale, rgb + 3, rgb + 4, rgb + 5,
-                                      kOut, nullptr, nullptr, nullptr);
-                for (const int nearest : {1, 0}) {
-                    const auto raw = [&, px = sx, py = sy](int p) -> double {
-                        return !inside   ? kOut
-                               : nearest ? plain.At(static_cast<int>(px + 0.5), static_cast<int>(py + 0.5), p)
-                                         : plain.Between(px, py, p);
+                const auto raw = [&](int p, int nearest) {
+                    return image.GetPixelGrayRaw(x, y, dx, dy, sine, cosine, scale, p, kOut, nearest, &out, &sx, &sy);
+                };
+                const auto shown = [&](int p, int nearest) {
+                    return image.GetPixelGray256f(x, y, dx, dy, sine, cosine, scale, p, kOut, nearest, nullptr, nullptr,
+                                                  nullptr);
+                };
+                raw(0, 0);
+                const Complex from = Complex(x - dx, y - dy) - centre;
+                const Complex apart = Complex(sx, sy) - centre - from * std::polar(scale, -radians);
+                ASSERT_LE(std::abs(apart), 1e-12 * (1e3 + std::abs(from)));
+                ASSERT_EQ(out == 0, 0.0 <= sx && sx < plain.width && 0.0 <= sy && sy < plain.height);
+                for (int n = 0; n < 2 * (plain.planes + 1); ++n) {
+                    const int nearest = n % 2;
+                    const int plane = n / 2 - 1;
+                    const auto rawAt = [&](int p) {
+                        return nearest != 0 ? plain.At(static_cast<int>(sx + 0.5), static_cast<int>(sy + 0.5), p)
+                                            : plain.Between(sx, sy, p);
                     };
-                    const auto shown = [&](int p) { return inside ? plain.To256(raw(p), p) : kOut; };
-                    for (int q = 0; q < 3 && nearest == 0; ++q) {
-                        const int p = plain.Colour() ? q : 0;
-                        ASSERT_TRUE(Same(rgb[q], raw(p)) && Same(rgb[3 + q], shown(p)));
-                    }
-                    for (int p = -1; p < plain.planes; ++p) {
-                        const auto expected = [&](auto of) {
-                            return p >= 0 || !inside ? of(std::max(p, 0)) : plain.Bright(of);
-                        };
-                        double at[2] = {};
-                        ASSERT_TRUE(Same(image.GetPixelGrayRaw(x, y, how.dx, how.dy, how.sine, how.cosine, how.scale, p,
-                                                               kOut, nearest, &out, &at[0], &at[1]),
-                                         expected(raw)));
-                        ASSERT_TRUE(Same(at[0], sx) && Same(at[1], sy) && out == (inside ? 0 : 1));
-                        ASSERT_TRUE(Same(image.GetPixelGray256f(x, y, how.dx, how.dy, how.sine, how.cosine, how.scale,
-                                                                p, kOut, nearest, nullptr, nullptr, nullptr),
-                                         expected(shown)));
-                    }
+                    const auto shownAt = [&](int p) { return plain.To256(rawAt(p), p); };
+                    const auto at = [&](auto of) { return out != 0 ? kOut : plane < 0 ? plain.Bright(of) : of(plane); };
+                    ASSERT_TRUE(Same(raw(plane, nearest), at(rawAt)) && Same(shown(plane, nearest), at(shownAt)));
+                }
+                double rgb[6];
+                image.GetPixelRgbRaw(x, y, dx, dy, sine, cosine, scale, rgb, rgb + 1, rgb + 2, kOut, &out, nullptr,
+                                     nullptr);
+                image.GetPixelRgb256f(x, y, dx, dy, sine, cosine, scale, rgb + 3, rgb + 4, rgb + 5, kOut, nullptr,
+                                      nullptr, nullptr);
+                for (int q = 0; q < 3; ++q) {
+                    const int p = plain.Colour() ? q : 0;
+                    ASSERT_TRUE(Same(rgb[q], raw(p, 0)) && Same(rgb[3 + q], shown(p, 0)));
                 }
             }
         }
