@@ -1,10 +1,10 @@
 #include "stars/saturation.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <utility>
 
+#include "corvane/core/reductions.h"
 #include "corvane/core/walk.h"
 #include "stars/defined.h"
 
@@ -21,23 +21,10 @@ constexpr int kPlateauPairs = 2;      // when so many times two of them lie side
 
 float LargestOf(const float* row, int count, DefinedTest isDefined)
 {
-    constexpr int kLanes = 32; // that do not wait for each other
-    std::array<float, kLanes> largest;
-    largest.fill(-std::numeric_limits<float>::infinity());
-    const auto add = [&](float v, int lane) {
-        const bool isLarger = (v > largest[lane]) & isDefined(v);
-        largest[lane] = isLarger ? v : largest[lane];
-    };
-    int x = 0;
-    for (; x + kLanes <= count; x += kLanes) {
-        for (int lane = 0; lane < kLanes; ++lane) {
-            add(row[x + lane], lane);
-        }
-    }
-    for (; x < count; ++x) {
-        add(row[x], 0);
-    }
-    return *std::max_element(largest.begin(), largest.end());
+    Extremes extremes;
+    extremes.Add(
+        count, [=](int x) { return row[x]; }, [=](float v) { return !isDefined(v); });
+    return static_cast<float>(extremes.Max());
 }
 
 /// The largest sample of a plane, and how it occurs.

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 
 #include "corvane/core/error.h"
+#include "corvane/core/reductions.h"
 
 namespace corvane::io {
 namespace {
@@ -14,8 +14,7 @@ namespace {
 struct SampleSurvey {
     bool undefined = false; ///< some are NaN or blank
     bool fractions = false; ///< some are no whole numbers
-    float min = std::numeric_limits<float>::infinity();
-    float max = -std::numeric_limits<float>::infinity();
+    Extremes extremes;
 
     void Add(const float* row, int width, const UndefinedTest& isUndefined)
     {
@@ -25,12 +24,11 @@ struct SampleSurvey {
                 continue;
             }
             fractions |= std::nearbyint(row[x]) != row[x];
-            min = std::min(min, row[x]);
-            max = std::max(max, row[x]);
+            extremes.Add(row[x]);
         }
     }
 
-    bool IsWithin(double low, double high) const { return min >= low && max <= high; }
+    bool IsWithin(double low, double high) const { return extremes.Min() >= low && extremes.Max() <= high; }
 };
 
 SampleSurvey Survey(const CImage& image)
@@ -55,8 +53,7 @@ std::string Short(double value)
 std::string Range(const SampleSurvey& survey)
 {
     char text[64];
-    std::snprintf(text, sizeof text, "the samples are %.6g to %.6g", static_cast<double>(survey.min),
-                  static_cast<double>(survey.max));
+    std::snprintf(text, sizeof text, "the samples are %.6g to %.6g", survey.extremes.Min(), survey.extremes.Max());
     return text;
 }
 
@@ -85,7 +82,8 @@ Span ChooseSpan(const std::string& path, const CStlImage& image, const SampleSur
         }
         return {0.0, 1.0};
     }
-    const Span span = scale == SampleScale::kLevels ? LevelSpan(image) : Span{survey.min, survey.max};
+    const Span span =
+        scale == SampleScale::kLevels ? LevelSpan(image) : Span{survey.extremes.Min(), survey.extremes.Max()};
     if (!std::isfinite(span.low) || !std::isfinite(span.high)) {
         throw FileError(path, "cannot be scaled: " + Range(survey));
     }
@@ -95,7 +93,7 @@ Span ChooseSpan(const std::string& path, const CStlImage& image, const SampleSur
 /// Counts are what the samples must be; data on another scale would be lost without a word.
 void CheckCounts(const std::string& path, const SampleSurvey& survey, int bits, double most, const std::string& format)
 {
-    if (!survey.IsWithin(0.0, most) || (survey.max <= 1.0F && survey.fractions)) {
+    if (!survey.IsWithin(0.0, most) || (survey.extremes.Max() <= 1.0 && survey.fractions)) {
         throw FileError(path, "a " + format + " of " + std::to_string(bits) + " bits holds counts from 0 to " +
                                   Short(most) + ", " + Range(survey) +
                                   "; save as FITS or TIFF of floats, or say what becomes of them: --bits-scale levels, "
@@ -119,7 +117,7 @@ Storage ChooseStorage(const std::string& path, const CStlImage& image, const Sav
                                   "has some; fill them with the step fill, save as FITS or 32-bit float "
                                   "TIFF, or make a picture with `corvane render`");
     }
-    const bool isEmpty = survey.min > survey.max;
+    const bool isEmpty = survey.extremes.Empty();
     const double most = std::ldexp(1.0, options.bits) - 1.0;
     storage.hasBlank = survey.undefined;
     storage.isScaled = !isEmpty && options.scale != SampleScale::kCounts && options.scale != SampleScale::kNone;
