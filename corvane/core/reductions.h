@@ -27,12 +27,12 @@ public:
     void Add(int count, ValueOf valueOf, IsSkipped isSkipped)
     {
         using Value = decltype(valueOf(0));
-        constexpr int kSide = 128 / sizeof(Value); // what registers hold
+        constexpr int kAbreast = 128 / sizeof(Value); // what registers hold
         constexpr Value kInfinity = std::numeric_limits<Value>::infinity();
-        Value low[kSide];
-        Value high[kSide];
-        std::fill_n(low, kSide, kInfinity);
-        std::fill_n(high, kSide, -kInfinity);
+        Value low[kAbreast];
+        Value high[kAbreast];
+        std::fill_n(low, kAbreast, kInfinity);
+        std::fill_n(high, kAbreast, -kInfinity);
         const auto add = [=](Value v, Value& least, Value& most) {
             const bool isSkippedHere = isSkipped(v);
             const Value forLeast = isSkippedHere ? kInfinity : v;
@@ -41,15 +41,15 @@ public:
             most = forMost > most ? forMost : most;
         };
         int x = 0;
-        for (; x + kSide <= count; x += kSide) {
-            for (int lane = 0; lane < kSide; ++lane) {
+        for (; x + kAbreast <= count; x += kAbreast) {
+            for (int lane = 0; lane < kAbreast; ++lane) {
                 add(valueOf(x + lane), low[lane], high[lane]);
             }
         }
         for (; x < count; ++x) {
             add(valueOf(x), low[0], high[0]);
         }
-        for (int lane = 0; lane < kSide; ++lane) {
+        for (int lane = 0; lane < kAbreast; ++lane) {
             min_ = low[lane] < min_ ? low[lane] : min_;
             max_ = high[lane] > max_ ? high[lane] : max_;
         }
