@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "corvane/colour/demosaic.h"
-#include "corvane/combine/covered_rows.h"
+#include "corvane/combine/row_combiner.h"
 #include "corvane/platform/export.h"
 #include "stack/combine/normalise.h"
 #include "stack/combine/weights.h"

@@ -82,16 +82,17 @@ void CImgMedianComposit::AddAvrCalcClipping()
 
 void CImgMedianComposit::Combine(CombineMethod method)
 {
-    if (combiner_ == nullptr || combiner_->Method() != method || combiner_->Frames() != frameCount_) {
-        combiner_ = std::make_unique<RowCombiner>(method, frameCount_);
+    const auto frames = static_cast<std::size_t>(frameCount_);
+    if (combiner_ == nullptr || combiner_->Method() != method || combiner_->Frames() != frames) {
+        combiner_ = std::make_unique<RowCombiner>(method, Coverage::kAll, std::vector(frames, 1.0), 0.0);
     }
     const int width = target_->GetWidth();
-    std::vector<CombineLine> lines(static_cast<std::size_t>(frameCount_));
+    std::vector<CombineLine> lines(frames);
     for (int i = 0; i < frameCount_; ++i) {
         lines[static_cast<std::size_t>(i)] = {lines_[i]->Values(), lines_[i]->Flags()};
     }
     for (int plane = 0; plane < target_->GetPlanes(); ++plane) {
-        combiner_->Combine(lines.data(), width, target_->GetImageAdr(0, row_, plane));
+        combiner_->Combine(lines.data(), width, {target_->GetImageAdr(0, row_, plane)});
         for (CombineLine& line : lines) {
             line.values += width;
             line.valid += width;

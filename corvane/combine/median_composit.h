@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "corvane/combine/combine_rows.h"
+#include "corvane/combine/row_combiner.h"
 #include "corvane/core/line_data.h"
 #include "corvane/core/stl_image.h"
 

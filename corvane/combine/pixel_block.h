@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <vector>
 
@@ -56,88 +55,19 @@ struct SomeFrames {
     bool Has(int i, int k) const { return i < count[k]; }
 };
 
-/// The sigma clipping of a block of sorted values: which of them are kept.
-struct Clipping {
-    double low[kColumns];
-    double high[kColumns];
-    int first[kColumns] = {}; ///< place of the first kept value
-    int kept[kColumns] = {};
+/// The values of a block of pixels in ascending order. Those that frames lack are infinite, behind the others.
+struct SortedBlock {
+    Block<const double> values;
+    const double* byFrame; ///< the same as the frames have them; for statistics that ask for it
+    const int* count;      ///< how many values each pixel has
+    bool isWhole;          ///< each has one of every frame
 
-    template <class Count>
-    Clipping(const Block<double>& block, const Count& count)
+    /// Calls visit with the counts, as those of all frames where they are.
+    template <class Visit>
+    void WithCount(Visit visit) const
     {
-        SetBounds(block, count);
-        for (int i = 0; i < block.frames; ++i) {
-            for (int k = 0; k < kColumns; ++k) {
-                const double v = block.Row(i)[k];
-                const bool isBelow = (v <= low[k]) & count.Has(i, k);
-                first[k] += isBelow ? 1 : 0;
-                kept[k] += Keeps(k, v) ? 1 : 0; // which missing values, being infinite, never are
-            }
-        }
-    }
-
-    bool Keeps(int k, double v) const { return (v > low[k]) & (v < high[k]); }
-
-private:
-    template <class Count>
-    void SetBounds(const Block<double>& block, const Count& count)
-    {
-        double mean[kColumns] = {};
-        double squares[kColumns] = {};
-        for (int i = 0; i < block.frames; ++i) {
-            for (int k = 0; k < kColumns; ++k) {
-                mean[k] += count.Has(i, k) ? block.Row(i)[k] : 0.0;
-            }
-        }
-        for (int k = 0; k < kColumns; ++k) {
-            mean[k] /= count.Of(k);
-        }
-        for (int i = 0; i < block.frames; ++i) {
-            for (int k = 0; k < kColumns; ++k) {
-                const double off = block.Row(i)[k] - mean[k];
-                squares[k] += count.Has(i, k) ? off * off : 0.0;
-            }
-        }
-        for (int k = 0; k < kColumns; ++k) {
-            const double median = block.Row(count.Of(k) / 2)[k];
-            const double sigma = std::sqrt(squares[k] / count.Of(k));
-            low[k] = median - 3.0 * sigma;
-            high[k] = median + 3.0 * sigma;
-        }
+        isWhole ? visit(AllFrames{values.frames}) : visit(SomeFrames{count});
     }
 };
-
-/// The medians of what the clipping keeps; of a pixel where it keeps nothing the smallest value.
-inline void ClippedMedian(const Block<double>& block, const Clipping& clipping, double* statistic)
-{
-    for (int k = 0; k < kColumns; ++k) {
-        const int place = clipping.kept[k] == 0 ? 0 : clipping.first[k] + clipping.kept[k] / 2;
-        statistic[k] = block.Row(place)[k];
-    }
-}
-
-/// The means of what the clipping keeps; of a pixel where it keeps nothing NaN.
-///
-/// The sum carries its rounding error along, so that it is as exact as one in extended precision.
-/// D. E. Knuth, The Art of Computer Programming 2, 1969, section 4.2.2.
-inline void ClippedMean(const Block<double>& block, const Clipping& clipping, double* statistic)
-{
-    double sum[kColumns] = {};
-    double error[kColumns] = {};
-    for (int i = 0; i < block.frames; ++i) {
-        for (int k = 0; k < kColumns; ++k) {
-            const double v = block.Row(i)[k];
-            const double term = clipping.Keeps(k, v) ? v : 0.0;
-            const double next = sum[k] + term;
-            const double part = next - sum[k];
-            error[k] += (sum[k] - (next - part)) + (term - part);
-            sum[k] = next;
-        }
-    }
-    for (int k = 0; k < kColumns; ++k) {
-        statistic[k] = (sum[k] + error[k]) / clipping.kept[k];
-    }
-}
 
 } // namespace corvane

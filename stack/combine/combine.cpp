@@ -61,7 +61,7 @@ private:
     std::vector<double> values_; ///< of one row of each frame
     std::vector<int> valid_;
     std::vector<CombineLine> lines_;
-    CoveredCombiner combiner_;
+    RowCombiner combiner_;
     int fewest_; ///< frames that have some pixel
 };
 
@@ -194,8 +194,8 @@ void BandCombiner::CombineRow(int row, int plane)
         SampleRow(i, row, plane, values_.data() + line, valid_.data() + line);
     }
     const CombineMaps& maps = job_.maps;
-    const CoveredRow result{target_.GetImageAdr(left_, row, plane), RowOf(maps.coverage, left_, row, plane),
-                            RowOf(maps.rejectedLow, left_, row, plane), RowOf(maps.rejectedHigh, left_, row, plane)};
+    const CombinedRow result{target_.GetImageAdr(left_, row, plane), RowOf(maps.coverage, left_, row, plane),
+                             RowOf(maps.rejectedLow, left_, row, plane), RowOf(maps.rejectedHigh, left_, row, plane)};
     fewest_ = std::min(fewest_, combiner_.Combine(lines_.data(), columns_, result));
 }
 

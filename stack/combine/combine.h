@@ -6,8 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "corvane/combine/combine_rows.h"
-#include "corvane/combine/covered_rows.h"
+#include "corvane/combine/row_combiner.h"
 #include "corvane/core/alignment.h"
 #include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
@@ -28,7 +27,7 @@ struct Placement {
 using RowReader =
     std::function<void(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)>;
 
-/// Images of the target's size and planes that combining fills with counts, as `CoveredRow` tells; null for none.
+/// Images of the target's size and planes that combining fills with counts, as `CombinedRow` tells; null for none.
 struct CombineMaps {
     CStlImage* coverage = nullptr;
     CStlImage* rejectedLow = nullptr;

@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-#include "corvane/combine/covered_rows.h"
+#include "corvane/combine/row_combiner.h"
 #include "corvane/corvane.h"
 
 namespace {
@@ -84,7 +84,7 @@ void CoveredRows(const CStlImage& image)
     }
     for (const auto method : {corvane::CombineMethod::kClippedMedian, corvane::CombineMethod::kClippedMean}) {
         std::vector<float> row(static_cast<std::size_t>(width));
-        corvane::CoveredCombiner combiner(method, corvane::Coverage::kAny, weights, -1.0);
+        corvane::RowCombiner combiner(method, corvane::Coverage::kAny, weights, -1.0);
         combiner.Combine(lines.data(), width, {row.data()});
         Print("covered rows", HashOf(row.data(), row.size()));
     }

@@ -1,16 +1,21 @@
 #pragma once
 
+#include <cstddef>
+#include <memory>
 #include <vector>
 
-#include "corvane/combine/combine_rows.h"
 #include "corvane/combine/sorting_network.h"
+#include "corvane/combine/statistic.h"
 #include "corvane/platform/export.h"
 
 namespace corvane {
 
-template <class T>
-struct Block;
-struct Clipping;
+/// What is taken of the values that many frames have at one pixel.
+enum class CombineMethod {
+    kMedian,        ///< the median; of an even number the upper of the two middle values
+    kClippedMedian, ///< the median of what lies within 3 sigma of the median
+    kClippedMean,   ///< the mean of what lies within 3 sigma of the median
+};
 
 /// Which pixels are taken a statistic of.
 enum class Coverage {
@@ -18,8 +23,14 @@ enum class Coverage {
     kAny, ///< those that some frame has, from the frames that do; NaN counts as missing
 };
 
+/// One frame's sampled row: values and validity (non-zero for usable).
+struct CombineLine {
+    const double* values;
+    const int* valid;
+};
+
 /// Rows that combining fills; null for those that are not wanted.
-struct CoveredRow {
+struct CombinedRow {
     float* values;
     float* coverage = nullptr;     ///< how many frames have the pixel; NaN counts as missing
     float* rejectedLow = nullptr;  ///< how many of their values the clipping dropped at the lower bound
@@ -28,47 +39,51 @@ struct CoveredRow {
 
 /// Combines rows of frames that may lack pixels, pixel by pixel, with a weight for each frame.
 ///
-/// - With `Coverage::kAll`, and weights that are all the same, the values are those of `RowCombiner`.
+/// - With `Coverage::kAll` a pixel that a frame lacks gets the value of the last such frame, in the order given. A NaN
+///   among the values makes the result NaN, and so does a mean of which the clipping keeps nothing.
 /// - With `Coverage::kAny` the same statistic is taken of the frames that have the pixel, and counts of theirs decide
 ///   what the middle is. Where no frame has it, the result is the blank. Where clipping would keep nothing, because all
 ///   values are equal or one is infinite, it drops nothing and the result is the smallest value.
 /// - Weights count in the clipped mean alone: the sum of weight * value of what is kept, by the sum of those weights.
 ///   They take no part in the clipping. A frame of which the weight is not above 0 is left out as if it were not there;
 ///   other statistics ignore that too.
-/// Missing values are sorted as infinities behind the others, so the work hardly depends on how many are missing.
-class CORVANE_VISIBLE CoveredCombiner {
+///
+/// The values of a block of pixels are sorted together by a network of minima and maxima, missing ones as infinities
+/// behind the others, so the work per pixel hardly depends on the values or on how many are missing. What counts of them
+/// is for a `Rejection` to say, what is made of that for a `Statistic`.
+class CORVANE_VISIBLE RowCombiner {
 public:
     /// Prepares to combine lines of as many frames as there are weights [0..]. `blank` fills pixels that no frame has.
-    CoveredCombiner(CombineMethod method, Coverage coverage, const std::vector<double>& weights, double blank);
+    RowCombiner(CombineMethod method, Coverage coverage, const std::vector<double>& weights, double blank);
 
     /// Combines `count` pixels of the lines (one per frame). Returns the smallest number of frames that have a pixel.
-    int Combine(const CombineLine* lines, int count, const CoveredRow& result);
+    int Combine(const CombineLine* lines, int count, const CombinedRow& result);
+
+    CombineMethod Method() const { return method_; }      ///< The method it was made for.
+    std::size_t Frames() const { return frames_.size(); } ///< The number of frames that take part.
 
 private:
     struct Pixels;
 
     template <class T>
-    int CombineBlocks(const Block<T>& block, int count, const CoveredRow& result);
+    int CombineBlocks(const Block<T>& block, int count, const CombinedRow& result);
     void TakeStatistic(const Block<float>& block, bool isWhole, Pixels& pixels) const;
     void TakeStatistic(const Block<double>& block, bool isWhole, Pixels& pixels);
-    template <class Count>
-    void Clip(const Block<double>& block, const Count& count, Pixels& pixels) const;
-    void WeightedMean(const Clipping& clipping, const Block<const double>& unsorted, Pixels& pixels) const;
-    void Store(const Pixels& pixels, int begin, int columns, const CoveredRow& result) const;
+    void Store(const Pixels& pixels, bool isWhole, int begin, int columns, const CombinedRow& result) const;
     float Gap(int x) const;
 
     CombineMethod method_;
     Coverage coverage_;
     float blank_;
-    bool isWeighted_ = false;
-    std::vector<double> weights_; ///< of the frames that take part
-    std::vector<int> frames_;     ///< which these are
+    std::unique_ptr<const Rejection> rejection_; ///< null for the median of all
+    std::unique_ptr<const Statistic> statistic_;
+    std::vector<int> frames_; ///< those that take part
     std::vector<CombineLine> lines_;
     std::vector<Exchange> whole_; ///< network for pixels that all frames have
     std::vector<Exchange> sorting_;
     std::vector<float> floats_;
     std::vector<double> doubles_;
-    std::vector<double> unsorted_;
+    std::vector<double> byFrame_; ///< the same unsorted, for a mean with weights
 };
 
 } // namespace corvane

@@ -1,4 +1,4 @@
-#include "corvane/combine/covered_rows.h"
+#include "corvane/combine/row_combiner.h"
 
 #include <algorithm>
 #include <cmath>
@@ -50,7 +50,7 @@ public:
         }
     }
 
-    void Stack(CStlImage& target, CoveredCombiner& combiner)
+    void Stack(CStlImage& target, RowCombiner& combiner)
     {
         for (int y = 0; y < target.GetHeight(); ++y) {
             for (std::size_t i = 0; i < frames_.size(); ++i) {
@@ -113,7 +113,7 @@ void TimeKind(Run& run, const Kind& kind)
     const int width = Size(2048, 75);
     const int height = Size(2048, 19);
     Rows rows(20, width, height, kind);
-    CoveredCombiner combiner(kind.method, Coverage::kAny, rows.Weights(), 0.0);
+    RowCombiner combiner(kind.method, Coverage::kAny, rows.Weights(), 0.0);
     CStlImage target(-32, width, height, 1, 1.0, 0.0, 1);
     rows.Stack(target, combiner);
     CheckSamples(target, [&](int x, int y, int) { return rows.Expected(x, y, kind); });
