@@ -167,8 +167,8 @@ std::vector<Placement> PreparedLights::Placements() const
     for (const int i : UsedFrames(result_.frames)) {
         const auto light = static_cast<std::size_t>(i);
         const FrameReport& report = result_.frames[light];
-        placements.push_back({.alignment = report.PlacedAbout(frames_->Centre()),
-                              .blank = frames_->Blank(i),
+        placements.push_back({.frame = i,
+                              .alignment = report.PlacedAbout(frames_->Centre()),
                               .normalisation = NormalisationsOf(light),
                               .weight = report.weight});
     }

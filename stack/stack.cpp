@@ -79,10 +79,10 @@ struct Counts {
         make(options.wantsRejected, rejectedHigh);
     }
 
-    CombineMaps Maps()
+    CombineTarget With(CStlImage& image)
     {
-        const auto wanted = [](CStlImage& image) { return image.GetPlanes() > 0 ? &image : nullptr; };
-        return {wanted(coverage), wanted(rejectedLow), wanted(rejectedHigh)};
+        const auto wanted = [](CStlImage& counts) { return counts.GetPlanes() > 0 ? &counts : nullptr; };
+        return {image, 0, wanted(coverage), wanted(rejectedLow), wanted(rejectedHigh)};
     }
 };
 
@@ -111,17 +111,19 @@ void JoinRejected(const Counts& counts, CStlImage& rejected)
 }
 
 /// Reads lights, and takes down which of them have shown a sample that is defined.
-class WatchedLights {
+class WatchedLights : public FrameSource {
 public:
-    WatchedLights(LightFrames& frames, int count) : frames_(frames), isEmpty_(static_cast<std::size_t>(count), true) {}
+    WatchedLights(LightFrames& frames, std::size_t count) : frames_(frames), isEmpty_(count, true) {}
 
-    void Read(int light, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
+    FrameFacts Facts(int light) const override { return frames_.Facts(light); }
+    void Read(int light, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) override
     {
         frames_.Read(light, firstRow, rowCount, samples, planeStride);
-        const BlankTest isBlank = frames_.Blank(light) ? BlankTest(*frames_.Blank(light)) : BlankTest();
-        const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(rowCount) * frames_.Width();
-        for (int plane = 0; plane < frames_.Planes() && IsEmpty(light); ++plane) {
-            isEmpty_[static_cast<std::size_t>(light)] = !HoldsDefined(samples + plane * planeStride, count, isBlank);
+        const FrameFacts facts = Facts(light);
+        const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(rowCount) * facts.width;
+        for (int plane = 0; plane < facts.planes && IsEmpty(light); ++plane) {
+            isEmpty_[static_cast<std::size_t>(light)] =
+                !HoldsDefined(samples + plane * planeStride, count, facts.IsBlank());
         }
     }
 
@@ -151,21 +153,17 @@ void LeaveOutEmpty(const WatchedLights& lights, Coverage coverage, std::vector<F
 void Combine(const Options& options, PreparedLights& lights, Result& result, const Run& run)
 {
     const Plan& plan = lights.GetPlan();
-    LightFrames& frames = lights.Frames();
-    WatchedLights watched(frames, plan.lights.Count());
-    const std::vector<int> used = UsedFrames(result.frames);
-    MakeTarget(plan, result.referenceLight, frames.Planes(), result.image);
-    Counts counts(options, plan, frames.Planes());
-    const CombineJob job{.method = options.method,
-                         .blank = CommonBlank(plan.lights),
-                         .memory = BandMemory(plan.lights),
-                         .text = "Combining lights...",
-                         .coverage = options.coverage,
-                         .maps = counts.Maps()};
-    const RowReader read = [&](int i, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) {
-        watched.Read(used[static_cast<std::size_t>(i)], firstRow, rowCount, samples, planeStride);
-    };
-    CombineFrames(lights.Placements(), read, job, result.image, run);
+    const int planes = lights.Frames().Planes();
+    WatchedLights watched(lights.Frames(), result.frames.size());
+    MakeTarget(plan, result.referenceLight, planes, result.image);
+    Counts counts(options, plan, planes);
+    const CombinePlan combining{.frames = lights.Placements(),
+                                .grid = {plan.width, plan.height},
+                                .method = options.method,
+                                .coverage = options.coverage,
+                                .blank = CommonBlank(plan.lights),
+                                .memory = BandMemory(plan.lights)};
+    CombineFrames(combining, watched, counts.With(result.image), run, "Combining lights...");
     result.image.UnlockAll();
     LeaveOutEmpty(watched, options.coverage, result.frames);
     result.coverage.Swap(&counts.coverage);

@@ -22,6 +22,12 @@ CalibratedFrames::CalibratedFrames(FrameSet& frames, Masters masters, double ped
     }
 }
 
+FrameFacts CalibratedFrames::Facts(int frame) const
+{
+    const io::FrameInfo& info = frames_.Info(frame);
+    return {info.width, info.height, info.planes, calibrations_[static_cast<std::size_t>(frame)].blank};
+}
+
 void CalibratedFrames::Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
 {
     if (hotPixels_.Count() == 0) {
@@ -31,14 +37,14 @@ void CalibratedFrames::Read(int frame, int firstRow, int rowCount, float* sample
     // Rows are mended with the help of those about them: many at once, so that few are read twice.
     for (int row = 0; row < rowCount; row += kRowsAtOnce) {
         const int rows = std::min(kRowsAtOnce, rowCount - row);
-        ReadMended(frame, firstRow + row, rows, samples + static_cast<std::ptrdiff_t>(row) * Info(frame).width,
+        ReadMended(frame, firstRow + row, rows, samples + static_cast<std::ptrdiff_t>(row) * Facts(frame).width,
                    planeStride);
     }
 }
 
 void CalibratedFrames::ReadMended(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
 {
-    const io::FrameInfo& info = Info(frame);
+    const FrameFacts info = Facts(frame);
     const int first = std::max(firstRow - hotPixels_.Margin(), 0);
     const int end = std::min(firstRow + rowCount + hotPixels_.Margin(), info.height);
     const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(end - first) * info.width;
@@ -46,7 +52,7 @@ void CalibratedFrames::ReadMended(int frame, int firstRow, int rowCount, float* 
     ReadCalibrated(frame, first, end - first, mended_.data(), stride);
     for (int plane = 0; plane < info.planes; ++plane) {
         float* const rows = mended_.data() + plane * stride;
-        hotPixels_.Clean({rows, info.width, first, end - first}, firstRow, firstRow + rowCount, plane, IsBlank(frame));
+        hotPixels_.Clean({rows, info.width, first, end - first}, firstRow, firstRow + rowCount, plane, info.IsBlank());
         std::copy_n(rows + static_cast<std::ptrdiff_t>(firstRow - first) * info.width,
                     static_cast<std::ptrdiff_t>(rowCount) * info.width, samples + plane * planeStride);
     }

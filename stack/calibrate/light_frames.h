@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <vector>
 
 #include "corvane/colour/demosaic.h"
@@ -11,23 +10,22 @@
 namespace corvane::stack {
 
 /// Lights as they are aligned and combined: calibrated, and with colours made of those that are mosaics.
-class LightFrames {
+class LightFrames : public FrameSource {
 public:
     /// `patterns` are those of the mosaics, one for each light; empty: the lights stay as they are. The frames must
     /// outlive this.
     LightFrames(CalibratedFrames& frames, std::vector<BayerPattern> patterns, DemosaicMethod method);
 
-    int Width() const { return frames_.Info(0).width; }
-    int Height() const { return frames_.Info(0).height; }
-    int Planes() const { return patterns_.empty() ? frames_.Info(0).planes : 3; }
+    int Width() const { return frames_.Facts(0).width; }
+    int Height() const { return frames_.Facts(0).height; }
+    int Planes() const { return Facts(0).planes; }
     /// True when lights are read as their files have them.
     bool AreRaw() const { return patterns_.empty() && frames_.AreRaw(); }
-    std::optional<int> Blank(int frame) const { return frames_.Blank(frame); }
     /// About which lights are turned: a whole number of pixels, as `CStlImage::SetDefaultCenter` has it.
     CfPoint Centre() const { return {Width() / 2, Height() / 2}; }
 
-    /// Reads rows of all planes; plane p begins at samples + p * planeStride. Throws Error.
-    void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
+    FrameFacts Facts(int frame) const override;
+    void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) override;
     /// Reads rows into an image of their own, which declares the frame's blank.
     CStlImage ReadImage(int frame, int firstRow, int rowCount);
     /// Reads all of a light.

@@ -8,7 +8,6 @@
 
 #include "corvane/core/error.h"
 #include "corvane/core/gaps.h"
-#include "corvane/core/memory_budget.h"
 #include "stack/calibrate/calibrated_frames.h"
 #include "stack/combine/combine.h"
 
@@ -20,7 +19,7 @@ constexpr std::uint64_t kBandOfOpenFrames = 128U << 20U;
 constexpr int kRowsAtOnce = 64;
 
 /// Frames of one kind on their way to a master.
-class MasterSource {
+class MasterSource : public FrameSource {
 public:
     /// `dark` is taken off each frame; none when it holds nothing.
     MasterSource(FrameSet& frames, const Masters& dark)
@@ -32,8 +31,10 @@ public:
     void LevelToFirst(const Run& run);
     std::shared_ptr<CStlImage> Combine(Coverage coverage, const char* text, const Run& run);
 
+    FrameFacts Facts(int frame) const override { return frames_.Facts(frame); }
+    void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) override;
+
 private:
-    void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
     double Mean(int frame);
 
     FrameSet& set_;
@@ -48,9 +49,10 @@ void MasterSource::Read(int frame, int firstRow, int rowCount, float* samples, s
     if (gain == 1.0) {
         return;
     }
-    const BlankTest isBlank = frames_.IsBlank(frame);
-    const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(rowCount) * set_.Info(frame).width;
-    for (int plane = 0; plane < set_.Info(frame).planes; ++plane) {
+    const FrameFacts facts = Facts(frame);
+    const BlankTest isBlank = facts.IsBlank();
+    const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(rowCount) * facts.width;
+    for (int plane = 0; plane < facts.planes; ++plane) {
         float* rows = samples + plane * planeStride;
         for (std::ptrdiff_t i = 0; i < count; ++i) {
             const double s = rows[i];
@@ -62,8 +64,8 @@ void MasterSource::Read(int frame, int firstRow, int rowCount, float* samples, s
 /// Mean of plane 0, by which a flat works. Blanks and NaN are passed over.
 double MasterSource::Mean(int frame)
 {
-    const io::FrameInfo& info = set_.Info(frame);
-    const BlankTest isBlank = frames_.IsBlank(frame);
+    const FrameFacts info = Facts(frame);
+    const BlankTest isBlank = info.IsBlank();
     const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(kRowsAtOnce) * info.width;
     std::vector<float> samples(static_cast<std::size_t>(stride) * info.planes);
     double sum = 0.0;
@@ -100,23 +102,16 @@ void MasterSource::LevelToFirst(const Run& run)
 
 std::shared_ptr<CStlImage> MasterSource::Combine(Coverage coverage, const char* text, const Run& run)
 {
-    const io::FrameInfo& info = set_.Info(0);
+    const FrameFacts info = Facts(0);
     auto master = std::make_shared<CStlImage>(-32, info.width, info.height, info.planes, 1.0, 0.0, 1);
-    std::vector<Placement> placements;
+    CombinePlan plan{.grid = {info.width, info.height},
+                     .coverage = coverage,
+                     .blank = CommonBlank(set_),
+                     .memory = BandMemory(set_)};
     for (int i = 0; i < set_.Count(); ++i) {
-        placements.push_back({Alignment(), frames_.Blank(i)});
+        plan.frames.push_back({.frame = i});
     }
-    const CombineJob job{.method = CombineMethod::kMedian,
-                         .blank = CommonBlank(set_),
-                         .memory = BandMemory(set_),
-                         .text = text,
-                         .coverage = coverage};
-    CombineFrames(
-        placements,
-        [this](int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) {
-            Read(frame, firstRow, rowCount, samples, planeStride);
-        },
-        job, *master, run);
+    CombineFrames(plan, *this, {*master}, run, text);
     master->UnlockAll();
     set_.Close();
     return master;
@@ -169,10 +164,7 @@ void MakeFlat(FrameSet& flats, std::shared_ptr<const CStlImage> dark, const Run&
 
 std::uint64_t BandMemory(const FrameSet& frames)
 {
-    const std::uint64_t budget = MemoryBudget();
-    const std::uint64_t inUse = std::min(MemoryInUse(), budget);
-    const std::uint64_t left = budget - inUse;
-    return frames.StaysOpen() ? std::min(left, kBandOfOpenFrames) : left;
+    return frames.StaysOpen() ? kBandOfOpenFrames : std::numeric_limits<std::uint64_t>::max();
 }
 
 int CommonBlank(const FrameSet& frames)

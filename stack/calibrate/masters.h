@@ -8,8 +8,7 @@
 
 namespace corvane::stack {
 
-/// Bytes that the bands of these frames may take: what the memory budget leaves, and no more than is of use as long as
-/// the frames stay open.
+/// Bytes that the bands of these frames may take: no more than is of use as long as the frames stay open.
 std::uint64_t BandMemory(const FrameSet& frames);
 
 /// The blank value that frames of a set are given in common: the first one declared, or else the one that their bits

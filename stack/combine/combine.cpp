@@ -1,9 +1,15 @@
 #include "stack/combine/combine.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
+#include <numeric>
+#include <optional>
+#include <string>
 
-#include "corvane/core/blank.h"
+#include "corvane/core/error.h"
+#include "corvane/core/memory_budget.h"
+#include "corvane/core/text.h"
 #include "stack/combine/row_window.h"
 
 namespace corvane::stack {
@@ -15,6 +21,19 @@ bool IsMoved(const Alignment& alignment)
     return !alignment.IsShift() || alignment.dx != 0.0 || alignment.dy != 0.0;
 }
 
+/// The alignment onto a grid of another scale. Positions are those of the middles of pixels; the first one's corner is
+/// what both have in common.
+Alignment OnGrid(Alignment alignment, double scale)
+{
+    if (scale != 1.0) {
+        const double corner = 0.5 - 0.5 / scale;
+        alignment.dx = (alignment.centreX + alignment.dx + corner) * scale - alignment.centreX;
+        alignment.dy = (alignment.centreY + alignment.dy + corner) * scale - alignment.centreY;
+        alignment.scale /= scale;
+    }
+    return alignment;
+}
+
 std::vector<double> Weights(const std::vector<Placement>& frames)
 {
     std::vector<double> weights;
@@ -22,78 +41,98 @@ std::vector<double> Weights(const std::vector<Placement>& frames)
     return weights;
 }
 
-float* RowOf(CStlImage* image, int column, int row, int plane)
+/// What the plan may take of the memory that the budget leaves.
+std::uint64_t MemoryFor(const CombinePlan& plan)
 {
-    return image != nullptr ? image->GetImageAdr(column, row, plane) : nullptr;
+    return std::min(plan.memory, MemoryBudget() - std::min(MemoryInUse(), MemoryBudget()));
 }
 
 constexpr int kFewestColumns = 16;
 
+/// A frame at work.
+struct PlacedFrame {
+    const Placement& placement;
+    Alignment alignment; ///< onto the grid
+    FrameFacts facts;
+    RowWindow window;
+    bool usesBlank;             ///< it declares one, or leaves a part of the target free
+    std::vector<double> values; ///< of one row of the target
+    std::vector<int> valid;
+
+    /// Bytes of a row of all planes.
+    std::uint64_t RowBytes() const { return sizeof(float) * facts.width * static_cast<std::uint64_t>(facts.planes); }
+};
+
 /// Combines into one target: a band of rows at a time, and in strips of columns when turned frames would not fit.
 class BandCombiner {
 public:
-    BandCombiner(const std::vector<Placement>& frames, const RowReader& read, const CombineJob& job, CStlImage& target);
-    void Combine(const Run& run);
+    BandCombiner(const CombinePlan& plan, FrameSource& source, const CombineTarget& target);
+    void Combine(const Run& run, const char* text);
 
 private:
     std::uint64_t Margins(int columns) const;
     int ColumnsOfStrip() const;
+    std::uint64_t FixedBytes(int columns) const;
+    double BytesOfRow() const;
     int RowsOfBand(int columns) const;
     void OpenStrip(int left, int right);
-    void ReadBand(int firstRow, int lastRow, Stage& stage);
-    void ReadFrame(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) const;
     void CombineBand(int firstRow, int lastRow, Stage& stage);
+    void Read(const PlacedFrame& frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) const;
     void CombineRow(int row, int plane);
-    void SampleRow(int frame, int row, int plane, double* values, int* valid) const;
+    void SampleRow(PlacedFrame& frame, int row, int plane) const;
+    float* RowOf(CStlImage* image, int row, int plane) const;
     bool HasBlanks() const;
 
-    const std::vector<Placement>& frames_;
-    const RowReader& read_;
-    const CombineJob& job_;
-    CStlImage& target_;
-    int count_;
+    const CombinePlan& plan_;
+    FrameSource& source_;
+    const CombineTarget& target_;
     int width_;
-    std::uint64_t rowBytes_; ///< of all planes of a frame
-    int left_ = 0;           ///< first column of the strip
+    int firstRow_; ///< of the grid, that the target has
+    int endRow_;
+    int left_ = 0; ///< first column of the strip
     int columns_ = 0;
-    std::vector<char> usesBlank_; ///< for each frame
-    std::vector<RowWindow> windows_;
-    std::vector<double> values_; ///< of one row of each frame
-    std::vector<int> valid_;
+    std::uint64_t memory_;
+    std::vector<PlacedFrame> frames_;
     std::vector<CombineLine> lines_;
     RowCombiner combiner_;
     int fewest_; ///< frames that have some pixel
 };
 
-BandCombiner::BandCombiner(const std::vector<Placement>& frames, const RowReader& read, const CombineJob& job,
-                           CStlImage& target)
-    : frames_(frames), read_(read), job_(job), target_(target), count_(static_cast<int>(frames.size())),
-      width_(target.GetWidth()), rowBytes_(sizeof(float) * width_ * static_cast<std::uint64_t>(target.GetPlanes())),
-      values_(frames.size() * width_), valid_(frames.size() * width_),
-      combiner_(job.method, job.coverage, Weights(frames), job.blank), fewest_(count_)
+BandCombiner::BandCombiner(const CombinePlan& plan, FrameSource& source, const CombineTarget& target)
+    : plan_(plan), source_(source), target_(target), width_(target.image.GetWidth()), firstRow_(target.firstRow),
+      endRow_(firstRow_ + target.image.GetHeight()), memory_(MemoryFor(plan)),
+      combiner_(plan.method, plan.coverage, Weights(plan.frames), plan.blank),
+      fewest_(static_cast<int>(plan.frames.size()))
 {
-    for (std::size_t i = 0; i < frames.size(); ++i) {
-        usesBlank_.push_back(frames[i].blank.has_value() || IsMoved(frames[i].alignment));
-        lines_.push_back({values_.data() + i * width_, valid_.data() + i * width_});
+    for (const Placement& placement : plan.frames) {
+        const FrameFacts facts = source.Facts(placement.frame);
+        const Alignment alignment = OnGrid(placement.alignment, plan.grid.scale);
+        const bool isSmaller = facts.width < width_ || facts.height < plan.grid.height;
+        frames_.push_back({placement, alignment, facts, RowWindow(alignment, facts, 0, width_),
+                           facts.blank || isSmaller || IsMoved(alignment), std::vector<double>(width_),
+                           std::vector<int>(width_)});
+        lines_.push_back({frames_.back().values.data(), frames_.back().valid.data()});
     }
 }
 
-void BandCombiner::Combine(const Run& run)
+void BandCombiner::Combine(const Run& run, const char* text)
 {
-    const int height = target_.GetHeight();
+    const int height = endRow_ - firstRow_;
     const int columns = ColumnsOfStrip();
     const int rows = RowsOfBand(columns);
+    const Reservation reservation(FixedBytes(columns) + static_cast<std::uint64_t>(rows * BytesOfRow()));
     const int strips = (width_ + columns - 1) / columns;
-    Stage stage(run, job_.text, strips * ((height + rows - 1) / rows * count_ + height));
+    const int count = static_cast<int>(frames_.size());
+    Stage stage(run, text, strips * ((height + rows - 1) / rows * count + height));
     for (int left = 0; left < width_; left += columns) {
         OpenStrip(left, std::min(left + columns, width_));
-        for (int first = 0; first < height; first += rows) {
-            CombineBand(first, std::min(first + rows, height) - 1, stage);
+        for (int first = firstRow_; first < endRow_; first += rows) {
+            CombineBand(first, std::min(first + rows, endRow_) - 1, stage);
         }
     }
     if (HasBlanks()) {
-        target_.SetBlankUsed(1);
-        target_.SetBlank(job_.blank);
+        target_.image.SetBlankUsed(1);
+        target_.image.SetBlank(plan_.blank);
     }
 }
 
@@ -101,17 +140,21 @@ void BandCombiner::OpenStrip(int left, int right)
 {
     left_ = left;
     columns_ = right - left;
-    windows_.clear();
-    for (const Placement& frame : frames_) {
-        windows_.emplace_back(frame.alignment, width_, target_.GetHeight(), target_.GetPlanes(), left, right);
+    for (PlacedFrame& frame : frames_) {
+        frame.window = RowWindow(frame.alignment, frame.facts, left, right);
     }
 }
 
 void BandCombiner::CombineBand(int firstRow, int lastRow, Stage& stage)
 {
-    ReadBand(firstRow, lastRow, stage);
+    for (PlacedFrame& frame : frames_) {
+        frame.window.MoveTo(firstRow, lastRow, [&](int first, int rows, float* samples, std::ptrdiff_t planeStride) {
+            Read(frame, first, rows, samples, planeStride);
+        });
+        stage.Step();
+    }
     for (int row = firstRow; row <= lastRow; ++row) {
-        for (int plane = 0; plane < target_.GetPlanes(); ++plane) {
+        for (int plane = 0; plane < target_.image.GetPlanes(); ++plane) {
             CombineRow(row, plane);
         }
         stage.Step();
@@ -120,97 +163,103 @@ void BandCombiner::CombineBand(int firstRow, int lastRow, Stage& stage)
 
 bool BandCombiner::HasBlanks() const
 {
-    const bool someUse = std::find(usesBlank_.begin(), usesBlank_.end(), 1) != usesBlank_.end();
-    return job_.coverage == Coverage::kAll ? someUse : fewest_ == 0;
+    const bool someUse = std::any_of(frames_.begin(), frames_.end(), [](const auto& frame) { return frame.usesBlank; });
+    return plan_.coverage == Coverage::kAll ? someUse : fewest_ == 0;
 }
 
 /// Bytes of what rows of the target touch beyond themselves, counted once for each frame.
 std::uint64_t BandCombiner::Margins(int columns) const
 {
-    const int row = target_.GetHeight() / 2;
+    const int row = plan_.grid.height / 2;
     const int left = (width_ - columns) / 2;
-    std::uint64_t rows = 0;
-    for (const Placement& frame : frames_) {
-        const RowWindow window(frame.alignment, width_, target_.GetHeight(), 1, left, left + columns);
-        const RowSpan touched = window.Touched(row, row);
-        rows += static_cast<std::uint64_t>(std::max(touched.end - touched.first - 1, 0));
+    std::uint64_t bytes = 0;
+    for (const PlacedFrame& frame : frames_) {
+        const RowSpan touched = RowWindow(frame.alignment, frame.facts, left, left + columns).Touched(row, row);
+        bytes += static_cast<std::uint64_t>(std::max(touched.end - touched.first - 1, 0)) * frame.RowBytes();
     }
-    return rows * rowBytes_;
+    return bytes;
 }
 
 /// Columns of which the rows take no more than half the memory, as far as fewer columns touch fewer rows.
 int BandCombiner::ColumnsOfStrip() const
 {
     int columns = width_;
-    while (columns / 2 >= kFewestColumns && Margins(columns) > job_.memory / 2 &&
-           Margins(columns / 2) < Margins(columns)) {
+    while (columns / 2 >= kFewestColumns && Margins(columns) > memory_ / 2 && Margins(columns / 2) < Margins(columns)) {
         columns /= 2;
     }
     return columns;
 }
 
+/// Bytes that do not depend on how many rows a band has.
+std::uint64_t BandCombiner::FixedBytes(int columns) const
+{
+    return Margins(columns) + frames_.size() * static_cast<std::uint64_t>(width_) * (sizeof(double) + sizeof(int));
+}
+
+/// Bytes of what one more row of the target takes of all frames.
+double BandCombiner::BytesOfRow() const
+{
+    return std::accumulate(frames_.begin(), frames_.end(), 0.0, [](double sum, const PlacedFrame& frame) {
+        return sum + static_cast<double>(frame.RowBytes()) * std::max(frame.alignment.scale, 1.0);
+    });
+}
+
 /// Rows of the target whose frames fit the memory.
 int BandCombiner::RowsOfBand(int columns) const
 {
-    const std::uint64_t lines = values_.size() * sizeof(double) + valid_.size() * sizeof(int);
-    const std::uint64_t fixed = lines + Margins(columns);
-    const std::uint64_t rows = job_.memory > fixed ? (job_.memory - fixed) / (rowBytes_ * std::max(count_, 1)) : 0;
-    return static_cast<int>(std::clamp<std::uint64_t>(rows, 1, target_.GetHeight()));
+    const std::uint64_t left = memory_ - std::min(memory_, FixedBytes(columns));
+    return static_cast<int>(std::clamp(static_cast<double>(left) / std::max(BytesOfRow(), 1.0), 1.0,
+                                       static_cast<double>(std::max(endRow_ - firstRow_, 1))));
 }
 
-void BandCombiner::ReadBand(int firstRow, int lastRow, Stage& stage)
-{
-    for (int i = 0; i < count_; ++i) {
-        windows_[i].MoveTo(firstRow, lastRow,
-                           [this, i](int first, int rows, float* samples, std::ptrdiff_t planeStride) {
-                               ReadFrame(i, first, rows, samples, planeStride);
-                           });
-        stage.Step();
-    }
-}
-
-/// Reads rows, with the frame's own blanks turned into the job's, or into NaN, which passes on to all that is
+/// Reads rows, with the frame's own blanks turned into the plan's, or into NaN, which passes on to all that is
 /// interpolated from it, where frames may lack pixels.
-void BandCombiner::ReadFrame(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) const
+void BandCombiner::Read(const PlacedFrame& frame, int firstRow, int rowCount, float* samples,
+                        std::ptrdiff_t planeStride) const
 {
-    read_(frame, firstRow, rowCount, samples, planeStride);
-    const std::optional<int> own = frames_[frame].blank;
-    const bool staysBlank = job_.coverage == Coverage::kAll;
-    if (!own || (staysBlank && *own == job_.blank)) {
+    source_.Read(frame.placement.frame, firstRow, rowCount, samples, planeStride);
+    const std::optional<int> own = frame.facts.blank;
+    const bool staysBlank = plan_.coverage == Coverage::kAll;
+    if (!own || (staysBlank && *own == plan_.blank)) {
         return;
     }
-    const float blank = staysBlank ? static_cast<float>(job_.blank) : std::numeric_limits<float>::quiet_NaN();
-    const BlankTest isBlank(*own);
-    for (int plane = 0; plane < target_.GetPlanes(); ++plane) {
+    const float blank = staysBlank ? static_cast<float>(plan_.blank) : std::numeric_limits<float>::quiet_NaN();
+    for (int plane = 0; plane < frame.facts.planes; ++plane) {
         float* begin = samples + plane * planeStride;
-        std::replace_if(begin, begin + static_cast<std::ptrdiff_t>(rowCount) * width_, isBlank, blank);
+        std::replace_if(begin, begin + static_cast<std::ptrdiff_t>(rowCount) * frame.facts.width, frame.facts.IsBlank(),
+                        blank);
     }
+}
+
+float* BandCombiner::RowOf(CStlImage* image, int row, int plane) const
+{
+    return image != nullptr ? image->GetImageAdr(left_, row - firstRow_, plane) : nullptr;
 }
 
 void BandCombiner::CombineRow(int row, int plane)
 {
-    for (int i = 0; i < count_; ++i) {
-        const std::ptrdiff_t line = static_cast<std::ptrdiff_t>(i) * width_;
-        SampleRow(i, row, plane, values_.data() + line, valid_.data() + line);
+    for (PlacedFrame& frame : frames_) {
+        SampleRow(frame, row, plane);
     }
-    const CombineMaps& maps = job_.maps;
-    const CombinedRow result{target_.GetImageAdr(left_, row, plane), RowOf(maps.coverage, left_, row, plane),
-                             RowOf(maps.rejectedLow, left_, row, plane), RowOf(maps.rejectedHigh, left_, row, plane)};
+    const CombinedRow result{RowOf(&target_.image, row, plane), RowOf(target_.coverage, row, plane),
+                             RowOf(target_.rejectedLow, row, plane), RowOf(target_.rejectedHigh, row, plane)};
     fewest_ = std::min(fewest_, combiner_.Combine(lines_.data(), columns_, result));
 }
 
-void BandCombiner::SampleRow(int frame, int row, int plane, double* values, int* valid) const
+void BandCombiner::SampleRow(PlacedFrame& frame, int row, int plane) const
 {
-    const BlankTest isBlank(job_.blank);
-    windows_[frame].Sample(plane, row, job_.blank, values, valid);
-    if (job_.coverage == Coverage::kAny) {
-        windows_[frame].LeaveOutWrapped(row, valid);
-    } else if (usesBlank_[frame] != 0) {
+    double* const values = frame.values.data();
+    int* const valid = frame.valid.data();
+    frame.window.Sample(plane, row, plan_.blank, values, valid);
+    if (plan_.coverage == Coverage::kAny) {
+        frame.window.LeaveOutWrapped(row, valid);
+    } else if (frame.usesBlank) {
+        const BlankTest isBlank(plan_.blank);
         for (int x = 0; x < columns_; ++x) {
             valid[x] &= isBlank(values[x]) ? 0 : 1;
         }
     }
-    const std::vector<Normalisation>& planes = frames_[frame].normalisation;
+    const std::vector<Normalisation>& planes = frame.placement.normalisation;
     if (!planes.empty() && !planes[plane].ChangesNothing()) {
         const auto [factor, offset] = planes[plane];
         for (int x = 0; x < columns_; ++x) {
@@ -220,12 +269,30 @@ void BandCombiner::SampleRow(int frame, int row, int plane, double* values, int*
     }
 }
 
+void Check(const CombinePlan& plan, const FrameSource& source, const CombineTarget& target)
+{
+    const auto& [width, height, scale] = plan.grid;
+    const CStlImage& image = target.image;
+    if (!(scale > 0.0)) {
+        throw ParameterError("scale", NumberText(scale), "must be above 0");
+    }
+    if (image.GetWidth() != width || target.firstRow < 0 || target.firstRow + image.GetHeight() > height) {
+        throw InputError("target", "is no band of the grid, " + std::to_string(width) + " x " + std::to_string(height));
+    }
+    for (const Placement& placement : plan.frames) {
+        if (source.Facts(placement.frame).planes != image.GetPlanes()) {
+            throw InputError("frame " + std::to_string(placement.frame), "has other planes than the target");
+        }
+    }
+}
+
 } // namespace
 
-void CombineFrames(const std::vector<Placement>& frames, const RowReader& read, const CombineJob& job,
-                   CStlImage& target, const Run& run)
+void CombineFrames(const CombinePlan& plan, FrameSource& source, const CombineTarget& target, const Run& run,
+                   const char* text)
 {
-    BandCombiner(frames, read, job, target).Combine(run);
+    Check(plan, source, target);
+    BandCombiner(plan, source, target).Combine(run, text);
 }
 
 } // namespace corvane::stack

@@ -6,8 +6,9 @@
 
 namespace corvane::stack {
 
-RowWindow::RowWindow(const Alignment& alignment, int width, int height, int planes, int left, int right)
-    : alignment_(alignment), width_(width), height_(height), planes_(planes), left_(left), right_(right)
+RowWindow::RowWindow(const Alignment& alignment, const FrameFacts& frame, int left, int right)
+    : alignment_(alignment), width_(frame.width), height_(frame.height), planes_(frame.planes), left_(left),
+      right_(right)
 {}
 
 RowSpan RowWindow::Touched(int firstRow, int lastRow) const
@@ -106,8 +107,8 @@ void RowWindow::Sample(int plane, int row, double outside, double* values, int* 
     const float own = holdsLast ? rows[static_cast<std::ptrdiff_t>(count_) * width_ - 1] : 0.0F;
     const bool isFollowed = plane < static_cast<int>(followers_.size());
     const PlaneRows held{rows, width_, height_, first_, isFollowed ? followers_[plane] : own};
-    if (left_ == 0 && right_ == width_) {
-        SampleAlignedRow(held, alignment_, row, width_, outside, values, inside);
+    if (left_ == 0) {
+        SampleAlignedRow(held, alignment_, row, right_, outside, values, inside);
     } else {
         SampleAlignedStretch(held, alignment_, left_, row, right_ - left_, outside, values, inside);
     }

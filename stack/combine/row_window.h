@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "corvane/core/aligned_row.h"
+#include "stack/combine/frame_source.h"
 
 namespace corvane::stack {
 
@@ -16,8 +17,8 @@ public:
     /// Reads rows into samples + plane * planeStride, for all planes.
     using Reader = std::function<void(int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)>;
 
-    /// For columns left to right - 1 of the target, which is as large as the frame.
-    RowWindow(const Alignment& alignment, int width, int height, int planes, int left, int right);
+    /// For columns left to right - 1 of the target.
+    RowWindow(const Alignment& alignment, const FrameFacts& frame, int left, int right);
 
     /// Rows of the frame that rows firstRow to lastRow of the target touch; empty when they touch none.
     RowSpan Touched(int firstRow, int lastRow) const;

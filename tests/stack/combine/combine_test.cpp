@@ -44,7 +44,7 @@ constexpr int kWidth = 61;
 constexpr int kHeight = 47;
 
 /// Frames in memory, placed at will, and how often each of their rows is read.
-struct PlacedFrames {
+struct PlacedFrames : FrameSource {
     explicit PlacedFrames(int planes)
     {
         for (const auto& [dx, dy, angle] : poses) {
@@ -53,31 +53,34 @@ struct PlacedFrames {
             image.SetBlank(kBlank);
             image.SetBlankUsed(1);
             test::Sprinkle(image, {static_cast<float>(kBlank)}, images.size());
-            placements.push_back(
-                {Alignment::Turned(dx, dy, angle, image.GetStdCtr()), kBlank, std::vector<Normalisation>(planes)});
+            plan.frames.push_back({static_cast<int>(reads.size()), Alignment::Turned(dx, dy, angle, image.GetStdCtr()),
+                                   std::vector<Normalisation>(planes)});
             reads.emplace_back(kHeight);
         }
+        plan.grid = {kWidth, kHeight};
+        plan.blank = kBlank;
     }
 
-    CStlImage Combine(CombineJob job)
+    FrameFacts Facts(int frame) const override { return ImageSource({&images[frame]}).Facts(0); }
+    void Read(int frame, int first, int count, float* samples, std::ptrdiff_t stride) override
     {
-        CStlImage target(-32, kWidth, kHeight, images[0].GetPlanes(), 1.0, 0.0, 1);
-        job.blank = kBlank;
-        const auto read = [&](int frame, int first, int count, float* samples, std::ptrdiff_t stride) {
-            for (int i = 0; i < count * target.GetPlanes(); ++i) {
-                const float* const row = images[frame].GetImageAdr(0, first + i % count, i / count);
-                std::copy_n(row, kWidth, samples + i / count * stride + i % count * kWidth);
-                reads[frame][first + i % count] += i < count ? 1 : 0;
-            }
-        };
-        CombineFrames(placements, read, job, target, {});
+        ImageSource({&images[frame]}).Read(0, first, count, samples, stride);
+        std::for_each_n(reads[frame].begin() + first, count, [](int& times) { ++times; });
+    }
+
+    /// A band of the grid's rows.
+    CStlImage Combine(int firstRow, int rows, CStlImage* coverage = nullptr)
+    {
+        CStlImage target(-32, plan.grid.width, rows, images[0].GetPlanes(), 1.0, 0.0, 1);
+        CombineFrames(plan, *this, {target, firstRow, coverage});
         return target;
     }
+    CStlImage Combine(CStlImage* coverage = nullptr) { return Combine(0, plan.grid.height, coverage); }
 
     std::vector<Pose> poses{{0, 0},           {3, -2},         {-4.3, 2.5}, {1.2, 0.7, 0.4}, {0, 3, -33.3},
                             {2.5, -1.5, 180}, {0.3, 4, 179.6}, {1, 1, 90},  {0, 0, -90.2}};
     std::vector<CStlImage> images;
-    std::vector<Placement> placements;
+    CombinePlan plan;
     std::vector<std::vector<int>> reads;
 };
 
@@ -90,8 +93,9 @@ TEST(CombineFrames, TurnedFramesInBandsAndStrips)
     for (const int planes : {1, 3}) {
         for (const bool takesStrips : {false, true}) {
             PlacedFrames frames(planes);
-            const CStlImage target = frames.Combine(
-                {.method = CombineMethod::kClippedMedian, .memory = takesStrips ? 4000 : 90000U * planes});
+            frames.plan.method = CombineMethod::kClippedMedian;
+            frames.plan.memory = takesStrips ? 4000 : 90000U * planes;
+            const CStlImage target = frames.Combine();
             for (const auto& rows : frames.reads) { // but for row 0, which the plane before it asks for
                 EXPECT_LE(*std::max_element(rows.begin() + 1, rows.end()), takesStrips ? 3 : 1);
             }
@@ -102,31 +106,62 @@ TEST(CombineFrames, TurnedFramesInBandsAndStrips)
     }
 }
 
+TEST(CombineFrames, AnyBandOfTheGridIsThatOfTheWhole)
+{
+    for (const Coverage coverage : {Coverage::kAll, Coverage::kAny}) {
+        PlacedFrames frames(3);
+        frames.plan.grid = {90, 70, 1.6};
+        frames.plan.method = CombineMethod::kClippedMean;
+        frames.plan.coverage = coverage;
+        const std::vector<float> whole = test::Samples(frames.Combine());
+        for (const auto& [first, end] : {std::pair{0, 1}, {1, 30}, {30, 70}, {69, 70}}) {
+            const std::vector<float> band = test::Samples(frames.Combine(first, end - first));
+            for (int i = 0; i < 90 * 3 * (end - first); ++i) {
+                const int plane = i / (90 * (end - first));
+                ASSERT_TRUE(test::Near(band[i], whole[i + 90 * (first + plane * (70 - end + first))], 0)) << first;
+            }
+        }
+        EXPECT_THROW(frames.Combine(30, 41), Error);
+        frames.images[2] = test::RandomImage({kWidth, kHeight}, 1, 1);
+        EXPECT_THROW(frames.Combine(), Error);
+    }
+}
+
 TEST(CombineFrames, AnyCoverageTakesWhatFramesHave)
 {
-    for (const bool isFirstWhole : {false, true}) {
+    // On these scales no pixel lies on just one of a turned frame.
+    for (const auto& [isFirstWhole, grid] : {std::pair{false, Grid{kWidth, kHeight}},
+                                             {true, {kWidth, kHeight}},
+                                             {false, {55, 40, 0.8}},
+                                             {false, {90, 70, 1.6}}}) {
         PlacedFrames frames(3);
         frames.images[0] = isFirstWhole ? test::RandomImage({kWidth, kHeight}, 3, 1) : frames.images[0];
-        frames.placements[1].normalisation = {{2.0, -50.0}, {}, {1.0, 7.5}};
-        CStlImage coverage(-32, kWidth, kHeight, 3, 1.0, 0.0, 1);
-        const CStlImage target = frames.Combine({.memory = 90000, .coverage = Coverage::kAny, .maps = {&coverage}});
+        frames.plan.frames[1].normalisation = {{2.0, -50.0}, {}, {1.0, 7.5}};
+        frames.plan.grid = grid;
+        frames.plan.coverage = Coverage::kAny;
+        frames.plan.memory = 90000;
+        CStlImage coverage(-32, grid.width, grid.height, 3, 1.0, 0.0, 1);
+        const CStlImage target = frames.Combine(&coverage);
         for (CStlImage& image : frames.images) { // so that what is interpolated from blanks is NaN
             float* const samples = image.GetImageAdr(0, 0, 0);
             std::replace(samples, samples + kWidth * kHeight * 3, static_cast<float>(kBlank), std::nanf(""));
         }
-        test::Plain(target).ForEach([&](int x, int y, int p) {
+        const int ulps = grid.scale == 1.0 ? 1 : 40; // positions are rounded otherwise
+        test::Plain(target).ForEach([&, scale = grid.scale](int x, int y, int p) {
             std::vector<double> values;
             for (std::size_t i = 0; i < frames.images.size(); ++i) {
-                const Position at = frames.placements[i].alignment.Map(x, y);
+                const auto onReference = [&](int pixel) { return (pixel + 0.5) / scale - 0.5; };
+                const Position at = frames.plan.frames[i].alignment.Map(onReference(x), onReference(y));
                 const bool isInside = at.x >= 0.0 && at.x <= kWidth - 1 && at.y >= 0.0 && at.y < kHeight;
                 const double v = isInside ? frames.images[i].GetPixelGrayRaw(at.x, at.y, p) : std::nan("");
-                const Normalisation& normalisation = frames.placements[i].normalisation[p];
+                const Normalisation& normalisation = frames.plan.frames[i].normalisation[p];
                 values.push_back(v * normalisation.factor + normalisation.offset);
             }
             std::erase_if(values, [](double v) { return std::isnan(v); });
             std::sort(values.begin(), values.end());
             const double expected = values.empty() ? kBlank : values[values.size() / 2];
-            ASSERT_TRUE(test::Near(target.GetPixelGrayRaw(x, y, p), static_cast<float>(expected), 1)) << x << ' ' << y;
+            ASSERT_TRUE(test::Near(target.GetPixelGrayRaw(x, y, p), static_cast<float>(expected), ulps))
+                << x << ' ' << y;
             ASSERT_EQ(coverage.GetPixelGrayRaw(x, y, p), static_cast<float>(values.size())) << x << ' ' << y;
         });
         EXPECT_EQ(target.IsBlankUsed() == 0, isFirstWhole);
