@@ -1,6 +1,7 @@
 #include "stack/stack.h"
 
 #include <algorithm>
+#include <functional>
 
 #include "corvane/core/error.h"
 #include "corvane/core/gaps.h"
@@ -47,7 +48,7 @@ CStlImage EmptyStack(const Plan& plan, int planes)
 }
 
 /// An empty image with the record of the reference: its format, coordinates and levels.
-void MakeTarget(const Plan& plan, int reference, int planes, CStlImage& image)
+CStlImage MakeTarget(const Plan& plan, int reference, int planes)
 {
     CStlImage target(EmptyStack(plan, planes));
     plan.lights.Describe(reference, target);
@@ -57,57 +58,28 @@ void MakeTarget(const Plan& plan, int reference, int planes, CStlImage& image)
     target.SetBlankUsed(0);
     target.SetBlank(0);
     target.SetOwnLevel(0);
-    image.Swap(&target);
-}
-
-/// The counts that are asked for, as combining makes them.
-struct Counts {
-    CStlImage coverage;
-    CStlImage rejectedLow;
-    CStlImage rejectedHigh;
-
-    Counts(const Options& options, const Plan& plan, int planes)
-    {
-        const auto make = [&](bool isWanted, CStlImage& image) {
-            if (isWanted) {
-                CStlImage empty(EmptyStack(plan, planes));
-                image.Swap(&empty);
-            }
-        };
-        make(options.wantsCoverage, coverage);
-        make(options.wantsRejected, rejectedLow);
-        make(options.wantsRejected, rejectedHigh);
-    }
-
-    CombineTarget With(CStlImage& image)
-    {
-        const auto wanted = [](CStlImage& counts) { return counts.GetPlanes() > 0 ? &counts : nullptr; };
-        return {image, 0, wanted(coverage), wanted(rejectedLow), wanted(rejectedHigh)};
-    }
-};
-
-/// Adds one row to another.
-void AddRow(const float* row, int count, float* sum)
-{
-    std::transform(row, row + count, sum, sum, [](float a, float b) { return a + b; });
+    return target;
 }
 
 /// Values dropped below, above and both together, as three planes, each for all planes of the stack.
-void JoinRejected(const Counts& counts, CStlImage& rejected)
+CStlImage JoinRejected(const CStlImage& low, const CStlImage& high)
 {
-    const CStlImage& low = counts.rejectedLow;
-    CStlImage joined(-32, low.GetWidth(), low.GetHeight(), 3, 1.0, 0.0, 1);
+    const int width = low.GetWidth();
+    CStlImage joined(-32, width, low.GetHeight(), 3, 1.0, 0.0, 1);
     for (int plane = 0; plane < low.GetPlanes(); ++plane) {
         for (int y = 0; y < low.GetHeight(); ++y) {
-            const float* const below = low.GetImageAdr(0, y, plane, 1);
-            const float* const above = counts.rejectedHigh.GetImageAdr(0, y, plane, 1);
-            AddRow(below, low.GetWidth(), joined.GetImageAdr(0, y, 0));
-            AddRow(above, low.GetWidth(), joined.GetImageAdr(0, y, 1));
-            AddRow(below, low.GetWidth(), joined.GetImageAdr(0, y, 2));
-            AddRow(above, low.GetWidth(), joined.GetImageAdr(0, y, 2));
+            const auto add = [&](const CStlImage& counts, int to) {
+                const float* const row = counts.GetImageAdr(0, y, plane, 1);
+                float* const sum = joined.GetImageAdr(0, y, to);
+                std::transform(row, row + width, sum, sum, std::plus<>());
+            };
+            add(low, 0);
+            add(high, 1);
+            add(low, 2);
+            add(high, 2);
         }
     }
-    rejected.Swap(&joined);
+    return joined;
 }
 
 /// Reads lights, and takes down which of them have shown a sample that is defined.
@@ -155,20 +127,24 @@ void Combine(const Options& options, PreparedLights& lights, Result& result, con
     const Plan& plan = lights.GetPlan();
     const int planes = lights.Frames().Planes();
     WatchedLights watched(lights.Frames(), result.frames.size());
-    MakeTarget(plan, result.referenceLight, planes, result.image);
-    Counts counts(options, plan, planes);
+    result.image = MakeTarget(plan, result.referenceLight, planes);
+    const auto make = [&](bool isWanted) { return isWanted ? EmptyStack(plan, planes) : CStlImage(); };
+    result.coverage = make(options.wantsCoverage);
+    CStlImage low(make(options.wantsRejected));
+    CStlImage high(make(options.wantsRejected));
+    const auto wanted = [](CStlImage& counts) { return counts.GetPlanes() > 0 ? &counts : nullptr; };
+    const CombineTarget target{result.image, 0, wanted(result.coverage), wanted(low), wanted(high)};
     const CombinePlan combining{.frames = lights.Placements(),
                                 .grid = {plan.width, plan.height},
                                 .method = options.method,
                                 .coverage = options.coverage,
                                 .blank = CommonBlank(plan.lights),
                                 .memory = BandMemory(plan.lights)};
-    CombineFrames(combining, watched, counts.With(result.image), run, "Combining lights...");
+    CombineFrames(combining, watched, target, run, "Combining lights...");
     result.image.UnlockAll();
     LeaveOutEmpty(watched, options.coverage, result.frames);
-    result.coverage.Swap(&counts.coverage);
     if (options.wantsRejected) {
-        JoinRejected(counts, result.rejected);
+        result.rejected = JoinRejected(low, high);
     }
 }
 
