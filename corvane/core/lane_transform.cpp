@@ -4,14 +4,9 @@
 #include <cstdint>
 #include <utility>
 
-<<<<<<< HEAD:corvane/core/lane_transform.cpp
 #include "corvane/core/butterflies.h"
-#include "corvane/core/root_of_unity.h"
-=======
 #include "corvane/core/independent.h"
-#include "corvane/restore/butterflies.h"
-#include "corvane/restore/root_of_unity.h"
->>>>>>> fd99f5c (Keep the mark of independent loops in core, where transforms will need it):corvane/restore/lane_transform.cpp
+#include "corvane/core/root_of_unity.h"
 
 namespace corvane {
 

@@ -3,11 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-<<<<<<< HEAD
-#include "corvane/core/lanes.h"
-=======
 #include "corvane/core/independent.h"
->>>>>>> fd99f5c (Keep the mark of independent loops in core, where transforms will need it)
 
 namespace corvane {
 

@@ -9,14 +9,9 @@
 
 #include "corvane/core/display_scale.h"
 #include "corvane/core/exponential.h"
-<<<<<<< HEAD
 #include "corvane/core/image_transform.h"
-#include "corvane/core/lanes.h"
-#include "corvane/core/memory_budget.h"
-=======
 #include "corvane/core/independent.h"
-#include "corvane/core/progress_channel.h"
->>>>>>> fd99f5c (Keep the mark of independent loops in core, where transforms will need it)
+#include "corvane/core/memory_budget.h"
 #include "corvane/core/run.h"
 #include "corvane/platform/memory.h"
 #include "corvane/platform/memory_exception.h"
