@@ -244,11 +244,7 @@ void CImgComposit::Do(const CStlImage& base, const CStlImage& overlay, double dx
     const CRect area = WorkingArea(*this, rect);
     const Alignment alignment = Alignment::Turned(dx, dy, angle, overlay.GetStdCtr());
     Composite composite(*this, base, overlay, alignment, recipe, blanks, area);
-    Stage stage(run, textId == -1 ? IDS_COMPOSITE : textId, static_cast<int>(area.bottom - area.top));
-    for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
-        composite.Row(y);
-        stage.Step();
-    }
+    WalkLines(area, run, textId == -1 ? IDS_COMPOSITE : textId, [&](int y) { composite.Row(y); });
 }
 
 void CImgComposit::Do(CStlImage* base, CStlImage* overlay, double dx, double dy, double angle, int mode,

@@ -177,9 +177,5 @@ void CImgMosic::Do(const CStlImage& first, int ox, int oy, const CStlImage& seco
     const AlignedPixels secondPixels(second, turn, rule.channels, space, columns);
     const double beyond = Beyond(outside, space);
     Mosaic mosaic(*this, firstPixels, secondPixels, rule, area);
-    Stage stage(run, IDS_MOSAIC, static_cast<int>(area.bottom - area.top));
-    for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
-        mosaic.WriteRow(y, beyond);
-        stage.Step();
-    }
+    WalkLines(area, run, IDS_MOSAIC, [&](int y) { mosaic.WriteRow(y, beyond); });
 }

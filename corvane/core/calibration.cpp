@@ -6,8 +6,8 @@
 
 #include "corvane/core/calibration_rows.h"
 #include "corvane/core/display_scale.h"
-#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
+#include "corvane/core/walk.h"
 #include "corvane/platform/memory_exception.h"
 #include "corvane/resources/string_table.h"
 
@@ -130,8 +130,7 @@ int CStlImage::ToGray(const CStlImage& source, const Run& run)
     const DisplayScale blue(source, 2);
     const DisplayScale grey(*this, 0);
     const int count = source.GetPixelCount() > 0 ? std::min(GetWidth(), source.GetWidth()) : 0;
-    Stage stage(run, IDS_TO_GRAY, GetHeight());
-    for (int y = 0; y < GetHeight(); ++y) {
+    WalkLines(WorkingArea(*this, nullptr), run, IDS_TO_GRAY, [&](int y) {
         const float* const r = source.GetImageAdr(0, y, 0, 1);
         const float* const g = source.GetImageAdr(0, y, 1, 1);
         const float* const b = source.GetImageAdr(0, y, 2, 1);
@@ -142,8 +141,7 @@ int CStlImage::ToGray(const CStlImage& source, const Run& run)
             const auto db = static_cast<float>(blue.To256(b[x]));
             out[x] = static_cast<float>((0.587 * dg + 0.299 * dr + 0.114 * db) * grey.range * kPer255 + grey.min);
         }
-        stage.Step();
-    }
+    });
     return 1;
 }
 
@@ -161,14 +159,12 @@ int CStlImage::ToColor(const CStlImage& source, const Run& run)
         return 0;
     }
     const int count = source.GetPixelCount() > 0 ? std::min(GetWidth(), source.GetWidth()) : 0;
-    Stage stage(run, IDS_TO_COLOR, GetHeight());
-    for (int y = 0; y < GetHeight(); ++y) {
+    WalkLines(WorkingArea(*this, nullptr), run, IDS_TO_COLOR, [&](int y) {
         for (int plane = 0; plane < 3; ++plane) {
             std::copy_n(source.GetImageAdr(0, y, source.GetPlanes() >= 3 ? plane : 0, 1), count,
                         GetImageAdr(0, y, plane));
         }
-        stage.Step();
-    }
+    });
     return 1;
 }
 

@@ -5,8 +5,8 @@
 
 #include "corvane/core/display_scale.h"
 #include "corvane/core/lab.h"
-#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
+#include "corvane/core/walk.h"
 #include "corvane/platform/memory_exception.h"
 #include "corvane/resources/string_table.h"
 
@@ -96,12 +96,8 @@ std::unique_ptr<CStlImage> MakePlanes(const CStlImage& source, int textId, doubl
     auto made = std::make_unique<CStlImage>(-32, source.GetWidth(), source.GetHeight(), selection.count, 1.0, 0.0,
                                             0); // with undefined samples
     const DisplayColours colours(source, most);
-    Stage stage(run, textId, source.GetHeight());
     made->SetStdCtr(source.GetStdCtr());
-    for (int y = 0; y < source.GetHeight(); ++y) {
-        ConvertRow(colours, y, selection, *made);
-        stage.Step();
-    }
+    WalkLines(WorkingArea(source, nullptr), run, textId, [&](int y) { ConvertRow(colours, y, selection, *made); });
     return made;
 }
 
