@@ -88,7 +88,7 @@ void Print(const std::string& text, io::Frame frame, Names& left)
     std::printf("%-16s %-56s ", frame.image.GetOrgFileName(), text.c_str());
     try {
         const Step step = ParseStep(text);
-        Run(step, frame, {.showProgress = 0});
+        catalogue::Run(step, frame, {.showProgress = 0});
         io::WriteCoordinates(frame.image, frame.header);
         std::uint64_t hash = HashOf(frame.image);
         for (const std::string& card : frame.header.Cards()) {
