@@ -1,86 +1,25 @@
 // Every operation of the catalogue, with each of its parameters at a few values, on frames of several kinds.
 
-#include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <fstream>
-#include <map>
 #include <set>
 #include <string>
-#include <vector>
 
 #include "catalogue/operations.h"
 #include "catalogue/step.h"
 #include "corvane/core/error.h"
 #include "io/formats/cards.h"
 #include "tests/variants/checksum.h"
+#include "tests/variants/step_texts.h"
 
 using namespace corvane;
 using namespace corvane::catalogue;
 
 namespace {
 
-using Texts = std::vector<std::string>;
 using Names = std::set<std::string>;
 
 constexpr const char* kCurveFile = "checksum-curve.txt";
-
-const std::map<Kind, Texts> kValues{{Kind::Flag, {"yes", "no"}},
-                                    {Kind::Text, {"Vega,, 8.3", "{g@&S}"}},
-                                    {Kind::File, {"other", "other colour", "other undefined"}},
-                                    {Kind::Curve, {"0:0.1/0.3:0.6/1:0.9", "0:1/0.7:0.2/1:0"}},
-                                    {Kind::CurveFile, {kCurveFile}},
-                                    {Kind::Rectangle, {"9:11:74:60", "70:3:131:96"}}};
-
-// The largest values that are worth their memory or their time.
-const std::map<std::string, double> kMost{{"width", 200.0}, {"height", 150.0}, {"factor", 1.7},
-                                          {"x", 7.0},       {"y", 7.0},        {"iterations", 4.0}};
-
-// What one parameter at a time does not reach.
-const Names kCombinations{"resize:width=57,height=140,method=cubic",
-                          "rotate:angle=33.3,expand=yes",
-                          "star-sharpen:shape=square5,rank=7.25,threshold=0.01",
-                          "draw-line:x1=3.3,y1=90.5,x2=88,y2=-4.25,thickness=2.6",
-                          "draw-text:text=Vega 8.3,x=50,y=40,height=13.5,angle=33.3,align=centre",
-                          "false-color:low=3000.5,high=900,cycles=3",
-                          "fill:with=value,value=7.5",
-                          "lucy:sigma=1.3,rect=9:11:74:60",
-                          "maxent:sigma=1.3,noise=70,rect=9:11:74:60"};
-
-/// Values to try; the first is given where one must be. Numbers are a usual one, which is greater for the later of an
-/// operation's parameters, as levels must be, the limits, and one near a lower limit.
-Texts ValuesOf(const Parameter& parameter, std::size_t place)
-{
-    if (kValues.contains(parameter.kind)) {
-        return kValues.at(parameter.kind);
-    }
-    Texts values = parameter.choices;
-    if (parameter.kind != Kind::Choice) {
-        const auto most = kMost.find(parameter.name);
-        const double max = most == kMost.end() ? parameter.max : std::min(parameter.max, most->second);
-        const double low = std::max(parameter.min, -999.5);
-        const double high = std::min(max, 3000.25);
-        const double usual = low + (high - low) * (0.6 + 0.15 * static_cast<double>(place % 3));
-        for (const double v : {usual, parameter.min, max, std::sqrt(std::max(low * high, 0.0))}) {
-            values.push_back(ToText(parameter.kind == Kind::Whole ? Value(static_cast<int>(v)) : Value(v)));
-        }
-    }
-    return values;
-}
-
-/// The operation with its defaults, but for the parameter that is varied, if any.
-std::string StepText(const Operation& operation, std::size_t varied, const std::string& value)
-{
-    std::string text = operation.name;
-    for (std::size_t i = 0; i < operation.parameters.size(); ++i) {
-        const Parameter& parameter = operation.parameters[i];
-        if (i == varied || parameter.IsRequired()) {
-            text += (text == operation.name ? ":" : ",") + parameter.name + "=";
-            text += i == varied ? value : ValuesOf(parameter, i).front();
-        }
-    }
-    return text;
-}
 
 /// Prints what a step makes of a frame. Takes the operation, and the parameters given, from those that are left.
 void Print(const std::string& text, io::Frame frame, Names& left)
@@ -111,17 +50,12 @@ void Print(const std::string& text, io::Frame frame, Names& left)
 bool PrintSteps()
 {
     std::ofstream(kCurveFile) << "0 0.05\n0.2 0.5\n1 0.95\n";
-    Names steps = kCombinations;
+    const Names steps = StepTexts({{"other", "other colour", "other undefined"}, kCurveFile});
     Names left;
     for (const Operation& operation : Operations()) {
-        const std::vector<Parameter>& parameters = operation.parameters;
-        steps.insert(StepText(operation, parameters.size(), ""));
         left.insert(operation.name);
-        for (std::size_t i = 0; i < parameters.size(); ++i) {
-            for (const std::string& value : ValuesOf(parameters[i], i)) {
-                steps.insert(StepText(operation, i, value));
-            }
-            left.insert(operation.name + " " + parameters[i].name);
+        for (const Parameter& parameter : operation.parameters) {
+            left.insert(operation.name + " " + parameter.name);
         }
     }
     for (const char* name : {"mono", "colour", "undefined", "undefined colour"}) {
