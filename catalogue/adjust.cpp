@@ -65,6 +65,7 @@ Operation Brightness()
                             .defaultValue = 64.0,
                             .aliases = {"center"}},
                            RectangleParameter()},
+            .footprint = Always({.levels = LevelUse::Chosen}),
             .aliases = {"contrast"},
             .run = RunBrightness};
 }
@@ -101,6 +102,7 @@ std::vector<Operation> Arithmetic()
              .summary = "add a number to every sample",
              .help = kBlanksStay,
              .parameters = {ValueParameter("what to add", "counts"), RectangleParameter()},
+             .footprint = Always({}),
              .run = RunCalculation<kAdd>},
             {.name = "subtract",
              .summary = "take a number off every sample",
@@ -111,16 +113,19 @@ std::vector<Operation> Arithmetic()
                              .summary = "make 0 of what falls below 0",
                              .defaultValue = false},
                             RectangleParameter()},
+             .footprint = Always({}),
              .run = RunCalculation<kSubtract>},
             {.name = "multiply",
              .summary = "multiply every sample by a number",
              .help = kBlanksStay,
              .parameters = {ValueParameter("the factor", ""), RectangleParameter()},
+             .footprint = Always({}),
              .run = RunCalculation<kMultiply>},
             {.name = "divide",
              .summary = "divide every sample by a number",
              .help = kBlanksStay,
              .parameters = {ValueParameter("the divisor; not 0", ""), RectangleParameter()},
+             .footprint = Always({}),
              .check = CheckDivisor,
              .run = RunCalculation<kDivide>}};
 }
@@ -153,6 +158,7 @@ Operation Balance()
                             "in each. Nothing is cut off. An image of one plane takes red alone.") +
                 kGivenLevels,
         .parameters = {OffsetParameter("red"), OffsetParameter("green"), OffsetParameter("blue"), RectangleParameter()},
+        .footprint = Always({.levels = LevelUse::Chosen}),
         .aliases = {"color-balance", "colour-balance"},
         .run = RunBalance};
 }
@@ -234,6 +240,7 @@ Operation ToneCurve()
                             .max = 65536.0,
                             .defaultValue = 16384},
                            RectangleParameter()},
+            .footprint = Always({.levels = LevelUse::Chosen}),
             .aliases = {"curves", "tone-curve"},
             .check = CheckCurve,
             .run = RunCurve};
@@ -261,6 +268,7 @@ Operation ReduceTone()
                             .max = 256.0,
                             .defaultValue = 8},
                            RectangleParameter()},
+            .footprint = Always({.levels = LevelUse::Chosen}),
             .run = RunReduceTone};
 }
 
@@ -324,6 +332,7 @@ Operation FalseColor()
                             .max = 256.0,
                             .defaultValue = 1},
                            RectangleParameter()},
+            .footprint = Always({.levels = LevelUse::Chosen}),
             .aliases = {"false-colour"},
             .run = RunFalseColor};
 }

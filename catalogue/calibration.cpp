@@ -83,6 +83,7 @@ std::vector<Operation> CalibrationOperations()
          .help = "What would fall below 0 becomes 0. The dark must have the image's size, and one plane or as many; a "
                  "dark of the other order of rows (ROWORDER) is turned.",
          .parameters = {FileParameter("the dark frame")},
+         .footprint = Always({}),
          .run = RunDark},
         {.name = "flat",
          .summary = "divide by a flat field",
@@ -91,6 +92,7 @@ std::vector<Operation> CalibrationOperations()
                  "of the others. The flat must have the image's size, and one plane or as many; a flat of the other "
                  "order of rows (ROWORDER) is turned. Take its bias off before.",
          .parameters = {FileParameter("the flat field")},
+         .footprint = Always({.statistics = true}), // the mean of the flat
          .run = RunFlat},
     };
 }

@@ -105,6 +105,7 @@ Operation Saturate()
                            GainParameter("yellow", "gain of yellow, where b is not below 0", "b-plus"),
                            GainParameter("blue", "gain of blue, where b is below 0", "b-minus"),
                            RectangleParameter()},
+            .footprint = Always({.levels = LevelUse::Chosen}),
             .run = RunSaturate};
 }
 
@@ -122,6 +123,7 @@ void RunLab(io::Frame& frame, Arguments&, const Context& context)
     image.SetOwnLevel(1);
 }
 
+// It refuses an image without any sample that is defined, as a part of one may be.
 Operation ToLabPlanes()
 {
     return {.name = "lab",
@@ -133,6 +135,7 @@ Operation ToLabPlanes()
                     "display levels, it chooses some that show the sky grey first. A pixel that is undefined in one "
                     "plane becomes so in all.",
             .planes = Planes::Colour,
+            .footprint = Always({.levels = LevelUse::Chosen, .statistics = true}),
             .run = RunLab};
 }
 
@@ -146,6 +149,7 @@ std::vector<Operation> ColourOperations()
          .help = "Brightness is 0.299 R + 0.587 G + 0.114 B of what the display levels show; the result has the levels "
                  "of the red plane.",
          .planes = Planes::Colour,
+         .footprint = Always({.levels = LevelUse::Read}),
          .aliases = {"to-gray"},
          .run = [](io::Frame& frame, Arguments&,
                    const Context& context) { Convert(frame.image, &CStlImage::ToGray, context); }},
@@ -153,6 +157,7 @@ std::vector<Operation> ColourOperations()
          .summary = "turn an image of one plane into three equal planes",
          .help = "The three planes take the samples and the display levels of the one.",
          .planes = Planes::Mono,
+         .footprint = Always({}),
          .aliases = {"to-colour"},
          .run = [](io::Frame& frame, Arguments&,
                    const Context& context) { Convert(frame.image, &CStlImage::ToColor, context); }},

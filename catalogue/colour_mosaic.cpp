@@ -44,6 +44,15 @@ void RunDebayer(io::Frame& frame, Arguments& arguments, const Context& context)
     DropMosaic(frame.header);
 }
 
+// What is undefined is made of the nearest samples of its row that are not, however far away. A pattern that is read
+// from the header moves with the corner of a cut.
+Footprint DebayerFootprint(const Arguments& arguments)
+{
+    return {.columns = Footprint::kWhole,
+            .rows = arguments.Text("method") == "bilinear" ? 1 : kDemosaicMargin,
+            .period = arguments.Text("pattern") == "auto" ? 1 : 2};
+}
+
 } // namespace
 
 std::vector<Operation> ColourMosaicOperations()
@@ -67,6 +76,7 @@ std::vector<Operation> ColourMosaicOperations()
                          .summary = "edge-aware keeps stars sharp and round; bilinear is quicker and softer",
                          .choices = {"edge-aware", "bilinear"},
                          .defaultValue = std::string("edge-aware")}},
+         .footprint = DebayerFootprint,
          .aliases = {"demosaic"},
          .run = RunDebayer},
     };

@@ -99,6 +99,13 @@ void RunSmoothBackground(io::Frame& frame, Arguments& arguments, const Context& 
     frame.image.Swap(&result);
 }
 
+Footprint BackgroundFootprint(const Arguments& arguments)
+{
+    Footprint footprint = AroundShape<LevelUse::Chosen>(arguments);
+    footprint.statistics = !arguments.Has("level");
+    return footprint;
+}
+
 void RunPosterize(io::Frame& frame, Arguments& arguments, const Context& context)
 {
     GiveLevels(frame.image, 1.0, 12.0); // steps that are wider than the noise
@@ -153,6 +160,7 @@ Operation Development()
                             .choices = {"red", "green", "blue", "all"},
                             .defaultValue = std::string("all")},
                            RectangleParameter()},
+            .footprint = Always({.columns = 1, .rows = 1, .levels = LevelUse::Chosen, .statistics = true}),
             .aliases = {"digital-development"},
             .run = RunDevelopment};
 }
@@ -172,9 +180,11 @@ Operation SmoothBackground()
                            ShapeParameter("square5"),
                            WeightParameter(),
                            RectangleParameter()},
+            .footprint = BackgroundFootprint,
             .run = RunSmoothBackground};
 }
 
+// What is near a step falls to one side of it by the rounding of positions within the image.
 Operation Posterize()
 {
     return {.name = "posterize",
@@ -188,6 +198,7 @@ Operation Posterize()
                             .max = 65535.0,
                             .defaultValue = 8},
                            RectangleParameter()},
+            .footprint = Always({.columns = 1, .rows = 1, .levels = LevelUse::Chosen, .placed = true}),
             .aliases = {"posterise"},
             .run = RunPosterize};
 }
@@ -210,6 +221,7 @@ Operation HotPixels()
              {.name = "hot", .kind = Kind::Flag, .summary = "replace pixels above the median", .defaultValue = true},
              {.name = "cool", .kind = Kind::Flag, .summary = "replace pixels below the median", .defaultValue = true},
              RectangleParameter()},
+        .footprint = AroundShape<>,
         .check = CheckHotPixels,
         .run = RunHotPixels};
 }
@@ -231,6 +243,7 @@ Operation Contour()
                             .summary = "draw on the image; otherwise white on black",
                             .defaultValue = true},
                            RectangleParameter()},
+            .footprint = Always(Around(1, LevelUse::Chosen)),
             .aliases = {"isophotes"},
             .run = RunContour};
 }

@@ -85,6 +85,11 @@ std::vector<Parameter> WithPen(std::vector<Parameter> parameters)
     return parameters;
 }
 
+Footprint DrawFootprint(const Arguments& arguments)
+{
+    return {.levels = arguments.Text("units") == "display" ? LevelUse::Chosen : LevelUse::Unread, .placed = true};
+}
+
 Operation DrawLine()
 {
     Parameter thickness = Thickness();
@@ -98,6 +103,7 @@ Operation DrawLine()
             .parameters = WithPen({Coordinate("x1", "column of one end"), Coordinate("y1", "row of one end"),
                                    Coordinate("x2", "column of the other end"),
                                    Coordinate("y2", "row of the other end"), std::move(thickness)}),
+            .footprint = DrawFootprint,
             .run = RunDrawLine};
 }
 
@@ -131,6 +137,7 @@ Operation DrawText()
                                     .choices = Alignments(),
                                     .defaultValue = std::string("left")},
                                    std::move(thickness)}),
+            .footprint = DrawFootprint,
             .run = RunDrawText};
 }
 

@@ -58,6 +58,13 @@ void RunFill(io::Frame& frame, Arguments& arguments, const Context& context)
     }
 }
 
+// A hole of any size is closed from its edges.
+Footprint FillFootprint(const Arguments& arguments)
+{
+    const bool isByNeighbours = arguments.Text("with") == "neighbours";
+    return isByNeighbours ? kWholeImage : Footprint{.statistics = !arguments.Has("value")};
+}
+
 } // namespace
 
 Operation Fill()
@@ -77,6 +84,7 @@ Operation Fill()
                             .summary = "the value, in every plane",
                             .unit = "counts",
                             .whenAbsent = "needed with with=value alone"}},
+            .footprint = FillFootprint,
             .check = CheckFill,
             .run = RunFill};
 }

@@ -146,6 +146,13 @@ void RunRotate(io::Frame& frame, Arguments& arguments, const Context& context)
     FinishResampling(frame, result, MapOf(turn));
 }
 
+Footprint RotateFootprint(const Arguments& arguments)
+{
+    return {.levels = arguments.Has("background") ? LevelUse::Unread : LevelUse::Read,
+            .moves = true,
+            .resizes = arguments.Flag("expand")};
+}
+
 void RunRotate90(io::Frame& frame, Arguments& arguments, const Context& context)
 {
     const bool isClockwise = arguments.Text("direction") == "clockwise";
@@ -349,6 +356,7 @@ Operation Flip()
                             .kind = Kind::Choice,
                             .summary = "horizontal exchanges left and right, vertical top and bottom",
                             .choices = {"horizontal", "vertical"}}},
+            .footprint = Always({.moves = true}),
             .run = RunFlip};
 }
 
@@ -369,6 +377,7 @@ Operation Rotate()
               .summary = "the sample where the image leaves the canvas free",
               .unit = "counts",
               .whenAbsent = "the level min of each plane"}},
+        .footprint = RotateFootprint,
         .run = RunRotate};
 }
 
@@ -382,6 +391,7 @@ Operation Rotate90()
                             .summary = "which way, on the screen",
                             .choices = {"clockwise", "anticlockwise"},
                             .defaultValue = std::string("clockwise")}},
+            .footprint = Always({.moves = true, .resizes = true}),
             .run = RunRotate90};
 }
 
@@ -390,6 +400,7 @@ Operation Rotate180()
     return {.name = "rotate180",
             .summary = "turn the image upside down",
             .help = std::string("Samples do not change.") + kTurnsSky + kCarriesMosaic,
+            .footprint = Always({.moves = true}),
             .run = RunRotate180};
 }
 
@@ -414,6 +425,7 @@ Operation Resize()
                             .summary = "how to interpolate",
                             .choices = {"bilinear", "cubic"},
                             .defaultValue = std::string("bilinear")}},
+            .footprint = Always({.moves = true, .resizes = true}),
             .check = CheckResize,
             .run = RunResize};
 }
@@ -436,6 +448,7 @@ Operation Bin()
                             .kind = Kind::Flag,
                             .summary = "multiply the display levels, so that the image looks as before",
                             .defaultValue = true}},
+            .footprint = Always({.moves = true, .resizes = true}),
             .run = RunBin};
 }
 
@@ -459,6 +472,7 @@ Operation Canvas()
                             .min = 0.0,
                             .max = 255.0,
                             .defaultValue = 0.0}},
+            .footprint = Always({.levels = LevelUse::Read, .moves = true, .resizes = true}),
             .run = RunCanvas};
 }
 
@@ -472,6 +486,7 @@ Operation Crop()
             .help =
                 std::string("Rows count in the file's order. Samples do not change.") + kCarriesSky + kCarriesMosaic,
             .parameters = {rect},
+            .footprint = Always({.moves = true, .resizes = true}),
             .run = RunCrop};
 }
 
@@ -483,6 +498,7 @@ Operation Scroll()
                     " They are right for the larger part of the picture, on either axis." + kCarriesMosaic,
             .parameters = {ShiftParameter("x", "columns to the right"),
                            ShiftParameter("y", "rows, in the file's order, towards the last")},
+            .footprint = Always({.moves = true}),
             .run = RunScroll};
 }
 
@@ -493,6 +509,7 @@ Operation Expand()
             .help = std::string("Every sample becomes a block of equal ones.") + kCarriesSky +
                     " Cards that describe a colour filter mosaic are taken away.",
             .parameters = {ColumnsParameter("columns that one becomes"), RowsParameter("rows that one becomes")},
+            .footprint = Always({.moves = true, .resizes = true}),
             .run = RunExpand};
 }
 

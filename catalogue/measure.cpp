@@ -123,6 +123,7 @@ Operation Vignette()
                  CentreParameter("x", "column of the centre"),
                  CentreParameter("y", "row of the centre"),
                  RectangleParameter()},
+            .footprint = Always({.placed = true}),
             .run = RunVignette};
 }
 
@@ -139,6 +140,7 @@ Operation Overscan()
                             .summary = "leave out samples that are 3 standard deviations or more from the strip's "
                                        "median",
                             .defaultValue = false}},
+            .footprint = Always({.statistics = true}),
             .run = RunOverscan};
 }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "catalogue/arguments.h"
+#include "catalogue/footprint.h"
 #include "catalogue/parameter.h"
 #include "corvane/core/diagnostic.h"
 #include "io/frame.h"
@@ -38,6 +39,8 @@ struct Operation {
     std::string help;    ///< what a person should know besides
     Planes planes = Planes::Any;
     std::vector<Parameter> parameters{};
+    /// What it looks at, with such arguments. May be asked with the defaults alone; see `FootprintOf`.
+    std::function<Footprint(const Arguments&)> footprint{};
     std::vector<std::string> aliases{}; ///< other names that are accepted
 
     /// Throws Error when values that are allowed alone do not go together; empty when there is nothing to check.

@@ -242,6 +242,7 @@ Operation Lucy()
                             .whenAbsent = "RDNOISE of the header, else 0; times the root of NCOMBINE"},
                            IterationsParameter(20),
                            RectangleParameter()},
+            .footprint = Always(kWholeImage),
             .aliases = {"richardson-lucy", "deconvolve"},
             .check = CheckSigma,
             .run = RunLucy};
@@ -271,6 +272,7 @@ Operation Maxent()
                             .summary = "keep samples in their places, and the reference pixel as it is",
                             .defaultValue = false},
                            RectangleParameter()},
+            .footprint = Always(kWholeImage),
             .aliases = {"maximum-entropy", "mem"},
             .check = CheckSigma,
             .run = RunMaxent};
@@ -292,6 +294,7 @@ Operation Wiener()
                             .max = 1.0,
                             .defaultValue = 0.01},
                            RectangleParameter()},
+            .footprint = Always(kWholeImage),
             .check = CheckSigma,
             .run = RunWiener};
 }

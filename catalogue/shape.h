@@ -6,7 +6,9 @@
 #include <vector>
 
 #include "catalogue/arguments.h"
+#include "catalogue/footprint.h"
 #include "catalogue/parameter.h"
+#include "corvane/filter/neighbourhood.h"
 
 namespace corvane::catalogue {
 
@@ -45,6 +47,13 @@ inline int Shape(const Arguments& arguments)
     const auto& list = arguments.List();
     return CodeOf(
         *std::find_if(list.begin(), list.end(), [](const Argument& a) { return a.parameter->name == "shape"; }));
+}
+
+/// The footprint of a filter over the shape.
+template <LevelUse kLevels = LevelUse::Unread>
+Footprint AroundShape(const Arguments& arguments)
+{
+    return Around(filter::Radius(Shape(arguments)), kLevels);
 }
 
 } // namespace corvane::catalogue

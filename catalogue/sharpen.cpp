@@ -53,6 +53,7 @@ Operation Sharpen()
             .parameters = {ShapeParameter("square3"),
                            StrengthParameter("0 changes nothing, 1 adds the whole difference from the neighbours", 1.0),
                            RectangleParameter()},
+            .footprint = AroundShape<>,
             .run = RunSharp<&CImgFilter::SharpFilter>};
 }
 
@@ -65,6 +66,7 @@ Operation SharpenEdges()
                     "show the image well (auto-levels) suit it.",
             .parameters = {ShapeParameter("square3"), StrengthParameter("the strength at the strongest edges", 1.0),
                            RectangleParameter()},
+            .footprint = AroundShape<LevelUse::Read>,
             .run = RunSharp<&CImgFilter::SharpEdgeFilter>};
 }
 
@@ -78,6 +80,7 @@ Operation Laplacian()
             .help = "How much a sample differs from its neighbours, regardless of the sign, above black. The display "
                     "levels stay, black being that of the first plane.",
             .parameters = {shape, RectangleParameter()},
+            .footprint = Always(Around(1, LevelUse::Read)),
             .run = RunLaplacian};
 }
 
@@ -100,6 +103,7 @@ Operation Unsharp()
                             .max = 1000.0,
                             .defaultValue = 0.0},
                            RectangleParameter()},
+            .footprint = AroundShape<>,
             .run = RunUnsharp};
 }
 

@@ -1,5 +1,6 @@
 // Filters that smooth, and the one that tightens stars by ranks.
 
+#include <cmath>
 #include <string>
 
 #include "catalogue/operations.h"
@@ -48,6 +49,11 @@ void RunGaussian(io::Frame& frame, Arguments& arguments, const Context& context)
     frame.image.Swap(&result);
 }
 
+Footprint GaussianFootprint(const Arguments& arguments)
+{
+    return Around(static_cast<int>(std::ceil(2.0 * arguments.Number("sigma"))));
+}
+
 void RunStarSharpen(io::Frame& frame, Arguments& arguments, const Context& context)
 {
     CImgFilter result(frame.image);
@@ -83,6 +89,7 @@ Operation Mean()
             .help = "Weight 1 is the plain mean; below it the sample counts for more than its neighbours, which blurs "
                     "less.",
             .parameters = {ShapeParameter("square3"), WeightParameter(), RectangleParameter()},
+            .footprint = AroundShape<>,
             .run = RunMean<&CImgFilter::MeanFilter>};
 }
 
@@ -94,6 +101,7 @@ Operation MeanKeepEdges()
                     "by the range of the first plane's display levels. Levels that show the image well (auto-levels) "
                     "suit it.",
             .parameters = {ShapeParameter("square3"), WeightParameter(), RectangleParameter()},
+            .footprint = AroundShape<LevelUse::Read>,
             .run = RunMean<&CImgFilter::MeanWithoutEdgeFilter>};
 }
 
@@ -103,6 +111,7 @@ Operation Median()
             .summary = "smooth by the median of the neighbourhood",
             .help = "Takes single odd samples out, hot pixels and cosmic rays, and keeps edges sharp.",
             .parameters = {ShapeParameter("square3"), RectangleParameter()},
+            .footprint = AroundShape<>,
             .run = RunMedian};
 }
 
@@ -114,6 +123,7 @@ Operation Rank()
                     "median, the last one (4, 8 or 20 by shape) the largest.",
             .parameters = {ShapeParameter("square3"),
                            RankParameter(Kind::Whole, "place in the ascending order, from 0", 2), RectangleParameter()},
+            .footprint = AroundShape<>,
             .check = [](const Arguments& arguments) { CheckRank(arguments.Whole("rank"), arguments); },
             .run = [](io::Frame& frame, Arguments& arguments,
                       const Context& context) { ApplyRank(frame, arguments, context, arguments.Whole("rank")); }};
@@ -125,6 +135,7 @@ Operation Minimum()
             .summary = "take the smallest sample of the neighbourhood",
             .help = "Shrinks what is bright: faint stars vanish.",
             .parameters = {ShapeParameter("square3"), RectangleParameter()},
+            .footprint = AroundShape<>,
             .aliases = {"min"},
             .run = [](io::Frame& frame, Arguments& arguments, const Context& context) {
                 ApplyRank(frame, arguments, context, 0);
@@ -137,6 +148,7 @@ Operation Maximum()
             .summary = "take the largest sample of the neighbourhood",
             .help = "Grows what is bright.",
             .parameters = {ShapeParameter("square3"), RectangleParameter()},
+            .footprint = AroundShape<>,
             .aliases = {"max"},
             .run = [](io::Frame& frame, Arguments& arguments, const Context& context) {
                 ApplyRank(frame, arguments, context, LastRank(arguments));
@@ -156,6 +168,7 @@ Operation Gaussian()
                             .max = 5.0,
                             .defaultValue = 1.0},
                            RectangleParameter()},
+            .footprint = GaussianFootprint,
             .run = RunGaussian};
 }
 
@@ -178,6 +191,7 @@ Operation StarSharpen()
                             .summary = "leave samples that are the largest of their neighbourhood",
                             .defaultValue = true},
                            RectangleParameter()},
+            .footprint = AroundShape<>,
             .check = [](const Arguments& arguments) { CheckRank(arguments.Number("rank"), arguments); },
             .run = RunStarSharpen};
 }

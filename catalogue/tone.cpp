@@ -75,6 +75,11 @@ void RunClip(io::Frame& frame, Arguments& arguments, const Context&)
     image.CutOutOfLevel();
 }
 
+Footprint ClipFootprint(const Arguments& arguments)
+{
+    return {.levels = arguments.Has("min") && arguments.Has("max") ? LevelUse::Unread : LevelUse::Read};
+}
+
 void RunInvert(io::Frame& frame, Arguments& arguments, const Context& context)
 {
     CImgInvert result(frame.image);
@@ -89,6 +94,7 @@ Operation Invert()
             .help = "A sample moves as far below white as it was above black: each plane is turned over within its "
                     "display levels, which stay. Samples outside of the levels stay outside.",
             .parameters = {RectangleParameter()},
+            .footprint = Always({.levels = LevelUse::Read}),
             .run = RunInvert};
 }
 
@@ -121,6 +127,7 @@ Operation AutoLevels()
                             .defaultValue = defaults.perPlane != 0,
                             .readSetting = [] { return Value(ReadAutoLevelSettings().perPlane != 0); }},
                            RectangleParameter()},
+            .footprint = Always({.statistics = true}),
             .check = CheckAutoLevels,
             .run = RunAutoLevels};
 }
@@ -133,6 +140,7 @@ Operation Levels()
             .parameters = {{.name = "min", .summary = "the sample that shows black", .unit = "counts"},
                            {.name = "max", .summary = "the sample that shows white", .unit = "counts"},
                            PlaneParameter("the plane to set")},
+            .footprint = Always({}),
             .check = CheckLevels,
             .run = RunLevels};
 }
@@ -151,6 +159,7 @@ Operation Clip()
                             .summary = "the greatest sample that stays",
                             .unit = "counts",
                             .whenAbsent = "the level max of each plane"}},
+            .footprint = ClipFootprint,
             .check = CheckLevels,
             .run = RunClip};
 }

@@ -66,6 +66,7 @@ const char* PlanesText(Planes planes)
 void PrintHelp(const Operation& operation, int width)
 {
     std::cout << "\n" << Wrapped("", operation.help, 0, width);
+    std::cout << Wrapped("", "Looks at: " + ToText(UsualFootprint(operation)) + ".", 0, width);
     std::cout << "Takes " << PlanesText(operation.planes) << ".";
     for (const std::string& alias : operation.aliases) {
         std::cout << " Also called " << alias << ".";
@@ -136,9 +137,10 @@ Json ToJson(const Operation& operation)
     for (const Parameter& parameter : operation.parameters) {
         parameters.push_back(ToJson(parameter));
     }
-    return {{"name", operation.name},       {"aliases", operation.aliases}, {"group", GroupOf(operation)},
-            {"summary", operation.summary}, {"help", operation.help},       {"planes", PlanesText(operation.planes)},
-            {"parameters", parameters}};
+    return {{"name", operation.name},      {"aliases", operation.aliases},
+            {"group", GroupOf(operation)}, {"summary", operation.summary},
+            {"help", operation.help},      {"planes", PlanesText(operation.planes)},
+            {"parameters", parameters},    {"looks_at", ToText(UsualFootprint(operation))}};
 }
 
 void PrintLine(const Operation& operation, int width)
