@@ -7,8 +7,7 @@
 namespace corvane {
 namespace {
 
-/// Copies the values of a block of pixels and counts them; those that are missing become infinite. Returns the smallest
-/// count.
+/// Copies the values of a block of pixels and counts those that are there. Returns the smallest count.
 template <class T>
 int Gather(const std::vector<CombineLine>& lines, int begin, int columns, const Block<T>& block, int* count)
 {
@@ -18,12 +17,25 @@ int Gather(const std::vector<CombineLine>& lines, int begin, int columns, const 
         T* const row = block.Row(i);
         for (int k = 0; k < columns; ++k) {
             const double v = values[k];
-            const int has = (valid[k] != 0) & (v == v); // NOLINT(misc-redundant-expression): false for NaN alone
-            row[k] = has != 0 ? static_cast<T>(v) : std::numeric_limits<T>::infinity();
-            count[k] += has;
+            row[k] = static_cast<T>(v);
+            count[k] += (valid[k] != 0) & (v == v); // NOLINT(misc-redundant-expression): false for NaN alone
         }
     }
     return *std::min_element(count, count + columns);
+}
+
+/// Makes the values that are missing infinite.
+template <class T>
+void MarkMissing(const std::vector<CombineLine>& lines, int begin, int columns, const Block<T>& block)
+{
+    for (int i = 0; i < block.frames; ++i) {
+        const int* const valid = lines[i].valid + begin;
+        T* const row = block.Row(i);
+        for (int k = 0; k < columns; ++k) {
+            const bool has = (valid[k] != 0) & (row[k] == row[k]); // NOLINT(misc-redundant-expression)
+            row[k] = has ? row[k] : std::numeric_limits<T>::infinity();
+        }
+    }
 }
 
 void StoreCounts(const int* counts, int begin, int columns, float* row)
@@ -90,12 +102,15 @@ int RowCombiner::CombineBlocks(const Block<T>& block, int count, const CombinedR
     for (int begin = 0; begin < count; begin += kColumns) {
         const int columns = std::min(kColumns, count - begin);
         Pixels pixels;
-        const int least = columns == kColumns ? Gather(lines_, begin, kColumns, block, pixels.count)
-                                              : Gather(lines_, begin, columns, block, pixels.count);
-        if (block.frames > 0) {
-            TakeStatistic(block, least == block.frames, pixels);
+        const int least = Gather(lines_, begin, columns, block, pixels.count);
+        const bool isWhole = least == block.frames;
+        if (!isWhole) {
+            MarkMissing(lines_, begin, columns, block);
         }
-        Store(pixels, least == block.frames, begin, columns, result);
+        if (block.frames > 0) {
+            TakeStatistic(block, isWhole, pixels);
+        }
+        Store(pixels, isWhole, begin, columns, result);
         fewest = std::min(fewest, least);
     }
     return fewest;

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "corvane/combine/median_composit.h"
+#include "corvane/core/memory_budget.h"
 #include "tests/stack/test_night.h"
 #include "tests/support/plain.h"
 #include "tests/support/storage.h"
@@ -65,6 +66,7 @@ struct PlacedFrames : FrameSource {
     void Read(int frame, int first, int count, float* samples, std::ptrdiff_t stride) override
     {
         ImageSource({&images[frame]}).Read(0, first, count, samples, stride);
+        inUse = MemoryInUse();
         std::for_each_n(reads[frame].begin() + first, count, [](int& times) { ++times; });
     }
 
@@ -82,6 +84,7 @@ struct PlacedFrames : FrameSource {
     std::vector<CStlImage> images;
     CombinePlan plan;
     std::vector<std::vector<int>> reads;
+    std::uint64_t inUse = 0; ///< when rows were read
 };
 
 } // namespace
@@ -100,6 +103,7 @@ TEST(CombineFrames, TurnedFramesInBandsAndStrips)
                 EXPECT_LE(*std::max_element(rows.begin() + 1, rows.end()), takesStrips ? 3 : 1);
             }
             EXPECT_EQ(frames.reads[0][46], takesStrips ? 3 : 1);
+            EXPECT_EQ(frames.inUse > MemoryInUse() + 70000 * planes, !takesStrips) << "what bands take is reserved";
             const CStlImage expected = CompositeOf(frames.images, frames.poses, CombineMethod::kClippedMedian);
             EXPECT_TRUE(test::Agree(target, test::Plain(expected)));
         }
