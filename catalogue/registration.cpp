@@ -1,10 +1,16 @@
 #include "catalogue/registration.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "catalogue/match.h"
 #include "catalogue/names.h"
 #include "catalogue/numbers.h"
 #include "catalogue/row_order.h"
 #include "corvane/core/error.h"
+#include "corvane/core/run.h"
+#include "stars/patch.h"
+#include "stars/plane_of.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -85,6 +91,52 @@ Fit FitOfFirst(io::Frame& first, const Registration& registration)
     return {placement.dx, placement.dy, placement.angle, 0};
 }
 
+void CheckInside(const io::Frame& first, const std::vector<double>& at)
+{
+    const CStlImage& image = first.image;
+    if (!(at[0] < image.GetWidth()) || !(at[1] < image.GetHeight())) {
+        throw FileError(image.GetOrgFileName(), "--at = " + NumbersText(at) + ": must lie within the image, of " +
+                                                    std::to_string(image.GetWidth()) + " x " +
+                                                    std::to_string(image.GetHeight()) + " pixels");
+    }
+}
+
+void CheckSeen(bool isSeen, const io::Frame& frame, const CPoint& at, int reach)
+{
+    if (!isSeen) {
+        throw FileError(frame.image.GetOrgFileName(), "shows no star within " + std::to_string(reach) + " pixels of " +
+                                                          std::to_string(at.x) + "," + std::to_string(at.y));
+    }
+}
+
+/// Finds the star of the first frame in another one, in one plane of each. Its place becomes the frame's standard
+/// centre.
+Fit FindShift(const io::Frame& first, int firstPlane, io::Frame& frame, int plane, const Registration& registration,
+              const Run& run)
+{
+    CheckInside(first, registration.at);
+    const CPoint at(static_cast<int>(registration.at[0]), static_cast<int>(registration.at[1]));
+    const int reach = registration.range / 2;
+    const stars::Patch patch(stars::PlaneOf(first.image, firstPlane), at, registration.size, reach,
+                             stars::PatchLight::kAny);
+    CheckSeen(patch.ShowsObject(), first, at, registration.size / 2);
+    Fit fit{0.0, 0.0, 0.0, 1};
+    const auto take = [&](const stars::PatchPlace& place) {
+        fit.dx = place.dx;
+        fit.dy = place.dy;
+        return false;
+    };
+    const int places = patch.Find(stars::PlaneOf(frame.image, plane), take, run);
+    CheckSeen(places > 0, frame, at, registration.size / 2 + reach);
+    if (std::max(std::fabs(fit.dx), std::fabs(fit.dy)) >= reach) {
+        throw FileError(frame.image.GetOrgFileName(),
+                        "the star is not within --range = " + std::to_string(registration.range) + " of its place in " +
+                            first.image.GetOrgFileName() + ": the best match lies at the edge");
+    }
+    frame.image.SetStdCtr(at.x - fit.dx, at.y - fit.dy);
+    return fit;
+}
+
 Fit FitOfOther(std::vector<io::Frame>& frames, std::size_t i, const std::vector<int>& planes,
                const Registration& registration, const Context& context)
 {
@@ -92,8 +144,8 @@ Fit FitOfOther(std::vector<io::Frame>& frames, std::size_t i, const std::vector<
     if (!IsBy(registration, "shift")) {
         return FitOnto(frames[0], frames[i], placement);
     }
-    const StarSearch search{{registration.at[0], registration.at[1]}, registration.size, registration.range};
-    Fit fit = FindShift(frames[0], planes[0], frames[i], planes[i], search, context);
+    const Run run = WindowRun(frames[i].image, context.showProgress);
+    Fit fit = FindShift(frames[0], planes[0], frames[i], planes[i], registration, run);
     fit.dx += placement.dx;
     fit.dy += placement.dy;
     fit.angle = placement.angle;

@@ -5,10 +5,18 @@
 
 #include "catalogue/operation.h"
 #include "catalogue/placement.h"
-#include "catalogue/star_shift.h"
 #include "io/frame.h"
 
 namespace corvane::catalogue {
+
+/// @name Ranges and defaults of the search for a star by `shift`
+/// @{
+inline constexpr int kMinPatch = 9;       ///< smallest patch [pixels]
+inline constexpr int kMaxPatch = 255;     ///< largest patch [pixels]
+inline constexpr int kDefaultPatch = 33;  ///< [pixels]
+inline constexpr int kMinSearch = 4;      ///< smallest range [pixels]
+inline constexpr int kDefaultSearch = 64; ///< [pixels]
+/// @}
 
 /// What is said of the place of one frame.
 struct FramePlace {
@@ -19,6 +27,9 @@ struct FramePlace {
 
 /// How several frames are brought onto the grid of the first: by numbers alone, by a star that is looked for, or by
 /// stars that are pointed at in each.
+///
+/// The star is found to a tenth of a pixel by what lies about it (`stars::Patch`), in one plane of each frame. Sky and
+/// brightness may differ; it should be the brightest within patch and range, and wider than two pixels.
 ///
 /// Rows count in the file's order, columns and rows from 0 in the middle of the first sample.
 struct Registration {
@@ -42,7 +53,8 @@ void CheckRegistration(const Registration& registration);
 /// Finds where each frame comes to lie on the first one's grid, which the first itself may be moved against by hand.
 /// Frames of the other order of rows are turned upside down first; their points are those of their files.
 /// Stars are looked for in the planes given, one for each frame. Every frame's standard centre is set: its star, or
-/// without stars its middle. Throws Error where a star is not to be found.
+/// without stars its middle. Throws Error where a star is not to be found: it lies outside of the first frame, a frame
+/// shows none there, or the match lies at the edge of the range.
 std::vector<Fit> FitFrames(std::vector<io::Frame>& frames, const std::vector<int>& planes,
                            const Registration& registration, const Context& context);
 

@@ -15,6 +15,7 @@
 #include "corvane/restore/region.h"
 #include "io/metadata.h"
 #include "stars/find_stars.h"
+#include "stars/robust.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -23,13 +24,6 @@ constexpr double kSigmasOfDeviation = 1.482602218505602; // of a normal distribu
 constexpr double kFwhmOfSigma = 2.354820045028949;
 constexpr double kClearStar = 40.0;          // deviations of the smoothed sky: a fainter one has no clear width
 constexpr std::size_t kMostDraws = 1U << 20; // samples that a median is taken of
-
-double MedianOf(std::vector<float>& values)
-{
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return values.empty() ? 0.0 : *middle;
-}
 
 /// So many rows are left out between those that a median is taken of.
 int RowStep(const CStlImage& image)
@@ -41,7 +35,7 @@ int RowStep(const CStlImage& image)
 double NoiseOf(const CStlImage& image, int plane)
 {
     constexpr int kApart = 2; // so that the blur of a neighbour hides little
-    std::vector<float> differences;
+    std::vector<double> differences;
     for (int y = 0; y < image.GetHeight(); y += RowStep(image)) {
         const float* row = image.GetImageAdr(0, y, plane, 1);
         for (int x = kApart; x < image.GetWidth(); ++x) {
@@ -51,7 +45,7 @@ double NoiseOf(const CStlImage& image, int plane)
             }
         }
     }
-    return MedianOf(differences) * kSigmasOfDeviation / std::sqrt(2.0);
+    return stars::MedianOf(differences) * kSigmasOfDeviation / std::sqrt(2.0);
 }
 
 std::string GigabytesText(double bytes)

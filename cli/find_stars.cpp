@@ -111,7 +111,7 @@ void AddFindStars(CLI::App& app, Session& session)
     AddCommonOptions(command, session);
     AddStarOptions(command, *words);
     command
-        .add_option("--saturation", words->find.saturation,
+        .add_option("--saturation", words->find.fullWell,
                     "Samples from here on are saturated; else told from the image")
         ->type_name("N");
     command.footer("Columns and rows count from 0 in the middle of the file's first sample. Flags tell what speaks "

@@ -11,7 +11,7 @@ namespace corvane::cli {
 namespace {
 
 using Anchor = Svg::Anchor;
-using stars::kRegions;
+using stars::kFieldParts;
 
 constexpr Rgb kDark{60, 60, 60};
 constexpr Rgb kPale{190, 190, 190};
@@ -26,8 +26,8 @@ constexpr double kScaleWidth = 20.0;
 constexpr double kScaleHeight = 160.0;
 constexpr double kCellWidth = 62.0;
 constexpr double kCellHeight = 42.0;
-constexpr double kPanelWidth = kRegions * kCellWidth;
-constexpr double kPanelHeight = kScaleHeight + kRegions * kCellHeight + 90.0;
+constexpr double kPanelWidth = kFieldParts * kCellWidth;
+constexpr double kPanelHeight = kScaleHeight + kFieldParts * kCellHeight + 90.0;
 constexpr int kScaleLabels = 4; // intervals between them
 
 /// From widths to colours.
@@ -98,9 +98,9 @@ struct Area {
 
 void DrawAxes(const Area& area, Svg& svg)
 {
-    for (int i = 1; i < kRegions; ++i) {
-        const double x = kLeft + area.Width() * i / kRegions;
-        const double y = kTop + area.Height() * i / kRegions;
+    for (int i = 1; i < kFieldParts; ++i) {
+        const double x = kLeft + area.Width() * i / kFieldParts;
+        const double y = kTop + area.Height() * i / kFieldParts;
         svg.Line(x, kTop, x, area.Bottom(), kPale);
         svg.Line(kLeft, y, area.Right(), y, kPale);
     }
@@ -158,20 +158,20 @@ void DrawScale(double left, const Scale& scale, Svg& svg)
     }
 }
 
-void DrawRegions(double left, const PlottedField& field, const stars::FieldWidths& widths, const Scale& scale, Svg& svg)
+void DrawParts(double left, const PlottedField& field, const stars::FieldWidths& widths, const Scale& scale, Svg& svg)
 {
     const double top = kTop + kScaleHeight + 72.0;
     svg.Text(left, top - 10.0, "Mean of each part (stars)");
-    for (int row = 0; row < kRegions; ++row) {
-        for (int column = 0; column < kRegions; ++column) {
-            const stars::Region& region = widths.regions[field.bottomUp ? kRegions - 1 - row : row][column];
+    for (int row = 0; row < kFieldParts; ++row) {
+        for (int column = 0; column < kFieldParts; ++column) {
+            const stars::FieldPart& part = widths.parts[field.bottomUp ? kFieldParts - 1 - row : row][column];
             const double x = left + column * kCellWidth;
             const double y = top + row * kCellHeight;
-            if (region.stars > 0) {
-                svg.Rectangle(x, y, kCellWidth, kCellHeight, Paled(scale.Colour(region.fwhm)));
-                svg.Text(x + kCellWidth / 2.0, y + 19.0, NumberText(region.fwhm, 2), 14.0, Anchor::kMiddle);
+            if (part.stars > 0) {
+                svg.Rectangle(x, y, kCellWidth, kCellHeight, Paled(scale.Colour(part.fwhm)));
+                svg.Text(x + kCellWidth / 2.0, y + 19.0, NumberText(part.fwhm, 2), 14.0, Anchor::kMiddle);
             }
-            svg.Text(x + kCellWidth / 2.0, y + 35.0, std::string("(").append(std::to_string(region.stars)) + ")", 11.0,
+            svg.Text(x + kCellWidth / 2.0, y + 35.0, std::string("(").append(std::to_string(part.stars)) + ")", 11.0,
                      Anchor::kMiddle);
             svg.Frame(x, y, kCellWidth, kCellHeight, kDark);
         }
@@ -192,7 +192,7 @@ std::string PlotWidths(const PlottedField& field, const stars::FieldWidths& widt
     DrawAxes(area, svg);
     DrawStars(area, widths, scale, svg);
     DrawScale(panel, scale, svg);
-    DrawRegions(panel, field, widths, scale, svg);
+    DrawParts(panel, field, widths, scale, svg);
     return svg.Finish();
 }
 

@@ -8,7 +8,6 @@
 #include "cli/picture.h"
 #include "corvane/core/error.h"
 #include "corvane/core/text.h"
-#include "stack/register.h"
 
 namespace corvane::cli {
 namespace {

@@ -139,27 +139,27 @@ Table TableOf(const stars::FieldWidths& widths)
 
 Json FieldJson(const WidthWords& words, int plane, const stars::FieldWidths& widths)
 {
-    Json regions = Json::array();
-    for (const auto& row : widths.regions) {
-        Json parts = Json::array();
-        for (const stars::Region& region : row) {
-            parts.push_back({{"used", region.stars}, {"mean_fwhm", region.stars > 0 ? Json(region.fwhm) : Json()}});
+    Json parts = Json::array();
+    for (const auto& row : widths.parts) {
+        Json ofRow = Json::array();
+        for (const stars::FieldPart& part : row) {
+            ofRow.push_back({{"used", part.stars}, {"mean_fwhm", part.stars > 0 ? Json(part.fwhm) : Json()}});
         }
-        regions.push_back(parts);
+        parts.push_back(ofRow);
     }
     return {
-        {"file", words.stars.input},        {"plane", plane},    {"used", widths.used}, {"mean_fwhm", widths.meanFwhm},
-        {"median_fwhm", widths.medianFwhm}, {"regions", regions}};
+        {"file", words.stars.input},        {"plane", plane},  {"used", widths.used}, {"mean_fwhm", widths.meanFwhm},
+        {"median_fwhm", widths.medianFwhm}, {"regions", parts}};
 }
 
 /// The means of the parts of the field, as they lie in a picture.
-std::string RegionsText(const stars::FieldWidths& widths, bool bottomUp)
+std::string PartsText(const stars::FieldWidths& widths, bool bottomUp)
 {
     std::string text;
-    for (int i = 0; i < stars::kRegions; ++i) {
-        for (const stars::Region& region : widths.regions[bottomUp ? stars::kRegions - 1 - i : i]) {
-            const std::string mean = region.stars > 0 ? NumberText(region.fwhm, 2) : "-";
-            const std::string cell = mean + " (" + std::to_string(region.stars) + ")";
+    for (int i = 0; i < stars::kFieldParts; ++i) {
+        for (const stars::FieldPart& part : widths.parts[bottomUp ? stars::kFieldParts - 1 - i : i]) {
+            const std::string mean = part.stars > 0 ? NumberText(part.fwhm, 2) : "-";
+            const std::string cell = mean + " (" + std::to_string(part.stars) + ")";
             text += std::string(cell.size() < 14 ? 14 - cell.size() : 1, ' ') + cell;
         }
         text += "\n";
@@ -172,7 +172,7 @@ std::string SummaryOf(const WidthWords& words, int plane, const stars::FieldWidt
     return words.stars.input + ", plane " + std::to_string(plane) + ": " + std::to_string(widths.stars.size()) +
            (widths.stars.size() == 1 ? " star, " : " stars, ") + std::to_string(widths.used) + " used\nFWHM mean " +
            NumberText(widths.meanFwhm, 2) + ", median " + NumberText(widths.medianFwhm, 2) +
-           " pixels\nmean (stars) in the parts of the picture:\n" + RegionsText(widths, bottomUp);
+           " pixels\nmean (stars) in the parts of the picture:\n" + PartsText(widths, bottomUp);
 }
 
 std::vector<Mark> MarksOf(const stars::FieldWidths& widths)

@@ -4,18 +4,16 @@
 #include <utility>
 
 #include "corvane/core/error.h"
-#include "stack/align_stars.h"
 #include "stack/calibrate/cosmetic.h"
 #include "stack/calibrate/masters.h"
 #include "stack/calibrate/raw_lights.h"
-#include "stack/reference.h"
-#include "stack/register.h"
+#include "stack/register/align_shift.h"
+#include "stack/register/align_stars.h"
 
 namespace corvane::stack {
 
 namespace {
 
-constexpr std::size_t kStars = 2000;
 constexpr int kMosaicStep = 2; // from a pixel to the next of its colour
 
 /// For each light, its exposure as a multiple of the darks' exposure; 1 where these match.
@@ -26,16 +24,6 @@ std::vector<double> DarkScales(const Plan& plan)
         scales.push_back(ExposuresMatch(exposure, plan.darkExposure) ? 1.0 : *exposure / *plan.darkExposure);
     }
     return scales;
-}
-
-/// The stars of a light, those at the sensor's ceiling marked.
-std::vector<Star> StarsOf(FrameSet& lights, int light, const CStlImage& calibrated)
-{
-    const int plane = stars::StarPlane(calibrated);
-    std::vector<Star> stars = FindStars(calibrated, plane, MeasureSky(calibrated, plane), kStars);
-    const CStlImage raw(RawLights(lights).Read(light));
-    MarkSaturated(raw, std::min(plane, raw.GetPlanes() - 1), stars);
-    return stars;
 }
 
 } // namespace
@@ -88,42 +76,10 @@ void PreparedLights::Register()
         const MeasuredLights lights{seen_, plan_.exposures, frames_->Centre()};
         result_.referenceLight = AlignByStars(options_, lights, result_.frames, run_);
     } else if (options_.align == AlignMethod::kShift && !isAlone) {
-        AlignByShift();
+        result_.reference = AlignByShift(options_, *frames_, RawLights(plan_.lights), result_.frames, run_);
     }
     SetWeights();
     stopwatch_.End("align");
-}
-
-void PreparedLights::AlignByShift()
-{
-    Stage stage(run_, "Aligning frames...", plan_.lights.Count());
-    const int chosen = result_.referenceLight;
-    const CStlImage reference(frames_->ReadImage(chosen));
-    const std::vector<Star> stars = StarsOf(plan_.lights, chosen, reference);
-    result_.reference = options_.reference;
-    if (!result_.reference) {
-        result_.reference = ChooseReference(stars, plan_.width, plan_.height, options_.size, options_.search);
-    }
-    if (!result_.reference) {
-        throw FileError(options_.lights[static_cast<std::size_t>(chosen)],
-                        "shows no star that frames can be aligned on; choose a place with star = X,Y");
-    }
-    const ShiftRegistration registration(reference, *result_.reference, stars, options_);
-    const RowSpan rows = registration.Rows();
-    for (int i = 0; i < plan_.lights.Count(); ++i) {
-        FrameReport& report = result_.frames[static_cast<std::size_t>(i)];
-        if (i != chosen && report.used) {
-            const Match match = registration.Find(frames_->ReadImage(i, rows.first, rows.end - rows.first));
-            report.correlation = match.correlation;
-            if (match.reason.empty()) {
-                report.dx = match.dx;
-                report.dy = match.dy;
-            } else {
-                report.LeaveOut(match.reason);
-            }
-        }
-        stage.Step();
-    }
 }
 
 /// What brings the planes of a light to the level of the reference; nothing when that was not asked for.

@@ -33,7 +33,6 @@ public:
 private:
     void AddNote(const std::string& text);
     void MendHotPixels(const Masters& masters);
-    void AlignByShift();
     std::vector<Normalisation> NormalisationsOf(std::size_t light) const;
     void SetWeights();
 

@@ -7,9 +7,9 @@
 #include <utility>
 
 #include "stars/common_width.h"
+#include "stars/full_well.h"
 #include "stars/gaussian_fit.h"
 #include "stars/maxima.h"
-#include "stars/saturation.h"
 #include "stars/sky_mesh.h"
 #include "stars/star_neighbours.h"
 #include "stars/star_shape.h"
@@ -147,13 +147,14 @@ private:
 };
 
 std::vector<FieldStar> MeasureAll(StarMeter& meter, const std::vector<SaturatedArea>& areas,
-                                  const std::vector<Maximum>& maxima)
+                                  const std::vector<Maximum>& maxima, const Run& run)
 {
     std::vector<FieldStar> stars;
     for (const SaturatedArea& area : areas) {
         stars.push_back(meter.Measure(area));
     }
     for (const Maximum& maximum : maxima) {
+        run.ThrowIfCancelled();
         if (const std::optional<FieldStar> star = meter.Measure(maximum)) {
             stars.push_back(*star);
         }
@@ -182,16 +183,16 @@ double CommonFwhm(const std::vector<FieldStar>& stars)
 }
 
 /// The stars that a plane shows against its sky, in any order.
-std::vector<FieldStar> FindObjects(const CStlImage& image, int plane, const SkyMesh& sky, double saturation,
-                                   const FindOptions& options)
+std::vector<FieldStar> FindObjects(const CStlImage& image, int plane, const SkyMesh& sky, double fullWell,
+                                   const FindOptions& options, const Run& run)
 {
-    const std::vector<SaturatedArea> areas = FindSaturatedAreas(image, plane, saturation);
+    const std::vector<SaturatedArea> areas = FindSaturatedAreas(image, plane, fullWell);
     std::vector<Maximum> maxima =
         FindMaxima(image, plane, sky, options.sigmas,
                    std::max(kFewestMaxima, kMaximaPerStar * std::min(options.limit, kMostStars)));
     RemoveCovered(maxima, areas);
     StarMeter meter(image, plane, sky, MeasureTypicalStar(image, plane, sky, maxima));
-    std::vector<FieldStar> stars = MeasureAll(meter, areas, maxima);
+    std::vector<FieldStar> stars = MeasureAll(meter, areas, maxima, run);
     RemoveDuplicates(stars, meter.TypicalFwhm());
     MarkCrowded(stars, meter.TypicalFwhm());
     JoinTrails(stars, meter.TypicalFwhm());
@@ -200,18 +201,18 @@ std::vector<FieldStar> FindObjects(const CStlImage& image, int plane, const SkyM
 
 } // namespace
 
-StarField FindFieldStars(const CStlImage& image, int plane, const FindOptions& options)
+StarField FindFieldStars(const CStlImage& image, int plane, const FindOptions& options, const Run& run)
 {
     const SkyMesh sky = MeasureSkyMesh(image, plane);
+    run.ThrowIfCancelled();
     if (sky.IsEmpty()) {
         return {};
     }
     StarField field;
     field.sky = sky.level.Median();
     field.noise = sky.noise.Median();
-    const double saturation =
-        options.saturation ? *options.saturation : SaturationLevel(image, plane, field.sky, field.noise);
-    field.stars = FindObjects(image, plane, sky, saturation, options);
+    const double fullWell = options.fullWell ? *options.fullWell : FullWellLevel(image, plane, field.sky, field.noise);
+    field.stars = FindObjects(image, plane, sky, fullWell, options, run);
     KeepBest(field.stars, options.limit);
     field.fwhm = CommonFwhm(field.stars);
     return field;

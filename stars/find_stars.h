@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"
 
@@ -29,14 +30,16 @@ struct FieldStar {
     bool isCrowded = false;   ///< another star of 0.15 of its brightness or more lies within two FWHM
     /// @}
 
+    /// How far its brightest sample rises above the sky [raw units].
+    double Excess() const { return peak - sky; }
     bool IsUsable() const { return !isSaturated && !isHot && !isElongated && !isAtEdge && !isCrowded; }
 };
 
 /// How stars are looked for.
 struct FindOptions {
-    double sigmas = 5.0;                ///< how far a star rises above the sky, in its standard deviations [1..1000]
-    std::size_t limit = 10000;          ///< at most so many, the brightest; usable ones go before others
-    std::optional<double> saturation{}; ///< samples from here on are saturated; unset: told from the samples
+    double sigmas = 5.0;              ///< how far a star rises above the sky, in its standard deviations [1..1000]
+    std::size_t limit = 10000;        ///< at most so many, the brightest; usable ones go before others
+    std::optional<double> fullWell{}; ///< samples from here on are saturated; unset: told from the samples
 };
 
 /// What is seen in one plane of an image.
@@ -66,6 +69,9 @@ inline int StarPlane(const CImage& image)
 /// Blanks, NaN and infinities are no stars and make none about them. The list is empty for an image without samples or
 /// without any defined one. Nothing of the size of the frame is held; the method is that of E. Bertin & S. Arnouts
 /// (1996), Astronomy and Astrophysics Supplement 117, 393, in parts.
-CORVANE_VISIBLE StarField FindFieldStars(const CStlImage& image, int plane, const FindOptions& options = {});
+///
+/// Throws Cancelled.
+CORVANE_VISIBLE StarField FindFieldStars(const CStlImage& image, int plane, const FindOptions& options = {},
+                                         const Run& run = {});
 
 } // namespace corvane::stars

@@ -41,11 +41,14 @@ std::vector<Position> First(const std::vector<Position>& stars, std::size_t coun
 }
 
 void TryPatterns(FieldConsensus& consensus, const std::vector<Position>& reference, const std::vector<Position>& frame,
-                 bool scale)
+                 bool scale, const Run& run)
 {
     MatchPatterns(MakePatterns(reference, {.anyScale = scale, .allOrders = false}),
                   MakePatterns(frame, {.anyScale = scale, .allOrders = true}),
-                  [&](const StarPattern& r, const StarPattern& f) { return consensus.Try(r, f); });
+                  [&](const StarPattern& r, const StarPattern& f) {
+                      run.ThrowIfCancelled();
+                      return consensus.Try(r, f);
+                  });
 }
 
 std::vector<Position> Side(const std::vector<StarPair>& pairs, Position StarPair::*field)
@@ -58,7 +61,7 @@ std::vector<Position> Side(const std::vector<StarPair>& pairs, Position StarPair
 
 /// Tries the patterns of the brightest stars, then those of more and more stars, until a fit is certain; and last those
 /// of the stars that agree, because a pattern that repeats itself would fit elsewhere, too.
-void Search(std::vector<FieldConsensus>& senses, bool scale)
+void Search(std::vector<FieldConsensus>& senses, bool scale, const Run& run)
 {
     const auto isCertain = [](const FieldConsensus& sense) { return sense.IsCertain(); };
     const std::size_t most = std::max(senses[0].Reference().size(), senses[0].Frame().size());
@@ -66,12 +69,12 @@ void Search(std::vector<FieldConsensus>& senses, bool scale)
     do {
         depth *= 2;
         for (FieldConsensus& sense : senses) {
-            TryPatterns(sense, First(sense.Reference(), depth), First(sense.Frame(), depth), scale);
+            TryPatterns(sense, First(sense.Reference(), depth), First(sense.Frame(), depth), scale, run);
         }
     } while (depth < most && std::none_of(senses.begin(), senses.end(), isCertain));
     for (FieldConsensus& sense : senses) {
         const auto pairs = sense.Best().pairs;
-        TryPatterns(sense, Side(pairs, &StarPair::reference), Side(pairs, &StarPair::frame), scale);
+        TryPatterns(sense, Side(pairs, &StarPair::reference), Side(pairs, &StarPair::frame), scale, run);
     }
 }
 
@@ -132,7 +135,7 @@ std::vector<Position> Mirrored(std::vector<Position> stars, const CfPoint& centr
 }
 
 FieldMatch MatchPositions(const std::vector<Position>& reference, const std::vector<Position>& frame,
-                          const CfPoint& centre, const MatchOptions& options)
+                          const CfPoint& centre, const MatchOptions& options, const Run& run)
 {
     const auto brightest = First(reference, std::min(kBrightest, kRatio * frame.size()));
     const auto others = First(frame, std::min(kBrightest, kRatio * reference.size()));
@@ -141,7 +144,7 @@ FieldMatch MatchPositions(const std::vector<Position>& reference, const std::vec
     if (options.mirror) {
         senses.emplace_back(brightest, Mirrored(others, centre), options.scale);
     }
-    Search(senses, options.scale);
+    Search(senses, options.scale, run);
     const bool isMirrored = senses.back().LogChance() < senses.front().LogChance();
     const FieldConsensus& best = isMirrored ? senses.back() : senses.front();
     if (std::string reason = Judge(senses, best); !reason.empty()) {
@@ -158,7 +161,7 @@ FieldMatch MatchPositions(const std::vector<Position>& reference, const std::vec
 } // namespace
 
 FieldMatch MatchFields(const std::vector<FieldStar>& reference, const std::vector<FieldStar>& frame,
-                       const CfPoint& centre, const MatchOptions& options)
+                       const CfPoint& centre, const MatchOptions& options, const Run& run)
 {
     FieldMatch match;
     for (const bool withSaturated : {false, true}) {
@@ -169,7 +172,7 @@ FieldMatch MatchFields(const std::vector<FieldStar>& reference, const std::vecto
         } else if (to.size() < kLeastStars) {
             match = TooFew("frame", to.size());
         } else {
-            match = MatchPositions(from, to, centre, options);
+            match = MatchPositions(from, to, centre, options, run);
         }
         if (match.reason.empty() || std::min(from.size(), to.size()) > kFewStars) {
             break;

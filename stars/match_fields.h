@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "corvane/core/point.h"
+#include "corvane/core/run.h"
 #include "corvane/platform/export.h"
 #include "stars/find_stars.h"
 
@@ -48,6 +49,6 @@ struct MatchOptions {
 /// count as two of them. A pattern that fits in several places, as a lattice does, is no match. The same lists give the
 /// same result on every machine, but for the last bits of the angle.
 CORVANE_VISIBLE FieldMatch MatchFields(const std::vector<FieldStar>& reference, const std::vector<FieldStar>& frame,
-                                       const CfPoint& centre, const MatchOptions& options = {});
+                                       const CfPoint& centre, const MatchOptions& options = {}, const Run& run = {});
 
 } // namespace corvane::stars

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstring>
 #include <map>
 #include <utility>
 
 #include "corvane/core/blank.h"
 #include "corvane/core/text.h"
 #include "corvane/measure/psf.h"
+#include "stars/plane_of.h"
 #include "stars/robust.h"
 
 namespace corvane::stars {
@@ -21,19 +21,6 @@ constexpr double kAperture = 1.5;   // widths: holds 99.8 % of a Gaussian
 constexpr double kRingFrom = 2.0;   // widths
 constexpr int kRingMargin = 3;      // pixels beyond that, where the narrowest stars' wings end
 constexpr int kRingWidth = 6;       // pixels
-
-/// One plane of an image, with the image's blanks.
-CStlImage PlaneAlone(const CStlImage& image, int plane)
-{
-    const int width = image.GetWidth();
-    CStlImage alone(-32, width, image.GetHeight(), 1, 1.0, 0.0, 1);
-    alone.SetBlankUsed(image.IsBlankUsed());
-    alone.SetBlank(image.GetBlank());
-    for (int y = 0; y < image.GetHeight(); ++y) {
-        std::memcpy(alone.GetImageAdr(0, y, 0), image.GetImageAdr(0, y, plane, 1), sizeof(float) * width);
-    }
-    return alone;
-}
 
 /// What lies about a place of a monochrome image.
 class Surroundings {
@@ -103,9 +90,9 @@ private:
 };
 
 /// The star's width; 0 when PSF refuses it.
-double Width(CStlImage& image, const CPoint& top)
+double Width(const CStlImage& image, const CPoint& top)
 {
-    PSF psf(&image);
+    PSF psf(image);
     double width = 0.0;
     const bool isMeasured = psf.Add(top) != 0 && psf.GetMeanFWHM(&width) != 0 && std::isfinite(width);
     return isMeasured ? width : 0.0;
@@ -145,7 +132,7 @@ void MeasureLight(const Surroundings& about, MeasuredStar& star)
     }
 }
 
-MeasuredStar MeasureOne(CStlImage& image, const CPoint& place, double sigmas)
+MeasuredStar MeasureOne(const CStlImage& image, const CPoint& place, double sigmas)
 {
     const Surroundings about(image);
     MeasuredStar star{.top = about.Top(CPoint(std::clamp<int>(place.x, 0, image.GetWidth() - 1),
@@ -173,11 +160,13 @@ MeasuredStar MeasureOne(CStlImage& image, const CPoint& place, double sigmas)
 }
 
 /// Measures all stars, each once: where two places lead to one peak, the second does not count.
-std::vector<MeasuredStar> MeasureEach(CStlImage& image, const std::vector<CPoint>& places, double sigmas)
+std::vector<MeasuredStar> MeasureEach(const CStlImage& image, const std::vector<CPoint>& places, double sigmas,
+                                      const Run& run)
 {
     std::vector<MeasuredStar> stars;
     std::map<std::pair<int, int>, std::size_t> seen;
     for (const CPoint& place : places) {
+        run.ThrowIfCancelled();
         MeasuredStar& star = stars.emplace_back(MeasureOne(image, place, sigmas));
         const auto [first, isNew] = seen.try_emplace({star.top.y, star.top.x}, stars.size());
         if (!isNew && star.IsUsed()) {
@@ -195,9 +184,9 @@ struct Widths {
 
 /// PSF's mean and median over those of the stars that count.
 template <class IsWanted>
-Widths Average(CStlImage& image, const std::vector<MeasuredStar>& stars, IsWanted isWanted)
+Widths Average(const CStlImage& image, const std::vector<MeasuredStar>& stars, IsWanted isWanted)
 {
-    PSF psf(&image);
+    PSF psf(image);
     for (const MeasuredStar& star : stars) {
         if (star.IsUsed() && isWanted(star)) {
             psf.Add(star.top);
@@ -214,39 +203,25 @@ Widths Average(CStlImage& image, const std::vector<MeasuredStar>& stars, IsWante
 /// In which of the parts of an axis a position lies.
 int PartOf(int position, int size)
 {
-    return static_cast<int>(static_cast<long long>(position) * kRegions / size);
+    return static_cast<int>(static_cast<long long>(position) * kFieldParts / size);
 }
 
-FieldWidths Summarise(CStlImage& image, std::vector<MeasuredStar> stars)
+FieldWidths Summarise(const CStlImage& image, std::vector<MeasuredStar> stars)
 {
     FieldWidths field{.stars = std::move(stars)};
     const Widths all = Average(image, field.stars, [](const MeasuredStar&) { return true; });
     field.used = all.stars;
     field.meanFwhm = all.mean;
     field.medianFwhm = all.median;
-    for (int row = 0; row < kRegions; ++row) {
-        for (int column = 0; column < kRegions; ++column) {
+    for (int row = 0; row < kFieldParts; ++row) {
+        for (int column = 0; column < kFieldParts; ++column) {
             const Widths part = Average(image, field.stars, [&](const MeasuredStar& star) {
                 return PartOf(star.top.x, image.GetWidth()) == column && PartOf(star.top.y, image.GetHeight()) == row;
             });
-            field.regions[row][column] = {part.stars, part.mean};
+            field.parts[row][column] = {part.stars, part.mean};
         }
     }
     return field;
-}
-
-/// action(an image that has the plane alone); an empty image has no stars.
-template <class Action>
-FieldWidths WithPlane(CStlImage& image, int plane, Action action)
-{
-    if (image.GetPixelCount() == 0) {
-        return {};
-    }
-    if (image.GetPlanes() == 1) {
-        return action(image);
-    }
-    CStlImage alone = PlaneAlone(image, plane);
-    return action(alone);
 }
 
 std::string Joined(const std::vector<std::string>& words)
@@ -260,25 +235,32 @@ std::string Joined(const std::vector<std::string>& words)
 
 } // namespace
 
-FieldWidths MeasureStars(CStlImage& image, int plane, const std::vector<CPoint>& places, double sigmas)
+FieldWidths MeasureStars(const CStlImage& image, int plane, const std::vector<CPoint>& places, double sigmas,
+                         const Run& run)
 {
-    return WithPlane(image, plane,
-                     [&](CStlImage& alone) { return Summarise(alone, MeasureEach(alone, places, sigmas)); });
+    if (image.GetPixelCount() == 0) {
+        return {};
+    }
+    const CStlImage alone(PlaneOf(image, plane));
+    return Summarise(alone, MeasureEach(alone, places, sigmas, run));
 }
 
-FieldWidths MeasureStars(CStlImage& image, int plane, const std::vector<FieldStar>& found, double sigmas)
+FieldWidths MeasureStars(const CStlImage& image, int plane, const std::vector<FieldStar>& found, double sigmas,
+                         const Run& run)
 {
+    if (image.GetPixelCount() == 0) {
+        return {};
+    }
     std::vector<CPoint> places;
     for (const FieldStar& star : found) {
         places.emplace_back(static_cast<int>(std::lround(star.x)), static_cast<int>(std::lround(star.y)));
     }
-    return WithPlane(image, plane, [&](CStlImage& alone) {
-        std::vector<MeasuredStar> stars = MeasureEach(alone, places, sigmas);
-        for (std::size_t i = 0; i < found.size(); ++i) {
-            stars[i].fault = found[i].IsUsable() ? stars[i].fault : Joined(FlagWords(found[i]));
-        }
-        return Summarise(alone, std::move(stars));
-    });
+    const CStlImage alone(PlaneOf(image, plane));
+    std::vector<MeasuredStar> stars = MeasureEach(alone, places, sigmas, run);
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        stars[i].fault = found[i].IsUsable() ? stars[i].fault : Joined(FlagWords(found[i]));
+    }
+    return Summarise(alone, std::move(stars));
 }
 
 std::vector<std::string> FlagWords(const FieldStar& star)

@@ -27,30 +27,32 @@ struct MeasuredStar {
 };
 
 /// The stars of one part of the field.
-struct Region {
+struct FieldPart {
     int stars = 0;     ///< those that count
     double fwhm = 0.0; ///< their mean width [pixels]; 0 without any
 };
 
-inline constexpr int kRegions = 3; ///< parts of the field along either axis
+inline constexpr int kFieldParts = 3; ///< parts of the field along either axis
 
 /// The widths of a field's stars.
 struct FieldWidths {
-    std::vector<MeasuredStar> stars;                              ///< in the order in which they were asked for
-    int used = 0;                                                 ///< those that count
-    double meanFwhm = 0.0;                                        ///< PSF's mean over them [pixels]; 0 without any
-    double medianFwhm = 0.0;                                      ///< PSF's median over them [pixels]; 0 without any
-    std::array<std::array<Region, kRegions>, kRegions> regions{}; ///< [row][column], rows in the file's order
+    std::vector<MeasuredStar> stars; ///< in the order in which they were asked for
+    int used = 0;                    ///< those that count
+    double meanFwhm = 0.0;           ///< PSF's mean over them [pixels]; 0 without any
+    double medianFwhm = 0.0;         ///< PSF's median over them [pixels]; 0 without any
+    std::array<std::array<FieldPart, kFieldParts>, kFieldParts> parts{}; ///< [row][column], rows in the file's order
 };
 
 /// Measures stars of one plane, each at the peak to which the samples rise from its place; places outside are moved to
 /// the edge. A star counts when it has a width below 20 pixels, rises `sigmas` standard deviations above the sky about
 /// it and does not share its peak with one before. The plane must be one of the image; an empty image has no stars.
-CORVANE_VISIBLE FieldWidths MeasureStars(CStlImage& image, int plane, const std::vector<CPoint>& places, double sigmas);
+/// Throws Cancelled.
+CORVANE_VISIBLE FieldWidths MeasureStars(const CStlImage& image, int plane, const std::vector<CPoint>& places,
+                                         double sigmas, const Run& run = {});
 
 /// The same for stars that the finder saw. Those that are not usable are measured too, but do not count.
-CORVANE_VISIBLE FieldWidths MeasureStars(CStlImage& image, int plane, const std::vector<FieldStar>& found,
-                                         double sigmas);
+CORVANE_VISIBLE FieldWidths MeasureStars(const CStlImage& image, int plane, const std::vector<FieldStar>& found,
+                                         double sigmas, const Run& run = {});
 
 /// What speaks against measuring with a star, in words: "saturated", "hot", "elongated", "edge", "crowded".
 CORVANE_VISIBLE std::vector<std::string> FlagWords(const FieldStar& star);

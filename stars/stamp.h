@@ -3,12 +3,13 @@
 #include <vector>
 
 #include "corvane/core/stl_image.h"
+#include "corvane/platform/export.h"
 #include "stars/defined.h"
 
 namespace corvane::stars {
 
 /// A copy of the square about a sample, above the sky. What is undefined or beyond the image is 0 there.
-class Stamp {
+class CORVANE_VISIBLE Stamp {
 public:
     Stamp(const CStlImage& image, int plane, int reach);
 

@@ -14,11 +14,6 @@ constexpr double kOne = 0.75;
 constexpr double kChain = 4.0;
 constexpr int kLinks = 4;
 
-double Excess(const FieldStar& star)
-{
-    return star.peak - star.sky;
-}
-
 /// Calls visit(i, j) once for every two stars that are closer than `reach` to each other; puts the stars in order of y.
 template <class Visit>
 void ForEachPair(std::vector<FieldStar>& stars, double reach, Visit visit)
@@ -73,7 +68,7 @@ private:
 void MarkCrowded(std::vector<FieldStar>& stars, double fwhm)
 {
     const auto disturbs = [](const FieldStar& other, const FieldStar& star) {
-        return !other.isHot && Excess(other) > kRival * Excess(star);
+        return !other.isHot && other.Excess() > kRival * star.Excess();
     };
     ForEachPair(stars, kCrowded * fwhm, [&](std::size_t i, std::size_t j) {
         stars[i].isCrowded |= disturbs(stars[j], stars[i]);
@@ -85,7 +80,7 @@ void RemoveDuplicates(std::vector<FieldStar>& stars, double fwhm)
 {
     std::vector<bool> isMarked(stars.size());
     ForEachPair(stars, kOne * fwhm,
-                [&](std::size_t i, std::size_t j) { isMarked[Excess(stars[i]) < Excess(stars[j]) ? i : j] = true; });
+                [&](std::size_t i, std::size_t j) { isMarked[stars[i].Excess() < stars[j].Excess() ? i : j] = true; });
     EraseMarked(stars, isMarked);
 }
 
@@ -103,7 +98,7 @@ void JoinTrails(std::vector<FieldStar>& stars, double fwhm)
     for (std::size_t i = 0; i < stars.size(); ++i) {
         const std::size_t root = groups.RootOf(i);
         ++members[root];
-        brightest[root] = Excess(stars[i]) > Excess(stars[brightest[root]]) ? i : brightest[root];
+        brightest[root] = stars[i].Excess() > stars[brightest[root]].Excess() ? i : brightest[root];
     }
     std::vector<bool> isMarked(stars.size());
     for (std::size_t i = 0; i < stars.size(); ++i) {

@@ -4,10 +4,11 @@
 #include <cmath>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "corvane/core/text.h"
+#include "stars/full_well.h"
 #include "stars/robust.h"
-#include "stars/saturation.h"
 
 namespace corvane::stack {
 
@@ -31,20 +32,9 @@ struct Wanted {
     bool Anything() const { return stars || levels; }
 };
 
-/// Makes the stars that are saturated in the raw light show it in the calibrated one; returns from which sample on.
-std::optional<double> ShowSaturated(const CStlImage& raw, CStlImage& image)
+/// Enters what was seen in the report, and keeps the best stars.
+void Report(stars::StarField field, FrameReport& report, std::vector<stars::FieldStar>& stars)
 {
-    const int plane = stars::StarPlane(image);
-    const int rawPlane = std::min(plane, raw.GetPlanes() - 1); // a mosaic has one
-    const FrameLevel level = MeasureFrame(raw, rawPlane);
-    const double ceiling = stars::SaturationLevel(raw, rawPlane, level.background, level.spread);
-    return stars::LevelSaturated(raw, rawPlane, ceiling, image, plane, MeasureFrame(image, plane).background);
-}
-
-void LookForStars(const CStlImage& image, std::optional<double> saturation, FrameReport& report,
-                  std::vector<stars::FieldStar>& stars)
-{
-    stars::StarField field = stars::FindFieldStars(image, stars::StarPlane(image), {.saturation = saturation});
     const auto isUsable = [](const stars::FieldStar& star) { return star.IsUsable(); };
     const auto unusable = std::stable_partition(field.stars.begin(), field.stars.end(), isUsable);
     report.stars = static_cast<int>(unusable - field.stars.begin());
@@ -55,7 +45,8 @@ void LookForStars(const CStlImage& image, std::optional<double> saturation, Fram
                  field.stars.begin() + static_cast<std::ptrdiff_t>(std::min(field.stars.size(), kStarsKept)));
 }
 
-SeenLight Measure(LightFrames& frames, RawLights& raw, int light, const Wanted& wanted, FrameReport& report)
+SeenLight Measure(LightFrames& frames, RawLights& raw, int light, const Wanted& wanted, FrameReport& report,
+                  const Run& run)
 {
     CStlImage image(frames.ReadImage(light));
     SeenLight seen;
@@ -63,9 +54,8 @@ SeenLight Measure(LightFrames& frames, RawLights& raw, int light, const Wanted& 
         seen.levels.push_back(MeasureFrame(image, plane));
     }
     if (wanted.stars) {
-        const std::optional<double> saturation =
-            ShowSaturated(frames.AreRaw() ? raw.WithRecord(light, image) : raw.Read(light), image);
-        LookForStars(image, saturation, report, seen.stars);
+        const CStlImage before = frames.AreRaw() ? raw.WithRecord(light, image) : raw.Read(light);
+        Report(FindLightStars(before, std::move(image), run), report, seen.stars);
     } else {
         const FrameLevel& level = seen.levels[static_cast<std::size_t>(stars::StarPlane(image))];
         report.background = level.background;
@@ -113,10 +103,21 @@ std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames
     Stage stage(run, "Measuring lights...", static_cast<int>(reports.size()));
     std::vector<SeenLight> seen;
     for (int i = 0; i < static_cast<int>(reports.size()); ++i) {
-        seen.push_back(Measure(frames, raw, i, wanted, reports[static_cast<std::size_t>(i)]));
+        seen.push_back(Measure(frames, raw, i, wanted, reports[static_cast<std::size_t>(i)], run));
         stage.Step();
     }
     return seen;
+}
+
+stars::StarField FindLightStars(const CStlImage& raw, CStlImage calibrated, const Run& run)
+{
+    const int plane = stars::StarPlane(calibrated);
+    const int rawPlane = std::min(plane, raw.GetPlanes() - 1); // a filter mosaic has one
+    const FrameLevel level = MeasureFrame(raw, rawPlane);
+    const double ceiling = stars::FullWellLevel(raw, rawPlane, level.background, level.spread);
+    const double sky = MeasureFrame(calibrated, plane).background;
+    const auto fullWell = stars::LevelSaturated(raw, rawPlane, ceiling, calibrated, plane, sky);
+    return stars::FindFieldStars(calibrated, plane, {.fullWell = fullWell}, run);
 }
 
 void ApplyLimits(const Options& options, std::vector<FrameReport>& reports)

@@ -255,7 +255,7 @@ TEST(FindStars, KnowsTheCeilingOfWholeNumbers)
         image.SetPixelGrayRaw(200, 200, ceiling, 0);
         image.SetOrgBitsPixel(bits);
         EXPECT_EQ(StarAt(FindFieldStars(image, 0), 200, 200)->isSaturated, isSaturated) << bits << " bits, " << ceiling;
-        EXPECT_TRUE(StarAt(FindFieldStars(image, 0, {.saturation = 30000.0}), 200, 200)->isSaturated);
+        EXPECT_TRUE(StarAt(FindFieldStars(image, 0, {.fullWell = 30000.0}), 200, 200)->isSaturated);
     }
 }
 

@@ -55,9 +55,9 @@ TEST(MeasureStars, GivesWidthLightAndPlace)
         ASSERT_EQ(widths.used, 3);
         EXPECT_NEAR(widths.meanFwhm, roots * roots, 1e-5);
         EXPECT_NEAR(widths.medianFwhm, widths.stars[2].fwhm, 1e-5);
-        EXPECT_EQ(widths.regions[0][2].stars, 1);
-        EXPECT_EQ(widths.regions[2][1].stars, 1);
-        EXPECT_NEAR(widths.regions[0][2].fwhm, widths.stars[1].fwhm, 1e-5);
+        EXPECT_EQ(widths.parts[0][2].stars, 1);
+        EXPECT_EQ(widths.parts[2][1].stars, 1);
+        EXPECT_NEAR(widths.parts[0][2].fwhm, widths.stars[1].fwhm, 1e-5);
     }
 }
 

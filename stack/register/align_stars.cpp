@@ -1,4 +1,4 @@
-#include "stack/align_stars.h"
+#include "stack/register/align_stars.h"
 
 #include <algorithm>
 #include <cmath>
@@ -78,9 +78,9 @@ void LeaveOutFaint(double exposureRatio, FrameReport& report)
 }
 
 void Place(const Options& options, const CfPoint& centre, const Stars& reference, const Stars& stars,
-           FrameReport& report)
+           FrameReport& report, const Run& run)
 {
-    const stars::FieldMatch match = stars::MatchFields(reference, stars, centre, {options.alignsScale, true});
+    const stars::FieldMatch match = stars::MatchFields(reference, stars, centre, {options.alignsScale, true}, run);
     report.residual = match.residual;
     report.matched = match.stars;
     if (!match.reason.empty() || match.isMirrored) {
@@ -105,7 +105,7 @@ void PlaceOn(std::size_t reference, const Options& options, const MeasuredLights
             reports[i].matched = std::min(reports[i].stars, static_cast<int>(stars.size()));
             reports[i].fluxRatio = 1.0;
         } else if (reports[i].used) {
-            Place(options, lights.centre, stars, lights.seen[i].stars, reports[i]);
+            Place(options, lights.centre, stars, lights.seen[i].stars, reports[i], run);
             LeaveOutFaint(ExposureRatio(lights.exposures[i], lights.exposures[reference]), reports[i]);
         }
         stage.Step();

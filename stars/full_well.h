@@ -25,7 +25,7 @@ CORVANE_VISIBLE double FullScale(int bits);
 /// The level from which on samples are saturated, near the largest sample of the plane; infinite when nothing shows a
 /// ceiling. The largest sample is one when it is the full scale of the 8 or 16 bits that the image had in its file, or
 /// when samples that have it lie side by side, far above a sky with that level and noise.
-CORVANE_VISIBLE double SaturationLevel(const CStlImage& image, int plane, double sky, double noise);
+CORVANE_VISIBLE double FullWellLevel(const CStlImage& image, int plane, double sky, double noise);
 
 /// Gives one value to the samples of a calibrated plane that are saturated in its raw one, from a level on: dark and flat
 /// make them differ. The value is the largest of them, and is returned; nothing when there is none. What lost more than

@@ -1,4 +1,4 @@
-#include "stars/saturation.h"
+#include "stars/full_well.h"
 
 #include <algorithm>
 #include <limits>
@@ -170,7 +170,7 @@ double FullScale(int bits)
     return bits == 8 ? 255.0 : bits == 16 ? 65535.0 : kInfinity;
 }
 
-double SaturationLevel(const CStlImage& image, int plane, double sky, double noise)
+double FullWellLevel(const CStlImage& image, int plane, double sky, double noise)
 {
     const DefinedTest isDefined(image);
     Largest largest;
