@@ -22,6 +22,7 @@ function(corvane_add_library target exportName)
     add_library(Corvane::${exportName} ALIAS ${target})
     target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_HEADERS})
     target_compile_features(${target} PUBLIC cxx_std_20)
+    corvane_precompile(${target})
     target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:corvane_flags> $<BUILD_INTERFACE:corvane_warnings>)
     set_target_properties(${target} PROPERTIES
         EXPORT_NAME ${exportName} VERSION ${PROJECT_VERSION} SOVERSION ${CORVANE_ABI}
@@ -41,6 +42,7 @@ function(corvane_add_variant target level)
     add_library(${variant} SHARED ${sources})
     target_include_directories(${variant} PRIVATE ${PROJECT_SOURCE_DIR})
     target_compile_options(${variant} PRIVATE -march=${level})
+    corvane_precompile(${variant})
     target_link_libraries(${variant} PRIVATE corvane_flags corvane_warnings)
     set_target_properties(${variant} PROPERTIES
         OUTPUT_NAME ${target} VERSION ${PROJECT_VERSION} SOVERSION ${CORVANE_ABI} DEFINE_SYMBOL CORVANE_BUILDING
