@@ -47,11 +47,6 @@ std::optional<bool> Send(CStlImage& image, int show, const Progress& progress)
 
 } // namespace
 
-const char* Cancelled::what() const noexcept
-{
-    return "cancelled";
-}
-
 Run WindowRun(CStlImage& image, int show, Escape escape)
 {
     Run run;
