@@ -56,7 +56,7 @@ void AddRegistration(CLI::App& command, catalogue::Registration& registration, c
         ->capture_default_str();
     command
         .add_option("--range", registration.range,
-                    "align shift: look half as far, either way" +
+                    "align shift: width of the square that is searched" +
                         Range(catalogue::kMinSearch, catalogue::kMaxMatchRange))
         ->type_name("N")
         ->capture_default_str();
@@ -122,7 +122,7 @@ void AddColourCommand(CLI::App& command, const std::shared_ptr<ColourWords>& wor
 
 void AddOutside(CLI::App& command, ColourWords& words)
 {
-    command.add_option("--outside", words.options.outside, "The sample where a frame is not, a whole number")
+    command.add_option("--outside", words.options.outside, "The value of samples outside of a frame, a whole number")
         ->type_name("N")
         ->capture_default_str();
 }

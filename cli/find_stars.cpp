@@ -106,13 +106,13 @@ int FindStars(const StarWords& words)
 
 void AddFindStars(CLI::App& app, Session& session)
 {
-    CLI::App& command = *app.add_subcommand("find-stars", "Find the stars of an image and tell all about each");
+    CLI::App& command = *app.add_subcommand("find-stars", "Find the stars of an image and list what is known of each");
     auto words = std::make_shared<StarWords>();
     AddCommonOptions(command, session);
     AddStarOptions(command, *words);
     command
         .add_option("--saturation", words->find.fullWell,
-                    "Samples from here on are saturated; else told from the image")
+                    "Samples from this value on are saturated; else judged by the image")
         ->type_name("N");
     command.footer("Columns and rows count from 0 in the middle of the file's first sample. Flags tell what speaks "
                    "against measuring with a star: saturated, hot (a hot pixel or a particle's hit), elongated, edge, "

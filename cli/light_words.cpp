@@ -26,7 +26,7 @@ void AddFrames(CLI::App& command, stack::Options& options)
         .add_option("--pedestal", options.pedestal, "Added before a dark is taken off, so that noise below 0 is kept")
         ->type_name("N")
         ->capture_default_str();
-    command.add_flag("--cosmetic", options.cosmetic, "Mend the pixels that are hot in the darks");
+    command.add_flag("--cosmetic", options.cosmetic, "Replace the pixels that are hot in the darks");
 }
 
 void AddMosaicOptions(CLI::App& command, LightWords& words)

@@ -81,7 +81,7 @@ void AddMatch(CLI::App& app, Session& session)
         ->type_name("X,Y");
     command
         .add_option("--range", words->range,
-                    "With --start: look half as far from there, either way [pixels, 0 to " +
+                    "With --start: width of the square that is searched about it [pixels, 0 to " +
                         std::to_string(catalogue::kMaxMatchRange) + "; default " +
                         std::to_string(catalogue::kDefaultMatchRange) + "]")
         ->type_name("N");

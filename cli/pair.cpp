@@ -50,9 +50,9 @@ void AddPlacement(CLI::App& command, catalogue::Placement& placement, std::strin
     command.add_option("--align", align, "points: find shift and turn from stars; --dx, --dy and --angle are added")
         ->check(CLI::IsMember(std::set<std::string>{"none", "points"}))
         ->type_name("WORD");
-    AddNumbers(command, "--points", placement.points, "About where one star, or two, are in the first image")
+    AddNumbers(command, "--points", placement.points, "Roughly where one star, or two, are in the first image")
         ->type_name("X1,Y1[,X2,Y2]");
-    AddNumbers(command, secondPoints, placement.secondPoints, "About where the same stars are in the other image")
+    AddNumbers(command, secondPoints, placement.secondPoints, "Roughly where the same stars are in the other image")
         ->type_name("X1,Y1[,X2,Y2]");
     command
         .add_option("--box", placement.box,

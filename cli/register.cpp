@@ -34,7 +34,7 @@ int Register(LightWords& words, const Session& session)
 
 void AddRegister(CLI::App& app, Session& session)
 {
-    CLI::App& command = *app.add_subcommand("register", "Tell how the lights of a night lie on each other");
+    CLI::App& command = *app.add_subcommand("register", "Show how the lights of a night lie on each other");
     auto words = std::make_shared<LightWords>();
     AddCommonOptions(command, session);
     AddLightOptions(command, *words);

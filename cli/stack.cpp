@@ -156,7 +156,7 @@ void AddCombining(CLI::App& command, stack::Options& options)
         ->default_str(stack::kWeightNames.front().first);
     AddChoice<Coverage>(
         command, "--coverage", stack::kCoverageNames, [&options](Coverage coverage) { options.coverage = coverage; },
-        "Make pixels that any light has, or those that all have")
+        "Keep pixels that any light has, or only those that all have")
         ->default_str(stack::kCoverageNames.front().first);
 }
 

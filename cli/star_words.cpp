@@ -27,7 +27,7 @@ void AddStarOptions(CLI::App& command, StarWords& words)
                     "How far a star rises above the sky, in standard deviations of the sky [1 to 1000]")
         ->type_name("N")
         ->capture_default_str();
-    command.add_option("--limit", words.limit, "Find so many stars at most, the brightest")
+    command.add_option("--limit", words.limit, "Find the brightest stars, at most this many")
         ->type_name("N")
         ->capture_default_str();
     command

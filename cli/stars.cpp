@@ -233,7 +233,7 @@ void AddStars(CLI::App& app, Session& session)
     words->stars.find.sigmas = kDefaultSigmas;
     AddCommonOptions(command, session);
     AddStarOptions(command, words->stars);
-    command.add_option("--at", words->at, "About where stars are; else they are found")->type_name("X,Y ...");
+    command.add_option("--at", words->at, "Roughly where the stars are; else they are found")->type_name("X,Y ...");
     command.add_option("--plot", words->plot, "Write a drawing of the widths over the field, too")
         ->type_name("OUT.svg");
     command.footer("FWHM is the full width at half maximum along the row and the column of a star's peak, to which the "
