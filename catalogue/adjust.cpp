@@ -24,18 +24,18 @@ namespace {
 constexpr const char* kDisplayUnits = "display units, black 0 and white 255";
 constexpr const char* kGivenLevels = " The display levels stay. Without them, it chooses them from the sky first.";
 
-void GiveSkyLevels(CStlImage& image)
+CStlImage WithSkyLevels(const CStlImage& image)
 {
-    GiveLevels(image, 1.0, 12.0);
+    return WithLevels(image, 1.0, 12.0);
 }
 
-void RunBrightness(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunBrightness(const CStlImage& given, const Arguments& arguments, const Run& run)
 {
-    GiveSkyLevels(frame.image);
-    CImgBright result(frame.image);
-    result.Do(arguments.Number("brightness"), arguments.Number("contrast"), arguments.Number("centre"), &frame.image,
-              arguments.Rectangle("rect"), context.showProgress);
-    frame.image.Swap(&result);
+    const CStlImage image = WithSkyLevels(given);
+    CImgBright result(image);
+    result.Do(arguments.Number("brightness"), arguments.Number("contrast"), arguments.Number("centre"), image,
+              arguments.Rectangle("rect"), run);
+    return result;
 }
 
 Operation Brightness()
@@ -74,12 +74,12 @@ Operation Brightness()
 enum Mode { kAdd = 0, kSubtract = 1, kMultiply = 2, kDivide = 3 };
 
 template <Mode kMode>
-void RunCalculation(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunCalculation(const CStlImage& image, const Arguments& arguments, const Run& run)
 {
     const bool clip = arguments.Has("clip-negative") && arguments.Flag("clip-negative");
-    CImgCalculation result(frame.image);
-    result.Do(arguments.Number("value"), kMode, clip, &frame.image, arguments.Rectangle("rect"), context.showProgress);
-    frame.image.Swap(&result);
+    CImgCalculation result(image);
+    result.Do(arguments.Number("value"), kMode, clip, image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
 Parameter ValueParameter(const char* summary, const char* unit)
@@ -92,7 +92,7 @@ constexpr const char* kBlanksStay = "Blank samples stay blank. The display level
 void CheckDivisor(const Arguments& arguments)
 {
     if (arguments.Number("value") == 0.0) {
-        throw ParameterError("value = 0: must not be 0");
+        throw arguments.Refusal("value", "must not be 0");
     }
 }
 
@@ -130,13 +130,13 @@ std::vector<Operation> Arithmetic()
              .run = RunCalculation<kDivide>}};
 }
 
-void RunBalance(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunBalance(const CStlImage& given, const Arguments& arguments, const Run& run)
 {
-    GiveSkyLevels(frame.image);
-    CImgColorBalance result(frame.image);
-    result.Do(arguments.Number("red"), arguments.Number("green"), arguments.Number("blue"), &frame.image,
-              arguments.Rectangle("rect"), context.showProgress);
-    frame.image.Swap(&result);
+    const CStlImage image = WithSkyLevels(given);
+    CImgColorBalance result(image);
+    result.Do(arguments.Number("red"), arguments.Number("green"), arguments.Number("blue"), image,
+              arguments.Rectangle("rect"), run);
+    return result;
 }
 
 Parameter OffsetParameter(const char* plane)
@@ -184,14 +184,14 @@ Points MasterPoints(const Arguments& arguments)
 void CheckCurve(const Arguments& arguments)
 {
     if (arguments.Has("points") && arguments.Has("file")) {
-        throw ParameterError("points and file both give the curve; one must go");
+        throw arguments.Refusal("file", "points give the curve, too; one must go");
     }
 }
 
-void RunCurve(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunCurve(const CStlImage& given, const Arguments& arguments, const Run& run)
 {
-    if (HasChannel(arguments) && !frame.image.IsColor()) {
-        throw ParameterError("red, green and blue take a colour image of 3 planes; this one has 1");
+    if (HasChannel(arguments) && !given.IsColor()) {
+        throw InputError("image", "must have 3 planes for red, green and blue; it has 1");
     }
     const int entries = arguments.Whole("entries");
     std::vector<std::vector<float>> tables{Tabulate(MasterPoints(arguments), entries)};
@@ -199,10 +199,10 @@ void RunCurve(io::Frame& frame, Arguments& arguments, const Context& context)
         tables.push_back(Tabulate(arguments.Has(channel) ? arguments.Curve(channel) : kStraight, entries));
     }
     const float* const curves[] = {tables[0].data(), tables[1].data(), tables[2].data(), tables[3].data()};
-    GiveSkyLevels(frame.image);
-    CImgToneCurve result(frame.image);
-    result.Do(curves, entries, &frame.image, arguments.Rectangle("rect"), context.showProgress);
-    frame.image.Swap(&result);
+    const CStlImage image = WithSkyLevels(given);
+    CImgToneCurve result(image);
+    result.Do(curves, entries, image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
 Parameter ChannelParameter(const char* channel)
@@ -246,12 +246,12 @@ Operation ToneCurve()
             .run = RunCurve};
 }
 
-void RunReduceTone(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunReduceTone(const CStlImage& given, const Arguments& arguments, const Run& run)
 {
-    GiveSkyLevels(frame.image);
-    CImgReduceTone result(frame.image);
-    result.Do(arguments.Whole("levels"), &frame.image, arguments.Rectangle("rect"), context.showProgress);
-    frame.image.Swap(&result);
+    const CStlImage image = WithSkyLevels(given);
+    CImgReduceTone result(image);
+    result.Do(arguments.Whole("levels"), image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
 Operation ReduceTone()
@@ -284,21 +284,21 @@ int MapNumber(const std::string& map)
     return static_cast<int>(std::find(Maps().begin(), Maps().end(), map) - Maps().begin()) % 4;
 }
 
-void RunFalseColor(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunFalseColor(const CStlImage& given, const Arguments& arguments, const Run& run)
 {
-    GiveSkyLevels(frame.image);
-    const double low = arguments.Has("low") ? arguments.Number("low") : frame.image.GetLevelMin(0);
-    const double high = arguments.Has("high") ? arguments.Number("high") : frame.image.GetLevelMax(0);
+    const CStlImage image = WithSkyLevels(given);
+    const double low = arguments.Has("low") ? arguments.Number("low") : image.GetLevelMin(0);
+    const double high = arguments.Has("high") ? arguments.Number("high") : image.GetLevelMax(0);
     if (low == high) {
-        throw ParameterError("low = " + ToText(Value(low)) + ", high = " + ToText(Value(high)) + ": they must differ");
+        throw ParameterError("high", ToText(Value(high)), "must differ from low");
     }
-    CImgFalseColor result(frame.image);
+    CImgFalseColor result(image);
     if (result.ToColor() == 0) {
         AfxThrowMemoryException();
     }
-    result.Do(low, high, MapNumber(arguments.Text("map")), arguments.Whole("cycles"), &frame.image,
-              arguments.Rectangle("rect"), context.showProgress);
-    frame.image.Swap(&result);
+    result.Do(low, high, MapNumber(arguments.Text("map")), arguments.Whole("cycles"), image,
+              arguments.Rectangle("rect"), run);
+    return result;
 }
 
 Operation FalseColor()
@@ -311,7 +311,7 @@ Operation FalseColor()
                             "planes; outside of the rectangle they are grey. High below low turns the map over. Of "
                             "a colour image make one plane with to-grey first.") +
                 kGivenLevels,
-            .planes = Planes::Mono,
+            .inputs = {{.planes = Planes::Mono}},
             .parameters = {{.name = "low",
                             .summary = "the sample where the map begins",
                             .unit = "counts",

@@ -2,6 +2,8 @@
 
 #include <stdexcept>
 
+#include "io/frame.h"
+
 namespace corvane::catalogue {
 
 const Value* Arguments::Find(std::string_view name) const
@@ -55,14 +57,30 @@ const Points& Arguments::Curve(std::string_view name) const
     return Get<Points>(name);
 }
 
-CRect* Arguments::Rectangle(std::string_view name)
+const std::vector<double>& Arguments::Numbers(std::string_view name) const
 {
-    for (Argument& argument : list_) {
-        if (argument.parameter->name == name) {
-            return &std::get<CRect>(argument.value);
-        }
-    }
-    return nullptr;
+    return Get<std::vector<double>>(name);
+}
+
+const CRect* Arguments::Rectangle(std::string_view name) const
+{
+    return Has(name) ? &Get<CRect>(name) : nullptr;
+}
+
+io::Frame Arguments::Image(std::string_view name) const
+{
+    return IsWord(name) ? io::Load(Text(name)) : io::Frame(*Get<SharedFrame>(name));
+}
+
+std::string Arguments::InWords(std::string_view name) const
+{
+    const Value* value = Find(name);
+    return value == nullptr ? std::string() : ToText(*value);
+}
+
+Error Arguments::Refusal(const std::string& name, const std::string& reason) const
+{
+    return ParameterError(name, InWords(name), reason);
 }
 
 } // namespace corvane::catalogue

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "catalogue/parameter.h"
+#include "corvane/core/error.h"
+#include "corvane/platform/export.h"
 
 namespace corvane::catalogue {
 
@@ -20,23 +22,31 @@ struct Argument {
 ///
 /// Names are those of the operation's own parameters. A reader of the wrong kind throws std::bad_variant_access, one of
 /// a parameter without a value std::logic_error: only a mistake in the catalogue leads there.
-class Arguments {
+class CORVANE_VISIBLE Arguments {
 public:
     void Add(Argument argument) { list_.push_back(std::move(argument)); }
     const std::vector<Argument>& List() const { return list_; }
 
     /// True when the parameter was given or has a default.
     bool Has(std::string_view name) const { return Find(name) != nullptr; }
-    /// True when a number was given by a word.
+    /// True when a number was given by a word, an image by the name of its file.
     bool IsWord(std::string_view name) const;
     double Number(std::string_view name) const;
     int Whole(std::string_view name) const;
     bool Flag(std::string_view name) const;
     /// The text of a choice or of a file name.
     const std::string& Text(std::string_view name) const;
+    const std::vector<double>& Numbers(std::string_view name) const;
     const Points& Curve(std::string_view name) const;
     /// The rectangle in the form that operations take: null when none was given. It lives as long as the arguments.
-    CRect* Rectangle(std::string_view name);
+    const CRect* Rectangle(std::string_view name) const;
+    /// An image of one's own: a copy of one in memory, or that of the file, read.
+    io::Frame Image(std::string_view name) const;
+    /// The value as a person writes it; empty for a parameter without.
+    std::string InWords(std::string_view name) const;
+
+    /// A value that is not allowed, as an Error: `throw arguments.Refusal("rank", "must be 0 to 8")`.
+    Error Refusal(const std::string& name, const std::string& reason) const;
 
 private:
     const Value* Find(std::string_view name) const;

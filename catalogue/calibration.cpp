@@ -19,32 +19,39 @@ std::string SizeText(int width, int height, int planes)
            (planes == 1 ? " plane" : " planes");
 }
 
-// A calibration frame of one plane serves every plane of a colour image. It is judged before its samples are read.
-io::Frame LoadFitting(const std::string& file, const io::Frame& frame, const Context& context)
+void CheckFits(int width, int height, int planes, const CStlImage& image, const Arguments& arguments)
 {
-    const CStlImage& image = frame.image;
-    const io::FrameInfo info = io::OpenFrame(file)->Info();
-    if (info.width != image.GetWidth() || info.height != image.GetHeight() || info.planes > image.GetPlanes()) {
-        throw ParameterError("file = " + file + ": is " + SizeText(info.width, info.height, info.planes) +
-                             "; the image is " + SizeText(image.GetWidth(), image.GetHeight(), image.GetPlanes()));
+    if (width != image.GetWidth() || height != image.GetHeight() || planes > image.GetPlanes()) {
+        throw arguments.Refusal("file", "is " + SizeText(width, height, planes) + "; the image is " +
+                                            SizeText(image.GetWidth(), image.GetHeight(), image.GetPlanes()));
     }
-    io::Frame calibration = io::Load(file);
-    BringToOrderOf(frame, calibration, context);
+}
+
+// A calibration frame of one plane serves every plane of a colour image. A file is judged before its samples are read.
+io::Frame FittingFrame(const Arguments& arguments, const io::Frame& frame, const Run& run)
+{
+    if (arguments.IsWord("file")) {
+        const io::FrameInfo info = io::OpenFrame(arguments.Text("file"))->Info();
+        CheckFits(info.width, info.height, info.planes, frame.image, arguments);
+    }
+    io::Frame calibration = arguments.Image("file");
+    const CStlImage& image = calibration.image;
+    CheckFits(image.GetWidth(), image.GetHeight(), image.GetPlanes(), frame.image, arguments);
+    BringToOrderOf(frame, calibration, run);
     return calibration;
 }
 
-void RunDark(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunDark(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
-    io::Frame dark = LoadFitting(arguments.Text("file"), frame, context);
-    frame.image.DarkClbrtn(&dark.image, context.showProgress);
+    frame.image.DarkClbrtn(FittingFrame(arguments, frame, run).image, run);
 }
 
 /// Divides by a flat some of whose samples, now NaN, are undefined.
-void DivideBesideGaps(CStlImage& image, const CStlImage& flat, int showProgress)
+void DivideBesideGaps(CStlImage& image, const CStlImage& flat, const Run& run)
 {
     const double mean = MeanBesideGaps(flat, 0);
     const BlankRule rule(flat, image);
-    WalkRows(image, flat, nullptr, WindowRun(image, showProgress), IDS_FLAT, [&](int) {
+    WalkRows(image, flat, nullptr, run, IDS_FLAT, [&](int) {
         return [&](const float* from, float* row, int count) {
             DivideFlatRow(row, from, count, mean, rule);
             CopyGaps(from, row, count);
@@ -52,25 +59,25 @@ void DivideBesideGaps(CStlImage& image, const CStlImage& flat, int showProgress)
     });
 }
 
-void RunFlat(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunFlat(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
-    const std::string& file = arguments.Text("file");
-    io::Frame flat = LoadFitting(file, frame, context);
+    io::Frame flat = FittingFrame(arguments, frame, run);
     const long long gaps = MarkGaps(flat.image);
     if (gaps == static_cast<long long>(flat.image.GetPixelCount()) * flat.image.GetPlanes()) {
-        throw ParameterError("file = " + file + ": has no sample that is defined");
+        throw arguments.Refusal("file", "has no sample that is defined");
     }
     if (gaps == 0) {
-        frame.image.FlatClbrtn(&flat.image, context.showProgress);
+        frame.image.FlatClbrtn(flat.image, run);
         return;
     }
-    DivideBesideGaps(frame.image, flat.image, context.showProgress);
-    context.Note(file + ": undefined samples: " + std::to_string(gaps) + "; the result is undefined there");
+    DivideBesideGaps(frame.image, flat.image, run);
+    run.TellNote(arguments.InWords("file") + ": undefined samples: " + std::to_string(gaps) +
+                 "; the result is undefined there");
 }
 
 Parameter FileParameter(const std::string& summary)
 {
-    return {.name = "file", .kind = Kind::File, .summary = summary};
+    return {.name = "file", .kind = Kind::Image, .summary = summary, .aliases = {"frame"}};
 }
 
 } // namespace

@@ -12,30 +12,6 @@
 namespace corvane::catalogue {
 namespace {
 
-// Both conversions read the samples of the image that the result starts as a copy of.
-void Convert(CStlImage& image, int (CStlImage::*conversion)(CStlImage*, int), const Context& context)
-{
-    CStlImage result(image);
-    if ((result.*conversion)(&image, context.showProgress) == 0) {
-        AfxThrowMemoryException();
-    }
-    image.Swap(&result);
-}
-
-/// The L*a*b* planes of what the image shows. The library always reports to the image's window, which is taken away
-/// from it when nothing is to be reported.
-std::unique_ptr<CStlImage> MakeLab(CStlImage& image, const Context& context)
-{
-    HWND window = image.GetProgressHandle();
-    image.SetProgressHandle(context.showProgress != 0 ? window : nullptr);
-    std::unique_ptr<CStlImage> lab(image.MakeLabPlane());
-    image.SetProgressHandle(window);
-    if (lab == nullptr) {
-        AfxThrowMemoryException();
-    }
-    return lab;
-}
-
 Sky MeasureSkyOfPlane(const CStlImage& image, int plane)
 {
     CStlImage one(-32, image.GetWidth(), image.GetHeight(), 1, 1.0, 0.0, 0);
@@ -47,12 +23,14 @@ Sky MeasureSkyOfPlane(const CStlImage& image, int plane)
     return MeasureSky(one);
 }
 
-/// Chooses levels for an image that came without: its sky becomes a dark grey and its stars keep their colours. Every
-/// plane has the same range, from below the noise of its own sky, since what is darker than black loses its colour.
-void GiveColourLevels(CStlImage& image)
+/// An image that came without display levels with some that show its sky a dark grey, and its stars in their colours.
+/// Every plane has the same range, from below the noise of its own sky, since what is darker than black loses its
+/// colour. The samples are those of the image.
+CStlImage WithColourLevels(const CStlImage& image)
 {
+    CStlImage shown = image.Shared();
     if (image.HasOwnLevel() != 0) {
-        return;
+        return shown;
     }
     std::vector<double> means;
     double sigma = 0.0;
@@ -64,20 +42,20 @@ void GiveColourLevels(CStlImage& image)
     const double unit = sigma > 0.0 ? sigma : 1.0;
     for (int plane = 0; plane < image.GetPlanes(); ++plane) {
         const double mean = means[static_cast<std::size_t>(plane)];
-        image.CImage::SetLevel(plane, mean - 4.0 * unit, mean + 60.0 * unit);
+        shown.CImage::SetLevel(plane, mean - 4.0 * unit, mean + 60.0 * unit);
     }
-    image.SetOwnLevel(1);
+    shown.SetOwnLevel(1);
+    return shown;
 }
 
-void RunSaturate(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunSaturate(const CStlImage& given, const Arguments& arguments, const Run& run)
 {
-    GiveColourLevels(frame.image);
+    const CStlImage image = WithColourLevels(given);
     const auto gain = [&](const char* hue) { return arguments.Number(arguments.Has(hue) ? hue : "gain"); };
-    const std::unique_ptr<CStlImage> lab = MakeLab(frame.image, context);
-    CImgLabColorEnhance result(frame.image);
-    result.Do(lab.get(), gain("red"), gain("green"), gain("yellow"), gain("blue"), arguments.Rectangle("rect"),
-              context.showProgress);
-    frame.image.Swap(&result);
+    const std::unique_ptr<CStlImage> lab = image.MakeLabPlane(run);
+    CImgLabColorEnhance result(image);
+    result.Do(*lab, gain("red"), gain("green"), gain("yellow"), gain("blue"), arguments.Rectangle("rect"), run);
+    return result;
 }
 
 Parameter GainParameter(const char* name, const char* summary, const char* alias)
@@ -94,7 +72,7 @@ Operation Saturate()
                     "negative gain turns it to the opposite hue. Lightness stays, as far as the colour can be shown. "
                     "Samples below black and undefined ones become black; what is above white is kept. The display "
                     "levels stay. Without them, it chooses levels that show the sky grey first.",
-            .planes = Planes::Colour,
+            .inputs = {{.planes = Planes::Colour}},
             .parameters = {{.name = "gain",
                             .summary = "of every hue that has no gain of its own",
                             .min = -10.0,
@@ -110,17 +88,27 @@ Operation Saturate()
 }
 
 // The frame keeps its coordinates and cards: it takes the samples alone.
-void RunLab(io::Frame& frame, Arguments&, const Context& context)
+void RunLab(io::Frame& frame, const Arguments&, const Run& run)
 {
-    CStlImage& image = frame.image;
     MarkUndefined(frame);
-    GiveColourLevels(image);
-    const std::unique_ptr<CStlImage> lab = MakeLab(image, context);
+    frame.image = WithColourLevels(frame.image);
+    CStlImage& image = frame.image;
+    const std::unique_ptr<CStlImage> lab = image.MakeLabPlane(run);
     image.PixelBlt(0, 0, image.GetWidth(), image.GetHeight(), lab.get(), 0, 0, 0);
     image.SetLevel(0, 0.0, 100.0);
     image.SetLevel(1, -100.0, 100.0);
     image.SetLevel(2, -100.0, 100.0);
     image.SetOwnLevel(1);
+}
+
+template <int (CStlImage::*kConversion)(const CStlImage&, const Run&)>
+CStlImage RunConversion(const CStlImage& image, const Arguments&, const Run& run)
+{
+    CStlImage result(image);
+    if ((result.*kConversion)(image, run) == 0) {
+        AfxThrowMemoryException();
+    }
+    return result;
 }
 
 // It refuses an image without any sample that is defined, as a part of one may be.
@@ -134,7 +122,7 @@ Operation ToLabPlanes()
                     "0 to 100 for L and -100 to 100 for a and b, so a grey image shows a and b in the middle. Without "
                     "display levels, it chooses some that show the sky grey first. A pixel that is undefined in one "
                     "plane becomes so in all.",
-            .planes = Planes::Colour,
+            .inputs = {{.planes = Planes::Colour}},
             .footprint = Always({.levels = LevelUse::Chosen, .statistics = true}),
             .run = RunLab};
 }
@@ -148,19 +136,17 @@ std::vector<Operation> ColourOperations()
          .summary = "turn a colour image into one plane of brightness",
          .help = "Brightness is 0.299 R + 0.587 G + 0.114 B of what the display levels show; the result has the levels "
                  "of the red plane.",
-         .planes = Planes::Colour,
+         .inputs = {{.planes = Planes::Colour}},
          .footprint = Always({.levels = LevelUse::Read}),
          .aliases = {"to-gray"},
-         .run = [](io::Frame& frame, Arguments&,
-                   const Context& context) { Convert(frame.image, &CStlImage::ToGray, context); }},
+         .run = RunConversion<&CStlImage::ToGray>},
         {.name = "to-color",
          .summary = "turn an image of one plane into three equal planes",
          .help = "The three planes take the samples and the display levels of the one.",
-         .planes = Planes::Mono,
+         .inputs = {{.planes = Planes::Mono}},
          .footprint = Always({}),
          .aliases = {"to-colour"},
-         .run = [](io::Frame& frame, Arguments&,
-                   const Context& context) { Convert(frame.image, &CStlImage::ToColor, context); }},
+         .run = RunConversion<&CStlImage::ToColor>},
         Saturate(),
         ToLabPlanes(),
     };

@@ -1,16 +1,19 @@
-#include "catalogue/colour_composite.h"
+// Colour images made of several frames.
 
 #include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "catalogue/colour_header.h"
-#include "catalogue/numbers.h"
+#include "catalogue/operations.h"
+#include "catalogue/registration.h"
 #include "catalogue/sky_black.h"
 #include "catalogue/undefined.h"
 #include "corvane/colour/cmy_composite.h"
 #include "corvane/colour/lrgb_composite.h"
 #include "corvane/colour/rgb_composite.h"
 #include "corvane/core/display_scale.h"
-#include "corvane/core/error.h"
 #include "corvane/core/turn.h"
 #include "corvane/platform/memory_exception.h"
 #include "io/sky.h"
@@ -18,14 +21,8 @@
 namespace corvane::catalogue {
 namespace {
 
-void CheckPlanes(const io::Frame& frame, int planes, const std::string& role)
-{
-    const int has = frame.image.GetPlanes();
-    if (has != planes) {
-        throw FileError(frame.image.GetOrgFileName(), "has " + std::to_string(has) + (has == 1 ? " plane" : " planes") +
-                                                          "; " + role + " must have " + std::to_string(planes));
-    }
-}
+using Frames = std::vector<io::Frame>;
+using Fits = std::vector<Fit>;
 
 /// Where the pixels of the first frame go.
 io::PixelMap MapOf(const CfPoint& centre, const Fit& fit)
@@ -44,105 +41,210 @@ void Centre(const CStlImage& first, CStlImage& scaled, Fit& fit)
     fit.dy += (first.GetHeight() - 1) * 0.5 - scaled.GetStdCtr().y;
 }
 
-bool HaveOwnLevels(const std::vector<io::Frame>& frames)
+bool HaveOwnLevels(const Frames& frames)
 {
     return std::all_of(frames.begin(), frames.end(), [](const io::Frame& f) { return f.image.HasOwnLevel() != 0; });
 }
 
-/// One composite: which frames it takes, and how they become one.
-struct Composite {
-    std::string command;
-    std::vector<int> planes; ///< in which stars are looked for
-    std::string options;     ///< as they stand on a command line
-
-    /// Makes the first frame the result, by combine(result, fits).
-    template <class Result, class Combine>
-    std::vector<Fit> Run(std::vector<io::Frame>& frames, const ColourOptions& colour, const Context& context,
-                         Combine combine) const
-    {
-        std::vector<Fit> fits = FitFrames(frames, planes, colour.registration, context);
-        std::for_each(frames.begin(), frames.end(), MarkUndefined);
-        Result result(frames[0].image);
-        if (result.ToColor() == 0) {
-            AfxThrowMemoryException();
-        }
-        combine(result, fits);
-        const std::string text = "corvane " + command + FileNames(frames) + ToText(colour.registration) + options;
-        DescribeColour(text, frames, fits);
-        if (fits[0].dx != 0.0 || fits[0].dy != 0.0 || fits[0].angle != 0.0) {
-            CarryCoordinates(MapOf(frames[0].image.GetStdCtr(), fits[0]), frames[0], result);
-        }
-        frames[0].image.Swap(&result);
-        return fits;
-    }
-};
-
-std::string OutsideText(const ColourOptions& options)
+/// Takes the frames of inputs of one frame each.
+Frames Taken(Inputs& inputs, const std::vector<std::string>& names)
 {
-    return options.outside == 0 ? "" : " --outside " + std::to_string(options.outside);
+    Frames frames;
+    for (const std::string& name : names) {
+        frames.push_back(std::move(inputs[name].front()));
+    }
+    return frames;
 }
 
-} // namespace
-
-void CheckColour(const ColourOptions& options)
+/// Makes one image of frames that are brought onto the first, by looking for stars in the given planes and then by
+/// combine(result, fits). Undefined samples become NaN.
+template <class Result, class Combine>
+Outputs Compose(Frames& frames, const std::vector<int>& planes, const Arguments& arguments, const Run& run,
+                Combine combine)
 {
-    CheckRegistration(options.registration);
-    CheckRange("--scale", options.scale, kMinScale, kMaxScale);
-    if (options.scale != 1.0 && options.registration.align == "shift") {
-        throw ParameterError("--scale = " + ToText(Value(options.scale)) +
-                             ": --align shift finds stars at the same scale only");
+    Fits fits = FitFrames(frames, planes, RegistrationOf(arguments, frames.size()), run);
+    std::for_each(frames.begin(), frames.end(), MarkUndefined);
+    io::Frame& first = frames[0];
+    Result result(first.image);
+    if (result.ToColor() == 0) {
+        AfxThrowMemoryException();
     }
+    combine(result, fits);
+    DescribeColour(frames, fits);
+    if (fits[0].dx != 0.0 || fits[0].dy != 0.0 || fits[0].angle != 0.0) {
+        CarryCoordinates(MapOf(first.image.GetStdCtr(), fits[0]), first, result);
+    }
+    first.image = std::move(result);
+    Outputs outputs;
+    outputs.emplace("image", std::move(first));
+    outputs.emplace("fits", TableOf(fits));
+    return outputs;
 }
 
-std::vector<Fit> RunRgb(std::vector<io::Frame>& frames, const ColourOptions& options, const Context& context)
+void Combine(CImgRgbCmpst& result, const Frames& frames, const Fits& at, int outside, const Run& run)
 {
-    CheckColour(options);
+    result.Do(frames[0].image, at[0].dx, at[0].dy, at[0].angle, frames[1].image, at[1].dx, at[1].dy, at[1].angle,
+              frames[2].image, at[2].dx, at[2].dy, at[2].angle, nullptr, outside, nullptr, run);
+}
+
+void Combine(CImgCmyComposit& result, const Frames& frames, const Fits& at, int outside, const Run& run)
+{
+    result.Do(frames[0].image, at[0].dx, at[0].dy, at[0].angle, frames[1].image, at[1].dx, at[1].dy, at[1].angle,
+              frames[2].image, at[2].dx, at[2].dy, at[2].angle, nullptr, outside, run);
+}
+
+/// Of three frames through filters; a colour frame gives the plane of its colour.
+template <class Result>
+Outputs ComposeThree(Frames frames, const Arguments& arguments, const Run& run)
+{
     std::vector<int> planes;
     for (std::size_t i = 0; i < frames.size(); ++i) {
         planes.push_back(frames[i].image.GetPlanes() >= 3 ? static_cast<int>(i) : 0);
     }
     const bool own = HaveOwnLevels(frames);
-    const Composite composite{"rgb", planes, OutsideText(options)};
-    return composite.Run<CImgRgbCmpst>(frames, options, context, [&](CImgRgbCmpst& result, std::vector<Fit>& at) {
-        result.Do(&frames[0].image, at[0].dx, at[0].dy, at[0].angle, &frames[1].image, at[1].dx, at[1].dy, at[1].angle,
-                  &frames[2].image, at[2].dx, at[2].dy, at[2].angle, nullptr, options.outside, nullptr,
-                  context.showProgress);
+    return Compose<Result>(frames, planes, arguments, run, [&](Result& result, const Fits& at) {
+        Combine(result, frames, at, arguments.Whole("outside"), run);
         result.SetOwnLevel(own ? 1 : 0);
     });
 }
 
-std::vector<Fit> RunCmy(std::vector<io::Frame>& frames, const ColourOptions& options, const Context& context)
+Outputs RunRgb(Inputs& inputs, const Arguments& arguments, const Run& run)
 {
-    CheckColour(options);
-    for (const io::Frame& frame : frames) {
-        CheckPlanes(frame, 1, "a frame through one filter");
-    }
-    const bool own = HaveOwnLevels(frames);
-    const Composite composite{"cmy", {0, 0, 0}, OutsideText(options)};
-    return composite.Run<CImgCmyComposit>(frames, options, context, [&](CImgCmyComposit& result, std::vector<Fit>& at) {
-        result.Do(&frames[0].image, at[0].dx, at[0].dy, at[0].angle, &frames[1].image, at[1].dx, at[1].dy, at[1].angle,
-                  &frames[2].image, at[2].dx, at[2].dy, at[2].angle, nullptr, options.outside, context.showProgress);
-        result.SetOwnLevel(own ? 1 : 0);
-    });
+    return ComposeThree<CImgRgbCmpst>(Taken(inputs, {"r", "g", "b"}), arguments, run);
 }
 
-std::vector<Fit> RunLrgb(std::vector<io::Frame>& frames, const ColourOptions& options, const Context& context)
+Outputs RunCmy(Inputs& inputs, const Arguments& arguments, const Run& run)
 {
-    CheckColour(options);
-    CheckPlanes(frames[1], 3, "the colour frame");
-    const int green = 1;
-    std::string text = options.average ? " --average" : "";
-    text += options.scale == 1.0 ? "" : " --scale " + ToText(Value(options.scale));
-    const Composite composite{"lrgb", {frames[0].image.GetPlanes() >= 3 ? green : 0, green}, text};
-    return composite.Run<CImgLrgbCmpst>(frames, options, context, [&](CImgLrgbCmpst& result, std::vector<Fit>& at) {
-        if (options.scale != 1.0 && options.registration.align == "none") {
-            Centre(frames[0].image, frames[1].image, at[1]);
+    return ComposeThree<CImgCmyComposit>(Taken(inputs, {"c", "m", "y"}), arguments, run);
+}
+
+// With a scale and without stars the middle of the colour frame comes to lie on that of the luminance frame.
+Outputs RunLrgb(Inputs& inputs, const Arguments& arguments, const Run& run)
+{
+    constexpr int kGreen = 1;
+    Frames frames = Taken(inputs, {"l", "rgb"});
+    CStlImage& luminance = frames[0].image;
+    CStlImage& colour = frames[1].image;
+    const double scale = arguments.Number("scale");
+    const std::vector<int> planes{luminance.GetPlanes() >= 3 ? kGreen : 0, kGreen};
+    return Compose<CImgLrgbCmpst>(frames, planes, arguments, run, [&](CImgLrgbCmpst& result, Fits& at) {
+        if (scale != 1.0 && arguments.Text("align") == "none") {
+            Centre(luminance, colour, at[1]);
         }
-        GiveSkyBlack(frames[0].image);
-        GiveSkyBlack(frames[1].image);
-        result.DoLrgb(&frames[0].image, at[0].dx, at[0].dy, at[0].angle, &frames[1].image, at[1].dx, at[1].dy,
-                      at[1].angle, options.scale, nullptr, options.average ? 1 : 0, context.showProgress);
+        GiveSkyBlack(luminance);
+        GiveSkyBlack(colour);
+        result.DoLrgb(luminance, at[0].dx, at[0].dy, at[0].angle, colour, at[1].dx, at[1].dy, at[1].angle, scale,
+                      nullptr, arguments.Flag("average"), run);
     });
+}
+
+void CheckLrgb(const Arguments& arguments)
+{
+    CheckRegistration(arguments, 2);
+    if (arguments.Number("scale") != 1.0 && arguments.Text("align") == "shift") {
+        throw arguments.Refusal("scale", "must be 1 with align = shift, which finds stars at the same scale only");
+    }
+}
+
+constexpr const char* kAlignment =
+    " The star of align = shift should be the brightest within the square and the range, and wider than two pixels. "
+    "What stars say is told, to a tenth of a pixel with shift; shifts and turns by hand are added to it. A frame turns "
+    "about its first star, without stars about its middle.";
+
+std::vector<Parameter> With(std::vector<Parameter> own, const std::vector<std::string>& names)
+{
+    const std::vector<Parameter> registration = RegistrationParameters(names);
+    own.insert(own.begin(), registration.begin(), registration.end());
+    return own;
+}
+
+Parameter OutsideParameter()
+{
+    return {.name = "outside",
+            .kind = Kind::Whole,
+            .summary = "the value of samples outside of a frame",
+            .unit = "counts",
+            .defaultValue = 0};
+}
+
+std::vector<Output> ColourOutputs()
+{
+    return {Output{},
+            {.name = "fits",
+             .kind = OutputKind::Table,
+             .summary = "where each frame lies on the first: dx, dy, angle; and by how many stars it is known"}};
+}
+
+Operation Rgb()
+{
+    return {.name = "rgb",
+            .summary = "make a colour image of frames for red, green and blue",
+            .help = std::string("Samples keep their values. The result has the size and header of R, each plane the "
+                                "display levels of its frame. A colour frame gives its plane of that colour. What is "
+                                "undefined in a frame stays so.") +
+                    kAlignment,
+            .inputs = {{.name = "r", .summary = "the frame for red"},
+                       {.name = "g", .summary = "the frame for green"},
+                       {.name = "b", .summary = "the frame for blue"}},
+            .parameters = With({OutsideParameter()}, {"R", "G", "B"}),
+            .outputs = ColourOutputs(),
+            .check = [](const Arguments& arguments) { CheckRegistration(arguments, 3); },
+            .run = RunRgb};
+}
+
+Operation Cmy()
+{
+    return {.name = "cmy",
+            .summary = "make a colour image of frames for cyan, magenta, yellow",
+            .help = std::string("Red becomes Y + M - C, green C + Y - M, blue C + M - Y. The result has the size and "
+                                "header of C, and display levels between those of the frames. What is undefined in a "
+                                "frame stays so.") +
+                    kAlignment,
+            .inputs = {{.name = "c", .summary = "the frame for cyan", .planes = Planes::Mono},
+                       {.name = "m", .summary = "the frame for magenta", .planes = Planes::Mono},
+                       {.name = "y", .summary = "the frame for yellow", .planes = Planes::Mono}},
+            .parameters = With({OutsideParameter()}, {"C", "M", "Y"}),
+            .outputs = ColourOutputs(),
+            .check = [](const Arguments& arguments) { CheckRegistration(arguments, 3); },
+            .run = RunCmy};
+}
+
+Operation Lrgb()
+{
+    return {
+        .name = "lrgb",
+        .summary = "give the colours of one image to the luminance of another",
+        .help = std::string(
+                    "Both are taken as their display levels show them. A file that has none gets, for this work alone, "
+                    "black just below the sky of each plane and white at its largest sample. So levels matter: where "
+                    "one file shows faint parts brighter than the other, colours get paler or stronger. Set them with "
+                    "the steps auto-levels or levels first. What lies below black is cut off, and so is what is more "
+                    "than 19.6 times as far above it as white; not so with average. The result has the size, header "
+                    "and levels of L. Where RGB is not, L is grey; undefined samples become black, but with average "
+                    "stay undefined. With a scale and without stars the middle of RGB lies on that of L.") +
+                kAlignment,
+        .inputs = {{.name = "l", .summary = "the luminance frame"},
+                   {.name = "rgb", .summary = "the colour frame", .planes = Planes::Colour}},
+        .parameters = With({{.name = "average",
+                             .kind = Kind::Flag,
+                             .summary = "take the mean of both instead of lightness and colour in CIE L*a*b*",
+                             .defaultValue = false},
+                            {.name = "scale",
+                             .summary = "pixels of RGB that go on one of L: 0.5 enlarges an RGB that was binned 2 x 2",
+                             .min = 0.01,
+                             .max = 100.0,
+                             .defaultValue = 1.0}},
+                           {"L", "RGB"}),
+        .outputs = ColourOutputs(),
+        .check = CheckLrgb,
+        .run = RunLrgb};
+}
+
+} // namespace
+
+std::vector<Operation> ColourCompositeOperations()
+{
+    return {Rgb(), Cmy(), Lrgb()};
 }
 
 } // namespace corvane::catalogue

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <iterator>
+#include <string>
 
 #include "catalogue/filter_mosaic.h"
 #include "catalogue/parameter.h"
@@ -45,16 +47,7 @@ bool HaveOneExposure(const std::vector<io::Frame>& frames)
 
 } // namespace
 
-std::string FileNames(const std::vector<io::Frame>& frames)
-{
-    std::string names;
-    for (const io::Frame& frame : frames) {
-        names += std::string(" ") + frame.image.GetOrgFileName();
-    }
-    return names;
-}
-
-void DescribeColour(const std::string& command, std::vector<io::Frame>& frames, const std::vector<Fit>& fits)
+void DescribeColour(std::vector<io::Frame>& frames, const std::vector<Fit>& fits)
 {
     std::vector<std::string> origins;
     std::transform(frames.begin(), frames.end(), fits.begin(), std::back_inserter(origins), Origin);
@@ -65,7 +58,6 @@ void DescribeColour(const std::string& command, std::vector<io::Frame>& frames, 
     Remove({"FILTER", "FILTER1", "FILTNAM", "DATE", "DATE-END", "DATE_END", "TIME-END", "UTEND", "MJD-END"}, header);
     DropExtremes(header);
     DropMosaic(header);
-    header.AddHistory(command);
     for (const std::string& origin : origins) {
         if (!origin.empty()) {
             header.AddHistory(origin);

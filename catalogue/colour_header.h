@@ -1,6 +1,5 @@
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "catalogue/placement.h"
@@ -8,13 +7,10 @@
 
 namespace corvane::catalogue {
 
-/// The frames' files, with a blank before each.
-std::string FileNames(const std::vector<io::Frame>& frames);
-
 /// Makes the first frame's header that of a colour image made of all frames: takes away what holds for one filter alone
-/// (the filter, the exposure unless all have the same, extremes, the colour filter mosaic). Adds to HISTORY the command,
-/// where stars brought each frame, and filter and exposure of each as far as its header says.
-void DescribeColour(const std::string& command, std::vector<io::Frame>& frames, const std::vector<Fit>& fits);
+/// (the filter, the exposure unless all have the same, extremes, the colour filter mosaic). Adds to HISTORY where stars
+/// brought each frame, and filter and exposure of each as far as its header says.
+void DescribeColour(std::vector<io::Frame>& frames, const std::vector<Fit>& fits);
 
 /// Takes away the extremes that a header states: the samples are others now.
 void DropExtremes(io::Header& header);

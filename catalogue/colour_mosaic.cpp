@@ -15,13 +15,14 @@ std::string StatedPattern(const io::Frame& frame)
 {
     const auto named = io::BayerPattern(frame.header);
     if (const auto hinted = io::HintedBayerPattern(frame.header)) {
-        throw ParameterError("pattern = auto: the header names no pattern (BAYERPAT), but FILTER = " + *hinted +
-                             " looks like one; give pattern=" + *hinted);
+        throw ParameterError("pattern", "auto",
+                             "the header names no pattern (BAYERPAT), but FILTER = " + *hinted +
+                                 " looks like one; give pattern=" + *hinted);
     }
     if (!named) {
-        throw ParameterError(
-            "pattern = auto: the header names no pattern (BAYERPAT); give pattern=RGGB, GRBG, GBRG or BGGR if "
-            "this is a mosaic");
+        throw ParameterError("pattern", "auto",
+                             "the header names no pattern (BAYERPAT); give pattern=RGGB, GRBG, GBRG or BGGR if "
+                             "this is a mosaic");
     }
     return io::StoredBayerPattern(frame.header, frame.image.GetHeight()).value_or(*named);
 }
@@ -31,16 +32,17 @@ BayerPattern ChosenPattern(const io::Frame& frame, const std::string& choice)
     const std::string pattern = choice == "auto" ? StatedPattern(frame) : choice;
     const std::optional<BayerPattern> found = NamedBayerPattern(pattern);
     if (!found) {
-        throw ParameterError("pattern = auto: the mosaic of this frame is " + pattern + ", which is no Bayer pattern");
+        throw ParameterError("pattern", "auto",
+                             "the mosaic of this frame is " + pattern + ", which is no Bayer pattern");
     }
     return *found;
 }
 
-void RunDebayer(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunDebayer(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     const BayerPattern pattern = ChosenPattern(frame, arguments.Text("pattern"));
     const auto method = arguments.Text("method") == "bilinear" ? DemosaicMethod::kBilinear : DemosaicMethod::kEdgeAware;
-    Demosaic(frame.image, pattern, method, frame.image, WindowRun(frame.image, context.showProgress));
+    Demosaic(frame.image, pattern, method, frame.image, run);
     DropMosaic(frame.header);
 }
 
@@ -65,7 +67,7 @@ std::vector<Operation> ColourMosaicOperations()
                  "YBAYROFF and ROWORDER; a pattern that is given counts from the first row of the file. Colours are "
                  "not balanced. The three planes take the display levels of the one; the cards that describe the "
                  "mosaic are taken away.",
-         .planes = Planes::Mono,
+         .inputs = {{.planes = Planes::Mono}},
          .parameters = {{.name = "pattern",
                          .kind = Kind::Choice,
                          .summary = "the filters of the first two pixels of the first row, then of the second",

@@ -1,7 +1,9 @@
-#include "catalogue/composite.h"
+#include <string>
+#include <vector>
 
 #include "catalogue/names.h"
-#include "catalogue/numbers.h"
+#include "catalogue/operations.h"
+#include "catalogue/placement.h"
 #include "catalogue/row_order.h"
 #include "corvane/combine/composit.h"
 #include "corvane/core/display_scale.h"
@@ -11,103 +13,128 @@
 namespace corvane::catalogue {
 namespace {
 
+constexpr const char* kOverlayPoints = "overlay-points";
 constexpr double kDefaultRatio = 0.5;
+constexpr double kMaxRatio = 1e6;
 
-int ModeOf(const CompositeOptions& options)
-{
-    return PlaceOf(options.mode, CompositeModes());
-}
-
-void CheckRatio(const CompositeOptions& options)
-{
-    const bool isDesaturate = ModeOf(options) == kCompositeDesaturate;
-    if (isDesaturate && !options.ratio) {
-        throw ParameterError(
-            "--ratio must be given with --mode desaturate: how many times longer the base was exposed");
-    }
-    CheckRange("--ratio", options.ratio.value_or(kDefaultRatio), 0.0, isDesaturate ? kMaxRatio : 1.0);
-}
-
-void CheckFrames(const io::Frame& base, const io::Frame& overlay, const CompositeOptions& options)
-{
-    const CStlImage& image = base.image;
-    if (ModeOf(options) == kCompositeDesaturate && overlay.image.GetPlanes() > image.GetPlanes()) {
-        throw FileError(overlay.image.GetOrgFileName(),
-                        "has 3 planes; --mode desaturate takes as many as the base has, 1");
-    }
-    const CRect whole(0, 0, image.GetWidth(), image.GetHeight());
-    const CRect rect = options.rect.value_or(whole);
-    if (rect.left < 0 || rect.top < 0 || rect.right > whole.right || rect.bottom > whole.bottom) {
-        throw FileError(image.GetOrgFileName(),
-                        "--rect = " + ToText(Value(rect)) + ": must lie within the image, " + ToText(Value(whole)));
-    }
-}
-
-/// Desaturate takes the cosine of the turn for positive, so that it would mirror a greater one.
-std::string FaultOfTurn(const CompositeOptions& options, double angle)
-{
-    const bool isMirrored = ModeOf(options) == kCompositeDesaturate && Cosine(angle * kDegree) < 0.0;
-    return isMirrored ? "angle = " + ToText(Value(angle)) + ": must be -90 to 90 with --mode desaturate" : "";
-}
-
-std::string CommandText(const io::Frame& base, const io::Frame& overlay, const CompositeOptions& options)
-{
-    std::string text = std::string("corvane composite ") + base.image.GetOrgFileName() + " " +
-                       overlay.image.GetOrgFileName() + " --mode " + options.mode;
-    text += options.ratio ? " --ratio " + ToText(Value(*options.ratio)) : "";
-    text += options.display ? " --display" : "";
-    text += options.clamp ? " --clamp" : "";
-    if (ModeOf(options) == kCompositeDesaturate) {
-        text += " --fraction " + ToText(Value(options.fraction)) + " --radius " + std::to_string(options.radius);
-    }
-    text += options.rect ? " --rect " + ToText(Value(*options.rect)) : "";
-    return text + ToText(options.placement, kOverlayPoints);
-}
-
-} // namespace
-
-const std::vector<std::string>& CompositeModes()
+/// The place of a word is the number of the mode.
+const std::vector<std::string>& Modes()
 {
     static const std::vector<std::string> modes = {"sum",      "mean",    "blend", "difference", "product",
                                                    "quotient", "absdiff", "max",   "min",        "desaturate"};
     return modes;
 }
 
-void CheckComposite(const CompositeOptions& options)
+int ModeOf(const Arguments& arguments)
 {
-    CheckWord("--mode", options.mode, CompositeModes());
-    CheckRatio(options);
-    CheckRange("--fraction", options.fraction, 0.0, 1.0);
-    CheckRange("--radius", options.radius, 0.0, 2.0);
-    CheckPlacement(options.placement, kOverlayPoints);
-    const std::string fault = FaultOfTurn(options, options.placement.IsByStars() ? 0.0 : options.placement.angle);
-    if (!fault.empty()) {
-        throw ParameterError(fault);
+    return PlaceOf(arguments.Text("mode"), Modes());
+}
+
+bool IsDesaturate(const Arguments& arguments)
+{
+    return ModeOf(arguments) == kCompositeDesaturate;
+}
+
+double RatioOf(const Arguments& arguments)
+{
+    return arguments.Has("ratio") ? arguments.Number("ratio") : kDefaultRatio;
+}
+
+/// Desaturate takes the cosine of the turn for positive, so that it would mirror a greater one.
+void CheckTurn(const Arguments& arguments, double angle)
+{
+    if (IsDesaturate(arguments) && Cosine(angle * kDegree) < 0.0) {
+        throw ParameterError("angle", ToText(Value(angle)), "must be -90 to 90 with mode = desaturate");
     }
 }
 
-Fit RunComposite(io::Frame& base, io::Frame& overlay, const CompositeOptions& options, const Context& context)
+void CheckComposite(const Arguments& arguments)
 {
-    CheckComposite(options);
-    CheckFrames(base, overlay, options);
-    Placement placement = options.placement;
-    BringToOrderOf(base, overlay, context, &placement.secondPoints);
-    const Fit fit = FitOnto(base, overlay, placement);
-    if (const std::string fault = FaultOfTurn(options, fit.angle); !fault.empty()) {
-        throw FileError(overlay.image.GetOrgFileName(), fault);
+    if (IsDesaturate(arguments) && !arguments.Has("ratio")) {
+        throw arguments.Refusal("ratio",
+                                "must be given with mode = desaturate: how many times longer the base was exposed");
     }
-    if (ModeOf(options) == kCompositeDesaturate) {
+    if (!IsDesaturate(arguments) && RatioOf(arguments) > 1.0) {
+        throw arguments.Refusal("ratio", "must be 0 to 1");
+    }
+    CheckPlacement(arguments, kOverlayPoints);
+    CheckTurn(arguments, arguments.Has("points") ? 0.0 : arguments.Number("angle"));
+}
+
+Outputs RunComposite(Inputs& inputs, const Arguments& arguments, const Run& run)
+{
+    io::Frame& base = inputs["base"].front();
+    io::Frame& overlay = inputs["overlay"].front();
+    if (IsDesaturate(arguments) && overlay.image.GetPlanes() > base.image.GetPlanes()) {
+        throw InputError("overlay", "has 3 planes; mode = desaturate takes as many as the base has, 1");
+    }
+    Placement placement = PlacementOf(arguments, kOverlayPoints);
+    BringToOrderOf(base, overlay, run, &placement.secondPoints);
+    const Fit fit = FitOnto(base, overlay, placement);
+    CheckTurn(arguments, fit.angle);
+    if (IsDesaturate(arguments)) {
         base.image.CalcMinMax();
         overlay.image.CalcMinMax();
     }
-    CRect rect = options.rect.value_or(CRect(0, 0, base.image.GetWidth(), base.image.GetHeight()));
     CImgComposit result(base.image);
-    result.Do(&base.image, &overlay.image, fit.dx, fit.dy, fit.angle, ModeOf(options),
-              options.ratio.value_or(kDefaultRatio), options.display, options.clamp, options.fraction, options.radius,
-              &rect, context.showProgress, -1);
-    base.image.Swap(&result);
-    AddHistory(CommandText(base, overlay, options), fit, base.header);
-    return fit;
+    result.Do(base.image, overlay.image, fit.dx, fit.dy, fit.angle, ModeOf(arguments), RatioOf(arguments),
+              arguments.Flag("display"), arguments.Flag("clamp"), arguments.Number("fraction"),
+              arguments.Whole("radius"), arguments.Rectangle("rect"), run);
+    base.image = std::move(result);
+    return PairOutputs(base, fit);
+}
+
+std::vector<Parameter> CompositeParameters()
+{
+    std::vector<Parameter> parameters{
+        {.name = "mode", .kind = Kind::Choice, .summary = "how values are combined", .choices = Modes()},
+        {.name = "ratio",
+         .summary = "blend: weight of OVERLAY, 0 to 1; desaturate: exposure of BASE over that of OVERLAY",
+         .min = 0.0,
+         .max = kMaxRatio,
+         .whenAbsent = "0.5; desaturate needs it"},
+        {.name = "display",
+         .kind = Kind::Flag,
+         .summary = "combine what the display levels show, 0 to 255, instead of the samples as they are",
+         .defaultValue = false},
+        {.name = "clamp",
+         .kind = Kind::Flag,
+         .summary = "difference of colour images: negative ones become 0",
+         .defaultValue = false},
+        {.name = "fraction",
+         .summary = "desaturate: from which part of the maximum on a sample is saturated",
+         .min = 0.0,
+         .max = 1.0,
+         .defaultValue = 0.95},
+        {.name = "radius",
+         .kind = Kind::Whole,
+         .summary = "desaturate: look for saturation as far around a pixel",
+         .unit = "pixels",
+         .min = 0.0,
+         .max = 2.0,
+         .defaultValue = 0},
+        RectangleParameter()};
+    const std::vector<Parameter> placement = PlacementParameters(kOverlayPoints, "BASE", "OVERLAY");
+    parameters.insert(parameters.end(), placement.begin(), placement.end());
+    return parameters;
+}
+
+} // namespace
+
+std::vector<Operation> CompositeOperations()
+{
+    return {{.name = "composite",
+             .summary = "combine two images, pixel by pixel",
+             .help = "The result has the size, planes and header of BASE. OVERLAY may have any size; of a colour one a "
+                     "monochrome BASE gets the brightness. Without stars the turn is about the middle of OVERLAY, with "
+                     "stars about the first. Pixels beyond OVERLAY become undefined. Two stars give the turn as "
+                     "exactly as their centres are measured.",
+             .inputs = {{.name = "base", .summary = "the image that the other is placed on"},
+                        {.name = "overlay", .summary = "the image that is placed on it"}},
+             .parameters = CompositeParameters(),
+             .outputs = PairOutputs(),
+             .check = CheckComposite,
+             .run = RunComposite}};
 }
 
 } // namespace corvane::catalogue

@@ -29,8 +29,8 @@ double DevelopmentOffset(const CStlImage& image, const Arguments& arguments)
     }
     const double offset = arguments.Number("offset");
     if (offset <= image.GetLevelMin(0)) {
-        throw ParameterError("offset = " + ToText(Value(offset)) + ": must be above the level min of the image, " +
-                             ToText(Value(image.GetLevelMin(0))));
+        throw arguments.Refusal("offset",
+                                "must be above the level min of the image, " + ToText(Value(image.GetLevelMin(0))));
     }
     return offset;
 }
@@ -72,31 +72,29 @@ void LightenOutlines(const CStlImage& image, double offset, int selector, const 
     }
 }
 
-void RunDevelopment(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunDevelopment(const CStlImage& given, const Arguments& arguments, const Run& run)
 {
-    if (!std::isfinite(frame.image.GetAvrGrayRaw(0))) {
-        throw ParameterError("the first plane has undefined samples; " + std::string(kFillThem));
+    if (!std::isfinite(given.GetAvrGrayRaw(0))) {
+        throw InputError("image", "has undefined samples in its first plane; " + std::string(kFillThem));
     }
-    GiveLevels(frame.image, 1.0, 6.0); // bright areas are held back, so white may be near
-    const double offset = DevelopmentOffset(frame.image, arguments);
-    int selector = PlaneSelector(frame.image, arguments.Text("plane"));
-    CImgFilter result(frame.image);
-    result.DigitalDvlp(offset, arguments.Number("weight"), &frame.image, &selector, arguments.Rectangle("rect"),
-                       context.showProgress);
-    LightenOutlines(frame.image, offset, selector, arguments.Rectangle("rect"), result);
-    frame.image.Swap(&result);
+    const CStlImage image = WithLevels(given, 1.0, 6.0); // bright areas are held back, so white may be near
+    const double offset = DevelopmentOffset(image, arguments);
+    const int selector = PlaneSelector(image, arguments.Text("plane"));
+    CImgFilter result(image);
+    result.DigitalDvlp(offset, arguments.Number("weight"), image, &selector, arguments.Rectangle("rect"), run);
+    LightenOutlines(image, offset, selector, arguments.Rectangle("rect"), result);
+    return result;
 }
 
-void RunSmoothBackground(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunSmoothBackground(const CStlImage& given, const Arguments& arguments, const Run& run)
 {
     constexpr double kSkySigma = 3.0;
-    GiveLevels(frame.image, 2.0, 18.0); // smoothing fades over one deviation
-    const Sky sky = MeasureSky(frame.image);
+    const CStlImage image = WithLevels(given, 2.0, 18.0); // smoothing fades over one deviation
+    const Sky sky = MeasureSky(image);
     const double level = arguments.Has("level") ? arguments.Number("level") : sky.mean + kSkySigma * sky.sigma;
-    CImgFilter result(frame.image);
-    result.BkgSmooth(level, Shape(arguments), arguments.Number("weight"), &frame.image, arguments.Rectangle("rect"),
-                     context.showProgress);
-    frame.image.Swap(&result);
+    CImgFilter result(image);
+    result.BkgSmooth(level, Shape(arguments), arguments.Number("weight"), image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
 Footprint BackgroundFootprint(const Arguments& arguments)
@@ -106,37 +104,35 @@ Footprint BackgroundFootprint(const Arguments& arguments)
     return footprint;
 }
 
-void RunPosterize(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunPosterize(const CStlImage& given, const Arguments& arguments, const Run& run)
 {
-    GiveLevels(frame.image, 1.0, 12.0); // steps that are wider than the noise
-    CImgFilter result(frame.image);
-    result.AAPosterizationFilter(arguments.Whole("steps"), &frame.image, arguments.Rectangle("rect"),
-                                 context.showProgress);
-    frame.image.Swap(&result);
+    const CStlImage image = WithLevels(given, 1.0, 12.0); // steps that are wider than the noise
+    CImgFilter result(image);
+    result.AAPosterizationFilter(arguments.Whole("steps"), image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
 void CheckHotPixels(const Arguments& arguments)
 {
     if (!arguments.Flag("hot") && !arguments.Flag("cool")) {
-        throw ParameterError("hot = no, cool = no: one of them must be yes, or no pixel would change");
+        throw arguments.Refusal("cool", "must be yes with hot = no, or no pixel would change");
     }
 }
 
-void RunHotPixels(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunHotPixels(const CStlImage& image, const Arguments& arguments, const Run& run)
 {
-    CImgFilter result(frame.image);
+    CImgFilter result(image);
     result.NoiseCut(Shape(arguments), arguments.Number("threshold"), arguments.Flag("cool"), arguments.Flag("hot"),
-                    &frame.image, arguments.Rectangle("rect"), context.showProgress);
-    frame.image.Swap(&result);
+                    image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
-void RunContour(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunContour(const CStlImage& given, const Arguments& arguments, const Run& run)
 {
-    GiveLevels(frame.image, 0.0, 27.0); // the first of the usual lines lies above the noise
-    CImgFilter result(frame.image);
-    result.ContourFilter(arguments.Whole("levels"), arguments.Flag("overlay"), &frame.image,
-                         arguments.Rectangle("rect"), context.showProgress);
-    frame.image.Swap(&result);
+    const CStlImage image = WithLevels(given, 0.0, 27.0); // the first of the usual lines lies above the noise
+    CImgFilter result(image);
+    result.ContourFilter(arguments.Whole("levels"), arguments.Flag("overlay"), image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
 Operation Development()
@@ -148,7 +144,7 @@ Operation Development()
                 "where it is bright. A flat area as bright as the mean stays; what is at or below black stays too. "
                 "About blown cores samples keep half of their brightness at least, so that none is outlined in black. "
                 "Without display levels, it chooses them from the sky first. The result is made for "
-                "the levels that it has: render it with --levels file.",
+                "the levels that it has: show it with those.",
             .parameters = {{.name = "offset",
                             .summary = "the smaller, the more bright areas are held back; above black",
                             .unit = "counts",

@@ -3,34 +3,31 @@
 #include "corvane/tone/auto_level.h"
 
 namespace corvane::catalogue {
-namespace {
 
-/// Chooses levels, without a copy of the samples.
-void SetAutoLevels(CStlImage& image, double lowSigma, double highSigma)
+void SetAutoLevels(CStlImage& image, double lowSigma, double highSigma, bool perPlane, const CRect* rect)
 {
+    CRect area = rect == nullptr ? CRect() : *rect;
     CImgAutoLevel levels;
     levels.Swap(&image);
-    levels.Do(lowSigma, highSigma, 0, nullptr);
+    levels.Do(lowSigma, highSigma, perPlane, rect == nullptr ? nullptr : &area);
     image.Swap(&levels);
 }
 
-} // namespace
-
-Sky MeasureSky(CStlImage& image)
+Sky MeasureSky(const CStlImage& image)
 {
-    image.SetOrgLevel();
-    SetAutoLevels(image, 0.0, 1.0);
-    const Sky sky{image.GetLevelMin(0), image.GetLevelRange(0)};
-    image.RestoreOrgLevel();
-    return sky;
+    CStlImage measured = image.Shared();
+    SetAutoLevels(measured, 0.0, 1.0, false, nullptr);
+    return {measured.GetLevelMin(0), measured.GetLevelRange(0)};
 }
 
-void GiveLevels(CStlImage& image, double lowSigma, double highSigma)
+CStlImage WithLevels(const CStlImage& image, double lowSigma, double highSigma)
 {
-    if (image.HasOwnLevel() == 0) {
-        SetAutoLevels(image, lowSigma, highSigma);
-        image.SetOwnLevel(1);
+    CStlImage shown = image.Shared();
+    if (shown.HasOwnLevel() == 0) {
+        SetAutoLevels(shown, lowSigma, highSigma, false, nullptr);
+        shown.SetOwnLevel(1);
     }
+    return shown;
 }
 
 } // namespace corvane::catalogue

@@ -4,17 +4,21 @@
 
 namespace corvane::catalogue {
 
+/// Chooses levels; see CImgAutoLevel. The image changes hands for it: its samples are not copied.
+void SetAutoLevels(CStlImage& image, double lowSigma, double highSigma, bool perPlane, const CRect* rect);
+
 /// The sky of an image: mean and standard deviation of its samples, bright ones left out in monochrome images.
 struct Sky {
     double mean;
     double sigma;
 };
 
-/// Measures the sky. The image keeps its samples and levels; those that `SetOrgLevel` saved are replaced.
-Sky MeasureSky(CStlImage& image);
+/// Measures the sky.
+Sky MeasureSky(const CStlImage& image);
 
-/// For operations that work by what the screen shows: gives an image that came without display levels, and so has
-/// those of its extreme samples, levels as many standard deviations below and above its sky.
-void GiveLevels(CStlImage& image, double lowSigma, double highSigma);
+/// For operations that work by what the screen shows: an image that came without display levels, and so has those of its
+/// extreme samples, with levels as many standard deviations below and above its sky; another as it is. The samples are
+/// those of the image.
+CStlImage WithLevels(const CStlImage& image, double lowSigma, double highSigma);
 
 } // namespace corvane::catalogue

@@ -28,37 +28,44 @@ const std::vector<std::string>& Alignments()
     return words;
 }
 
-/// The pen that is asked for. The image gets display levels when it needs them.
-Pen MakePen(const Arguments& arguments, double thickness, CStlImage& image)
+bool IsRaw(const Arguments& arguments)
 {
-    const Pen pen{thickness, arguments.Number("value"), arguments.Text("units") == "raw" ? 1 : 0,
-                  GivenPlane(arguments, image)};
-    if (pen.raw == 0) {
-        GiveLevels(image, 1.0, 12.0);
-    }
-    return pen;
+    return arguments.Text("units") == "raw";
 }
 
-void RunDrawLine(io::Frame& frame, Arguments& arguments, const Context& context)
+/// The pen that is asked for.
+Pen MakePen(const Arguments& arguments, double thickness, const CStlImage& image)
 {
-    const Pen pen = MakePen(arguments, arguments.Number("thickness"), frame.image);
-    CImgDrawLine result(frame.image);
+    return {thickness, arguments.Number("value"), IsRaw(arguments) ? 1 : 0, GivenPlane(arguments, image)};
+}
+
+/// The image, with the display levels that display values need.
+CStlImage Paper(const CStlImage& image, const Arguments& arguments)
+{
+    return IsRaw(arguments) ? image.Shared() : WithLevels(image, 1.0, 12.0);
+}
+
+CStlImage RunDrawLine(const CStlImage& given, const Arguments& arguments, const Run& run)
+{
+    const Pen pen = MakePen(arguments, arguments.Number("thickness"), given);
+    const CStlImage image = Paper(given, arguments);
+    CImgDrawLine result(image);
     result.Do(arguments.Number("x1"), arguments.Number("y1"), arguments.Number("x2"), arguments.Number("y2"), pen,
-              &frame.image, arguments.Rectangle("rect"), context.showProgress);
-    frame.image.Swap(&result);
+              image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
-void RunDrawText(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunDrawText(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     const double height = arguments.Number("height");
     const double thickness = arguments.Has("thickness") ? arguments.Number("thickness") : height * kPenOfHeight;
     const Pen pen = MakePen(arguments, thickness, frame.image);
-    CImgDrawText result(frame.image);
+    const CStlImage image = Paper(frame.image, arguments);
+    CImgDrawText result(image);
     result.Do(arguments.Text("text").c_str(), arguments.Number("x"), arguments.Number("y"),
               io::IsBottomUp(frame.header) ? -height : height, arguments.Number("angle"),
-              PlaceOf(arguments.Text("align"), Alignments()), pen, &frame.image, arguments.Rectangle("rect"),
-              context.showProgress);
-    frame.image.Swap(&result);
+              PlaceOf(arguments.Text("align"), Alignments()), pen, image, arguments.Rectangle("rect"), run);
+    frame.image = std::move(result);
 }
 
 Parameter Coordinate(const char* name, const char* summary)

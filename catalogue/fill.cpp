@@ -24,7 +24,7 @@ bool HoldsDefinedSamples(const CStlImage& image, int plane)
 void CheckFill(const Arguments& arguments)
 {
     if ((arguments.Text("with") == "value") != arguments.Has("value")) {
-        throw ParameterError("with = value and value belong together");
+        throw arguments.Refusal("value", "belongs to with = value, which needs it");
     }
 }
 
@@ -41,21 +41,19 @@ std::vector<double> ValuesOf(const CStlImage& image, const Arguments& arguments)
     return medians;
 }
 
-void RunFill(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunFill(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     CStlImage& image = frame.image;
     for (int plane = 0; plane < image.GetPlanes() && !arguments.Has("value"); ++plane) {
         if (!HoldsDefinedSamples(image, plane)) {
-            throw ParameterError("plane " + std::to_string(plane) +
-                                 " has no sample that is defined; only with=value can fill it");
+            throw InputError("image", "has no defined sample in plane " + std::to_string(plane) +
+                                          "; only with = value can fill it");
         }
     }
     const bool isByNeighbours = arguments.Text("with") == "neighbours";
-    const long long filled = isByNeighbours ? FillFromNeighbours(image, WindowRun(image, context.showProgress))
-                                            : FillWithValues(image, ValuesOf(image, arguments));
-    if (context.tell) {
-        context.tell("undefined samples that were filled: " + std::to_string(filled));
-    }
+    const long long filled =
+        isByNeighbours ? FillFromNeighbours(image, run) : FillWithValues(image, ValuesOf(image, arguments));
+    run.TellFinding("undefined samples that were filled: " + std::to_string(filled));
 }
 
 // A hole of any size is closed from its edges.

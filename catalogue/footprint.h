@@ -5,6 +5,7 @@
 #include <string>
 
 #include "catalogue/arguments.h"
+#include "corvane/platform/export.h"
 #include "corvane/platform/rect.h"
 
 namespace corvane::catalogue {
@@ -26,7 +27,7 @@ enum class LevelUse {
 /// - For each tile, `CutFor` says what is cut out of the image: the tile with a halo about it, as far as the image
 ///   goes. An edge of the image stays an edge of the cut, so what is mirrored there is mirrored in the cut. The cut has
 ///   the levels, the blank value and the header of the image: it is what the operation `crop` makes.
-/// - Images that the arguments name (`Kind::File`) are cut in the same place, counted in the image's order of rows.
+/// - Images that the arguments name (`Kind::Image`) are cut in the same place, counted in the image's order of rows.
 /// - The operation runs on the cut with the arguments that `MovedInto` gives: rectangles count from the cut's corner.
 /// - The tile is taken out of the middle of what comes out, which may have other planes and levels than the image.
 struct Footprint {
@@ -68,19 +69,19 @@ inline std::function<Footprint(const Arguments&)> Always(const Footprint& footpr
 /// @}
 
 /// That of an operation with arguments. One that tells nothing has all that stands in the way of cutting.
-Footprint FootprintOf(const Operation& operation, const Arguments& arguments);
+CORVANE_VISIBLE Footprint FootprintOf(const Operation& operation, const Arguments& arguments);
 
 /// That of an operation with its defaults.
-Footprint UsualFootprint(const Operation& operation);
+CORVANE_VISIBLE Footprint UsualFootprint(const Operation& operation);
 
 /// In words: "samples up to 2 pixels away; the display levels".
-std::string ToText(const Footprint& footprint);
+CORVANE_VISIBLE std::string ToText(const Footprint& footprint);
 
 /// What is cut out of an image of that size for a tile that lies in it.
-CRect CutFor(const Footprint& footprint, const CRect& tile, int width, int height);
+CORVANE_VISIBLE CRect CutFor(const Footprint& footprint, const CRect& tile, int width, int height);
 
 /// The arguments for a cut: of rectangles the part that lies in it, counted from its corner, or an empty one, in which
 /// nothing is done.
-Arguments MovedInto(const CRect& cut, const Arguments& arguments);
+CORVANE_VISIBLE Arguments MovedInto(const CRect& cut, const Arguments& arguments);
 
 } // namespace corvane::catalogue

@@ -43,12 +43,12 @@ std::string SizeText(double width, double height)
 void CheckSize(const CStlImage& image, double width, double height)
 {
     if (width < 1.0 || height < 1.0) {
-        throw ParameterError("the result would be " + SizeText(width, height) + " pixels; at least 1 x 1 are needed");
+        throw InputError("image", "would become " + SizeText(width, height) + " pixels; at least 1 x 1 are needed");
     }
     const double bytes = width * height * image.GetPlanes() * sizeof(float);
     if (width > kMostPixels || height > kMostPixels || bytes > kMostBytes) {
-        throw ParameterError("the result would be " + SizeText(width, height) + " pixels; at most " +
-                             std::to_string(kMostPixels) + " either way and 1 TiB in all are allowed");
+        throw InputError("image", "would become " + SizeText(width, height) + " pixels; at most " +
+                                      std::to_string(kMostPixels) + " either way and 1 TiB in all are allowed");
     }
 }
 
@@ -64,7 +64,7 @@ void RequireDone(int done)
 void Finish(io::Frame& frame, CStlImage& result, const io::PixelMap& map)
 {
     CarryCoordinates(map, frame, result);
-    frame.image.Swap(&result);
+    frame.image = std::move(result);
 }
 
 /// The same for samples that were only moved.
@@ -81,11 +81,11 @@ void FinishResampling(io::Frame& frame, CStlImage& result, const io::PixelMap& m
     Finish(frame, result, map);
 }
 
-void RunFlip(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunFlip(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     const bool isHorizontal = arguments.Text("direction") == "horizontal";
     CImgFlip result(frame.image);
-    result.Do(isHorizontal ? 1 : 0, &frame.image, context.showProgress);
+    result.Do(isHorizontal ? 1 : 0, frame.image, run);
     const io::PixelMap map = isHorizontal ? io::PixelMap{{-1.0, 0.0, 0.0, 1.0}, result.GetWidth() - 1.0, 0.0}
                                           : io::PixelMap{{1.0, 0.0, 0.0, -1.0}, 0.0, result.GetHeight() - 1.0};
     FinishMove(frame, result, map);
@@ -126,7 +126,7 @@ std::vector<double> Background(const Arguments& arguments, const CStlImage& imag
     return background;
 }
 
-void RunRotate(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunRotate(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     CStlImage& image = frame.image;
     const double angle = TurnInMemory(frame.header, arguments.Number("angle"));
@@ -140,7 +140,7 @@ void RunRotate(io::Frame& frame, Arguments& arguments, const Context& context)
     }
     std::vector<double> background = Background(arguments, image);
     CImgRotate result(image);
-    RequireDone(result.Do(angle, background.data(), &image, isExpanded, context.showProgress));
+    RequireDone(result.Do(angle, background.data(), image, isExpanded, run));
     turn.dx = (result.GetWidth() - image.GetWidth()) * 0.5;
     turn.dy = (result.GetHeight() - image.GetHeight()) * 0.5;
     FinishResampling(frame, result, MapOf(turn));
@@ -153,21 +153,21 @@ Footprint RotateFootprint(const Arguments& arguments)
             .resizes = arguments.Flag("expand")};
 }
 
-void RunRotate90(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunRotate90(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     const bool isClockwise = arguments.Text("direction") == "clockwise";
     const bool isClockwiseInMemory = isClockwise != io::IsBottomUp(frame.header);
     CImgRotate result(frame.image);
-    RequireDone(result.Do90(isClockwiseInMemory ? 1 : 0, &frame.image, context.showProgress));
+    RequireDone(result.Do90(isClockwiseInMemory ? 1 : 0, frame.image, run));
     const io::PixelMap map = isClockwiseInMemory ? io::PixelMap{{0.0, -1.0, 1.0, 0.0}, result.GetWidth() - 1.0, 0.0}
                                                  : io::PixelMap{{0.0, 1.0, -1.0, 0.0}, 0.0, result.GetHeight() - 1.0};
     FinishMove(frame, result, map);
 }
 
-void RunRotate180(io::Frame& frame, Arguments&, const Context& context)
+void RunRotate180(io::Frame& frame, const Arguments&, const Run& run)
 {
     CImgRotate result(frame.image);
-    result.Do180(&frame.image, context.showProgress);
+    result.Do180(frame.image, run);
     FinishMove(frame, result, {{-1.0, 0.0, 0.0, -1.0}, result.GetWidth() - 1.0, result.GetHeight() - 1.0});
 }
 
@@ -175,7 +175,8 @@ void CheckResize(const Arguments& arguments)
 {
     const bool hasSide = arguments.Has("width") || arguments.Has("height");
     if (hasSide == arguments.Has("factor")) {
-        throw ParameterError("give factor, or width, or height, or both of these");
+        throw arguments.Refusal("factor", hasSide ? "width and height say the same; give one or the other"
+                                                  : "must be given, or else width, or height, or both of these");
     }
 }
 
@@ -190,17 +191,14 @@ double Side(const Arguments& arguments, const char* name, int side, const char* 
     return std::floor(side * factor + 0.5);
 }
 
-void RunResize(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunResize(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     CStlImage& image = frame.image;
     const double width = Side(arguments, "width", image.GetWidth(), "height", image.GetHeight());
     const double height = Side(arguments, "height", image.GetHeight(), "width", image.GetWidth());
     CheckSize(image, width, height);
     CImgResolution result(image);
-    const int columns = static_cast<int>(width);
-    const int rows = static_cast<int>(height);
-    RequireDone(arguments.Text("method") == "cubic" ? result.ByCubic(&image, columns, rows, context.showProgress)
-                                                    : result.ByLiner(&image, columns, rows, context.showProgress));
+    RequireDone(result.ByLiner(image, static_cast<int>(width), static_cast<int>(height), run));
     FinishResampling(frame, result, {{width / image.GetWidth(), 0.0, 0.0, height / image.GetHeight()}, 0.0, 0.0});
 }
 
@@ -214,18 +212,18 @@ void ScaleCards(io::Header& header, std::initializer_list<const char*> names, do
     }
 }
 
-void RunBin(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunBin(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     CStlImage& image = frame.image;
     const int x = arguments.Whole("x");
     const int y = arguments.Has("y") ? arguments.Whole("y") : x;
     const bool keepPartial = arguments.Flag("keep-partial");
     if (!keepPartial && (x > image.GetWidth() || y > image.GetHeight())) {
-        throw ParameterError("x = " + std::to_string(x) + ", y = " + std::to_string(y) + ": the image has only " +
-                             SizeText(image.GetWidth(), image.GetHeight()) + " pixels");
+        throw InputError("image", "has only " + SizeText(image.GetWidth(), image.GetHeight()) + " pixels; a block of " +
+                                      SizeText(x, y) + " needs more");
     }
     CImgSoftBinning result(image);
-    RequireDone(result.Do(x, y, keepPartial, arguments.Flag("scale-levels"), &image, context.showProgress));
+    RequireDone(result.Do(x, y, keepPartial, arguments.Flag("scale-levels"), image, run));
     ScaleCards(frame.header, {"XBINNING", "XPIXSZ"}, x);
     ScaleCards(frame.header, {"YBINNING", "YPIXSZ"}, y);
     // The new pixel lies in the middle of its block.
@@ -252,7 +250,7 @@ double Offset(int canvas, int picture, int part)
     return part == 0 ? 0 : part == 1 ? (canvas - picture) / 2 : canvas - picture;
 }
 
-void RunCanvas(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunCanvas(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     CStlImage& image = frame.image;
     const int width = arguments.Has("width") ? arguments.Whole("width") : image.GetWidth();
@@ -262,17 +260,17 @@ void RunCanvas(io::Frame& frame, Arguments& arguments, const Context& context)
     std::vector<float> background(static_cast<std::size_t>(image.GetPlanes()),
                                   static_cast<float>(arguments.Number("background")));
     CImgResize result(image);
-    RequireDone(result.Do(width, height, anchor, background.data(), &image, context.showProgress));
+    RequireDone(result.Do(width, height, anchor, background.data(), image, run));
     FinishMove(
         frame, result,
         {.x0 = Offset(width, image.GetWidth(), anchor % 3), .y0 = Offset(height, image.GetHeight(), anchor / 3)});
 }
 
-void RunCrop(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunCrop(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     const CRect rect = *arguments.Rectangle("rect");
     CImgCrop result(frame.image);
-    RequireDone(result.Do(rect, &frame.image, context.showProgress));
+    RequireDone(result.Do(rect, frame.image, run));
     FinishMove(frame, result, {.x0 = -static_cast<double>(rect.left), .y0 = -static_cast<double>(rect.top)});
 }
 
@@ -283,25 +281,25 @@ int NearestShift(int shift, int side)
     return rest > side / 2 ? rest - side : rest;
 }
 
-void RunScroll(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunScroll(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     const int x = arguments.Whole("x");
     const int y = arguments.Whole("y");
     CImgScroll result(frame.image);
-    result.Do(x, y, &frame.image, context.showProgress);
+    result.Do(x, y, frame.image, run);
     const io::PixelMap map{.x0 = 1.0 * NearestShift(x, frame.image.GetWidth()),
                            .y0 = 1.0 * NearestShift(y, frame.image.GetHeight())};
     FinishMove(frame, result, map);
 }
 
-void RunExpand(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunExpand(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     CStlImage& image = frame.image;
     const int x = arguments.Whole("x");
     const int y = arguments.Has("y") ? arguments.Whole("y") : x;
     CheckSize(image, static_cast<double>(x) * image.GetWidth(), static_cast<double>(y) * image.GetHeight());
     CImgExpansion result(image);
-    RequireDone(result.Do(x, y, &image, context.showProgress));
+    RequireDone(result.Do(x, y, image, run));
     FinishResampling(frame, result, {{1.0 * x, 0.0, 0.0, 1.0 * y}, (x - 1) * 0.5, (y - 1) * 0.5});
 }
 
@@ -410,8 +408,7 @@ Operation Resize()
             .summary = "enlarge or reduce the image",
             .help = std::string("Interpolates between samples, with the first ones of old and new image in one place. "
                                 "Nothing is averaged: bin first to reduce an image by much.") +
-                    " Both methods give the same samples. World coordinates follow with both, to the half pixel." +
-                    kDropsMosaic,
+                    " World coordinates follow, to the half pixel." + kDropsMosaic,
             .parameters = {SideParameter("width", "in proportion to the height"),
                            SideParameter("height", "in proportion to the width"),
                            {.name = "factor",
@@ -424,7 +421,8 @@ Operation Resize()
                             .kind = Kind::Choice,
                             .summary = "how to interpolate",
                             .choices = {"bilinear", "cubic"},
-                            .defaultValue = std::string("bilinear")}},
+                            .defaultValue = std::string("bilinear"),
+                            .isShown = false}},
             .footprint = Always({.moves = true, .resizes = true}),
             .check = CheckResize,
             .run = RunResize};

@@ -76,12 +76,17 @@ const std::vector<Group>& Groups()
                                            {"Calibration", MeasureOperations},
                                            {"Colour", ColourOperations},
                                            {"Colour", ColourMosaicOperations},
+                                           {"Colour", SeparationOperations},
                                            {"Smoothing and neighbourhoods", SmoothOperations},
                                            {"Sharpening", SharpenOperations},
                                            {"Undoing the blur", RestoreOperations},
                                            {"Development and lines", DevelopOperations},
                                            {"Drawing", DrawOperations},
-                                           {"Size and place", GeometryOperations}};
+                                           {"Size and place", GeometryOperations},
+                                           {"Several images: commands of their own", CompositeOperations},
+                                           {"Several images: commands of their own", MosaicOperations},
+                                           {"Several images: commands of their own", MatchOperations},
+                                           {"Several images: commands of their own", ColourCompositeOperations}};
     return groups;
 }
 

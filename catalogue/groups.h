@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "catalogue/operation.h"
+#include "corvane/platform/export.h"
 
 namespace corvane::catalogue {
 
@@ -15,10 +16,10 @@ struct Group {
 };
 
 /// The groups, in the order in which they are listed; neighbours may share a title.
-const std::vector<Group>& Groups();
+CORVANE_VISIBLE const std::vector<Group>& Groups();
 
 /// The operations that may serve somebody who looks for a word that names none, as "blur" or "stretch": those that
 /// people mean by it, else those whose name or summary holds it.
-std::vector<const Operation*> OperationsFor(std::string_view word);
+CORVANE_VISIBLE std::vector<const Operation*> OperationsFor(std::string_view word);
 
 } // namespace corvane::catalogue

@@ -22,25 +22,25 @@ void CheckReach(double k, double base, CPoint centre, const CRect& rect)
     const double dy = farthest(static_cast<int>(centre.y), rect.top, rect.bottom);
     const double square = dx * dx + dy * dy;
     if (square * k + base <= 0.0) {
-        throw ParameterError("k = " + ToText(Value(k)) + ": must be above " + ToText(Value(-base / square)) +
-                             ", or no brightness is left " + std::to_string(std::lround(std::sqrt(square))) +
-                             " pixels from the centre");
+        throw ParameterError("k", ToText(Value(k)),
+                             "must be above " + ToText(Value(-base / square)) + ", or no brightness is left " +
+                                 std::to_string(std::lround(std::sqrt(square))) + " pixels from the centre");
     }
 }
 
-void RunVignette(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunVignette(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     CStlImage& image = frame.image;
     const double k = arguments.Number("k");
     const double base = arguments.Number("base");
     const CPoint centre(arguments.Has("x") ? arguments.Whole("x") : image.GetWidth() / 2,
                         arguments.Has("y") ? arguments.Whole("y") : image.GetHeight() / 2);
-    CRect* const rect = arguments.Rectangle("rect");
+    const CRect* const rect = arguments.Rectangle("rect");
     CheckReach(k, base, centre, rect != nullptr ? *rect : CRect(0, 0, image.GetWidth(), image.GetHeight()));
     MarkUndefined(frame); // a blank would be multiplied, and be blank no more
     CImgFlat result(image);
-    result.Do(&image, centre, k, base, rect, context.showProgress);
-    image.Swap(&result);
+    result.Do(image, centre, k, base, rect, run);
+    image = std::move(result);
 }
 
 /// The edges of the strip as the operation takes them, all of them included.
@@ -65,25 +65,25 @@ struct Strip {
 double CheckedBias(const CStlImage& image, const CRect& rect, bool clip)
 {
     const Strip strip(rect);
-    const std::string name = "rect = " + ToText(Value(rect));
     const std::optional<double> mean = strip.Bias(image, false);
     if (!mean) {
-        throw ParameterError(name + ": each row of the strip begins with an undefined sample; " + kFillThem);
+        throw ParameterError("rect", ToText(Value(rect)),
+                             std::string("each row of the strip begins with an undefined sample; ") + kFillThem);
     }
     if (!std::isfinite(*mean)) {
-        throw ParameterError(name + ": the strip has undefined samples; " + kFillThem);
+        throw ParameterError("rect", ToText(Value(rect)), std::string("the strip has undefined samples; ") + kFillThem);
     }
     const std::optional<double> bias = clip ? strip.Bias(image, true) : mean;
     if (!bias) {
-        throw ParameterError(
-            "clip = yes: all samples of the strip are equal, and clipping would leave none; leave it out");
+        throw ParameterError("clip", "yes",
+                             "all samples of the strip are equal, and clipping would leave none; leave it out");
     }
     return *bias;
 }
 
 // Black and white go down with the samples: the operation's automatic levels follow settings that the step's text does
 // not tell, and the result could not be made again.
-void RunOverscan(io::Frame& frame, Arguments& arguments, const Context&)
+void RunOverscan(io::Frame& frame, const Arguments& arguments, const Run&)
 {
     const CRect rect = *arguments.Rectangle("rect");
     const bool clip = arguments.Flag("clip");
@@ -133,7 +133,7 @@ Operation Overscan()
             .summary = "take off the bias that an overscan strip shows",
             .help = "Subtracts the absolute value of the strip's mean from the whole image; the display levels go "
                     "down with the samples. A blank sample ends its row. Crop the strip away afterwards.",
-            .planes = Planes::Mono,
+            .inputs = {{.planes = Planes::Mono}},
             .parameters = {{.name = "rect", .kind = Kind::Rectangle, .summary = "the strip"},
                            {.name = "clip",
                             .kind = Kind::Flag,

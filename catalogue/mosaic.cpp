@@ -1,13 +1,14 @@
-#include "catalogue/mosaic.h"
-
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <iterator>
-#include <limits>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "catalogue/filter_mosaic.h"
 #include "catalogue/names.h"
-#include "catalogue/numbers.h"
+#include "catalogue/operations.h"
+#include "catalogue/placement.h"
 #include "catalogue/row_order.h"
 #include "corvane/combine/mosic.h"
 #include "corvane/core/display_scale.h"
@@ -17,6 +18,16 @@
 
 namespace corvane::catalogue {
 namespace {
+
+constexpr const char* kSecondPoints = "second-points";
+constexpr int kMaxCanvas = 65535; // longest side [pixels]
+
+/// The place of a word is the number of the mode.
+const std::vector<std::string>& Modes()
+{
+    static const std::vector<std::string> modes = {"over", "key", "lighter", "darker", "under"};
+    return modes;
+}
 
 /// A span of columns or rows, both ends included.
 struct Span {
@@ -61,59 +72,45 @@ private:
     }
 };
 
-void CheckCanvas(const Canvas& canvas, const io::Frame& second)
+void CheckCanvas(const Canvas& canvas)
 {
     if (canvas.columns.Size() > kMaxCanvas || canvas.rows.Size() > kMaxCanvas) {
-        throw FileError(second.image.GetOrgFileName(), "lies so far away that the mosaic would be " +
-                                                           ToText(Value(canvas.columns.Size())) + " x " +
-                                                           ToText(Value(canvas.rows.Size())) + " pixels; at most " +
-                                                           std::to_string(kMaxCanvas) + " are allowed either way");
+        throw InputError("second", "lies so far away that the mosaic would be " + ToText(Value(canvas.columns.Size())) +
+                                       " x " + ToText(Value(canvas.rows.Size())) + " pixels; at most " +
+                                       std::to_string(kMaxCanvas) + " are allowed either way");
     }
 }
 
-int ModeOf(const MosaicOptions& options)
+int ModeOf(const Arguments& arguments)
 {
-    return PlaceOf(options.mode, MosaicModes());
+    return PlaceOf(arguments.Text("mode"), Modes());
 }
 
-void CheckKey(const MosaicOptions& options)
+void CheckMosaic(const Arguments& arguments)
 {
-    if ((ModeOf(options) == kMosaicKey) != !options.key.empty()) {
-        throw ParameterError(
-            "--key and --mode key belong together: the key is the sample that lets the first image through");
+    if ((ModeOf(arguments) == kMosaicKey) != arguments.Has("key")) {
+        throw arguments.Refusal("key", "belongs to mode = key, which needs it: the sample that lets FIRST through");
     }
-    if (options.key.size() == 2 || options.key.size() > 3) {
-        throw ParameterError("--key = " + NumbersText(options.key) +
-                             ": must be one sample, or one for each of three planes");
+    if (arguments.Has("background") && !arguments.Flag("display")) {
+        throw arguments.Refusal("background", "needs display; otherwise what no image covers becomes 0");
     }
-    for (const double v : options.key) {
-        CheckRange("--key", v, std::numeric_limits<float>::lowest(), std::numeric_limits<float>::max());
-    }
+    CheckPlacement(arguments, kSecondPoints);
 }
 
-void CheckBackground(const MosaicOptions& options)
+/// One for each plane.
+std::array<float, 3> KeyOf(const Arguments& arguments)
 {
-    if (options.background && !options.display) {
-        throw ParameterError("--background = " + ToText(Value(*options.background)) +
-                             ": needs --display; otherwise what no image covers becomes 0");
+    std::array<float, 3> key{};
+    for (std::size_t plane = 0; plane < key.size() && arguments.Has("key"); ++plane) {
+        const std::vector<double>& given = arguments.Numbers("key");
+        key[plane] = static_cast<float>(given[std::min(plane, given.size() - 1)]);
     }
-    CheckRange("--background", options.background.value_or(0.0), 0.0, 255.0);
-}
-
-std::string CommandText(const io::Frame& first, const io::Frame& second, const MosaicOptions& options)
-{
-    std::string text = std::string("corvane mosaic ") + first.image.GetOrgFileName() + " " +
-                       second.image.GetOrgFileName() + " --mode " + options.mode;
-    text += options.key.empty() ? "" : " --key " + NumbersText(options.key);
-    text += options.display ? " --display" : "";
-    text += options.background ? " --background " + ToText(Value(*options.background)) : "";
-    text += options.average ? " --average" : "";
-    return text + ToText(options.placement, kSecondPoints);
+    return key;
 }
 
 /// Joins both images on a canvas that the first one's record describes.
-void Join(CStlImage& first, CStlImage& second, const MosaicOptions& options, const Fit& fit, const Canvas& canvas,
-          const Context& context)
+void Join(CStlImage& first, const CStlImage& second, const Arguments& arguments, const Fit& fit, const Canvas& canvas,
+          const Run& run)
 {
     const int ox = static_cast<int>(-canvas.columns.low);
     const int oy = static_cast<int>(-canvas.rows.low);
@@ -121,47 +118,77 @@ void Join(CStlImage& first, CStlImage& second, const MosaicOptions& options, con
     if (mosaic.ChangeSize(static_cast<int>(canvas.columns.Size()), static_cast<int>(canvas.rows.Size())) == 0) {
         AfxThrowMemoryException();
     }
-    float key[3] = {};
-    for (std::size_t plane = 0; plane < std::size(key) && !options.key.empty(); ++plane) {
-        key[plane] = static_cast<float>(options.key[std::min(plane, options.key.size() - 1)]);
-    }
-    float outside = static_cast<float>(options.background.value_or(0.0));
-    mosaic.Do(&first, ox, oy, &second, fit.dx, fit.dy, fit.angle, ModeOf(options), key, &outside, options.display,
-              options.average, nullptr, context.showProgress);
+    const float outside = arguments.Has("background") ? static_cast<float>(arguments.Number("background")) : 0.0F;
+    mosaic.Do(first, ox, oy, second, fit.dx, fit.dy, fit.angle, ModeOf(arguments), KeyOf(arguments).data(), &outside,
+              arguments.Flag("display"), arguments.Flag("average"), nullptr, run);
     if (mosaic.IsWCS() != 0) {
         mosaic.TranslatePhysicalCoords(ox, oy);
     }
-    first.Swap(&mosaic);
+    first = std::move(mosaic);
+}
+
+Outputs RunMosaic(Inputs& inputs, const Arguments& arguments, const Run& run)
+{
+    io::Frame& first = inputs["first"].front();
+    io::Frame& second = inputs["second"].front();
+    Placement placement = PlacementOf(arguments, kSecondPoints);
+    BringToOrderOf(first, second, run, &placement.secondPoints);
+    const Fit fit = FitOnto(first, second, placement);
+    const Canvas canvas(first.image, second.image, fit);
+    CheckCanvas(canvas);
+    Join(first.image, second.image, arguments, fit, canvas, run);
+    DropMosaic(first.header); // no filter mosaic goes on across the seam
+    return PairOutputs(first, fit);
+}
+
+std::vector<Parameter> MosaicParameters()
+{
+    std::vector<Parameter> parameters{
+        {.name = "mode",
+         .kind = Kind::Choice,
+         .summary = "what shows where both are",
+         .choices = Modes(),
+         .defaultValue = Modes().front()},
+        {.name = "key",
+         .kind = Kind::Numbers,
+         .summary = "mode = key: the sample of SECOND that lets FIRST through",
+         .unit = "counts",
+         .choices = {"N", "R,G,B"},
+         .whenAbsent = "none"},
+        {.name = "average",
+         .kind = Kind::Flag,
+         .summary = "make every pixel the mean of both; where one image is missing, of the other and the background",
+         .defaultValue = false},
+        {.name = "display",
+         .kind = Kind::Flag,
+         .summary = "join what the display levels show, 0 to 255, instead of the samples as they are",
+         .defaultValue = false},
+        {.name = "background",
+         .summary = "with display: what shows where no image is",
+         .unit = "display value",
+         .min = 0.0,
+         .max = 255.0,
+         .whenAbsent = "0"}};
+    const std::vector<Parameter> placement = PlacementParameters(kSecondPoints, "FIRST", "SECOND");
+    parameters.insert(parameters.end(), placement.begin(), placement.end());
+    return parameters;
 }
 
 } // namespace
 
-const std::vector<std::string>& MosaicModes()
+std::vector<Operation> MosaicOperations()
 {
-    static const std::vector<std::string> modes = {"over", "key", "lighter", "darker", "under"};
-    return modes;
-}
-
-void CheckMosaic(const MosaicOptions& options)
-{
-    CheckWord("--mode", options.mode, MosaicModes());
-    CheckKey(options);
-    CheckBackground(options);
-    CheckPlacement(options.placement, kSecondPoints);
-}
-
-Fit RunMosaic(io::Frame& first, io::Frame& second, const MosaicOptions& options, const Context& context)
-{
-    CheckMosaic(options);
-    Placement placement = options.placement;
-    BringToOrderOf(first, second, context, &placement.secondPoints);
-    const Fit fit = FitOnto(first, second, placement);
-    const Canvas canvas(first.image, second.image, fit);
-    CheckCanvas(canvas, second);
-    Join(first.image, second.image, options, fit, canvas, context);
-    DropMosaic(first.header); // no filter mosaic goes on across the seam
-    AddHistory(CommandText(first, second, options), fit, first.header);
-    return fit;
+    return {{.name = "mosaic",
+             .summary = "join two images on a canvas that holds both",
+             .help = "The result has the planes and header of FIRST; its world coordinates move along. over and under "
+                     "put SECOND on or below FIRST. Without stars the turn is about the middle of SECOND, with stars "
+                     "about the first. Two stars give the turn as exactly as their centres are measured.",
+             .inputs = {{.name = "first", .summary = "the image that the other is placed on"},
+                        {.name = "second", .summary = "the image that is placed on it"}},
+             .parameters = MosaicParameters(),
+             .outputs = PairOutputs(),
+             .check = CheckMosaic,
+             .run = RunMosaic}};
 }
 
 } // namespace corvane::catalogue

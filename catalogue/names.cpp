@@ -4,8 +4,6 @@
 #include <cctype>
 #include <utility>
 
-#include "corvane/core/error.h"
-
 namespace corvane::catalogue {
 namespace {
 
@@ -78,13 +76,6 @@ std::string Joined(const std::vector<std::string>& words)
 int PlaceOf(std::string_view word, const std::vector<std::string>& words)
 {
     return static_cast<int>(std::find(words.begin(), words.end(), word) - words.begin());
-}
-
-void CheckWord(const std::string& option, const std::string& word, const std::vector<std::string>& words)
-{
-    if (PlaceOf(word, words) == static_cast<int>(words.size())) {
-        throw ParameterError(option, word, "must be " + Joined(words));
-    }
 }
 
 } // namespace corvane::catalogue

@@ -5,23 +5,22 @@
 #include <string_view>
 #include <vector>
 
+#include "corvane/platform/export.h"
+
 namespace corvane::catalogue {
 
 /// The names that somebody who typed `word` probably meant, at most three that are equally near: those that begin with
 /// it, or differ by few letters added, left out, changed or exchanged. Small and capital letters are the same.
-std::vector<std::string> NearestNames(std::string_view word, const std::vector<std::string>& names);
+CORVANE_VISIBLE std::vector<std::string> NearestNames(std::string_view word, const std::vector<std::string>& names);
 
 /// "; did you mean median or mean?" with the nearest names, or nothing when none is near.
-std::string Suggestion(std::string_view word, const std::vector<std::string>& names);
+CORVANE_VISIBLE std::string Suggestion(std::string_view word, const std::vector<std::string>& names);
 
 /// "a, b or c"
-std::string Joined(const std::vector<std::string>& words);
+CORVANE_VISIBLE std::string Joined(const std::vector<std::string>& words);
 
 /// The place of a word in a list; the size of the list when it is not there.
-int PlaceOf(std::string_view word, const std::vector<std::string>& words);
-
-/// Throws Error, "--mode = add: must be sum or mean", for a word that is not in the list.
-void CheckWord(const std::string& option, const std::string& word, const std::vector<std::string>& words);
+CORVANE_VISIBLE int PlaceOf(std::string_view word, const std::vector<std::string>& words);
 
 /// The item of a list that has this name or alias; null when there is none.
 template <typename Item>

@@ -8,7 +8,7 @@
 
 namespace corvane::catalogue {
 
-/// Throws Error, "--ratio = 7: must be 0 to 1", for a number out of its range and for NaN.
+/// Throws Error, "ratio = 7: must be 0 to 1", for a number out of its range and for NaN.
 inline void CheckRange(const std::string& option, double value, double min, double max)
 {
     const bool isAllowed = value >= min && value <= max; // NaN is not
@@ -21,11 +21,7 @@ inline void CheckRange(const std::string& option, double value, double min, doub
 /// "1,2.5"
 inline std::string NumbersText(const std::vector<double>& numbers)
 {
-    std::string text;
-    for (const double v : numbers) {
-        text += text.empty() ? ToText(Value(v)) : std::string(",").append(ToText(Value(v)));
-    }
-    return text;
+    return ToText(Value(numbers));
 }
 
 } // namespace corvane::catalogue

@@ -1,53 +1,92 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "catalogue/arguments.h"
 #include "catalogue/footprint.h"
 #include "catalogue/parameter.h"
-#include "corvane/core/diagnostic.h"
+#include "corvane/core/run.h"
 #include "io/frame.h"
 
 namespace corvane::catalogue {
 
-/// The images that an operation accepts.
+/// The images that an input accepts.
 enum class Planes { Any, Mono, Colour };
 
-/// How an operation is to be run.
-struct Context {
-    int showProgress = 1;                                ///< non-zero: it reports to the image's progress window
-    std::function<void(const std::string& line)> tell{}; ///< hears what an operation measures; empty: nobody does
-    RestoreSink restoring{};                             ///< hears of the iterations of a restoration
-    /// Hears what the user should know, such as an assumption that was made: one sentence each, naming the file; may be
-    /// empty.
-    std::function<void(const std::string& text)> note{};
+/// How many images an input takes.
+enum class Count { One, Several, Optional };
 
-    void Note(const std::string& text) const
-    {
-        if (note) {
-            note(text);
-        }
-    }
+/// The images that an operation works on. What it does so with, a dark frame for one, is a parameter.
+struct Input {
+    std::string name = "image";
+    std::string summary = "the image to work on"; ///< what they are, in one line
+    Planes planes = Planes::Any;
+    Count count = Count::One;
 };
 
-/// One operation, described as data: everything that help, checks and the command need to know of it.
+/// What an output is.
+enum class OutputKind {
+    Image,
+    Numbers, ///< a table of one row
+    Table,
+    Picture, ///< a drawing of the result
+    Files,   ///< as many images as come in
+};
+
+/// What an operation makes.
+struct Output {
+    std::string name = "image";
+    OutputKind kind = OutputKind::Image;
+    std::string summary = "the result"; ///< what it is, in one line
+};
+
+/// Numbers in rows, under the names of their columns.
+struct Table {
+    std::vector<std::string> columns;
+    std::vector<std::vector<double>> rows;
+};
+
+/// The frames of each input, by its name.
+using Inputs = std::map<std::string, std::vector<io::Frame>, std::less<>>;
+
+/// What was made, by the names of the outputs.
+using Outputs = std::map<std::string, std::variant<io::Frame, Table>, std::less<>>;
+
+/// @name The forms in which an operation's work is written
+/// The frames fit the inputs, and rectangles lie within the first one, when it is called; what else they must meet it
+/// judges itself, with an Error before any work. A run that is cancelled ends it with Cancelled.
+/// @{
+
+/// Makes a new image of one image, which has samples of its own; the frame keeps its header.
+using OnImage = CStlImage (*)(const CStlImage& image, const Arguments& arguments, const Run& run);
+/// Changes one frame, header or levels too.
+using OnFrame = void (*)(io::Frame& frame, const Arguments& arguments, const Run& run);
+/// Makes the outputs of the frames of several inputs, which it may take over.
+using OnInputs = Outputs (*)(Inputs& inputs, const Arguments& arguments, const Run& run);
+/// @}
+
+/// One operation, described as data: everything that help, checks, the command and programs need to know of it.
 struct Operation {
     std::string name;
     std::string summary; ///< what it does, in one line
     std::string help;    ///< what a person should know besides
-    Planes planes = Planes::Any;
+    std::vector<Input> inputs{Input{}};
     std::vector<Parameter> parameters{};
     /// What it looks at, with such arguments. May be asked with the defaults alone; see `FootprintOf`.
     std::function<Footprint(const Arguments&)> footprint{};
+    std::vector<Output> outputs{Output{}};
     std::vector<std::string> aliases{}; ///< other names that are accepted
 
     /// Throws Error when values that are allowed alone do not go together; empty when there is nothing to check.
     std::function<void(const Arguments&)> check{};
-    /// Changes the frame. Planes and rectangle fit when it is called; what else the frame must meet is judged here,
-    /// with an Error before any work.
-    std::function<void(io::Frame&, Arguments&, const Context&)> run{};
+    std::variant<OnImage, OnFrame, OnInputs> run{};
+
+    /// True for a step: it makes one image of one.
+    bool IsStep() const { return !std::holds_alternative<OnInputs>(run); }
 };
 
 } // namespace corvane::catalogue

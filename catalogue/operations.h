@@ -5,14 +5,15 @@
 #include <vector>
 
 #include "catalogue/operation.h"
+#include "corvane/platform/export.h"
 
 namespace corvane::catalogue {
 
 /// Every operation, group by group, in the order in which they are listed.
-const std::vector<Operation>& Operations();
+CORVANE_VISIBLE const std::vector<Operation>& Operations();
 
 /// The operation with this name or alias. Throws Error with the nearest names when there is none.
-const Operation& FindOperation(std::string_view name);
+CORVANE_VISIBLE const Operation& FindOperation(std::string_view name);
 
 /// @name The groups that `Operations` gathers
 /// @{
@@ -22,12 +23,17 @@ std::vector<Operation> CalibrationOperations();
 std::vector<Operation> MeasureOperations();
 std::vector<Operation> ColourOperations();
 std::vector<Operation> ColourMosaicOperations();
+std::vector<Operation> SeparationOperations();
 std::vector<Operation> SmoothOperations();
 std::vector<Operation> SharpenOperations();
 std::vector<Operation> RestoreOperations();
 std::vector<Operation> DevelopOperations();
 std::vector<Operation> GeometryOperations();
 std::vector<Operation> DrawOperations();
+std::vector<Operation> CompositeOperations();
+std::vector<Operation> MosaicOperations();
+std::vector<Operation> MatchOperations();
+std::vector<Operation> ColourCompositeOperations();
 /// @}
 
 } // namespace corvane::catalogue

@@ -7,6 +7,7 @@
 
 #include "catalogue/names.h"
 #include "corvane/core/error.h"
+#include "io/frame.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -16,7 +17,7 @@ constexpr const char* kRectangleForm = "left:top:right:bottom";
 
 [[noreturn]] void Refuse(const Parameter& parameter, std::string_view value, const std::string& reason)
 {
-    throw ParameterError(parameter.name + " = " + std::string(value) + ": " + reason);
+    throw ParameterError(parameter.name, std::string(value), reason);
 }
 
 template <typename Number>
@@ -108,6 +109,23 @@ std::string ParseLine(const Parameter& parameter, std::string_view text)
     return std::string(text);
 }
 
+std::vector<double> ParseNumbers(const Parameter& parameter, std::string_view text)
+{
+    std::vector<double> numbers;
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t end = std::min(text.find(',', begin), text.size());
+        numbers.push_back(ParseNumber<double>(parameter, text.substr(begin, end - begin), "a number"));
+        begin = end + 1;
+    }
+    const auto hasAsMany = [&](const std::string& form) {
+        return std::count(form.begin(), form.end(), ',') + 1 == static_cast<std::ptrdiff_t>(numbers.size());
+    };
+    if (std::none_of(parameter.choices.begin(), parameter.choices.end(), hasAsMany)) {
+        Refuse(parameter, text, "must be " + AllowedText(parameter));
+    }
+    return numbers;
+}
+
 Points ParseCurve(const Parameter& parameter, std::string_view text)
 {
     Points points;
@@ -159,7 +177,7 @@ Parameter RectangleParameter()
 Value ParseValue(const Parameter& parameter, std::string_view text)
 {
     if (text.empty()) {
-        throw ParameterError(parameter.name + " has no value; it must be " + AllowedText(parameter));
+        throw ParameterError(parameter.name, {}, "has no value; it must be " + AllowedText(parameter));
     }
     switch (parameter.kind) {
     case Kind::Number:
@@ -175,15 +193,23 @@ Value ParseValue(const Parameter& parameter, std::string_view text)
         return ParseFlag(parameter, text);
     case Kind::Text:
         return ParseLine(parameter, text);
+    case Kind::Numbers:
+        return ParseNumbers(parameter, text);
     case Kind::Curve:
         return ParseCurve(parameter, text);
     case Kind::Rectangle:
         return ParseRectangle(parameter, text);
-    case Kind::File:
+    case Kind::Image:
     case Kind::CurveFile:
         break;
     }
     return std::string(text);
+}
+
+Value CheckedValue(const Parameter& parameter, const Value& value)
+{
+    const bool isInMemory = parameter.kind == Kind::Image && std::holds_alternative<SharedFrame>(value);
+    return isInMemory ? value : ParseValue(parameter, ToText(value));
 }
 
 std::string ToText(const Value& value)
@@ -193,6 +219,15 @@ std::string ToText(const Value& value)
         std::string operator()(int number) const { return NumberText(number); }
         std::string operator()(bool flag) const { return flag ? "yes" : "no"; }
         std::string operator()(const std::string& text) const { return text; }
+        std::string operator()(const SharedFrame& frame) const { return frame->image.GetOrgFileName(); }
+        std::string operator()(const std::vector<double>& numbers) const
+        {
+            std::string text;
+            for (const double number : numbers) {
+                text.append(text.empty() ? "" : ",").append(NumberText(number));
+            }
+            return text;
+        }
         std::string operator()(const Points& points) const
         {
             std::string text;
@@ -226,6 +261,7 @@ std::string AllowedText(const Parameter& parameter)
     case Kind::Whole:
         return RangeText(parameter, "whole number");
     case Kind::Choice:
+    case Kind::Numbers:
         return Joined(parameter.choices);
     case Kind::Flag:
         return "yes or no";
@@ -235,11 +271,21 @@ std::string AllowedText(const Parameter& parameter)
         return std::string(kCurveForm) + ", points from 0:0 to 1:1";
     case Kind::Rectangle:
         return kRectangleForm;
-    case Kind::File:
+    case Kind::Image:
     case Kind::CurveFile:
         break;
     }
     return "the name of a file";
+}
+
+std::string DescriptionOf(const Parameter& parameter)
+{
+    const std::optional<Value> value = DefaultValue(parameter);
+    const std::string absent = value                    ? "default " + ToText(*value)
+                               : parameter.IsRequired() ? "must be given"
+                                                        : "default: " + parameter.whenAbsent;
+    return parameter.summary + " [" + AllowedText(parameter) + (parameter.unit.empty() ? "" : ", " + parameter.unit) +
+           "; " + absent + "]";
 }
 
 } // namespace corvane::catalogue

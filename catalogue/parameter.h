@@ -1,6 +1,7 @@
 #pragma once
 
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -8,7 +9,12 @@
 #include <vector>
 
 #include "catalogue/points.h"
+#include "corvane/platform/export.h"
 #include "corvane/platform/rect.h"
+
+namespace corvane::io {
+struct Frame;
+}
 
 namespace corvane::catalogue {
 
@@ -19,14 +25,18 @@ enum class Kind {
     Choice,    ///< one of a few words, held as text
     Flag,      ///< yes or no, held as bool
     Text,      ///< printable ASCII characters, held as text
-    File,      ///< the name of an image that is read, held as text
+    Numbers,   ///< finite numbers with commas between, as X,Y; one of the parameter's forms says how many
+    Image,     ///< an image: the name of its file, held as text; or one in memory
     CurveFile, ///< the name of a text file with a curve, held as text; see `ReadPoints`
     Curve,     ///< x:y/x:y/... with at least two points within 0 and 1, x rising
     Rectangle, ///< left:top:right:bottom in pixels, right and bottom exclusive, never empty
 };
 
+/// An image in memory.
+using SharedFrame = std::shared_ptr<const io::Frame>;
+
 /// The value of a parameter, of the type that its kind says.
-using Value = std::variant<double, int, bool, std::string, Points, CRect>;
+using Value = std::variant<double, int, bool, std::string, std::vector<double>, Points, CRect, SharedFrame>;
 
 /// One parameter of an operation, described as data. A parameter with neither a default nor words for its absence
 /// must be given.
@@ -37,29 +47,38 @@ struct Parameter {
     std::string unit{};                                ///< empty when it has none
     double min = std::numeric_limits<float>::lowest(); ///< smallest value of a number that is allowed
     double max = std::numeric_limits<float>::max();    ///< largest value of a number that is allowed
-    std::vector<std::string> choices{}; ///< the words of a choice, or those that a number may be given by
+    /// The words of a choice, or those that a number may be given by; the forms of numbers, as X,Y.
+    std::vector<std::string> choices{};
     std::optional<Value> defaultValue{};
     std::string whenAbsent{};           ///< what an optional parameter without a default means when it is not given
     Value (*readSetting)() = nullptr;   ///< where the user's settings stand before the default: reads them
     std::vector<std::string> aliases{}; ///< other names that are accepted
+    bool isShown = true;                ///< false: accepted, but it changes nothing that a person would choose
 
     bool IsRequired() const { return !defaultValue && whenAbsent.empty(); }
 };
 
 /// The rectangle that an operation keeps to; the whole image when it is not given.
-Parameter RectangleParameter();
+CORVANE_VISIBLE Parameter RectangleParameter();
 
 /// Reads a value as a person writes it. Throws Error when it is none of the parameter's kind or not allowed.
-Value ParseValue(const Parameter& parameter, std::string_view text);
+CORVANE_VISIBLE Value ParseValue(const Parameter& parameter, std::string_view text);
 
-/// The value as `ParseValue` reads it back, numbers in the fewest digits that give the same number.
-std::string ToText(const Value& value);
+/// The same for a value that a program gives: whole numbers serve as numbers, and words as choices.
+CORVANE_VISIBLE Value CheckedValue(const Parameter& parameter, const Value& value);
+
+/// The value as `ParseValue` reads it back, numbers in the fewest digits that give the same number. An image in memory
+/// is called as the file that it came from.
+CORVANE_VISIBLE std::string ToText(const Value& value);
 
 /// The value that counts when none is given: the user's setting, or the default, or nothing.
 /// Throws Error when the setting is not allowed.
-std::optional<Value> DefaultValue(const Parameter& parameter);
+CORVANE_VISIBLE std::optional<Value> DefaultValue(const Parameter& parameter);
 
 /// What is allowed, in words: "0 to 100", "at least 0", "any number", "left:top:right:bottom".
-std::string AllowedText(const Parameter& parameter);
+CORVANE_VISIBLE std::string AllowedText(const Parameter& parameter);
+
+/// All of it in one text: "how far to look [4 to 1024, pixels; default 64]".
+CORVANE_VISIBLE std::string DescriptionOf(const Parameter& parameter);
 
 } // namespace corvane::catalogue

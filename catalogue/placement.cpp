@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <utility>
 
 #include "catalogue/numbers.h"
 #include "corvane/core/display_scale.h"
@@ -16,14 +17,14 @@ constexpr int kRounds = 2;            // the box is put around the star itself i
 constexpr double kMostStretch = 0.01; // of the distance of two stars
 constexpr double kMostOff = 1.5;      // pixels by which it may be off besides
 
-void CheckPoints(const std::string& option, const std::vector<double>& points)
+Parameter ShiftParameter(const char* name, const char* direction)
 {
-    if (!points.empty() && points.size() != 2 && points.size() != 4) {
-        throw ParameterError(option + " = " + NumbersText(points) + ": must be X,Y or X1,Y1,X2,Y2");
-    }
-    for (const double v : points) {
-        CheckRange(option, v, 0.0, kMaxShift);
-    }
+    return {.name = name,
+            .summary = std::string("shift ") + direction + ", on top of what stars say",
+            .unit = "pixels",
+            .min = -kMaxShift,
+            .max = kMaxShift,
+            .defaultValue = 0.0};
 }
 
 CfPoint StarAt(const std::vector<double>& points, std::size_t star)
@@ -103,18 +104,79 @@ double Principal(double angle)
 
 } // namespace
 
-void CheckPlacement(const Placement& placement, const std::string& secondOption)
+Parameter PointsParameter(const std::string& name, const std::string& summary)
 {
-    CheckRange("--dx", placement.dx, -kMaxShift, kMaxShift);
-    CheckRange("--dy", placement.dy, -kMaxShift, kMaxShift);
-    CheckRange("--angle", placement.angle, -kMaxTurn, kMaxTurn);
-    CheckRange("--box", placement.box, kMinBox, kMaxBox);
-    CheckPoints("--points", placement.points);
-    CheckPoints(secondOption, placement.secondPoints);
-    if (placement.points.size() != placement.secondPoints.size()) {
-        throw ParameterError("--points = " + NumbersText(placement.points) + ", " + secondOption + " = " +
-                             NumbersText(placement.secondPoints) + ": both must name the same stars, one or two");
+    return {.name = name,
+            .kind = Kind::Numbers,
+            .summary = summary,
+            .unit = "pixels",
+            .min = 0.0,
+            .max = kMaxShift,
+            .choices = {"X,Y", "X1,Y1,X2,Y2"},
+            .whenAbsent = "none"};
+}
+
+Parameter AngleParameter(const std::string& name, const std::string& summary)
+{
+    return {.name = name,
+            .summary = summary + ", clockwise where the first row is the top, on top of what stars say",
+            .unit = "degrees",
+            .min = -kMaxTurn,
+            .max = kMaxTurn,
+            .defaultValue = 0.0};
+}
+
+Parameter BoxParameter()
+{
+    return {.name = "box",
+            .kind = Kind::Whole,
+            .summary = "side of the square in which a star's centre is measured",
+            .unit = "pixels",
+            .min = kMinBox,
+            .max = kMaxBox,
+            .defaultValue = kDefaultBox};
+}
+
+std::vector<Parameter> PlacementParameters(const char* secondPoints, const std::string& first,
+                                           const std::string& second)
+{
+    return {{.name = "align",
+             .kind = Kind::Choice,
+             .summary = "points: find shift and turn from stars",
+             .choices = {"none", "points"},
+             .whenAbsent = "points where stars are given"},
+            PointsParameter("points", "roughly where one star, or two, are in " + first),
+            PointsParameter(secondPoints, "roughly where the same stars are in " + second),
+            BoxParameter(),
+            ShiftParameter("dx", "to the right"),
+            ShiftParameter("dy", "downwards"),
+            AngleParameter("angle", "turn")};
+}
+
+void CheckPlacement(const Arguments& arguments, const char* secondPoints)
+{
+    const auto count = [&](const char* points) { return arguments.Has(points) ? arguments.Numbers(points).size() : 0; };
+    if (arguments.Has("align") && (arguments.Text("align") == "points") != arguments.Has("points")) {
+        throw arguments.Refusal("align", arguments.Has("points")
+                                             ? "points are given, which need align = points"
+                                             : "needs points, and the same stars in the other image");
     }
+    if (count("points") != count(secondPoints)) {
+        throw arguments.Refusal(secondPoints, "must name the same stars as points, one or two");
+    }
+}
+
+Placement PlacementOf(const Arguments& arguments, const char* secondPoints)
+{
+    const auto numbers = [&](const char* name) {
+        return arguments.Has(name) ? arguments.Numbers(name) : std::vector<double>();
+    };
+    return {.dx = arguments.Number("dx"),
+            .dy = arguments.Number("dy"),
+            .angle = arguments.Number("angle"),
+            .points = numbers("points"),
+            .secondPoints = numbers(secondPoints),
+            .box = arguments.Whole("box")};
 }
 
 Fit FitOnto(io::Frame& first, io::Frame& second, const Placement& placement)
@@ -139,23 +201,6 @@ Fit FitOnto(io::Frame& first, io::Frame& second, const Placement& placement)
     return fit;
 }
 
-std::string ToText(const Placement& placement, const std::string& secondOption)
-{
-    std::string text;
-    const auto add = [&](const std::string& option, double value, double unset) {
-        text += value == unset ? "" : " " + option + " " + ToText(Value(value));
-    };
-    if (placement.IsByStars()) {
-        text += " --points " + NumbersText(placement.points) + " " + secondOption + " " +
-                NumbersText(placement.secondPoints);
-        add("--box", placement.box, kDefaultBox);
-    }
-    add("--dx", placement.dx, 0.0);
-    add("--dy", placement.dy, 0.0);
-    add("--angle", placement.angle, 0.0);
-    return text;
-}
-
 std::string ToText(const Fit& fit)
 {
     const std::string stars = fit.stars == 1 ? "1 star" : std::to_string(fit.stars) + " stars";
@@ -163,12 +208,41 @@ std::string ToText(const Fit& fit)
            Rounded(fit.angle, "%.4f");
 }
 
-void AddHistory(const std::string& command, const Fit& fit, io::Header& header)
+Table TableOf(const std::vector<Fit>& fits)
 {
-    header.AddHistory(command);
-    if (fit.stars > 0) {
-        header.AddHistory(ToText(fit));
+    Table table{.columns = {"dx", "dy", "angle", "stars"}, .rows = {}};
+    for (const Fit& fit : fits) {
+        table.rows.push_back({fit.dx, fit.dy, fit.angle, static_cast<double>(fit.stars)});
     }
+    return table;
+}
+
+std::vector<Fit> FitsOf(const Table& table)
+{
+    std::vector<Fit> fits;
+    for (const std::vector<double>& row : table.rows) {
+        fits.push_back({row[0], row[1], row[2], static_cast<int>(row[3])});
+    }
+    return fits;
+}
+
+std::vector<Output> PairOutputs()
+{
+    return {Output{},
+            {.name = "fit",
+             .kind = OutputKind::Numbers,
+             .summary = "where the second image lies on the first: dx, dy, angle; and by how many stars it is known"}};
+}
+
+Outputs PairOutputs(io::Frame& image, const Fit& fit)
+{
+    if (fit.stars > 0) {
+        image.header.AddHistory(ToText(fit));
+    }
+    Outputs outputs;
+    outputs.emplace("image", std::move(image));
+    outputs.emplace("fit", TableOf({fit}));
+    return outputs;
 }
 
 } // namespace corvane::catalogue

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "catalogue/operation.h"
 #include "io/frame.h"
 
 namespace corvane::catalogue {
@@ -41,9 +42,21 @@ struct Fit {
     int stars; ///< that it was found by: 0, 1 for a shift, 2 for a shift and a turn
 };
 
-/// Throws Error for a number that is out of its range, and for points that do not belong together. `secondOption` is
-/// what the second image's points are called.
-void CheckPlacement(const Placement& placement, const std::string& secondOption);
+/// @name Parameters of placements
+/// @{
+Parameter PointsParameter(const std::string& name, const std::string& summary);
+Parameter AngleParameter(const std::string& name, const std::string& summary);
+Parameter BoxParameter();
+/// @}
+
+/// The parameters of a placement; `secondPoints` is the one for stars in the second image, which is called `second`.
+std::vector<Parameter> PlacementParameters(const char* secondPoints, const std::string& first,
+                                           const std::string& second);
+
+/// Throws Error for points that do not belong together.
+void CheckPlacement(const Arguments& arguments, const char* secondPoints);
+
+Placement PlacementOf(const Arguments& arguments, const char* secondPoints);
 
 /// Finds the fit and sets the standard centre of the second image, about which it is to be turned: its first star, or
 /// without stars its middle.
@@ -53,13 +66,19 @@ void CheckPlacement(const Placement& placement, const std::string& secondOption)
 /// when a point lies outside of its image, when two stars are closer than a box or not equally far apart in both images.
 Fit FitOnto(io::Frame& first, io::Frame& second, const Placement& placement);
 
-/// The placement as it stands on a command line, " --dx 1.5 --points 3,4"; what is not asked for is left out.
-std::string ToText(const Placement& placement, const std::string& secondOption);
-
 /// The fit in words for a person and for HISTORY.
-std::string ToText(const Fit& fit);
+CORVANE_VISIBLE std::string ToText(const Fit& fit);
 
-/// Adds to HISTORY the command line, and what the stars said if the fit was found by them.
-void AddHistory(const std::string& command, const Fit& fit, io::Header& header);
+/// Fits as numbers: dx, dy, angle, stars.
+Table TableOf(const std::vector<Fit>& fits);
+/// Fits of such a table.
+CORVANE_VISIBLE std::vector<Fit> FitsOf(const Table& table);
+
+/// @name What an operation on two images makes: an image, and where the second lies on the first
+/// HISTORY tells what stars said.
+/// @{
+std::vector<Output> PairOutputs();
+Outputs PairOutputs(io::Frame& image, const Fit& fit);
+/// @}
 
 } // namespace corvane::catalogue

@@ -18,7 +18,7 @@ int GivenPlane(const Arguments& arguments, const CImage& image)
 {
     const int plane = arguments.Has("plane") ? arguments.Whole("plane") : -1;
     if (plane >= image.GetPlanes()) {
-        throw ParameterError("plane = " + std::to_string(plane) + ": must be 0, since the image has 1 plane");
+        throw arguments.Refusal("plane", "must be 0, since the image has 1 plane");
     }
     return plane;
 }

@@ -17,8 +17,7 @@ constexpr int kUndefined = std::numeric_limits<int>::min();
 void CheckWithin(const CRect& rect, const CRect& whole)
 {
     if (rect.left < 0 || rect.top < 0 || rect.right > whole.right || rect.bottom > whole.bottom) {
-        throw ParameterError("--rect = " + ToText(Value(rect)) + ": must lie within the image, " +
-                             ToText(Value(whole)));
+        throw ParameterError("rect", ToText(Value(rect)), "must lie within the image, " + ToText(Value(whole)));
     }
 }
 

@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "catalogue/match.h"
-#include "catalogue/names.h"
-#include "catalogue/numbers.h"
 #include "catalogue/row_order.h"
 #include "corvane/core/error.h"
 #include "corvane/core/run.h"
@@ -20,39 +17,40 @@ bool IsBy(const Registration& registration, const char* word)
     return registration.align == word;
 }
 
-void CheckPlaces(const Registration& registration)
+constexpr int kMostSearch = 1024; // [pixels]
+
+/// The parameter for something of frame i: points, points2, points3; shift1, shift2.
+std::string NameFor(const char* what, std::size_t i)
 {
-    for (std::size_t i = 0; i < registration.frames.size(); ++i) {
-        const FramePlace& place = registration.frames[i];
-        const std::string option = FrameOption("--shift", i);
-        if (!place.shift.empty() && place.shift.size() != 2) {
-            throw ParameterError(option + " = " + NumbersText(place.shift) + ": must be DX,DY");
-        }
-        for (const double v : place.shift) {
-            CheckRange(option, v, -kMaxShift, kMaxShift);
-        }
-        CheckRange(FrameOption("--angle", i), place.angle, -kMaxTurn, kMaxTurn);
-        if (!place.points.empty() && !IsBy(registration, "points")) {
-            throw ParameterError(FrameOption("--points", i) + " needs --align points");
-        }
-    }
+    return what == std::string("points") && i == 0 ? what : what + std::to_string(i + 1);
 }
 
-void CheckStar(const Registration& registration)
+Parameter ShiftParameter(std::size_t i, const std::string& frame)
 {
-    const std::vector<double>& at = registration.at;
-    if (IsBy(registration, "shift") == at.empty()) {
-        throw ParameterError(
-            "--align shift and --at belong together: X,Y is about where the star is in the first frame");
-    }
-    if (!at.empty() && at.size() != 2) {
-        throw ParameterError("--at = " + NumbersText(at) + ": must be X,Y");
-    }
-    for (const double v : at) {
-        CheckRange("--at", v, 0.0, kMaxShift);
-    }
-    CheckRange("--size", registration.size, kMinPatch, kMaxPatch);
-    CheckRange("--range", registration.range, kMinSearch, kMaxMatchRange);
+    return {.name = NameFor("shift", i),
+            .kind = Kind::Numbers,
+            .summary = "shift of " + frame + " to the right and down, on top of what stars say",
+            .unit = "pixels",
+            .min = -kMaxShift,
+            .max = kMaxShift,
+            .choices = {"DX,DY"},
+            .whenAbsent = "none"};
+}
+
+Parameter SquareParameter(const char* name, const char* summary, int min, int max, int usual)
+{
+    return {.name = name,
+            .kind = Kind::Whole,
+            .summary = summary,
+            .unit = "pixels",
+            .min = 1.0 * min,
+            .max = 1.0 * max,
+            .defaultValue = usual};
+}
+
+std::vector<double> NumbersOf(const Arguments& arguments, const std::string& name)
+{
+    return arguments.Has(name) ? arguments.Numbers(name) : std::vector<double>();
 }
 
 /// What is said by hand of a frame, and the stars if it is aligned by points.
@@ -65,20 +63,6 @@ Placement PlacementOf(const Registration& registration, std::size_t frame)
             .points = registration.frames[0].points,
             .secondPoints = place.points,
             .box = registration.box};
-}
-
-void CheckPoints(const Registration& registration)
-{
-    CheckRange("--box", registration.box, kMinBox, kMaxBox);
-    if (!IsBy(registration, "points")) {
-        return;
-    }
-    if (registration.frames[0].points.empty()) {
-        throw ParameterError("--align points needs --points, and the same stars in the other frames");
-    }
-    for (std::size_t i = 1; i < registration.frames.size(); ++i) {
-        CheckPlacement(PlacementOf(registration, i), FrameOption("--points", i));
-    }
 }
 
 /// Where the first frame is moved by hand.
@@ -95,9 +79,9 @@ void CheckInside(const io::Frame& first, const std::vector<double>& at)
 {
     const CStlImage& image = first.image;
     if (!(at[0] < image.GetWidth()) || !(at[1] < image.GetHeight())) {
-        throw FileError(image.GetOrgFileName(), "--at = " + NumbersText(at) + ": must lie within the image, of " +
-                                                    std::to_string(image.GetWidth()) + " x " +
-                                                    std::to_string(image.GetHeight()) + " pixels");
+        throw ParameterError("at", ToText(Value(at)), "must lie within the image, of " +
+                                                          std::to_string(image.GetWidth()) + " x " +
+                                                          std::to_string(image.GetHeight()) + " pixels");
     }
 }
 
@@ -130,7 +114,7 @@ Fit FindShift(const io::Frame& first, int firstPlane, io::Frame& frame, int plan
     CheckSeen(places > 0, frame, at, registration.size / 2 + reach);
     if (std::max(std::fabs(fit.dx), std::fabs(fit.dy)) >= reach) {
         throw FileError(frame.image.GetOrgFileName(),
-                        "the star is not within --range = " + std::to_string(registration.range) + " of its place in " +
+                        "the star is not within range = " + std::to_string(registration.range) + " of its place in " +
                             first.image.GetOrgFileName() + ": the best match lies at the edge");
     }
     frame.image.SetStdCtr(at.x - fit.dx, at.y - fit.dy);
@@ -138,13 +122,12 @@ Fit FindShift(const io::Frame& first, int firstPlane, io::Frame& frame, int plan
 }
 
 Fit FitOfOther(std::vector<io::Frame>& frames, std::size_t i, const std::vector<int>& planes,
-               const Registration& registration, const Context& context)
+               const Registration& registration, const Run& run)
 {
     const Placement placement = PlacementOf(registration, i);
     if (!IsBy(registration, "shift")) {
         return FitOnto(frames[0], frames[i], placement);
     }
-    const Run run = WindowRun(frames[i].image, context.showProgress);
     Fit fit = FindShift(frames[0], planes[0], frames[i], planes[i], registration, run);
     fit.dx += placement.dx;
     fit.dy += placement.dy;
@@ -154,56 +137,83 @@ Fit FitOfOther(std::vector<io::Frame>& frames, std::size_t i, const std::vector<
 
 } // namespace
 
-const std::vector<std::string>& AlignWords()
+std::vector<Parameter> RegistrationParameters(const std::vector<std::string>& names)
 {
-    static const std::vector<std::string> words = {"none", "shift", "points"};
-    return words;
+    std::vector<Parameter> parameters{
+        {.name = "align",
+         .kind = Kind::Choice,
+         .summary = "how the frames are brought onto " + names[0] +
+                    ": shift looks for a star, points measures stars that are pointed at",
+         .choices = {"none", "shift", "points"},
+         .defaultValue = std::string("none")},
+        {.name = "at",
+         .kind = Kind::Numbers,
+         .summary = "align = shift: roughly where the star is in " + names[0],
+         .unit = "pixels",
+         .min = 0.0,
+         .max = kMaxShift,
+         .choices = {"X,Y"},
+         .whenAbsent = "none"},
+        SquareParameter("size", "align = shift: side of the square about the star that is looked for", kMinPatch,
+                        kMaxPatch, kDefaultPatch),
+        SquareParameter("range", "align = shift: width of the square that is searched", kMinSearch, kMostSearch,
+                        kDefaultSearch),
+        BoxParameter()};
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        parameters.push_back(PointsParameter(NameFor("points", i),
+                                             "align = points: roughly where " +
+                                                 std::string(i == 0 ? "one star, or two, are" : "the same stars are") +
+                                                 " in " + names[i]));
+    }
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        parameters.push_back(ShiftParameter(i, names[i]));
+        parameters.push_back(AngleParameter(NameFor("angle", i), "turn of " + names[i]));
+    }
+    return parameters;
 }
 
-std::string FrameOption(const std::string& name, std::size_t frame)
+void CheckRegistration(const Arguments& arguments, std::size_t frames)
 {
-    return name == "--points" && frame == 0 ? name : name + std::to_string(frame + 1);
+    const std::string& align = arguments.Text("align");
+    if ((align == "shift") != arguments.Has("at")) {
+        throw arguments.Refusal("at", "belongs to align = shift, which needs it");
+    }
+    for (std::size_t i = 0; i < frames; ++i) {
+        const std::string points = NameFor("points", i);
+        if ((align == "points") != arguments.Has(points)) {
+            throw arguments.Refusal(points, "belongs to align = points, which needs it");
+        }
+        if (NumbersOf(arguments, points).size() != NumbersOf(arguments, "points").size()) {
+            throw arguments.Refusal(points, "must name the same stars as points, one or two");
+        }
+    }
 }
 
-void CheckRegistration(const Registration& registration)
+Registration RegistrationOf(const Arguments& arguments, std::size_t frames)
 {
-    CheckWord("--align", registration.align, AlignWords());
-    CheckPlaces(registration);
-    CheckStar(registration);
-    CheckPoints(registration);
+    Registration registration{.align = arguments.Text("align"),
+                              .at = NumbersOf(arguments, "at"),
+                              .size = arguments.Whole("size"),
+                              .range = arguments.Whole("range"),
+                              .box = arguments.Whole("box")};
+    for (std::size_t i = 0; i < frames; ++i) {
+        registration.frames.push_back({NumbersOf(arguments, NameFor("shift", i)), arguments.Number(NameFor("angle", i)),
+                                       NumbersOf(arguments, NameFor("points", i))});
+    }
+    return registration;
 }
 
 std::vector<Fit> FitFrames(std::vector<io::Frame>& frames, const std::vector<int>& planes,
-                           const Registration& registration, const Context& context)
+                           const Registration& registration, const Run& run)
 {
     Registration inOrder = registration;
     std::vector<Fit> fits(1);
     for (std::size_t i = 1; i < frames.size(); ++i) {
-        BringToOrderOf(frames[0], frames[i], context, &inOrder.frames[i].points);
-        fits.push_back(FitOfOther(frames, i, planes, inOrder, context));
+        BringToOrderOf(frames[0], frames[i], run, &inOrder.frames[i].points);
+        fits.push_back(FitOfOther(frames, i, planes, inOrder, run));
     }
     fits[0] = FitOfFirst(frames[0], registration);
     return fits;
-}
-
-std::string ToText(const Registration& registration)
-{
-    std::string text = IsBy(registration, "none") ? "" : " --align " + registration.align;
-    const auto add = [&](const std::string& option, const std::vector<double>& numbers) {
-        text += numbers.empty() ? "" : " " + option + " " + NumbersText(numbers);
-    };
-    add("--at", registration.at);
-    if (IsBy(registration, "shift")) {
-        text += " --size " + std::to_string(registration.size) + " --range " + std::to_string(registration.range);
-    }
-    for (std::size_t i = 0; i < registration.frames.size(); ++i) {
-        const FramePlace& place = registration.frames[i];
-        add(FrameOption("--points", i), place.points);
-        add(FrameOption("--shift", i), place.shift);
-        add(FrameOption("--angle", i), place.angle == 0.0 ? std::vector<double>() : std::vector{place.angle});
-    }
-    text += IsBy(registration, "points") ? " --box " + std::to_string(registration.box) : "";
-    return text;
 }
 
 } // namespace corvane::catalogue

@@ -33,7 +33,7 @@ struct FramePlace {
 ///
 /// Rows count in the file's order, columns and rows from 0 in the middle of the first sample.
 struct Registration {
-    std::string align = "none";       ///< one of `AlignWords`
+    std::string align = "none";       ///< none, shift or points
     std::vector<FramePlace> frames{}; ///< one for each frame; the first one's stars are those of the others
     std::vector<double> at{};         ///< shift: X,Y, about where the star is in the first frame
     int size = kDefaultPatch;         ///< shift: side of the square about it that is looked for [pixels, 9..255]
@@ -41,14 +41,13 @@ struct Registration {
     int box = kDefaultBox;            ///< points: side of the square in which a centroid is taken [pixels, 5..255]
 };
 
-/// none, shift and points.
-const std::vector<std::string>& AlignWords();
+/// The parameters of a registration of frames that are called so.
+std::vector<Parameter> RegistrationParameters(const std::vector<std::string>& names);
 
-/// The option for a number of frame `frame` [from 0], as --shift1; `--points` of the first goes without its number.
-std::string FrameOption(const std::string& name, std::size_t frame);
+/// Throws Error for values that do not go together.
+void CheckRegistration(const Arguments& arguments, std::size_t frames);
 
-/// Throws Error, which names the option, its value and what is allowed.
-void CheckRegistration(const Registration& registration);
+Registration RegistrationOf(const Arguments& arguments, std::size_t frames);
 
 /// Finds where each frame comes to lie on the first one's grid, which the first itself may be moved against by hand.
 /// Frames of the other order of rows are turned upside down first; their points are those of their files.
@@ -56,9 +55,6 @@ void CheckRegistration(const Registration& registration);
 /// without stars its middle. Throws Error where a star is not to be found: it lies outside of the first frame, a frame
 /// shows none there, or the match lies at the edge of the range.
 std::vector<Fit> FitFrames(std::vector<io::Frame>& frames, const std::vector<int>& planes,
-                           const Registration& registration, const Context& context);
-
-/// The registration as it stands on a command line; what is not asked for is left out.
-std::string ToText(const Registration& registration);
+                           const Registration& registration, const Run& run);
 
 } // namespace corvane::catalogue

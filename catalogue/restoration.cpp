@@ -59,9 +59,9 @@ void CheckMemory(int width, int height, double needed)
 {
     const auto budget = static_cast<double>(MemoryBudget());
     if (needed > budget) {
-        throw ParameterError("a region of " + std::to_string(width) + " x " + std::to_string(height) + " needs " +
-                             GigabytesText(needed) + " of memory; " + GigabytesText(budget) +
-                             " are allowed (CORVANE_MEMORY); give a smaller rect");
+        throw InputError("image", "needs " + GigabytesText(needed) + " of memory for a region of " +
+                                      std::to_string(width) + " x " + std::to_string(height) + "; " +
+                                      GigabytesText(budget) + " are allowed (CORVANE_MEMORY); give a smaller rect");
     }
 }
 
@@ -84,10 +84,10 @@ void CheckRestorable(const CStlImage& image, const CRect* rect, BytesOfRegion by
             const float* const bad = std::find_if(row + area.left, row + area.right,
                                                   [&](float v) { return !std::isfinite(v) || isBlank(v); });
             if (bad != row + area.right) {
-                throw ParameterError(
-                    "the sample at column " + std::to_string(bad - row) + ", row " + std::to_string(y) + ", plane " +
-                    std::to_string(plane) +
-                    " is undefined, and would spoil all others; give a rect without such samples, or " + kFillThem);
+                throw InputError("image", "has an undefined sample, which would spoil all others, at column " +
+                                              std::to_string(bad - row) + ", row " + std::to_string(y) + ", plane " +
+                                              std::to_string(plane) + "; give a rect without such samples, or " +
+                                              kFillThem);
             }
         }
     }
@@ -97,7 +97,7 @@ double MeasureStarSigma(const CStlImage& image)
 {
     const double fwhm = stars::FindFieldStars(image, stars::StarPlane(image), {.sigmas = kClearStar}).fwhm;
     if (fwhm == 0.0) {
-        throw ParameterError("fwhm = auto: there is no star to measure; give sigma or fwhm");
+        throw ParameterError("fwhm", "auto", "there is no star to measure; give sigma or fwhm");
     }
     return fwhm / kFwhmOfSigma;
 }

@@ -15,11 +15,11 @@ void CheckRestorable(const CStlImage& image, const CRect* rect, BytesOfRegion by
 
 /// The blur of an image as its clear stars show it [pixels, as the sigma of a Gaussian], by the star finder's width. Throws
 /// Error when there are none.
-double MeasureStarSigma(const CStlImage& image);
+CORVANE_VISIBLE double MeasureStarSigma(const CStlImage& image);
 
 /// The noise from sample to sample [raw units], from the median difference of neighbours, so that neither stars nor a
 /// sky that is uneven count; of several planes that of the noisiest.
-double MeasureNoise(const CStlImage& image);
+CORVANE_VISIBLE double MeasureNoise(const CStlImage& image);
 
 /// Electrons per count: EGAIN of the header or 1, times NCOMBINE, since n electrons make up a count of a mean of n frames.
 double GainOf(const io::Header& header);

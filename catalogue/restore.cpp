@@ -22,17 +22,15 @@ constexpr double kLeastSigma = 0.3;
 constexpr double kMostSigma = 9.0; // from about 9.9 on the function of a restoration has a false peak in a corner
 constexpr double kSqrt2 = 1.414213562373095;
 
-void Tell(const Context& context, const char* what, double value, const char* unit)
+void Tell(const Run& run, const char* what, double value, const char* unit)
 {
-    if (context.tell) {
-        char line[100];
-        std::snprintf(line, sizeof line, "%s %.4g %s", what, value, unit);
-        context.tell(line);
-    }
+    char line[100];
+    std::snprintf(line, sizeof line, "%s %.4g %s", what, value, unit);
+    run.TellFinding(line);
 }
 
 /// The blur, as it was given or as stars have it.
-double SigmaOf(const Arguments& arguments, const CStlImage& image, const Context& context)
+double SigmaOf(const Arguments& arguments, const CStlImage& image, const Run& run)
 {
     if (arguments.Has("sigma")) {
         return arguments.Number("sigma");
@@ -41,11 +39,12 @@ double SigmaOf(const Arguments& arguments, const CStlImage& image, const Context
         return arguments.Number("fwhm") / kFwhmOfSigma;
     }
     const double sigma = MeasureStarSigma(image);
-    Tell(context, "FWHM of the stars", sigma * kFwhmOfSigma, "pixels");
+    Tell(run, "FWHM of the stars", sigma * kFwhmOfSigma, "pixels");
     if (sigma < kLeastSigma || sigma > kMostSigma) {
-        throw ParameterError("fwhm = auto: the stars are " + ToText(Value(sigma * kFwhmOfSigma)) +
-                             " pixels wide; it takes " + ToText(Value(kLeastSigma * kFwhmOfSigma)) + " to " +
-                             ToText(Value(kMostSigma * kFwhmOfSigma)));
+        throw ParameterError("fwhm", "auto",
+                             "the stars are " + ToText(Value(sigma * kFwhmOfSigma)) + " pixels wide; it takes " +
+                                 ToText(Value(kLeastSigma * kFwhmOfSigma)) + " to " +
+                                 ToText(Value(kMostSigma * kFwhmOfSigma)));
     }
     return sigma;
 }
@@ -53,21 +52,8 @@ double SigmaOf(const Arguments& arguments, const CStlImage& image, const Context
 void CheckSigma(const Arguments& arguments)
 {
     if (arguments.Has("sigma") && arguments.Has("fwhm")) {
-        throw ParameterError("sigma and fwhm say the same; give one of them");
+        throw arguments.Refusal("fwhm", "sigma says the same; give one of them");
     }
-}
-
-/// The context as a run that reports to the image's window.
-corvane::Run RunOf(const Context& context, CStlImage& image)
-{
-    corvane::Run run = WindowRun(image, context.showProgress, Escape::kEnds);
-    run.diagnostics = [&context](const Diagnostic& diagnostic) {
-        const auto* const event = std::get_if<RestoreEvent>(&diagnostic);
-        if (event != nullptr && context.restoring) {
-            context.restoring(*event);
-        }
-    };
-    return run;
 }
 
 void ThrowUnlessDone(Restored end)
@@ -79,23 +65,24 @@ void ThrowUnlessDone(Restored end)
         AfxThrowMemoryException();
     }
     if (end == Restored::kNotANumber) {
-        throw ParameterError(
-            "chi-square is not a number: samples, gain or noise are too large or too small to calculate with");
+        throw InputError("image",
+                         "gives a chi-square that is not a number: its samples, gain or noise are too large or "
+                         "too small to calculate with");
     }
 }
 
-void RunLucy(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunLucy(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
-    CRect* const rect = arguments.Rectangle("rect");
+    const CRect* const rect = arguments.Rectangle("rect");
     CheckRestorable(frame.image, rect);
-    const double sigma = SigmaOf(arguments, frame.image, context);
+    const double sigma = SigmaOf(arguments, frame.image, run);
     const double gain = arguments.Has("gain") ? arguments.Number("gain") : GainOf(frame.header);
     const double noise = arguments.Has("read-noise") ? arguments.Number("read-noise") : ReadNoiseOf(frame.header);
-    Tell(context, "gain", gain, "electrons per count");
-    Tell(context, "read-out noise", noise, "electrons");
+    Tell(run, "gain", gain, "electrons per count");
+    Tell(run, "read-out noise", noise, "electrons");
     CImgLucy image;
     image.Swap(&frame.image);
-    ThrowUnlessDone(image.Do(sigma, gain, noise, arguments.Whole("iterations"), rect, RunOf(context, image)));
+    ThrowUnlessDone(image.Do(sigma, gain, noise, arguments.Whole("iterations"), rect, run));
     image.Swap(&frame.image);
 }
 
@@ -108,20 +95,20 @@ void MoveReferencePixel(CStlImage& image)
     }
 }
 
-void RunMaxent(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunMaxent(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
-    CRect* const rect = arguments.Rectangle("rect");
+    const CRect* const rect = arguments.Rectangle("rect");
     CheckRestorable(frame.image, rect);
-    const double sigma = SigmaOf(arguments, frame.image, context);
+    const double sigma = SigmaOf(arguments, frame.image, run);
     const double noise = arguments.Has("noise") ? arguments.Number("noise") : MeasureNoise(frame.image);
-    Tell(context, "noise", noise, "counts");
+    Tell(run, "noise", noise, "counts");
     if (!(noise > 0.0)) {
-        throw ParameterError("the image shows no noise to measure; give noise");
+        throw InputError("image", "shows no noise to measure; give noise");
     }
     const bool isOnGrid = arguments.Flag("resample") || rect != nullptr;
     CImgMem image;
     image.Swap(&frame.image);
-    ThrowUnlessDone(image.Do(sigma, noise, arguments.Whole("iterations"), rect, isOnGrid, RunOf(context, image)));
+    ThrowUnlessDone(image.Do(sigma, noise, arguments.Whole("iterations"), rect, isOnGrid, run));
     if (!isOnGrid) {
         MoveReferencePixel(image);
     }
@@ -167,20 +154,18 @@ private:
 };
 
 // The filter dims what lies above black by its gain; black at 0 keeps the digits that would drown in a pedestal.
-void RunWiener(io::Frame& frame, Arguments& arguments, const Context& context)
+void RunWiener(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
-    CRect* const rect = arguments.Rectangle("rect");
+    const CRect* const rect = arguments.Rectangle("rect");
     CheckRestorable(frame.image, rect, WienerBytes);
-    const double sigma = SigmaOf(arguments, frame.image, context) * kSqrt2; // of which the filter takes 0.7071
+    const double sigma = SigmaOf(arguments, frame.image, run) * kSqrt2; // of which the filter takes 0.7071
     const double noise = arguments.Number("noise");
     CImgWiener image;
     image.Swap(&frame.image);
     const CRect area = rect != nullptr ? *rect : CRect(0, 0, image.GetWidth(), image.GetHeight());
     {
         const PlainLevels levels(image);
-        if (image.Do(sigma, noise, rect, context.showProgress) == 0) {
-            AfxThrowMemoryException();
-        }
+        image.Do(sigma, noise, rect, run);
     }
     Multiply(image, area, WienerGain(sigma, area.Width(), area.Height()) * (1.0 + noise));
     image.Swap(&frame.image);

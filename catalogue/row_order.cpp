@@ -15,12 +15,12 @@ void Turn(int height, std::vector<double>& points)
 
 } // namespace
 
-void BringToOrderOf(const io::Frame& image, io::Frame& frame, const Context& context, std::vector<double>* points)
+void BringToOrderOf(const io::Frame& image, io::Frame& frame, const Run& run, std::vector<double>* points)
 {
     if (!io::RowsRunAgainst(image.header, frame.header)) {
         return;
     }
-    context.Note(io::TurnedNote(frame.image.GetOrgFileName(), 0, image.image.GetOrgFileName(), image.header));
+    run.TellNote(io::TurnedNote(frame.image.GetOrgFileName(), 0, image.image.GetOrgFileName(), image.header));
     io::TurnUpsideDown(frame);
     if (points != nullptr) {
         Turn(frame.image.GetHeight(), *points);

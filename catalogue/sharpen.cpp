@@ -12,30 +12,29 @@ namespace {
 // At 2 the definition divides by zero, and just below it noise is all that is left.
 constexpr double kMostStrength = 1.9;
 
-using SharpMember = void (CImgFilter::*)(int, double, CStlImage*, CRect*, int);
+using SharpMember = void (CImgFilter::*)(int, double, const CStlImage&, const CRect*, const Run&);
 
 template <SharpMember kMember>
-void RunSharp(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunSharp(const CStlImage& image, const Arguments& arguments, const Run& run)
 {
-    CImgFilter result(frame.image);
-    (result.*kMember)(Shape(arguments), arguments.Number("strength"), &frame.image, arguments.Rectangle("rect"),
-                      context.showProgress);
-    frame.image.Swap(&result);
+    CImgFilter result(image);
+    (result.*kMember)(Shape(arguments), arguments.Number("strength"), image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
-void RunLaplacian(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunLaplacian(const CStlImage& image, const Arguments& arguments, const Run& run)
 {
-    CImgFilter result(frame.image);
-    result.LaplacianFilter(Shape(arguments), &frame.image, arguments.Rectangle("rect"), context.showProgress);
-    frame.image.Swap(&result);
+    CImgFilter result(image);
+    result.LaplacianFilter(Shape(arguments), image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
-void RunUnsharp(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunUnsharp(const CStlImage& image, const Arguments& arguments, const Run& run)
 {
-    CImgFilter result(frame.image);
+    CImgFilter result(image);
     result.UnSharpMask(arguments.Number("amount"), Shape(arguments), arguments.Number("weight"),
-                       arguments.Number("threshold"), &frame.image, arguments.Rectangle("rect"), context.showProgress);
-    frame.image.Swap(&result);
+                       arguments.Number("threshold"), image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
 Parameter StrengthParameter(const char* summary, double defaultValue)

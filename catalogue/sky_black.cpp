@@ -24,7 +24,7 @@ CStlImage Alone(const CStlImage& image, int plane)
 void GiveSkyBlack(CStlImage& image)
 {
     for (int plane = 0; plane < image.GetPlanes() && image.HasOwnLevel() == 0; ++plane) {
-        CStlImage alone = Alone(image, plane);
+        const CStlImage alone = Alone(image, plane);
         const Sky sky = MeasureSky(alone);
         const double black = std::max(sky.mean - kBelowSky * sky.sigma, image.GetLevelMin(plane));
         if (black < image.GetLevelMax(plane)) {

@@ -12,29 +12,28 @@
 namespace corvane::catalogue {
 namespace {
 
-using MeanMember = void (CImgFilter::*)(int, double, CStlImage*, CRect*, int);
+using MeanMember = void (CImgFilter::*)(int, double, const CStlImage&, const CRect*, const Run&);
 
 template <MeanMember kMember>
-void RunMean(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunMean(const CStlImage& image, const Arguments& arguments, const Run& run)
 {
-    CImgFilter result(frame.image);
-    (result.*kMember)(Shape(arguments), arguments.Number("weight"), &frame.image, arguments.Rectangle("rect"),
-                      context.showProgress);
-    frame.image.Swap(&result);
+    CImgFilter result(image);
+    (result.*kMember)(Shape(arguments), arguments.Number("weight"), image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
-void RunMedian(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunMedian(const CStlImage& image, const Arguments& arguments, const Run& run)
 {
-    CImgFilter result(frame.image);
-    result.MedianFilter(Shape(arguments), &frame.image, arguments.Rectangle("rect"), context.showProgress);
-    frame.image.Swap(&result);
+    CImgFilter result(image);
+    result.MedianFilter(Shape(arguments), image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
-void ApplyRank(io::Frame& frame, Arguments& arguments, const Context& context, int rank)
+CStlImage Ranked(const CStlImage& image, const Arguments& arguments, const Run& run, int rank)
 {
-    CImgFilter result(frame.image);
-    result.MinMaxFilter(Shape(arguments), rank, &frame.image, arguments.Rectangle("rect"), context.showProgress);
-    frame.image.Swap(&result);
+    CImgFilter result(image);
+    result.MinMaxFilter(Shape(arguments), rank, image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
 int LastRank(const Arguments& arguments)
@@ -42,11 +41,11 @@ int LastRank(const Arguments& arguments)
     return filter::Points(Shape(arguments)) - 1;
 }
 
-void RunGaussian(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunGaussian(const CStlImage& image, const Arguments& arguments, const Run& run)
 {
-    CImgFilter result(frame.image);
-    result.GaussianFilter(arguments.Number("sigma"), &frame.image, arguments.Rectangle("rect"), context.showProgress);
-    frame.image.Swap(&result);
+    CImgFilter result(image);
+    result.GaussianFilter(arguments.Number("sigma"), image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
 Footprint GaussianFootprint(const Arguments& arguments)
@@ -54,21 +53,20 @@ Footprint GaussianFootprint(const Arguments& arguments)
     return Around(static_cast<int>(std::ceil(2.0 * arguments.Number("sigma"))));
 }
 
-void RunStarSharpen(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunStarSharpen(const CStlImage& image, const Arguments& arguments, const Run& run)
 {
-    CImgFilter result(frame.image);
+    CImgFilter result(image);
     result.StarSharpFilter(Shape(arguments), arguments.Number("rank"), arguments.Number("threshold"),
-                           arguments.Flag("keep-peaks"), &frame.image, arguments.Rectangle("rect"),
-                           context.showProgress);
-    frame.image.Swap(&result);
+                           arguments.Flag("keep-peaks"), image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
 void CheckRank(double rank, const Arguments& arguments)
 {
     const int last = LastRank(arguments);
     if (rank > last) {
-        throw ParameterError("rank = " + ToText(Value(rank)) + ": must be 0 to " + std::to_string(last) +
-                             " for a shape of " + std::to_string(last + 1) + " samples");
+        throw arguments.Refusal("rank", "must be 0 to " + std::to_string(last) + " for a shape of " +
+                                            std::to_string(last + 1) + " samples");
     }
 }
 
@@ -125,8 +123,8 @@ Operation Rank()
                            RankParameter(Kind::Whole, "place in the ascending order, from 0", 2), RectangleParameter()},
             .footprint = AroundShape<>,
             .check = [](const Arguments& arguments) { CheckRank(arguments.Whole("rank"), arguments); },
-            .run = [](io::Frame& frame, Arguments& arguments,
-                      const Context& context) { ApplyRank(frame, arguments, context, arguments.Whole("rank")); }};
+            .run = [](const CStlImage& image, const Arguments& arguments,
+                      const Run& run) { return Ranked(image, arguments, run, arguments.Whole("rank")); }};
 }
 
 Operation Minimum()
@@ -137,8 +135,8 @@ Operation Minimum()
             .parameters = {ShapeParameter("square3"), RectangleParameter()},
             .footprint = AroundShape<>,
             .aliases = {"min"},
-            .run = [](io::Frame& frame, Arguments& arguments, const Context& context) {
-                ApplyRank(frame, arguments, context, 0);
+            .run = [](const CStlImage& image, const Arguments& arguments, const Run& run) {
+                return Ranked(image, arguments, run, 0);
             }};
 }
 
@@ -150,8 +148,8 @@ Operation Maximum()
             .parameters = {ShapeParameter("square3"), RectangleParameter()},
             .footprint = AroundShape<>,
             .aliases = {"max"},
-            .run = [](io::Frame& frame, Arguments& arguments, const Context& context) {
-                ApplyRank(frame, arguments, context, LastRank(arguments));
+            .run = [](const CStlImage& image, const Arguments& arguments, const Run& run) {
+                return Ranked(image, arguments, run, LastRank(arguments));
             }};
 }
 

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "corvane/platform/export.h"
 #include "io/reader.h"
 
 namespace corvane::catalogue {
@@ -17,6 +18,6 @@ struct PlaneStatistics {
 };
 
 /// Reads the frame once, in bands of rows, and tells of each plane. Throws Error.
-std::vector<PlaneStatistics> ReadStatistics(io::FrameReader& reader);
+CORVANE_VISIBLE std::vector<PlaneStatistics> ReadStatistics(io::FrameReader& reader);
 
 } // namespace corvane::catalogue

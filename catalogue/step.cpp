@@ -2,6 +2,7 @@
 
 #include <map>
 #include <optional>
+#include <utility>
 
 #include "catalogue/names.h"
 #include "catalogue/operations.h"
@@ -11,8 +12,6 @@
 
 namespace corvane::catalogue {
 namespace {
-
-using Texts = std::map<const Parameter*, std::string>;
 
 constexpr char kComma = ',';
 
@@ -50,54 +49,90 @@ const Parameter& FindParameter(const Operation& operation, std::string_view name
     return *parameter;
 }
 
-Texts ReadTexts(const Operation& operation, std::optional<std::string_view> rest)
+const Operation& FindStep(std::string_view name)
 {
-    Texts texts;
+    const Operation& operation = FindOperation(name);
+    if (!operation.IsStep()) {
+        throw ParameterError("'" + operation.name + "' is no step: it works on several images");
+    }
+    return operation;
+}
+
+/// The values of a step's text, as texts.
+Settings ReadSettings(std::string_view text)
+{
+    const std::size_t colon = text.find(':');
+    auto rest = colon == std::string_view::npos ? std::nullopt : std::optional(text.substr(colon + 1));
+    Settings settings;
     while (const std::optional<std::string> item = TakeItem(rest)) {
         const std::size_t equals = item->find('=');
         if (equals == std::string::npos) {
             throw ParameterError("'" + *item +
                                  "' is not of the form key=value; a comma within a value is written twice");
         }
-        const Parameter& parameter = FindParameter(operation, std::string_view(*item).substr(0, equals));
-        if (!texts.emplace(&parameter, item->substr(equals + 1)).second) {
-            throw ParameterError(parameter.name + " is given twice");
-        }
+        settings.push_back({item->substr(0, equals), item->substr(equals + 1)});
     }
-    return texts;
+    return settings;
 }
 
-void AddArgument(const Parameter& parameter, const Texts& texts, Arguments& arguments)
+using Given = std::map<const Parameter*, Value>;
+
+Given Judged(const Operation& operation, const Settings& settings)
 {
-    if (const auto given = texts.find(&parameter); given != texts.end()) {
-        arguments.Add({&parameter, ParseValue(parameter, given->second), true});
+    Given given;
+    for (const Setting& setting : settings) {
+        const Parameter& parameter = FindParameter(operation, setting.name);
+        if (!given.emplace(&parameter, setting.value).second) {
+            throw ParameterError(parameter.name, {}, "is given twice");
+        }
+    }
+    return given;
+}
+
+void AddArgument(const Parameter& parameter, const Given& given, Arguments& arguments)
+{
+    if (const auto found = given.find(&parameter); found != given.end()) {
+        arguments.Add({&parameter, CheckedValue(parameter, found->second), true});
     } else if (parameter.IsRequired()) {
-        throw ParameterError(parameter.name + " must be given: " + AllowedText(parameter));
+        throw ParameterError(parameter.name, {}, "must be given; it is " + AllowedText(parameter));
     } else if (std::optional<Value> value = DefaultValue(parameter)) {
         arguments.Add({&parameter, std::move(*value), parameter.readSetting != nullptr});
     }
 }
 
-void CheckPlanes(const Operation& operation, const CStlImage& image)
+void CheckFrame(const Input& input, const io::Frame& frame)
 {
-    const bool isColour = image.IsColor() != 0;
-    if (operation.planes == Planes::Any || isColour == (operation.planes == Planes::Colour)) {
-        return;
+    const bool isColour = frame.image.IsColor() != 0;
+    if (input.planes != Planes::Any && isColour != (input.planes == Planes::Colour)) {
+        throw InputError(input.name, std::string("must have ") + (isColour ? "1 plane" : "3 planes") + "; it has " +
+                                         std::to_string(frame.image.GetPlanes()));
     }
-    const std::string wanted = isColour ? "an image of 1 plane" : "a colour image of 3 planes";
-    throw ParameterError("takes " + wanted + "; this one has " + std::to_string(image.GetPlanes()));
 }
 
-void CheckRectangle(const Argument& argument, const CStlImage& image)
+void CheckInputs(const Operation& operation, const Inputs& inputs)
 {
-    const CRect* rect = std::get_if<CRect>(&argument.value);
-    if (rect == nullptr) {
-        return;
+    for (const Input& input : operation.inputs) {
+        const auto found = inputs.find(input.name);
+        const std::size_t given = found == inputs.end() ? 0 : found->second.size();
+        if ((given == 0 && input.count != Count::Optional) || (given > 1 && input.count != Count::Several)) {
+            throw InputError(input.name, given == 0 ? "is missing" : "must be one image");
+        }
+        for (std::size_t i = 0; i < given; ++i) {
+            CheckFrame(input, found->second[i]);
+        }
     }
+}
+
+void CheckRectangles(const Arguments& arguments, const CStlImage& image)
+{
     const CRect whole(0, 0, image.GetWidth(), image.GetHeight());
-    if (rect->left < 0 || rect->top < 0 || rect->right > whole.right || rect->bottom > whole.bottom) {
-        throw ParameterError(argument.parameter->name + " = " + ToText(argument.value) +
-                             ": must lie within the image, " + ToText(Value(whole)));
+    for (const Argument& argument : arguments.List()) {
+        const CRect* rect = std::get_if<CRect>(&argument.value);
+        if (rect != nullptr &&
+            (rect->left < 0 || rect->top < 0 || rect->right > whole.right || rect->bottom > whole.bottom)) {
+            throw ParameterError(argument.parameter->name, ToText(argument.value),
+                                 "must lie within the image, " + ToText(Value(whole)));
+        }
     }
 }
 
@@ -121,30 +156,21 @@ std::string WithDoubledCommas(const std::string& value)
     return text;
 }
 
-} // namespace
-
-Step ParseStep(std::string_view text)
+/// Does a step's work on a frame that fits.
+void Work(const Operation& operation, io::Frame& frame, const Arguments& arguments, const Run& run)
 {
-    const std::size_t colon = text.find(':');
-    Step step{&FindOperation(text.substr(0, colon)), {}};
-    InTheNameOf(*step.operation, [&] {
-        const Texts texts = ReadTexts(
-            *step.operation, colon == std::string_view::npos ? std::nullopt : std::optional(text.substr(colon + 1)));
-        for (const Parameter& parameter : step.operation->parameters) {
-            AddArgument(parameter, texts, step.arguments);
-        }
-        if (step.operation->check) {
-            step.operation->check(step.arguments);
-        }
-    });
-    return step;
+    if (const OnImage* onImage = std::get_if<OnImage>(&operation.run)) {
+        frame.image = (*onImage)(frame.image, arguments, run);
+    } else {
+        std::get<OnFrame>(operation.run)(frame, arguments, run);
+    }
 }
 
-std::string ToText(const Step& step)
+std::string StepText(const Operation& operation, const Arguments& arguments)
 {
-    std::string text = step.operation->name;
+    std::string text = operation.name;
     char separator = ':';
-    for (const Argument& argument : step.arguments.List()) {
+    for (const Argument& argument : arguments.List()) {
         if (argument.isWritten) {
             text += separator + argument.parameter->name + "=" + WithDoubledCommas(ToText(argument.value));
             separator = kComma;
@@ -153,39 +179,108 @@ std::string ToText(const Step& step)
     return text;
 }
 
-std::vector<std::string> FilesOf(const Step& step)
+/// The command line that does the same.
+std::string CommandText(const Operation& operation, const Inputs& inputs, const Arguments& arguments)
+{
+    std::string text = "corvane " + operation.name;
+    for (const Input& input : operation.inputs) {
+        const auto found = inputs.find(input.name);
+        for (std::size_t i = 0; found != inputs.end() && i < found->second.size(); ++i) {
+            text.append(" ").append(found->second[i].image.GetOrgFileName());
+        }
+    }
+    for (const Argument& argument : arguments.List()) {
+        const bool isFlag = argument.parameter->kind == Kind::Flag;
+        if (argument.isWritten && (!isFlag || std::get<bool>(argument.value))) {
+            text += " --" + argument.parameter->name + (isFlag ? "" : " " + ToText(argument.value));
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+Arguments MakeArguments(const Operation& operation, const Settings& settings)
+{
+    const Given given = Judged(operation, settings);
+    Arguments arguments;
+    for (const Parameter& parameter : operation.parameters) {
+        AddArgument(parameter, given, arguments);
+    }
+    if (operation.check) {
+        operation.check(arguments);
+    }
+    return arguments;
+}
+
+Step::Step(std::string_view name, const Settings& settings) : operation(&FindStep(name))
+{
+    InTheNameOf(*operation, [&] { arguments = MakeArguments(*operation, settings); });
+}
+
+Step::Step(std::string_view text) : operation(&FindStep(text.substr(0, text.find(':'))))
+{
+    InTheNameOf(*operation, [&] { arguments = MakeArguments(*operation, ReadSettings(text)); });
+}
+
+Step ParseStep(std::string_view text)
+{
+    return {text};
+}
+
+std::string ToText(const Step& step)
+{
+    return StepText(*step.operation, step.arguments);
+}
+
+std::vector<std::string> FilesOf(const Arguments& arguments)
 {
     std::vector<std::string> files;
-    for (const Argument& argument : step.arguments.List()) {
-        if (argument.parameter->kind == Kind::File || argument.parameter->kind == Kind::CurveFile) {
-            files.push_back(std::get<std::string>(argument.value));
+    for (const Argument& argument : arguments.List()) {
+        const Kind kind = argument.parameter->kind;
+        const auto* file = std::get_if<std::string>(&argument.value);
+        if (file != nullptr && (kind == Kind::Image || kind == Kind::CurveFile)) {
+            files.push_back(*file);
         }
     }
     return files;
 }
 
-void CheckFiles(const Step& step)
+void CheckFiles(const Arguments& arguments)
 {
-    for (const Argument& argument : step.arguments.List()) {
-        if (argument.parameter->kind == Kind::File) {
-            io::OpenFrame(std::get<std::string>(argument.value));
-        } else if (argument.parameter->kind == Kind::CurveFile) {
+    for (const Argument& argument : arguments.List()) {
+        if (argument.parameter->kind == Kind::CurveFile) {
             ReadPoints(std::get<std::string>(argument.value));
+        } else if (argument.parameter->kind == Kind::Image && std::holds_alternative<std::string>(argument.value)) {
+            io::OpenFrame(std::get<std::string>(argument.value));
         }
     }
 }
 
-void Run(const Step& step, io::Frame& frame, const Context& context)
+void RunStep(const Step& step, io::Frame& frame, const Run& run)
 {
     InTheNameOf(*step.operation, [&] {
-        CheckPlanes(*step.operation, frame.image);
-        for (const Argument& argument : step.arguments.List()) {
-            CheckRectangle(argument, frame.image);
-        }
-        Arguments arguments = step.arguments;
-        step.operation->run(frame, arguments, context);
+        CheckFrame(step.operation->inputs.front(), frame);
+        CheckRectangles(step.arguments, frame.image);
+        Work(*step.operation, frame, step.arguments, run);
     });
     frame.header.AddHistory("corvane apply " + ToText(step));
+}
+
+Outputs RunOperation(const Operation& operation, Inputs inputs, const Arguments& arguments, const Run& run)
+{
+    CheckInputs(operation, inputs);
+    io::Frame& first = inputs.find(operation.inputs.front().name)->second.front();
+    CheckRectangles(arguments, first.image);
+    if (!operation.IsStep()) {
+        first.header.AddHistory(CommandText(operation, inputs, arguments));
+        return std::get<OnInputs>(operation.run)(inputs, arguments, run);
+    }
+    Work(operation, first, arguments, run);
+    first.header.AddHistory("corvane apply " + StepText(operation, arguments));
+    Outputs outputs;
+    outputs.emplace(operation.outputs.front().name, std::move(first));
+    return outputs;
 }
 
 } // namespace corvane::catalogue

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <string>
 
+#include "catalogue/display_levels.h"
 #include "catalogue/operations.h"
 #include "catalogue/plane.h"
 #include "corvane/core/error.h"
@@ -10,14 +11,10 @@
 namespace corvane::catalogue {
 namespace {
 
-// A view of the samples that are there, not a copy: automatic levels change none.
-void RunAutoLevels(io::Frame& frame, Arguments& arguments, const Context&)
+void RunAutoLevels(io::Frame& frame, const Arguments& arguments, const Run&)
 {
-    CImgAutoLevel levels;
-    levels.Swap(&frame.image);
-    levels.Do(arguments.Number("low"), arguments.Number("high"), arguments.Flag("per-plane"),
-              arguments.Rectangle("rect"));
-    frame.image.Swap(&levels);
+    SetAutoLevels(frame.image, arguments.Number("low"), arguments.Number("high"), arguments.Flag("per-plane"),
+                  arguments.Rectangle("rect"));
     frame.image.SetOwnLevel(1);
 }
 
@@ -26,16 +23,15 @@ void CheckAutoLevels(const Arguments& arguments)
     const double low = arguments.Number("low");
     const double high = arguments.Number("high");
     if (low + high <= 0.0) {
-        throw ParameterError("low = " + ToText(Value(low)) + ", high = " + ToText(Value(high)) +
-                             ": their sum must be above 0, or black would not lie below white");
+        throw arguments.Refusal("high", "must be above " + ToText(Value(-low)) +
+                                            " with that low, or black would not lie below white");
     }
 }
 
 void CheckOrder(double min, double max)
 {
     if (min >= max) {
-        throw ParameterError("min = " + ToText(Value(min)) + ", max = " + ToText(Value(max)) +
-                             ": min must be less than max");
+        throw ParameterError("max", ToText(Value(max)), "must be above min, " + ToText(Value(min)));
     }
 }
 
@@ -46,7 +42,7 @@ void CheckLevels(const Arguments& arguments)
     }
 }
 
-void RunLevels(io::Frame& frame, Arguments& arguments, const Context&)
+void RunLevels(io::Frame& frame, const Arguments& arguments, const Run&)
 {
     CStlImage& image = frame.image;
     const int given = GivenPlane(arguments, image);
@@ -57,7 +53,7 @@ void RunLevels(io::Frame& frame, Arguments& arguments, const Context&)
     image.SetOwnLevel(1);
 }
 
-void RunClip(io::Frame& frame, Arguments& arguments, const Context&)
+void RunClip(io::Frame& frame, const Arguments& arguments, const Run&)
 {
     CStlImage& image = frame.image;
     const auto min = [&](int plane) {
@@ -80,11 +76,11 @@ Footprint ClipFootprint(const Arguments& arguments)
     return {.levels = arguments.Has("min") && arguments.Has("max") ? LevelUse::Unread : LevelUse::Read};
 }
 
-void RunInvert(io::Frame& frame, Arguments& arguments, const Context& context)
+CStlImage RunInvert(const CStlImage& image, const Arguments& arguments, const Run& run)
 {
-    CImgInvert result(frame.image);
-    result.Do(&frame.image, arguments.Rectangle("rect"), context.showProgress);
-    frame.image.Swap(&result);
+    CImgInvert result(image);
+    result.Do(image, arguments.Rectangle("rect"), run);
+    return result;
 }
 
 Operation Invert()

@@ -21,20 +21,16 @@ struct ApplyOptions {
 
 std::vector<catalogue::Step> ParseSteps(const std::vector<std::string>& texts)
 {
-    std::vector<catalogue::Step> steps;
-    for (const std::string& text : texts) {
-        steps.push_back(catalogue::ParseStep(text));
-    }
-    return steps;
+    return {texts.begin(), texts.end()};
 }
 
 // Here the catalogue speaks of the image, not of the command line: the file belongs into the message.
-void RunStep(const catalogue::Step& step, io::Frame& frame, const std::string& input, const catalogue::Context& context)
+void RunStep(const catalogue::Step& step, io::Frame& frame, const std::string& input, const Run& run)
 {
     try {
-        catalogue::Run(step, frame, context);
+        catalogue::RunStep(step, frame, run);
     } catch (const Error& error) {
-        throw error.What() == Error::Kind::kFile ? error : FileError(input, error.what());
+        throw OfFile(input, error);
     } catch (const CMemoryException&) {
         throw FileError(input, kMemoryText);
     }
@@ -45,13 +41,13 @@ std::vector<std::string> InputsOf(const ApplyOptions& options, const std::vector
 {
     std::vector<std::string> inputs{options.input};
     for (const catalogue::Step& step : steps) {
-        const std::vector<std::string> files = catalogue::FilesOf(step);
+        const std::vector<std::string> files = catalogue::FilesOf(step.arguments);
         inputs.insert(inputs.end(), files.begin(), files.end());
     }
     return inputs;
 }
 
-int Apply(const ApplyOptions& options, const catalogue::Context& context)
+int Apply(const ApplyOptions& options, const Run& run)
 {
     if (options.steps.empty()) {
         throw UsageError("no step is given: `corvane ops` lists them (see `corvane help apply`)");
@@ -59,11 +55,13 @@ int Apply(const ApplyOptions& options, const catalogue::Context& context)
     const std::vector<catalogue::Step> steps = ParseSteps(options.steps);
     io::CheckSave(options.output.path, options.output.save);
     CheckOutputs(options.output, InputsOf(options, steps));
-    std::for_each(steps.begin(), steps.end(), catalogue::CheckFiles);
+    for (const catalogue::Step& step : steps) {
+        catalogue::CheckFiles(step.arguments);
+    }
     io::Frame frame = io::Load(options.input);
     ThrowIfCancelled();
     for (const catalogue::Step& step : steps) {
-        RunStep(step, frame, options.input, context);
+        RunStep(step, frame, options.input, run);
     }
     io::Save(options.output.path, frame.image, frame.header, options.output.save);
     return kDone;
@@ -84,7 +82,7 @@ void AddApply(CLI::App& app, Session& session)
     command.footer("`corvane ops` lists the steps. A comma within a value is written twice. Each step is noted in the "
                    "result's header.");
     command.callback(
-        [&session, options] { session.work = [&session, options] { return Apply(*options, ContextOf(session)); }; });
+        [&session, options] { session.work = [&session, options] { return Apply(*options, RunOf(session)); }; });
 }
 
 } // namespace corvane::cli

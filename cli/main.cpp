@@ -15,6 +15,7 @@
 #include "catalogue/operations.h"
 #include "cli/cancel.h"
 #include "cli/memory_size.h"
+#include "cli/operation_command.h"
 #include "cli/progress_bar.h"
 #include "cli/session.h"
 #include "cli/settings.h"
@@ -89,13 +90,12 @@ void AddCommands(CLI::App& app, std::string& topic, Session& session)
     AddApply(app, session);
     AddStack(app, session);
     AddRegister(app, session);
-    AddComposite(app, session);
-    AddMosaic(app, session);
+    AddOperation(app, session, "composite");
+    AddOperation(app, session, "mosaic");
     AddMatch(app, session);
-    AddRgb(app, session);
-    AddCmy(app, session);
-    AddLrgb(app, session);
-    AddSplit(app, session);
+    for (const char* name : {"rgb", "cmy", "lrgb", "split"}) {
+        AddOperation(app, session, name);
+    }
     AddStars(app, session);
     AddFindStars(app, session);
     AddOps(app, session);
@@ -184,14 +184,6 @@ int Dispatch(int argc, char** argv)
     const int status = parsed ? *parsed : Work(session);
     FinishOutput();
     return status;
-}
-
-// True of an error about an option of the chosen command, which is what a parameter without an operation is. LIGHT and the
-// like are none.
-bool IsOfOption(const Error& error) noexcept
-{
-    return error.What() == Error::Kind::kParameter && error.Operation().empty() && !error.Subject().empty() &&
-           std::islower(static_cast<unsigned char>(error.Subject().front())) != 0;
 }
 
 int Run(int argc, char** argv) noexcept

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,25 +30,19 @@ struct OpsOptions {
 
 constexpr int kNameColumns = 16;
 
-std::string DefaultText(const Parameter& parameter)
+std::vector<Parameter> ShownParameters(const Operation& operation)
 {
-    const std::optional<catalogue::Value> value = catalogue::DefaultValue(parameter);
-    return value                    ? "default " + catalogue::ToText(*value)
-           : parameter.IsRequired() ? "must be given"
-                                    : "default: " + parameter.whenAbsent;
-}
-
-std::string ParameterText(const Parameter& parameter)
-{
-    return parameter.summary + " [" + catalogue::AllowedText(parameter) +
-           (parameter.unit.empty() ? "" : ", " + parameter.unit) + "; " + DefaultText(parameter) + "]";
+    std::vector<Parameter> shown;
+    std::copy_if(operation.parameters.begin(), operation.parameters.end(), std::back_inserter(shown),
+                 [](const Parameter& parameter) { return parameter.isShown; });
+    return shown;
 }
 
 void PrintOperation(const Operation& operation, int width)
 {
     std::cout << Wrapped(operation.name, operation.summary, kNameColumns, width);
-    for (const Parameter& parameter : operation.parameters) {
-        std::cout << Wrapped("    " + parameter.name, ParameterText(parameter), kNameColumns + 4, width);
+    for (const Parameter& parameter : ShownParameters(operation)) {
+        std::cout << Wrapped("    " + parameter.name, catalogue::DescriptionOf(parameter), kNameColumns + 4, width);
     }
 }
 
@@ -66,8 +62,12 @@ const char* PlanesText(Planes planes)
 void PrintHelp(const Operation& operation, int width)
 {
     std::cout << "\n" << Wrapped("", operation.help, 0, width);
-    std::cout << Wrapped("", "Looks at: " + ToText(UsualFootprint(operation)) + ".", 0, width);
-    std::cout << "Takes " << PlanesText(operation.planes) << ".";
+    if (operation.IsStep()) {
+        std::cout << Wrapped("", "Looks at: " + ToText(UsualFootprint(operation)) + ".", 0, width);
+        std::cout << "Takes " << PlanesText(operation.inputs.front().planes) << ".";
+    } else {
+        std::cout << "A command of its own: see `corvane help " << operation.name << "`.";
+    }
     for (const std::string& alias : operation.aliases) {
         std::cout << " Also called " << alias << ".";
     }
@@ -85,9 +85,12 @@ const char* KindText(Kind kind)
         return "choice";
     case Kind::Flag:
         return "flag";
+    case Kind::Numbers:
+        return "numbers";
     case Kind::Text:
         return "text";
-    case Kind::File:
+    case Kind::Image:
+        return "image";
     case Kind::CurveFile:
         return "file";
     case Kind::Curve:
@@ -104,12 +107,12 @@ Json ToJson(const Parameter& parameter)
     if (!parameter.unit.empty()) {
         json["unit"] = parameter.unit;
     }
-    if (parameter.kind == Kind::Number || parameter.kind == Kind::Whole) {
+    if (parameter.kind == Kind::Number || parameter.kind == Kind::Whole || parameter.kind == Kind::Numbers) {
         json["min"] = parameter.min;
         json["max"] = parameter.max;
     }
-    if (parameter.kind == Kind::Choice) {
-        json["choices"] = parameter.choices;
+    if (!parameter.choices.empty()) {
+        json[parameter.kind == Kind::Numbers ? "forms" : "choices"] = parameter.choices;
     }
     json["required"] = parameter.IsRequired();
     if (const std::optional<catalogue::Value> value = catalogue::DefaultValue(parameter)) {
@@ -117,7 +120,65 @@ Json ToJson(const Parameter& parameter)
     } else if (!parameter.whenAbsent.empty()) {
         json["when_absent"] = parameter.whenAbsent;
     }
+    if (!parameter.aliases.empty()) {
+        json["aliases"] = parameter.aliases;
+    }
     return json;
+}
+
+const char* CountText(catalogue::Count count)
+{
+    switch (count) {
+    case catalogue::Count::Several:
+        return "several";
+    case catalogue::Count::Optional:
+        return "optional";
+    case catalogue::Count::One:
+        break;
+    }
+    return "one";
+}
+
+Json ToJson(const catalogue::Input& input)
+{
+    return {{"name", input.name},
+            {"summary", input.summary},
+            {"planes", PlanesText(input.planes)},
+            {"count", CountText(input.count)}};
+}
+
+const char* KindText(catalogue::OutputKind kind)
+{
+    switch (kind) {
+    case catalogue::OutputKind::Image:
+        return "image";
+    case catalogue::OutputKind::Numbers:
+        return "numbers";
+    case catalogue::OutputKind::Table:
+        return "table";
+    case catalogue::OutputKind::Picture:
+        return "picture";
+    case catalogue::OutputKind::Files:
+        break;
+    }
+    return "files";
+}
+
+Json ToJson(const catalogue::Output& output)
+{
+    return {{"name", output.name}, {"kind", KindText(output.kind)}, {"summary", output.summary}};
+}
+
+Json ToJson(const Operation& operation);
+
+template <class Item>
+Json ToJson(const std::vector<Item>& items)
+{
+    Json list = Json::array();
+    for (const Item& item : items) {
+        list.push_back(ToJson(item));
+    }
+    return list;
 }
 
 /// The title of the group that lists an operation.
@@ -133,14 +194,16 @@ std::string GroupOf(const Operation& operation)
 
 Json ToJson(const Operation& operation)
 {
-    Json parameters = Json::array();
-    for (const Parameter& parameter : operation.parameters) {
-        parameters.push_back(ToJson(parameter));
-    }
-    return {{"name", operation.name},      {"aliases", operation.aliases},
-            {"group", GroupOf(operation)}, {"summary", operation.summary},
-            {"help", operation.help},      {"planes", PlanesText(operation.planes)},
-            {"parameters", parameters},    {"looks_at", ToText(UsualFootprint(operation))}};
+    return {{"name", operation.name},
+            {"aliases", operation.aliases},
+            {"group", GroupOf(operation)},
+            {"summary", operation.summary},
+            {"help", operation.help},
+            {"step", operation.IsStep()},
+            {"inputs", ToJson(operation.inputs)},
+            {"parameters", ToJson(ShownParameters(operation))},
+            {"outputs", ToJson(operation.outputs)},
+            {"looks_at", ToText(UsualFootprint(operation))}};
 }
 
 void PrintLine(const Operation& operation, int width)
@@ -198,9 +261,7 @@ void PrintJson(const std::string& word)
 {
     Json json = Json::array();
     if (word.empty()) {
-        for (const Operation& operation : catalogue::Operations()) {
-            json.push_back(ToJson(operation));
-        }
+        json = ToJson(catalogue::Operations());
     } else {
         for (const Operation* operation : Meant(word)) {
             json.push_back(ToJson(*operation));

@@ -26,7 +26,7 @@ void CheckPicture(const std::string& path)
 void SavePicture(const std::string& path, io::Frame& frame, const std::string& levels)
 {
     if (!levels.empty()) {
-        catalogue::Run(catalogue::ParseStep(levels), frame, {});
+        catalogue::RunStep(catalogue::ParseStep(levels), frame, {});
     }
     io::SavePicture(path, frame.image, io::IsBottomUp(frame.header));
 }

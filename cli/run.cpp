@@ -66,14 +66,4 @@ Run RunOf(const Session& session)
     return run;
 }
 
-catalogue::Context ContextOf(const Session& session)
-{
-    const Run run = RunOf(session);
-    catalogue::Context context;
-    context.restoring = [run](const RestoreEvent& event) { run.Tell(event); };
-    context.tell = [run](const std::string& line) { run.TellFinding(line); };
-    context.note = [run](const std::string& text) { run.TellNote(text); };
-    return context;
-}
-
 } // namespace corvane::cli

@@ -6,7 +6,7 @@
 
 #include <CLI/App.hpp>
 
-#include "catalogue/operation.h"
+#include "corvane/core/error.h"
 #include "corvane/core/run.h"
 
 namespace corvane::cli {
@@ -39,9 +39,12 @@ struct Session {
 /// unless the session is `--quiet`, what else the work tells of itself with `--verbose`, and Ctrl-C cancels it.
 Run RunOf(const Session& session);
 
-/// How an operation runs for this session: how far a restoration is shows on the bar, lines about the work appear with
-/// `--verbose`, notes unless it is `--quiet`, above the bar.
-catalogue::Context ContextOf(const Session& session);
+/// True of an error about an option of the chosen command, which is what a parameter without an operation is. LIGHT and
+/// the like are none.
+bool IsOfOption(const Error& error) noexcept;
+
+/// An error of work on a file, with the file's name before it unless it names one; options as they are written.
+Error OfFile(const std::string& file, const Error& error);
 
 /// Adds `--verbose` and `--quiet`, which every command takes.
 void AddCommonOptions(CLI::App& command, Session& session);
@@ -54,13 +57,7 @@ void AddRender(CLI::App& app, Session& session);
 void AddApply(CLI::App& app, Session& session);
 void AddStack(CLI::App& app, Session& session);
 void AddRegister(CLI::App& app, Session& session);
-void AddComposite(CLI::App& app, Session& session);
-void AddMosaic(CLI::App& app, Session& session);
 void AddMatch(CLI::App& app, Session& session);
-void AddRgb(CLI::App& app, Session& session);
-void AddCmy(CLI::App& app, Session& session);
-void AddLrgb(CLI::App& app, Session& session);
-void AddSplit(CLI::App& app, Session& session);
 void AddStars(CLI::App& app, Session& session);
 void AddFindStars(CLI::App& app, Session& session);
 void AddOps(CLI::App& app, Session& session);

@@ -137,7 +137,7 @@ private:
 
 void SaveStarMap(const std::string& path, io::Frame& frame, const std::vector<Mark>& marks)
 {
-    catalogue::Run(catalogue::ParseStep("auto-levels"), frame, {});
+    catalogue::RunStep(catalogue::ParseStep("auto-levels"), frame, {});
     Canvas canvas(frame.image, io::IsBottomUp(frame.header));
     for (std::size_t i = 0; i < marks.size(); ++i) {
         canvas.DrawMark(marks[i], marks.size() <= kMostNumbers ? i + 1 : 0);

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "catalogue/parameter.h"
 #include "cli/cancel.h"
-#include "cli/pair.h"
 #include "cli/session.h"
 #include "cli/star_map.h"
 #include "cli/star_plot.h"
@@ -40,10 +40,8 @@ struct WidthWords {
 
 NamedStar ParsePlace(const std::string& text)
 {
-    const std::vector<double> numbers = ParseNumbers("--at", text);
-    if (numbers.size() != 2) {
-        throw UsageError("--at = " + text + ": must be X,Y");
-    }
+    const catalogue::Parameter at{.name = "at", .kind = catalogue::Kind::Numbers, .summary = "", .choices = {"X,Y"}};
+    const auto numbers = std::get<std::vector<double>>(catalogue::ParseValue(at, text));
     return {numbers[0], numbers[1]};
 }
 

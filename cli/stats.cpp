@@ -34,9 +34,7 @@ std::optional<CRect> ParseRectangle(const std::string& text)
     if (text.empty()) {
         return std::nullopt;
     }
-    catalogue::Parameter parameter = catalogue::RectangleParameter();
-    parameter.name = "--rect";
-    return std::get<CRect>(catalogue::ParseValue(parameter, text));
+    return std::get<CRect>(catalogue::ParseValue(catalogue::RectangleParameter(), text));
 }
 
 // Here the catalogue speaks of one of the images: its name belongs into the message.
@@ -46,7 +44,7 @@ std::vector<RegionMeasures> Measure(const std::string& file, const std::optional
     try {
         return catalogue::MeasureRegion(frame.image, rect ? &*rect : nullptr);
     } catch (const Error& error) {
-        throw error.What() == Error::Kind::kFile ? error : FileError(file, error.what());
+        throw OfFile(file, error);
     }
 }
 

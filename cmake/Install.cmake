@@ -1,4 +1,5 @@
-# The CMake package: find_package(Corvane) gives Corvane::corvane, Corvane::io, Corvane::stars and Corvane::stack.
+# The CMake package: find_package(Corvane) gives Corvane::corvane, Corvane::io, Corvane::stars,
+# Corvane::catalogue and Corvane::stack.
 
 include(CMakePackageConfigHelpers)
 set(packageDir ${CMAKE_INSTALL_LIBDIR}/cmake/Corvane)

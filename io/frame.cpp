@@ -148,18 +148,6 @@ Header OutputHeader(const CStlImage& image, const Header& header, const Storage&
 
 } // namespace
 
-Frame::Frame(Frame&& other) noexcept : header(std::move(other.header))
-{
-    image.Swap(&other.image);
-}
-
-Frame& Frame::operator=(Frame&& other) noexcept
-{
-    image.Swap(&other.image);
-    std::swap(header, other.header);
-    return *this;
-}
-
 Frame Load(const std::string& path)
 {
     const std::unique_ptr<FrameReader> reader = OpenFrame(path);

@@ -9,16 +9,9 @@
 namespace corvane::io {
 
 /// An image and what its file says about it.
-struct CORVANE_VISIBLE Frame {
+struct Frame {
     CStlImage image;
     Header header;
-
-    Frame() = default;
-    Frame(const Frame&) = default;
-    Frame(Frame&& other) noexcept; ///< Takes the samples over.
-    Frame& operator=(const Frame&) = default;
-    Frame& operator=(Frame&& other) noexcept; ///< Exchanges the samples.
-    ~Frame() = default;
 };
 
 /// Reads a frame. What `FrameReader` says of samples, record and header holds here.

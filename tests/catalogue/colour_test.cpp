@@ -1,14 +1,12 @@
-#include <array>
 #include <cmath>
 
-#include "catalogue/colour_composite.h"
+#include "catalogue/apply.h"
+#include "catalogue/placement.h"
 #include "corvane/geometry/flip.h"
 #include "tests/support/images.h"
 
 namespace corvane::catalogue {
 namespace {
-
-using Numbers = std::vector<double>;
 
 /// What a frame shows: two stars of sigma 2 on a noisy sky, moved by (dx, dy).
 struct Scene {
@@ -39,12 +37,14 @@ std::vector<io::Frame> Shots(const std::vector<Scene>& scenes)
     return frames;
 }
 
-ColourOptions Options(std::size_t frames, Registration registration = {})
+Outputs Compose(const char* operation, std::vector<io::Frame> frames, const Settings& settings)
 {
-    registration.frames.resize(frames);
-    ColourOptions options;
-    options.registration = registration;
-    return options;
+    Inputs inputs;
+    const auto names = frames.size() == 3 ? std::vector{"r", "g", "b"} : std::vector{"l", "rgb"};
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        inputs[names[i]].push_back(std::move(frames[i]));
+    }
+    return Apply(operation, std::move(inputs), settings);
 }
 
 TEST(ColourComposite, BringsStarsTogetherThroughOtherSkiesAndFilters)
@@ -54,21 +54,25 @@ TEST(ColourComposite, BringsStarsTogetherThroughOtherSkiesAndFilters)
             auto frames = Shots({{.sky = sky},
                                  {.dx = 7.4, .dy = -3.6, .sky = sky - 99.0, .star = 300.0},
                                  {.dx = -20.2, .dy = 11.7, .sky = 30.0, .star = 4000.0}});
-            ColourOptions options = Options(3, {.align = byPoints ? "points" : "shift"});
-            options.registration.at = byPoints ? Numbers() : Numbers{58.0, 52.0};
-            for (int i = 0; byPoints && i < 3; ++i) {
-                options.registration.frames[i].points = std::array<Numbers, 3>{{{58, 52}, {68, 47}, {40, 57}}}[i];
+            Settings settings = {{"align", "shift"}, {"at", "58,52"}, {"shift3", "1,2"}};
+            if (byPoints) { // those of the file
+                settings = {{"align", "points"},
+                            {"points", "58,52"},
+                            {"points2", "68,47"},
+                            {"points3", "40,57"},
+                            {"shift3", "1,2"}};
             }
-            CImgFlip turned(frames[2].image); // the points are those of the file
+            CImgFlip turned(frames[2].image);
             turned.Do(0, &frames[2].image, 0);
             frames[2].image.Swap(&turned);
             frames[0].header.Set("ROWORDER", "BOTTOM-UP");
             frames[2].header.Set("ROWORDER", "TOP-DOWN");
-            options.registration.frames[2].shift = {1.0, 2.0};
-            const std::vector<Fit> fits = RunRgb(frames, options, {});
+            const Outputs outputs = Compose("rgb", std::move(frames), settings);
+            const std::vector<Fit> fits = FitsOf(std::get<Table>(outputs.at("fits")));
+            const io::Header& header = std::get<io::Frame>(outputs.at("image")).header;
             EXPECT_LT(std::hypot(fits[1].dx + 7.4, fits[1].dy - 3.6), 0.15) << byPoints << sky;
             EXPECT_LT(std::hypot(fits[2].dx - 21.2, fits[2].dy + 9.7), 0.15) << byPoints << sky;
-            EXPECT_FALSE(frames[0].header.Has("FILTER") || frames[0].header.Has("EXPTIME"));
+            EXPECT_FALSE(header.Has("FILTER") || header.Has("EXPTIME"));
         }
     }
 }
@@ -82,11 +86,9 @@ TEST(ColourComposite, KeepsUndefinedSamplesAndMovesTheFirstFramesCoordinates)
     frames[0].image.SetCRPix(0, 61.0);
     frames[0].image.SetCRPix(1, 52.0);
     const float star = frames[0].image.GetPixelGrayRaw(60, 51, 0);
-    ColourOptions options = Options(3);
-    options.registration.frames[0] = {.shift = {20.0, -20.0}, .angle = 90.0};
-    options.registration.frames[1].shift = {0.5, 0.0};
-    RunRgb(frames, options, {});
-    const CStlImage& image = frames[0].image;
+    const Outputs outputs =
+        Compose("rgb", std::move(frames), {{"shift1", "20,-20"}, {"angle1", 90}, {"shift2", "0.5,0"}});
+    const CStlImage& image = std::get<io::Frame>(outputs.at("image")).image;
     EXPECT_TRUE(std::isnan(image.GetPixelGrayRaw(10, 10, 1)) && std::isnan(image.GetPixelGrayRaw(11, 10, 1)));
     double x = 0.0;
     double y = 0.0;
@@ -105,10 +107,8 @@ TEST(ColourComposite, GivesTheColourOfAScaledFrameToTheLuminance)
     for (const int plane : {0, 1, 2}) {
         frames[1].image.SetLevel(plane, 0.0, 255.0);
     }
-    ColourOptions options = Options(2);
-    options.scale = 0.5;
-    RunLrgb(frames, options, {});
-    const CStlImage& image = frames[0].image;
+    const Outputs outputs = Compose("lrgb", std::move(frames), {{"scale", 0.5}});
+    const CStlImage& image = std::get<io::Frame>(outputs.at("image")).image;
     for (const int x : {3, 78, 81, 156}) { // up to the seam
         EXPECT_EQ(image.GetPixelGrayRaw(x, 51, 0) > image.GetPixelGrayRaw(x, 51, 2), x < 80) << x;
     }

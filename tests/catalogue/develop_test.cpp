@@ -27,11 +27,11 @@ TEST(Develop, ChoosesLevelsForAFrameThatHasNone)
                                    "reduce-tone", "false-color"}) {
         for (const int planes : step == std::string("false-color") ? std::vector{1} : std::vector{1, 3}) {
             io::Frame kept = MakeFrame(planes, 1);
-            catalogue::Run(ParseStep(step), kept, {});
+            catalogue::RunStep(ParseStep(step), kept, {});
             EXPECT_EQ(kept.image.GetLevelMin(0), 10.25) << step;
             EXPECT_EQ(kept.image.GetLevelMax(planes - 1), planes == 1 ? 211.5 : 185.5) << step;
             io::Frame given = MakeFrame(planes, 0);
-            catalogue::Run(ParseStep(step), given, {});
+            catalogue::RunStep(ParseStep(step), given, {});
             EXPECT_NE(given.image.GetLevelMin(0), 10.25) << step;
             EXPECT_NE(given.image.HasOwnLevel(), 0) << step;
         }
@@ -45,7 +45,7 @@ TEST(Develop, DividesByThePlaneThatIsNamed)
         CImgFilter expected(frame.image);
         int plane = selector;
         expected.DigitalDvlp(400.0, 0.5, &frame.image, &plane, nullptr, 0);
-        catalogue::Run(ParseStep(std::string("ddp:offset=400,weight=0.5,plane=") + word), frame, {});
+        catalogue::RunStep(ParseStep(std::string("ddp:offset=400,weight=0.5,plane=") + word), frame, {});
         EXPECT_EQ(test::Samples(frame.image), test::Samples(expected)) << word;
     }
 }
@@ -58,7 +58,7 @@ TEST(Develop, LeavesBlownCoresTheBrightestAndWithoutOutlines)
             const double away = std::hypot(x - 30, y - 25);
             return away < 6.0 ? 65000.0 : 1000.0 + (x * 7 + y * 5) % 11 + 400.0 * (1 + p) * std::exp(-away / 8.0);
         });
-        catalogue::Run(ParseStep("ddp:rect=5:5:60:50"), frame, {});
+        catalogue::RunStep(ParseStep("ddp:rect=5:5:60:50"), frame, {});
         EXPECT_NEAR(frame.image.GetPixelGrayRaw(4, 25, 0), 1010.0 + 400.0 * std::exp(-26.0 / 8.0), 1e-3);
         for (int p = 0; p < planes; ++p) {
             const float halo = frame.image.GetPixelGrayRaw(42, 25, p);
@@ -81,14 +81,14 @@ TEST(Develop, LeavesBlownCoresTheBrightestAndWithoutOutlines)
 TEST(Develop, RefusesWhatWouldDivideByZeroOrSpreadNaN)
 {
     const auto errorOf = [](io::Frame frame, const char* step) {
-        return test::ErrorOf<Error>([&] { catalogue::Run(ParseStep(step), frame, {}); });
+        return test::ErrorOf<Error>([&] { catalogue::RunStep(ParseStep(step), frame, {}); });
     };
     EXPECT_EQ(errorOf(MakeFrame(1, 1), "ddp:offset=10"),
               "ddp: offset = 10: must be above the level min of the image, 10.25");
     io::Frame frame = MakeFrame(3, 1);
     frame.image.SetPixelGrayRaw(3, 3, NAN, 0);
     EXPECT_EQ(errorOf(std::move(frame), "ddp"),
-              "ddp: the first plane has undefined samples; fill them with the step fill");
+              "ddp: image: has undefined samples in its first plane; fill them with the step fill");
 }
 
 } // namespace

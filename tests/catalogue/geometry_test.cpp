@@ -104,7 +104,7 @@ TEST_F(Geometry, KeepsTheStarAtItsPlaceInTheSky)
               "scroll:x=-20,y=50", "expand:x=2,y=3"}) {
             io::Frame frame = original;
             frame.image.SetLevel(0, 0.0, 1000.0);
-            catalogue::Run(ParseStep(step), frame, {});
+            catalogue::RunStep(ParseStep(step), frame, {});
             const io::Frame result = Reread(frame);
             EXPECT_FALSE(result.header.Has("CROTA2")) << step; // a matrix stands in its place
             const auto [x, y] = Centroid(result.image);
@@ -119,7 +119,7 @@ TEST_F(Geometry, KeepsTheStarAtItsPlaceInTheSky)
 TEST_F(Geometry, GivesNoCoordinatesToAnImageWithoutThem)
 {
     io::Frame frame = StarFrame(true, "");
-    catalogue::Run(ParseStep("rotate90"), frame, {});
+    catalogue::RunStep(ParseStep("rotate90"), frame, {});
     const io::Header header = Reread(frame).header;
     EXPECT_FALSE(header.Has("CRPIX1") || header.Has("CDELT1") || header.Has("PC1_1"));
 }
@@ -142,7 +142,7 @@ TEST_F(Geometry, KeepsTheColourOverEverySample)
             io::Frame frame = StarFrame(false, offset);
             frame.header.Set("BAYERPAT", "GRBG");
             frame.image = test::Make(10, 8, 1, [&](int x, int y, int) { return FilterAt(frame.header, x, y); });
-            catalogue::Run(ParseStep(step), frame, {});
+            catalogue::RunStep(ParseStep(step), frame, {});
             const int width = frame.image.GetWidth();
             for (int i = 0; i < width * frame.image.GetHeight(); ++i) {
                 const float sample = frame.image.GetPixelGrayRaw(i % width, i / width, 0);
@@ -161,7 +161,7 @@ TEST_F(Geometry, DropsThePatternWhereItSaysNothingAnyMore)
     for (const auto& [step, pattern, isLeft] : cases) {
         io::Frame frame = StarFrame(true, "XBAYROFF 0");
         frame.header.Set("BAYERPAT", pattern);
-        catalogue::Run(ParseStep(step), frame, {});
+        catalogue::RunStep(ParseStep(step), frame, {});
         EXPECT_EQ(io::BayerPattern(frame.header).has_value(), isLeft) << step;
         EXPECT_EQ(frame.header.Has("XBAYROFF"), isLeft) << step;
     }
@@ -181,7 +181,7 @@ TEST_F(Geometry, TurnsAndPlacesAsTheScreenShows)
     };
     for (const auto& [step, isTopDown, place] : cases) {
         io::Frame frame = StarFrame(isTopDown, "", {20, 10});
-        catalogue::Run(ParseStep(step), frame, {});
+        catalogue::RunStep(ParseStep(step), frame, {});
         EXPECT_NEAR(Centroid(frame.image)[0], place[0], 2) << step << isTopDown;
         EXPECT_NEAR(Centroid(frame.image)[1], place[1], 2) << step << isTopDown;
     }
@@ -190,7 +190,7 @@ TEST_F(Geometry, TurnsAndPlacesAsTheScreenShows)
 TEST_F(Geometry, BinningScalesWhatTheHeaderSaysOfAPixel)
 {
     io::Frame frame = StarFrame(true, "XBINNING 1 YPIXSZ 3.75");
-    catalogue::Run(ParseStep("bin:x=2,y=4"), frame, {});
+    catalogue::RunStep(ParseStep("bin:x=2,y=4"), frame, {});
     EXPECT_EQ(frame.header.Number("XBINNING"), 2.0);
     EXPECT_EQ(frame.header.Number("YPIXSZ"), 15.0);
     EXPECT_FALSE(frame.header.Has("XPIXSZ"));

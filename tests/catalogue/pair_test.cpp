@@ -5,9 +5,9 @@
 #include <tuple>
 #include <utility>
 
-#include "catalogue/composite.h"
-#include "catalogue/match.h"
-#include "catalogue/mosaic.h"
+#include "catalogue/apply.h"
+#include "catalogue/placement.h"
+#include "corvane/core/error.h"
 #include "corvane/geometry/flip.h"
 #include "tests/support/error_of.h"
 #include "tests/support/images.h"
@@ -33,6 +33,32 @@ io::Frame Field(int width, int height, const Stars& stars, int planes = 1, doubl
     });
     frame.image.SetOrgFileName("field.fits");
     return frame;
+}
+
+/// What becomes of two images.
+struct Joined {
+    io::Frame frame;
+    Fit fit;
+};
+
+Joined Join(const char* operation, io::Frame first, io::Frame second, const Settings& settings, const Run& run = {})
+{
+    const bool isMosaic = operation == std::string("mosaic");
+    Inputs inputs;
+    inputs[isMosaic ? "first" : "base"].push_back(std::move(first));
+    inputs[isMosaic ? "second" : "overlay"].push_back(std::move(second));
+    Outputs outputs = Apply(operation, std::move(inputs), settings, run);
+    return {std::get<io::Frame>(std::move(outputs.at("image"))), FitsOf(std::get<Table>(outputs.at("fit"))).front()};
+}
+
+/// Column and row at which a cut-out is found.
+std::vector<double> Match(io::Frame reference, io::Frame image, const Settings& settings, const Run& run = {})
+{
+    Inputs inputs;
+    inputs["reference"].push_back(std::move(reference));
+    inputs["image"].push_back(std::move(image));
+    const Outputs outputs = Apply("match", std::move(inputs), settings, run);
+    return std::get<Table>(outputs.at("place")).rows.front();
 }
 
 /// The stars after a turn about a place, clockwise with rows that run down, and with that place moved.
@@ -78,12 +104,13 @@ TEST(Placement, BringsTheStarsOfATurnedFieldIntoTheirPlaces)
     for (const auto& [degrees, stars, dx, dy] : cases) {
         SCOPED_TRACE(degrees);
         const Stars moved = Moved(degrees, {140.3, 155.8});
-        io::Frame base = Field(220, 180, kStars);
-        io::Frame overlay = Field(300, 310, moved);
-        CompositeOptions options{.mode = "blend", .ratio = 1.0}; // the overlay alone
-        options.placement = {
-            .dx = 1.0 * dx, .dy = 1.0 * dy, .points = About(kStars, stars), .secondPoints = About(moved, stars)};
-        const Fit fit = RunComposite(base, overlay, options, {});
+        const auto [base, fit] = Join("composite", Field(220, 180, kStars), Field(300, 310, moved),
+                                      {{"mode", "blend"},
+                                       {"ratio", 1}, // the overlay alone
+                                       {"dx", dx},
+                                       {"dy", dy},
+                                       {"points", About(kStars, stars)},
+                                       {"overlay-points", About(moved, stars)}});
         EXPECT_EQ(fit.stars, stars);
         EXPECT_NEAR(std::remainder(fit.angle + degrees, 360.0), 0.0, 0.02);
         ExpectStars(base.image, dx, dy);
@@ -96,26 +123,26 @@ TEST(Placement, BringsTheStarsOfATurnedFieldIntoTheirPlaces)
 
 TEST(Mosaic, HoldsBothImagesWhole)
 {
-    const std::pair<Placement, CRect> cases[] = {{{}, CRect(0, 0, 220, 180)},
-                                                 {{.dx = -30.5, .dy = 20.0}, CRect(-31, 0, 220, 180)},
-                                                 {{.dx = 250.0, .dy = -7.25}, CRect(0, -8, 350, 180)},
-                                                 {{.angle = 90.0}, CRect(0, -10, 220, 180)},
-                                                 {{.angle = 180.0}, CRect(0, 0, 220, 180)}};
-    for (const auto& [placement, canvas] : cases) { // counted from the first image's corner
-        SCOPED_TRACE(testing::Message() << placement.dx << ' ' << placement.angle);
+    const std::pair<Settings, CRect> cases[] = {{{}, CRect(0, 0, 220, 180)},
+                                                {{{"dx", -30.5}, {"dy", 20}}, CRect(-31, 0, 220, 180)},
+                                                {{{"dx", 250}, {"dy", -7.25}}, CRect(0, -8, 350, 180)},
+                                                {{{"angle", 90}}, CRect(0, -10, 220, 180)},
+                                                {{{"angle", 180}}, CRect(0, 0, 220, 180)}};
+    for (auto [settings, canvas] : cases) { // counted from the first image's corner
         io::Frame first = Field(220, 180, kStars);
         first.image.SetType("RA---TAN", 0);
         first.image.SetType("DEC--TAN", 1);
         first.image.SetCRVal(0, 10.0);
         first.image.SetCRVal(1, 20.0);
         first.image.SetCRPix(0, 5.0);
-        io::Frame second = Field(100, 80, {});
-        RunMosaic(first, second, {.placement = placement, .mode = "under"}, {});
-        EXPECT_EQ(first.image.GetWidth(), canvas.Width());
-        EXPECT_EQ(first.image.GetHeight(), canvas.Height());
-        ExpectStars(first.image, -static_cast<int>(canvas.left), -static_cast<int>(canvas.top));
+        settings.push_back({"mode", "under"});
+        const CStlImage image = Join("mosaic", std::move(first), Field(100, 80, {}), settings).frame.image;
+        SCOPED_TRACE(ToText(settings.front().value));
+        EXPECT_EQ(image.GetWidth(), canvas.Width());
+        EXPECT_EQ(image.GetHeight(), canvas.Height());
+        ExpectStars(image, -static_cast<int>(canvas.left), -static_cast<int>(canvas.top));
         double pixel = 0.0;
-        first.image.GetCRPix(0, &pixel);
+        image.GetCRPix(0, &pixel);
         EXPECT_EQ(pixel, 5.0 - canvas.left);
     }
 }
@@ -135,23 +162,20 @@ TEST(Pair, BringsTheSecondImageIntoTheOrderOfRowsOfTheFirst)
     const Stars moved = Moved(0.0, {113.0, 94.0});
     for (const bool isTurned : {false, true}) {
         int notes = 0;
-        const Context context{.note = [&](const std::string&) { ++notes; }};
+        const corvane::Run run{.diagnostics = [&](const Diagnostic&) { ++notes; }};
         std::vector<double> points = About(moved, 2);
         for (double* y : {&points[1], &points[3]}) {
             *y = isTurned ? 189.0 - *y : *y; // where they are in the file
         }
-        const Placement placement{.points = About(kStars, 2), .secondPoints = points};
-        io::Frame base = field(false, 220, 180, kStars);
-        io::Frame overlay = field(isTurned, 230, 190, moved);
-        RunComposite(base, overlay, {.placement = placement, .mode = "blend", .ratio = 1.0}, context);
-        ExpectStars(base.image, 0, 0);
-        io::Frame first = field(false, 220, 180, kStars);
-        io::Frame second = field(isTurned, 230, 190, moved);
-        RunMosaic(first, second, {.placement = placement, .mode = "over"}, context);
-        ExpectStars(first.image, 3, 4);
-        io::Frame image = field(false, 220, 180, kStars);
-        io::Frame cut = field(isTurned, 40, 40, Moved(0.0, {9.7, 19.2}));
-        EXPECT_NEAR(RunMatch(cut, image, {.start = std::array{98.0, 73.0}, .range = 16}, context).y, 70.8, 0.11);
+        const io::Frame base = field(false, 220, 180, kStars);
+        const io::Frame overlay = field(isTurned, 230, 190, moved);
+        const Settings blend = {
+            {"mode", "blend"}, {"ratio", 1}, {"points", About(kStars, 2)}, {"overlay-points", points}};
+        ExpectStars(Join("composite", base, overlay, blend, run).frame.image, 0, 0);
+        const Settings over = {{"points", About(kStars, 2)}, {"second-points", points}};
+        ExpectStars(Join("mosaic", base, overlay, over, run).frame.image, 3, 4);
+        const io::Frame cut = field(isTurned, 40, 40, Moved(0.0, {9.7, 19.2}));
+        EXPECT_NEAR(Match(cut, base, {{"start", std::vector{98.0, 73.0}}, {"range", 16}}, run)[1], 70.8, 0.11);
         EXPECT_EQ(notes, isTurned ? 3 : 0);
     }
 }
@@ -159,23 +183,22 @@ TEST(Pair, BringsTheSecondImageIntoTheOrderOfRowsOfTheFirst)
 TEST(Mosaic, FollowsItsOptions)
 {
     // What becomes of 10 in the first image and 30 in the second, and of what neither has.
-    const std::tuple<MosaicOptions, float, float> cases[] = {
-        {{.mode = "over"}, 30.0F, 0.0F},
-        {{.mode = "under"}, 10.0F, 0.0F},
-        {{.mode = "lighter"}, 30.0F, 0.0F},
-        {{.mode = "darker"}, 10.0F, 0.0F},
-        {{.mode = "key", .key = {30.0}}, 10.0F, 0.0F},
-        {{.mode = "key", .key = {7.0, 7.0, 30.0}}, 30.0F, 0.0F},
-        {{.mode = "over", .average = true}, 20.0F, 0.0F},
-        {{.mode = "over", .background = 5.0, .display = true}, 30.0F, 5.0F}};
-    for (auto [options, both, nowhere] : cases) {
+    const std::tuple<Settings, float, float> cases[] = {{{}, 30.0F, 0.0F},
+                                                        {{{"mode", "under"}}, 10.0F, 0.0F},
+                                                        {{{"mode", "lighter"}}, 30.0F, 0.0F},
+                                                        {{{"mode", "darker"}}, 10.0F, 0.0F},
+                                                        {{{"mode", "key"}, {"key", 30}}, 10.0F, 0.0F},
+                                                        {{{"mode", "key"}, {"key", "7,7,30"}}, 30.0F, 0.0F},
+                                                        {{{"average", true}}, 20.0F, 0.0F},
+                                                        {{{"background", 5}, {"display", true}}, 30.0F, 5.0F}};
+    for (auto [settings, both, nowhere] : cases) {
+        settings.insert(settings.end(), {{"dx", 2}, {"dy", 2}});
         for (const int planes : {1, 3}) {
-            io::Frame first = Field(4, 4, {}, planes, 10.0);
-            io::Frame second = Field(4, 4, {}, planes, 30.0);
-            options.placement = {.dx = 2.0, .dy = 2.0};
-            RunMosaic(first, second, options, {});
-            EXPECT_FLOAT_EQ(first.image.GetPixelGrayRaw(3, 3, planes - 1), both) << options.mode << planes;
-            EXPECT_FLOAT_EQ(first.image.GetPixelGrayRaw(5, 0, planes - 1), nowhere) << options.mode << planes;
+            const CStlImage image =
+                Join("mosaic", Field(4, 4, {}, planes, 10.0), Field(4, 4, {}, planes, 30.0), settings).frame.image;
+            SCOPED_TRACE(ToText(settings.front().value));
+            EXPECT_FLOAT_EQ(image.GetPixelGrayRaw(3, 3, planes - 1), both) << planes;
+            EXPECT_FLOAT_EQ(image.GetPixelGrayRaw(5, 0, planes - 1), nowhere) << planes;
         }
     }
 }
@@ -183,64 +206,63 @@ TEST(Mosaic, FollowsItsOptions)
 TEST(Composite, FollowsItsOptions)
 {
     // What becomes of 10 in the base and 30 in the overlay.
-    const std::pair<CompositeOptions, float> cases[] = {
-        {{.mode = "sum"}, 40.0F},
-        {{.mode = "mean"}, 20.0F},
-        {{.mode = "blend", .ratio = 0.25}, 15.0F},
-        {{.mode = "difference"}, -20.0F},
-        {{.mode = "difference", .clamp = true}, 0.0F},
-        {{.mode = "product"}, 300.0F},
-        {{.mode = "product", .display = true}, 300.0F / 255.0F},
-        {{.mode = "quotient"}, 1.0F / 3.0F},
-        {{.mode = "absdiff"}, 20.0F},
-        {{.mode = "max"}, 30.0F},
-        {{.mode = "min"}, 10.0F},
-        {{.mode = "desaturate", .ratio = 0.1, .fraction = 1.0, .radius = 1}, 3.0F},
-        {{.mode = "sum", .rect = CRect(0, 0, 1, 1)}, 10.0F}};
-    for (const auto& [options, expected] : cases) {
-        io::Frame base = Field(5, 5, {}, 3, 10.0);
-        io::Frame overlay = Field(5, 5, {}, 3, 30.0);
-        RunComposite(base, overlay, options, {});
-        EXPECT_FLOAT_EQ(base.image.GetPixelGrayRaw(2, 2, 2), expected) << options.mode;
+    const std::pair<Settings, float> cases[] = {
+        {{{"mode", "sum"}}, 40.0F},
+        {{{"mode", "mean"}}, 20.0F},
+        {{{"mode", "blend"}, {"ratio", 0.25}}, 15.0F},
+        {{{"mode", "difference"}}, -20.0F},
+        {{{"mode", "difference"}, {"clamp", true}}, 0.0F},
+        {{{"mode", "product"}}, 300.0F},
+        {{{"mode", "product"}, {"display", true}}, 300.0F / 255.0F},
+        {{{"mode", "quotient"}}, 1.0F / 3.0F},
+        {{{"mode", "absdiff"}}, 20.0F},
+        {{{"mode", "max"}}, 30.0F},
+        {{{"mode", "min"}}, 10.0F},
+        {{{"mode", "desaturate"}, {"ratio", 0.1}, {"fraction", 1}, {"radius", 1}}, 3.0F},
+        {{{"mode", "sum"}, {"rect", CRect(0, 0, 1, 1)}}, 10.0F}};
+    for (const auto& [settings, expected] : cases) {
+        const Joined joined = Join("composite", Field(5, 5, {}, 3, 10.0), Field(5, 5, {}, 3, 30.0), settings);
+        EXPECT_FLOAT_EQ(joined.frame.image.GetPixelGrayRaw(2, 2, 2), expected) << ToText(settings.front().value);
     }
 }
 
 TEST(Match, FindsACutOutToATenthOfAPixel)
 {
-    io::Frame image = Field(220, 180, kStars);
-    io::Frame reference = Field(40, 40, Moved(0.0, {9.7, 19.2}));
-    const Match match = RunMatch(reference, image, {.start = std::array{98.0, 73.0}, .range = 16}, {});
-    EXPECT_NEAR(match.x, 100.3, 0.11);
-    EXPECT_NEAR(match.y, 70.8, 0.11);
-    EXPECT_EQ(test::Samples(image.image), test::Samples(Field(220, 180, kStars).image));
+    const std::vector<double> place = Match(Field(40, 40, Moved(0.0, {9.7, 19.2})), Field(220, 180, kStars),
+                                            {{"start", std::vector{98.0, 73.0}}, {"range", 16}});
+    EXPECT_NEAR(place[0], 100.3, 0.11);
+    EXPECT_NEAR(place[1], 70.8, 0.11);
 }
 
 TEST(Pair, RefusesWhatMakesNoSense)
 {
-    const std::pair<CompositeOptions, const char*> cases[] = {
-        {{.placement = {.dx = NAN}, .mode = "sum"}, "--dx = nan: must be -1e+06 to 1e+06"},
-        {{.placement = {.dy = -2e6}, .mode = "sum"}, "--dy = -2e+06: must be -1e+06 to 1e+06"},
-        {{.placement = {.box = 4}, .mode = "sum"}, "--box = 4: must be 5 to 255"},
-        {{.placement = {.points = {1.0}}, .mode = "sum"}, "--points = 1: must be X,Y or X1,Y1,X2,Y2"},
-        {{.placement = {.points = {1.0, 2.0}, .secondPoints = {-1.0, 2.0}}, .mode = "sum"},
-         "--overlay-points = -1: must be 0 to 1e+06"},
-        {{.placement = {.points = {40, 53, 172, 30}, .secondPoints = {40, 53, 60, 131}}, .mode = "sum"},
+    const std::pair<Settings, const char*> cases[] = {
+        {{{"dx", NAN}}, "composite: dx = nan: is not a finite number"},
+        {{{"dy", -2e6}}, "composite: dy = -2e+06: must be -1e+06 to 1e+06"},
+        {{{"box", 4}}, "composite: box = 4: must be 5 to 255"},
+        {{{"points", 1}}, "composite: points = 1: must be X,Y or X1,Y1,X2,Y2"},
+        {{{"points", "1,2"}, {"overlay-points", "-1,2"}}, "composite: overlay-points = -1: must be 0 to 1e+06"},
+        {{{"points", "1,2"}}, "composite: overlay-points: must name the same stars as points, one or two"},
+        {{{"points", "40,53,172,30"}, {"overlay-points", "40,53,60,131"}},
          "field.fits: the two stars are 80.65 pixels apart here, but 133.23 in field.fits: not the same stars, or not "
          "the same scale"},
-        {{.placement = {.points = {40, 53, 40, 53}, .secondPoints = {40, 53, 40, 53}}, .mode = "sum"},
+        {{{"points", "40,53,40,53"}, {"overlay-points", "40,53,40,53"}},
          "field.fits: the two stars are 0.00 pixels apart; a turn needs stars that are at least one box, 21 pixels, "
          "apart"},
-        {{.mode = "blend", .ratio = 1.5}, "--ratio = 1.5: must be 0 to 1"},
-        {{.placement = {.angle = 91.0}, .mode = "desaturate", .ratio = 2.0},
-         "angle = 91: must be -90 to 90 with --mode desaturate"},
-        {{.mode = "sum", .fraction = NAN}, "--fraction = nan: must be 0 to 1"},
-        {{.mode = "sum", .radius = 3}, "--radius = 3: must be 0 to 2"},
+        {{{"ratio", 1.5}}, "composite: ratio = 1.5: must be 0 to 1"},
+        {{{"fraction", NAN}}, "composite: fraction = nan: is not a finite number"},
+        {{{"radius", 3}}, "composite: radius = 3: must be 0 to 2"},
+        {{{"rect", CRect(0, 0, 999, 9)}}, "composite: rect = 0:0:999:9: must lie within the image, 0:0:220:180"},
     };
-    for (const auto& [options, error] : cases) {
-        io::Frame base = Field(220, 180, kStars);
-        io::Frame overlay = base;
-        EXPECT_EQ(test::ErrorOf<std::runtime_error>([&] { RunComposite(base, overlay, options, {}); }), error);
+    const io::Frame field = Field(220, 180, kStars);
+    for (auto [settings, error] : cases) {
+        settings.push_back({"mode", "sum"});
+        EXPECT_EQ(test::ErrorOf<Error>([&] { Join("composite", field, field, settings); }), error);
     }
+    const Settings turned = {{"mode", "desaturate"}, {"ratio", 2}, {"angle", 91}};
+    EXPECT_EQ(test::ErrorOf<Error>([&] { Join("composite", field, field, turned); }),
+              "composite: angle = 91: must be -90 to 90 with mode = desaturate");
+    EXPECT_EQ(test::ErrorOf<Error>([] { Apply("composite", {}, {{"mode", "sum"}}); }), "composite: base: is missing");
 }
 
 } // namespace

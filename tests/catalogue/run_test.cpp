@@ -23,7 +23,7 @@ io::Frame MakeFrame(int planes, int width = kWidth)
 io::Frame After(const std::string& step, int planes = 1)
 {
     io::Frame frame = MakeFrame(planes);
-    Run(ParseStep(step), frame, {});
+    RunStep(ParseStep(step), frame, {});
     return frame;
 }
 
@@ -42,7 +42,7 @@ void Expect(const Samples& c, int ownLevel)
 {
     io::Frame frame = MakeFrame(c.planes);
     frame.image.SetOwnLevel(ownLevel);
-    Run(ParseStep(c.step), frame, {});
+    RunStep(ParseStep(c.step), frame, {});
     EXPECT_FLOAT_EQ(frame.image.GetPixelGrayRaw(0, 0, c.plane), c.first) << c.step;
     EXPECT_FLOAT_EQ(frame.image.GetPixelGrayRaw(4, 2, c.plane), c.last) << c.step;
     EXPECT_EQ(frame.header.History(), std::vector<std::string>{"corvane apply " + ToText(ParseStep(c.step))});
@@ -139,7 +139,7 @@ TEST(Run, SaturatesEachHueByItsGain)
     for (const auto& [gains, changes] : {std::pair{"red=0,yellow=0", false}, {"green=0", true}, {"blue=0", true}}) {
         io::Frame frame = MakeFrame(3);
         frame.image.SetOwnLevel(1);
-        catalogue::Run(ParseStep(std::string("saturate:gain=1,") + gains), frame, {});
+        catalogue::RunStep(ParseStep(std::string("saturate:gain=1,") + gains), frame, {});
         EXPECT_EQ(std::fabs(frame.image.GetPixelGrayRaw(0, 0, 1) - 100.0) > 1.0, changes) << gains;
     }
 }
@@ -150,7 +150,7 @@ TEST(Run, LeavesUndefinedWhatWasBlank)
         io::Frame frame = MakeFrame(3);
         frame.image.SetBlankUsed(1);
         frame.image.SetBlank(124); // the last sample of plane 1
-        catalogue::Run(ParseStep(step), frame, {});
+        catalogue::RunStep(ParseStep(step), frame, {});
         EXPECT_TRUE(std::isnan(frame.image.GetPixelGrayRaw(4, 2, 1))) << step;
         EXPECT_FALSE(std::isnan(frame.image.GetPixelGrayRaw(3, 2, 1))) << step;
     }
@@ -166,7 +166,7 @@ TEST(Run, FillsWhatIsUndefined)
         frame.image.SetBlankUsed(1);
         frame.image.SetBlank(124); // the last sample of plane 1, in the corner
         frame.image.SetPixelGrayRaw(0, 1, INFINITY, 0);
-        catalogue::Run(ParseStep(step), frame, {});
+        catalogue::RunStep(ParseStep(step), frame, {});
         EXPECT_NEAR(frame.image.GetPixelGrayRaw(4, 2, 1), filled, 1e-4) << step;
         EXPECT_TRUE(std::isfinite(frame.image.GetPixelGrayRaw(0, 1, 0))) << step;
         EXPECT_EQ(frame.image.GetPixelGrayRaw(3, 2, 1), 123.0F) << step;
@@ -218,8 +218,8 @@ TEST_F(RunWithFiles, BringsCalibrationFramesIntoTheOrderOfRowsOfTheImage)
             frame.header.Set("ROWORDER", "BOTTOM-UP");
             frame.image.SetOrgFileName("light.fits");
             std::string notes;
-            catalogue::Run(ParseStep(step + (":file=" + Path("calibration.fits"))), frame,
-                           {.note = [&](const std::string& text) { notes += text; }});
+            catalogue::RunStep(ParseStep(step + (":file=" + Path("calibration.fits"))), frame,
+                               {.diagnostics = [&](const Diagnostic& told) { notes += std::get<Note>(told).text; }});
             const bool isTurned = order == std::string("TOP-DOWN");
             const float divided = 24.0F * 13.0F / (isTurned ? 25.0F : 5.0F);
             EXPECT_FLOAT_EQ(frame.image.GetPixelGrayRaw(4, 2, 0), step[0] == 'f' ? divided : isTurned ? 0.0F : 19.0F);
@@ -240,8 +240,8 @@ TEST_F(RunWithFiles, LeavesUndefinedSamplesOutOfTheFlat)
         io::Save(Path("flat.fits"), flat.image, {}, {bits});
         io::Frame frame = MakeFrame(3);
         std::string notes;
-        catalogue::Run(ParseStep("flat:file=" + Path("flat.fits")), frame,
-                       {.note = [&](const std::string& text) { notes += text; }});
+        catalogue::RunStep(ParseStep("flat:file=" + Path("flat.fits")), frame,
+                           {.diagnostics = [&](const Diagnostic& told) { notes += std::get<Note>(told).text; }});
         const std::vector<float> samples = test::Samples(frame.image);
         for (std::size_t i = 1; i < samples.size(); ++i) {
             const float v = samples[i];
@@ -260,7 +260,7 @@ TEST(Run, WritesTextToBeReadOnTheScreen)
         if (isTopDown) {
             frame.header.Set("ROWORDER", "TOP-DOWN");
         }
-        catalogue::Run(ParseStep("draw-text:text=L,x=2,y=1,height=2,value=999,units=raw,thickness=1"), frame, {});
+        catalogue::RunStep(ParseStep("draw-text:text=L,x=2,y=1,height=2,value=999,units=raw,thickness=1"), frame, {});
         EXPECT_EQ(frame.image.GetPixelGrayRaw(2, 0, 0) > 500.0F, isTopDown);
         EXPECT_EQ(frame.image.GetPixelGrayRaw(2, 2, 0) > 500.0F, !isTopDown);
     }
@@ -271,13 +271,13 @@ TEST(Run, DebayersByTheHeaderAndTakesItsCardsAway)
     io::Frame frame = MakeFrame(1);
     frame.header.Set("BAYERPAT", "RGGB");
     frame.header.Set("XBAYROFF", 1); // the first pixel is green, with red beside it and blue below
-    catalogue::Run(ParseStep("debayer:method=bilinear"), frame, {});
+    catalogue::RunStep(ParseStep("debayer:method=bilinear"), frame, {});
     EXPECT_EQ(frame.image.GetPixelGrayRaw(0, 0, 0), 1.0F);
     EXPECT_EQ(frame.image.GetPixelGrayRaw(0, 0, 2), 10.0F);
     EXPECT_FALSE(frame.header.Has("BAYERPAT") || frame.header.Has("XBAYROFF"));
     frame = MakeFrame(1);
     frame.header.Set("BAYERPAT", "XTRANS");
-    EXPECT_THROW(catalogue::Run(ParseStep("debayer"), frame, {}), Error);
+    EXPECT_THROW(catalogue::RunStep(ParseStep("debayer"), frame, {}), Error);
 }
 
 TEST_F(RunWithFiles, RefusesWhatDoesNotFitTheFrame)
@@ -293,24 +293,24 @@ TEST_F(RunWithFiles, RefusesWhatDoesNotFitTheFrame)
         {"auto-levels:rect=0:0:5:4", 1, "auto-levels: rect = 0:0:5:4: must lie within the image, 0:0:5:3"},
         {"levels:min=0,max=1,plane=1", 1, "levels: plane = 1: must be 0, since the image has 1 plane"},
         {"draw-text:text=a,x=0,y=0,plane=2", 1, "draw-text: plane = 2: must be 0, since the image has 1 plane"},
-        {"curve:blue=0:0/1:1", 1, "curve: red, green and blue take a colour image of 3 planes; this one has 1"},
-        {"false-color:low=7,high=7", 1, "false-color: low = 7, high = 7: they must differ"},
-        {"false-color", 3, "false-color: takes an image of 1 plane; this one has 3"},
-        {"clip:min=255", 1, "clip: min = 255, max = 255: min must be less than max"},
-        {"to-color", 3, "to-color: takes an image of 1 plane; this one has 3"},
-        {"bin:x=6", 1, "bin: x = 6, y = 6: the image has only 5 x 3 pixels"},
+        {"curve:blue=0:0/1:1", 1, "curve: image: must have 3 planes for red, green and blue; it has 1"},
+        {"false-color:low=7,high=7", 1, "false-color: high = 7: must differ from low"},
+        {"false-color", 3, "false-color: image: must have 1 plane; it has 3"},
+        {"clip:min=255", 1, "clip: max = 255: must be above min, 255"},
+        {"to-color", 3, "to-color: image: must have 1 plane; it has 3"},
+        {"bin:x=6", 1, "bin: image: has only 5 x 3 pixels; a block of 6 x 6 needs more"},
         {"debayer", 1,
          "debayer: pattern = auto: the header names no pattern (BAYERPAT); give pattern=RGGB, GRBG, GBRG or BGGR if "
          "this is a mosaic"},
-        {"debayer:pattern=RGGB", 3, "debayer: takes an image of 1 plane; this one has 3"},
-        {"resize:factor=0.001", 1, "resize: the result would be 0 x 0 pixels; at least 1 x 1 are needed"},
+        {"debayer:pattern=RGGB", 3, "debayer: image: must have 1 plane; it has 3"},
+        {"resize:factor=0.001", 1, "resize: image: would become 0 x 0 pixels; at least 1 x 1 are needed"},
         {"resize:width=1000000,height=1000000", 1,
-         "resize: the result would be 1000000 x 1000000 pixels; at most 1000000 either way and 1 TiB in all are "
+         "resize: image: would become 1000000 x 1000000 pixels; at most 1000000 either way and 1 TiB in all are "
          "allowed"},
         {"overscan:rect=0:0:1:1,clip=yes", 1,
          "overscan: clip = yes: all samples of the strip are equal, and clipping would leave none; leave it out"},
         {"vignette:k=-1", 1, "vignette: k = -1: must be above -0.2, or no brightness is left 2 pixels from the centre"},
-        {"fill:value=1", 1, "fill: with = value and value belong together"},
+        {"fill:value=1", 1, "fill: value = 1: belongs to with = value, which needs it"},
         {"dark:file=" + wide, 1,
          "dark: file = " + wide + ": is 7 x 3 pixels, 1 plane; the image is 5 x 3 pixels, 1 plane"},
         {"flat:file=" + colour, 1,

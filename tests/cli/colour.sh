@@ -19,19 +19,19 @@ check 0 '^$' lrgb "$r" rgb.fits -o mean.fits --average -q --align points --point
 check 0 '^$' composite "$r" "$r" -o nothing.fits --mode sum --dx 1000
 rgb=(rgb "$r" "$g" "$b" -o out.fits)
 refuse 2 '--align = star: must be none, shift or points' "${rgb[@]}" --align star
-refuse 2 '--align shift and --at belong together' "${rgb[@]}" --at 1,1
+refuse 2 '--at = 1,1: belongs to align = shift' "${rgb[@]}" --at 1,1
 refuse 2 '--shift2 = 1: must be DX,DY' "${rgb[@]}" --shift2 1
-refuse 2 '--shift2 has no value' "${rgb[@]}" --shift2 1,2,
-refuse 2 '--shift1 = 2e.06: must be -1e.06 to 1e.06' "${rgb[@]}" --shift1 0,2e6
-refuse 2 '--points2 needs --align points' "${rgb[@]}" --points2 1,1
-refuse 2 '--points = 1,1, --points2 = : both must name' "${rgb[@]}" --align points --points 1,1
+refuse 2 '--shift2: is not a number' "${rgb[@]}" --shift2 1,2,
+refuse 2 '--shift1 = 2e6: must be -1e.06 to 1e.06' "${rgb[@]}" --shift1 0,2e6
+refuse 2 '--points2 = 1,1: belongs to align = points' "${rgb[@]}" --points2 1,1
+refuse 2 '--points2: belongs to align = points, which needs it' "${rgb[@]}" --align points --points 1,1
 refuse 1 "$r: --at = 1,250: must lie within the image, of 320 x 240" "${rgb[@]}" --align shift --at 1,250
 refuse 1 "$r: shows no star within 4 pixels of 20,100" "${rgb[@]}" --align shift --at 20,100 --size 9
-refuse 1 "$g: the star is not within --range = 4" "${rgb[@]}" --align shift --at 160,127 --range 4
+refuse 1 "$g: the star is not within range = 4" "${rgb[@]}" --align shift --at 160,127 --range 4
 refuse 1 'nothing.fits: has no sample that is defined' rgb "$r" nothing.fits "$b" -o out.fits
-refuse 1 'rgb.fits: has 3 planes; a frame through one filter must have 1' cmy "$r" rgb.fits "$b" -o out.fits
-refuse 1 "$r: has 1 plane; the colour frame must have 3" lrgb "$r" "$r" -o out.fits
-refuse 1 "$r: must have 3 planes to be split; it has 1" split "$r" -o out.fits --component r
+refuse 1 'rgb.fits: must have 1 plane; it has 3' cmy "$r" rgb.fits "$b" -o out.fits
+refuse 1 "$r: must have 3 planes; it has 1" lrgb "$r" "$r" -o out.fits
+refuse 1 "$r: must have 3 planes; it has 1" split "$r" -o out.fits --component r
 refuse 2 '--component = red: must be r, g, b, c, m or y' split rgb.fits -o out.fits --component red
 refuse 2 '--scale = 0: must be 0.01 to 100' lrgb "$r" rgb.fits -o out.fits --scale 0
 finish

@@ -21,11 +21,11 @@ check 0 '^$' apply "$a" -o colour.fits to-color
 check 0 '^$' composite colour.fits "$a" -o colour.fits --overwrite --mode difference --clamp
 
 refuse 2 '--mode = add: must be sum, mean' composite "$a" "$b" -o out.fits --mode add
-refuse 2 '--angle = nan: must be -360 to 360' composite "$a" "$b" -o out.fits --mode sum --angle nan
-refuse 2 '--ratio must be given' composite "$a" "$b" -o out.fits --mode desaturate
-refuse 2 '--align points needs --points' composite "$a" "$b" -o out.fits --mode sum --align points
-refuse 2 '--points needs --align points' composite "$a" "$b" -o out.fits --mode sum --align none --points 1,2
-refuse 2 'both must name the same stars' composite "$a" "$b" -o out.fits --mode sum --points 1,2
+refuse 2 '--angle = nan: is not a finite number' composite "$a" "$b" -o out.fits --mode sum --angle nan
+refuse 2 '--ratio: must be given' composite "$a" "$b" -o out.fits --mode desaturate
+refuse 2 '--align = points: needs points' composite "$a" "$b" -o out.fits --mode sum --align points
+refuse 2 '--align = none: points are given' composite "$a" "$b" -o out.fits --mode sum --align none --points 1,2
+refuse 2 '--overlay-points: must name the same stars' composite "$a" "$b" -o out.fits --mode sum --points 1,2
 refuse 1 "$a: --rect = 0:0:999:9: must lie within" composite "$a" "$b" -o out.fits --mode sum --rect 0:0:999:9
 refuse 1 "$b: the star at 900,9" composite "$a" "$b" -o out.fits --mode sum --points 9,9 --overlay-points 900,9
 refuse 1 'has 3 planes;' composite "$a" colour.fits -o out.fits --mode desaturate --ratio 1

@@ -15,7 +15,7 @@ check 0 '^x 0\.0, y 0\.0, correlation 1\.000' match "$a" "$a"
 refuse 1 'cut.fits: is not in the image: .*a correlation of 0\.[0-9]+, and 0\.8 is needed' match cut.fits other/light_001.fits --least 0.8
 refuse 1 'cut.fits: is not in the image' match cut.fits "$a" --start 200,10
 refuse 1 'cut.fits: is not to be told apart in the image: .*; a larger cut-out' match cut.fits other/light_001.fits
-refuse 2 '--range: needs --start' match cut.fits "$a" --range 5
+refuse 2 '--range = 5: needs start' match cut.fits "$a" --range 5
 refuse 1 'cut.fits: lies whole in the image nowhere in the range' match cut.fits "$a" --start 5000,0
 refuse 1 'light_001.fits: is 320 x 240, larger than the image, which is 60 x 50' match "$a" cut.fits
 refuse 1 'flat.fits: cannot be compared: it .*flat' match flat.fits "$a"

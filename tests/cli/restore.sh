@@ -8,7 +8,7 @@ check 0 'FWHM of the stars [2-4]\.[0-9]+ pixels.*gain 1\.5 electrons.*Iteration 
 check 0 'array dimension .*main iter +2 .*Iteration 2 of 2, chi-square [0-9.]+ ' \
     apply -v "$light" -o maxent.fits maxent:iterations=2
 check 0 '^$' apply "$light" -o wiener.fits wiener:fwhm=3.2
-CORVANE_MEMORY=1M refuse 1 "$light: lucy: a region of 800 x 600 needs 0\.0[0-9]+ GB" apply "$light" -o x.fits lucy
+CORVANE_MEMORY=1M refuse 1 "$light: lucy: image: needs 0\.0[0-9]+ GB of memory" apply "$light" -o x.fits lucy
 
 # What a terminal shows meanwhile.
 script -qec "stty cols 100; '$CORVANE' apply -v $light -o out.fits lucy:sigma=1.4,iterations=30,gain=1e9" /dev/null \

@@ -66,7 +66,7 @@ void AskHeader(const io::Header& header, int height)
 void Try(const char* step, io::Frame& frame)
 {
     try {
-        catalogue::Run(catalogue::ParseStep(step), frame, {});
+        catalogue::RunStep(catalogue::ParseStep(step), frame, {});
     } catch (const Error&) { // what a user is told
     }
 }

@@ -79,7 +79,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     std::istringstream steps(input.substr(1));
     try {
         for (std::string step; steps >> step;) {
-            catalogue::Run(catalogue::ParseStep(step), frame, {});
+            catalogue::RunStep(catalogue::ParseStep(step), frame, {});
         }
     } catch (const Error&) { // what a user is told
     } catch (const std::bad_alloc&) {

@@ -28,7 +28,7 @@ file(GLOB_RECURSE described ${WORK}/prefix/*.pc)
 list(GET described 0 folder)
 cmake_path(GET folder PARENT_PATH folder)
 set(ENV{PKG_CONFIG_PATH} ${folder})
-execute_process(COMMAND ${PKG_CONFIG} --cflags --libs corvane corvane_io corvane_stack
+execute_process(COMMAND ${PKG_CONFIG} --cflags --libs corvane corvane_io corvane_catalogue corvane_stack
     OUTPUT_VARIABLE words COMMAND_ERROR_IS_FATAL ANY)
 separate_arguments(words UNIX_COMMAND "${words}")
 separate_arguments(flags UNIX_COMMAND "${FLAGS}")

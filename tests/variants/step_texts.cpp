@@ -36,8 +36,8 @@ const std::set<std::string> kCombinations{"resize:width=57,height=140,method=cub
 /// operation's parameters, as levels must be, the limits, and one near a lower limit.
 Texts ValuesOf(const Parameter& parameter, std::size_t place, const StepFiles& files)
 {
-    if (parameter.kind == Kind::File || parameter.kind == Kind::CurveFile) {
-        return parameter.kind == Kind::File ? files.images : Texts{files.curve};
+    if (parameter.kind == Kind::Image || parameter.kind == Kind::CurveFile) {
+        return parameter.kind == Kind::Image ? files.images : Texts{files.curve};
     }
     if (kValues.contains(parameter.kind)) {
         return kValues.at(parameter.kind);
@@ -76,6 +76,9 @@ std::set<std::string> StepTexts(const StepFiles& files)
 {
     std::set<std::string> steps = kCombinations;
     for (const Operation& operation : Operations()) {
+        if (!operation.IsStep()) {
+            continue;
+        }
         const std::vector<Parameter>& parameters = operation.parameters;
         steps.insert(StepText(operation, parameters.size(), "", files));
         for (std::size_t i = 0; i < parameters.size(); ++i) {

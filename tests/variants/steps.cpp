@@ -27,7 +27,7 @@ void Print(const std::string& text, io::Frame frame, Names& left)
     std::printf("%-16s %-56s ", frame.image.GetOrgFileName(), text.c_str());
     try {
         const Step step = ParseStep(text);
-        catalogue::Run(step, frame, {.showProgress = 0});
+        RunStep(step, frame, {});
         io::WriteCoordinates(frame.image, frame.header);
         std::uint64_t hash = HashOf(frame.image);
         for (const std::string& card : frame.header.Cards()) {
@@ -53,6 +53,9 @@ bool PrintSteps()
     const Names steps = StepTexts({{"other", "other colour", "other undefined"}, kCurveFile});
     Names left;
     for (const Operation& operation : Operations()) {
+        if (!operation.IsStep()) {
+            continue;
+        }
         left.insert(operation.name);
         for (const Parameter& parameter : operation.parameters) {
             left.insert(operation.name + " " + parameter.name);
