@@ -173,7 +173,8 @@ protected:
                        !areTiles(With(footprint, &Footprint::rows, kShort));
             });
         } else if (!footprint.placed) { // places show in roundings, too seldom to be waited for
-            ExpectSomewhere(step, (hasLevels ? "cannot be cut; " : "chooses levels; ") + ToText(footprint),
+            const bool chooses = !hasLevels && footprint.levels == LevelUse::Chosen;
+            ExpectSomewhere(step, (chooses ? "chooses levels; " : "cannot be cut; ") + ToText(footprint),
                             [&] { return isResized || !areTiles(footprint); });
         }
         if (hasLevels) {
