@@ -91,7 +91,9 @@ TEST(RunOfWork, OfAWindowSendsWhatTheChannelSends)
             for (int i = 0; i < steps; ++i) {
                 image.ShowProgress(1);
             }
-            image.ShowProgressMsg("message");
+            if (show != 0) { // the channel sends a message all the same; a run that shows nothing is silent
+                image.ShowProgressMsg("message");
+            }
             image.ShowProgressEnd(nullptr);
             const std::vector<std::string> expected = window.Take();
             const auto run = WindowRun(image, show);
