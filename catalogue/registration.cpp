@@ -79,9 +79,9 @@ void CheckInside(const io::Frame& first, const std::vector<double>& at)
 {
     const CStlImage& image = first.image;
     if (!(at[0] < image.GetWidth()) || !(at[1] < image.GetHeight())) {
-        throw ParameterError("at", ToText(Value(at)), "must lie within the image, of " +
-                                                          std::to_string(image.GetWidth()) + " x " +
-                                                          std::to_string(image.GetHeight()) + " pixels");
+        throw ParameterError("at", ToText(Value(at)),
+                             "must lie within the image, of " + std::to_string(image.GetWidth()) + " x " +
+                                 std::to_string(image.GetHeight()) + " pixels");
     }
 }
 
