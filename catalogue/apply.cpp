@@ -51,7 +51,7 @@ catalogue::Outputs Apply(std::string_view operation, catalogue::Inputs inputs, c
         const catalogue::Arguments arguments = catalogue::MakeArguments(found, settings);
         return catalogue::RunOperation(found, std::move(inputs), arguments, run);
     } catch (const Error& error) {
-        throw error.What() == Error::Kind::kFile ? error : error.Of(found.name);
+        throw error.Is(Error::Kind::kFile) ? error : error.Of(found.name);
     }
 }
 

@@ -97,16 +97,18 @@ Footprint DrawFootprint(const Arguments& arguments)
     return {.levels = arguments.Text("units") == "display" ? LevelUse::Chosen : LevelUse::Unread, .placed = true};
 }
 
+std::string Help(std::string text)
+{
+    return text.append(kSamples);
+}
+
 Operation DrawLine()
 {
     Parameter thickness = Thickness();
     thickness.defaultValue = 1.0;
     return {.name = "draw-line",
             .summary = "draw a straight line",
-            .help =
-                std::string("The line has round ends; equal ends make a dot. What lies outside of the image is left "
-                            "out.") +
-                kSamples,
+            .help = Help("The line has round ends; equal ends make a dot. What lies outside of the image is left out."),
             .parameters = WithPen({Coordinate("x1", "column of one end"), Coordinate("y1", "row of one end"),
                                    Coordinate("x2", "column of the other end"),
                                    Coordinate("y2", "row of the other end"), std::move(thickness)}),
@@ -120,9 +122,8 @@ Operation DrawText()
     thickness.whenAbsent = "an eighth of the height";
     return {.name = "draw-text",
             .summary = "write a line of text",
-            .help = std::string("The text reads upright on the screen, in whichever order the rows are. A comma within "
-                                "it is written twice. What lies outside of the image is left out.") +
-                    kSamples,
+            .help = Help("The text reads upright on the screen, in whichever order the rows are. A comma within it is "
+                         "written twice. What lies outside of the image is left out."),
             .parameters = WithPen({{.name = "text", .kind = Kind::Text, .summary = "what to write"},
                                    Coordinate("x", "column of the point that the text is put at"),
                                    Coordinate("y", "row of the line that the letters stand on"),

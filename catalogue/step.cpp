@@ -15,24 +15,20 @@ namespace {
 
 constexpr char kComma = ',';
 
-// Takes the text up to the next single comma away from `rest`; empty at the end. A double comma stands for one.
-std::optional<std::string> TakeItem(std::optional<std::string_view>& rest)
+/// The items of a text, between single commas; a double comma stands for one.
+std::vector<std::string> Items(std::string_view text)
 {
-    if (!rest) {
-        return std::nullopt;
-    }
-    std::string item;
-    for (std::size_t i = 0; i < rest->size(); ++i) {
-        const char letter = (*rest)[i];
-        if (letter == kComma && rest->substr(i + 1, 1) != ",") {
-            rest->remove_prefix(i + 1);
-            return item;
+    std::vector<std::string> items(1);
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != kComma) {
+            items.back() += text[i];
+        } else if (text.substr(i + 1, 1) == ",") {
+            items.back() += text[i++];
+        } else {
+            items.emplace_back();
         }
-        i += letter == kComma ? 1 : 0;
-        item += letter;
     }
-    rest.reset();
-    return item;
+    return items;
 }
 
 const Parameter& FindParameter(const Operation& operation, std::string_view name)
@@ -61,16 +57,18 @@ const Operation& FindStep(std::string_view name)
 /// The values of a step's text, as texts.
 Settings ReadSettings(std::string_view text)
 {
-    const std::size_t colon = text.find(':');
-    auto rest = colon == std::string_view::npos ? std::nullopt : std::optional(text.substr(colon + 1));
     Settings settings;
-    while (const std::optional<std::string> item = TakeItem(rest)) {
-        const std::size_t equals = item->find('=');
+    const std::size_t colon = text.find(':');
+    if (colon == std::string_view::npos) {
+        return settings;
+    }
+    for (const std::string& item : Items(text.substr(colon + 1))) {
+        const std::size_t equals = item.find('=');
         if (equals == std::string::npos) {
-            throw ParameterError("'" + *item +
+            throw ParameterError("'" + item +
                                  "' is not of the form key=value; a comma within a value is written twice");
         }
-        settings.push_back({item->substr(0, equals), item->substr(equals + 1)});
+        settings.push_back({item.substr(0, equals), item.substr(equals + 1)});
     }
     return settings;
 }
@@ -143,7 +141,7 @@ void InTheNameOf(const Operation& operation, const Work& work)
     try {
         work();
     } catch (const Error& error) {
-        throw error.What() == Error::Kind::kFile ? error : error.Of(operation.name);
+        throw error.Is(Error::Kind::kFile) ? error : error.Of(operation.name);
     }
 }
 

@@ -193,7 +193,7 @@ int Run(int argc, char** argv) noexcept
     } catch (const UsageError& error) {
         return Fail(kWrongUsage, error.what());
     } catch (const Error& error) {
-        const bool isAsked = error.What() == Error::Kind::kParameter || error.What() == Error::Kind::kName;
+        const bool isAsked = error.Is(Error::Kind::kParameter) || error.Is(Error::Kind::kName);
         return Fail(isAsked ? kWrongUsage : kFailed, error.what(), IsOfOption(error) ? "--" : "");
     } catch (const Cancelled& cancelled) {
         return Fail(kCancelled, cancelled.what());

@@ -104,7 +104,7 @@ void AddFiles(CLI::App& command, OperationWords& words)
 Error OnFiles(const Error& error, const OperationWords& words)
 {
     const std::vector<catalogue::Input>& inputs = words.operation->inputs;
-    if (error.What() == Error::Kind::kInput) {
+    if (error.Is(Error::Kind::kInput)) {
         const auto names = catalogue::Names(inputs);
         return FileError(words.files[static_cast<std::size_t>(catalogue::PlaceOf(error.Subject(), names))],
                          error.Reason());

@@ -9,7 +9,6 @@
 
 #include "cli/cancel.h"
 #include "cli/terminal.h"
-#include "corvane/core/progress_message.h"
 
 namespace corvane::cli {
 namespace {
@@ -43,48 +42,6 @@ std::string Bar(int percent)
 }
 
 } // namespace
-
-ProgressBar::ProgressBar(ProgressStyle style)
-    : style_(style), window_(platform::CreateMessageWindow(
-                         [this](UINT message, WPARAM word, LPARAM value) { return Receive(message, word, value); }))
-{
-    platform::SetMainWindow(window_);
-}
-
-ProgressBar::~ProgressBar()
-{
-    Clear();
-    platform::SetMainWindow(nullptr);
-    platform::DestroyMessageWindow(window_);
-}
-
-LRESULT ProgressBar::Receive(UINT message, WPARAM word, LPARAM value)
-{
-    if (message != kProgressMessage) {
-        return 0;
-    }
-    if (CancelRequested()) {
-        PostMessageA(window_, WM_KEYDOWN, VK_ESCAPE, 0);
-    }
-    switch (word) {
-    case kProgressStart:
-        Start(reinterpret_cast<const char*>(value));
-        break;
-    case kProgressStep:
-        Step(static_cast<int>(value));
-        break;
-    case kProgressText:
-        text_ = reinterpret_cast<const char*>(value);
-        Draw();
-        break;
-    case kProgressEnd:
-        End();
-        break;
-    default:
-        break;
-    }
-    return 0;
-}
 
 void ProgressBar::Follow(const Progress& progress)
 {

@@ -4,7 +4,6 @@
 #include <string>
 
 #include "corvane/core/run.h"
-#include "corvane/platform/messages.h"
 
 namespace corvane::cli {
 
@@ -14,14 +13,11 @@ struct ProgressStyle {
     bool stages = false; ///< one line for every stage, when it is done
 };
 
-/// How far work is, drawn on standard error: what a run tells, and what images report to their progress window.
-///
-/// It is the main window of its thread while it lives. Once Ctrl-C was pressed it answers every message with ESC, so
-/// that work that looks for it stops.
+/// How far work is, drawn on standard error.
 class ProgressBar {
 public:
-    explicit ProgressBar(ProgressStyle style);
-    ~ProgressBar();
+    explicit ProgressBar(ProgressStyle style) : style_(style) {}
+    ~ProgressBar() { Clear(); }
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
 
@@ -36,7 +32,6 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    LRESULT Receive(UINT message, WPARAM word, LPARAM value);
     void Start(const char* text);
     void Step(int percent);
     void End();
@@ -46,7 +41,6 @@ private:
     double Elapsed() const;
 
     ProgressStyle style_;
-    HWND window_;
     std::string text_;
     std::string unfinished_; ///< line
     int percent_ = 0;

@@ -12,13 +12,13 @@ void AddCommonOptions(CLI::App& command, Session& session)
 
 bool IsOfOption(const Error& error) noexcept
 {
-    return error.What() == Error::Kind::kParameter && error.Operation().empty() && !error.Subject().empty() &&
+    return error.Is(Error::Kind::kParameter) && error.Operation().empty() && !error.Subject().empty() &&
            std::islower(static_cast<unsigned char>(error.Subject().front())) != 0;
 }
 
 Error OfFile(const std::string& file, const Error& error)
 {
-    const bool isOwn = error.What() == Error::Kind::kFile || error.What() == Error::Kind::kName;
+    const bool isOwn = error.Is(Error::Kind::kFile) || error.Is(Error::Kind::kName);
     return isOwn ? error : FileError(file, (IsOfOption(error) ? "--" : "") + std::string(error.what()));
 }
 

@@ -4,7 +4,6 @@
 
 #include "corvane/core/display_scale.h"
 #include "corvane/core/lab.h"
-#include "corvane/core/progress_channel.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 

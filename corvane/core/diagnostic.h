@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <limits>
 #include <string>
 #include <variant>
@@ -91,9 +90,6 @@ struct MemIteration {
 /// @}
 
 using RestoreEvent = std::variant<LucyStart, LucyIteration, MemStart, MemIteration>;
-
-/// Hears of a restoration while it runs; empty: nobody does.
-using RestoreSink = std::function<void(const RestoreEvent&)>;
 
 /// What the user should know, such as an assumption that was made.
 struct Note {

@@ -23,7 +23,7 @@ public:
     /// where there is none to show.
     Error(Kind kind, std::string subject, std::string value, std::string reason);
 
-    Kind What() const { return kind_; }
+    bool Is(Kind kind) const { return kind_ == kind; }
     /// The id of the parameter or input, or the path; empty when the matter has no name.
     const std::string& Subject() const { return subject_; }
     const std::string& Value() const { return value_; }

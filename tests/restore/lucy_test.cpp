@@ -117,7 +117,8 @@ private:
 };
 
 /// What the engine makes of it.
-Field Result(Field field, LucyMode mode, int iterations, const RestoreSink& sink = {}, Restored end = Restored::kDone)
+Field Result(Field field, LucyMode mode, int iterations, const std::function<void(const RestoreEvent&)>& sink = {},
+             Restored end = Restored::kDone)
 {
     std::vector<float> plane(std::begin(field.v), std::end(field.v));
     const std::vector<float> psf = GaussPsf(kSigma, 64);
