@@ -24,19 +24,19 @@ namespace corvane {
 /// Throws Error, before the step in question changes anything, for a name or a value that is not allowed and for an
 /// image that does not fit; CMemoryException when there is no room; Cancelled when the run asks to stop.
 /// @{
-CORVANE_API CStlImage Apply(const CStlImage& image, std::string_view operation, const catalogue::Settings& settings,
-                            const Run& run = {});
-CORVANE_API CStlImage Apply(const CStlImage& image, const std::vector<catalogue::Step>& steps, const Run& run = {});
-CORVANE_API io::Frame Apply(io::Frame frame, std::string_view operation, const catalogue::Settings& settings,
-                            const Run& run = {});
-CORVANE_API io::Frame Apply(io::Frame frame, const std::vector<catalogue::Step>& steps, const Run& run = {});
+CORVANE_VISIBLE CStlImage Apply(const CStlImage& image, std::string_view operation, const catalogue::Settings& settings,
+                                const Run& run = {});
+CORVANE_VISIBLE CStlImage Apply(const CStlImage& image, const std::vector<catalogue::Step>& steps, const Run& run = {});
+CORVANE_VISIBLE io::Frame Apply(io::Frame frame, std::string_view operation, const catalogue::Settings& settings,
+                                const Run& run = {});
+CORVANE_VISIBLE io::Frame Apply(io::Frame frame, const std::vector<catalogue::Step>& steps, const Run& run = {});
 
 /// An operation on several images, each under the name of its input; what it makes is under the names of its outputs.
-CORVANE_API catalogue::Outputs Apply(std::string_view operation, catalogue::Inputs inputs,
-                                     const catalogue::Settings& settings, const Run& run = {});
+CORVANE_VISIBLE catalogue::Outputs Apply(std::string_view operation, catalogue::Inputs inputs,
+                                         const catalogue::Settings& settings, const Run& run = {});
 /// @}
 
 /// An image as the value of a parameter, {"file", corvane::AsValue(dark)}: over the same samples, nothing is copied.
-CORVANE_API catalogue::Value AsValue(const CStlImage& image);
+CORVANE_VISIBLE catalogue::Value AsValue(const CStlImage& image);
 
 } // namespace corvane
