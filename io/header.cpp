@@ -138,9 +138,10 @@ std::string Printable(std::string_view text)
     return printable;
 }
 
-std::string Padded(std::string card)
+std::string Padded(std::string_view text)
 {
-    card.resize(kCardLength, ' ');
+    std::string card(kCardLength, ' ');
+    text.copy(card.data(), kCardLength);
     return card;
 }
 
@@ -171,7 +172,7 @@ std::string WithComment(std::string card, std::string_view comment)
         card.resize(std::max(card.size(), kValueColumn), ' ');
         card += " / " + Printable(comment);
     }
-    return Padded(std::move(card));
+    return Padded(card);
 }
 
 /// Cuts a text into quoted pieces that fit into `first` columns and then into the columns of CONTINUE cards.

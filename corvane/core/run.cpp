@@ -47,10 +47,10 @@ std::optional<bool> Send(CStlImage& image, int show, const Progress& progress)
 
 } // namespace
 
-Run WindowRun(CStlImage& image, int show, Escape escape)
+Run WindowRun(CStlImage& image, int show, EscapeKey escape)
 {
     Run run;
-    if (escape == Escape::kIgnored) { // takes no memory, since some members promise 0 where there is none
+    if (escape == EscapeKey::kIgnored) { // takes no memory, since some members promise 0 where there is none
         run.progress = [&image, show](const Progress& progress) { Send(image, show, progress); };
         return run;
     }

@@ -67,12 +67,12 @@ struct Run {
 };
 
 /// Whether the ESC key ends the work of a member of the interface.
-enum class Escape { kIgnored, kEnds };
+enum class EscapeKey { kIgnored, kEnds };
 
 /// The run of a member of the interface: its progress goes to the image's progress window by the image's channel, and
-/// with `Escape::kEnds` the ESC key in the thread's message queue cancels it. With show 0 nothing is sent or asked.
+/// with `EscapeKey::kEnds` the ESC key in the thread's message queue cancels it. With show 0 nothing is sent or asked.
 /// The image must outlive the run.
-CORVANE_VISIBLE Run WindowRun(CStlImage& image, int show, Escape escape = Escape::kIgnored);
+CORVANE_VISIBLE Run WindowRun(CStlImage& image, int show, EscapeKey escape = EscapeKey::kIgnored);
 
 /// A stage of a run's work: begins it, counts its steps, and ends it however the work ends, with an exception too.
 class CORVANE_VISIBLE Stage {

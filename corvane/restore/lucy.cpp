@@ -19,7 +19,7 @@ constexpr int kPsfSize = 64;
 int CImgLucy::Do(double sigma, double gain, double readNoise, int iterations, CRect* rect, int showProgress)
 {
     try {
-        const Run run = WindowRun(*this, showProgress, Escape::kEnds);
+        const Run run = WindowRun(*this, showProgress, EscapeKey::kEnds);
         const Restored end = Do(sigma, gain, readNoise, iterations, rect, run);
         TellFailure(end, IDS_LUCY_NO_MEMORY, IDS_LUCY_CANCELLED);
         return HasStopped(end) ? 0 : 1;

@@ -20,7 +20,7 @@ constexpr int kPsfSizeOnGrid = 64;
 int CImgMem::Do(double sigma, double noiseSigma, int iterations, CRect* rect, int showProgress)
 {
     try {
-        const Run run = WindowRun(*this, showProgress, Escape::kEnds);
+        const Run run = WindowRun(*this, showProgress, EscapeKey::kEnds);
         const Restored end = Do(sigma, noiseSigma, iterations, rect, false, run);
         TellFailure(end, IDS_MEM_NO_MEMORY, IDS_MEM_CANCELLED);
         return HasStopped(end) ? 0 : 1;

@@ -118,12 +118,12 @@ TEST(RunOfWork, OfAWindowIsCancelledByEscapeWhereThatCounts)
 {
     ProgressWindow window;
     CStlImage image;
-    for (const Escape escape : {Escape::kIgnored, Escape::kEnds}) {
+    for (const EscapeKey escape : {EscapeKey::kIgnored, EscapeKey::kEnds}) {
         const auto run = WindowRun(image, 1, escape);
         Stage stage(run, "keys", 10);
         EXPECT_TRUE(stage.Advance());
         PostMessageA(window.Handle(), WM_KEYDOWN, VK_ESCAPE, 0);
-        EXPECT_EQ(stage.Advance(), escape == Escape::kIgnored);
+        EXPECT_EQ(stage.Advance(), escape == EscapeKey::kIgnored);
     }
 }
 
