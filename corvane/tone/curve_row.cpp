@@ -71,23 +71,35 @@ void CurveRow::FindLines()
 
 void CurveRow::operator()(const float* in, float* out, int count) const
 {
+    const int rest = count % kBlock;
+    const int whole = count - rest;
+    MapWhole(in, out, whole);
+    if (rest > 0) { // in a block too: what becomes of a sample does not depend on where in the row it lies
+        alignas(64) float last[kBlock];
+        std::fill(std::copy(in + whole, in + count, last), last + kBlock, low_);
+        MapWhole(last, last, kBlock);
+        std::copy(last, last + rest, out + whole);
+    }
+}
+
+void CurveRow::MapWhole(const float* in, float* out, int count) const
+{
     if (isQuick_) {
-        MapBlocks(in, out, count, [this](double v) { return QuickPlace(v); });
+        MapBlocks(in, out, count / kBlock, [this](double v) { return QuickPlace(v); });
     } else if (hasTable_) {
-        MapBlocks(in, out, count, [this](double v) { return ExactPlace(v); });
+        MapBlocks(in, out, count / kBlock, [this](double v) { return ExactPlace(v); });
     } else {
         for (int x = 0; x < count; x += kBlock) {
-            FollowCurves(in + x, out + x, std::min(count - x, kBlock));
+            FollowCurves(in + x, out + x);
         }
     }
 }
 
 /// Finds the places of a block before it looks up those of the block before: the processor does both at once.
 template <class PlaceOf>
-void CurveRow::MapBlocks(const float* in, float* out, int count, PlaceOf placeOf) const
+void CurveRow::MapBlocks(const float* in, float* out, int blocks, PlaceOf placeOf) const
 {
     Places places[2];
-    const int blocks = count / kBlock;
     for (int b = 0; b <= blocks; ++b) {
         if (b < blocks) {
             Find(in + b * kBlock, placeOf, places[b % 2]);
@@ -96,7 +108,6 @@ void CurveRow::MapBlocks(const float* in, float* out, int count, PlaceOf placeOf
             MapBlock(in + (b - 1) * kBlock, places[(b - 1) % 2], out + (b - 1) * kBlock);
         }
     }
-    FollowCurves(in + blocks * kBlock, out + blocks * kBlock, count % kBlock);
 }
 
 template <class PlaceOf>
@@ -122,7 +133,7 @@ void CurveRow::MapBlock(const float* in, const Places& places, float* out) const
         LookUp(places.index, table_.data(), inside, kBlock);
         AddLines(in, inside, out);
     } else {
-        FollowCurves(in, out, kBlock);
+        FollowCurves(in, out);
     }
 }
 
@@ -143,16 +154,16 @@ void CurveRow::AddLines(const float* in, const float* __restrict inside, float* 
     }
 }
 
-void CurveRow::FollowCurves(const float* in, float* out, int count) const
+void CurveRow::FollowCurves(const float* in, float* out) const
 {
     double shown[kBlock];
-    for (int x = 0; x < count; ++x) {
+    for (int x = 0; x < kBlock; ++x) {
         shown[x] = scale_.To256(in[x]);
     }
     for (const Curve& curve : curves_) {
-        curve.Apply(shown, count);
+        curve.Apply(shown, kBlock);
     }
-    for (int x = 0; x < count; ++x) {
+    for (int x = 0; x < kBlock; ++x) {
         out[x] = static_cast<float>(scale_.ToRaw(shown[x]));
     }
 }

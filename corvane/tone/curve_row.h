@@ -35,13 +35,14 @@ private:
     bool FindInside();
     void FillTable();
     void FindLines();
+    void MapWhole(const float* in, float* out, int count) const;
     template <class PlaceOf>
-    void MapBlocks(const float* in, float* out, int count, PlaceOf placeOf) const;
+    void MapBlocks(const float* in, float* out, int blocks, PlaceOf placeOf) const;
     template <class PlaceOf>
     void Find(const float* in, PlaceOf placeOf, Places& places) const;
     void MapBlock(const float* in, const Places& places, float* out) const;
     void AddLines(const float* in, const float* inside, float* out) const;
-    void FollowCurves(const float* in, float* out, int count) const;
+    void FollowCurves(const float* in, float* out) const;
 
     DisplayScale scale_;
     std::vector<Curve> curves_;
