@@ -18,7 +18,12 @@ namespace corvane::catalogue {
 enum class Planes { Any, Mono, Colour };
 
 /// How many images an input takes.
-enum class Count { One, Several, Optional };
+enum class Count {
+    One,
+    Several,
+    Optional,
+    Any, ///< several or none
+};
 
 /// The images that an operation works on. What it does so with, a dark frame for one, is a parameter.
 struct Input {
@@ -53,6 +58,9 @@ struct Table {
 /// The frames of each input, by its name.
 using Inputs = std::map<std::string, std::vector<io::Frame>, std::less<>>;
 
+/// The names of files for each input, by its name.
+using Files = std::map<std::string, std::vector<std::string>, std::less<>>;
+
 /// What was made, by the names of the outputs.
 using Outputs = std::map<std::string, std::variant<io::Frame, Table>, std::less<>>;
 
@@ -83,7 +91,7 @@ struct Operation {
 
     /// Throws Error when values that are allowed alone do not go together; empty when there is nothing to check.
     std::function<void(const Arguments&)> check{};
-    std::variant<OnImage, OnFrame, OnInputs> run{};
+    std::variant<OnImage, OnFrame, OnInputs> run{}; ///< of a null OnInputs, the room that describes it does the work
 
     /// True for a step: it makes one image of one.
     bool IsStep() const { return !std::holds_alternative<OnInputs>(run); }

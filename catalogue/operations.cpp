@@ -7,23 +7,20 @@
 #include "corvane/core/error.h"
 
 namespace corvane::catalogue {
-namespace {
 
-std::vector<Operation> Gather()
+std::vector<Operation> Gathered(const std::vector<Group>& groups)
 {
     std::vector<Operation> all;
-    for (const Group& group : Groups()) {
+    for (const Group& group : groups) {
         std::vector<Operation> operations = group.operations();
         std::move(operations.begin(), operations.end(), std::back_inserter(all));
     }
     return all;
 }
 
-} // namespace
-
 const std::vector<Operation>& Operations()
 {
-    static const std::vector<Operation> operations = Gather();
+    static const std::vector<Operation> operations = Gathered(Groups());
     return operations;
 }
 

@@ -112,7 +112,9 @@ void CheckInputs(const Operation& operation, const Inputs& inputs)
     for (const Input& input : operation.inputs) {
         const auto found = inputs.find(input.name);
         const std::size_t given = found == inputs.end() ? 0 : found->second.size();
-        if ((given == 0 && input.count != Count::Optional) || (given > 1 && input.count != Count::Several)) {
+        const bool mayBeNone = input.count == Count::Optional || input.count == Count::Any;
+        const bool mayBeMany = input.count == Count::Several || input.count == Count::Any;
+        if ((given == 0 && !mayBeNone) || (given > 1 && !mayBeMany)) {
             throw InputError(input.name, given == 0 ? "is missing" : "must be one image");
         }
         for (std::size_t i = 0; i < given; ++i) {

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "catalogue/names.h"
-#include "catalogue/operations.h"
 #include "catalogue/placement.h"
+#include "cli/all_operations.h"
 #include "cli/cancel.h"
 #include "cli/output.h"
 #include "corvane/core/error.h"
@@ -25,7 +25,7 @@ using catalogue::Parameter;
 
 struct OperationWords {
     const Operation* operation = nullptr;
-    std::vector<std::string> files; ///< one for each input
+    catalogue::Files files;
     catalogue::Settings settings;
     Output output;
     bool json = false;
@@ -70,12 +70,6 @@ std::string OptionNames(const Parameter& parameter)
     return names;
 }
 
-std::string Sentence(std::string words)
-{
-    words[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(words[0])));
-    return words;
-}
-
 std::string Capitals(std::string word)
 {
     std::transform(word.begin(), word.end(), word.begin(),
@@ -83,41 +77,34 @@ std::string Capitals(std::string word)
     return word;
 }
 
-void AddFiles(CLI::App& command, OperationWords& words)
+void AddOutputs(CLI::App& command, OperationWords& words)
 {
-    const Operation& operation = *words.operation;
     if (words.print) {
         command.add_flag("--json", words.json, "Print JSON");
-    } else {
-        const bool hasScale = catalogue::FindNamed(operation.parameters, "scale") != nullptr;
-        AddOutput(command, words.output, "The image to write: .fits, .tif or .png");
-        AddSaveOptions(command, words.output.save, hasScale ? kLongScaleName : kScaleNames);
+        return;
     }
-    words.files.resize(operation.inputs.size());
-    for (std::size_t i = 0; i < operation.inputs.size(); ++i) {
-        const catalogue::Input& input = operation.inputs[i];
-        command.add_option(Capitals(input.name), words.files[i], Sentence(input.summary))->required()->type_name("");
-    }
+    const bool hasScale = catalogue::FindNamed(words.operation->parameters, "scale") != nullptr;
+    AddOutput(command, words.output, "The image to write: .fits, .tif or .png");
+    AddSaveOptions(command, words.output.save, hasScale ? kLongScaleName : kScaleNames);
 }
 
 /// An error of work on files: of the file in place of the input, with parameters as options.
 Error OnFiles(const Error& error, const OperationWords& words)
 {
-    const std::vector<catalogue::Input>& inputs = words.operation->inputs;
-    if (error.Is(Error::Kind::kInput)) {
-        const auto names = catalogue::Names(inputs);
-        return FileError(words.files[static_cast<std::size_t>(catalogue::PlaceOf(error.Subject(), names))],
-                         error.Reason());
-    }
-    return OfFile(words.files[0], error);
+    const bool isOfInput = error.Is(Error::Kind::kInput);
+    const std::string& input = isOfInput ? error.Subject() : words.operation->inputs.front().name;
+    const std::string& file = words.files.find(input)->second.front();
+    return isOfInput ? FileError(file, error.Reason()) : OfFile(file, error);
 }
 
 catalogue::Inputs Load(const OperationWords& words)
 {
     catalogue::Inputs inputs;
-    for (std::size_t i = 0; i < words.files.size(); ++i) {
-        inputs[words.operation->inputs[i].name].push_back(io::Load(words.files[i]));
-        ThrowIfCancelled();
+    for (const catalogue::Input& input : words.operation->inputs) {
+        for (const std::string& file : words.files.find(input.name)->second) {
+            inputs[input.name].push_back(io::Load(file));
+            ThrowIfCancelled();
+        }
     }
     return inputs;
 }
@@ -130,19 +117,20 @@ catalogue::Outputs Work(const OperationWords& words, const catalogue::Arguments&
     } catch (const Error& error) {
         throw OnFiles(error, words);
     } catch (const CMemoryException&) {
-        throw FileError(words.files[0], kMemoryText);
+        throw FileError(FilesOf(words.files, *words.operation).front(), kMemoryText);
     }
 }
 
 /// Says where stars brought the frames: the second of two, or each by its name.
 void SayFits(const OperationWords& words, const catalogue::Outputs& outputs)
 {
+    const std::vector<std::string> files = FilesOf(words.files, *words.operation);
     for (const auto& [name, output] : outputs) {
         const auto* table = std::get_if<catalogue::Table>(&output);
         const std::vector<catalogue::Fit> fits = table == nullptr ? std::vector<catalogue::Fit>() : FitsOf(*table);
         for (std::size_t i = 0; i < fits.size(); ++i) {
             if (fits[i].stars > 0) {
-                std::cout << (fits.size() == 1 ? "" : words.files[i] + ": ") << catalogue::ToText(fits[i]) << "\n";
+                std::cout << (fits.size() == 1 ? "" : files[i] + ": ") << catalogue::ToText(fits[i]) << "\n";
             }
         }
     }
@@ -152,8 +140,9 @@ int Perform(const OperationWords& words, const Session& session)
 {
     const catalogue::Arguments arguments = catalogue::MakeArguments(*words.operation, words.settings);
     if (!words.print) {
-        std::vector<std::string> files = catalogue::FilesOf(arguments);
-        files.insert(files.end(), words.files.begin(), words.files.end());
+        std::vector<std::string> files = FilesOf(words.files, *words.operation);
+        const std::vector<std::string> others = catalogue::FilesOf(arguments);
+        files.insert(files.end(), others.begin(), others.end());
         io::CheckSave(words.output.path, words.output.save);
         CheckOutputs(words.output, files);
     }
@@ -174,6 +163,35 @@ int Perform(const OperationWords& words, const Session& session)
 }
 
 } // namespace
+
+std::string Sentence(std::string words)
+{
+    words[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(words[0])));
+    return words;
+}
+
+void AddInputs(CLI::App& command, const Operation& operation, catalogue::Files& files)
+{
+    for (const catalogue::Input& input : operation.inputs) {
+        const bool isOption = input.count == catalogue::Count::Any || input.count == catalogue::Count::Optional;
+        const std::string name = isOption ? "--" + input.name : Capitals(input.name);
+        std::vector<std::string>& of = files[input.name];
+        CLI::Option& option = *command.add_option(name, of, Sentence(input.summary))->type_name(isOption ? "FILE" : "");
+        if (input.count == catalogue::Count::One) {
+            option.required()->expected(1);
+        }
+    }
+}
+
+std::vector<std::string> FilesOf(const catalogue::Files& files, const Operation& operation)
+{
+    std::vector<std::string> all;
+    for (const catalogue::Input& input : operation.inputs) {
+        const std::vector<std::string>& of = files.find(input.name)->second;
+        all.insert(all.end(), of.begin(), of.end());
+    }
+    return all;
+}
 
 void AddParameters(CLI::App& command, const Operation& operation, catalogue::Settings& settings)
 {
@@ -201,17 +219,23 @@ void AddParameters(CLI::App& command, const Operation& operation, catalogue::Set
     }
 }
 
+CLI::App& AddCommand(CLI::App& app, Session& session, const Operation& operation)
+{
+    CLI::App& command = *app.add_subcommand(operation.name, Sentence(operation.summary));
+    AddCommonOptions(command, session);
+    command.footer(operation.help);
+    return command;
+}
+
 void AddOperation(CLI::App& app, Session& session, const char* name, const PrintTable& print)
 {
-    const Operation& operation = catalogue::FindOperation(name);
-    CLI::App& command = *app.add_subcommand(operation.name, Sentence(operation.summary));
     auto words = std::make_shared<OperationWords>();
-    words->operation = &operation;
+    words->operation = &OperationCalled(name);
     words->print = print;
-    AddCommonOptions(command, session);
-    AddFiles(command, *words);
-    AddParameters(command, operation, words->settings);
-    command.footer(operation.help);
+    CLI::App& command = AddCommand(app, session, *words->operation);
+    AddOutputs(command, *words);
+    AddInputs(command, *words->operation, words->files);
+    AddParameters(command, *words->operation, words->settings);
     command.callback([&session, words] { session.work = [&session, words] { return Perform(*words, session); }; });
 }
 

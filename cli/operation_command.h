@@ -1,6 +1,8 @@
 #pragma once
 
 #include <functional>
+#include <string>
+#include <vector>
 
 #include <CLI/App.hpp>
 
@@ -9,6 +11,19 @@
 #include "cli/session.h"
 
 namespace corvane::cli {
+
+/// The words with a capital letter.
+std::string Sentence(std::string words);
+
+/// Adds a command with the name, the summary and the help of an operation, and the options that every command takes.
+CLI::App& AddCommand(CLI::App& app, Session& session, const catalogue::Operation& operation);
+
+/// Adds the inputs of an operation to a command: as words of the command line, or as options `--name` that take several
+/// files where there may be none. That there are some of several is left to the command.
+void AddInputs(CLI::App& command, const catalogue::Operation& operation, catalogue::Files& files);
+
+/// All of these files, in the order of the inputs.
+std::vector<std::string> FilesOf(const catalogue::Files& files, const catalogue::Operation& operation);
 
 /// Adds the parameters of an operation to a command, `--name` each; what is given goes into the settings.
 void AddParameters(CLI::App& command, const catalogue::Operation& operation, catalogue::Settings& settings);

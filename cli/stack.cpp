@@ -7,8 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "cli/all_operations.h"
 #include "cli/cancel.h"
 #include "cli/light_words.h"
+#include "cli/operation_command.h"
 #include "cli/output.h"
 #include "cli/picture.h"
 #include "cli/report.h"
@@ -37,7 +39,7 @@ void CheckFiles(const StackWords& words)
             io::CheckSave(map, {});
         }
     }
-    CheckOutputs(words.output, InputsOf(words.lights.options),
+    CheckOutputs(words.output, InputsOf(words.lights),
                  {words.preview, words.coverageMap, words.rejectMap, words.lights.report});
 }
 
@@ -124,11 +126,10 @@ std::string OutputsText(const StackWords& words)
     return text;
 }
 
-int Stack(StackWords& words, const Session& session)
+int Stack(const StackWords& words, const Session& session)
 {
-    FinishLightOptions(words.lights, "stack");
+    stack::Options options = OptionsOf(words.lights);
     CheckFiles(words);
-    stack::Options& options = words.lights.options;
     options.wantsCoverage = !words.coverageMap.empty();
     options.wantsRejected = !words.rejectMap.empty();
     stack::Result result = stack::Stack(options, RunOf(session));
@@ -138,26 +139,6 @@ int Stack(StackWords& words, const Session& session)
         std::cout << LightsText(options, result, session.verbose) << OutputsText(words);
     }
     return kDone;
-}
-
-void AddCombining(CLI::App& command, stack::Options& options)
-{
-    AddChoice<CombineMethod>(
-        command, "--method", stack::kMethodNames, [&options](CombineMethod method) { options.method = method; },
-        "How samples of one place are combined")
-        ->default_str(stack::kMethodNames.front().first);
-    AddChoice<stack::NormaliseMethod>(
-        command, "--normalise", stack::kNormaliseNames,
-        [&options](stack::NormaliseMethod method) { options.normalise = method; },
-        "Bring lights to the brightness of the reference first; both, or none without --align stars");
-    AddChoice<stack::WeightMethod>(
-        command, "--weight", stack::kWeightNames, [&options](stack::WeightMethod method) { options.weight = method; },
-        "clipped-mean: what lights count by")
-        ->default_str(stack::kWeightNames.front().first);
-    AddChoice<Coverage>(
-        command, "--coverage", stack::kCoverageNames, [&options](Coverage coverage) { options.coverage = coverage; },
-        "Keep pixels that any light has, or only those that all have")
-        ->default_str(stack::kCoverageNames.front().first);
 }
 
 void AddOutputs(CLI::App& command, StackWords& words)
@@ -177,14 +158,11 @@ void AddOutputs(CLI::App& command, StackWords& words)
 
 void AddStack(CLI::App& app, Session& session)
 {
-    CLI::App& command = *app.add_subcommand("stack", "Calibrate, align and combine the frames of a night");
     auto words = std::make_shared<StackWords>();
-    AddCommonOptions(command, session);
+    const catalogue::Operation& operation = OperationCalled("stack");
+    CLI::App& command = AddCommand(app, session, operation);
     AddOutputs(command, *words);
-    AddLightOptions(command, words->lights);
-    AddCombining(command, words->lights.options);
-    command.footer("The calibration options take all files up to the next option: put the lights first, or after "
-                   "`--`.\nSeveral frames of one kind are combined by median.");
+    AddLightOptions(command, operation, words->lights);
     command.callback([&session, words] { session.work = [&session, words] { return Stack(*words, session); }; });
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -31,6 +32,18 @@ inline constexpr Names<Coverage, 2> kCoverageNames{{{"any", Coverage::kAny}, {"a
 inline constexpr Names<DemosaicMethod, 2> kDemosaicNames{
     {{"edge-aware", DemosaicMethod::kEdgeAware}, {"bilinear", DemosaicMethod::kBilinear}}};
 /// @}
+
+/// The value for a word; nothing for another word.
+template <class Value, std::size_t count>
+std::optional<Value> ValueOf(const Names<Value, count>& names, std::string_view word)
+{
+    for (const auto& [name, meaning] : names) {
+        if (name == word) {
+            return meaning;
+        }
+    }
+    return std::nullopt;
+}
 
 /// The word for a value.
 template <class Value, std::size_t count>

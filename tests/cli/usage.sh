@@ -29,7 +29,7 @@ refuse 2 "unknown option '--out'; did you mean --output\?" stack --out a.fits b.
 refuse 2 '--output is required \(see `corvane help apply`\)' apply in.fits invert
 refuse 2 'no step is given: `corvane ops` lists them' apply in.fits -o out.fits
 refuse 2 '--levels = middling: must be auto, file or MIN,MAX' render in.fits -o out.png --levels middling
-refuse 2 '--method = mean: must be median|clipped-median|clipped-mean' stack in.fits -o out.fits --method mean
+refuse 2 '--method = mean: must be median, clipped-median or clipped-mean' stack in.fits -o out.fits --method mean
 refuse 2 'no lights; put them first, or after `--`' stack -o out.fits --bias bias.fits light.fits
 
 # What the command line alone shows to be wrong gives 2, whatever the files hold; none of these is there.

@@ -1,0 +1,242 @@
+#include "stack/operation.h"
+
+#include <cmath>
+#include <iterator>
+#include <utility>
+
+#include "stack/names.h"
+
+namespace corvane::stack {
+
+namespace {
+
+using catalogue::Arguments;
+using catalogue::Count;
+using catalogue::Files;
+using catalogue::Input;
+using catalogue::Kind;
+using catalogue::Operation;
+using catalogue::Parameter;
+
+constexpr const char* kKeepMosaic = "none";
+constexpr double kFarthest = 1e6; // [pixels]; the size of the lights says more
+
+template <class Value, std::size_t count>
+std::vector<std::string> WordsOf(const Names<Value, count>& names)
+{
+    std::vector<std::string> words;
+    for (const auto& [word, value] : names) {
+        words.emplace_back(word);
+    }
+    return words;
+}
+
+template <class Value, std::size_t count>
+Parameter Choice(const char* name, const Names<Value, count>& names, Value usual, const char* summary)
+{
+    return {.name = name,
+            .kind = Kind::Choice,
+            .summary = summary,
+            .choices = WordsOf(names),
+            .defaultValue = std::string(NameOf(names, usual))};
+}
+
+Parameter Pixels(const char* name, int min, int max, int usual, const char* summary)
+{
+    return {.name = name,
+            .kind = Kind::Whole,
+            .summary = summary,
+            .unit = "pixels",
+            .min = static_cast<double>(min),
+            .max = static_cast<double>(max),
+            .defaultValue = usual};
+}
+
+Parameter Flag(const char* name, const char* summary)
+{
+    return {.name = name, .kind = Kind::Flag, .summary = summary, .defaultValue = false};
+}
+
+Parameter Limit(const char* name, const char* which)
+{
+    return {.name = name,
+            .summary = std::string("leave out lights ") + which + " than the median of all by more than so many",
+            .unit = "sigmas",
+            .min = 0.0,
+            .max = kMaxReject,
+            .whenAbsent = "no limit"};
+}
+
+std::vector<Input> Frames()
+{
+    return {
+        {.name = "light", .summary = "the frames of the night", .count = Count::Several},
+        {.name = "bias", .summary = "bias frames", .count = Count::Any},
+        {.name = "dark", .summary = "dark frames; with bias frames they are scaled by exposure", .count = Count::Any},
+        {.name = "flat", .summary = "flat fields", .count = Count::Any},
+        {.name = "flat-dark", .summary = "darks of the flats' exposure, in place of the bias", .count = Count::Any}};
+}
+
+std::vector<Parameter> LightParameters()
+{
+    const Options usual;
+    return {{.name = "pedestal",
+             .summary = "added before a dark is taken off, so that noise below 0 is kept",
+             .unit = "counts",
+             .min = 0.0,
+             .max = kMaxPedestal,
+             .defaultValue = usual.pedestal},
+            Flag("cosmetic", "replace the pixels that are hot in the darks"),
+            {.name = "bayer",
+             .kind = Kind::Choice,
+             .summary = "filters of the first pixels, two rows of two; none keeps the filter mosaic",
+             .choices = {"RGGB", "GRBG", "GBRG", "BGGR", kKeepMosaic},
+             .whenAbsent = "by the header"},
+            Choice("debayer", kDemosaicNames, usual.demosaic, "how colours are made of a filter mosaic"),
+            Choice("align", kAlignNames, usual.align, "how lights are brought onto the reference"),
+            {.name = "reference",
+             .kind = Kind::Image,
+             .summary = "the light that others are placed on",
+             .whenAbsent = "the best by its stars; with align = shift the first"},
+            Flag("scale", "stars: look for lights of another scale, too"),
+            {.name = "star",
+             .kind = Kind::Numbers,
+             .summary = "shift: centre of the star to align by",
+             .unit = "pixels",
+             .min = -kFarthest,
+             .max = kFarthest,
+             .choices = {"X,Y"},
+             .whenAbsent = "the brightest that stands alone"},
+            Pixels("size", kMinPatchSize, kMaxPatchSize, usual.size, "shift: width of the patch around that star"),
+            Pixels("search", 0, kMaxSearch, usual.search, "shift: largest shift to look for"),
+            Limit("reject-fwhm", "whose stars are wider"),
+            Limit("reject-stars", "that show fewer stars"),
+            Limit("reject-background", "whose sky is brighter")};
+}
+
+std::vector<Parameter> CombineParameters()
+{
+    const Options usual;
+    return {Choice("method", kMethodNames, usual.method, "how samples of one place are combined"),
+            {.name = "normalise",
+             .kind = Kind::Choice,
+             .summary = "bring lights to the brightness of the reference first",
+             .choices = WordsOf(kNormaliseNames),
+             .whenAbsent = "both; none without align = stars"},
+            Choice("weight", kWeightNames, usual.weight, "clipped-mean: what lights count by"),
+            Choice("coverage", kCoverageNames, usual.coverage,
+                   "keep pixels that any light has, or only those that all have")};
+}
+
+Operation StackOperation()
+{
+    std::vector<Parameter> parameters = LightParameters();
+    std::vector<Parameter> combining = CombineParameters();
+    std::move(combining.begin(), combining.end(), std::back_inserter(parameters));
+    return {
+        .name = "stack",
+        .summary = "calibrate, align and combine the frames of a night",
+        .help =
+            "Calibration frames of one kind are combined by median. Lights that cannot be placed with certainty are "
+            "left out and named.",
+        .inputs = Frames(),
+        .parameters = std::move(parameters),
+        .outputs = {{.summary = "the stack"}},
+        .run = catalogue::OnInputs{}};
+}
+
+Operation RegisterOperation()
+{
+    return {.name = "register",
+            .summary = "show how the lights of a night lie on each other",
+            .help =
+                "Does what `stack` does before it combines, and writes no image. Shifts go to the right and down the "
+                "file's rows, turns are about the middle, clockwise where the first row is the top.",
+            .inputs = Frames(),
+            .parameters = LightParameters(),
+            .outputs = {{.name = "lights",
+                         .kind = catalogue::OutputKind::Table,
+                         .summary = "what was measured of each light, where it lies, and why it is left out"}},
+            .run = catalogue::OnInputs{}};
+}
+
+/// The value that a word of the arguments stands for, if one is given.
+template <class Value, std::size_t count>
+std::optional<Value> Chosen(const Arguments& arguments, const char* name, const Names<Value, count>& names)
+{
+    return arguments.Has(name) ? ValueOf(names, arguments.Text(name)) : std::nullopt;
+}
+
+std::optional<double> NumberOf(const Arguments& arguments, const char* name)
+{
+    return arguments.Has(name) ? std::optional(arguments.Number(name)) : std::nullopt;
+}
+
+void SetFiles(const Files& files, Options& options)
+{
+    const auto of = [&](const char* input) {
+        const auto found = files.find(input);
+        return found == files.end() ? std::vector<std::string>() : found->second;
+    };
+    options.lights = of("light");
+    options.bias = of("bias");
+    options.darks = of("dark");
+    options.flats = of("flat");
+    options.flatDarks = of("flat-dark");
+}
+
+void SetMosaic(const Arguments& arguments, Options& options)
+{
+    options.demosaic = *Chosen(arguments, "debayer", kDemosaicNames);
+    if (arguments.Has("bayer")) {
+        const std::optional<BayerPattern> pattern = NamedBayerPattern(arguments.Text("bayer"));
+        options.mosaic = pattern ? MosaicUse::kPattern : MosaicUse::kKeep;
+        options.pattern = pattern.value_or(options.pattern);
+    }
+}
+
+void SetAlignment(const Arguments& arguments, Options& options)
+{
+    options.align = *Chosen(arguments, "align", kAlignNames);
+    options.referenceFile = arguments.InWords("reference");
+    options.alignsScale = arguments.Flag("scale");
+    options.size = arguments.Whole("size");
+    options.search = arguments.Whole("search");
+    if (arguments.Has("star")) {
+        const std::vector<double>& star = arguments.Numbers("star");
+        options.reference = PixelPlace{static_cast<int>(std::lround(star[0])), static_cast<int>(std::lround(star[1]))};
+    }
+}
+
+void SetCombining(const Arguments& arguments, Options& options)
+{
+    options.method = Chosen(arguments, "method", kMethodNames).value_or(options.method);
+    options.normalise = Chosen(arguments, "normalise", kNormaliseNames);
+    options.weight = Chosen(arguments, "weight", kWeightNames).value_or(options.weight);
+    options.coverage = Chosen(arguments, "coverage", kCoverageNames).value_or(options.coverage);
+}
+
+} // namespace
+
+std::vector<Operation> Operations()
+{
+    return {RegisterOperation(), StackOperation()};
+}
+
+Options OptionsOf(const Files& files, const Arguments& arguments)
+{
+    Options options;
+    SetFiles(files, options);
+    SetMosaic(arguments, options);
+    SetAlignment(arguments, options);
+    SetCombining(arguments, options);
+    options.pedestal = arguments.Number("pedestal");
+    options.cosmetic = arguments.Flag("cosmetic");
+    options.rejectFwhm = NumberOf(arguments, "reject-fwhm");
+    options.rejectStars = NumberOf(arguments, "reject-stars");
+    options.rejectBackground = NumberOf(arguments, "reject-background");
+    CheckOptions(options);
+    return options;
+}
+
+} // namespace corvane::stack
