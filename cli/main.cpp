@@ -14,6 +14,7 @@
 #include "catalogue/names.h"
 #include "catalogue/operations.h"
 #include "cli/cancel.h"
+#include "cli/documents.h"
 #include "cli/memory_size.h"
 #include "cli/operation_command.h"
 #include "cli/progress_bar.h"
@@ -38,7 +39,7 @@ int Fail(ExitStatus status, const char* reason, const char* prefix = "") noexcep
 std::vector<std::string> CommandNames(const CLI::App& app)
 {
     std::vector<std::string> names;
-    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    for (const CLI::App* command : CommandsOf(app)) {
         names.push_back(command->get_name());
     }
     return names;

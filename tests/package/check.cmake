@@ -22,6 +22,11 @@ run(${CMAKE_COMMAND} -S ${WORK} -B ${WORK}/build -G ${GENERATOR}
 run(${CMAKE_COMMAND} --build ${WORK}/build --config ${CONFIG})
 run(${WORK}/build/consumer)
 run(${WORK}/prefix/bin/corvane --version)
+foreach(page IN ITEMS man/man1/corvane.1 bash-completion/completions/corvane)
+    if(NOT EXISTS ${WORK}/prefix/share/${page})
+        message(FATAL_ERROR "share/${page} is not installed")
+    endif()
+endforeach()
 
 # The same program by pkg-config.
 file(GLOB_RECURSE described ${WORK}/prefix/*.pc)

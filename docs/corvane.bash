@@ -1,0 +1,201 @@
+# Completion of `corvane` for bash, made by `corvane ops --as bash`.
+_corvane_words() {
+    case $1 in
+    'corvane options') echo '--help --version --verbose --quiet' ;;
+    'info options') echo '--help --verbose --quiet --json' ;;
+    'stats options') echo '--help --verbose --quiet --rect --json --csv' ;;
+    'render options') echo '--help --verbose --quiet --output --overwrite --levels' ;;
+    'apply options') echo '--help --verbose --quiet --output --overwrite --bits --scale --bits-scale' ;;
+    'apply --bits') echo '-64 -32 8 16 32' ;;
+    'apply --scale') echo 'levels minmax none unit' ;;
+    'apply --bits-scale') echo 'levels minmax none unit' ;;
+    'stack options') echo '--help --verbose --quiet --output --overwrite --preview --coverage-map --reject-map --bits --bits-scale --bias --dark --flat --flat-dark --pedestal --cosmetic --bayer --debayer --align --reference --scale --star --size --search --reject-fwhm --reject-stars --reject-background --method --normalise --weight --coverage --report --memory' ;;
+    'stack --bits') echo '-64 -32 8 16 32' ;;
+    'stack --bits-scale') echo 'levels minmax none unit' ;;
+    'stack --bayer') echo 'RGGB GRBG GBRG BGGR none' ;;
+    'stack --debayer') echo 'edge-aware bilinear' ;;
+    'stack --align') echo 'stars shift none' ;;
+    'stack --method') echo 'median clipped-median clipped-mean' ;;
+    'stack --normalise') echo 'none offset scale both' ;;
+    'stack --weight') echo 'none noise fwhm stars' ;;
+    'stack --coverage') echo 'any all' ;;
+    'register options') echo '--help --verbose --quiet --bias --dark --flat --flat-dark --pedestal --cosmetic --bayer --debayer --align --reference --scale --star --size --search --reject-fwhm --reject-stars --reject-background --report --memory' ;;
+    'register --bayer') echo 'RGGB GRBG GBRG BGGR none' ;;
+    'register --debayer') echo 'edge-aware bilinear' ;;
+    'register --align') echo 'stars shift none' ;;
+    'composite options') echo '--help --verbose --quiet --output --overwrite --bits --scale --bits-scale --mode --ratio --display --clamp --fraction --radius --rect --align --points --overlay-points --box --dx --dy --angle' ;;
+    'composite --bits') echo '-64 -32 8 16 32' ;;
+    'composite --scale') echo 'levels minmax none unit' ;;
+    'composite --bits-scale') echo 'levels minmax none unit' ;;
+    'composite --mode') echo 'sum mean blend difference product quotient absdiff max min desaturate' ;;
+    'composite --align') echo 'none points' ;;
+    'mosaic options') echo '--help --verbose --quiet --output --overwrite --bits --scale --bits-scale --mode --key --average --display --background --align --points --second-points --box --dx --dy --angle' ;;
+    'mosaic --bits') echo '-64 -32 8 16 32' ;;
+    'mosaic --scale') echo 'levels minmax none unit' ;;
+    'mosaic --bits-scale') echo 'levels minmax none unit' ;;
+    'mosaic --mode') echo 'over key lighter darker under' ;;
+    'mosaic --align') echo 'none points' ;;
+    'match options') echo '--help --verbose --quiet --json --start --range --least' ;;
+    'rgb options') echo '--help --verbose --quiet --output --overwrite --bits --scale --bits-scale --align --at --size --range --box --points --points2 --points3 --shift1 --angle1 --shift2 --angle2 --shift3 --angle3 --outside' ;;
+    'rgb --bits') echo '-64 -32 8 16 32' ;;
+    'rgb --scale') echo 'levels minmax none unit' ;;
+    'rgb --bits-scale') echo 'levels minmax none unit' ;;
+    'rgb --align') echo 'none shift points' ;;
+    'cmy options') echo '--help --verbose --quiet --output --overwrite --bits --scale --bits-scale --align --at --size --range --box --points --points2 --points3 --shift1 --angle1 --shift2 --angle2 --shift3 --angle3 --outside' ;;
+    'cmy --bits') echo '-64 -32 8 16 32' ;;
+    'cmy --scale') echo 'levels minmax none unit' ;;
+    'cmy --bits-scale') echo 'levels minmax none unit' ;;
+    'cmy --align') echo 'none shift points' ;;
+    'lrgb options') echo '--help --verbose --quiet --output --overwrite --bits --bits-scale --align --at --size --range --box --points --points2 --shift1 --angle1 --shift2 --angle2 --average --scale' ;;
+    'lrgb --bits') echo '-64 -32 8 16 32' ;;
+    'lrgb --bits-scale') echo 'levels minmax none unit' ;;
+    'lrgb --align') echo 'none shift points' ;;
+    'split options') echo '--help --verbose --quiet --output --overwrite --bits --scale --bits-scale --component' ;;
+    'split --bits') echo '-64 -32 8 16 32' ;;
+    'split --scale') echo 'levels minmax none unit' ;;
+    'split --bits-scale') echo 'levels minmax none unit' ;;
+    'split --component') echo 'r g b c m y' ;;
+    'stars options') echo '--help --verbose --quiet --sigmas --limit --plane --map --json --csv --at --plot' ;;
+    'find-stars options') echo '--help --verbose --quiet --sigmas --limit --plane --map --json --csv --saturation' ;;
+    'ops options') echo '--help --verbose --quiet --json --as' ;;
+    'ops --as') echo 'bash man markdown' ;;
+    'help options') echo '--help' ;;
+    'invert:') echo 'rect=' ;;
+    'auto-levels:') echo 'low= high= per-plane= rect=' ;;
+    'auto-levels per-plane') echo 'yes no' ;;
+    'levels:') echo 'min= max= plane=' ;;
+    'clip:') echo 'min= max=' ;;
+    'brightness:') echo 'brightness= contrast= centre= rect=' ;;
+    'balance:') echo 'red= green= blue= rect=' ;;
+    'curve:') echo 'points= file= red= green= blue= entries= rect=' ;;
+    'reduce-tone:') echo 'levels= rect=' ;;
+    'false-color:') echo 'low= high= map= cycles= rect=' ;;
+    'false-color map') echo 'rainbow spectrum ice heat 0 1 2 3' ;;
+    'add:') echo 'value= rect=' ;;
+    'subtract:') echo 'value= clip-negative= rect=' ;;
+    'subtract clip-negative') echo 'yes no' ;;
+    'multiply:') echo 'value= rect=' ;;
+    'divide:') echo 'value= rect=' ;;
+    'dark:') echo 'file=' ;;
+    'flat:') echo 'file=' ;;
+    'overscan:') echo 'rect= clip=' ;;
+    'overscan clip') echo 'yes no' ;;
+    'vignette:') echo 'k= base= x= y= rect=' ;;
+    'saturate:') echo 'gain= red= green= yellow= blue= rect=' ;;
+    'debayer:') echo 'pattern= method=' ;;
+    'debayer pattern') echo 'auto RGGB GRBG GBRG BGGR' ;;
+    'debayer method') echo 'edge-aware bilinear' ;;
+    'split:') echo 'component=' ;;
+    'split component') echo 'r g b c m y' ;;
+    'mean:') echo 'shape= weight= rect=' ;;
+    'mean shape') echo 'cross square3 square5 0 1 2' ;;
+    'mean-keep-edges:') echo 'shape= weight= rect=' ;;
+    'mean-keep-edges shape') echo 'cross square3 square5 0 1 2' ;;
+    'median:') echo 'shape= rect=' ;;
+    'median shape') echo 'cross square3 square5 0 1 2' ;;
+    'rank:') echo 'shape= rank= rect=' ;;
+    'rank shape') echo 'cross square3 square5 0 1 2' ;;
+    'minimum:') echo 'shape= rect=' ;;
+    'minimum shape') echo 'cross square3 square5 0 1 2' ;;
+    'maximum:') echo 'shape= rect=' ;;
+    'maximum shape') echo 'cross square3 square5 0 1 2' ;;
+    'gaussian:') echo 'sigma= rect=' ;;
+    'star-sharpen:') echo 'shape= rank= threshold= keep-peaks= rect=' ;;
+    'star-sharpen shape') echo 'cross square3 square5 0 1 2' ;;
+    'star-sharpen keep-peaks') echo 'yes no' ;;
+    'sharpen:') echo 'shape= strength= rect=' ;;
+    'sharpen shape') echo 'cross square3 square5 0 1 2' ;;
+    'sharpen-edges:') echo 'shape= strength= rect=' ;;
+    'sharpen-edges shape') echo 'cross square3 square5 0 1 2' ;;
+    'laplacian:') echo 'shape= rect=' ;;
+    'laplacian shape') echo 'cross square3 weighted 0 1 2' ;;
+    'unsharp:') echo 'amount= shape= weight= threshold= rect=' ;;
+    'unsharp shape') echo 'cross square3 square5 0 1 2' ;;
+    'lucy:') echo 'sigma= fwhm= gain= read-noise= iterations= rect=' ;;
+    'lucy fwhm') echo 'auto' ;;
+    'maxent:') echo 'sigma= fwhm= noise= iterations= resample= rect=' ;;
+    'maxent fwhm') echo 'auto' ;;
+    'maxent resample') echo 'yes no' ;;
+    'wiener:') echo 'sigma= fwhm= noise= rect=' ;;
+    'wiener fwhm') echo 'auto' ;;
+    'ddp:') echo 'offset= weight= plane= rect=' ;;
+    'ddp plane') echo 'red green blue all' ;;
+    'smooth-background:') echo 'level= shape= weight= rect=' ;;
+    'smooth-background shape') echo 'cross square3 square5 0 1 2' ;;
+    'posterize:') echo 'steps= rect=' ;;
+    'hot-pixels:') echo 'shape= threshold= hot= cool= rect=' ;;
+    'hot-pixels shape') echo 'cross square3 square5 0 1 2' ;;
+    'hot-pixels hot') echo 'yes no' ;;
+    'hot-pixels cool') echo 'yes no' ;;
+    'fill:') echo 'with= value=' ;;
+    'fill with') echo 'neighbours sky value' ;;
+    'contour:') echo 'levels= overlay= rect=' ;;
+    'contour overlay') echo 'yes no' ;;
+    'draw-line:') echo 'x1= y1= x2= y2= thickness= value= units= plane= rect=' ;;
+    'draw-line units') echo 'display raw' ;;
+    'draw-text:') echo 'text= x= y= height= angle= align= thickness= value= units= plane= rect=' ;;
+    'draw-text align') echo 'left centre right' ;;
+    'draw-text units') echo 'display raw' ;;
+    'flip:') echo 'direction=' ;;
+    'flip direction') echo 'horizontal vertical' ;;
+    'rotate:') echo 'angle= expand= background=' ;;
+    'rotate expand') echo 'yes no' ;;
+    'rotate90:') echo 'direction=' ;;
+    'rotate90 direction') echo 'clockwise anticlockwise' ;;
+    'resize:') echo 'width= height= factor=' ;;
+    'bin:') echo 'x= y= keep-partial= scale-levels=' ;;
+    'bin keep-partial') echo 'yes no' ;;
+    'bin scale-levels') echo 'yes no' ;;
+    'canvas:') echo 'width= height= anchor= background=' ;;
+    'canvas anchor') echo 'top-left top top-right left centre right bottom-left bottom bottom-right' ;;
+    'crop:') echo 'rect=' ;;
+    'scroll:') echo 'x= y=' ;;
+    'expand:') echo 'x= y=' ;;
+    'commands') echo 'info stats render apply stack register composite mosaic match rgb cmy lrgb split stars find-stars ops help' ;;
+    'help help') echo 'info stats render apply stack register composite mosaic match rgb cmy lrgb split stars find-stars ops help' ;;
+    'steps') echo 'invert auto-levels levels clip brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp smooth-background posterize hot-pixels fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
+    'ops ops') echo 'invert auto-levels levels clip brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp smooth-background posterize hot-pixels fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
+    esac
+}
+
+# Words that may stand for what was typed, all of them behind a head.
+_corvane_offer() {
+    mapfile -t COMPREPLY < <(compgen -P "$2" -W "$1" -- "${typed#"$2"}")
+}
+
+# A step: its name, one of its parameters, or a value of that.
+_corvane_step() {
+    local head=${typed%"${typed##*[:,]}"} item=${typed##*[:,]}
+    if [[ -z $head ]]; then
+        _corvane_offer "$(_corvane_words steps)" ''
+    elif [[ $item == *=* ]]; then
+        _corvane_offer "$(_corvane_words "${typed%%:*} ${item%%=*}")" "$head${item%%=*}="
+    else
+        _corvane_offer "$(_corvane_words "${typed%%:*}:")" "$head"
+        compopt -o nospace 2>/dev/null
+    fi
+}
+
+_corvane() {
+    local line=${COMP_LINE:0:COMP_POINT} typed command='' word words values breaks
+    typed=${line##*[[:space:]]}
+    read -ra words <<<"${line%"$typed"}"
+    for word in "${words[@]:1}"; do
+        [[ $word == -* ]] || { command=$word && break; }
+    done
+    COMPREPLY=()
+    values=$(_corvane_words "$command ${words[-1]}")
+    if [[ -n $command && -n $values ]]; then
+        _corvane_offer "$values" ''
+    elif [[ $typed == -* ]]; then
+        _corvane_offer "$(_corvane_words "${command:-corvane} options")" ''
+    elif [[ -z $command ]]; then
+        _corvane_offer "$(_corvane_words commands)" ''
+    elif [[ $command == apply && ${words[-1]} != apply && ${words[-1]} != -* ]]; then
+        _corvane_step
+    fi
+    # Readline takes what stands before its last break as given.
+    breaks=${COMP_WORDBREAKS//[^:=]/}
+    [[ -z $breaks ]] || COMPREPLY=("${COMPREPLY[@]#"${typed%"${typed##*["$breaks"]}"}"}")
+}
+complete -o bashdefault -o default -F _corvane corvane
