@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t kLeastWord = 3; // letters; fewer are in every other summary
 
 // What people call what they look for, and the names of the operations that serve.
-constexpr std::pair<const char*, const char*> kWords[] = {
+constexpr std::pair<const char*, const char*> kMeanings[] = {
     {"stretch asinh arcsinh log gamma sqrt histogram screen-stretch stf", "curve auto-levels ddp"},
     {"black white autostretch range window normalize normalise scale-levels", "auto-levels levels clip"},
     {"blur smooth denoise noise noise-reduction", "gaussian mean median"},
@@ -86,7 +86,9 @@ const std::vector<Group>& Groups()
                                            {"Several images: commands of their own", CompositeOperations},
                                            {"Several images: commands of their own", MosaicOperations},
                                            {"Several images: commands of their own", MatchOperations},
-                                           {"Several images: commands of their own", ColourCompositeOperations}};
+                                           {"Several images: commands of their own", ColourCompositeOperations},
+                                           {"Measuring: commands of their own", StatsOperations},
+                                           {"Measuring: commands of their own", StarOperations}};
     return groups;
 }
 
@@ -96,7 +98,7 @@ std::vector<const Operation*> OperationsFor(std::string_view word)
     std::transform(wanted.begin(), wanted.end(), wanted.begin(),
                    [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
     std::vector<const Operation*> found;
-    for (const auto& [words, names] : kWords) {
+    for (const auto& [words, names] : kMeanings) {
         const std::vector<std::string> meanings = WordsOf(words);
         if (std::find(meanings.begin(), meanings.end(), wanted) != meanings.end()) {
             for (const std::string& name : WordsOf(names)) {

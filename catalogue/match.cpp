@@ -130,7 +130,7 @@ Outputs RunMatch(Inputs& inputs, const Arguments& arguments, const Run& run)
     }
     Judge(*found, arguments.Number("least"));
     return {
-        {"place", Table{.columns = {"x", "y", "correlation", "rms", "rival"},
+        {"place", Table{.columns = {{"x"}, {"y"}, {"correlation"}, {"rms"}, {"rival"}},
                         .rows = {{Tenths(found->x), Tenths(found->y), found->correlation, found->rms, found->rival}}}}};
 }
 

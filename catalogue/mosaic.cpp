@@ -146,7 +146,7 @@ std::vector<Parameter> MosaicParameters()
     std::vector<Parameter> parameters{
         {.name = "mode",
          .kind = Kind::Choice,
-         .summary = "what shows where both are",
+         .summary = "what shows where both are: SECOND (over), FIRST (under), or FIRST where SECOND is key",
          .choices = Modes(),
          .defaultValue = Modes().front()},
         {.name = "key",

@@ -49,10 +49,25 @@ struct Output {
     std::string summary = "the result"; ///< what it is, in one line
 };
 
-/// Numbers in rows, under the names of their columns.
+/// @name Digits of a column that is not rounded behind the point
+/// @{
+inline constexpr int kSignificant = -1; ///< seven digits in all
+inline constexpr int kWords = -2;       ///< no numbers but texts, yes or no, or lists of words
+/// @}
+
+/// A column of a table.
+struct Column {
+    std::string name;
+    int digits = kSignificant; ///< behind the point, for people; 0 for whole numbers
+};
+
+/// What stands in one place of a table; it may be nothing.
+using Cell = std::variant<std::monostate, bool, double, std::string, std::vector<std::string>>;
+
+/// Rows of cells, one below each column.
 struct Table {
-    std::vector<std::string> columns;
-    std::vector<std::vector<double>> rows;
+    std::vector<Column> columns{};
+    std::vector<std::vector<Cell>> rows{};
 };
 
 /// The frames of each input, by its name.

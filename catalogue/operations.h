@@ -34,6 +34,8 @@ std::vector<Operation> CompositeOperations();
 std::vector<Operation> MosaicOperations();
 std::vector<Operation> MatchOperations();
 std::vector<Operation> ColourCompositeOperations();
+std::vector<Operation> StatsOperations();
+std::vector<Operation> StarOperations();
 /// @}
 
 } // namespace corvane::catalogue

@@ -118,7 +118,8 @@ std::vector<double> ParseNumbers(const Parameter& parameter, std::string_view te
         begin = end + 1;
     }
     const auto hasAsMany = [&](const std::string& form) {
-        return std::count(form.begin(), form.end(), ',') + 1 == static_cast<std::ptrdiff_t>(numbers.size());
+        const auto commas = static_cast<std::size_t>(std::count(form.begin(), form.end(), ','));
+        return parameter.IsList() ? numbers.size() % commas == 0 : numbers.size() == commas + 1;
     };
     if (std::none_of(parameter.choices.begin(), parameter.choices.end(), hasAsMany)) {
         Refuse(parameter, text, "must be " + AllowedText(parameter));

@@ -20,12 +20,12 @@ namespace corvane::catalogue {
 
 /// What the value of a parameter looks like.
 enum class Kind {
-    Number,    ///< a finite number, held as double; or one of its words, held as text
-    Whole,     ///< a whole number, held as int
-    Choice,    ///< one of a few words, held as text
-    Flag,      ///< yes or no, held as bool
-    Text,      ///< printable ASCII characters, held as text
-    Numbers,   ///< finite numbers with commas between, as X,Y; one of the parameter's forms says how many
+    Number, ///< a finite number, held as double; or one of its words, held as text
+    Whole,  ///< a whole number, held as int
+    Choice, ///< one of a few words, held as text
+    Flag,   ///< yes or no, held as bool
+    Text,   ///< printable ASCII characters, held as text
+    Numbers, ///< finite numbers with commas between, as X,Y; one of the parameter's forms says how many, X,Y,... any number of pairs
     Image,     ///< an image: the name of its file, held as text; or one in memory
     CurveFile, ///< the name of a text file with a curve, held as text; see `ReadPoints`
     Curve,     ///< x:y/x:y/... with at least two points within 0 and 1, x rising
@@ -56,6 +56,8 @@ struct Parameter {
     bool isShown = true;                ///< false: accepted, but it changes nothing that a person would choose
 
     bool IsRequired() const { return !defaultValue && whenAbsent.empty(); }
+    /// True for any number of pairs, X,Y,...
+    bool IsList() const { return kind == Kind::Numbers && choices.front().ends_with(",..."); }
 };
 
 /// The rectangle that an operation keeps to; the whole image when it is not given.

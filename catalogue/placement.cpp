@@ -210,7 +210,7 @@ std::string ToText(const Fit& fit)
 
 Table TableOf(const std::vector<Fit>& fits)
 {
-    Table table{.columns = {"dx", "dy", "angle", "stars"}, .rows = {}};
+    Table table{.columns = {{"dx"}, {"dy"}, {"angle"}, {"stars", 0}}};
     for (const Fit& fit : fits) {
         table.rows.push_back({fit.dx, fit.dy, fit.angle, static_cast<double>(fit.stars)});
     }
@@ -220,8 +220,9 @@ Table TableOf(const std::vector<Fit>& fits)
 std::vector<Fit> FitsOf(const Table& table)
 {
     std::vector<Fit> fits;
-    for (const std::vector<double>& row : table.rows) {
-        fits.push_back({row[0], row[1], row[2], static_cast<int>(row[3])});
+    for (const std::vector<Cell>& row : table.rows) {
+        const auto number = [&](std::size_t column) { return std::get<double>(row[column]); };
+        fits.push_back({number(0), number(1), number(2), static_cast<int>(number(3))});
     }
     return fits;
 }

@@ -4,22 +4,13 @@
 #include <cmath>
 #include <limits>
 
-#include "catalogue/parameter.h"
 #include "corvane/core/blank.h"
-#include "corvane/core/error.h"
 #include "corvane/measure/pixel_info.h"
 
 namespace corvane::catalogue {
 namespace {
 
 constexpr int kUndefined = std::numeric_limits<int>::min();
-
-void CheckWithin(const CRect& rect, const CRect& whole)
-{
-    if (rect.left < 0 || rect.top < 0 || rect.right > whole.right || rect.bottom > whole.bottom) {
-        throw ParameterError("rect", ToText(Value(rect)), "must lie within the image, " + ToText(Value(whole)));
-    }
-}
 
 /// One plane of a region, in an image of its own whose blanks are the samples that do not count.
 class Cut {
@@ -89,7 +80,6 @@ std::vector<RegionMeasures> MeasureRegion(const CStlImage& image, const CRect* r
 {
     const CRect whole(0, 0, image.GetWidth(), image.GetHeight());
     const CRect area = rect != nullptr ? *rect : whole;
-    CheckWithin(area, whole);
     std::vector<RegionMeasures> planes;
     for (int plane = 0; plane < image.GetPlanes(); ++plane) {
         planes.push_back(Cut(image, plane, area).Measure());

@@ -3,7 +3,6 @@
 #include <vector>
 
 #include "corvane/core/stl_image.h"
-#include "corvane/platform/export.h"
 
 namespace corvane::catalogue {
 
@@ -18,8 +17,7 @@ struct RegionMeasures {
     long long infinite = 0; ///< NaN and infinities; they are left out
 };
 
-/// Measures each plane of a rectangle, or with null of the whole image. Throws Error, which calls the rectangle rect,
-/// unless it lies within the image.
-CORVANE_VISIBLE std::vector<RegionMeasures> MeasureRegion(const CStlImage& image, const CRect* rect);
+/// Measures each plane of a rectangle in the image, or with null of the whole image.
+std::vector<RegionMeasures> MeasureRegion(const CStlImage& image, const CRect* rect);
 
 } // namespace corvane::catalogue

@@ -49,7 +49,9 @@ const Operation& FindStep(std::string_view name)
 {
     const Operation& operation = FindOperation(name);
     if (!operation.IsStep()) {
-        throw ParameterError("'" + operation.name + "' is no step: it works on several images");
+        const bool makesImage = operation.outputs.front().kind == OutputKind::Image;
+        throw ParameterError("'" + operation.name + "' is no step: it " +
+                             (makesImage ? "works on several images" : "makes no image"));
     }
     return operation;
 }

@@ -1,40 +1,18 @@
-#include <algorithm>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "catalogue/stars.h"
 #include "cli/cancel.h"
 #include "cli/session.h"
 #include "cli/star_map.h"
 #include "cli/star_words.h"
 #include "corvane/core/text.h"
-#include "stars/measure_stars.h"
+#include "io/frame.h"
 
 namespace corvane::cli {
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-Table TableOf(const stars::StarField& field)
-{
-    Table table;
-    table.columns = {{"star", 0},
-                     {"x", 2},
-                     {"y", 2},
-                     {"peak", kSignificant},
-                     {"sky", kSignificant},
-                     {"noise", kSignificant},
-                     {"flux", kSignificant},
-                     {"fwhm", 2},
-                     {"elongation", 2},
-                     {"flags", kWords}};
-    for (const stars::FieldStar& star : field.stars) {
-        table.rows.push_back(Json::array({table.rows.size() + 1, star.x, star.y, star.peak, star.sky, star.noise,
-                                          star.flux, star.fwhm, star.elongation, stars::FlagWords(star)}));
-    }
-    return table;
-}
 
 /// How many stars have each flag; a star may have several.
 std::map<std::string, int> CountFlags(const stars::StarField& field)
@@ -48,33 +26,16 @@ std::map<std::string, int> CountFlags(const stars::StarField& field)
     return counts;
 }
 
-int CountUsable(const stars::StarField& field)
+std::string SummaryOf(const StarWords& words, const catalogue::SeenStars& seen)
 {
-    return static_cast<int>(std::count_if(field.stars.begin(), field.stars.end(),
-                                          [](const stars::FieldStar& star) { return star.IsUsable(); }));
-}
-
-Json FieldJson(const StarWords& words, int plane, const stars::StarField& field)
-{
-    return {{"file", words.input},
-            {"plane", plane},
-            {"sky", field.sky},
-            {"noise", field.noise},
-            {"fwhm", field.fwhm},
-            {"found", field.stars.size()},
-            {"usable", CountUsable(field)},
-            {"flags", CountFlags(field)}};
-}
-
-std::string SummaryOf(const StarWords& words, int plane, const stars::StarField& field)
-{
+    const stars::StarField& field = seen.field;
     std::string flags;
     for (const auto& [word, count] : CountFlags(field)) {
         flags += ", " + std::to_string(count) + " " + word;
     }
-    return words.input + ", plane " + std::to_string(plane) + ": " + std::to_string(field.stars.size()) +
-           (field.stars.size() == 1 ? " star" : " stars") + ", " + std::to_string(CountUsable(field)) + " usable" +
-           flags + "\nsky " + NumberText(field.sky, 3) + ", noise " + NumberText(field.noise, 3) + ", FWHM " +
+    return words.Input() + ", plane " + std::to_string(seen.plane) + ": " + std::to_string(field.stars.size()) +
+           (field.stars.size() == 1 ? " star" : " stars") + ", " + std::to_string(seen.Usable()) + " usable" + flags +
+           "\nsky " + NumberText(field.sky, 3) + ", noise " + NumberText(field.noise, 3) + ", FWHM " +
            NumberText(field.fwhm, 2) + " pixels\n";
 }
 
@@ -87,18 +48,20 @@ std::vector<Mark> MarksOf(const stars::StarField& field)
     return marks;
 }
 
-int FindStars(const StarWords& words)
+int FindStars(const StarWords& words, const Session& session)
 {
-    CheckStarWords(words, {words.map});
-    io::Frame frame = io::Load(words.input);
+    const catalogue::Arguments arguments = CheckedArguments(words, {words.map});
+    io::Frame frame = io::Load(words.Input());
     ThrowIfCancelled();
-    const int plane = ChosenPlane(words, frame.image);
-    const stars::StarField field = FindIn(words, frame.image, plane);
+    const catalogue::SeenStars seen =
+        OnInput(words, [&] { return catalogue::FindStars(frame.image, arguments, RunOf(session)); });
     ThrowIfCancelled();
     if (!words.map.empty()) {
-        SaveStarMap(words.map, frame, MarksOf(field));
+        SaveStarMap(words.map, frame, MarksOf(seen.field));
     }
-    PrintStars(words, TableOf(field), FieldJson(words, plane, field), SummaryOf(words, plane, field));
+    nlohmann::ordered_json field = FieldJson(words, FieldTable(seen));
+    field["flags"] = CountFlags(seen.field);
+    PrintStars(words, field, StarTable(seen), SummaryOf(words, seen));
     return kDone;
 }
 
@@ -106,18 +69,10 @@ int FindStars(const StarWords& words)
 
 void AddFindStars(CLI::App& app, Session& session)
 {
-    CLI::App& command = *app.add_subcommand("find-stars", "Find the stars of an image and list what is known of each");
     auto words = std::make_shared<StarWords>();
-    AddCommonOptions(command, session);
-    AddStarOptions(command, *words);
-    command
-        .add_option("--saturation", words->find.fullWell,
-                    "Samples from this value on are saturated; else judged by the image")
-        ->type_name("N");
-    command.footer("Columns and rows count from 0 in the middle of the file's first sample. Flags tell what speaks "
-                   "against measuring with a star: saturated, hot (a hot pixel or a particle's hit), elongated, edge, "
-                   "crowded. On the map such stars are orange, others green.");
-    command.callback([&session, words] { session.work = [words] { return FindStars(*words); }; });
+    CLI::App& command = AddStarCommand(app, session, "find-stars", *words);
+    command.footer(command.get_footer() + " On the map such stars are orange, others green.");
+    command.callback([&session, words] { session.work = [&session, words] { return FindStars(*words, session); }; });
 }
 
 } // namespace corvane::cli

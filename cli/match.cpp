@@ -1,25 +1,20 @@
 #include <cstdio>
 #include <iostream>
 
-#include <nlohmann/json.hpp>
-
 #include "cli/operation_command.h"
+#include "cli/table.h"
 
 namespace corvane::cli {
 namespace {
 
 void Print(const catalogue::Table& table, bool json)
 {
-    const std::vector<double>& row = table.rows.front();
-    if (!json) {
-        std::printf("x %.1f, y %.1f, correlation %.3f, rms %.6g\n", row[0], row[1], row[2], row[3]);
-        return;
+    const auto number = [&](std::size_t column) { return std::get<double>(table.rows.front()[column]); };
+    if (json) {
+        std::cout << ToText(ToJson(table).front());
+    } else {
+        std::printf("x %.1f, y %.1f, correlation %.3f, rms %.6g\n", number(0), number(1), number(2), number(3));
     }
-    nlohmann::ordered_json all;
-    for (std::size_t i = 0; i < row.size(); ++i) {
-        all[table.columns[i]] = row[i];
-    }
-    std::cout << all.dump(2) << "\n";
 }
 
 } // namespace

@@ -88,15 +88,6 @@ void AddOutputs(CLI::App& command, OperationWords& words)
     AddSaveOptions(command, words.output.save, hasScale ? kLongScaleName : kScaleNames);
 }
 
-/// An error of work on files: of the file in place of the input, with parameters as options.
-Error OnFiles(const Error& error, const OperationWords& words)
-{
-    const bool isOfInput = error.Is(Error::Kind::kInput);
-    const std::string& input = isOfInput ? error.Subject() : words.operation->inputs.front().name;
-    const std::string& file = words.files.find(input)->second.front();
-    return isOfInput ? FileError(file, error.Reason()) : OfFile(file, error);
-}
-
 catalogue::Inputs Load(const OperationWords& words)
 {
     catalogue::Inputs inputs;
@@ -115,7 +106,7 @@ catalogue::Outputs Work(const OperationWords& words, const catalogue::Arguments&
     try {
         return catalogue::RunOperation(*words.operation, std::move(inputs), arguments, RunOf(session));
     } catch (const Error& error) {
-        throw OnFiles(error, words);
+        throw OnFiles(error, *words.operation, words.files);
     } catch (const CMemoryException&) {
         throw FileError(FilesOf(words.files, *words.operation).front(), kMemoryText);
     }
@@ -173,12 +164,15 @@ std::string Sentence(std::string words)
 void AddInputs(CLI::App& command, const Operation& operation, catalogue::Files& files)
 {
     for (const catalogue::Input& input : operation.inputs) {
-        const bool isOption = input.count == catalogue::Count::Any || input.count == catalogue::Count::Optional;
-        const std::string name = isOption ? "--" + input.name : Capitals(input.name);
+        const std::string help = Sentence(input.summary);
         std::vector<std::string>& of = files[input.name];
-        CLI::Option& option = *command.add_option(name, of, Sentence(input.summary))->type_name(isOption ? "FILE" : "");
         if (input.count == catalogue::Count::One) {
-            option.required()->expected(1);
+            of.resize(1);
+            command.add_option(Capitals(input.name), of.front(), help)->required()->type_name("");
+        } else if (input.count == catalogue::Count::Several) {
+            command.add_option(Capitals(input.name), of, help)->type_name("");
+        } else {
+            command.add_option("--" + input.name, of, help)->type_name("FILE");
         }
     }
 }
@@ -193,28 +187,32 @@ std::vector<std::string> FilesOf(const catalogue::Files& files, const Operation&
     return all;
 }
 
+Error OnFiles(const Error& error, const Operation& operation, const catalogue::Files& files)
+{
+    const bool isOfInput = error.Is(Error::Kind::kInput);
+    const std::string& input = isOfInput ? error.Subject() : operation.inputs.front().name;
+    const std::string& file = files.find(input)->second.front();
+    return isOfInput ? FileError(file, error.Reason()) : OfFile(file, error);
+}
+
 void AddParameters(CLI::App& command, const Operation& operation, catalogue::Settings& settings)
 {
     for (const Parameter& parameter : operation.parameters) {
         const std::string names = OptionNames(parameter);
-        const bool isFlag = parameter.kind == Kind::Flag;
-        const std::string help = Sentence(isFlag ? parameter.summary : catalogue::DescriptionOf(parameter));
-        if (isFlag) {
+        const std::string help = Sentence(catalogue::DescriptionOf(parameter));
+        const auto set = [&settings, name = parameter.name](const std::string& text) {
+            settings.push_back({name, text});
+        };
+        if (parameter.kind == Kind::Flag) {
             command.add_flag_callback(
-                names,
-                [&settings, name = parameter.name] {
-                    settings.push_back({name, true});
-                },
-                help);
-        } else {
+                names, [set] { set("yes"); }, Sentence(parameter.summary));
+        } else if (parameter.IsList()) {
             command
-                .add_option_function<std::string>(
-                    names,
-                    [&settings, name = parameter.name](const std::string& text) {
-                        settings.push_back({name, text});
-                    },
-                    help)
-                ->type_name(TypeName(parameter));
+                .add_option_function<std::vector<std::string>>(
+                    names, [set](const std::vector<std::string>& texts) { set(CLI::detail::join(texts, ",")); }, help)
+                ->type_name("X,Y");
+        } else {
+            command.add_option_function<std::string>(names, set, help)->type_name(TypeName(parameter));
         }
     }
 }

@@ -25,6 +25,9 @@ void AddInputs(CLI::App& command, const catalogue::Operation& operation, catalog
 /// All of these files, in the order of the inputs.
 std::vector<std::string> FilesOf(const catalogue::Files& files, const catalogue::Operation& operation);
 
+/// An error of work on files: of the file in place of the input, with parameters as options.
+Error OnFiles(const Error& error, const catalogue::Operation& operation, const catalogue::Files& files);
+
 /// Adds the parameters of an operation to a command, `--name` each; what is given goes into the settings.
 void AddParameters(CLI::App& command, const catalogue::Operation& operation, catalogue::Settings& settings);
 

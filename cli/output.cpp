@@ -67,6 +67,12 @@ void AddSaveOptions(CLI::App& command, io::SaveOptions& save, const char* scaleN
         ->type_name("WORD");
 }
 
+void AddTableFlags(CLI::App& command, bool& json, bool& csv)
+{
+    CLI::Option* const asJson = command.add_flag("--json", json, "Print JSON");
+    command.add_flag("--csv", csv, "Print the table alone, with commas between its values")->excludes(asJson);
+}
+
 void CheckOutputs(const Output& image, const std::vector<std::string>& inputs, const std::vector<std::string>& others)
 {
     if (!image.overwrite && IsInput(image.path, inputs)) {

@@ -25,6 +25,9 @@ constexpr const char* kLongScaleName = "--bits-scale"; ///< for commands whose `
 /// Adds `--bits`, the sample format of an output, and what becomes of samples in integers.
 void AddSaveOptions(CLI::App& command, io::SaveOptions& save, const char* scaleNames = kScaleNames);
 
+/// Adds `--json` and `--csv`, how a table is printed.
+void AddTableFlags(CLI::App& command, bool& json, bool& csv);
+
 /// Throws NameError when an output is one of the inputs, by whatever names and links, or named twice. Only the image
 /// may replace an input, if it is to overwrite it. Further outputs of an empty name are not wanted.
 void CheckOutputs(const Output& image, const std::vector<std::string>& inputs,

@@ -14,35 +14,25 @@
 namespace corvane::cli {
 namespace {
 
-using Json = nlohmann::ordered_json;
+using catalogue::Cell;
+using catalogue::kWords;
+using catalogue::Table;
 
 constexpr std::array kEndings{".json", ".csv", ".html"};
 
 Table TableOf(const stack::Registration& lights)
 {
     Table table;
-    table.columns = {{"file", kWords},
-                     {"used", kWords},
-                     {"reference", kWords},
-                     {"dx", 3},
-                     {"dy", 3},
-                     {"angle", 4},
-                     {"scale", 6},
-                     {"residual", 3},
-                     {"matched", 0},
-                     {"stars", 0},
-                     {"fwhm", 3},
-                     {"background", kSignificant},
-                     {"noise", kSignificant},
-                     {"flux_ratio", 4},
-                     {"weight", 4},
-                     {"reason", kWords}};
+    table.columns = {{"file", kWords}, {"used", kWords},  {"reference", kWords}, {"dx", 3},
+                     {"dy", 3},        {"angle", 4},      {"scale", 6},          {"residual", 3},
+                     {"matched", 0},   {"stars", 0},      {"fwhm", 3},           {"background"},
+                     {"noise"},        {"flux_ratio", 4}, {"weight", 4},         {"reason", kWords}};
     for (std::size_t i = 0; i < lights.frames.size(); ++i) {
         const stack::FrameReport& light = lights.frames[i];
-        table.rows.push_back(Json::array(
-            {light.file, light.used, static_cast<int>(i) == lights.referenceLight, light.dx, light.dy, light.angle,
-             light.scale, light.residual, light.matched, light.stars, light.fwhm, light.background, light.noise,
-             light.fluxRatio ? Json(*light.fluxRatio) : Json(), light.weight, light.reason}));
+        table.rows.push_back({light.file, light.used, static_cast<int>(i) == lights.referenceLight, light.dx, light.dy,
+                              light.angle, light.scale, light.residual, static_cast<double>(light.matched),
+                              static_cast<double>(light.stars), light.fwhm, light.background, light.noise,
+                              light.fluxRatio ? Cell(*light.fluxRatio) : Cell(), light.weight, light.reason});
     }
     return table;
 }
@@ -53,8 +43,7 @@ std::string ReportText(const std::string& path, const stack::Registration& light
         return ReportPage(lights);
     }
     const Table table = TableOf(lights);
-    return path.ends_with(".csv") ? table.ToCsv()
-                                  : table.ToJson().dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return path.ends_with(".csv") ? ToCsv(table) : ToText(ToJson(table));
 }
 
 std::string Formatted(const char* format, double value)

@@ -1,42 +1,54 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
 #include <CLI/App.hpp>
+#include <nlohmann/json.hpp>
 
-#include "cli/table.h"
-#include "io/frame.h"
-#include "stars/find_stars.h"
+#include "catalogue/step.h"
+#include "cli/session.h"
 
 namespace corvane::cli {
 
 /// What the commands about stars have in common.
 struct StarWords {
-    std::string input;
-    std::optional<int> plane;
-    int limit = static_cast<int>(stars::FindOptions{}.limit);
-    stars::FindOptions find; ///< without the limit
+    const catalogue::Operation* operation = nullptr;
+    catalogue::Files files;
+    catalogue::Settings settings;
     std::string map;
     bool json = false;
     bool csv = false;
+
+    const std::string& Input() const { return files.begin()->second.front(); }
 };
 
-/// Adds the input, how stars are looked for, and what is written.
-void AddStarOptions(CLI::App& command, StarWords& words);
+/// Adds the command of an operation that looks for stars: the input, how they are looked for, and what is written.
+CLI::App& AddStarCommand(CLI::App& app, Session& session, const char* name, StarWords& words);
 
-/// Throws for numbers out of their range, and for outputs that cannot be written or would replace the input; those of
-/// an empty name are not wanted.
-void CheckStarWords(const StarWords& words, const std::vector<std::string>& outputs);
+/// The arguments that were given. Throws for those that are not allowed, and for outputs that cannot be written or would
+/// replace the input; those of an empty name are not wanted.
+catalogue::Arguments CheckedArguments(const StarWords& words, const std::vector<std::string>& outputs);
 
-/// The plane to look at: the one that is asked for, else green of a colour image. Throws Error when it has none.
-int ChosenPlane(const StarWords& words, const CStlImage& image);
+/// What is printed: JSON of the field and its stars, the stars as CSV, or for people with a summary below them.
+void PrintStars(const StarWords& words, const nlohmann::ordered_json& field, const catalogue::Table& stars,
+                const std::string& summary);
 
-/// Finds the stars of a plane. Throws Error when there is none.
-stars::StarField FindIn(const StarWords& words, const CStlImage& image, int plane);
+/// What the table of one row tells of the field of a file, as JSON.
+nlohmann::ordered_json FieldJson(const StarWords& words, const catalogue::Table& field);
 
-/// What is printed: JSON, CSV, or for people the table with a summary below it.
-void PrintStars(const StarWords& words, const Table& table, nlohmann::ordered_json json, const std::string& summary);
+/// An error of the input, in its file's name.
+Error OfInput(const Error& error, const StarWords& words);
+
+/// Does work on the input, with errors in its name.
+template <class Work>
+auto OnInput(const StarWords& words, const Work& work)
+{
+    try {
+        return work();
+    } catch (const Error& error) {
+        throw OfInput(error, words);
+    }
+}
 
 } // namespace corvane::cli

@@ -1,12 +1,11 @@
-#include <algorithm>
-#include <cmath>
+#include "catalogue/stars.h"
+
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "catalogue/parameter.h"
 #include "cli/cancel.h"
 #include "cli/session.h"
 #include "cli/star_map.h"
@@ -14,128 +13,47 @@
 #include "cli/star_words.h"
 #include "corvane/core/error.h"
 #include "corvane/core/text.h"
+#include "io/frame.h"
 #include "io/metadata.h"
 #include "io/output_file.h"
-#include "stars/measure_stars.h"
 
 namespace corvane::cli {
 namespace {
 
 using Json = nlohmann::ordered_json;
+using catalogue::SeenWidths;
 
-constexpr int kDefaultLimit = 500;      // whose widths tell those of all
-constexpr double kDefaultSigmas = 10.0; // noise makes widths of fainter stars uncertain by a tenth and more
 constexpr const char* kPlotEnding = ".svg";
-
-struct NamedStar {
-    double x;
-    double y;
-};
 
 struct WidthWords {
     StarWords stars;
-    std::vector<std::string> at;
     std::string plot;
 };
 
-NamedStar ParsePlace(const std::string& text)
+catalogue::Arguments CheckedArguments(const WidthWords& words)
 {
-    const catalogue::Parameter at{.name = "at", .kind = catalogue::Kind::Numbers, .summary = "", .choices = {"X,Y"}};
-    const auto numbers = std::get<std::vector<double>>(catalogue::ParseValue(at, text));
-    return {numbers[0], numbers[1]};
-}
-
-std::vector<NamedStar> ParsePlaces(const std::vector<std::string>& texts)
-{
-    std::vector<NamedStar> places;
-    for (const std::string& text : texts) {
-        places.push_back(ParsePlace(text));
-    }
-    return places;
-}
-
-void CheckWords(const WidthWords& words)
-{
-    CheckStarWords(words.stars, {words.stars.map, words.plot});
+    catalogue::Arguments arguments = CheckedArguments(words.stars, {words.stars.map, words.plot});
     if (!words.plot.empty()) {
         if (!words.plot.ends_with(kPlotEnding)) {
             throw NameError(words.plot, std::string("is no name for a plot; it must end with ") + kPlotEnding);
         }
         io::OutputFile::Check(words.plot);
     }
+    return arguments;
 }
 
-std::vector<CPoint> PixelsOf(const std::vector<NamedStar>& places, const WidthWords& words, const CStlImage& image)
+/// Only those that were asked for by their places are missed.
+void WarnOfFaults(const WidthWords& words, const stars::FieldWidths& widths, const catalogue::Arguments& arguments)
 {
-    std::vector<CPoint> pixels;
-    for (std::size_t i = 0; i < places.size(); ++i) {
-        const int x = static_cast<int>(std::clamp(std::floor(places[i].x + 0.5), -1.0, 1e9));
-        const int y = static_cast<int>(std::clamp(std::floor(places[i].y + 0.5), -1.0, 1e9));
-        if (x < 0 || y < 0 || x >= image.GetWidth() || y >= image.GetHeight()) {
-            throw FileError(words.stars.input, "--at = " + words.at[i] + ": must lie within the image, 0,0 to " +
-                                                   std::to_string(image.GetWidth() - 1) + "," +
-                                                   std::to_string(image.GetHeight() - 1));
-        }
-        pixels.emplace_back(x, y);
-    }
-    return pixels;
-}
-
-/// Why one star does not count, "star at 12,34: saturated"; a named one is called as it was named.
-std::string FaultOf(const WidthWords& words, const stars::FieldWidths& widths, std::size_t i)
-{
-    const stars::MeasuredStar& star = widths.stars[i];
-    const std::string place = words.at.empty() ? NumberText(star.x, 1) + "," + NumberText(star.y, 1) : words.at[i];
-    return "star at " + place + ": " + star.fault;
-}
-
-[[noreturn]] void FailWithout(const WidthWords& words, const stars::FieldWidths& widths)
-{
-    constexpr std::size_t kMostTold = 3;
-    std::string faults;
-    for (std::size_t i = 0; i < std::min(widths.stars.size(), kMostTold); ++i) {
-        faults += "; " + FaultOf(words, widths, i);
-    }
-    faults += widths.stars.size() > kMostTold ? "; ..." : "";
-    throw FileError(words.stars.input, "no star could be measured" + faults);
-}
-
-void WarnOfFaults(const WidthWords& words, const stars::FieldWidths& widths)
-{
-    for (std::size_t i = 0; i < words.at.size(); ++i) {
+    for (std::size_t i = 0; i < widths.stars.size() && arguments.Has("at"); ++i) {
         if (!widths.stars[i].IsUsed()) {
-            std::cerr << "corvane: " << words.stars.input << ": warning: " << FaultOf(words, widths, i) << "\n";
+            std::cerr << "corvane: " << words.stars.Input() << ": warning: " << catalogue::FaultOf(widths, i, arguments)
+                      << "\n";
         }
     }
 }
 
-stars::FieldWidths Measure(const WidthWords& words, const std::vector<NamedStar>& places, io::Frame& frame, int plane)
-{
-    const double sigmas = words.stars.find.sigmas;
-    if (!places.empty()) {
-        return stars::MeasureStars(frame.image, plane, PixelsOf(places, words, frame.image), sigmas);
-    }
-    const stars::StarField field = FindIn(words.stars, frame.image, plane);
-    ThrowIfCancelled();
-    return stars::MeasureStars(frame.image, plane, field.stars, sigmas);
-}
-
-Table TableOf(const stars::FieldWidths& widths)
-{
-    Table table;
-    table.columns = {
-        {"star", 0}, {"x", 2},         {"y", 2}, {"peak", kSignificant}, {"sky", kSignificant}, {"flux", kSignificant},
-        {"fwhm", 2}, {"fault", kWords}};
-    for (const stars::MeasuredStar& star : widths.stars) {
-        const bool isMeasured = star.fwhm > 0.0;
-        table.rows.push_back(
-            Json::array({table.rows.size() + 1, star.x, star.y, star.peak, star.sky,
-                         isMeasured ? Json(star.flux) : Json(), isMeasured ? Json(star.fwhm) : Json(), star.fault}));
-    }
-    return table;
-}
-
-Json FieldJson(const WidthWords& words, int plane, const stars::FieldWidths& widths)
+Json RegionsJson(const stars::FieldWidths& widths)
 {
     Json parts = Json::array();
     for (const auto& row : widths.parts) {
@@ -145,9 +63,7 @@ Json FieldJson(const WidthWords& words, int plane, const stars::FieldWidths& wid
         }
         parts.push_back(ofRow);
     }
-    return {
-        {"file", words.stars.input},        {"plane", plane},  {"used", widths.used}, {"mean_fwhm", widths.meanFwhm},
-        {"median_fwhm", widths.medianFwhm}, {"regions", parts}};
+    return parts;
 }
 
 /// The means of the parts of the field, as they lie in a picture.
@@ -165,9 +81,10 @@ std::string PartsText(const stars::FieldWidths& widths, bool bottomUp)
     return text;
 }
 
-std::string SummaryOf(const WidthWords& words, int plane, const stars::FieldWidths& widths, bool bottomUp)
+std::string SummaryOf(const WidthWords& words, const SeenWidths& seen, bool bottomUp)
 {
-    return words.stars.input + ", plane " + std::to_string(plane) + ": " + std::to_string(widths.stars.size()) +
+    const stars::FieldWidths& widths = seen.widths;
+    return words.stars.Input() + ", plane " + std::to_string(seen.plane) + ": " + std::to_string(widths.stars.size()) +
            (widths.stars.size() == 1 ? " star, " : " stars, ") + std::to_string(widths.used) + " used\nFWHM mean " +
            NumberText(widths.meanFwhm, 2) + ", median " + NumberText(widths.medianFwhm, 2) +
            " pixels\nmean (stars) in the parts of the picture:\n" + PartsText(widths, bottomUp);
@@ -187,7 +104,7 @@ void SavePictures(const WidthWords& words, io::Frame& frame, const stars::FieldW
 {
     std::optional<io::OutputFile> plot;
     if (!words.plot.empty()) {
-        const PlottedField field{words.stars.input, frame.image.GetWidth(), frame.image.GetHeight(),
+        const PlottedField field{words.stars.Input(), frame.image.GetWidth(), frame.image.GetHeight(),
                                  io::IsBottomUp(frame.header)};
         const std::string svg = PlotWidths(field, widths);
         plot.emplace(words.plot).Write(svg.data(), svg.size());
@@ -202,21 +119,18 @@ void SavePictures(const WidthWords& words, io::Frame& frame, const stars::FieldW
 
 int Stars(const WidthWords& words, const Session& session)
 {
-    const std::vector<NamedStar> places = ParsePlaces(words.at);
-    CheckWords(words);
-    io::Frame frame = io::Load(words.stars.input);
+    const catalogue::Arguments arguments = CheckedArguments(words);
+    io::Frame frame = io::Load(words.stars.Input());
     ThrowIfCancelled();
-    const int plane = ChosenPlane(words.stars, frame.image);
-    const stars::FieldWidths widths = Measure(words, places, frame, plane);
+    const SeenWidths seen =
+        OnInput(words.stars, [&] { return catalogue::MeasureStars(frame.image, arguments, RunOf(session)); });
     ThrowIfCancelled();
-    if (widths.used == 0) {
-        FailWithout(words, widths);
-    }
-    SavePictures(words, frame, widths);
-    PrintStars(words.stars, TableOf(widths), FieldJson(words, plane, widths),
-               SummaryOf(words, plane, widths, io::IsBottomUp(frame.header)));
+    SavePictures(words, frame, seen.widths);
+    Json field = FieldJson(words.stars, FieldTable(seen));
+    field["regions"] = RegionsJson(seen.widths);
+    PrintStars(words.stars, field, StarTable(seen), SummaryOf(words, seen, io::IsBottomUp(frame.header)));
     if (!session.quiet) {
-        WarnOfFaults(words, widths);
+        WarnOfFaults(words, seen.widths, arguments);
     }
     return kDone;
 }
@@ -225,19 +139,12 @@ int Stars(const WidthWords& words, const Session& session)
 
 void AddStars(CLI::App& app, Session& session)
 {
-    CLI::App& command = *app.add_subcommand("stars", "Measure how wide the stars of an image are");
     auto words = std::make_shared<WidthWords>();
-    words->stars.limit = kDefaultLimit;
-    words->stars.find.sigmas = kDefaultSigmas;
-    AddCommonOptions(command, session);
-    AddStarOptions(command, words->stars);
-    command.add_option("--at", words->at, "Roughly where the stars are; else they are found")->type_name("X,Y ...");
+    CLI::App& command = AddStarCommand(app, session, "stars", words->stars);
     command.add_option("--plot", words->plot, "Write a drawing of the widths over the field, too")
         ->type_name("OUT.svg");
-    command.footer("FWHM is the full width at half maximum along the row and the column of a star's peak, to which the "
-                   "samples rise from the place that is named. Columns and rows count from 0 in the middle of the "
-                   "file's first sample; x and y are the centroid. `--at` takes all places up to the next option: put "
-                   "the image first. On the map stars that count are green, others orange.");
+    command.footer(command.get_footer() + " `--at` takes all places up to the next option: put the image first. On the "
+                                          "map stars that count are green, others orange.");
     command.callback([&session, words] { session.work = [&session, words] { return Stars(*words, session); }; });
 }
 

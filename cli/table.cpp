@@ -3,12 +3,17 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <variant>
+#include <vector>
 
 #include "corvane/core/text.h"
 
 namespace corvane::cli {
 namespace {
 
+using catalogue::Cell;
+using catalogue::Column;
+using catalogue::Table;
 using Json = nlohmann::ordered_json;
 
 constexpr int kSampleDigits = 7; // samples are floats
@@ -23,27 +28,38 @@ std::string CellNumber(double value, int digits)
     return {text, end};
 }
 
-std::string CellText(const Json& cell, int digits)
+std::string CellText(const Cell& cell, int digits)
 {
-    if (cell.is_null()) {
-        return {};
+    if (const auto* number = std::get_if<double>(&cell)) {
+        return CellNumber(*number, digits);
     }
-    if (cell.is_number()) {
-        return CellNumber(cell.get<double>(), digits);
+    if (const auto* flag = std::get_if<bool>(&cell)) {
+        return *flag ? "yes" : "no";
     }
-    if (cell.is_string()) {
-        return cell.get<std::string>();
-    }
-    if (cell.is_boolean()) {
-        return cell.get<bool>() ? "yes" : "no";
+    if (const auto* text = std::get_if<std::string>(&cell)) {
+        return *text;
     }
     std::string words;
-    for (const Json& word : cell) {
-        words += words.empty() ? "" : " ";
-        words += word.get<std::string>();
+    if (const auto* list = std::get_if<std::vector<std::string>>(&cell)) {
+        for (const std::string& word : *list) {
+            words += (words.empty() ? "" : " ") + word;
+        }
     }
     return words;
 }
+
+struct ToCellJson {
+    int digits;
+
+    Json operator()(std::monostate) const { return {}; }
+    /// Whole numbers stay whole.
+    Json operator()(double number) const { return digits == 0 ? Json(static_cast<long long>(number)) : Json(number); }
+    template <class Value>
+    Json operator()(const Value& value) const
+    {
+        return value;
+    }
+};
 
 std::string Quoted(const std::string& text)
 {
@@ -72,50 +88,56 @@ void AddCells(const std::vector<std::string>& cells, bool areWords, std::vector<
 
 } // namespace
 
-Json Table::ToJson() const
+Json ToJson(const Table& table)
 {
     Json list = Json::array();
-    for (const Json& row : rows) {
+    for (const std::vector<Cell>& row : table.rows) {
         Json object = Json::object();
-        for (std::size_t i = 0; i < columns.size(); ++i) {
-            object[columns[i].name] = row[i];
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            object[table.columns[i].name] = std::visit(ToCellJson{table.columns[i].digits}, row[i]);
         }
         list.push_back(std::move(object));
     }
     return list;
 }
 
-std::string Table::ToCsv() const
+std::string ToCsv(const Table& table)
 {
     std::string text;
-    for (const Column& column : columns) {
+    for (const Column& column : table.columns) {
         text += text.empty() ? "" : ",";
         text += column.name;
     }
-    for (const Json& row : rows) {
-        for (std::size_t i = 0; i < columns.size(); ++i) {
+    for (const std::vector<Cell>& row : table.rows) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
             text += i == 0 ? "\n" : ",";
-            text += Quoted(CellText(row[i], columns[i].digits));
+            text += Quoted(CellText(row[i], table.columns[i].digits));
         }
     }
     return text + "\n";
 }
 
-std::string Table::ToText() const
+std::string ToText(const Table& table)
 {
-    std::vector<std::string> lines(rows.size() + 1);
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        std::vector<std::string> cells{columns[i].name};
-        for (const Json& row : rows) {
-            cells.push_back(row[i].is_null() ? "-" : CellText(row[i], columns[i].digits));
+    std::vector<std::string> lines(table.rows.size() + 1);
+    for (std::size_t i = 0; i < table.columns.size(); ++i) {
+        const Column& column = table.columns[i];
+        std::vector<std::string> cells{column.name};
+        for (const std::vector<Cell>& row : table.rows) {
+            cells.push_back(row[i].index() == 0 ? "-" : CellText(row[i], column.digits));
         }
-        AddCells(cells, columns[i].digits == kWords, lines);
+        AddCells(cells, column.digits == catalogue::kWords, lines);
     }
     std::string text;
     for (const std::string& line : lines) {
         text += line + "\n";
     }
     return text;
+}
+
+std::string ToText(const Json& json)
+{
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 } // namespace corvane::cli

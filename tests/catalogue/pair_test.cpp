@@ -58,7 +58,8 @@ std::vector<double> Match(io::Frame reference, io::Frame image, const Settings& 
     inputs["reference"].push_back(std::move(reference));
     inputs["image"].push_back(std::move(image));
     const Outputs outputs = Apply("match", std::move(inputs), settings, run);
-    return std::get<Table>(outputs.at("place")).rows.front();
+    const std::vector<Cell> row = std::get<Table>(outputs.at("place")).rows.front();
+    return {std::get<double>(row[0]), std::get<double>(row[1])};
 }
 
 /// The stars after a turn about a place, clockwise with rows that run down, and with that place moved.

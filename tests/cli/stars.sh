@@ -27,7 +27,7 @@ refuse 2 '--at = 5: must be X,Y' stars "$a" --at 5
 refuse 2 '--sigmas = 0.5: must be 1 to 1000' stars "$a" --sigmas 0.5
 refuse 2 '--limit = -1: must be 1 to 1e\+06' find-stars "$a" --limit -1
 refuse 2 '--json excludes --csv' stars "$a" --csv --json
-refuse 1 'has no plane 2' find-stars "$a" --plane 2
+refuse 1 '--plane = 2: must be 0, since the image has 1 plane' find-stars "$a" --plane 2
 refuse 2 'plot.png: is no name for a plot' stars "$a" --plot plot.png
 refuse 2 'is both input and output' stars map.png --map map.png
 check 0 '^$' apply "$a" -o flat.fits multiply:value=0
