@@ -55,8 +55,8 @@ _corvane_words() {
     'split --scale') echo 'levels minmax none unit' ;;
     'split --bits-scale') echo 'levels minmax none unit' ;;
     'split --component') echo 'r g b c m y' ;;
-    'stars options') echo '--help --verbose --quiet --sigmas --limit --plane --map --json --csv --at --plot' ;;
-    'find-stars options') echo '--help --verbose --quiet --sigmas --limit --plane --map --json --csv --saturation' ;;
+    'stars options') echo '--help --verbose --quiet --sigmas --limit --plane --at --map --json --csv --plot' ;;
+    'find-stars options') echo '--help --verbose --quiet --sigmas --limit --plane --saturation --map --json --csv' ;;
     'ops options') echo '--help --verbose --quiet --json --as' ;;
     'ops --as') echo 'bash man markdown' ;;
     'help options') echo '--help' ;;
