@@ -1,6 +1,8 @@
 // Members of the interface with each of their allocations failing in turn.
 
+#include <cstdio>
 #include <memory>
+#include <string>
 
 #include "corvane/corvane.h"
 #include "tests/support/failing_memory.h"
@@ -15,9 +17,14 @@ using enum Promise;
 
 /// Runs run(image, source) with its first allocation failing, its second, and so on until none is left: each time it has
 /// to throw CMemoryException or, where it promises that, return 0, with the image as it was. Progress has to be closed.
+/// Returns the last text that a message box shows.
 template <class Image, class Run>
-void Starve(Promise promise, Run run)
+std::string Starve(Promise promise, Run run)
 {
+    static char said[100];
+    said[0] = '\0';
+    corvane::platform::SetMessageBoxHandler(
+        [](const char* text, UINT) { return std::snprintf(said, sizeof said, "%s", text); });
     int open = 0;
     HWND window = corvane::platform::CreateMessageWindow(
         [&](UINT, WPARAM word, LPARAM) { return open += (word == 0 ? 1 : 0) - (word == 2 ? 1 : 0); });
@@ -41,6 +48,8 @@ void Starve(Promise promise, Run run)
         EXPECT_EQ(open, 0) << allowed;
     }
     corvane::platform::DestroyMessageWindow(window);
+    corvane::platform::SetMessageBoxHandler({});
+    return said;
 }
 
 bool Keep(CStlImage* made)
@@ -77,6 +86,10 @@ TEST(WantOfMemory, IsZeroWhereThatIsPromised)
         CRect rect(2, 2, 19, 19);
         return i.Do(1.0, 0.1, &rect, 1) != 0;
     });
+    EXPECT_EQ(Starve<CImgLucy>(kZeroUnchanged, [](auto& i, auto*) { return i.Do(1.2, 1.6, 6.0, 1, nullptr, 1) != 0; }),
+              "Insufficient memory.  Close applications and re-execute command.");
+    EXPECT_EQ(Starve<CImgMem>(kZeroUnchanged, [](auto& i, auto*) { return i.Do(1.5, 1.0, 1, nullptr, 1) != 0; }),
+              "Insufficient memory.  Close applications and re-execute command");
 }
 
 TEST(WantOfMemory, IsAMemoryExceptionOtherwise)

@@ -13,9 +13,9 @@
 #include "io/frame.h"
 #include "io/metadata.h"
 #include "io/picture.h"
-#include "tests/fuzz/dng.h"
 #include "tests/fuzz/scratch.h"
 #include "tests/fuzz/target.h"
+#include "tests/io/tiff.h"
 #include "tests/support/images.h"
 
 namespace {
@@ -97,7 +97,7 @@ std::vector<std::string> Seeds()
     header.Set("CD2_1", 1e-6);
     header.Set("LTM1_1", 0.5);
     header.AddHistory("a line");
-    std::vector<std::string> seeds{test::SmallDng()};
+    std::vector<std::string> seeds{test::Dng(64, 48, test::Samples(test::Numbered(64, 48, 1, 4095)))};
     for (const auto& [extension, planes, bits] : {std::tuple{".fits", 1, -32},
                                                   {".fits", 3, 16},
                                                   {".fits", 1, 8},

@@ -4,12 +4,12 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "catalogue/operations.h"
 #include "catalogue/points.h"
 #include "catalogue/step.h"
 #include "corvane/core/error.h"
 #include "tests/fuzz/scratch.h"
 #include "tests/fuzz/target.h"
+#include "tests/variants/step_texts.h"
 
 namespace {
 
@@ -33,11 +33,8 @@ void ReadStep(const std::string& line)
 std::vector<std::string> Seeds()
 {
     std::vector<std::string> seeds{"0 0\n0.25, 0.5\n1 1 # white\n", "0\n0.1\n1\n", "curve:points=0:0,,0.5:0.7,,1:1\n"};
-    for (const catalogue::Operation& operation : catalogue::Operations()) {
-        for (const catalogue::Parameter& parameter : operation.parameters) {
-            const std::string value = parameter.choices.empty() ? "2.5" : parameter.choices.front();
-            seeds.push_back("median:type=1\n" + operation.name + ":" + parameter.name + "=" + value + "\n");
-        }
+    for (const std::string& step : StepTexts({{"none.fits"}, "none.txt"})) {
+        seeds.push_back("median:type=1\n" + step + "\n");
     }
     return seeds;
 }

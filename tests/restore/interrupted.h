@@ -6,7 +6,6 @@
 
 #include "corvane/platform/application.h"
 #include "corvane/platform/messages.h"
-#include "tests/support/failing_memory.h"
 #include "tests/support/images.h"
 #include "tests/support/progress_window.h"
 
@@ -53,30 +52,6 @@ int ExpectCancellable(const CStlImage& source, Restore restore)
     }
     platform::SetMessageBoxHandler({});
     return poll - 1;
-}
-
-/// Runs restore(image) with its first allocation failing, its second, and so on until none is left: each time it must
-/// return 0 and leave the image as it is. Returns the last text that was shown.
-template <class Image, class Restore>
-std::string ExpectSurvivesWantOfMemory(const CStlImage& source, Restore restore)
-{
-    static char said[100];
-    said[0] = 0;
-    platform::SetMessageBoxHandler([](const char* text, UINT) { return std::snprintf(said, sizeof said, "%s", text); });
-    bool hasFailed = true;
-    for (int allowed = 0; hasFailed; ++allowed) {
-        Image image(source);
-        int result = 0;
-        {
-            const FailingMemory memory(allowed);
-            result = restore(image);
-            hasFailed = memory.HasFailed();
-        }
-        EXPECT_EQ(result, hasFailed ? 0 : 1) << allowed;
-        EXPECT_TRUE(!hasFailed || Samples(image) == Samples(source)) << allowed;
-    }
-    platform::SetMessageBoxHandler({});
-    return said;
 }
 
 /// Runs restore(image, rect): samples inside the rectangle, and no others, must change. One of the image's size is all.

@@ -116,13 +116,6 @@ TEST(Mem, TellsItsProgressAndStopsForEsc)
     EXPECT_EQ(ExpectCancellable<CImgMem>(StarFrame(24, 18, 3), restore), 3 * 27);
 }
 
-TEST(Mem, LeavesTheImageWhenMemoryIsShort)
-{
-    EXPECT_EQ(ExpectSurvivesWantOfMemory<CImgMem>(StarFrame(12, 8, 3),
-                                                  [](CImgMem& image) { return image.Do(kSigma, 1.0, 1, nullptr, 0); }),
-              "Insufficient memory.  Close applications and re-execute command");
-}
-
 TEST(Mem, TakesRectanglesSmallImagesAndWhatIsNoNumber)
 {
     const CStlImage source = StarFrame(24, 18, 3);
