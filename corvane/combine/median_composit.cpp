@@ -1,11 +1,11 @@
 #include "corvane/combine/median_composit.h"
 
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 #include "corvane/core/aligned_row.h"
 #include "corvane/core/blank.h"
+#include "corvane/core/sigma_clipping.h"
 #include "corvane/resources/string_table.h"
 
 using namespace corvane;
@@ -117,25 +117,11 @@ void CImgMedianComposit::SigmaClipping(int& count, double* values)
     if (count < 1) {
         return;
     }
-    // NaN goes last: without a place in the order it would break the sort.
-    std::sort(values, values + count, [](double a, double b) { return a < b || (std::isnan(b) && !std::isnan(a)); });
-    double sum = 0.0;
+    std::vector<WeightedValue> sorted;
     for (int i = 0; i < count; ++i) {
-        sum += values[i];
+        sorted.push_back({values[i]});
     }
-    const double mean = sum / count;
-    double squares = 0.0;
-    for (int i = 0; i < count; ++i) {
-        squares += (values[i] - mean) * (values[i] - mean);
-    }
-    const double sigma = std::sqrt(squares / count);
-    const double median = values[count / 2];
-    const double low = median - 3.0 * sigma;
-    const double high = median + 3.0 * sigma;
-    double* const end = values + count;
-    const auto isKept = [=](double v) { return low < v && v < high; };
-    count = static_cast<int>(std::count_if(values, end, isKept));
-    if (count > 0) {
-        std::copy_if(values, end, values, isKept);
-    }
+    const ClipBounds kept = SortAndClip(sorted);
+    std::transform(sorted.begin(), sorted.end(), values, [](const WeightedValue& v) { return v.value; });
+    count = static_cast<int>(std::remove_if(values, values + count, [&](double v) { return !kept.Has(v); }) - values);
 }

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "corvane/core/blank.h"
+#include "corvane/core/sigma_clipping.h"
 #include "corvane/core/walk.h"
-#include "corvane/measure/ascending.h"
 #include "corvane/measure/clamped_region.h"
 #include "corvane/tone/auto_level.h"
 
@@ -15,65 +15,19 @@ using namespace corvane;
 
 namespace {
 
-/// A value and how often it is there.
-struct Weighted {
-    double value;
-    double weight;
-};
-
-using Values = std::vector<Weighted>;
-
 /// The samples of a row before its first blank.
 int LengthToBlank(const float* row, int count, const BlankTest& isBlank)
 {
     return isBlank.IsNever() ? count : static_cast<int>(std::find_if(row, row + count, isBlank) - row);
 }
 
-double Count(const Values& values)
-{
-    double count = 0.0;
-    for (const Weighted& v : values) {
-        count += v.weight;
-    }
-    return count;
-}
-
-/// The sum of a function of the values over their number.
-template <class Function>
-double Mean(const Values& values, Function function)
-{
-    double sum = 0.0;
-    for (const Weighted& v : values) {
-        sum += function(v.value) * v.weight;
-    }
-    return sum / Count(values);
-}
-
-/// The element count / 2 of values in order, which must not be empty.
-double Median(const Values& values)
-{
-    const double middle = std::floor(Count(values) / 2.0);
-    double passed = 0.0;
-    const auto found = std::find_if(values.begin(), values.end() - 1,
-                                    [&](const Weighted& v) { return (passed += v.weight) > middle; });
-    return found->value;
-}
-
 /// Puts the values in order and keeps those strictly within 3 standard deviations of their median.
-void Clip(Values& values)
+void Clip(std::vector<WeightedValue>& values)
 {
-    if (values.empty()) {
-        return;
+    if (!values.empty()) {
+        const ClipBounds kept = SortAndClip(values);
+        std::erase_if(values, [&](const WeightedValue& v) { return !kept.Has(v.value); });
     }
-    std::sort(values.begin(), values.end(),
-              [](const Weighted& a, const Weighted& b) { return Ascending()(a.value, b.value); });
-    const double median = Median(values);
-    const double mean = Mean(values, [](double v) { return v; });
-    const double sigma = std::sqrt(Mean(values, [=](double v) { return (v - mean) * (v - mean); }));
-    const double low = median - 3.0 * sigma;
-    const double high = median + 3.0 * sigma;
-    const auto isKept = [=](const Weighted& v) { return v.value > low && v.value < high; };
-    std::erase_if(values, [=](const Weighted& v) { return !isKept(v); });
 }
 
 /// The samples of plane 0 on the positions of a strip.
@@ -102,7 +56,7 @@ struct Strip {
 
     std::optional<double> ClippedMean() const
     {
-        Values values;
+        std::vector<WeightedValue> values;
         ForEachRun([&](const float* samples, int length, std::uint64_t weight) {
             for (int i = 0; i < length; ++i) {
                 values.push_back({samples[i], static_cast<double>(weight)});
@@ -146,13 +100,13 @@ void CImgOverScan::Do(int left, int right, int top, int bottom, int clip)
 
 void CImgOverScan::SigmaClipping(int& count, double* values)
 {
-    Values kept;
+    std::vector<WeightedValue> kept;
     for (int i = 0; i < count; ++i) {
-        kept.push_back({values[i], 1.0});
+        kept.push_back({values[i]});
     }
     Clip(kept);
     count = 0;
-    for (const Weighted& v : kept) {
+    for (const WeightedValue& v : kept) {
         values[count++] = v.value;
     }
 }

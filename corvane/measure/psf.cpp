@@ -7,8 +7,8 @@
 #include <limits>
 #include <numeric>
 
+#include "corvane/core/ascending.h"
 #include "corvane/core/blank.h"
-#include "corvane/measure/ascending.h"
 
 using namespace corvane;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 #include <utility>
 
 #include "tests/support/images.h"
@@ -18,8 +19,8 @@ constexpr int kWidth = 53;
 /// What a pixel should show: value, coverage, rejected low and high.
 using Shown = std::array<double, 4>;
 
-/// The definition for values with their weights.
-Shown PlainPixel(std::vector<std::pair<double, double>> values, CombineMethod method)
+/// The definition for values with their weights, and what a mean gives of which nothing is kept.
+Shown PlainPixel(std::vector<std::pair<double, double>> values, CombineMethod method, std::optional<double> ofNothing)
 {
     if (values.empty()) {
         return {kBlank, 0.0, 0.0, 0.0};
@@ -34,7 +35,9 @@ Shown PlainPixel(std::vector<std::pair<double, double>> values, CombineMethod me
     auto kept = values;
     std::erase_if(kept, [&](const auto& u) { return !(std::fabs(u.first - median) < 3.0 * std::sqrt(squares / n)); });
     if (method == CombineMethod::kMedian || kept.empty()) {
-        return {method == CombineMethod::kMedian ? median : values[0].first, n, 0.0, 0.0};
+        const double least =
+            method == CombineMethod::kClippedMean ? ofNothing.value_or(values[0].first) : values[0].first;
+        return {method == CombineMethod::kMedian ? median : least, n, 0.0, 0.0};
     }
     double sum = 0.0;
     double weights = 0.0;
@@ -47,7 +50,8 @@ Shown PlainPixel(std::vector<std::pair<double, double>> values, CombineMethod me
             static_cast<double>(low), n - static_cast<double>(low) - static_cast<double>(kept.size())};
 }
 
-/// Rows of frames with gaps, NaN, equal values, outliers and an infinity; a column that no frame has.
+/// Rows of frames with gaps, NaN, equal values, outliers and an infinity; a column that no frame has, and one with values
+/// exactly 3 sigma away.
 struct Rows {
     Rows(int frames, int gaps, bool isWeighted) : values(frames), valid(frames)
     {
@@ -59,21 +63,31 @@ struct Rows {
                 values[i].push_back(isMissing && x % 2 == 0 ? std::nan("") : x == 34 && i == 2 ? HUGE_VAL : v);
                 valid[i].push_back(isMissing && x % 2 == 1 ? 0 : 1);
             }
+            if (frames == 18) { // a sigma of 1.5 about -1 and 1, and -3.5 on the lower bound
+                values[i][35] = i == 0 ? -3.5 : i == 17 ? 3.5 : i % 2 == 0 ? -1.0 : 1.0;
+            }
             weights.push_back(!isWeighted ? 1.0 : i % 4 == 3 ? 0.0 : random.Between(0.1, 1.0));
             lines.push_back({values[i].data(), valid[i].data()});
         }
     }
 
-    Shown Expected(int x, CombineMethod method) const
+    Shown Expected(int x, CombineMethod method, Coverage coverage) const
     {
         std::vector<std::pair<double, double>> there;
+        std::optional<double> gap; // what a pixel shows that all frames should have
         for (std::size_t i = 0; i < values.size(); ++i) {
             const bool counts = method != CombineMethod::kClippedMean || weights[i] > 0.0;
             if (counts && valid[i][x] != 0 && !std::isnan(values[i][x])) {
                 there.emplace_back(values[i][x], weights[i]);
+            } else if (counts) {
+                gap = values[i][x];
             }
         }
-        return PlainPixel(there, method);
+        const bool isPlain = std::all_of(weights.begin(), weights.end(), [](double w) { return w == 1.0; });
+        const bool isUnknown = coverage == Coverage::kAll && isPlain && there.size() > 1;
+        Shown shown = PlainPixel(there, method, isUnknown ? std::optional(std::nan("")) : std::nullopt);
+        shown[0] = coverage == Coverage::kAll ? gap.value_or(shown[0]) : shown[0];
+        return shown;
     }
 
     std::vector<std::vector<double>> values;
@@ -82,14 +96,14 @@ struct Rows {
     std::vector<CombineLine> lines;
 };
 
-void Check(const Rows& rows, CombineMethod method)
+void Check(const Rows& rows, CombineMethod method, Coverage coverage)
 {
     std::vector<std::vector<float>> got(4, std::vector<float>(kWidth, 99.0F));
-    RowCombiner combiner(method, Coverage::kAny, rows.weights, kBlank);
+    RowCombiner combiner(method, coverage, rows.weights, kBlank);
     const int least =
         combiner.Combine(rows.lines.data(), kWidth, {got[0].data(), got[1].data(), got[2].data(), got[3].data()});
     for (int i = 0; i < 4 * kWidth; ++i) {
-        const auto expected = static_cast<float>(rows.Expected(i / 4, method)[i % 4]);
+        const auto expected = static_cast<float>(rows.Expected(i / 4, method, coverage)[i % 4]);
         ASSERT_TRUE(test::Near(got[i % 4][i / 4], expected, 1)) << "x " << i / 4 << ", " << i % 4;
     }
     EXPECT_EQ(static_cast<float>(least), *std::min_element(got[1].begin(), got[1].end()));
@@ -99,13 +113,14 @@ void Check(const Rows& rows, CombineMethod method)
 
 TEST(RowCombiner, TakeTheStatisticOfWhatIsThere)
 {
-    for (int n = 0; n <= 40; ++n) {
+    for (int n = 0; n <= 42; ++n) {
         for (const int gaps : {0, 1, 8}) {
-            const Rows rows(n, gaps, n % 2 == 1);
+            const Rows rows(n > 40 ? 200 : n, gaps, n % 2 == 1);
             for (const auto method :
                  {CombineMethod::kMedian, CombineMethod::kClippedMedian, CombineMethod::kClippedMean}) {
                 SCOPED_TRACE(testing::Message() << n << " frames, gaps " << gaps << ", " << static_cast<int>(method));
-                Check(rows, method);
+                Check(rows, method, Coverage::kAny);
+                Check(rows, method, Coverage::kAll);
             }
         }
     }

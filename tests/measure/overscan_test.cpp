@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numeric>
 
+#include "corvane/combine/median_composit.h"
 #include "corvane/platform/registry.h"
 #include "corvane/tone/auto_level.h"
 #include "tests/support/images.h"
@@ -21,7 +22,14 @@ double Mean(const std::vector<double>& values)
 void Clip(std::vector<double>& values)
 {
     auto count = static_cast<int>(values.size());
+    int other = count;
+    std::vector<double> sorted(values);
     CImgOverScan().SigmaClipping(count, values.data());
+    CImgMedianComposit::SigmaClipping(other, sorted.data()); // the same, and without any left it leaves them sorted
+    EXPECT_EQ(other, count);
+    EXPECT_TRUE(count > 0 ? std::equal(values.begin(), values.begin() + count, sorted.begin())
+                          : std::is_sorted(sorted.begin(), std::find_if(sorted.begin(), sorted.end(),
+                                                                        [](double v) { return std::isnan(v); })));
     values.resize(static_cast<std::size_t>(count));
 }
 
@@ -84,7 +92,7 @@ TEST(Overscan, ClipsStrictlyInOnePass)
              {{0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 3.5},
               {0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 3.5}},
              {{5, 5}, {}},
-             {{3, NAN, 1, 2}, {}},
+             {{3, NAN, 1, 2, NAN, 0}, {}},
              {{}, {}}}) {
         Clip(values);
         EXPECT_EQ(values, kept);
