@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "catalogue/display_levels.h"
+#include "catalogue/made.h"
 #include "catalogue/operations.h"
 #include "catalogue/points.h"
 #include "corvane/core/error.h"
@@ -27,15 +28,6 @@ constexpr const char* kGivenLevels = " The display levels stay. Without them, it
 CStlImage WithSkyLevels(const CStlImage& image)
 {
     return WithLevels(image, 1.0, 12.0);
-}
-
-CStlImage RunBrightness(const CStlImage& given, const Arguments& arguments, const Run& run)
-{
-    const CStlImage image = WithSkyLevels(given);
-    CImgBright result(image);
-    result.Do(arguments.Number("brightness"), arguments.Number("contrast"), arguments.Number("centre"), image,
-              arguments.Rectangle("rect"), run);
-    return result;
 }
 
 Operation Brightness()
@@ -67,20 +59,18 @@ Operation Brightness()
                            RectangleParameter()},
             .footprint = Always({.levels = LevelUse::Chosen}),
             .aliases = {"contrast"},
-            .run = RunBrightness};
+            .run = MadeByLevels<CImgBright, 1, 12, [](auto& result, const Arguments& given, const auto&... to) {
+                result.Do(given.Number("brightness"), given.Number("contrast"), given.Number("centre"), to...);
+            }>};
 }
 
 /// The modes of `CImgCalculation::Do`.
 enum Mode { kAdd = 0, kSubtract = 1, kMultiply = 2, kDivide = 3 };
 
 template <Mode kMode>
-CStlImage RunCalculation(const CStlImage& image, const Arguments& arguments, const Run& run)
-{
-    const bool clip = arguments.Has("clip-negative") && arguments.Flag("clip-negative");
-    CImgCalculation result(image);
-    result.Do(arguments.Number("value"), kMode, clip, image, arguments.Rectangle("rect"), run);
-    return result;
-}
+constexpr auto Calculate = [](CImgCalculation& result, const Arguments& given, const auto&... to) {
+    result.Do(given.Number("value"), kMode, given.Has("clip-negative") && given.Flag("clip-negative"), to...);
+};
 
 Parameter ValueParameter(const char* summary, const char* unit)
 {
@@ -98,45 +88,33 @@ void CheckDivisor(const Arguments& arguments)
 
 std::vector<Operation> Arithmetic()
 {
-    return {{.name = "add",
-             .summary = "add a number to every sample",
-             .help = kBlanksStay,
-             .parameters = {ValueParameter("what to add", "counts"), RectangleParameter()},
-             .footprint = Always({}),
-             .run = RunCalculation<kAdd>},
-            {.name = "subtract",
-             .summary = "take a number off every sample",
-             .help = kBlanksStay,
-             .parameters = {ValueParameter("what to take off", "counts"),
-                            {.name = "clip-negative",
-                             .kind = Kind::Flag,
-                             .summary = "make 0 of what falls below 0",
-                             .defaultValue = false},
-                            RectangleParameter()},
-             .footprint = Always({}),
-             .run = RunCalculation<kSubtract>},
-            {.name = "multiply",
-             .summary = "multiply every sample by a number",
-             .help = kBlanksStay,
-             .parameters = {ValueParameter("the factor", ""), RectangleParameter()},
-             .footprint = Always({}),
-             .run = RunCalculation<kMultiply>},
-            {.name = "divide",
-             .summary = "divide every sample by a number",
-             .help = kBlanksStay,
-             .parameters = {ValueParameter("the divisor; not 0", ""), RectangleParameter()},
-             .footprint = Always({}),
-             .check = CheckDivisor,
-             .run = RunCalculation<kDivide>}};
-}
-
-CStlImage RunBalance(const CStlImage& given, const Arguments& arguments, const Run& run)
-{
-    const CStlImage image = WithSkyLevels(given);
-    CImgColorBalance result(image);
-    result.Do(arguments.Number("red"), arguments.Number("green"), arguments.Number("blue"), image,
-              arguments.Rectangle("rect"), run);
-    return result;
+    return {
+        {.name = "add",
+         .summary = "add a number to every sample",
+         .help = kBlanksStay,
+         .parameters = {ValueParameter("what to add", "counts"), RectangleParameter()},
+         .footprint = Always({}),
+         .run = Made<CImgCalculation, Calculate<kAdd>>},
+        {.name = "subtract",
+         .summary = "take a number off every sample",
+         .help = kBlanksStay,
+         .parameters = {ValueParameter("what to take off", "counts"),
+                        FlagParameter("clip-negative", "make 0 of what falls below 0", false), RectangleParameter()},
+         .footprint = Always({}),
+         .run = Made<CImgCalculation, Calculate<kSubtract>>},
+        {.name = "multiply",
+         .summary = "multiply every sample by a number",
+         .help = kBlanksStay,
+         .parameters = {ValueParameter("the factor", ""), RectangleParameter()},
+         .footprint = Always({}),
+         .run = Made<CImgCalculation, Calculate<kMultiply>>},
+        {.name = "divide",
+         .summary = "divide every sample by a number",
+         .help = kBlanksStay,
+         .parameters = {ValueParameter("the divisor; not 0", ""), RectangleParameter()},
+         .footprint = Always({}),
+         .check = CheckDivisor,
+         .run = Made<CImgCalculation, Calculate<kDivide>>}};
 }
 
 Parameter OffsetParameter(const char* plane)
@@ -160,7 +138,9 @@ Operation Balance()
         .parameters = {OffsetParameter("red"), OffsetParameter("green"), OffsetParameter("blue"), RectangleParameter()},
         .footprint = Always({.levels = LevelUse::Chosen}),
         .aliases = {"color-balance", "colour-balance"},
-        .run = RunBalance};
+        .run = MadeByLevels<CImgColorBalance, 1, 12, [](auto& result, const Arguments& given, const auto&... to) {
+            result.Do(given.Number("red"), given.Number("green"), given.Number("blue"), to...);
+        }>};
 }
 
 constexpr const char* kChannels[] = {"red", "green", "blue"};
@@ -246,14 +226,6 @@ Operation ToneCurve()
             .run = RunCurve};
 }
 
-CStlImage RunReduceTone(const CStlImage& given, const Arguments& arguments, const Run& run)
-{
-    const CStlImage image = WithSkyLevels(given);
-    CImgReduceTone result(image);
-    result.Do(arguments.Whole("levels"), image, arguments.Rectangle("rect"), run);
-    return result;
-}
-
 Operation ReduceTone()
 {
     return {.name = "reduce-tone",
@@ -269,7 +241,9 @@ Operation ReduceTone()
                             .defaultValue = 8},
                            RectangleParameter()},
             .footprint = Always({.levels = LevelUse::Chosen}),
-            .run = RunReduceTone};
+            .run = MadeByLevels<CImgReduceTone, 1, 12, [](auto& result, const Arguments& given, const auto&... to) {
+                result.Do(given.Whole("levels"), to...);
+            }>};
 }
 
 /// The maps of `CImgFalseColor`, by name and by number.
@@ -320,11 +294,7 @@ Operation FalseColor()
                             .summary = "the sample where the map ends",
                             .unit = "counts",
                             .whenAbsent = "what shows white"},
-                           {.name = "map",
-                            .kind = Kind::Choice,
-                            .summary = "the colours, by name or number",
-                            .choices = Maps(),
-                            .defaultValue = Maps().front()},
+                           ChoiceParameter("map", "the colours, by name or number", Maps(), Maps().front()),
                            {.name = "cycles",
                             .kind = Kind::Whole,
                             .summary = "how many times the map runs from low to high",

@@ -6,6 +6,7 @@
 
 #include "catalogue/display_levels.h"
 #include "catalogue/fill.h"
+#include "catalogue/made.h"
 #include "catalogue/operations.h"
 #include "catalogue/shape.h"
 #include "catalogue/undefined.h"
@@ -104,14 +105,6 @@ Footprint BackgroundFootprint(const Arguments& arguments)
     return footprint;
 }
 
-CStlImage RunPosterize(const CStlImage& given, const Arguments& arguments, const Run& run)
-{
-    const CStlImage image = WithLevels(given, 1.0, 12.0); // steps that are wider than the noise
-    CImgFilter result(image);
-    result.AAPosterizationFilter(arguments.Whole("steps"), image, arguments.Rectangle("rect"), run);
-    return result;
-}
-
 void CheckHotPixels(const Arguments& arguments)
 {
     if (!arguments.Flag("hot") && !arguments.Flag("cool")) {
@@ -119,46 +112,27 @@ void CheckHotPixels(const Arguments& arguments)
     }
 }
 
-CStlImage RunHotPixels(const CStlImage& image, const Arguments& arguments, const Run& run)
-{
-    CImgFilter result(image);
-    result.NoiseCut(Shape(arguments), arguments.Number("threshold"), arguments.Flag("cool"), arguments.Flag("hot"),
-                    image, arguments.Rectangle("rect"), run);
-    return result;
-}
-
-CStlImage RunContour(const CStlImage& given, const Arguments& arguments, const Run& run)
-{
-    const CStlImage image = WithLevels(given, 0.0, 27.0); // the first of the usual lines lies above the noise
-    CImgFilter result(image);
-    result.ContourFilter(arguments.Whole("levels"), arguments.Flag("overlay"), image, arguments.Rectangle("rect"), run);
-    return result;
-}
-
 Operation Development()
 {
-    return {.name = "ddp",
-            .summary = "show bright cores and faint detail together, as film does",
-            .help =
-                "Divides each sample by a blurred one plus the offset, both counted from black, as film saturates "
+    return {
+        .name = "ddp",
+        .summary = "show bright cores and faint detail together, as film does",
+        .help = "Divides each sample by a blurred one plus the offset, both counted from black, as film saturates "
                 "where it is bright. A flat area as bright as the mean stays; what is at or below black stays too. "
                 "About blown cores samples keep half of their brightness at least, so that none is outlined in black. "
                 "Without display levels, it chooses them from the sky first. The result is made for "
                 "the levels that it has: show it with those.",
-            .parameters = {{.name = "offset",
-                            .summary = "the smaller, the more bright areas are held back; above black",
-                            .unit = "counts",
-                            .whenAbsent = "what makes bright areas tend to white"},
-                           WeightParameter(),
-                           {.name = "plane",
-                            .kind = Kind::Choice,
-                            .summary = "which plane of a colour image is blurred to divide all; colours stay",
-                            .choices = {"red", "green", "blue", "all"},
-                            .defaultValue = std::string("all")},
-                           RectangleParameter()},
-            .footprint = Always({.columns = 1, .rows = 1, .levels = LevelUse::Chosen, .statistics = true}),
-            .aliases = {"digital-development"},
-            .run = RunDevelopment};
+        .parameters = {{.name = "offset",
+                        .summary = "the smaller, the more bright areas are held back; above black",
+                        .unit = "counts",
+                        .whenAbsent = "what makes bright areas tend to white"},
+                       WeightParameter(),
+                       ChoiceParameter("plane", "which plane of a colour image is blurred to divide all; colours stay",
+                                       {"red", "green", "blue", "all"}, "all"),
+                       RectangleParameter()},
+        .footprint = Always({.columns = 1, .rows = 1, .levels = LevelUse::Chosen, .statistics = true}),
+        .aliases = {"digital-development"},
+        .run = RunDevelopment};
 }
 
 Operation SmoothBackground()
@@ -180,7 +154,7 @@ Operation SmoothBackground()
             .run = RunSmoothBackground};
 }
 
-// What is near a step falls to one side of it by the rounding of positions within the image.
+// By levels that make steps wider than the noise. What is near a step falls to one side of it by the rounding of positions within the image.
 Operation Posterize()
 {
     return {.name = "posterize",
@@ -196,32 +170,36 @@ Operation Posterize()
                            RectangleParameter()},
             .footprint = Always({.columns = 1, .rows = 1, .levels = LevelUse::Chosen, .placed = true}),
             .aliases = {"posterise"},
-            .run = RunPosterize};
+            .run = MadeByLevels<CImgFilter, 1, 12, [](auto& result, const Arguments& given, const auto&... to) {
+                result.AAPosterizationFilter(given.Whole("steps"), to...);
+            }>};
 }
 
 Operation HotPixels()
 {
-    return {
-        .name = "hot-pixels",
-        .summary = "replace pixels that stand out by the median about them",
-        .help = "A sample c is replaced by the median m of its neighbourhood where |m / c - 1| is above the "
+    return {.name = "hot-pixels",
+            .summary = "replace pixels that stand out by the median about them",
+            .help =
+                "A sample c is replaced by the median m of its neighbourhood where |m / c - 1| is above the "
                 "threshold. The bias counts too: a frame that it was subtracted from needs a higher threshold. Sharp "
                 "stars are in danger below 0.4.",
-        .parameters =
-            {ShapeParameter("square3"),
-             {.name = "threshold",
-              .summary = "contrast above which a pixel is replaced; 0.5: twice the median or more",
-              .min = 0.0,
-              .max = 1000.0,
-              .defaultValue = 0.5},
-             {.name = "hot", .kind = Kind::Flag, .summary = "replace pixels above the median", .defaultValue = true},
-             {.name = "cool", .kind = Kind::Flag, .summary = "replace pixels below the median", .defaultValue = true},
-             RectangleParameter()},
-        .footprint = AroundShape<>,
-        .check = CheckHotPixels,
-        .run = RunHotPixels};
+            .parameters = {ShapeParameter("square3"),
+                           {.name = "threshold",
+                            .summary = "contrast above which a pixel is replaced; 0.5: twice the median or more",
+                            .min = 0.0,
+                            .max = 1000.0,
+                            .defaultValue = 0.5},
+                           FlagParameter("hot", "replace pixels above the median", true),
+                           FlagParameter("cool", "replace pixels below the median", true),
+                           RectangleParameter()},
+            .footprint = AroundShape<>,
+            .check = CheckHotPixels,
+            .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
+                result.NoiseCut(Shape(given), given.Number("threshold"), given.Flag("cool"), given.Flag("hot"), to...);
+            }>};
 }
 
+// By levels that let the first of the usual lines lie above the noise.
 Operation Contour()
 {
     return {.name = "contour",
@@ -234,14 +212,13 @@ Operation Contour()
                             .min = 1.0,
                             .max = 65535.0,
                             .defaultValue = 8},
-                           {.name = "overlay",
-                            .kind = Kind::Flag,
-                            .summary = "draw on the image; otherwise white on black",
-                            .defaultValue = true},
+                           FlagParameter("overlay", "draw on the image; otherwise white on black", true),
                            RectangleParameter()},
             .footprint = Always(Around(1, LevelUse::Chosen)),
             .aliases = {"isophotes"},
-            .run = RunContour};
+            .run = MadeByLevels<CImgFilter, 0, 27, [](auto& result, const Arguments& given, const auto&... to) {
+                result.ContourFilter(given.Whole("levels"), given.Flag("overlay"), to...);
+            }>};
 }
 
 } // namespace

@@ -82,11 +82,9 @@ Parameter Thickness()
 std::vector<Parameter> WithPen(std::vector<Parameter> parameters)
 {
     parameters.push_back({.name = "value", .summary = "what covered samples become", .defaultValue = 255.0});
-    parameters.push_back({.name = "units",
-                          .kind = Kind::Choice,
-                          .summary = "the scale of value: display, black 0 and white 255; or raw, the sample itself",
-                          .choices = {"display", "raw"},
-                          .defaultValue = std::string("display")});
+    parameters.push_back(
+        ChoiceParameter("units", "the scale of value: display, black 0 and white 255; or raw, the sample itself",
+                        {"display", "raw"}, "display"));
     parameters.push_back(PlaneParameter("the plane to draw on"));
     parameters.push_back(RectangleParameter());
     return parameters;
@@ -124,27 +122,24 @@ Operation DrawText()
             .summary = "write a line of text",
             .help = Help("The text reads upright on the screen, in whichever order the rows are. A comma within it is "
                          "written twice. What lies outside of the image is left out."),
-            .parameters = WithPen({{.name = "text", .kind = Kind::Text, .summary = "what to write"},
-                                   Coordinate("x", "column of the point that the text is put at"),
-                                   Coordinate("y", "row of the line that the letters stand on"),
-                                   {.name = "height",
-                                    .summary = "height of capitals",
-                                    .unit = "pixels",
-                                    .min = 1.0,
-                                    .max = kMostPixels,
-                                    .defaultValue = 16.0},
-                                   {.name = "angle",
-                                    .summary = "turns the text about its point, clockwise",
-                                    .unit = "degrees",
-                                    .min = -360.0,
-                                    .max = 360.0,
-                                    .defaultValue = 0.0},
-                                   {.name = "align",
-                                    .kind = Kind::Choice,
-                                    .summary = "which part of the text is put at its point",
-                                    .choices = Alignments(),
-                                    .defaultValue = std::string("left")},
-                                   std::move(thickness)}),
+            .parameters =
+                WithPen({{.name = "text", .kind = Kind::Text, .summary = "what to write"},
+                         Coordinate("x", "column of the point that the text is put at"),
+                         Coordinate("y", "row of the line that the letters stand on"),
+                         {.name = "height",
+                          .summary = "height of capitals",
+                          .unit = "pixels",
+                          .min = 1.0,
+                          .max = kMostPixels,
+                          .defaultValue = 16.0},
+                         {.name = "angle",
+                          .summary = "turns the text about its point, clockwise",
+                          .unit = "degrees",
+                          .min = -360.0,
+                          .max = 360.0,
+                          .defaultValue = 0.0},
+                         ChoiceParameter("align", "which part of the text is put at its point", Alignments(), "left"),
+                         std::move(thickness)}),
             .footprint = DrawFootprint,
             .run = RunDrawText};
 }

@@ -73,11 +73,8 @@ Operation Fill()
                 "Undefined are blank samples, NaN and infinities; all others stay as they are. From neighbours a hole "
                 "closes ring by ring, each sample being the mean of those defined among the eight about it, "
                 "which count by the inverse square of their distance. The sky is the median of the plane.",
-            .parameters = {{.name = "with",
-                            .kind = Kind::Choice,
-                            .summary = "where the values come from",
-                            .choices = {"neighbours", "sky", "value"},
-                            .defaultValue = std::string("neighbours")},
+            .parameters = {ChoiceParameter("with", "where the values come from", {"neighbours", "sky", "value"},
+                                           "neighbours"),
                            {.name = "value",
                             .summary = "the value, in every plane",
                             .unit = "counts",

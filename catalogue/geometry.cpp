@@ -367,10 +367,7 @@ Operation Rotate()
                 " World coordinates follow to the half pixel." + kDropsMosaic,
         .parameters =
             {{.name = "angle", .summary = "clockwise on the screen", .unit = "degrees", .min = -360.0, .max = 360.0},
-             {.name = "expand",
-              .kind = Kind::Flag,
-              .summary = "enlarge the canvas, so that no corner is cut off",
-              .defaultValue = false},
+             FlagParameter("expand", "enlarge the canvas, so that no corner is cut off", false),
              {.name = "background",
               .summary = "the sample where the image leaves the canvas free",
               .unit = "counts",
@@ -384,11 +381,8 @@ Operation Rotate90()
     return {.name = "rotate90",
             .summary = "turn the image by a quarter",
             .help = std::string("Samples do not change.") + kFirstRow + kTurnsSky + kCarriesMosaic,
-            .parameters = {{.name = "direction",
-                            .kind = Kind::Choice,
-                            .summary = "which way, on the screen",
-                            .choices = {"clockwise", "anticlockwise"},
-                            .defaultValue = std::string("clockwise")}},
+            .parameters = {ChoiceParameter("direction", "which way, on the screen", {"clockwise", "anticlockwise"},
+                                           "clockwise")},
             .footprint = Always({.moves = true, .resizes = true}),
             .run = RunRotate90};
 }
@@ -430,24 +424,20 @@ Operation Resize()
 
 Operation Bin()
 {
-    return {.name = "bin",
-            .summary = "add blocks of pixels up into one",
-            .help = std::string("The result is the sum of a block, not its mean.") +
-                    " World coordinates follow. XBINNING, YBINNING, "
-                    "XPIXSZ and YPIXSZ are multiplied." +
-                    kDropsMosaic,
-            .parameters = {ColumnsParameter("columns that become one"),
-                           RowsParameter("rows that become one"),
-                           {.name = "keep-partial",
-                            .kind = Kind::Flag,
-                            .summary = "keep blocks that the right and last edge cut, as sums of what is there",
-                            .defaultValue = false},
-                           {.name = "scale-levels",
-                            .kind = Kind::Flag,
-                            .summary = "multiply the display levels, so that the image looks as before",
-                            .defaultValue = true}},
-            .footprint = Always({.moves = true, .resizes = true}),
-            .run = RunBin};
+    return {
+        .name = "bin",
+        .summary = "add blocks of pixels up into one",
+        .help = std::string("The result is the sum of a block, not its mean.") +
+                " World coordinates follow. XBINNING, YBINNING, "
+                "XPIXSZ and YPIXSZ are multiplied." +
+                kDropsMosaic,
+        .parameters = {ColumnsParameter("columns that become one"), RowsParameter("rows that become one"),
+                       FlagParameter("keep-partial",
+                                     "keep blocks that the right and last edge cut, as sums of what is there", false),
+                       FlagParameter("scale-levels", "multiply the display levels, so that the image looks as before",
+                                     true)},
+        .footprint = Always({.moves = true, .resizes = true}),
+        .run = RunBin};
 }
 
 Operation Canvas()
@@ -459,11 +449,8 @@ Operation Canvas()
                 kFirstRow + kCarriesSky + kCarriesMosaic,
             .parameters = {SideParameter("width", "the width stays"),
                            SideParameter("height", "the height stays"),
-                           {.name = "anchor",
-                            .kind = Kind::Choice,
-                            .summary = "where the picture lies on the canvas, as the screen shows it",
-                            .choices = Anchors(),
-                            .defaultValue = std::string("centre")},
+                           ChoiceParameter("anchor", "where the picture lies on the canvas, as the screen shows it",
+                                           Anchors(), "centre"),
                            {.name = "background",
                             .summary = "what the border shows: 0 black, 255 white",
                             .unit = "display value",

@@ -175,6 +175,17 @@ Parameter RectangleParameter()
             .whenAbsent = "the whole image"};
 }
 
+Parameter FlagParameter(const std::string& name, const std::string& summary, bool defaultValue)
+{
+    return {.name = name, .kind = Kind::Flag, .summary = summary, .defaultValue = defaultValue};
+}
+
+Parameter ChoiceParameter(const std::string& name, const std::string& summary, const std::vector<std::string>& choices,
+                          const std::string& defaultValue)
+{
+    return {.name = name, .kind = Kind::Choice, .summary = summary, .choices = choices, .defaultValue = defaultValue};
+}
+
 Value ParseValue(const Parameter& parameter, std::string_view text)
 {
     if (text.empty()) {

@@ -63,6 +63,13 @@ struct Parameter {
 /// The rectangle that an operation keeps to; the whole image when it is not given.
 CORVANE_VISIBLE Parameter RectangleParameter();
 
+/// A parameter that is yes or no.
+CORVANE_VISIBLE Parameter FlagParameter(const std::string& name, const std::string& summary, bool defaultValue);
+
+/// A parameter that is one of a few words.
+CORVANE_VISIBLE Parameter ChoiceParameter(const std::string& name, const std::string& summary,
+                                          const std::vector<std::string>& choices, const std::string& defaultValue);
+
 /// Reads a value as a person writes it. Throws Error when it is none of the parameter's kind or not allowed.
 CORVANE_VISIBLE Value ParseValue(const Parameter& parameter, std::string_view text);
 

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "catalogue/made.h"
 #include "catalogue/operations.h"
 #include "catalogue/shape.h"
 #include "corvane/filter/filter.h"
@@ -11,31 +12,6 @@ namespace {
 
 // At 2 the definition divides by zero, and just below it noise is all that is left.
 constexpr double kMostStrength = 1.9;
-
-using SharpMember = void (CImgFilter::*)(int, double, const CStlImage&, const CRect*, const Run&);
-
-template <SharpMember kMember>
-CStlImage RunSharp(const CStlImage& image, const Arguments& arguments, const Run& run)
-{
-    CImgFilter result(image);
-    (result.*kMember)(Shape(arguments), arguments.Number("strength"), image, arguments.Rectangle("rect"), run);
-    return result;
-}
-
-CStlImage RunLaplacian(const CStlImage& image, const Arguments& arguments, const Run& run)
-{
-    CImgFilter result(image);
-    result.LaplacianFilter(Shape(arguments), image, arguments.Rectangle("rect"), run);
-    return result;
-}
-
-CStlImage RunUnsharp(const CStlImage& image, const Arguments& arguments, const Run& run)
-{
-    CImgFilter result(image);
-    result.UnSharpMask(arguments.Number("amount"), Shape(arguments), arguments.Number("weight"),
-                       arguments.Number("threshold"), image, arguments.Rectangle("rect"), run);
-    return result;
-}
 
 Parameter StrengthParameter(const char* summary, double defaultValue)
 {
@@ -53,7 +29,9 @@ Operation Sharpen()
                            StrengthParameter("0 changes nothing, 1 adds the whole difference from the neighbours", 1.0),
                            RectangleParameter()},
             .footprint = AroundShape<>,
-            .run = RunSharp<&CImgFilter::SharpFilter>};
+            .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
+                result.SharpFilter(Shape(given), given.Number("strength"), to...);
+            }>};
 }
 
 Operation SharpenEdges()
@@ -66,7 +44,9 @@ Operation SharpenEdges()
             .parameters = {ShapeParameter("square3"), StrengthParameter("the strength at the strongest edges", 1.0),
                            RectangleParameter()},
             .footprint = AroundShape<LevelUse::Read>,
-            .run = RunSharp<&CImgFilter::SharpEdgeFilter>};
+            .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
+                result.SharpEdgeFilter(Shape(given), given.Number("strength"), to...);
+            }>};
 }
 
 Operation Laplacian()
@@ -80,7 +60,9 @@ Operation Laplacian()
                     "levels stay, black being that of the first plane.",
             .parameters = {shape, RectangleParameter()},
             .footprint = Always(Around(1, LevelUse::Read)),
-            .run = RunLaplacian};
+            .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
+                result.LaplacianFilter(Shape(given), to...);
+            }>};
 }
 
 Operation Unsharp()
@@ -103,7 +85,10 @@ Operation Unsharp()
                             .defaultValue = 0.0},
                            RectangleParameter()},
             .footprint = AroundShape<>,
-            .run = RunUnsharp};
+            .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
+                result.UnSharpMask(given.Number("amount"), Shape(given), given.Number("weight"),
+                                   given.Number("threshold"), to...);
+            }>};
 }
 
 } // namespace

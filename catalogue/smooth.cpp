@@ -3,6 +3,7 @@
 #include <cmath>
 #include <string>
 
+#include "catalogue/made.h"
 #include "catalogue/operations.h"
 #include "catalogue/shape.h"
 #include "corvane/core/error.h"
@@ -12,53 +13,14 @@
 namespace corvane::catalogue {
 namespace {
 
-using MeanMember = void (CImgFilter::*)(int, double, const CStlImage&, const CRect*, const Run&);
-
-template <MeanMember kMember>
-CStlImage RunMean(const CStlImage& image, const Arguments& arguments, const Run& run)
-{
-    CImgFilter result(image);
-    (result.*kMember)(Shape(arguments), arguments.Number("weight"), image, arguments.Rectangle("rect"), run);
-    return result;
-}
-
-CStlImage RunMedian(const CStlImage& image, const Arguments& arguments, const Run& run)
-{
-    CImgFilter result(image);
-    result.MedianFilter(Shape(arguments), image, arguments.Rectangle("rect"), run);
-    return result;
-}
-
-CStlImage Ranked(const CStlImage& image, const Arguments& arguments, const Run& run, int rank)
-{
-    CImgFilter result(image);
-    result.MinMaxFilter(Shape(arguments), rank, image, arguments.Rectangle("rect"), run);
-    return result;
-}
-
 int LastRank(const Arguments& arguments)
 {
     return filter::Points(Shape(arguments)) - 1;
 }
 
-CStlImage RunGaussian(const CStlImage& image, const Arguments& arguments, const Run& run)
-{
-    CImgFilter result(image);
-    result.GaussianFilter(arguments.Number("sigma"), image, arguments.Rectangle("rect"), run);
-    return result;
-}
-
 Footprint GaussianFootprint(const Arguments& arguments)
 {
     return Around(static_cast<int>(std::ceil(2.0 * arguments.Number("sigma"))));
-}
-
-CStlImage RunStarSharpen(const CStlImage& image, const Arguments& arguments, const Run& run)
-{
-    CImgFilter result(image);
-    result.StarSharpFilter(Shape(arguments), arguments.Number("rank"), arguments.Number("threshold"),
-                           arguments.Flag("keep-peaks"), image, arguments.Rectangle("rect"), run);
-    return result;
 }
 
 void CheckRank(double rank, const Arguments& arguments)
@@ -88,7 +50,9 @@ Operation Mean()
                     "less.",
             .parameters = {ShapeParameter("square3"), WeightParameter(), RectangleParameter()},
             .footprint = AroundShape<>,
-            .run = RunMean<&CImgFilter::MeanFilter>};
+            .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
+                result.MeanFilter(Shape(given), given.Number("weight"), to...);
+            }>};
 }
 
 Operation MeanKeepEdges()
@@ -100,7 +64,9 @@ Operation MeanKeepEdges()
                     "suit it.",
             .parameters = {ShapeParameter("square3"), WeightParameter(), RectangleParameter()},
             .footprint = AroundShape<LevelUse::Read>,
-            .run = RunMean<&CImgFilter::MeanWithoutEdgeFilter>};
+            .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
+                result.MeanWithoutEdgeFilter(Shape(given), given.Number("weight"), to...);
+            }>};
 }
 
 Operation Median()
@@ -110,7 +76,9 @@ Operation Median()
             .help = "Takes single odd samples out, hot pixels and cosmic rays, and keeps edges sharp.",
             .parameters = {ShapeParameter("square3"), RectangleParameter()},
             .footprint = AroundShape<>,
-            .run = RunMedian};
+            .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
+                result.MedianFilter(Shape(given), to...);
+            }>};
 }
 
 Operation Rank()
@@ -123,8 +91,9 @@ Operation Rank()
                            RankParameter(Kind::Whole, "place in the ascending order, from 0", 2), RectangleParameter()},
             .footprint = AroundShape<>,
             .check = [](const Arguments& arguments) { CheckRank(arguments.Whole("rank"), arguments); },
-            .run = [](const CStlImage& image, const Arguments& arguments,
-                      const Run& run) { return Ranked(image, arguments, run, arguments.Whole("rank")); }};
+            .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
+                result.MinMaxFilter(Shape(given), given.Whole("rank"), to...);
+            }>};
 }
 
 Operation Minimum()
@@ -135,9 +104,9 @@ Operation Minimum()
             .parameters = {ShapeParameter("square3"), RectangleParameter()},
             .footprint = AroundShape<>,
             .aliases = {"min"},
-            .run = [](const CStlImage& image, const Arguments& arguments, const Run& run) {
-                return Ranked(image, arguments, run, 0);
-            }};
+            .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
+                result.MinMaxFilter(Shape(given), 0, to...);
+            }>};
 }
 
 Operation Maximum()
@@ -148,9 +117,9 @@ Operation Maximum()
             .parameters = {ShapeParameter("square3"), RectangleParameter()},
             .footprint = AroundShape<>,
             .aliases = {"max"},
-            .run = [](const CStlImage& image, const Arguments& arguments, const Run& run) {
-                return Ranked(image, arguments, run, LastRank(arguments));
-            }};
+            .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
+                result.MinMaxFilter(Shape(given), LastRank(given), to...);
+            }>};
 }
 
 Operation Gaussian()
@@ -167,31 +136,34 @@ Operation Gaussian()
                             .defaultValue = 1.0},
                            RectangleParameter()},
             .footprint = GaussianFootprint,
-            .run = RunGaussian};
+            .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
+                result.GaussianFilter(given.Number("sigma"), to...);
+            }>};
 }
 
 Operation StarSharpen()
 {
-    return {.name = "star-sharpen",
-            .summary = "tighten stars by a low rank of the neighbourhood",
-            .help = "A sample becomes the value of the rank, interpolated between whole ranks, where that differs from "
-                    "the largest sample of the neighbourhood by at least the threshold: on the slopes of stars. Low "
-                    "ranks tighten more.",
-            .parameters = {ShapeParameter("square3"),
-                           RankParameter(Kind::Number, "place in the ascending order, from 0", 2.0),
-                           {.name = "threshold",
-                            .summary = "least difference that counts, as a part of the largest sample; 0: everywhere",
-                            .min = 0.0,
-                            .max = 1.0,
-                            .defaultValue = 0.1},
-                           {.name = "keep-peaks",
-                            .kind = Kind::Flag,
-                            .summary = "leave samples that are the largest of their neighbourhood",
-                            .defaultValue = true},
-                           RectangleParameter()},
-            .footprint = AroundShape<>,
-            .check = [](const Arguments& arguments) { CheckRank(arguments.Number("rank"), arguments); },
-            .run = RunStarSharpen};
+    return {
+        .name = "star-sharpen",
+        .summary = "tighten stars by a low rank of the neighbourhood",
+        .help = "A sample becomes the value of the rank, interpolated between whole ranks, where that differs from "
+                "the largest sample of the neighbourhood by at least the threshold: on the slopes of stars. Low "
+                "ranks tighten more.",
+        .parameters = {ShapeParameter("square3"),
+                       RankParameter(Kind::Number, "place in the ascending order, from 0", 2.0),
+                       {.name = "threshold",
+                        .summary = "least difference that counts, as a part of the largest sample; 0: everywhere",
+                        .min = 0.0,
+                        .max = 1.0,
+                        .defaultValue = 0.1},
+                       FlagParameter("keep-peaks", "leave samples that are the largest of their neighbourhood", true),
+                       RectangleParameter()},
+        .footprint = AroundShape<>,
+        .check = [](const Arguments& arguments) { CheckRank(arguments.Number("rank"), arguments); },
+        .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
+            result.StarSharpFilter(Shape(given), given.Number("rank"), given.Number("threshold"),
+                                   given.Flag("keep-peaks"), to...);
+        }>};
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include <string>
 
 #include "catalogue/display_levels.h"
+#include "catalogue/made.h"
 #include "catalogue/operations.h"
 #include "catalogue/plane.h"
 #include "corvane/core/error.h"
@@ -76,13 +77,6 @@ Footprint ClipFootprint(const Arguments& arguments)
     return {.levels = arguments.Has("min") && arguments.Has("max") ? LevelUse::Unread : LevelUse::Read};
 }
 
-CStlImage RunInvert(const CStlImage& image, const Arguments& arguments, const Run& run)
-{
-    CImgInvert result(image);
-    result.Do(image, arguments.Rectangle("rect"), run);
-    return result;
-}
-
 Operation Invert()
 {
     return {.name = "invert",
@@ -91,7 +85,7 @@ Operation Invert()
                     "display levels, which stay. Samples outside of the levels stay outside.",
             .parameters = {RectangleParameter()},
             .footprint = Always({.levels = LevelUse::Read}),
-            .run = RunInvert};
+            .run = Made<CImgInvert, [](auto& result, const Arguments&, const auto&... to) { result.Do(to...); }>};
 }
 
 Parameter SigmaParameter(const char* name, const char* summary, double defaultValue, Value (*readSetting)())
