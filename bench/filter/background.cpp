@@ -16,30 +16,26 @@ double Faded(double place, double level, double fade)
 
 const Line mono("filter/BackgroundSmoothing/mono", {}, [](Run& run) {
     CStlImage& frame = LargeFrame();
-    CImgFilter result(frame);
-    const auto filter = [&] { result.BkgSmooth(kLevel, 1, 1.0, &frame, nullptr, 0); };
-    filter();
-    CheckSamples(result, [&](int x, int y, int plane) {
-        const double v = frame.GetPixelGrayRaw(x, y, plane);
-        const double fade = frame.GetLevelRange(0) * 0.05;
-        return v > kLevel ? v : PlainMean(Window(frame, x, y, plane, 1), Faded(v, kLevel, fade));
-    });
-    run.Time(frame.GetImageSize(), filter);
+    TimeOperation<CImgFilter>(
+        run, frame, [&](auto& result, auto... to) { result.BkgSmooth(kLevel, 1, 1.0, to...); },
+        [&](int x, int y, int plane) {
+            const double v = frame.GetPixelGrayRaw(x, y, plane);
+            const double fade = frame.GetLevelRange(0) * 0.05;
+            return v > kLevel ? v : PlainMean(Window(frame, x, y, plane, 1), Faded(v, kLevel, fade));
+        });
 });
 
 const Line colour("filter/BackgroundSmoothing/colour", {}, [](Run& run) {
-    Sky frame(Size(2048, 67), Size(2048, 45), 3, 5);
-    CImgFilter result(frame);
-    const auto filter = [&] { result.BkgSmooth(kLevel, 1, 1.0, &frame, nullptr, 0); };
-    filter();
+    CStlImage& frame = ColourFrame();
     const double level = frame.To256(kLevel, 0);
-    CheckSamples(result, [&](int x, int y, int plane) {
-        const auto shown = [&](int p) { return frame.GetPixelGray256f(x, y, p); };
-        const double bright = 0.299 * shown(0) + 0.587 * shown(1) + 0.114 * shown(2);
-        return bright > level ? static_cast<double>(frame.GetPixelGrayRaw(x, y, plane))
-                              : PlainMean(Window(frame, x, y, plane, 1), Faded(bright, level, 16.0));
-    });
-    run.Time(frame.GetImageSize(), filter);
+    TimeOperation<CImgFilter>(
+        run, frame, [&](auto& result, auto... to) { result.BkgSmooth(kLevel, 1, 1.0, to...); },
+        [&](int x, int y, int plane) {
+            const auto shown = [&](int p) { return frame.GetPixelGray256f(x, y, p); };
+            const double bright = 0.299 * shown(0) + 0.587 * shown(1) + 0.114 * shown(2);
+            return bright > level ? static_cast<double>(frame.GetPixelGrayRaw(x, y, plane))
+                                  : PlainMean(Window(frame, x, y, plane, 1), Faded(bright, level, 16.0));
+        });
 });
 
 } // namespace

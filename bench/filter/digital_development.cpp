@@ -40,7 +40,7 @@ const Line mono("filter/DigitalDevelopment/mono", {}, [](Run& run) { TimeDevelop
 
 void TimeColour(Run& run, int selector)
 {
-    Sky frame(Size(2048, 67), Size(2048, 45), 3, 5);
+    CStlImage& frame = ColourFrame();
     TimeDevelopment(run, frame, selector);
 }
 

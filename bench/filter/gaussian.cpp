@@ -29,11 +29,9 @@ double PlainGaussian(const CStlImage& image, int x, int y, int plane, double sig
 void TimeGaussian(Run& run, double sigma)
 {
     CStlImage& frame = LargeFrame();
-    CImgFilter result(frame);
-    const auto filter = [&] { result.GaussianFilter(sigma, &frame, nullptr, 0); };
-    filter();
-    CheckSamples(result, [&](int x, int y, int plane) { return PlainGaussian(frame, x, y, plane, sigma); });
-    run.Time(frame.GetImageSize(), filter);
+    TimeOperation<CImgFilter>(
+        run, frame, [&](auto& result, auto... to) { result.GaussianFilter(sigma, to...); },
+        [&](int x, int y, int plane) { return PlainGaussian(frame, x, y, plane, sigma); });
 }
 
 const Line sigma1("filter/Gaussian/sigma 1", TimesMemcpy(3.0), [](Run& run) { TimeGaussian(run, 1.0); });

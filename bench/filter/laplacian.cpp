@@ -14,14 +14,13 @@ void TimeLaplacian(Run& run, int type)
     constexpr double kWeights[][9] = {
         {0, -1, 0, -1, 4, -1, 0, -1, 0}, {-1, -1, -1, -1, 8, -1, -1, -1, -1}, {1, -2, 1, -2, 4, -2, 1, -2, 1}};
     CStlImage& frame = LargeFrame();
-    CImgFilter result(frame);
-    const auto filter = [&] { result.LaplacianFilter(type, &frame, nullptr, 0); };
-    filter();
-    CheckSamples(result, [&](int x, int y, int plane) {
-        const std::vector<double> window = Window(frame, x, y, plane, 1);
-        return std::fabs(std::inner_product(window.begin(), window.end(), kWeights[type], 0.0)) + frame.GetLevelMin(0);
-    });
-    run.Time(frame.GetImageSize(), filter);
+    TimeOperation<CImgFilter>(
+        run, frame, [&](auto& result, auto... to) { result.LaplacianFilter(type, to...); },
+        [&](int x, int y, int plane) {
+            const std::vector<double> window = Window(frame, x, y, plane, 1);
+            return std::fabs(std::inner_product(window.begin(), window.end(), kWeights[type], 0.0)) +
+                   frame.GetLevelMin(0);
+        });
 }
 
 const Line direct("filter/Laplacian/4 neighbours", TimesMemcpy(2.5), [](Run& run) { TimeLaplacian(run, 0); });

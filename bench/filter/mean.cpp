@@ -16,36 +16,29 @@ constexpr double kWeight = 0.7;
 
 void TimeMean(Run& run, CStlImage& frame, int type)
 {
-    CImgFilter result(frame);
-    const auto filter = [&] { result.MeanFilter(type, kWeight, &frame, nullptr, 0); };
-    filter();
-    CheckSamples(result, [&](int x, int y, int plane) { return PlainMean(Window(frame, x, y, plane, type), kWeight); });
-    run.Time(frame.GetImageSize(), filter);
+    TimeOperation<CImgFilter>(
+        run, frame, [&](auto& result, auto... to) { result.MeanFilter(type, kWeight, to...); },
+        [&](int x, int y, int plane) { return PlainMean(Window(frame, x, y, plane, type), kWeight); });
 }
 
 void TimeMeanWithoutEdge(Run& run, int type)
 {
     CStlImage& frame = LargeFrame();
-    CImgFilter result(frame);
-    const auto filter = [&] { result.MeanWithoutEdgeFilter(type, kWeight, &frame, nullptr, 0); };
-    filter();
-    CheckSamples(result, [&](int x, int y, int plane) {
-        const std::vector<double> cross = Window(frame, x, y, plane, 0);
-        const double laplacian = std::fabs(4.0 * cross[2] - (cross[1] + cross[3] + cross[0] + cross[4]));
-        const float shown = frame.To256(static_cast<float>(laplacian + frame.GetLevelMin(0)), 0);
-        const double flat = 1.0 - std::clamp(shown / 255.0, 0.0, 1.0);
-        return PlainMean(Window(frame, x, y, plane, type), flat * flat * kWeight);
-    });
-    run.Time(frame.GetImageSize(), filter);
+    TimeOperation<CImgFilter>(
+        run, frame, [&](auto& result, auto... to) { result.MeanWithoutEdgeFilter(type, kWeight, to...); },
+        [&](int x, int y, int plane) {
+            const std::vector<double> cross = Window(frame, x, y, plane, 0);
+            const double laplacian = std::fabs(4.0 * cross[2] - (cross[1] + cross[3] + cross[0] + cross[4]));
+            const float shown = frame.To256(static_cast<float>(laplacian + frame.GetLevelMin(0)), 0);
+            const double flat = 1.0 - std::clamp(shown / 255.0, 0.0, 1.0);
+            return PlainMean(Window(frame, x, y, plane, type), flat * flat * kWeight);
+        });
 }
 
 const Line cross("filter/Mean/cross", {}, [](Run& run) { TimeMean(run, LargeFrame(), 0); });
 const Line square3("filter/Mean/3 x 3", TimesMemcpy(2.5), [](Run& run) { TimeMean(run, LargeFrame(), 1); });
 const Line square5("filter/Mean/5 x 5", {}, [](Run& run) { TimeMean(run, LargeFrame(), 2); });
-const Line colour("filter/Mean/3 x 3, colour", TimesMemcpy(2.5), [](Run& run) {
-    Sky frame(Size(2048, 67), Size(2048, 45), 3, 5);
-    TimeMean(run, frame, 1);
-});
+const Line colour("filter/Mean/3 x 3, colour", TimesMemcpy(2.5), [](Run& run) { TimeMean(run, ColourFrame(), 1); });
 const Line withoutEdge("filter/MeanWithoutEdge/3 x 3", {}, [](Run& run) { TimeMeanWithoutEdge(run, 1); });
 
 } // namespace

@@ -14,17 +14,15 @@ void TimeNoiseCut(Run& run, int type)
 {
     constexpr double kThreshold = 0.05;
     CStlImage& frame = LargeFrame();
-    CImgFilter result(frame);
-    const auto filter = [&] { result.NoiseCut(type, kThreshold, 0, 1, &frame, nullptr, 0); };
-    filter();
-    CheckSamples(result, [&](int x, int y, int plane) {
-        std::vector<double> window = Window(frame, x, y, plane, type);
-        const double centre = window[window.size() / 2];
-        std::sort(window.begin(), window.end());
-        const double median = window[window.size() / 2];
-        return centre > median && std::fabs(median / centre - 1.0) > kThreshold ? median : centre;
-    });
-    run.Time(frame.GetImageSize(), filter);
+    TimeOperation<CImgFilter>(
+        run, frame, [&](auto& result, auto... to) { result.NoiseCut(type, kThreshold, 0, 1, to...); },
+        [&](int x, int y, int plane) {
+            std::vector<double> window = Window(frame, x, y, plane, type);
+            const double centre = window[window.size() / 2];
+            std::sort(window.begin(), window.end());
+            const double median = window[window.size() / 2];
+            return centre > median && std::fabs(median / centre - 1.0) > kThreshold ? median : centre;
+        });
 }
 
 const Line square3("filter/NoiseCut/3 x 3", {}, [](Run& run) { TimeNoiseCut(run, 1); });

@@ -27,21 +27,16 @@ double PlainSteps(const CStlImage& frame, int x, int y)
 
 void TimePosterize(Run& run, CStlImage& frame)
 {
-    CImgFilter result(frame);
-    const auto filter = [&] { result.AAPosterizationFilter(kLevels, &frame, nullptr, 0); };
-    filter();
-    CheckSamples(result, [&](int x, int y, int plane) {
-        const double steps = PlainSteps(frame, x, y);
-        return frame.ToRaw(frame.IsColor() && plane != 1 ? static_cast<float>(steps) : steps, plane);
-    });
-    run.Time(frame.GetImageSize(), filter);
+    TimeOperation<CImgFilter>(
+        run, frame, [&](auto& result, auto... to) { result.AAPosterizationFilter(kLevels, to...); },
+        [&](int x, int y, int plane) {
+            const double steps = PlainSteps(frame, x, y);
+            return frame.ToRaw(frame.IsColor() && plane != 1 ? static_cast<float>(steps) : steps, plane);
+        });
 }
 
 const Line mono("filter/Posterize/mono", {}, [](Run& run) { TimePosterize(run, LargeFrame()); });
-const Line colour("filter/Posterize/colour", {}, [](Run& run) {
-    Sky frame(Size(2048, 67), Size(2048, 45), 3, 5);
-    TimePosterize(run, frame);
-});
+const Line colour("filter/Posterize/colour", {}, [](Run& run) { TimePosterize(run, ColourFrame()); });
 
 } // namespace
 } // namespace corvane::bench

@@ -19,32 +19,26 @@ double PlainRank(std::vector<double> window, int rank)
 
 void TimeRank(Run& run, CStlImage& frame, int type, int rank)
 {
-    CImgFilter result(frame);
-    const auto filter = [&] { result.MinMaxFilter(type, rank, &frame, nullptr, 0); };
-    filter();
-    CheckSamples(result, [&](int x, int y, int plane) { return PlainRank(Window(frame, x, y, plane, type), rank); });
-    run.Time(frame.GetImageSize(), filter);
+    TimeOperation<CImgFilter>(
+        run, frame, [&](auto& result, auto... to) { result.MinMaxFilter(type, rank, to...); },
+        [&](int x, int y, int plane) { return PlainRank(Window(frame, x, y, plane, type), rank); });
 }
 
 void TimeMedian(Run& run, CStlImage& frame, int type)
 {
-    CImgFilter result(frame);
-    const auto filter = [&] { result.MedianFilter(type, &frame, nullptr, 0); };
-    filter();
-    CheckSamples(result, [&](int x, int y, int plane) {
-        const std::vector<double> window = Window(frame, x, y, plane, type);
-        return PlainRank(window, static_cast<int>(window.size() / 2));
-    });
-    run.Time(frame.GetImageSize(), filter);
+    TimeOperation<CImgFilter>(
+        run, frame, [&](auto& result, auto... to) { result.MedianFilter(type, to...); },
+        [&](int x, int y, int plane) {
+            const std::vector<double> window = Window(frame, x, y, plane, type);
+            return PlainRank(window, static_cast<int>(window.size() / 2));
+        });
 }
 
 const Line medianCross("filter/Median/cross", {}, [](Run& run) { TimeMedian(run, LargeFrame(), 0); });
 const Line median3("filter/Median/3 x 3", TimesMemcpy(2.5), [](Run& run) { TimeMedian(run, LargeFrame(), 1); });
 const Line median5("filter/Median/5 x 5", TimesMemcpy(12.0), [](Run& run) { TimeMedian(run, LargeFrame(), 2); });
-const Line medianColour("filter/Median/3 x 3, colour", TimesMemcpy(2.5), [](Run& run) {
-    Sky frame(Size(2048, 67), Size(2048, 45), 3, 5);
-    TimeMedian(run, frame, 1);
-});
+const Line medianColour("filter/Median/3 x 3, colour", TimesMemcpy(2.5),
+                        [](Run& run) { TimeMedian(run, ColourFrame(), 1); });
 
 const Line minimum("filter/MinMax/3 x 3, minimum", TimesMemcpy(2.0),
                    [](Run& run) { TimeRank(run, LargeFrame(), 1, 0); });

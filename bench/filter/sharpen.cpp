@@ -23,12 +23,9 @@ double PlainSharp(const std::vector<double>& window, double strength)
 void TimeSharp(Run& run, int type)
 {
     CStlImage& frame = LargeFrame();
-    CImgFilter result(frame);
-    const auto filter = [&] { result.SharpFilter(type, kStrength, &frame, nullptr, 0); };
-    filter();
-    CheckSamples(result,
-                 [&](int x, int y, int plane) { return PlainSharp(Window(frame, x, y, plane, type), kStrength); });
-    run.Time(frame.GetImageSize(), filter);
+    TimeOperation<CImgFilter>(
+        run, frame, [&](auto& result, auto... to) { result.SharpFilter(type, kStrength, to...); },
+        [&](int x, int y, int plane) { return PlainSharp(Window(frame, x, y, plane, type), kStrength); });
 }
 
 const Line cross("filter/Sharp/cross", {}, [](Run& run) { TimeSharp(run, 0); });
@@ -37,17 +34,15 @@ const Line square5("filter/Sharp/5 x 5", {}, [](Run& run) { TimeSharp(run, 2); }
 
 const Line sharpEdge("filter/SharpEdge/3 x 3", {}, [](Run& run) {
     CStlImage& frame = LargeFrame();
-    CImgFilter result(frame);
-    const auto filter = [&] { result.SharpEdgeFilter(1, kStrength, &frame, nullptr, 0); };
-    filter();
-    CheckSamples(result, [&](int x, int y, int plane) {
-        const std::vector<double> near = Window(frame, x, y, plane, 0);
-        const double laplacian = std::fabs(4.0 * near[2] - (near[1] + near[3] + near[0] + near[4]));
-        const float shown = frame.To256(static_cast<float>(laplacian + frame.GetLevelMin(0)), 0);
-        const double edge = std::clamp(shown / 255.0, 0.0, 1.0);
-        return PlainSharp(Window(frame, x, y, plane, 1), kStrength * edge * edge);
-    });
-    run.Time(frame.GetImageSize(), filter);
+    TimeOperation<CImgFilter>(
+        run, frame, [&](auto& result, auto... to) { result.SharpEdgeFilter(1, kStrength, to...); },
+        [&](int x, int y, int plane) {
+            const std::vector<double> near = Window(frame, x, y, plane, 0);
+            const double laplacian = std::fabs(4.0 * near[2] - (near[1] + near[3] + near[0] + near[4]));
+            const float shown = frame.To256(static_cast<float>(laplacian + frame.GetLevelMin(0)), 0);
+            const double edge = std::clamp(shown / 255.0, 0.0, 1.0);
+            return PlainSharp(Window(frame, x, y, plane, 1), kStrength * edge * edge);
+        });
 });
 
 } // namespace

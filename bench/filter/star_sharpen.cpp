@@ -26,11 +26,9 @@ double PlainStar(std::vector<double> window)
 void TimeStarSharpen(Run& run, int type)
 {
     CStlImage& frame = LargeFrame();
-    CImgFilter result(frame);
-    const auto filter = [&] { result.StarSharpFilter(type, kRank, kThreshold, 1, &frame, nullptr, 0); };
-    filter();
-    CheckSamples(result, [&](int x, int y, int plane) { return PlainStar(Window(frame, x, y, plane, type)); });
-    run.Time(frame.GetImageSize(), filter);
+    TimeOperation<CImgFilter>(
+        run, frame, [&](auto& result, auto... to) { result.StarSharpFilter(type, kRank, kThreshold, 1, to...); },
+        [&](int x, int y, int plane) { return PlainStar(Window(frame, x, y, plane, type)); });
 }
 
 const Line square3("filter/StarSharpen/3 x 3", {}, [](Run& run) { TimeStarSharpen(run, 1); });

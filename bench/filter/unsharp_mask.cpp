@@ -13,17 +13,15 @@ void TimeUnsharp(Run& run, int type, double factor)
 {
     constexpr double kThreshold = 0.02;
     CStlImage& frame = LargeFrame();
-    CImgFilter result(frame);
-    const auto filter = [&] { result.UnSharpMask(1.5, type, 0.7, kThreshold, &frame, nullptr, 0); };
-    filter();
-    CheckSamples(result, [&](int x, int y, int plane) {
-        const std::vector<double> window = Window(frame, x, y, plane, type);
-        const double centre = window[window.size() / 2];
-        const double mean = std::accumulate(window.begin(), window.end(), 0.0) * factor;
-        const double blurred = static_cast<float>(PlainMean(window, 0.7));
-        return std::fabs(mean / centre - 1.0) >= kThreshold ? (centre - blurred) * 1.5 + centre : centre;
-    });
-    run.Time(frame.GetImageSize(), filter);
+    TimeOperation<CImgFilter>(
+        run, frame, [&](auto& result, auto... to) { result.UnSharpMask(1.5, type, 0.7, kThreshold, to...); },
+        [&](int x, int y, int plane) {
+            const std::vector<double> window = Window(frame, x, y, plane, type);
+            const double centre = window[window.size() / 2];
+            const double mean = std::accumulate(window.begin(), window.end(), 0.0) * factor;
+            const double blurred = static_cast<float>(PlainMean(window, 0.7));
+            return std::fabs(mean / centre - 1.0) >= kThreshold ? (centre - blurred) * 1.5 + centre : centre;
+        });
 }
 
 const Line square3("filter/UnsharpMask/3 x 3", TimesMemcpy(2.5),

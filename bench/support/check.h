@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "bench/support/line.h"
 #include "corvane/core/stl_image.h"
 
 namespace corvane::bench {
@@ -37,6 +38,18 @@ void CheckSamples(const CStlImage& image, Expected expected)
             RequireClose(image.GetPixelGrayRaw(x, y, plane), static_cast<float>(expected(x, y, plane)), x, y, plane);
         });
     }
+}
+
+/// Times what work(result, source, rect, showProgress) makes of a frame, all of it and in silence, once that agrees with
+/// expected(x, y, plane).
+template <class Operation, class Work, class Expected>
+void TimeOperation(Run& run, CStlImage& frame, Work work, Expected expected)
+{
+    Operation result(frame);
+    const auto again = [&] { work(result, &frame, static_cast<CRect*>(nullptr), 0); };
+    again();
+    CheckSamples(result, expected);
+    run.Time(frame.GetImageSize(), again);
 }
 
 } // namespace corvane::bench

@@ -66,6 +66,12 @@ CStlImage& LargeFrame()
     return frame;
 }
 
+CStlImage& ColourFrame()
+{
+    static Sky frame(Size(2048, 67), Size(2048, 45), 3, 5);
+    return frame;
+}
+
 void DrawStars(CStlImage& image, double offsetX, double offsetY)
 {
     constexpr int kCell = 24;

@@ -22,6 +22,9 @@ public:
 /// The monochrome frame of 4096 x 4096 that most lines work on; it lives as long as the process.
 CStlImage& LargeFrame();
 
+/// A colour frame of 2048 x 2048, for the same time.
+CStlImage& ColourFrame();
+
 /// Draws stars of deviation 2.5 pixels on a level of 1000, without noise: the same sky at every call, moved by the
 /// offset, so that images of it are known to fit each other between samples.
 void DrawStars(CStlImage& image, double offsetX, double offsetY);

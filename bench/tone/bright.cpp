@@ -9,22 +9,17 @@ namespace {
 
 void TimeBright(Run& run, CStlImage& frame)
 {
-    CImgBright result(frame);
-    const auto brighten = [&] { result.Do(20.0, 64.0, 128.0, &frame, nullptr, 0); };
-    brighten();
-    CheckSamples(result, [&](int x, int y, int plane) {
-        const double shown = frame.To256(static_cast<double>(frame.GetPixelGrayRaw(x, y, plane)), 0);
-        return frame.ToRaw(shown + (shown - 128.0) * 0.25 + 20.0, 0);
-    });
-    run.Time(frame.GetImageSize(), brighten);
+    TimeOperation<CImgBright>(
+        run, frame, [&](auto& result, auto... to) { result.Do(20.0, 64.0, 128.0, to...); },
+        [&](int x, int y, int plane) {
+            const double shown = frame.To256(static_cast<double>(frame.GetPixelGrayRaw(x, y, plane)), 0);
+            return frame.ToRaw(shown + (shown - 128.0) * 0.25 + 20.0, 0);
+        });
 }
 
 const Line mono("tone/Bright/mono", TimesMemcpy(1.5), [](Run& run) { TimeBright(run, LargeFrame()); });
 
-const Line colour("tone/Bright/colour", TimesMemcpy(1.5), [](Run& run) {
-    Sky frame(Size(2048, 67), Size(2048, 45), 3, 5);
-    TimeBright(run, frame);
-});
+const Line colour("tone/Bright/colour", TimesMemcpy(1.5), [](Run& run) { TimeBright(run, ColourFrame()); });
 
 } // namespace
 } // namespace corvane::bench

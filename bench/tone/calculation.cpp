@@ -18,14 +18,12 @@ Line Mode(const std::string& name, int mode, double value, Expected expected)
                 CStlImage frame(LargeFrame());
                 frame.SetBlankUsed(1);
                 frame.SetBlank(1000);
-                CImgCalculation result(frame);
-                const auto calculate = [&] { result.Do(value, mode, 1, &frame, nullptr, 0); };
-                calculate();
-                CheckSamples(result, [&](int x, int y, int) {
-                    const double v = frame.GetPixelGrayRaw(x, y, 0);
-                    return static_cast<int>(v) == 1000 ? v : expected(v);
-                });
-                run.Time(frame.GetImageSize(), calculate);
+                TimeOperation<CImgCalculation>(
+                    run, frame, [&](auto& result, auto... to) { result.Do(value, mode, 1, to...); },
+                    [&](int x, int y, int) {
+                        const double v = frame.GetPixelGrayRaw(x, y, 0);
+                        return static_cast<int>(v) == 1000 ? v : expected(v);
+                    });
             }};
 }
 

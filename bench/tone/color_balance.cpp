@@ -9,15 +9,13 @@ namespace {
 
 const Line balance("tone/ColorBalance", TimesMemcpy(1.5), [](Run& run) {
     const double offsets[] = {12.5, -3.0, 40.0};
-    Sky frame(Size(2048, 67), Size(2048, 45), 3, 5);
-    CImgColorBalance result(frame);
-    const auto shift = [&] { result.Do(offsets[0], offsets[1], offsets[2], &frame, nullptr, 0); };
-    shift();
-    CheckSamples(result, [&](int x, int y, int plane) {
-        const double shown = frame.To256(static_cast<double>(frame.GetPixelGrayRaw(x, y, plane)), 0);
-        return frame.ToRaw(shown + offsets[plane], 0);
-    });
-    run.Time(frame.GetImageSize(), shift);
+    CStlImage& frame = ColourFrame();
+    TimeOperation<CImgColorBalance>(
+        run, frame, [&](auto& result, auto... to) { result.Do(offsets[0], offsets[1], offsets[2], to...); },
+        [&](int x, int y, int plane) {
+            const double shown = frame.To256(static_cast<double>(frame.GetPixelGrayRaw(x, y, plane)), 0);
+            return frame.ToRaw(shown + offsets[plane], 0);
+        });
 });
 
 } // namespace

@@ -39,14 +39,12 @@ void TimeCurves(Run& run, CStlImage& frame, int entries)
     const std::vector<float> channel = PowerCurve(entries, 0.8);
     const std::vector<float> master = PowerCurve(entries, 0.5);
     const float* const curves[] = {master.data(), channel.data(), channel.data(), channel.data()};
-    CImgToneCurve result(frame);
-    const auto adjust = [&] { result.Do(curves, entries, &frame, nullptr, 0); };
-    adjust();
-    CheckSamples(result, [&](int x, int y, int plane) {
-        const double shown = frame.To256(static_cast<double>(frame.GetPixelGrayRaw(x, y, plane)), plane);
-        return frame.ToRaw(At(master, frame.IsColor() ? At(channel, shown) : shown), plane);
-    });
-    run.Time(frame.GetImageSize(), adjust);
+    TimeOperation<CImgToneCurve>(
+        run, frame, [&](auto& result, auto... to) { result.Do(curves, entries, to...); },
+        [&](int x, int y, int plane) {
+            const double shown = frame.To256(static_cast<double>(frame.GetPixelGrayRaw(x, y, plane)), plane);
+            return frame.ToRaw(At(master, frame.IsColor() ? At(channel, shown) : shown), plane);
+        });
 }
 
 /// A monochrome frame with a curve and with levels that hold all of its samples, or not.
@@ -66,10 +64,7 @@ const Line dark = Mono("half below black", 256, 1000.3, 1400.7);
 // Round levels may put steps on whole counts, and rounding there asks for a division.
 const Line whole = Mono("steps on samples", 4096, 890.0, 6000.0);
 
-const Line colour("tone/ToneCurve/colour", {}, [](Run& run) {
-    Sky frame(Size(2048, 67), Size(2048, 45), 3, 5);
-    TimeCurves(run, frame, 256);
-});
+const Line colour("tone/ToneCurve/colour", {}, [](Run& run) { TimeCurves(run, ColourFrame(), 256); });
 
 } // namespace
 } // namespace corvane::bench
