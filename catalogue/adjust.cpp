@@ -37,18 +37,9 @@ Operation Brightness()
             .help = std::string("A display value s becomes s + (s - centre) * contrast / 256 + brightness. Nothing is "
                                 "cut off. A colour image is changed by the levels of its red plane.") +
                     kGivenLevels,
-            .parameters = {{.name = "brightness",
-                            .summary = "added to every sample",
-                            .unit = kDisplayUnits,
-                            .min = -255.0,
-                            .max = 255.0,
-                            .defaultValue = 20.0},
-                           {.name = "contrast",
-                            .summary = "256 doubles the distance from the centre, -128 halves it",
-                            .unit = "1/256",
-                            .min = -256.0,
-                            .max = 2560.0,
-                            .defaultValue = 64.0},
+            .parameters = {NumberParameter("brightness", "added to every sample", kDisplayUnits, {-255.0, 255.0}, 20.0),
+                           NumberParameter("contrast", "256 doubles the distance from the centre, -128 halves it",
+                                           "1/256", {-256.0, 2560.0}, 64.0),
                            {.name = "centre",
                             .summary = "what contrast leaves alone",
                             .unit = kDisplayUnits,
@@ -119,12 +110,7 @@ std::vector<Operation> Arithmetic()
 
 Parameter OffsetParameter(const char* plane)
 {
-    return {.name = plane,
-            .summary = std::string("added to the ") + plane + " plane",
-            .unit = kDisplayUnits,
-            .min = -255.0,
-            .max = 255.0,
-            .defaultValue = 0.0};
+    return NumberParameter(plane, std::string("added to the ") + plane + " plane", kDisplayUnits, {-255.0, 255.0}, 0.0);
 }
 
 Operation Balance()
@@ -213,12 +199,8 @@ Operation ToneCurve()
                            ChannelParameter("red"),
                            ChannelParameter("green"),
                            ChannelParameter("blue"),
-                           {.name = "entries",
-                            .kind = Kind::Whole,
-                            .summary = "brightness steps that the curve is cut into",
-                            .min = 2.0,
-                            .max = 65536.0,
-                            .defaultValue = 16384},
+                           WholeParameter("entries", "brightness steps that the curve is cut into", "", {2.0, 65536.0},
+                                          16384),
                            RectangleParameter()},
             .footprint = Always({.levels = LevelUse::Chosen}),
             .aliases = {"curves", "tone-curve"},
@@ -233,12 +215,7 @@ Operation ReduceTone()
             .help = std::string("Steps lie at black and evenly above it; none is white. What is blacker than black "
                                 "becomes black, what is whiter than white the top step.") +
                     kGivenLevels,
-            .parameters = {{.name = "levels",
-                            .kind = Kind::Whole,
-                            .summary = "number of steps; 1 makes all black",
-                            .min = 1.0,
-                            .max = 256.0,
-                            .defaultValue = 8},
+            .parameters = {WholeParameter("levels", "number of steps; 1 makes all black", "", {1.0, 256.0}, 8),
                            RectangleParameter()},
             .footprint = Always({.levels = LevelUse::Chosen}),
             .run = MadeByLevels<CImgReduceTone, 1, 12, [](auto& result, const Arguments& given, const auto&... to) {
@@ -277,34 +254,25 @@ CStlImage RunFalseColor(const CStlImage& given, const Arguments& arguments, cons
 
 Operation FalseColor()
 {
-    return {.name = "false-color",
-            .summary = "show brightness as colours",
-            .help =
-                std::string("Maps: rainbow (blue, green, red), spectrum (the same from black to white, with jumps), "
+    return {
+        .name = "false-color",
+        .summary = "show brightness as colours",
+        .help = std::string("Maps: rainbow (blue, green, red), spectrum (the same from black to white, with jumps), "
                             "ice (black, blue, white), heat (black, red, yellow, white). The result has three "
                             "planes; outside of the rectangle they are grey. High below low turns the map over. Of "
                             "a colour image make one plane with to-grey first.") +
                 kGivenLevels,
-            .inputs = {{.planes = Planes::Mono}},
-            .parameters = {{.name = "low",
-                            .summary = "the sample where the map begins",
-                            .unit = "counts",
-                            .whenAbsent = "what shows black"},
-                           {.name = "high",
-                            .summary = "the sample where the map ends",
-                            .unit = "counts",
-                            .whenAbsent = "what shows white"},
-                           ChoiceParameter("map", "the colours, by name or number", Maps(), Maps().front()),
-                           {.name = "cycles",
-                            .kind = Kind::Whole,
-                            .summary = "how many times the map runs from low to high",
-                            .min = 1.0,
-                            .max = 256.0,
-                            .defaultValue = 1},
-                           RectangleParameter()},
-            .footprint = Always({.levels = LevelUse::Chosen}),
-            .aliases = {"false-colour"},
-            .run = RunFalseColor};
+        .inputs = {{.planes = Planes::Mono}},
+        .parameters = {NumberParameter("low", "the sample where the map begins", "counts", kAnyNumber,
+                                       "what shows black"),
+                       NumberParameter("high", "the sample where the map ends", "counts", kAnyNumber,
+                                       "what shows white"),
+                       ChoiceParameter("map", "the colours, by name or number", Maps(), Maps().front()),
+                       WholeParameter("cycles", "how many times the map runs from low to high", "", {1.0, 256.0}, 1),
+                       RectangleParameter()},
+        .footprint = Always({.levels = LevelUse::Chosen}),
+        .aliases = {"false-colour"},
+        .run = RunFalseColor};
 }
 
 } // namespace

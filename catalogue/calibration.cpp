@@ -5,6 +5,7 @@
 #include "corvane/core/calibration_rows.h"
 #include "corvane/core/error.h"
 #include "corvane/core/gaps.h"
+#include "corvane/core/text.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 #include "io/frame.h"
@@ -15,7 +16,7 @@ namespace {
 
 std::string SizeText(int width, int height, int planes)
 {
-    return std::to_string(width) + " x " + std::to_string(height) + " pixels, " + std::to_string(planes) +
+    return corvane::SizeText(width, height) + " pixels, " + std::to_string(planes) +
            (planes == 1 ? " plane" : " planes");
 }
 

@@ -8,20 +8,10 @@
 #include "catalogue/undefined.h"
 #include "corvane/colour/lab_color_enhance.h"
 #include "corvane/platform/memory_exception.h"
+#include "stars/plane_of.h"
 
 namespace corvane::catalogue {
 namespace {
-
-Sky MeasureSkyOfPlane(const CStlImage& image, int plane)
-{
-    CStlImage one(-32, image.GetWidth(), image.GetHeight(), 1, 1.0, 0.0, 0);
-    one.SetBlankUsed(image.IsBlankUsed());
-    one.SetBlank(image.GetBlank());
-    for (int y = 0; y < image.GetHeight(); ++y) {
-        std::copy_n(image.GetImageAdr(0, y, plane, 1), image.GetWidth(), one.GetImageAdr(0, y, 0));
-    }
-    return MeasureSky(one);
-}
 
 /// An image that came without display levels with some that show its sky a dark grey, and its stars in their colours.
 /// Every plane has the same range, from below the noise of its own sky, since what is darker than black loses its
@@ -35,7 +25,7 @@ CStlImage WithColourLevels(const CStlImage& image)
     std::vector<double> means;
     double sigma = 0.0;
     for (int plane = 0; plane < image.GetPlanes(); ++plane) {
-        const Sky sky = MeasureSkyOfPlane(image, plane);
+        const Sky sky = MeasureSky(stars::PlaneOf(image, plane));
         means.push_back(sky.mean);
         sigma = std::max(sigma, sky.sigma);
     }
@@ -73,16 +63,11 @@ Operation Saturate()
                     "Samples below black and undefined ones become black; what is above white is kept. The display "
                     "levels stay. Without them, it chooses levels that show the sky grey first.",
             .inputs = {{.planes = Planes::Colour}},
-            .parameters = {{.name = "gain",
-                            .summary = "of every hue that has no gain of its own",
-                            .min = -10.0,
-                            .max = 10.0,
-                            .defaultValue = 1.5},
+            .parameters = {NumberParameter("gain", "of every hue that has no gain of its own", "", {-10.0, 10.0}, 1.5),
                            GainParameter("red", "gain of red and magenta, where a is not below 0", "a-plus"),
                            GainParameter("green", "gain of green, where a is below 0", "a-minus"),
                            GainParameter("yellow", "gain of yellow, where b is not below 0", "b-plus"),
-                           GainParameter("blue", "gain of blue, where b is below 0", "b-minus"),
-                           RectangleParameter()},
+                           GainParameter("blue", "gain of blue, where b is below 0", "b-minus"), RectangleParameter()},
             .footprint = Always({.levels = LevelUse::Chosen}),
             .run = RunSaturate};
 }

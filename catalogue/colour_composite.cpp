@@ -160,11 +160,7 @@ std::vector<Parameter> With(std::vector<Parameter> own, const std::vector<std::s
 
 Parameter OutsideParameter()
 {
-    return {.name = "outside",
-            .kind = Kind::Whole,
-            .summary = "the value of samples outside of a frame",
-            .unit = "counts",
-            .defaultValue = 0};
+    return WholeParameter("outside", "the value of samples outside of a frame", "counts", kAnyNumber, 0);
 }
 
 std::vector<Output> ColourOutputs()
@@ -211,10 +207,10 @@ Operation Cmy()
 
 Operation Lrgb()
 {
-    return {.name = "lrgb",
-            .summary = "give the colours of one image to the luminance of another",
-            .help =
-                std::string(
+    return {
+        .name = "lrgb",
+        .summary = "give the colours of one image to the luminance of another",
+        .help = std::string(
                     "Both are taken as their display levels show them. A file that has none gets, for this work alone, "
                     "black just below the sky of each plane and white at its largest sample. So levels matter: where "
                     "one file shows faint parts brighter than the other, colours get paler or stronger. Set them with "
@@ -223,19 +219,16 @@ Operation Lrgb()
                     "and levels of L. Where RGB is not, L is grey; undefined samples become black, but with average "
                     "stay undefined. With a scale and without stars the middle of RGB lies on that of L.") +
                 kAlignment,
-            .inputs = {{.name = "l", .summary = "the luminance frame"},
-                       {.name = "rgb", .summary = "the colour frame", .planes = Planes::Colour}},
-            .parameters = With(
-                {FlagParameter("average", "take the mean of both instead of lightness and colour in CIE L*a*b*", false),
-                 {.name = "scale",
-                  .summary = "pixels of RGB that go on one of L: 0.5 enlarges an RGB that was binned 2 x 2",
-                  .min = 0.01,
-                  .max = 100.0,
-                  .defaultValue = 1.0}},
-                {"L", "RGB"}),
-            .outputs = ColourOutputs(),
-            .check = CheckLrgb,
-            .run = RunLrgb};
+        .inputs = {{.name = "l", .summary = "the luminance frame"},
+                   {.name = "rgb", .summary = "the colour frame", .planes = Planes::Colour}},
+        .parameters = With(
+            {FlagParameter("average", "take the mean of both instead of lightness and colour in CIE L*a*b*", false),
+             NumberParameter("scale", "pixels of RGB that go on one of L: 0.5 enlarges an RGB that was binned 2 x 2",
+                             "", {0.01, 100.0}, 1.0)},
+            {"L", "RGB"}),
+        .outputs = ColourOutputs(),
+        .check = CheckLrgb,
+        .run = RunLrgb};
 }
 
 } // namespace

@@ -88,26 +88,14 @@ std::vector<Parameter> CompositeParameters()
 {
     std::vector<Parameter> parameters{
         {.name = "mode", .kind = Kind::Choice, .summary = "how values are combined", .choices = Modes()},
-        {.name = "ratio",
-         .summary = "blend: weight of OVERLAY, 0 to 1; desaturate: exposure of BASE over that of OVERLAY",
-         .min = 0.0,
-         .max = kMaxRatio,
-         .whenAbsent = "0.5; desaturate needs it"},
+        NumberParameter("ratio", "blend: weight of OVERLAY, 0 to 1; desaturate: exposure of BASE over that of OVERLAY",
+                        "", {0.0, kMaxRatio}, "0.5; desaturate needs it"),
         FlagParameter("display", "combine what the display levels show, 0 to 255, instead of the samples as they are",
                       false),
         FlagParameter("clamp", "difference of colour images: negative ones become 0", false),
-        {.name = "fraction",
-         .summary = "desaturate: from which part of the maximum on a sample is saturated",
-         .min = 0.0,
-         .max = 1.0,
-         .defaultValue = 0.95},
-        {.name = "radius",
-         .kind = Kind::Whole,
-         .summary = "desaturate: look for saturation as far around a pixel",
-         .unit = "pixels",
-         .min = 0.0,
-         .max = 2.0,
-         .defaultValue = 0},
+        NumberParameter("fraction", "desaturate: from which part of the maximum on a sample is saturated", "",
+                        {0.0, 1.0}, 0.95),
+        WholeParameter("radius", "desaturate: look for saturation as far around a pixel", "pixels", {0.0, 2.0}, 0),
         RectangleParameter()};
     const std::vector<Parameter> placement = PlacementParameters(kOverlayPoints, "BASE", "OVERLAY");
     parameters.insert(parameters.end(), placement.begin(), placement.end());

@@ -122,10 +122,8 @@ Operation Development()
                 "About blown cores samples keep half of their brightness at least, so that none is outlined in black. "
                 "Without display levels, it chooses them from the sky first. The result is made for "
                 "the levels that it has: show it with those.",
-        .parameters = {{.name = "offset",
-                        .summary = "the smaller, the more bright areas are held back; above black",
-                        .unit = "counts",
-                        .whenAbsent = "what makes bright areas tend to white"},
+        .parameters = {NumberParameter("offset", "the smaller, the more bright areas are held back; above black",
+                                       "counts", kAnyNumber, "what makes bright areas tend to white"),
                        WeightParameter(),
                        ChoiceParameter("plane", "which plane of a colour image is blurred to divide all; colours stay",
                                        {"red", "green", "blue", "all"}, "all"),
@@ -143,13 +141,9 @@ Operation SmoothBackground()
                 "Samples up to the level become the weighted mean of their neighbourhood. Smoothing fades out below "
                 "the level, over a twentieth of the range of the display levels. A colour image is judged by its "
                 "brightness. Without display levels, it chooses them from the sky first.",
-            .parameters = {{.name = "level",
-                            .summary = "the sample up to which is smoothed",
-                            .unit = "counts",
-                            .whenAbsent = "3 standard deviations above the sky"},
-                           ShapeParameter("square5"),
-                           WeightParameter(),
-                           RectangleParameter()},
+            .parameters = {NumberParameter("level", "the sample up to which is smoothed", "counts", kAnyNumber,
+                                           "3 standard deviations above the sky"),
+                           ShapeParameter("square5"), WeightParameter(), RectangleParameter()},
             .footprint = BackgroundFootprint,
             .run = RunSmoothBackground};
 }
@@ -161,12 +155,7 @@ Operation Posterize()
             .summary = "cut brightness into a few steps with smooth edges",
             .help = "Between black and white of the display levels; colours become grey. Without display levels, it "
                     "chooses them from the sky first. Noise makes edges rough: smooth it before.",
-            .parameters = {{.name = "steps",
-                            .kind = Kind::Whole,
-                            .summary = "number of steps above black",
-                            .min = 1.0,
-                            .max = 65535.0,
-                            .defaultValue = 8},
+            .parameters = {WholeParameter("steps", "number of steps above black", "", {1.0, 65535.0}, 8),
                            RectangleParameter()},
             .footprint = Always({.columns = 1, .rows = 1, .levels = LevelUse::Chosen, .placed = true}),
             .aliases = {"posterise"},
@@ -184,14 +173,11 @@ Operation HotPixels()
                 "threshold. The bias counts too: a frame that it was subtracted from needs a higher threshold. Sharp "
                 "stars are in danger below 0.4.",
             .parameters = {ShapeParameter("square3"),
-                           {.name = "threshold",
-                            .summary = "contrast above which a pixel is replaced; 0.5: twice the median or more",
-                            .min = 0.0,
-                            .max = 1000.0,
-                            .defaultValue = 0.5},
+                           NumberParameter("threshold",
+                                           "contrast above which a pixel is replaced; 0.5: twice the median or more",
+                                           "", {0.0, 1000.0}, 0.5),
                            FlagParameter("hot", "replace pixels above the median", true),
-                           FlagParameter("cool", "replace pixels below the median", true),
-                           RectangleParameter()},
+                           FlagParameter("cool", "replace pixels below the median", true), RectangleParameter()},
             .footprint = AroundShape<>,
             .check = CheckHotPixels,
             .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
@@ -206,12 +192,7 @@ Operation Contour()
             .summary = "draw isophotes: lines of equal brightness",
             .help = "At levels spaced evenly between black and white of the display levels. Without display levels, it "
                     "chooses them from the sky first. Noise makes lines rough: smooth it before.",
-            .parameters = {{.name = "levels",
-                            .kind = Kind::Whole,
-                            .summary = "number of lines between black and white",
-                            .min = 1.0,
-                            .max = 65535.0,
-                            .defaultValue = 8},
+            .parameters = {WholeParameter("levels", "number of lines between black and white", "", {1.0, 65535.0}, 8),
                            FlagParameter("overlay", "draw on the image; otherwise white on black", true),
                            RectangleParameter()},
             .footprint = Always(Around(1, LevelUse::Chosen)),

@@ -122,24 +122,14 @@ Operation DrawText()
             .summary = "write a line of text",
             .help = Help("The text reads upright on the screen, in whichever order the rows are. A comma within it is "
                          "written twice. What lies outside of the image is left out."),
-            .parameters =
-                WithPen({{.name = "text", .kind = Kind::Text, .summary = "what to write"},
-                         Coordinate("x", "column of the point that the text is put at"),
-                         Coordinate("y", "row of the line that the letters stand on"),
-                         {.name = "height",
-                          .summary = "height of capitals",
-                          .unit = "pixels",
-                          .min = 1.0,
-                          .max = kMostPixels,
-                          .defaultValue = 16.0},
-                         {.name = "angle",
-                          .summary = "turns the text about its point, clockwise",
-                          .unit = "degrees",
-                          .min = -360.0,
-                          .max = 360.0,
-                          .defaultValue = 0.0},
-                         ChoiceParameter("align", "which part of the text is put at its point", Alignments(), "left"),
-                         std::move(thickness)}),
+            .parameters = WithPen(
+                {{.name = "text", .kind = Kind::Text, .summary = "what to write"},
+                 Coordinate("x", "column of the point that the text is put at"),
+                 Coordinate("y", "row of the line that the letters stand on"),
+                 NumberParameter("height", "height of capitals", "pixels", {1.0, kMostPixels}, 16.0),
+                 NumberParameter("angle", "turns the text about its point, clockwise", "degrees", {-360.0, 360.0}, 0.0),
+                 ChoiceParameter("align", "which part of the text is put at its point", Alignments(), "left"),
+                 std::move(thickness)}),
             .footprint = DrawFootprint,
             .run = RunDrawText};
 }

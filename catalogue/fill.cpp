@@ -75,10 +75,8 @@ Operation Fill()
                 "which count by the inverse square of their distance. The sky is the median of the plane.",
             .parameters = {ChoiceParameter("with", "where the values come from", {"neighbours", "sky", "value"},
                                            "neighbours"),
-                           {.name = "value",
-                            .summary = "the value, in every plane",
-                            .unit = "counts",
-                            .whenAbsent = "needed with with=value alone"}},
+                           NumberParameter("value", "the value, in every plane", "counts", kAnyNumber,
+                                           "needed with with=value alone")},
             .footprint = FillFootprint,
             .check = CheckFill,
             .run = RunFill};

@@ -8,6 +8,7 @@
 #include "catalogue/operations.h"
 #include "corvane/core/alignment.h"
 #include "corvane/core/error.h"
+#include "corvane/core/text.h"
 #include "corvane/geometry/crop.h"
 #include "corvane/geometry/expansion.h"
 #include "corvane/geometry/flip.h"
@@ -33,11 +34,6 @@ constexpr const char* kFirstRow =
     " Screens show the first row where ROWORDER says, at the bottom when it says nothing.";
 constexpr const char* kCarriesSky = " World coordinates follow.";
 constexpr const char* kTurnsSky = " World coordinates follow, of pictures that are not square too.";
-
-std::string SizeText(double width, double height)
-{
-    return std::to_string(static_cast<long long>(width)) + " x " + std::to_string(static_cast<long long>(height));
-}
 
 /// Refuses a size that no image can have, before any work.
 void CheckSize(const CStlImage& image, double width, double height)
@@ -305,24 +301,12 @@ void RunExpand(io::Frame& frame, const Arguments& arguments, const Run& run)
 
 Parameter SideParameter(const char* name, const char* whenAbsent)
 {
-    return {.name = name,
-            .kind = Kind::Whole,
-            .summary = std::string("the new ") + name,
-            .unit = "pixels",
-            .min = 1.0,
-            .max = kMostPixels,
-            .whenAbsent = whenAbsent};
+    return WholeParameter(name, std::string("the new ") + name, "pixels", {1.0, kMostPixels}, whenAbsent);
 }
 
 Parameter ColumnsParameter(const char* summary)
 {
-    return {.name = "x",
-            .kind = Kind::Whole,
-            .summary = summary,
-            .unit = "pixels",
-            .min = 1.0,
-            .max = 1000.0,
-            .defaultValue = 2};
+    return WholeParameter("x", summary, "pixels", {1.0, 1000.0}, 2);
 }
 
 Parameter RowsParameter(const char* summary)
@@ -336,13 +320,7 @@ Parameter RowsParameter(const char* summary)
 
 Parameter ShiftParameter(const char* name, const char* summary)
 {
-    return {.name = name,
-            .kind = Kind::Whole,
-            .summary = summary,
-            .unit = "pixels",
-            .min = -kMostPixels,
-            .max = kMostPixels,
-            .defaultValue = 0};
+    return WholeParameter(name, summary, "pixels", {-kMostPixels, kMostPixels}, 0);
 }
 
 Operation Flip()
@@ -368,10 +346,8 @@ Operation Rotate()
         .parameters =
             {{.name = "angle", .summary = "clockwise on the screen", .unit = "degrees", .min = -360.0, .max = 360.0},
              FlagParameter("expand", "enlarge the canvas, so that no corner is cut off", false),
-             {.name = "background",
-              .summary = "the sample where the image leaves the canvas free",
-              .unit = "counts",
-              .whenAbsent = "the level min of each plane"}},
+             NumberParameter("background", "the sample where the image leaves the canvas free", "counts", kAnyNumber,
+                             "the level min of each plane")},
         .footprint = RotateFootprint,
         .run = RunRotate};
 }
@@ -405,12 +381,8 @@ Operation Resize()
                     " World coordinates follow, to the half pixel." + kDropsMosaic,
             .parameters = {SideParameter("width", "in proportion to the height"),
                            SideParameter("height", "in proportion to the width"),
-                           {.name = "factor",
-                            .summary = "the new size in place of width and height",
-                            .unit = "times the old",
-                            .min = 1e-6,
-                            .max = 1000.0,
-                            .whenAbsent = "width and height"},
+                           NumberParameter("factor", "the new size in place of width and height", "times the old",
+                                           {1e-6, 1000.0}, "width and height"),
                            {.name = "method",
                             .kind = Kind::Choice,
                             .summary = "how to interpolate",
@@ -447,16 +419,11 @@ Operation Canvas()
             .help =
                 std::string("The border has one brightness on the screen, counted by the levels of the first plane.") +
                 kFirstRow + kCarriesSky + kCarriesMosaic,
-            .parameters = {SideParameter("width", "the width stays"),
-                           SideParameter("height", "the height stays"),
+            .parameters = {SideParameter("width", "the width stays"), SideParameter("height", "the height stays"),
                            ChoiceParameter("anchor", "where the picture lies on the canvas, as the screen shows it",
                                            Anchors(), "centre"),
-                           {.name = "background",
-                            .summary = "what the border shows: 0 black, 255 white",
-                            .unit = "display value",
-                            .min = 0.0,
-                            .max = 255.0,
-                            .defaultValue = 0.0}},
+                           NumberParameter("background", "what the border shows: 0 black, 255 white", "display value",
+                                           {0.0, 255.0}, 0.0)},
             .footprint = Always({.levels = LevelUse::Read, .moves = true, .resizes = true}),
             .run = RunCanvas};
 }

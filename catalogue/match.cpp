@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "catalogue/row_order.h"
 #include "corvane/combine/cut_out_search.h"
 #include "corvane/core/error.h"
+#include "corvane/core/text.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -27,16 +27,9 @@ double Tenths(double v)
     return std::round(v * 10.0) / 10.0 + 0.0; // no -0
 }
 
-std::string SizeText(const CStlImage& image)
+std::string SizeOf(const CStlImage& image)
 {
-    return std::to_string(image.GetWidth()) + " x " + std::to_string(image.GetHeight());
-}
-
-std::string CorrelationText(double correlation)
-{
-    char text[16];
-    std::snprintf(text, sizeof text, "%.3f", correlation);
-    return text;
+    return SizeText(image.GetWidth(), image.GetHeight());
 }
 
 void CheckPair(const CStlImage& reference, const CStlImage& image)
@@ -47,8 +40,7 @@ void CheckPair(const CStlImage& reference, const CStlImage& image)
                                           "; the image has " + std::to_string(image.GetPlanes()));
     }
     if (reference.GetWidth() > image.GetWidth() || reference.GetHeight() > image.GetHeight()) {
-        throw InputError("reference",
-                         "is " + SizeText(reference) + ", larger than the image, which is " + SizeText(image));
+        throw InputError("reference", "is " + SizeOf(reference) + ", larger than the image, which is " + SizeOf(image));
     }
 }
 
@@ -67,13 +59,13 @@ void Judge(const CutOutPlace& found, double least)
     const bool isAlone = lead >= kLeastLead; // not where both have 1
     if (found.correlation < least) {
         throw InputError("reference", "is not in the image: the best place, " + PlaceText(found) +
-                                          ", has a correlation of " + CorrelationText(found.correlation) + ", and " +
+                                          ", has a correlation of " + NumberText(found.correlation, 3) + ", and " +
                                           ToText(Value(least)) + " is needed");
     }
     if (!isAlone) {
         throw InputError("reference", "is not to be told apart in the image: " + PlaceText(found) +
-                                          " has a correlation of " + CorrelationText(found.correlation) +
-                                          ", and another place " + CorrelationText(found.rival) +
+                                          " has a correlation of " + NumberText(found.correlation, 3) +
+                                          ", and another place " + NumberText(found.rival, 3) +
                                           "; a larger cut-out may, or start and range");
     }
 }
@@ -136,26 +128,18 @@ Outputs RunMatch(Inputs& inputs, const Arguments& arguments, const Run& run)
 
 std::vector<Parameter> MatchParameters()
 {
-    return {{.name = "start",
-             .kind = Kind::Numbers,
-             .summary = "where the first sample of REFERENCE is expected in IMAGE",
-             .unit = "pixels",
-             .min = -kMaxShift,
-             .max = kMaxShift,
-             .choices = {"X,Y"},
-             .whenAbsent = "it is looked for everywhere"},
-            {.name = "range",
-             .kind = Kind::Whole,
-             .summary = "with start: width of the square that is searched about it",
-             .unit = "pixels",
-             .min = 0.0,
-             .max = 1024.0,
-             .whenAbsent = std::to_string(kDefaultRange)},
-            {.name = "least",
-             .summary = "the least correlation that is taken for a match",
-             .min = 0.0,
-             .max = 1.0,
-             .defaultValue = kLeastCorrelation}};
+    return {
+        {.name = "start",
+         .kind = Kind::Numbers,
+         .summary = "where the first sample of REFERENCE is expected in IMAGE",
+         .unit = "pixels",
+         .min = -kMaxShift,
+         .max = kMaxShift,
+         .choices = {"X,Y"},
+         .whenAbsent = "it is looked for everywhere"},
+        WholeParameter("range", "with start: width of the square that is searched about it", "pixels", {0.0, 1024.0},
+                       std::to_string(kDefaultRange)),
+        NumberParameter("least", "the least correlation that is taken for a match", "", {0.0, 1.0}, kLeastCorrelation)};
 }
 
 } // namespace

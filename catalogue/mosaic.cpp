@@ -158,12 +158,8 @@ std::vector<Parameter> MosaicParameters()
                       false),
         FlagParameter("display", "join what the display levels show, 0 to 255, instead of the samples as they are",
                       false),
-        {.name = "background",
-         .summary = "with display: what shows where no image is",
-         .unit = "display value",
-         .min = 0.0,
-         .max = 255.0,
-         .whenAbsent = "0"}};
+        NumberParameter("background", "with display: what shows where no image is", "display value", {0.0, 255.0},
+                        "0")};
     const std::vector<Parameter> placement = PlacementParameters(kSecondPoints, "FIRST", "SECOND");
     parameters.insert(parameters.end(), placement.begin(), placement.end());
     return parameters;

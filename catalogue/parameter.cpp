@@ -175,6 +175,41 @@ Parameter RectangleParameter()
             .whenAbsent = "the whole image"};
 }
 
+Parameter NumberParameter(const std::string& name, const std::string& summary, const std::string& unit,
+                          const Range& range, double defaultValue)
+{
+    return {.name = name,
+            .summary = summary,
+            .unit = unit,
+            .min = range.min,
+            .max = range.max,
+            .defaultValue = defaultValue};
+}
+
+Parameter NumberParameter(const std::string& name, const std::string& summary, const std::string& unit,
+                          const Range& range, const std::string& whenAbsent)
+{
+    return {
+        .name = name, .summary = summary, .unit = unit, .min = range.min, .max = range.max, .whenAbsent = whenAbsent};
+}
+
+Parameter WholeParameter(const std::string& name, const std::string& summary, const std::string& unit,
+                         const Range& range, int defaultValue)
+{
+    Parameter parameter = NumberParameter(name, summary, unit, range, defaultValue);
+    parameter.kind = Kind::Whole;
+    parameter.defaultValue = defaultValue;
+    return parameter;
+}
+
+Parameter WholeParameter(const std::string& name, const std::string& summary, const std::string& unit,
+                         const Range& range, const std::string& whenAbsent)
+{
+    Parameter parameter = NumberParameter(name, summary, unit, range, whenAbsent);
+    parameter.kind = Kind::Whole;
+    return parameter;
+}
+
 Parameter FlagParameter(const std::string& name, const std::string& summary, bool defaultValue)
 {
     return {.name = name, .kind = Kind::Flag, .summary = summary, .defaultValue = defaultValue};

@@ -63,6 +63,27 @@ struct Parameter {
 /// The rectangle that an operation keeps to; the whole image when it is not given.
 CORVANE_VISIBLE Parameter RectangleParameter();
 
+/// The smallest and the largest number that is allowed.
+struct Range {
+    double min;
+    double max;
+};
+
+/// Any number that a sample can hold.
+inline constexpr Range kAnyNumber{std::numeric_limits<float>::lowest(), std::numeric_limits<float>::max()};
+
+/// @name A parameter that is a number or a whole number, with a default or with words for what counts without it
+/// @{
+CORVANE_VISIBLE Parameter NumberParameter(const std::string& name, const std::string& summary, const std::string& unit,
+                                          const Range& range, double defaultValue);
+CORVANE_VISIBLE Parameter NumberParameter(const std::string& name, const std::string& summary, const std::string& unit,
+                                          const Range& range, const std::string& whenAbsent);
+CORVANE_VISIBLE Parameter WholeParameter(const std::string& name, const std::string& summary, const std::string& unit,
+                                         const Range& range, int defaultValue);
+CORVANE_VISIBLE Parameter WholeParameter(const std::string& name, const std::string& summary, const std::string& unit,
+                                         const Range& range, const std::string& whenAbsent);
+/// @}
+
 /// A parameter that is yes or no.
 CORVANE_VISIBLE Parameter FlagParameter(const std::string& name, const std::string& summary, bool defaultValue);
 

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <utility>
 
 #include "catalogue/numbers.h"
 #include "corvane/core/display_scale.h"
 #include "corvane/core/error.h"
+#include "corvane/core/text.h"
 #include "corvane/core/turn.h"
 
 namespace corvane::catalogue {
@@ -19,12 +19,8 @@ constexpr double kMostOff = 1.5;      // pixels by which it may be off besides
 
 Parameter ShiftParameter(const char* name, const char* direction)
 {
-    return {.name = name,
-            .summary = std::string("shift ") + direction + ", on top of what stars say",
-            .unit = "pixels",
-            .min = -kMaxShift,
-            .max = kMaxShift,
-            .defaultValue = 0.0};
+    return NumberParameter(name, std::string("shift ") + direction + ", on top of what stars say", "pixels",
+                           {-kMaxShift, kMaxShift}, 0.0);
 }
 
 CfPoint StarAt(const std::vector<double>& points, std::size_t star)
@@ -37,9 +33,9 @@ CfPoint Centroid(const io::Frame& frame, const CfPoint& about, int box)
 {
     const CStlImage& image = frame.image;
     if (about.ix >= image.GetWidth() || about.iy >= image.GetHeight()) {
-        throw FileError(image.GetOrgFileName(),
-                        "the star at " + NumbersText({about.x, about.y}) + " must lie within the image, of " +
-                            std::to_string(image.GetWidth()) + " x " + std::to_string(image.GetHeight()) + " pixels");
+        throw FileError(image.GetOrgFileName(), "the star at " + NumbersText({about.x, about.y}) +
+                                                    " must lie within the image, of " +
+                                                    SizeText(image.GetWidth(), image.GetHeight()) + " pixels");
     }
     CfPoint centroid(about);
     for (int round = 0; round < kRounds; ++round) {
@@ -72,27 +68,21 @@ struct Line {
     double Direction() const { return corvane::Direction(-dy, dx) / kDegree; }
 };
 
-std::string Rounded(double v, const char* format = "%.2f")
-{
-    char text[32];
-    std::snprintf(text, sizeof text, format, v);
-    return text;
-}
-
 void CheckLines(const io::Frame& first, const io::Frame& second, int box)
 {
     const double length = Line(first.image).Length();
     const double other = Line(second.image).Length();
     if (std::min(length, other) < box) {
-        throw FileError(second.image.GetOrgFileName(), "the two stars are " + Rounded(std::min(length, other)) +
+        throw FileError(second.image.GetOrgFileName(), "the two stars are " + NumberText(std::min(length, other), 2) +
                                                            " pixels apart; a turn needs stars that are at least one "
                                                            "box, " +
                                                            std::to_string(box) + " pixels, apart");
     }
     if (std::fabs(length - other) > kMostOff + kMostStretch * length) {
-        throw FileError(second.image.GetOrgFileName(),
-                        "the two stars are " + Rounded(other) + " pixels apart here, but " + Rounded(length) + " in " +
-                            first.image.GetOrgFileName() + ": not the same stars, or not the same scale");
+        throw FileError(second.image.GetOrgFileName(), "the two stars are " + NumberText(other, 2) +
+                                                           " pixels apart here, but " + NumberText(length, 2) + " in " +
+                                                           first.image.GetOrgFileName() +
+                                                           ": not the same stars, or not the same scale");
     }
 }
 
@@ -118,23 +108,14 @@ Parameter PointsParameter(const std::string& name, const std::string& summary)
 
 Parameter AngleParameter(const std::string& name, const std::string& summary)
 {
-    return {.name = name,
-            .summary = summary + ", clockwise where the first row is the top, on top of what stars say",
-            .unit = "degrees",
-            .min = -kMaxTurn,
-            .max = kMaxTurn,
-            .defaultValue = 0.0};
+    return NumberParameter(name, summary + ", clockwise where the first row is the top, on top of what stars say",
+                           "degrees", {-kMaxTurn, kMaxTurn}, 0.0);
 }
 
 Parameter BoxParameter()
 {
-    return {.name = "box",
-            .kind = Kind::Whole,
-            .summary = "side of the square in which a star's centre is measured",
-            .unit = "pixels",
-            .min = kMinBox,
-            .max = kMaxBox,
-            .defaultValue = kDefaultBox};
+    return WholeParameter("box", "side of the square in which a star's centre is measured", "pixels",
+                          {kMinBox, kMaxBox}, kDefaultBox);
 }
 
 std::vector<Parameter> PlacementParameters(const char* secondPoints, const std::string& first,
@@ -204,8 +185,8 @@ Fit FitOnto(io::Frame& first, io::Frame& second, const Placement& placement)
 std::string ToText(const Fit& fit)
 {
     const std::string stars = fit.stars == 1 ? "1 star" : std::to_string(fit.stars) + " stars";
-    return "aligned by " + stars + ": dx " + Rounded(fit.dx, "%.3f") + ", dy " + Rounded(fit.dy, "%.3f") + ", angle " +
-           Rounded(fit.angle, "%.4f");
+    return "aligned by " + stars + ": dx " + NumberText(fit.dx, 3) + ", dy " + NumberText(fit.dy, 3) + ", angle " +
+           NumberText(fit.angle, 4);
 }
 
 Table TableOf(const std::vector<Fit>& fits)

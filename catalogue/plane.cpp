@@ -6,12 +6,8 @@ namespace corvane::catalogue {
 
 Parameter PlaneParameter(const char* summary)
 {
-    return {.name = "plane",
-            .kind = Kind::Whole,
-            .summary = std::string(summary) + ": 0 red or the only one, 1 green, 2 blue",
-            .min = 0.0,
-            .max = 2.0,
-            .whenAbsent = "every plane"};
+    return WholeParameter("plane", std::string(summary) + ": 0 red or the only one, 1 green, 2 blue", "", {0.0, 2.0},
+                          "every plane");
 }
 
 int GivenPlane(const Arguments& arguments, const CImage& image)

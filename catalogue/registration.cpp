@@ -6,6 +6,7 @@
 #include "catalogue/row_order.h"
 #include "corvane/core/error.h"
 #include "corvane/core/run.h"
+#include "corvane/core/text.h"
 #include "stars/patch.h"
 #include "stars/plane_of.h"
 
@@ -39,13 +40,7 @@ Parameter ShiftParameter(std::size_t i, const std::string& frame)
 
 Parameter SquareParameter(const char* name, const char* summary, int min, int max, int usual)
 {
-    return {.name = name,
-            .kind = Kind::Whole,
-            .summary = summary,
-            .unit = "pixels",
-            .min = 1.0 * min,
-            .max = 1.0 * max,
-            .defaultValue = usual};
+    return WholeParameter(name, summary, "pixels", {1.0 * min, 1.0 * max}, usual);
 }
 
 std::vector<double> NumbersOf(const Arguments& arguments, const std::string& name)
@@ -80,8 +75,8 @@ void CheckInside(const io::Frame& first, const std::vector<double>& at)
     const CStlImage& image = first.image;
     if (!(at[0] < image.GetWidth()) || !(at[1] < image.GetHeight())) {
         throw ParameterError("at", ToText(Value(at)),
-                             "must lie within the image, of " + std::to_string(image.GetWidth()) + " x " +
-                                 std::to_string(image.GetHeight()) + " pixels");
+                             "must lie within the image, of " + SizeText(image.GetWidth(), image.GetHeight()) +
+                                 " pixels");
     }
 }
 

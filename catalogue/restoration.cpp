@@ -12,6 +12,7 @@
 #include "corvane/core/blank.h"
 #include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
+#include "corvane/core/text.h"
 #include "corvane/restore/region.h"
 #include "io/metadata.h"
 #include "stars/find_stars.h"
@@ -60,8 +61,8 @@ void CheckMemory(int width, int height, double needed)
     const auto budget = static_cast<double>(MemoryBudget());
     if (needed > budget) {
         throw InputError("image", "needs " + GigabytesText(needed) + " of memory for a region of " +
-                                      std::to_string(width) + " x " + std::to_string(height) + "; " +
-                                      GigabytesText(budget) + " are allowed (CORVANE_MEMORY); give a smaller rect");
+                                      SizeText(width, height) + "; " + GigabytesText(budget) +
+                                      " are allowed (CORVANE_MEMORY); give a smaller rect");
     }
 }
 

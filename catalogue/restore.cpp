@@ -173,12 +173,8 @@ void RunWiener(io::Frame& frame, const Arguments& arguments, const Run& run)
 
 Parameter SigmaParameter()
 {
-    return {.name = "sigma",
-            .summary = "how wide the blur is, as the standard deviation of a Gaussian",
-            .unit = "pixels",
-            .min = kLeastSigma,
-            .max = kMostSigma,
-            .whenAbsent = "by fwhm"};
+    return NumberParameter("sigma", "how wide the blur is, as the standard deviation of a Gaussian", "pixels",
+                           {kLeastSigma, kMostSigma}, "by fwhm");
 }
 
 Parameter FwhmParameter()
@@ -194,12 +190,7 @@ Parameter FwhmParameter()
 
 Parameter IterationsParameter(int defaultValue)
 {
-    return {.name = "iterations",
-            .kind = Kind::Whole,
-            .summary = "ends after so many, if it is not done before",
-            .min = 1,
-            .max = 10000,
-            .defaultValue = defaultValue};
+    return WholeParameter("iterations", "ends after so many, if it is not done before", "", {1, 10000}, defaultValue);
 }
 
 Operation Lucy()
@@ -211,22 +202,12 @@ Operation Lucy()
                     "of them make stars narrower, and noise coarser. Samples should be counts with any pedestal taken "
                     "off; those far below 0 take no part. Of a mean of n frames, gain is n times that of the camera "
                     "and the read-out noise the root of n times; NCOMBINE of the header is seen to.",
-            .parameters = {SigmaParameter(),
-                           FwhmParameter(),
-                           {.name = "gain",
-                            .summary = "electrons that make one count",
-                            .unit = "electrons per count",
-                            .min = 1e-6,
-                            .max = 1e12,
-                            .whenAbsent = "EGAIN of the header, else 1; times NCOMBINE"},
-                           {.name = "read-noise",
-                            .summary = "noise of reading out a pixel",
-                            .unit = "electrons",
-                            .min = 0.0,
-                            .max = 1e9,
-                            .whenAbsent = "RDNOISE of the header, else 0; times the root of NCOMBINE"},
-                           IterationsParameter(20),
-                           RectangleParameter()},
+            .parameters = {SigmaParameter(), FwhmParameter(),
+                           NumberParameter("gain", "electrons that make one count", "electrons per count", {1e-6, 1e12},
+                                           "EGAIN of the header, else 1; times NCOMBINE"),
+                           NumberParameter("read-noise", "noise of reading out a pixel", "electrons", {0.0, 1e9},
+                                           "RDNOISE of the header, else 0; times the root of NCOMBINE"),
+                           IterationsParameter(20), RectangleParameter()},
             .footprint = Always(kWholeImage),
             .aliases = {"richardson-lucy", "deconvolve"},
             .check = CheckSigma,
@@ -243,14 +224,9 @@ Operation Maxent()
                 "pixel to the left of and above those of the image; the reference pixel of world coordinates (CRPIX) "
                 "follows, so that stars keep their right ascension and declination. With resample, and inside a "
                 "rectangle, samples stay in their places instead.",
-            .parameters = {SigmaParameter(),
-                           FwhmParameter(),
-                           {.name = "noise",
-                            .summary = "standard deviation of the noise",
-                            .unit = "counts",
-                            .min = 1e-30,
-                            .max = 1e12,
-                            .whenAbsent = "measured from neighbouring samples"},
+            .parameters = {SigmaParameter(), FwhmParameter(),
+                           NumberParameter("noise", "standard deviation of the noise", "counts", {1e-30, 1e12},
+                                           "measured from neighbouring samples"),
                            IterationsParameter(100),
                            FlagParameter("resample", "keep samples in their places, and the reference pixel as it is",
                                          false),
@@ -269,13 +245,9 @@ Operation Wiener()
                 "Divides the blur out, frequency by frequency, as far as the noise allows. The quickest way, but "
                 "bright stars get dark rings and samples may fall below 0. The filter itself makes an image fainter, "
                 "by about 1000 sigma^2; this step gives the flux back. sigma is that of the blur.",
-            .parameters = {SigmaParameter(),
-                           FwhmParameter(),
-                           {.name = "noise",
-                            .summary = "power of the noise, over that of the image; more is smoother",
-                            .min = 1e-9,
-                            .max = 1.0,
-                            .defaultValue = 0.01},
+            .parameters = {SigmaParameter(), FwhmParameter(),
+                           NumberParameter("noise", "power of the noise, over that of the image; more is smoother", "",
+                                           {1e-9, 1.0}, 0.01),
                            RectangleParameter()},
             .footprint = Always(kWholeImage),
             .check = CheckSigma,

@@ -26,11 +26,8 @@ inline Parameter ShapeParameter(const char* defaultShape)
 /// The parameter `weight` of means over a shape.
 inline Parameter WeightParameter()
 {
-    return {.name = "weight",
-            .summary = "weight of each neighbour in the mean; the sample itself has 1",
-            .min = 0.0,
-            .max = 1e6,
-            .defaultValue = 1.0};
+    return NumberParameter("weight", "weight of each neighbour in the mean; the sample itself has 1", "", {0.0, 1e6},
+                           1.0);
 }
 
 /// The code of the value of a parameter that names three codes in turn, and then the codes themselves.

@@ -67,28 +67,22 @@ Operation Laplacian()
 
 Operation Unsharp()
 {
-    return {.name = "unsharp",
-            .summary = "sharpen by the difference from a blurred image",
-            .help = "Adds amount times the difference from the weighted mean of the neighbourhood. Samples that differ "
-                    "from its plain mean by a smaller part of themselves than the threshold stay.",
-            .parameters = {{.name = "amount",
-                            .summary = "how much of the difference is added",
-                            .min = 0.0,
-                            .max = 100.0,
-                            .defaultValue = 1.0},
-                           ShapeParameter("square5"),
-                           WeightParameter(),
-                           {.name = "threshold",
-                            .summary = "contrast below which a sample stays, as a part of the sample; 0 sharpens all",
-                            .min = 0.0,
-                            .max = 1000.0,
-                            .defaultValue = 0.0},
-                           RectangleParameter()},
-            .footprint = AroundShape<>,
-            .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
-                result.UnSharpMask(given.Number("amount"), Shape(given), given.Number("weight"),
-                                   given.Number("threshold"), to...);
-            }>};
+    return {
+        .name = "unsharp",
+        .summary = "sharpen by the difference from a blurred image",
+        .help = "Adds amount times the difference from the weighted mean of the neighbourhood. Samples that differ "
+                "from its plain mean by a smaller part of themselves than the threshold stay.",
+        .parameters = {NumberParameter("amount", "how much of the difference is added", "", {0.0, 100.0}, 1.0),
+                       ShapeParameter("square5"), WeightParameter(),
+                       NumberParameter("threshold",
+                                       "contrast below which a sample stays, as a part of the sample; 0 sharpens all",
+                                       "", {0.0, 1000.0}, 0.0),
+                       RectangleParameter()},
+        .footprint = AroundShape<>,
+        .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
+            result.UnSharpMask(given.Number("amount"), Shape(given), given.Number("weight"), given.Number("threshold"),
+                               to...);
+        }>};
 }
 
 } // namespace

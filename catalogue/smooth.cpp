@@ -124,21 +124,16 @@ Operation Maximum()
 
 Operation Gaussian()
 {
-    return {.name = "gaussian",
-            .summary = "smooth by a Gaussian",
-            .help = "The Gaussian is cut off at twice its deviation. Stars become wider by it: their deviations add as "
-                    "squares.",
-            .parameters = {{.name = "sigma",
-                            .summary = "standard deviation",
-                            .unit = "pixels",
-                            .min = 0.1,
-                            .max = 5.0,
-                            .defaultValue = 1.0},
-                           RectangleParameter()},
-            .footprint = GaussianFootprint,
-            .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
-                result.GaussianFilter(given.Number("sigma"), to...);
-            }>};
+    return {
+        .name = "gaussian",
+        .summary = "smooth by a Gaussian",
+        .help = "The Gaussian is cut off at twice its deviation. Stars become wider by it: their deviations add as "
+                "squares.",
+        .parameters = {NumberParameter("sigma", "standard deviation", "pixels", {0.1, 5.0}, 1.0), RectangleParameter()},
+        .footprint = GaussianFootprint,
+        .run = Made<CImgFilter, [](auto& result, const Arguments& given, const auto&... to) {
+            result.GaussianFilter(given.Number("sigma"), to...);
+        }>};
 }
 
 Operation StarSharpen()
@@ -151,11 +146,9 @@ Operation StarSharpen()
                 "ranks tighten more.",
         .parameters = {ShapeParameter("square3"),
                        RankParameter(Kind::Number, "place in the ascending order, from 0", 2.0),
-                       {.name = "threshold",
-                        .summary = "least difference that counts, as a part of the largest sample; 0: everywhere",
-                        .min = 0.0,
-                        .max = 1.0,
-                        .defaultValue = 0.1},
+                       NumberParameter("threshold",
+                                       "least difference that counts, as a part of the largest sample; 0: everywhere",
+                                       "", {0.0, 1.0}, 0.1),
                        FlagParameter("keep-peaks", "leave samples that are the largest of their neighbourhood", true),
                        RectangleParameter()},
         .footprint = AroundShape<>,

@@ -141,14 +141,10 @@ Operation Clip()
             .summary = "cut samples off at the display levels",
             .help = "A sample below black becomes black, one above white or not a number becomes white. Levels given "
                     "here are set first, in every plane.",
-            .parameters = {{.name = "min",
-                            .summary = "the least sample that stays",
-                            .unit = "counts",
-                            .whenAbsent = "the level min of each plane"},
-                           {.name = "max",
-                            .summary = "the greatest sample that stays",
-                            .unit = "counts",
-                            .whenAbsent = "the level max of each plane"}},
+            .parameters = {NumberParameter("min", "the least sample that stays", "counts", kAnyNumber,
+                                           "the level min of each plane"),
+                           NumberParameter("max", "the greatest sample that stays", "counts", kAnyNumber,
+                                           "the level max of each plane")},
             .footprint = ClipFootprint,
             .check = CheckLevels,
             .run = RunClip};

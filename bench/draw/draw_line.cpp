@@ -13,17 +13,14 @@ namespace {
 const Line drawLine("draw/DrawLine/a diagonal", TimesMemcpy(2.0), [](Run& run) {
     CStlImage& frame = LargeFrame();
     const int last = std::min(frame.GetWidth(), frame.GetHeight()) - 1;
-    TimeOperation<CImgDrawLine>(
-        run, frame,
-        [&](auto& result, auto... to) {
-            result.Do(0.0, 0.0, last, last, {2.0, 500.0, 1}, to...);
-        },
-        [&](int x, int y, int) {
-            const bool isEdge = x != y && std::abs(x - y) < 3;
-            return isEdge                ? result.GetPixelGrayRaw(x, y, 0)
-                   : x == y && x <= last ? 500.0F
-                                         : frame.GetPixelGrayRaw(x, y, 0);
-        });
+    CImgDrawLine result(frame);
+    const auto draw = [&] { result.Do(0.0, 0.0, last, last, {2.0, 500.0, 1}, &frame, nullptr, 0); };
+    draw();
+    CheckSamples(result, [&](int x, int y, int) {
+        const bool isEdge = x != y && std::abs(x - y) < 3;
+        return isEdge ? result.GetPixelGrayRaw(x, y, 0) : x == y && x <= last ? 500.0F : frame.GetPixelGrayRaw(x, y, 0);
+    });
+    run.Time(frame.GetImageSize(), draw);
 });
 
 } // namespace

@@ -21,4 +21,10 @@ inline std::string NumberText(double value, int digits)
     return {text, end};
 }
 
+/// "640 x 480"
+inline std::string SizeText(long long width, long long height)
+{
+    return std::to_string(width) + " x " + std::to_string(height);
+}
+
 } // namespace corvane

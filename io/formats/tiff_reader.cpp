@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "corvane/core/error.h"
+#include "corvane/core/text.h"
 #include "io/formats/cards.h"
 #include "io/formats/formats.h"
 #include "io/formats/limits.h"
@@ -190,8 +191,7 @@ TiffLayout ReadLayout(TiffFile& file, const std::string& path)
         const auto height = file.Number<std::uint32_t>(TIFFTAG_TILELENGTH);
         constexpr std::uint32_t kMostSide = std::numeric_limits<int>::max() / 2;
         if (width == 0 || height == 0 || width > kMostSide || height > kMostSide) {
-            throw FileError(path,
-                            "has tiles of an absurd size, " + std::to_string(width) + " x " + std::to_string(height));
+            throw FileError(path, "has tiles of an absurd size, " + SizeText(width, height));
         }
         layout.tileWidth = static_cast<int>(width);
         layout.tileHeight = static_cast<int>(height);
@@ -209,7 +209,7 @@ void CheckRoom(const TiffFile& file, const std::string& path, const TiffLayout& 
     CheckMemory(path, "a row of " + std::to_string(layout.channels) + " channels", 2.0 * row);
     if (layout.tileWidth > 0) {
         const auto tile = static_cast<double>(TIFFTileSize64(file.Get()));
-        const std::string text = std::to_string(layout.tileWidth) + " x " + std::to_string(layout.tileHeight);
+        const std::string text = SizeText(layout.tileWidth, layout.tileHeight);
         CheckClaim(path, path, {static_cast<double>(layout.tileWidth), static_cast<double>(layout.tileHeight)}, tile,
                    kMostExpansion);
         CheckMemory(path, "tiles of " + text + " pixels", 2.0 * (row + tile));

@@ -277,7 +277,7 @@ void Check(const CombinePlan& plan, const FrameSource& source, const CombineTarg
         throw ParameterError("scale", NumberText(scale), "must be above 0");
     }
     if (image.GetWidth() != width || target.firstRow < 0 || target.firstRow + image.GetHeight() > height) {
-        throw InputError("target", "is no band of the grid, " + std::to_string(width) + " x " + std::to_string(height));
+        throw InputError("target", "is no band of the grid, " + SizeText(width, height));
     }
     for (const Placement& placement : plan.frames) {
         if (source.Facts(placement.frame).planes != image.GetPlanes()) {
