@@ -1,6 +1,5 @@
 // Lines and text.
 
-#include <cmath>
 #include <string>
 #include <vector>
 

@@ -1,7 +1,6 @@
 // Restoration of blurred images.
 
 #include <cstdio>
-#include <string>
 #include <utility>
 #include <vector>
 

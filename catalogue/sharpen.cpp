@@ -1,7 +1,5 @@
 // Filters that raise local contrast.
 
-#include <string>
-
 #include "catalogue/made.h"
 #include "catalogue/operations.h"
 #include "catalogue/shape.h"

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <string>
 
 #include "catalogue/display_levels.h"
 #include "catalogue/made.h"

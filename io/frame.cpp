@@ -7,7 +7,6 @@
 #include <memory>
 #include <new>
 #include <optional>
-#include <utility>
 #include <vector>
 
 #include "corvane/core/error.h"

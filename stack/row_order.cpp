@@ -1,7 +1,6 @@
 #include "stack/row_order.h"
 
 #include <array>
-#include <optional>
 #include <string>
 
 #include "io/metadata.h"

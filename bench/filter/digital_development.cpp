@@ -1,4 +1,3 @@
-#include <algorithm>
 
 #include "bench/filter/window.h"
 #include "bench/support/check.h"

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cmath>
-#include <string>
 #include <vector>
 
 #include "bench/filter/window.h"

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <string>
 #include <vector>
 
 #include "bench/filter/window.h"

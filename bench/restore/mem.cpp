@@ -1,7 +1,5 @@
 #include "corvane/restore/mem.h"
 
-#include <cmath>
-
 #include "bench/restore/stars.h"
 #include "bench/support/check.h"
 #include "bench/support/line.h"

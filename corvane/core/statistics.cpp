@@ -1,8 +1,6 @@
 // Histogram and mean of a plane.
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 #include <vector>
 
 #include "corvane/core/blank.h"

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
-#include <cstddef>
 
 #include "corvane/filter/filter_rows.h"
 #include "corvane/filter/neighbourhood.h"

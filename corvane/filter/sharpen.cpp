@@ -1,7 +1,5 @@
 // Sharpening by the neighbours' mean: everywhere alike, and the more the stronger the edge.
 
-#include <algorithm>
-
 #include "corvane/core/display_scale.h"
 #include "corvane/filter/filter.h"
 #include "corvane/filter/filter_rows.h"

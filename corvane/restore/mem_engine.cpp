@@ -5,7 +5,6 @@
 #include <cmath>
 #include <limits>
 #include <new>
-#include <vector>
 
 #include "corvane/core/convolver.h"
 #include "corvane/core/lane_transform.h"

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 #include "corvane/core/exponential.h"
 #include "examples/night/colour_filters.h"

@@ -1,7 +1,6 @@
 #include "bitmap_file.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <fstream>
 
 #include "dib_block.h"

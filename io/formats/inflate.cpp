@@ -1,9 +1,7 @@
 #include "io/formats/inflate.h"
 
-#include <algorithm>
 #include <limits>
 #include <new>
-#include <string>
 
 #include <zlib.h>
 

@@ -5,7 +5,6 @@
 #include <exception>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include <png.h>
 

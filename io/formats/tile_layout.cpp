@@ -1,7 +1,6 @@
 #include "io/formats/tile_layout.h"
 
 #include <charconv>
-#include <cmath>
 #include <limits>
 #include <map>
 

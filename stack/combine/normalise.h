@@ -1,7 +1,6 @@
 #pragma once
 
 #include <optional>
-#include <vector>
 
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"

@@ -1,7 +1,5 @@
-#include <array>
 #include <cmath>
 #include <complex>
-#include <stdexcept>
 #include <tuple>
 #include <utility>
 

@@ -1,7 +1,5 @@
 #include "corvane/colour/lab_color_enhance.h"
 
-#include <algorithm>
-
 #include "corvane/core/color.h"
 #include "tests/support/images.h"
 #include "tests/support/plain.h"

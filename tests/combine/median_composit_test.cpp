@@ -1,8 +1,6 @@
 #include "corvane/combine/median_composit.h"
 
-#include <algorithm>
 #include <cmath>
-#include <numeric>
 
 #include "tests/support/images.h"
 #include "tests/support/plain.h"

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <set>
-#include <string>
 
 #include "tests/support/images.h"
 #include "tests/support/plain.h"

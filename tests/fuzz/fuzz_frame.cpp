@@ -1,7 +1,6 @@
 // Files of every format that is read, with whatever bytes; and what is done with a frame that could be read: its header
 // is asked, its coordinates and mosaic follow geometry, it is shown and written in every format.
 
-#include <optional>
 #include <vector>
 
 #include <fitsio.h>

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <initializer_list>
-#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <limits>
 #include <utility>
 

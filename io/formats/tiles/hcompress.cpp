@@ -1,7 +1,6 @@
 #include "io/formats/tiles/hcompress.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "io/formats/tiles/h_transform.h"
 #include "io/formats/tiles/quadtree.h"

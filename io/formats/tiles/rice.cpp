@@ -1,7 +1,5 @@
 #include "io/formats/tiles/rice.h"
 
-#include <type_traits>
-
 #include "io/formats/tiles/bit_reader.h"
 
 namespace corvane::io::tiles {
