@@ -10,8 +10,6 @@
 class CORVANE_API CImgCmyComposit : public CStlImage {
 public:
     CImgCmyComposit() = default;
-    CImgCmyComposit(const CImgCmyComposit&) = default;
-    CImgCmyComposit& operator=(const CImgCmyComposit&) = default;
     /// A copy of the image whose rectangle is to be written, usually of three planes.
     explicit CImgCmyComposit(const CStlImage& source) : CStlImage(source) {}
 

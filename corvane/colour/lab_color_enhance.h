@@ -7,8 +7,6 @@
 class CORVANE_API CImgLabColorEnhance : public CStlImage {
 public:
     CImgLabColorEnhance() = default;
-    CImgLabColorEnhance(const CImgLabColorEnhance&) = default;
-    CImgLabColorEnhance& operator=(const CImgLabColorEnhance&) = default;
     /// A copy of the image to be changed, with its display levels.
     explicit CImgLabColorEnhance(const CStlImage& source) : CStlImage(source) {}
 

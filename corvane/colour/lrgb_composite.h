@@ -12,8 +12,6 @@
 class CORVANE_API CImgLrgbCmpst : public CStlImage {
 public:
     CImgLrgbCmpst() = default;
-    CImgLrgbCmpst(const CImgLrgbCmpst&) = default;
-    CImgLrgbCmpst& operator=(const CImgLrgbCmpst&) = default;
     /// A copy of the image whose rectangle is to be written, usually of three planes.
     explicit CImgLrgbCmpst(const CStlImage& source) : CStlImage(source) {}
 

@@ -11,8 +11,6 @@
 class CORVANE_API CImgRgbCmpst : public CStlImage {
 public:
     CImgRgbCmpst() = default;
-    CImgRgbCmpst(const CImgRgbCmpst&) = default;
-    CImgRgbCmpst& operator=(const CImgRgbCmpst&) = default;
     /// A copy of the image whose rectangle is to be written, usually of three planes.
     explicit CImgRgbCmpst(const CStlImage& source) : CStlImage(source) {}
 

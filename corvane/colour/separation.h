@@ -22,8 +22,6 @@ enum ColourComponent : int {
 class CORVANE_API CImgSeparation : public CStlImage {
 public:
     CImgSeparation() = default;
-    CImgSeparation(const CImgSeparation&) = default;
-    CImgSeparation& operator=(const CImgSeparation&) = default;
     /// A copy of an image, which must be made one plane before `Do`.
     explicit CImgSeparation(const CStlImage& source) : CStlImage(source) {}
 

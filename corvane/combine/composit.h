@@ -44,8 +44,6 @@ enum CompositeMode : int {
 class CORVANE_API CImgComposit : public CStlImage {
 public:
     CImgComposit() = default;
-    CImgComposit(const CImgComposit&) = default;
-    CImgComposit& operator=(const CImgComposit&) = default;
     /// A copy of the base.
     explicit CImgComposit(const CStlImage& base) : CStlImage(base) {}
 

@@ -11,8 +11,6 @@
 class CORVANE_API CImgMatching : public CStlImage {
 public:
     CImgMatching() = default;
-    CImgMatching(const CImgMatching&) = default;
-    CImgMatching& operator=(const CImgMatching&) = default;
     /// A copy of the image to be searched.
     explicit CImgMatching(const CStlImage& source) : CStlImage(source) {}
 

@@ -26,8 +26,6 @@ enum MosaicMode : int {
 class CORVANE_API CImgMosic : public CStlImage {
 public:
     CImgMosic() = default;
-    CImgMosic(const CImgMosic&) = default;
-    CImgMosic& operator=(const CImgMosic&) = default;
     /// A copy of the canvas.
     explicit CImgMosic(const CStlImage& canvas) : CStlImage(canvas) {}
 

@@ -8,8 +8,6 @@
 class CORVANE_API CImgDrawLine : public CStlImage {
 public:
     CImgDrawLine() = default;
-    CImgDrawLine(const CImgDrawLine&) = default;
-    CImgDrawLine& operator=(const CImgDrawLine&) = default;
     /// A copy of the image to be drawn on.
     explicit CImgDrawLine(const CStlImage& source) : CStlImage(source) {}
 

@@ -11,8 +11,6 @@
 class CORVANE_API CImgDrawText : public CStlImage {
 public:
     CImgDrawText() = default;
-    CImgDrawText(const CImgDrawText&) = default;
-    CImgDrawText& operator=(const CImgDrawText&) = default;
     /// A copy of the image to be written on.
     explicit CImgDrawText(const CStlImage& source) : CStlImage(source) {}
 

@@ -26,8 +26,6 @@
 class CORVANE_API CImgFilter : public CStlImage {
 public:
     CImgFilter() = default;
-    CImgFilter(const CImgFilter&) = default;
-    CImgFilter& operator=(const CImgFilter&) = default;
     /// A copy of the image to be filtered.
     explicit CImgFilter(const CStlImage& source) : CStlImage(source) {}
 

@@ -7,8 +7,6 @@
 class CORVANE_API CImgCrop : public CStlImage {
 public:
     CImgCrop() = default;
-    CImgCrop(const CImgCrop&) = default;
-    CImgCrop& operator=(const CImgCrop&) = default;
     /// A copy of the image to be cut.
     explicit CImgCrop(const CStlImage& source) : CStlImage(source) {}
 

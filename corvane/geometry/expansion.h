@@ -7,8 +7,6 @@
 class CORVANE_API CImgExpansion : public CStlImage {
 public:
     CImgExpansion() = default;
-    CImgExpansion(const CImgExpansion&) = default;
-    CImgExpansion& operator=(const CImgExpansion&) = default;
     /// A copy of the image to be enlarged.
     explicit CImgExpansion(const CStlImage& source) : CStlImage(source) {}
 

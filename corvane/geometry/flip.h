@@ -7,8 +7,6 @@
 class CORVANE_API CImgFlip : public CStlImage {
 public:
     CImgFlip() = default;
-    CImgFlip(const CImgFlip&) = default;
-    CImgFlip& operator=(const CImgFlip&) = default;
     /// A copy of the image to be mirrored.
     explicit CImgFlip(const CStlImage& source) : CStlImage(source) {}
 

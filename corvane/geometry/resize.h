@@ -7,8 +7,6 @@
 class CORVANE_API CImgResize : public CStlImage {
 public:
     CImgResize() = default;
-    CImgResize(const CImgResize&) = default;
-    CImgResize& operator=(const CImgResize&) = default;
     /// A copy of the image whose canvas is to change.
     explicit CImgResize(const CStlImage& source) : CStlImage(source) {}
 

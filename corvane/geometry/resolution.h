@@ -16,8 +16,6 @@
 class CORVANE_API CImgResolution : public CStlImage {
 public:
     CImgResolution() = default;
-    CImgResolution(const CImgResolution&) = default;
-    CImgResolution& operator=(const CImgResolution&) = default;
     /// A copy of the image to be resampled.
     explicit CImgResolution(const CStlImage& source) : CStlImage(source) {}
 

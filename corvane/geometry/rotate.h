@@ -11,8 +11,6 @@
 class CORVANE_API CImgRotate : public CStlImage {
 public:
     CImgRotate() = default;
-    CImgRotate(const CImgRotate&) = default;
-    CImgRotate& operator=(const CImgRotate&) = default;
     /// A copy of the image to be turned.
     explicit CImgRotate(const CStlImage& source) : CStlImage(source) {}
 

@@ -7,8 +7,6 @@
 class CORVANE_API CImgScroll : public CStlImage {
 public:
     CImgScroll() = default;
-    CImgScroll(const CImgScroll&) = default;
-    CImgScroll& operator=(const CImgScroll&) = default;
     /// A copy of the image to be shifted.
     explicit CImgScroll(const CStlImage& source) : CStlImage(source) {}
 

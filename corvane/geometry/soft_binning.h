@@ -7,8 +7,6 @@
 class CORVANE_API CImgSoftBinning : public CStlImage {
 public:
     CImgSoftBinning() = default;
-    CImgSoftBinning(const CImgSoftBinning&) = default;
-    CImgSoftBinning& operator=(const CImgSoftBinning&) = default;
     /// A copy of the image to be binned.
     explicit CImgSoftBinning(const CStlImage& source) : CStlImage(source) {}
 

@@ -8,8 +8,6 @@
 class CORVANE_API CImgOverScan : public CStlImage {
 public:
     CImgOverScan() = default;
-    CImgOverScan(const CImgOverScan&) = default;
-    CImgOverScan& operator=(const CImgOverScan&) = default;
     /// A copy of the image to be changed.
     explicit CImgOverScan(const CStlImage& source) : CStlImage(source) {}
 

@@ -6,8 +6,6 @@
 class CORVANE_API CImgPixelInfo : public CStlImage {
 public:
     CImgPixelInfo() = default;
-    CImgPixelInfo(const CImgPixelInfo&) = default;
-    CImgPixelInfo& operator=(const CImgPixelInfo&) = default;
     /// A copy of the image to be measured.
     explicit CImgPixelInfo(const CStlImage& source) : CStlImage(source) {}
 

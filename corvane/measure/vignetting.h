@@ -7,8 +7,6 @@
 class CORVANE_API CImgFlat : public CStlImage {
 public:
     CImgFlat() = default;
-    CImgFlat(const CImgFlat&) = default;
-    CImgFlat& operator=(const CImgFlat&) = default;
     /// A copy of the image to be changed.
     explicit CImgFlat(const CStlImage& source) : CStlImage(source) {}
 

@@ -9,8 +9,6 @@
 class CORVANE_API CImgLucy : public CStlImage {
 public:
     CImgLucy() = default;
-    CImgLucy(const CImgLucy&) = default;
-    CImgLucy& operator=(const CImgLucy&) = default;
     /// A copy of the image to be restored.
     explicit CImgLucy(const CStlImage& source) : CStlImage(source) {}
 

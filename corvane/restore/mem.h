@@ -9,8 +9,6 @@
 class CORVANE_API CImgMem : public CStlImage {
 public:
     CImgMem() = default;
-    CImgMem(const CImgMem&) = default;
-    CImgMem& operator=(const CImgMem&) = default;
     /// A copy of the image to be restored.
     explicit CImgMem(const CStlImage& source) : CStlImage(source) {}
 

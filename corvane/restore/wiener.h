@@ -20,8 +20,6 @@ CORVANE_API double WienerBytes(int width, int height, int planes);
 class CORVANE_API CImgWiener : public CStlImage {
 public:
     CImgWiener() = default;
-    CImgWiener(const CImgWiener&) = default;
-    CImgWiener& operator=(const CImgWiener&) = default;
     /// A copy of the image to be deblurred.
     explicit CImgWiener(const CStlImage& source) : CStlImage(source) {}
 

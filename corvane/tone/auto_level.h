@@ -9,8 +9,6 @@
 class CORVANE_API CImgAutoLevel : public CStlImage {
 public:
     CImgAutoLevel() = default;
-    CImgAutoLevel(const CImgAutoLevel&) = default;
-    CImgAutoLevel& operator=(const CImgAutoLevel&) = default;
     /// A copy of the image whose levels are to be chosen.
     explicit CImgAutoLevel(const CStlImage& source) : CStlImage(source) {}
 

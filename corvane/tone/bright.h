@@ -7,8 +7,6 @@
 class CORVANE_API CImgBright : public CStlImage {
 public:
     CImgBright() = default;
-    CImgBright(const CImgBright&) = default;
-    CImgBright& operator=(const CImgBright&) = default;
     /// A copy of the image to be changed.
     explicit CImgBright(const CStlImage& source) : CStlImage(source) {}
 

@@ -7,8 +7,6 @@
 class CORVANE_API CImgCalculation : public CStlImage {
 public:
     CImgCalculation() = default;
-    CImgCalculation(const CImgCalculation&) = default;
-    CImgCalculation& operator=(const CImgCalculation&) = default;
     /// A copy of the image to be changed.
     explicit CImgCalculation(const CStlImage& source) : CStlImage(source) {}
 

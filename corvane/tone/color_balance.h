@@ -7,8 +7,6 @@
 class CORVANE_API CImgColorBalance : public CStlImage {
 public:
     CImgColorBalance() = default;
-    CImgColorBalance(const CImgColorBalance&) = default;
-    CImgColorBalance& operator=(const CImgColorBalance&) = default;
     /// A copy of the image to be changed.
     explicit CImgColorBalance(const CStlImage& source) : CStlImage(source) {}
 

@@ -12,8 +12,6 @@
 class CORVANE_API CImgFalseColor : public CStlImage {
 public:
     CImgFalseColor() = default;
-    CImgFalseColor(const CImgFalseColor&) = default;
-    CImgFalseColor& operator=(const CImgFalseColor&) = default;
     /// A copy of an image, which must have three planes when `Do` is called: see `ToColor`.
     explicit CImgFalseColor(const CStlImage& source) : CStlImage(source) {}
 

@@ -7,8 +7,6 @@
 class CORVANE_API CImgInvert : public CStlImage {
 public:
     CImgInvert() = default;
-    CImgInvert(const CImgInvert&) = default;
-    CImgInvert& operator=(const CImgInvert&) = default;
     /// A copy of the image to be inverted.
     explicit CImgInvert(const CStlImage& source) : CStlImage(source) {}
 

@@ -7,8 +7,6 @@
 class CORVANE_API CImgReduceTone : public CStlImage {
 public:
     CImgReduceTone() = default;
-    CImgReduceTone(const CImgReduceTone&) = default;
-    CImgReduceTone& operator=(const CImgReduceTone&) = default;
     /// A copy of the image to be changed.
     explicit CImgReduceTone(const CStlImage& source) : CStlImage(source) {}
 

@@ -13,8 +13,6 @@
 class CORVANE_API CImgToneCurve : public CStlImage {
 public:
     CImgToneCurve() = default;
-    CImgToneCurve(const CImgToneCurve&) = default;
-    CImgToneCurve& operator=(const CImgToneCurve&) = default;
     /// A copy of the image to be changed.
     explicit CImgToneCurve(const CStlImage& source) : CStlImage(source) {}
 
