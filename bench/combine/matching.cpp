@@ -2,9 +2,7 @@
 
 #include <cmath>
 
-#include "bench/support/check.h"
-#include "bench/support/frames.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 
 namespace corvane::bench {
 namespace {

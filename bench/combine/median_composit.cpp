@@ -5,9 +5,7 @@
 #include <deque>
 #include <vector>
 
-#include "bench/support/check.h"
-#include "bench/support/frames.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 #include "corvane/core/blank.h"
 
 namespace corvane::bench {

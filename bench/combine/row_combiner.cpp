@@ -8,9 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/support/check.h"
-#include "bench/support/frames.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 
 namespace corvane::bench {
 namespace {

@@ -1,8 +1,6 @@
 #include <algorithm>
 
-#include "bench/support/check.h"
-#include "bench/support/frames.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 #include "corvane/core/stl_image.h"
 
 namespace corvane::bench {

@@ -2,9 +2,7 @@
 #include <cstring>
 #include <string>
 
-#include "bench/support/check.h"
-#include "bench/support/frames.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/global_memory.h"
 

@@ -2,9 +2,7 @@
 #include <cmath>
 #include <memory>
 
-#include "bench/support/check.h"
-#include "bench/support/frames.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 #include "corvane/colour/lab_color_enhance.h"
 #include "corvane/core/color.h"
 

@@ -1,9 +1,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "bench/support/check.h"
-#include "bench/support/frames.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 #include "corvane/core/stl_image.h"
 
 namespace corvane::bench {

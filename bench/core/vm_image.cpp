@@ -4,9 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "bench/support/check.h"
-#include "bench/support/frames.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 #include "corvane/core/memory_budget.h"
 #include "corvane/core/stl_image.h"
 

@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "bench/support/check.h"
-#include "bench/support/frames.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 
 namespace corvane::bench {
 namespace {

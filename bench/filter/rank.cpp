@@ -2,9 +2,7 @@
 #include <vector>
 
 #include "bench/filter/window.h"
-#include "bench/support/check.h"
-#include "bench/support/frames.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 #include "corvane/filter/filter.h"
 
 namespace corvane::bench {

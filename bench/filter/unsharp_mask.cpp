@@ -1,9 +1,7 @@
 #include <cmath>
 
 #include "bench/filter/window.h"
-#include "bench/support/check.h"
-#include "bench/support/frames.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 #include "corvane/filter/filter.h"
 
 namespace corvane::bench {

@@ -1,8 +1,6 @@
 #include "corvane/geometry/rotate.h"
 
-#include "bench/support/check.h"
-#include "bench/support/frames.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 #include "corvane/core/alignment.h"
 
 namespace corvane::bench {

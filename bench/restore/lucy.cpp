@@ -4,8 +4,7 @@
 #include <vector>
 
 #include "bench/restore/stars.h"
-#include "bench/support/check.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 #include "corvane/restore/lucy_engine.h"
 
 namespace corvane::bench {

@@ -1,8 +1,7 @@
 #include "corvane/restore/mem.h"
 
 #include "bench/restore/stars.h"
-#include "bench/support/check.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 
 namespace corvane::bench {
 namespace {

@@ -3,8 +3,7 @@
 #include <cmath>
 
 #include "bench/restore/stars.h"
-#include "bench/support/check.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 
 namespace corvane::bench {
 namespace {

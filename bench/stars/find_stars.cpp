@@ -5,8 +5,7 @@
 #include <random>
 #include <vector>
 
-#include "bench/support/check.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 #include "stars/sky_mesh.h"
 
 namespace corvane::bench {

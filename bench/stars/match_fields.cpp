@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/support/check.h"
-#include "bench/support/line.h"
+#include "bench/support/bench.h"
 #include "corvane/core/alignment.h"
 
 namespace corvane::bench {

@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "examples/night/draw.h"
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 
 using namespace corvane;

@@ -1,7 +1,6 @@
 #include "corvane/colour/lab_color_enhance.h"
 
 #include "corvane/core/color.h"
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 #include "tests/support/progress_window.h"
 

@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 
 namespace corvane::test {

@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 #include "tests/support/progress_window.h"
 

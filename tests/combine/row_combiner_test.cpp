@@ -6,7 +6,6 @@
 #include <optional>
 #include <utility>
 
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 
 namespace corvane {

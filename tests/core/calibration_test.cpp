@@ -1,5 +1,4 @@
 #include "corvane/core/stl_image.h"
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 #include "tests/support/progress_window.h"
 

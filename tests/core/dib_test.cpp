@@ -4,7 +4,6 @@
 
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/global_memory.h"
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 
 using namespace corvane::test;

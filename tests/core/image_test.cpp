@@ -1,6 +1,5 @@
 #include "corvane/core/image.h"
 
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 
 using namespace corvane::test;

@@ -2,7 +2,6 @@
 #include <memory>
 
 #include "corvane/core/color.h"
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 #include "tests/support/progress_window.h"
 

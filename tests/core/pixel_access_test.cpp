@@ -2,7 +2,6 @@
 #include <complex>
 
 #include "corvane/core/stl_image.h"
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 
 using namespace corvane::test;

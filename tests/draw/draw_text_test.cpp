@@ -3,7 +3,6 @@
 #include <cmath>
 #include <set>
 
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 
 using namespace corvane::test;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 
 using namespace corvane::test;

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "corvane/filter/filter.h"
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 
 namespace corvane::test {

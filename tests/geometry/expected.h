@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "corvane/core/stl_image.h"
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 
 namespace corvane::test {

@@ -10,7 +10,6 @@
 
 #include "corvane/core/error.h"
 #include "io/frame.h"
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 
 namespace corvane::test {

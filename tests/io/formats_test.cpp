@@ -7,7 +7,6 @@
 #include "io/reader.h"
 #include "tests/io/files.h"
 #include "tests/io/tiff.h"
-#include "tests/support/plain.h"
 #include "tests/support/posix/failing_malloc.h"
 #include "tests/support/storage.h"
 

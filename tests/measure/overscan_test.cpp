@@ -7,7 +7,6 @@
 #include "corvane/combine/median_composit.h"
 #include "corvane/platform/registry.h"
 #include "corvane/tone/auto_level.h"
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 
 using namespace corvane::test;

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <limits>
 
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 
 using namespace corvane::test;

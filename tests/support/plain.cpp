@@ -6,8 +6,6 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "tests/support/images.h"
-
 namespace corvane::test {
 namespace {
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "corvane/core/stl_image.h"
+#include "tests/support/images.h"
 
 namespace corvane::test {
 

@@ -6,7 +6,6 @@
 
 #include "corvane/core/walk.h"
 #include "corvane/platform/application.h"
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 
 using namespace corvane::test;

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "corvane/core/walk.h"
-#include "tests/support/images.h"
 #include "tests/support/plain.h"
 #include "tests/support/progress_window.h"
 
