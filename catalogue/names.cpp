@@ -1,8 +1,9 @@
 #include "catalogue/names.h"
 
 #include <algorithm>
-#include <cctype>
 #include <utility>
+
+#include "corvane/core/ascii.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -37,9 +38,7 @@ std::size_t Distance(std::string_view a, std::string_view b)
 
 std::vector<std::string> NearestNames(std::string_view word, const std::vector<std::string>& names)
 {
-    std::string typed(word);
-    std::transform(typed.begin(), typed.end(), typed.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    const std::string typed = Lower(std::string(word));
     std::vector<std::pair<std::size_t, std::string>> found;
     for (const std::string& name : names) {
         const bool begins = typed.size() > 1 && name.starts_with(typed);

@@ -1,12 +1,12 @@
 #include "corvane/colour/separation.h"
 
-#include <cctype>
 #include <string>
 
 #include "catalogue/colour_header.h"
 #include "catalogue/names.h"
 #include "catalogue/operations.h"
 #include "catalogue/undefined.h"
+#include "corvane/core/ascii.h"
 #include "corvane/platform/memory_exception.h"
 
 namespace corvane::catalogue {
@@ -29,7 +29,7 @@ void RunSplit(io::Frame& frame, const Arguments& arguments, const Run& run)
     }
     result.Do(frame.image, PlaceOf(component, Components()), run);
     frame.image = std::move(result);
-    const std::string filter(1, static_cast<char>(std::toupper(static_cast<unsigned char>(component[0]))));
+    const std::string filter = Upper(component);
     frame.header.Set("FILTER", filter, "component of a colour image");
     DropExtremes(frame.header);
 }

@@ -1,11 +1,11 @@
 #include "io/bayer.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <cstddef>
 
 #include "corvane/colour/demosaic.h"
+#include "corvane/core/ascii.h"
 #include "io/metadata.h"
 
 namespace corvane::io {
@@ -14,16 +14,9 @@ namespace {
 constexpr const char* kNames[] = {"BAYERPAT", "COLORTYP", "CFA-PAT"};
 constexpr const char* kOffsets[] = {"XBAYROFF", "YBAYROFF"};
 
-std::string Capitals(std::string text)
-{
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    return text;
-}
-
 std::optional<std::string> PatternOf(const Header& header, const char* name)
 {
-    std::string pattern = Capitals(header.Text(name).value_or(""));
+    std::string pattern = Upper(header.Text(name).value_or(""));
     const bool isPattern = pattern.size() == 4 && pattern.find_first_not_of("RGB") == pattern.npos;
     return isPattern || pattern == "XTRANS" ? std::optional(pattern) : std::nullopt;
 }
@@ -63,7 +56,7 @@ std::optional<std::string> BayerPattern(const Header& header)
 
 std::optional<std::string> HintedBayerPattern(const Header& header)
 {
-    const std::string filter = Capitals(Filter(header).value_or(""));
+    const std::string filter = Upper(Filter(header).value_or(""));
     return !BayerPattern(header) && NamedBayerPattern(filter) ? std::optional(filter) : std::nullopt;
 }
 

@@ -1,7 +1,6 @@
 #include "io/frame.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -9,6 +8,7 @@
 #include <optional>
 #include <vector>
 
+#include "corvane/core/ascii.h"
 #include "corvane/core/error.h"
 #include "io/formats/cards.h"
 #include "io/formats/formats.h"
@@ -48,10 +48,7 @@ bool Contains(const std::vector<T>& list, const T& value)
 
 std::string ExtensionOf(const std::string& path)
 {
-    std::string extension = std::filesystem::path(path).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return extension;
+    return Lower(std::filesystem::path(path).extension().string());
 }
 
 /// The format that a path asks for; bits of 0 become those of the format.

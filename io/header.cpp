@@ -5,6 +5,8 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "corvane/core/ascii.h"
+
 namespace corvane::io {
 namespace {
 
@@ -18,29 +20,6 @@ constexpr std::string_view kHierarch = "HIERARCH ";
 bool IsText(char c)
 {
     return c >= ' ' && c <= '~';
-}
-
-char Upper(char c)
-{
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-std::string Upper(std::string_view text)
-{
-    std::string upper(text);
-    std::transform(upper.begin(), upper.end(), upper.begin(), [](char c) { return Upper(c); });
-    return upper;
-}
-
-std::string_view Trim(std::string_view text)
-{
-    const auto first = text.find_first_not_of(' ');
-    return first == text.npos ? std::string_view{} : text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
-bool SameKeyword(std::string_view a, std::string_view b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return Upper(x) == Upper(y); });
 }
 
 std::string_view WithoutHierarch(std::string_view keyword)
@@ -155,7 +134,7 @@ bool IsPlainKeyword(std::string_view keyword)
 /// What stands before the value.
 std::string Lead(std::string_view keyword)
 {
-    std::string lead = Printable(Upper(keyword));
+    std::string lead = Upper(Printable(keyword));
     if (IsPlainKeyword(lead)) {
         lead.resize(kKeywordLength, ' ');
         return lead + "= ";
@@ -211,7 +190,7 @@ std::size_t Header::Find(std::string_view keyword) const
 {
     const std::string_view wanted = WithoutHierarch(keyword);
     const auto found = std::find_if(cards_.begin(), cards_.end(),
-                                    [&](const std::string& card) { return SameKeyword(Split(card).keyword, wanted); });
+                                    [&](const std::string& card) { return SameWord(Split(card).keyword, wanted); });
     return found == cards_.end() ? kNone : static_cast<std::size_t>(found - cards_.begin());
 }
 

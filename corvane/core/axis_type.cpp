@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "corvane/core/ascii.h"
 #include "corvane/core/axis_kind.h"
 
 namespace corvane {
@@ -46,11 +47,6 @@ constexpr Known kKnown[] = {
 // Rest frames, which stand where others have an algorithm: steps are even in them too.
 constexpr std::string_view kFrames[] = {"LSR", "HEL", "OBS"};
 
-char Upper(char c)
-{
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
 /// Longitudes and latitudes of other systems: xLON, xLAT, yzLN, yzLT.
 AxisType OtherType(std::string_view word, const char* text)
 {
@@ -66,8 +62,7 @@ AxisType OtherType(std::string_view word, const char* text)
 
 AxisType ParseAxisType(const char* text)
 {
-    std::string type(text);
-    std::transform(type.begin(), type.end(), type.begin(), Upper);
+    std::string type = Upper(std::string(text));
     type.erase(type.find_last_not_of(' ') + 1);
     const std::string word = type.substr(0, type.find('-'));
     const std::string code = type.substr(type.find_last_of('-') + 1);

@@ -5,6 +5,8 @@
 #include <optional>
 #include <utility>
 
+#include "corvane/core/ascii.h"
+
 namespace corvane {
 namespace {
 
@@ -34,12 +36,6 @@ template <class List>
 bool Contains(const List& list, std::string_view word)
 {
     return std::find(std::begin(list), std::end(list), word) != std::end(list);
-}
-
-std::string_view Trim(std::string_view text)
-{
-    const auto first = text.find_first_not_of(' ');
-    return first == text.npos ? std::string_view{} : text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
 /// A single unit: the power of ten of its prefix, and the rest.

@@ -3,14 +3,10 @@
 #include <charconv>
 #include <string_view>
 
+#include "corvane/core/ascii.h"
+
 namespace corvane::io {
 namespace {
-
-std::string_view Trim(std::string_view text)
-{
-    const auto first = text.find_first_not_of(' ');
-    return first == text.npos ? std::string_view{} : text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
 
 std::optional<long long> ParseWhole(std::string_view text)
 {

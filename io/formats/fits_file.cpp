@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "corvane/core/ascii.h"
 #include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
 #include "io/formats/cards.h"
@@ -66,12 +67,6 @@ std::uint64_t CountDataBytes(const FitsKeys& keys)
 bool IsEnd(std::string_view card)
 {
     return card.starts_with("END") && card.find_first_not_of(' ', 3) == card.npos;
-}
-
-bool SameText(const std::string& a, const std::string& b)
-{
-    const auto upper = [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; };
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [&](char x, char y) { return upper(x) == upper(y); });
 }
 
 } // namespace
@@ -226,7 +221,7 @@ bool FitsFile::MoveTo(int number)
 bool FitsFile::MoveTo(const std::string& extension, long long version)
 {
     for (bool found = MoveTo(0); found; found = MoveTo(hdu_.number + 1)) {
-        if (SameText(hdu_.keys.Text("EXTNAME"), extension) &&
+        if (SameWord(hdu_.keys.Text("EXTNAME"), extension) &&
             (version == 0 || hdu_.keys.Integer("EXTVER").value_or(1) == version)) {
             return true;
         }

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "corvane/core/ascii.h"
 #include "corvane/core/error.h"
 #include "io/formats/cards.h"
 
@@ -13,12 +14,6 @@ namespace {
 
 constexpr std::size_t kCardLength = 80;
 constexpr std::size_t kKeywordLength = 8;
-
-std::string_view Trim(std::string_view text)
-{
-    const auto first = text.find_first_not_of(' ');
-    return first == text.npos ? std::string_view{} : text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
 
 } // namespace
 
