@@ -11,31 +11,16 @@
 #include "corvane/core/image.h"
 #include "corvane/core/progress_notice.h"
 #include "corvane/core/reductions.h"
+#include "corvane/core/sample_type.h"
 #include "corvane/platform/memory_exception.h"
 
 namespace {
 
-/// Calls `function` with a null pointer of the type in which samples are stored; returns `otherwise` for formats that
-/// do not exist. 8-bit samples are always unsigned.
-template <class Function, class Result>
-Result WithSampleType(int bits, bool isSigned, Function function, Result otherwise)
+/// Calls `action` with a value of the type in which samples are stored. 8-bit samples are always unsigned.
+template <class Action>
+void WithTypeOf(const CImage& image, Action action)
 {
-    switch (bits) {
-    case -64:
-        return function(static_cast<double*>(nullptr));
-    case -32:
-        return function(static_cast<float*>(nullptr));
-    case 8:
-        return function(static_cast<std::uint8_t*>(nullptr));
-    case 16:
-        return isSigned ? function(static_cast<std::int16_t*>(nullptr))
-                        : function(static_cast<std::uint16_t*>(nullptr));
-    case 32:
-        return isSigned ? function(static_cast<std::int32_t*>(nullptr))
-                        : function(static_cast<std::uint32_t*>(nullptr));
-    default:
-        return otherwise;
-    }
+    corvane::WithSampleType(image.GetBitsPixel(), image.IsSigned() != 0 && image.GetBitsPixel() != 8, action);
 }
 
 /// How a stored sample becomes another one.
@@ -86,26 +71,20 @@ using RowConverter = void (*)(const unsigned char*, unsigned char*, int, const C
 
 RowConverter FindConverter(const CImage& from, const CImage& to)
 {
-    return WithSampleType(
-        from.GetBitsPixel(), from.IsSigned() != 0,
-        [&](auto* source) {
-            using From = std::remove_pointer_t<decltype(source)>;
-            return WithSampleType(
-                to.GetBitsPixel(), to.IsSigned() != 0,
-                [](auto* target) -> RowConverter { return ConvertRow<From, std::remove_pointer_t<decltype(target)>>; },
-                RowConverter{});
-        },
-        RowConverter{});
+    RowConverter converter = nullptr; // for formats that do not exist
+    WithTypeOf(from, [&](auto source) {
+        WithTypeOf(to, [&](auto target) { converter = ConvertRow<decltype(source), decltype(target)>; });
+    });
+    return converter;
 }
 
 } // namespace
 
 double CImage::GetPixel(const unsigned char* ptr) const
 {
-    return WithSampleType(
-        record_.bitsPixel, record_.isSigned != 0,
-        [&](auto* type) { return Load<std::remove_pointer_t<decltype(type)>>(ptr) * record_.bscale + record_.bzero; },
-        0.0);
+    double value = 0.0;
+    WithTypeOf(*this, [&](auto type) { value = Load<decltype(type)>(ptr) * record_.bscale + record_.bzero; });
+    return value;
 }
 
 void CImage::GetMinMax(int plane, double* min, double* max) const

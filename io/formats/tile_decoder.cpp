@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <string_view>
 
 #include "corvane/core/error.h"
+#include "corvane/core/sample_type.h"
 #include "io/formats/damaged_data.h"
 #include "io/formats/inflate.h"
 #include "io/formats/tiles/dither.h"
@@ -26,20 +28,9 @@ std::uint64_t MostPacked(std::uint64_t count)
 /// BITPIX of a table's type.
 int BitsOf(char type)
 {
-    switch (type) {
-    case 'B':
-        return 8;
-    case 'I':
-        return 16;
-    case 'J':
-        return 32;
-    case 'K':
-        return 64;
-    case 'E':
-        return -32;
-    default:
-        return -64;
-    }
+    constexpr std::string_view kTypes = "BIJKED";
+    constexpr int kBits[] = {8, 16, 32, 64, -32, -64};
+    return kBits[std::min(kTypes.find(type), kTypes.size() - 1)];
 }
 
 std::size_t BytesOf(int bits)
@@ -108,20 +99,10 @@ Number TileDecoder::ReadNumber(const TileColumn& column, std::uint64_t tile) con
     std::array<unsigned char, 8> field{};
     const int bits = BitsOf(column.type);
     ReadField(column, tile, {field.data(), BytesOf(bits)});
-    switch (bits) {
-    case 8:
-        return field[0];
-    case 16:
-        return static_cast<Number>(LoadBigEndian<std::int16_t>(field.data()));
-    case 32:
-        return static_cast<Number>(LoadBigEndian<std::int32_t>(field.data()));
-    case 64:
-        return static_cast<Number>(LoadBigEndian<std::int64_t>(field.data()));
-    case -32:
-        return static_cast<Number>(LoadBigEndian<float>(field.data()));
-    default:
-        return static_cast<Number>(LoadBigEndian<double>(field.data()));
-    }
+    auto number = static_cast<Number>(LoadBigEndian<std::int64_t>(field.data())); // of 64 bits
+    WithSampleType(bits, bits != 8,
+                   [&](auto type) { number = static_cast<Number>(LoadBigEndian<decltype(type)>(field.data())); });
+    return number;
 }
 
 /// Reads what a tile has in a column; false when it has nothing there.
