@@ -8,6 +8,7 @@
 
 #include "catalogue/display_levels.h"
 #include "catalogue/made.h"
+#include "catalogue/names.h"
 #include "catalogue/operations.h"
 #include "catalogue/points.h"
 #include "corvane/core/error.h"
@@ -224,16 +225,7 @@ Operation ReduceTone()
 }
 
 /// The maps of `CImgFalseColor`, by name and by number.
-const std::vector<std::string>& Maps()
-{
-    static const std::vector<std::string> maps{"rainbow", "spectrum", "ice", "heat", "0", "1", "2", "3"};
-    return maps;
-}
-
-int MapNumber(const std::string& map)
-{
-    return static_cast<int>(std::find(Maps().begin(), Maps().end(), map) - Maps().begin()) % 4;
-}
+const std::vector<std::string> kMaps{"rainbow", "spectrum", "ice", "heat", "0", "1", "2", "3"};
 
 CStlImage RunFalseColor(const CStlImage& given, const Arguments& arguments, const Run& run)
 {
@@ -247,7 +239,7 @@ CStlImage RunFalseColor(const CStlImage& given, const Arguments& arguments, cons
     if (result.ToColor() == 0) {
         AfxThrowMemoryException();
     }
-    result.Do(low, high, MapNumber(arguments.Text("map")), arguments.Whole("cycles"), image,
+    result.Do(low, high, PlaceOf(arguments.Text("map"), kMaps) % 4, arguments.Whole("cycles"), image,
               arguments.Rectangle("rect"), run);
     return result;
 }
@@ -267,7 +259,7 @@ Operation FalseColor()
                                        "what shows black"),
                        NumberParameter("high", "the sample where the map ends", "counts", kAnyNumber,
                                        "what shows white"),
-                       ChoiceParameter("map", "the colours, by name or number", Maps(), Maps().front()),
+                       ChoiceParameter("map", "the colours, by name or number", kMaps, kMaps.front()),
                        WholeParameter("cycles", "how many times the map runs from low to high", "", {1.0, 256.0}, 1),
                        RectangleParameter()},
         .footprint = Always({.levels = LevelUse::Chosen}),

@@ -81,21 +81,9 @@ Outputs Compose(Frames& frames, const std::vector<int>& planes, const Arguments&
     return outputs;
 }
 
-void Combine(CImgRgbCmpst& result, const Frames& frames, const Fits& at, int outside, const Run& run)
-{
-    result.Do(frames[0].image, at[0].dx, at[0].dy, at[0].angle, frames[1].image, at[1].dx, at[1].dy, at[1].angle,
-              frames[2].image, at[2].dx, at[2].dy, at[2].angle, nullptr, outside, nullptr, run);
-}
-
-void Combine(CImgCmyComposit& result, const Frames& frames, const Fits& at, int outside, const Run& run)
-{
-    result.Do(frames[0].image, at[0].dx, at[0].dy, at[0].angle, frames[1].image, at[1].dx, at[1].dy, at[1].angle,
-              frames[2].image, at[2].dx, at[2].dy, at[2].angle, nullptr, outside, run);
-}
-
-/// Of three frames through filters; a colour frame gives the plane of its colour.
-template <class Result>
-Outputs ComposeThree(Frames frames, const Arguments& arguments, const Run& run)
+/// Of three frames through filters; a colour frame gives the plane of its colour. `last` is what Do takes besides.
+template <class Result, class... Last>
+Outputs ComposeThree(Frames frames, const Arguments& arguments, const Run& run, Last... last)
 {
     std::vector<int> planes;
     for (std::size_t i = 0; i < frames.size(); ++i) {
@@ -103,14 +91,15 @@ Outputs ComposeThree(Frames frames, const Arguments& arguments, const Run& run)
     }
     const bool own = HaveOwnLevels(frames);
     return Compose<Result>(frames, planes, arguments, run, [&](Result& result, const Fits& at) {
-        Combine(result, frames, at, arguments.Whole("outside"), run);
+        result.Do(frames[0].image, at[0].dx, at[0].dy, at[0].angle, frames[1].image, at[1].dx, at[1].dy, at[1].angle,
+                  frames[2].image, at[2].dx, at[2].dy, at[2].angle, nullptr, arguments.Whole("outside"), last..., run);
         result.SetOwnLevel(own ? 1 : 0);
     });
 }
 
 Outputs RunRgb(Inputs& inputs, const Arguments& arguments, const Run& run)
 {
-    return ComposeThree<CImgRgbCmpst>(Taken(inputs, {"r", "g", "b"}), arguments, run);
+    return ComposeThree<CImgRgbCmpst>(Taken(inputs, {"r", "g", "b"}), arguments, run, nullptr);
 }
 
 Outputs RunCmy(Inputs& inputs, const Arguments& arguments, const Run& run)
@@ -151,13 +140,6 @@ constexpr const char* kAlignment =
     "What stars say is told, to a tenth of a pixel with shift; shifts and turns by hand are added to it. A frame turns "
     "about its first star, without stars about its middle.";
 
-std::vector<Parameter> With(std::vector<Parameter> own, const std::vector<std::string>& names)
-{
-    const std::vector<Parameter> registration = RegistrationParameters(names);
-    own.insert(own.begin(), registration.begin(), registration.end());
-    return own;
-}
-
 Parameter OutsideParameter()
 {
     return WholeParameter("outside", "the value of samples outside of a frame", "counts", kAnyNumber, 0);
@@ -182,7 +164,7 @@ Operation Rgb()
             .inputs = {{.name = "r", .summary = "the frame for red"},
                        {.name = "g", .summary = "the frame for green"},
                        {.name = "b", .summary = "the frame for blue"}},
-            .parameters = With({OutsideParameter()}, {"R", "G", "B"}),
+            .parameters = RegistrationParameters({OutsideParameter()}, {"R", "G", "B"}),
             .outputs = ColourOutputs(),
             .check = [](const Arguments& arguments) { CheckRegistration(arguments, 3); },
             .run = RunRgb};
@@ -199,7 +181,7 @@ Operation Cmy()
             .inputs = {{.name = "c", .summary = "the frame for cyan", .planes = Planes::Mono},
                        {.name = "m", .summary = "the frame for magenta", .planes = Planes::Mono},
                        {.name = "y", .summary = "the frame for yellow", .planes = Planes::Mono}},
-            .parameters = With({OutsideParameter()}, {"C", "M", "Y"}),
+            .parameters = RegistrationParameters({OutsideParameter()}, {"C", "M", "Y"}),
             .outputs = ColourOutputs(),
             .check = [](const Arguments& arguments) { CheckRegistration(arguments, 3); },
             .run = RunCmy};
@@ -221,7 +203,7 @@ Operation Lrgb()
                 kAlignment,
         .inputs = {{.name = "l", .summary = "the luminance frame"},
                    {.name = "rgb", .summary = "the colour frame", .planes = Planes::Colour}},
-        .parameters = With(
+        .parameters = RegistrationParameters(
             {FlagParameter("average", "take the mean of both instead of lightness and colour in CIE L*a*b*", false),
              NumberParameter("scale", "pixels of RGB that go on one of L: 0.5 enlarges an RGB that was binned 2 x 2",
                              "", {0.01, 100.0}, 1.0)},

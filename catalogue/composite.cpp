@@ -18,16 +18,12 @@ constexpr double kDefaultRatio = 0.5;
 constexpr double kMaxRatio = 1e6;
 
 /// The place of a word is the number of the mode.
-const std::vector<std::string>& Modes()
-{
-    static const std::vector<std::string> modes = {"sum",      "mean",    "blend", "difference", "product",
-                                                   "quotient", "absdiff", "max",   "min",        "desaturate"};
-    return modes;
-}
+const std::vector<std::string> kModes = {"sum",      "mean",    "blend", "difference", "product",
+                                         "quotient", "absdiff", "max",   "min",        "desaturate"};
 
 int ModeOf(const Arguments& arguments)
 {
-    return PlaceOf(arguments.Text("mode"), Modes());
+    return PlaceOf(arguments.Text("mode"), kModes);
 }
 
 bool IsDesaturate(const Arguments& arguments)
@@ -86,20 +82,18 @@ Outputs RunComposite(Inputs& inputs, const Arguments& arguments, const Run& run)
 
 std::vector<Parameter> CompositeParameters()
 {
-    std::vector<Parameter> parameters{
-        {.name = "mode", .kind = Kind::Choice, .summary = "how values are combined", .choices = Modes()},
-        NumberParameter("ratio", "blend: weight of OVERLAY, 0 to 1; desaturate: exposure of BASE over that of OVERLAY",
-                        "", {0.0, kMaxRatio}, "0.5; desaturate needs it"),
-        FlagParameter("display", "combine what the display levels show, 0 to 255, instead of the samples as they are",
-                      false),
-        FlagParameter("clamp", "difference of colour images: negative ones become 0", false),
-        NumberParameter("fraction", "desaturate: from which part of the maximum on a sample is saturated", "",
-                        {0.0, 1.0}, 0.95),
-        WholeParameter("radius", "desaturate: look for saturation as far around a pixel", "pixels", {0.0, 2.0}, 0),
-        RectangleParameter()};
-    const std::vector<Parameter> placement = PlacementParameters(kOverlayPoints, "BASE", "OVERLAY");
-    parameters.insert(parameters.end(), placement.begin(), placement.end());
-    return parameters;
+    return PlacementParameters(
+        {{.name = "mode", .kind = Kind::Choice, .summary = "how values are combined", .choices = kModes},
+         NumberParameter("ratio", "blend: weight of OVERLAY, 0 to 1; desaturate: exposure of BASE over that of OVERLAY",
+                         "", {0.0, kMaxRatio}, "0.5; desaturate needs it"),
+         FlagParameter("display", "combine what the display levels show, 0 to 255, instead of the samples as they are",
+                       false),
+         FlagParameter("clamp", "difference of colour images: negative ones become 0", false),
+         NumberParameter("fraction", "desaturate: from which part of the maximum on a sample is saturated", "",
+                         {0.0, 1.0}, 0.95),
+         WholeParameter("radius", "desaturate: look for saturation as far around a pixel", "pixels", {0.0, 2.0}, 0),
+         RectangleParameter()},
+        kOverlayPoints, "BASE", "OVERLAY");
 }
 
 } // namespace

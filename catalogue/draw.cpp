@@ -21,11 +21,7 @@ constexpr const char* kSamples =
     "them or more is covered. The display levels stay. Without them, it chooses them from the sky first, for "
     "display values. For a colour, draw on each plane with a value of its own.";
 
-const std::vector<std::string>& Alignments()
-{
-    static const std::vector<std::string> words{"left", "centre", "right"}; // in the order of CImgDrawText::Do
-    return words;
-}
+const std::vector<std::string> kAlignments{"left", "centre", "right"}; // in the order of CImgDrawText::Do
 
 bool IsRaw(const Arguments& arguments)
 {
@@ -63,7 +59,7 @@ void RunDrawText(io::Frame& frame, const Arguments& arguments, const Run& run)
     CImgDrawText result(image);
     result.Do(arguments.Text("text").c_str(), arguments.Number("x"), arguments.Number("y"),
               io::IsBottomUp(frame.header) ? -height : height, arguments.Number("angle"),
-              PlaceOf(arguments.Text("align"), Alignments()), pen, image, arguments.Rectangle("rect"), run);
+              PlaceOf(arguments.Text("align"), kAlignments), pen, image, arguments.Rectangle("rect"), run);
     frame.image = std::move(result);
 }
 
@@ -127,7 +123,7 @@ Operation DrawText()
                  Coordinate("y", "row of the line that the letters stand on"),
                  NumberParameter("height", "height of capitals", "pixels", {1.0, kMostPixels}, 16.0),
                  NumberParameter("angle", "turns the text about its point, clockwise", "degrees", {-360.0, 360.0}, 0.0),
-                 ChoiceParameter("align", "which part of the text is put at its point", Alignments(), "left"),
+                 ChoiceParameter("align", "which part of the text is put at its point", kAlignments, "left"),
                  std::move(thickness)}),
             .footprint = DrawFootprint,
             .run = RunDrawText};

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "catalogue/filter_mosaic.h"
+#include "catalogue/names.h"
 #include "catalogue/operations.h"
 #include "corvane/core/alignment.h"
 #include "corvane/core/error.h"
@@ -225,17 +226,13 @@ void RunBin(io::Frame& frame, const Arguments& arguments, const Run& run)
     FinishResampling(frame, result, {{1.0 / x, 0.0, 0.0, 1.0 / y}, (1.0 - x) * 0.5 / x, (1.0 - y) * 0.5 / y});
 }
 
-const std::vector<std::string>& Anchors()
-{
-    static const std::vector<std::string> anchors = {"top-left", "top",         "top-right", "left",        "centre",
-                                                     "right",    "bottom-left", "bottom",    "bottom-right"};
-    return anchors;
-}
+const std::vector<std::string> kAnchors = {"top-left", "top",         "top-right", "left",        "centre",
+                                           "right",    "bottom-left", "bottom",    "bottom-right"};
 
 /// The code of an anchor among the rows in their order in memory.
 int AnchorInMemory(const io::Header& header, const std::string& anchor)
 {
-    const int code = static_cast<int>(std::find(Anchors().begin(), Anchors().end(), anchor) - Anchors().begin());
+    const int code = PlaceOf(anchor, kAnchors);
     return io::IsBottomUp(header) ? (2 - code / 3) * 3 + code % 3 : code;
 }
 
@@ -420,7 +417,7 @@ Operation Canvas()
                 kFirstRow + kCarriesSky + kCarriesMosaic,
             .parameters = {SideParameter("width", "the width stays"), SideParameter("height", "the height stays"),
                            ChoiceParameter("anchor", "where the picture lies on the canvas, as the screen shows it",
-                                           Anchors(), "centre"),
+                                           kAnchors, "centre"),
                            NumberParameter("background", "what the border shows: 0 black, 255 white", "display value",
                                            {0.0, 255.0}, 0.0)},
             .footprint = Always({.levels = LevelUse::Read, .moves = true, .resizes = true}),

@@ -23,11 +23,7 @@ constexpr const char* kSecondPoints = "second-points";
 constexpr int kMaxCanvas = 65535; // longest side [pixels]
 
 /// The place of a word is the number of the mode.
-const std::vector<std::string>& Modes()
-{
-    static const std::vector<std::string> modes = {"over", "key", "lighter", "darker", "under"};
-    return modes;
-}
+const std::vector<std::string> kModes = {"over", "key", "lighter", "darker", "under"};
 
 /// A span of columns or rows, both ends included.
 struct Span {
@@ -83,7 +79,7 @@ void CheckCanvas(const Canvas& canvas)
 
 int ModeOf(const Arguments& arguments)
 {
-    return PlaceOf(arguments.Text("mode"), Modes());
+    return PlaceOf(arguments.Text("mode"), kModes);
 }
 
 void CheckMosaic(const Arguments& arguments)
@@ -143,26 +139,24 @@ Outputs RunMosaic(Inputs& inputs, const Arguments& arguments, const Run& run)
 
 std::vector<Parameter> MosaicParameters()
 {
-    std::vector<Parameter> parameters{
-        ChoiceParameter("mode",
-                        "what shows where both are: SECOND (over), FIRST (under), or FIRST where SECOND is key", Modes(),
-                        Modes().front()),
-        {.name = "key",
-         .kind = Kind::Numbers,
-         .summary = "mode = key: the sample of SECOND that lets FIRST through",
-         .unit = "counts",
-         .choices = {"N", "R,G,B"},
-         .whenAbsent = "none"},
-        FlagParameter("average",
-                      "make every pixel the mean of both; where one image is missing, of the other and the background",
-                      false),
-        FlagParameter("display", "join what the display levels show, 0 to 255, instead of the samples as they are",
-                      false),
-        NumberParameter("background", "with display: what shows where no image is", "display value", {0.0, 255.0},
-                        "0")};
-    const std::vector<Parameter> placement = PlacementParameters(kSecondPoints, "FIRST", "SECOND");
-    parameters.insert(parameters.end(), placement.begin(), placement.end());
-    return parameters;
+    return PlacementParameters(
+        {ChoiceParameter("mode",
+                         "what shows where both are: SECOND (over), FIRST (under), or FIRST where SECOND is key",
+                         kModes, kModes.front()),
+         {.name = "key",
+          .kind = Kind::Numbers,
+          .summary = "mode = key: the sample of SECOND that lets FIRST through",
+          .unit = "counts",
+          .choices = {"N", "R,G,B"},
+          .whenAbsent = "none"},
+         FlagParameter("average",
+                       "make every pixel the mean of both; where one image is missing, of the other and the background",
+                       false),
+         FlagParameter("display", "join what the display levels show, 0 to 255, instead of the samples as they are",
+                       false),
+         NumberParameter("background", "with display: what shows where no image is", "display value", {0.0, 255.0},
+                         "0")},
+        kSecondPoints, "FIRST", "SECOND");
 }
 
 } // namespace

@@ -118,20 +118,23 @@ Parameter BoxParameter()
                           {kMinBox, kMaxBox}, kDefaultBox);
 }
 
-std::vector<Parameter> PlacementParameters(const char* secondPoints, const std::string& first,
-                                           const std::string& second)
+std::vector<Parameter> PlacementParameters(std::vector<Parameter> own, const char* secondPoints,
+                                           const std::string& first, const std::string& second)
 {
-    return {{.name = "align",
-             .kind = Kind::Choice,
-             .summary = "points: find shift and turn from stars",
-             .choices = {"none", "points"},
-             .whenAbsent = "points where stars are given"},
-            PointsParameter("points", "roughly where one star, or two, are in " + first),
-            PointsParameter(secondPoints, "roughly where the same stars are in " + second),
-            BoxParameter(),
-            ShiftParameter("dx", "to the right"),
-            ShiftParameter("dy", "downwards"),
-            AngleParameter("angle", "turn")};
+    const std::vector<Parameter> placement{
+        {.name = "align",
+         .kind = Kind::Choice,
+         .summary = "points: find shift and turn from stars",
+         .choices = {"none", "points"},
+         .whenAbsent = "points where stars are given"},
+        PointsParameter("points", "roughly where one star, or two, are in " + first),
+        PointsParameter(secondPoints, "roughly where the same stars are in " + second),
+        BoxParameter(),
+        ShiftParameter("dx", "to the right"),
+        ShiftParameter("dy", "downwards"),
+        AngleParameter("angle", "turn")};
+    own.insert(own.end(), placement.begin(), placement.end());
+    return own;
 }
 
 void CheckPlacement(const Arguments& arguments, const char* secondPoints)

@@ -49,9 +49,10 @@ Parameter AngleParameter(const std::string& name, const std::string& summary);
 Parameter BoxParameter();
 /// @}
 
-/// The parameters of a placement; `secondPoints` is the one for stars in the second image, which is called `second`.
-std::vector<Parameter> PlacementParameters(const char* secondPoints, const std::string& first,
-                                           const std::string& second);
+/// The operation's own parameters and those of a placement; `secondPoints` is the one for stars in the second image,
+/// which is called `second`.
+std::vector<Parameter> PlacementParameters(std::vector<Parameter> own, const char* secondPoints,
+                                           const std::string& first, const std::string& second);
 
 /// Throws Error for points that do not belong together.
 void CheckPlacement(const Arguments& arguments, const char* secondPoints);

@@ -132,7 +132,7 @@ Fit FitOfOther(std::vector<io::Frame>& frames, std::size_t i, const std::vector<
 
 } // namespace
 
-std::vector<Parameter> RegistrationParameters(const std::vector<std::string>& names)
+std::vector<Parameter> RegistrationParameters(const std::vector<Parameter>& own, const std::vector<std::string>& names)
 {
     std::vector<Parameter> parameters{
         {.name = "align",
@@ -164,6 +164,7 @@ std::vector<Parameter> RegistrationParameters(const std::vector<std::string>& na
         parameters.push_back(ShiftParameter(i, names[i]));
         parameters.push_back(AngleParameter(NameFor("angle", i), "turn of " + names[i]));
     }
+    parameters.insert(parameters.end(), own.begin(), own.end());
     return parameters;
 }
 

@@ -41,8 +41,8 @@ struct Registration {
     int box = kDefaultBox;            ///< points: side of the square in which a centroid is taken [pixels, 5..255]
 };
 
-/// The parameters of a registration of frames that are called so.
-std::vector<Parameter> RegistrationParameters(const std::vector<std::string>& names);
+/// The parameters of a registration of frames that are called so, and the operation's own after them.
+std::vector<Parameter> RegistrationParameters(const std::vector<Parameter>& own, const std::vector<std::string>& names);
 
 /// Throws Error for values that do not go together.
 void CheckRegistration(const Arguments& arguments, std::size_t frames);
