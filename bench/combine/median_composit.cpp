@@ -1,10 +1,10 @@
 #include "corvane/combine/median_composit.h"
 
-#include <algorithm>
 #include <cmath>
 #include <deque>
 #include <vector>
 
+#include "bench/combine/plain_statistic.h"
 #include "bench/support/bench.h"
 #include "corvane/core/blank.h"
 
@@ -14,55 +14,14 @@ namespace {
 struct Method {
     const char* name;
     void (CImgMedianComposit::*calc)();
-    double (*plain)(std::vector<double>& sorted);
+    CombineMethod plain;
     double limit; ///< seconds for 20 frames of 2048 x 2048
 };
 
-double Middle(std::vector<double>& sorted)
-{
-    return sorted[sorted.size() / 2];
-}
-
-std::vector<double> Clipped(const std::vector<double>& sorted)
-{
-    double sum = 0.0;
-    double squares = 0.0;
-    for (const double v : sorted) {
-        sum += v;
-    }
-    const double n = static_cast<double>(sorted.size());
-    for (const double v : sorted) {
-        squares += (v - sum / n) * (v - sum / n);
-    }
-    std::vector<double> kept;
-    for (const double v : sorted) {
-        if (std::fabs(v - sorted[sorted.size() / 2]) < 3.0 * std::sqrt(squares / n)) {
-            kept.push_back(v);
-        }
-    }
-    return kept;
-}
-
-double ClippedMiddle(std::vector<double>& sorted)
-{
-    std::vector<double> kept = Clipped(sorted);
-    return kept.empty() ? sorted.front() : Middle(kept);
-}
-
-double ClippedMean(std::vector<double>& sorted)
-{
-    const std::vector<double> kept = Clipped(sorted);
-    long double sum = 0.0L;
-    for (const double v : kept) {
-        sum += v;
-    }
-    return static_cast<double>(sum / static_cast<long double>(kept.size()));
-}
-
 constexpr Method kMethods[] = {
-    {"median", &CImgMedianComposit::Calc, Middle, 0.35},
-    {"clipped median", &CImgMedianComposit::CalcClipping, ClippedMiddle, 0.5},
-    {"clipped mean", &CImgMedianComposit::AddAvrCalcClipping, ClippedMean, 0.5},
+    {"median", &CImgMedianComposit::Calc, CombineMethod::kMedian, 0.35},
+    {"clipped median", &CImgMedianComposit::CalcClipping, CombineMethod::kClippedMedian, 0.5},
+    {"clipped mean", &CImgMedianComposit::AddAvrCalcClipping, CombineMethod::kClippedMean, 0.5},
 };
 
 /// A night's frames in memory, each with its own shift.
@@ -99,8 +58,8 @@ public:
                                                         UndefinedValue(frames_[i]), 0, &isOutside, nullptr, nullptr);
             isOutside != 0 ? static_cast<void>(undefined = v) : values.push_back(v);
         }
-        std::sort(values.begin(), values.end());
-        return values.size() < frames_.size() ? undefined : method.plain(values);
+        const std::vector<double> weights(values.size(), 1.0);
+        return values.size() < frames_.size() ? undefined : PlainStatistic(values, weights, method.plain);
     }
 
     std::uint64_t Bytes() const { return frames_.size() * frames_.front().GetImageSize(); }

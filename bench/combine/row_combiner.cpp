@@ -1,13 +1,12 @@
 #include "corvane/combine/row_combiner.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <deque>
-#include <numeric>
 #include <string>
 #include <vector>
 
+#include "bench/combine/plain_statistic.h"
 #include "bench/support/bench.h"
 
 namespace corvane::bench {
@@ -68,35 +67,13 @@ public:
                 weights.push_back(weights_[i]);
             }
         }
-        return Statistic(values, weights, kind.method);
+        return PlainStatistic(values, weights, kind.method);
     }
 
     const std::vector<double>& Weights() const { return weights_; }
     std::uint64_t Bytes() const { return bytes_; }
 
 private:
-    static double Statistic(std::vector<double> values, const std::vector<double>& weights, CombineMethod method)
-    {
-        const std::vector<double> inOrder = values;
-        const double n = static_cast<double>(values.size());
-        std::sort(values.begin(), values.end());
-        const double median = values[values.size() / 2];
-        const double mean = std::accumulate(values.begin(), values.end(), 0.0) / n;
-        const double squares = std::accumulate(values.begin(), values.end(), 0.0,
-                                               [=](double sum, double v) { return sum + (v - mean) * (v - mean); });
-        const auto isKept = [&](double v) {
-            return method == CombineMethod::kMedian || std::fabs(v - median) < 3.0 * std::sqrt(squares / n);
-        };
-        double sum = 0.0;
-        double total = 0.0;
-        for (std::size_t i = 0; i < inOrder.size(); ++i) {
-            sum += isKept(inOrder[i]) ? weights[i] * inOrder[i] : 0.0;
-            total += isKept(inOrder[i]) ? weights[i] : 0.0;
-        }
-        std::erase_if(values, [&](double v) { return !isKept(v); });
-        return method == CombineMethod::kClippedMean ? sum / total : values[values.size() / 2];
-    }
-
     int width_;
     std::deque<Sky> frames_;
     std::vector<std::vector<double>> values_;

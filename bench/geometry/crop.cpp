@@ -5,15 +5,12 @@
 namespace corvane::bench {
 namespace {
 
-// Bytes are those of the result.
 const Line crop("geometry/Crop/crop", TimesMemcpy(1.2), [](Run& run) {
     CStlImage& frame = LargeFrame();
     const CRect rect(11, 7, frame.GetWidth() - 5, frame.GetHeight() - 3);
-    CImgCrop checked(frame);
-    checked.Do(rect, &frame, 0);
-    CheckSamples(checked, [&](int x, int y, int plane) { return frame.GetPixelGrayRaw(x + 11, y + 7, plane); });
-    run.Time(
-        checked.GetImageSize(), [&] { return CImgCrop(frame); }, [&](CImgCrop& result) { result.Do(rect, &frame, 0); });
+    TimeChange<CImgCrop>(
+        run, frame, [&](CImgCrop& result) { result.Do(rect, &frame, 0); },
+        [&](int x, int y, int plane) { return frame.GetPixelGrayRaw(x + 11, y + 7, plane); });
 });
 
 } // namespace

@@ -5,15 +5,11 @@
 namespace corvane::bench {
 namespace {
 
-// Bytes are those of the result.
 const Line expansion("geometry/Expansion/2 x 2", {}, [](Run& run) {
     Sky source(Size(2048, 60), Size(2048, 50), 1, 3);
-    CImgExpansion checked(source);
-    checked.Do(2, 2, &source, 0);
-    CheckSamples(checked, [&](int x, int y, int plane) { return source.GetPixelGrayRaw(x / 2, y / 2, plane); });
-    run.Time(
-        checked.GetImageSize(), [&] { return CImgExpansion(source); },
-        [&](CImgExpansion& result) { result.Do(2, 2, &source, 0); });
+    TimeChange<CImgExpansion>(
+        run, source, [&](CImgExpansion& result) { result.Do(2, 2, &source, 0); },
+        [&](int x, int y, int plane) { return source.GetPixelGrayRaw(x / 2, y / 2, plane); });
 });
 
 } // namespace

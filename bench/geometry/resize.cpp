@@ -7,24 +7,19 @@ namespace {
 
 constexpr int kMiddle = 4;
 
-// Bytes are those of the result.
 void TimeCanvas(Run& run, int widthChange, int heightChange)
 {
     CStlImage& frame = LargeFrame();
     const int width = frame.GetWidth() + widthChange;
     const int height = frame.GetHeight() + heightChange;
     float background = 0.0F;
-    CImgResize checked(frame);
-    checked.Do(width, height, kMiddle, &background, &frame, 0);
-    CheckSamples(checked, [&](int x, int y, int plane) {
+    const auto change = [&](CImgResize& result) { result.Do(width, height, kMiddle, &background, &frame, 0); };
+    TimeChange<CImgResize>(run, frame, change, [&](int x, int y, int plane) {
         const int fromX = x - widthChange / 2;
         const int fromY = y - heightChange / 2;
         const bool isPicture = fromX >= 0 && fromX < frame.GetWidth() && fromY >= 0 && fromY < frame.GetHeight();
         return isPicture ? frame.GetPixelGrayRaw(fromX, fromY, plane) : frame.GetLevelMin(0);
     });
-    run.Time(
-        checked.GetImageSize(), [&] { return CImgResize(frame); },
-        [&](CImgResize& result) { result.Do(width, height, kMiddle, &background, &frame, 0); });
 }
 
 const Line larger("geometry/Resize/larger canvas", TimesMemcpy(1.2), [](Run& run) { TimeCanvas(run, 200, 100); });

@@ -25,12 +25,9 @@ const Line turn("geometry/Rotate/turn by 33.3 degrees", TimesMemcpy(14.0), [](Ru
 const Line quarterTurn("geometry/Rotate/quarter turn", TimesMemcpy(2.5), [](Run& run) {
     CStlImage& frame = LargeFrame();
     const int bottom = frame.GetHeight() - 1;
-    CImgRotate checked(frame);
-    checked.Do90(1, &frame, 0);
-    CheckSamples(checked, [&](int x, int y, int plane) { return frame.GetPixelGrayRaw(y, bottom - x, plane); });
-    run.Time(
-        frame.GetImageSize(), [&] { return CImgRotate(frame); },
-        [&](CImgRotate& result) { result.Do90(1, &frame, 0); });
+    TimeChange<CImgRotate>(
+        run, frame, [&](CImgRotate& result) { result.Do90(1, &frame, 0); },
+        [&](int x, int y, int plane) { return frame.GetPixelGrayRaw(y, bottom - x, plane); });
 });
 
 const Line halfTurn("geometry/Rotate/half turn", TimesMemcpy(1.2), [](Run& run) {

@@ -8,18 +8,14 @@ namespace {
 void TimeBinning(Run& run, int block)
 {
     CStlImage& frame = LargeFrame();
-    CImgSoftBinning checked(frame);
-    checked.Do(block, block, 0, 1, &frame, 0);
-    CheckSamples(checked, [&](int x, int y, int plane) {
+    const auto bin = [&](CImgSoftBinning& result) { result.Do(block, block, 0, 1, &frame, 0); };
+    TimeChange<CImgSoftBinning>(run, frame, bin, [&](int x, int y, int plane) {
         float sum = 0.0F;
         for (int i = 0; i < block * block; ++i) {
             sum += frame.GetPixelGrayRaw(x * block + i % block, y * block + i / block, plane);
         }
         return sum;
     });
-    run.Time(
-        frame.GetImageSize(), [&] { return CImgSoftBinning(frame); },
-        [&](CImgSoftBinning& result) { result.Do(block, block, 0, 1, &frame, 0); });
 }
 
 const Line by2("geometry/SoftBinning/2 x 2", TimesMemcpy(1.2), [](Run& run) { TimeBinning(run, 2); });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 
 #include "bench/support/line.h"
@@ -49,6 +50,18 @@ void TimeOperation(Run& run, CStlImage& frame, Work work, Expected expected)
     again();
     CheckSamples(result, expected);
     run.Time(frame.GetImageSize(), again);
+}
+
+/// The same for work(result) that changes the size of the copy: each time it gets a new one. The bytes are those of the
+/// larger image.
+template <class Operation, class Work, class Expected>
+void TimeChange(Run& run, CStlImage& frame, Work work, Expected expected)
+{
+    Operation checked(frame);
+    work(checked);
+    CheckSamples(checked, expected);
+    run.Time(
+        std::max(frame.GetImageSize(), checked.GetImageSize()), [&] { return Operation(frame); }, work);
 }
 
 } // namespace corvane::bench

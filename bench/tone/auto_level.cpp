@@ -53,38 +53,35 @@ bool IsNear(double a, double b)
     return std::fabs(a - b) < 1e-6;
 }
 
-const Line mono("tone/AutoLevel/mono", {}, [](Run& run) {
-    const CStlImage& frame = LargeFrame();
-    const auto values = GridValues(frame, [&](int x, int y) { return frame.GetPixelGrayRaw(x, y, 0); });
-    Spread spread = PlainSpread(values, Spread());
-    for (double last = spread.mean + 2.0; std::floor(last) != std::floor(spread.mean);) {
-        last = spread.mean;
-        spread = PlainSpread(values, spread);
-    }
-    CImgAutoLevel image(frame);
-    const auto choose = [&] { image.Do(0.2, 1.0, 0, nullptr); };
-    choose();
-    Require(IsNear(image.GetLevelMin(0), spread.mean - 0.2 * spread.sigma), "level min");
-    Require(IsNear(image.GetLevelMax(0), spread.mean + spread.sigma), "level max");
-    run.Time(frame.GetImageSize(), choose);
-});
-
-const Line colour("tone/AutoLevel/colour", {}, [](Run& run) {
-    CImgAutoLevel image(Sky(LargeFrame().GetWidth(), LargeFrame().GetHeight(), 3, 4));
-    const auto sample = [&](int x, int y, int plane) {
-        return static_cast<double>(image.GetPixelGrayRaw(x, y, plane));
-    };
-    const Spread spread =
-        PlainSpread(GridValues(image,
-                               [&](int x, int y) {
-                                   return 0.299 * sample(x, y, 0) + 0.587 * sample(x, y, 1) + 0.114 * sample(x, y, 2);
-                               }),
-                    Spread());
+void TimeChoice(Run& run, CImgAutoLevel& image, const Spread& spread)
+{
     const auto choose = [&] { image.Do(0.2, 1.0, 0, nullptr); };
     choose();
     Require(IsNear(image.GetLevelMin(0), spread.mean - 0.2 * spread.sigma), "level min");
     Require(IsNear(image.GetLevelMax(0), spread.mean + spread.sigma), "level max");
     run.Time(image.GetImageSize(), choose);
+}
+
+const Line mono("tone/AutoLevel/mono", {}, [](Run& run) {
+    CImgAutoLevel image(LargeFrame());
+    const auto values = GridValues(image, [&](int x, int y) { return image.GetPixelGrayRaw(x, y, 0); });
+    Spread spread = PlainSpread(values, Spread());
+    for (double last = spread.mean + 2.0; std::floor(last) != std::floor(spread.mean);) {
+        last = spread.mean;
+        spread = PlainSpread(values, spread);
+    }
+    TimeChoice(run, image, spread);
+});
+
+const Line colour("tone/AutoLevel/colour", {}, [](Run& run) {
+    CImgAutoLevel image(ColourFrame());
+    const auto sample = [&](int x, int y, int plane) {
+        return static_cast<double>(image.GetPixelGrayRaw(x, y, plane));
+    };
+    const auto values = GridValues(image, [&](int x, int y) {
+        return 0.299 * sample(x, y, 0) + 0.587 * sample(x, y, 1) + 0.114 * sample(x, y, 2);
+    });
+    TimeChoice(run, image, PlainSpread(values, Spread()));
 });
 
 } // namespace
