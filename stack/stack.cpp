@@ -24,18 +24,15 @@ void CheckEnoughUsed(const Result& result)
     if (frames.size() == 1 || UsedFrames(frames).size() > 1) {
         return;
     }
-    std::vector<std::string> reasons;
+    std::size_t leftOut = 0;
+    std::string text;
     for (const FrameReport& frame : frames) {
-        if (!frame.used) {
-            reasons.push_back(frame.file + ": " + frame.reason);
+        if (!frame.used && ++leftOut <= kReasonsTold) {
+            text += (text.empty() ? "" : "; ") + frame.file + ": " + frame.reason;
         }
     }
-    std::string text;
-    for (std::size_t i = 0; i < std::min(reasons.size(), kReasonsTold); ++i) {
-        text += (i == 0 ? "" : "; ") + reasons[i];
-    }
-    if (reasons.size() > kReasonsTold) {
-        text += "; and " + std::to_string(reasons.size() - kReasonsTold) + " more";
+    if (leftOut > kReasonsTold) {
+        text += "; and " + std::to_string(leftOut - kReasonsTold) + " more";
     }
     throw FileError(frames[static_cast<std::size_t>(result.referenceLight)].file,
                     "no other light can be stacked with it: " + text);

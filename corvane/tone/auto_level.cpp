@@ -52,55 +52,34 @@ struct Grid {
     }
 };
 
-/// The plain samples of one plane on a grid, blanks and NaN left out.
-class PlaneSamples {
-public:
-    PlaneSamples(const CStlImage& image, const Grid& grid, int plane)
-        : image_(image), grid_(grid), plane_(plane), isBlank_(image)
-    {}
-
-    template <class Visit>
-    void ForEach(Visit visit) const
-    {
-        grid_.Walk(image_, plane_, plane_, [&](const float* const* rows, int x) {
+/// Hands on the plain samples of one plane on a grid, blanks and NaN left out.
+auto PlaneSamples(const CStlImage& image, const Grid& grid, int plane)
+{
+    return [&image, &grid, plane, isBlank = BlankTest(image)](auto visit) {
+        grid.Walk(image, plane, plane, [&](const float* const* rows, int x) {
             const double v = rows[0][x];
-            if (!(isBlank_(v) | std::isnan(v))) {
+            if (!(isBlank(v) | std::isnan(v))) {
                 visit(v);
             }
         });
-    }
+    };
+}
 
-private:
-    const CStlImage& image_;
-    const Grid& grid_;
-    int plane_;
-    BlankTest isBlank_;
-};
-
-/// The luminance of a colour image on a grid; a pixel is left out when any of its samples is blank or NaN.
-class LuminanceSamples {
-public:
-    LuminanceSamples(const CStlImage& image, const Grid& grid) : image_(image), grid_(grid), isBlank_(image) {}
-
-    template <class Visit>
-    void ForEach(Visit visit) const
-    {
-        grid_.Walk(image_, 0, 2, [&](const float* const* rows, int x) {
+/// Hands on the luminance of a colour image on a grid; a pixel is left out when any of its samples is blank or NaN.
+auto LuminanceSamples(const CStlImage& image, const Grid& grid)
+{
+    return [&image, &grid, isBlank = BlankTest(image)](auto visit) {
+        grid.Walk(image, 0, 2, [&](const float* const* rows, int x) {
             const double r = rows[0][x];
             const double g = rows[1][x];
             const double b = rows[2][x];
             const double y = BrightnessOf(r, g, b);
-            if (!(isBlank_(r) | isBlank_(g) | isBlank_(b) | std::isnan(y))) {
+            if (!(isBlank(r) | isBlank(g) | isBlank(b) | std::isnan(y))) {
                 visit(y);
             }
         });
-    }
-
-private:
-    const CStlImage& image_;
-    const Grid& grid_;
-    BlankTest isBlank_;
-};
+    };
+}
 
 /// Mean and standard deviation.
 struct Spread {
@@ -117,7 +96,7 @@ Spread Measure(const Samples& samples, double oldMean, double oldSigma, double r
 {
     double sum = 0.0;
     long long count = 0;
-    samples.ForEach([&, low = oldMean - reach, high = oldMean + reach](double v) {
+    samples([&, low = oldMean - reach, high = oldMean + reach](double v) {
         if (low < v && v < high) {
             sum += v;
             ++count;
@@ -125,7 +104,7 @@ Spread Measure(const Samples& samples, double oldMean, double oldSigma, double r
     });
     const double mean = sum / static_cast<double>(count);
     double squares = 0.0;
-    samples.ForEach([&, low = mean - reach, high = mean + reach](double v) {
+    samples([&, low = mean - reach, high = mean + reach](double v) {
         if (low < v && v < high) {
             squares += (v - mean) * (v - mean);
         }
@@ -135,7 +114,8 @@ Spread Measure(const Samples& samples, double oldMean, double oldSigma, double r
 }
 
 /// Clips at 3 sigma until the whole part of the mean settles.
-Spread IteratedSpread(const PlaneSamples& samples)
+template <class Samples>
+Spread IteratedSpread(const Samples& samples)
 {
     constexpr int kMost = 1000; // a mean that swings between two values for ever ends here
     Spread spread;
