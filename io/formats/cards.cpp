@@ -6,7 +6,6 @@
 #include <tuple>
 #include <utility>
 
-#include "io/formats/fits_keys.h"
 #include "io/metadata.h"
 
 namespace corvane::io {
@@ -48,6 +47,11 @@ std::string_view KeywordOf(std::string_view card)
 bool IsCommentary(std::string_view keyword)
 {
     return keyword.empty() || keyword == "COMMENT" || keyword == "HISTORY" || keyword == "CONTINUE";
+}
+
+std::string Numbered(const char* name, int number)
+{
+    return name + std::to_string(number);
 }
 
 /// Sets a number unless the card already says just that, so that its own way of writing stays.
