@@ -25,7 +25,9 @@ enum class Kind {
     Choice, ///< one of a few words, held as text
     Flag,   ///< yes or no, held as bool
     Text,   ///< printable ASCII characters, held as text
-    Numbers, ///< finite numbers with commas between, as X,Y; one of the parameter's forms says how many, X,Y,... any number of pairs
+    /// Finite numbers with commas between, as X,Y; one of the parameter's forms says how many, X,Y,... any number of
+    /// pairs.
+    Numbers,
     Image,     ///< an image: the name of its file, held as text; or one in memory
     CurveFile, ///< the name of a text file with a curve, held as text; see `ReadPoints`
     Curve,     ///< x:y/x:y/... with at least two points within 0 and 1, x rising

@@ -183,8 +183,8 @@ Table StarTable(const SeenStars& seen)
                             {"elongation", 2},
                             {"flags", kWords}}};
     for (const stars::FieldStar& star : seen.field.stars) {
-        table.rows.push_back({table.rows.size() + 1.0, star.x, star.y, star.peak, star.sky, star.noise, star.flux,
-                              star.fwhm, star.elongation, stars::FlagWords(star)});
+        table.rows.push_back({static_cast<double>(table.rows.size() + 1), star.x, star.y, star.peak, star.sky,
+                              star.noise, star.flux, star.fwhm, star.elongation, stars::FlagWords(star)});
     }
     return table;
 }
@@ -195,8 +195,8 @@ Table StarTable(const SeenWidths& seen)
         .columns = {{"star", 0}, {"x", 2}, {"y", 2}, {"peak"}, {"sky"}, {"flux"}, {"fwhm", 2}, {"fault", kWords}}};
     for (const stars::MeasuredStar& star : seen.widths.stars) {
         const auto ifMeasured = [&](double value) { return star.fwhm > 0.0 ? Cell(value) : Cell(); };
-        table.rows.push_back({table.rows.size() + 1.0, star.x, star.y, star.peak, star.sky, ifMeasured(star.flux),
-                              ifMeasured(star.fwhm), star.fault});
+        table.rows.push_back({static_cast<double>(table.rows.size() + 1), star.x, star.y, star.peak, star.sky,
+                              ifMeasured(star.flux), ifMeasured(star.fwhm), star.fault});
     }
     return table;
 }

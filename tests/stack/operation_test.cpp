@@ -36,7 +36,7 @@ TEST(StackOperation, AsksForWhatIsGivenAndForTheDefaultsOfOptions)
     EXPECT_EQ(asked.pattern, BayerPattern::kGbrg);
     EXPECT_EQ(asked.reference->x, 246);
     EXPECT_EQ(asked.reference->y, 62);
-    EXPECT_EQ(ReferenceIndex(asked), 1);
+    EXPECT_EQ(asked.referenceFile, "b.fits");
     EXPECT_EQ(asked.normalise, NormaliseMethod::kNone);
     EXPECT_EQ(asked.rejectStars, 3.0);
     EXPECT_TRUE(asked.cosmetic);
