@@ -29,7 +29,8 @@ Shown PlainPixel(std::vector<std::pair<double, double>> values, CombineMethod me
     const double median = values[values.size() / 2].first;
     double mean = 0.0;
     double squares = 0.0;
-    std::for_each(values.begin(), values.end(), [&](const auto& value) { mean += value.first / n; });
+    std::for_each(values.begin(), values.end(), [&](const auto& value) { mean += value.first; });
+    mean /= n;
     std::for_each(values.begin(), values.end(), [&](const auto& value) { squares += std::pow(value.first - mean, 2); });
     auto kept = values;
     std::erase_if(kept, [&](const auto& u) { return !(std::fabs(u.first - median) < 3.0 * std::sqrt(squares / n)); });

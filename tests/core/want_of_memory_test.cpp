@@ -86,9 +86,9 @@ TEST(WantOfMemory, IsZeroWhereThatIsPromised)
         CRect rect(2, 2, 19, 19);
         return i.Do(1.0, 0.1, &rect, 1) != 0;
     });
-    EXPECT_EQ(Starve<CImgLucy>(kZeroUnchanged, [](auto& i, auto*) { return i.Do(1.2, 1.6, 6.0, 1, nullptr, 1) != 0; }),
+    EXPECT_EQ(Starve<CImgLucy>(kZeroUnchanged, [](auto& i, auto*) { return i.Do(1.2, 1.6, 6.0, 1, nullptr, 0) != 0; }),
               "Insufficient memory.  Close applications and re-execute command.");
-    EXPECT_EQ(Starve<CImgMem>(kZeroUnchanged, [](auto& i, auto*) { return i.Do(1.5, 1.0, 1, nullptr, 1) != 0; }),
+    EXPECT_EQ(Starve<CImgMem>(kZeroUnchanged, [](auto& i, auto*) { return i.Do(1.5, 1.0, 1, nullptr, 0) != 0; }),
               "Insufficient memory.  Close applications and re-execute command");
 }
 
