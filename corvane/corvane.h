@@ -24,6 +24,7 @@
 #include "corvane/core/progress_message.h"
 #include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
+#include "corvane/core/threads.h"
 #include "corvane/core/vm_image.h"
 #include "corvane/draw/draw_line.h"
 #include "corvane/draw/draw_text.h"

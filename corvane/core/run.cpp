@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "corvane/core/stl_image.h"
+#include "corvane/core/threads.h"
 #include "corvane/resources/string_table.h"
 
 namespace corvane {
@@ -60,6 +61,11 @@ Run WindowRun(CStlImage& image, int show, EscapeKey escape)
     };
     run.cancelled = [goesOn] { return !*goesOn; };
     return run;
+}
+
+int Run::Threads() const
+{
+    return threads > 0 ? threads : corvane::Threads();
 }
 
 Stage::Stage(const Run& run, const char* text, int total) : run_(run), total_(std::max(total, 0))

@@ -44,9 +44,11 @@ public:
 struct Run {
     std::function<void(const Progress&)> progress{};
     std::function<bool()> cancelled{};                    ///< asked at every step: true ends the work
-    int threads = 0;                                      ///< at most so many; 0: as many as there are processors
+    int threads = 0;                                      ///< at most so many; 0: as `corvane::Threads` says
     std::function<void(const Diagnostic&)> diagnostics{}; ///< findings as data
 
+    /// How many threads the work may use.
+    CORVANE_VISIBLE int Threads() const;
     /// True when the work is to stop.
     bool IsCancelled() const { return cancelled && cancelled(); }
     void ThrowIfCancelled() const
@@ -95,6 +97,7 @@ public:
     }
     /// Counts steps; false when the run asks to stop.
     bool Advance(int steps = 1);
+    int Threads() const { return run_.Threads(); } ///< How many threads the work may use.
 
 private:
     const Run& run_;

@@ -1,0 +1,145 @@
+#include "corvane/platform/workers.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <cstddef>
+#include <exception>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace corvane::platform {
+namespace {
+
+thread_local bool isWorking = false; // in the body of a call with more than one thread
+
+using Body = std::function<void(int, int)>;
+using Tick = std::function<void(int)>;
+
+/// One call's blocks, and the threads that work on them.
+class Workers {
+public:
+    Workers(int count, int threads, const Body& body)
+        : body_(body), count_(count), end_(count), at_(static_cast<std::size_t>(threads), count)
+    {}
+
+    void Run(const Tick& tick)
+    {
+        {
+            const Threads threads(*this);
+            Lead(tick);
+        }
+        if (error_ != nullptr) {
+            std::rethrow_exception(error_);
+        }
+    }
+
+private:
+    using Lock = std::unique_lock<std::mutex>;
+
+    /// The threads besides the caller's.
+    class Threads {
+    public:
+        explicit Threads(Workers& workers)
+        {
+            threads_.reserve(workers.at_.size() - 1);
+            try {
+                for (std::size_t i = 1; i < workers.at_.size(); ++i) {
+                    threads_.emplace_back([&workers, i] { workers.Follow(i); });
+                }
+            } catch (const std::exception&) { // no more to be had, or no memory for one
+            }
+        }
+        ~Threads()
+        {
+            std::for_each(threads_.begin(), threads_.end(), [](std::thread& thread) { thread.join(); });
+        }
+        Threads(const Threads&) = delete;
+        Threads& operator=(const Threads&) = delete;
+
+    private:
+        std::vector<std::thread> threads_;
+    };
+
+    void Follow(std::size_t worker)
+    {
+        Lock lock(mutex_);
+        while (next_ < end_) {
+            WorkOne(worker, lock);
+        }
+    }
+
+    /// Works as the others do, and tells what is done in between.
+    void Lead(const Tick& tick)
+    {
+        Lock lock(mutex_);
+        for (int told = 0; told < end_;) {
+            if (told < Done()) {
+                Unlocked(told, lock, [&] { tick(told); });
+                ++told;
+            } else if (next_ < end_) {
+                WorkOne(0, lock);
+            } else {
+                changed_.wait(lock);
+            }
+        }
+    }
+
+    void WorkOne(std::size_t worker, Lock& lock)
+    {
+        const int block = next_++;
+        at_[worker] = block;
+        isWorking = true;
+        Unlocked(block, lock, [&] { body_(block, static_cast<int>(worker)); });
+        isWorking = false;
+        at_[worker] = count_;
+        changed_.notify_one();
+    }
+
+    /// Calls without the lock. A failure ends the call before the block: what goes on is before it.
+    template <class Call>
+    void Unlocked(int block, Lock& lock, Call call)
+    {
+        lock.unlock();
+        std::exception_ptr error;
+        try {
+            call();
+        } catch (...) {
+            error = std::current_exception();
+        }
+        lock.lock();
+        if (error != nullptr && block < end_) {
+            error_ = error;
+            end_ = block;
+        }
+    }
+
+    /// The blocks before which all are done.
+    int Done() const { return std::min(next_, *std::min_element(at_.begin(), at_.end())); }
+
+    const Body& body_;
+    int count_;
+    std::mutex mutex_;
+    std::condition_variable changed_; ///< wakes the caller
+    int next_ = 0;                    ///< the first block that nobody has begun
+    int end_;                         ///< the first one that is not to be begun
+    std::vector<int> at_;             ///< the block that each thread is at; `count_` for none
+    std::exception_ptr error_;
+};
+
+} // namespace
+
+void CallForBlocks(int count, int threads, const Body& body, const Tick& tick)
+{
+    threads = std::min(threads, count);
+    if (threads > 1 && !isWorking) {
+        Workers(count, threads, body).Run(tick);
+        return;
+    }
+    for (int block = 0; block < count; ++block) {
+        body(block, 0);
+        tick(block);
+    }
+}
+
+} // namespace corvane::platform
