@@ -35,7 +35,7 @@ void CImgCmyComposit::Do(const CStlImage& c, double dxC, double dyC, double angl
     SetMeanLevel(*this, 0, y, m);
     SetMeanLevel(*this, 1, c, y);
     SetMeanLevel(*this, 2, c, m);
-    rows.Walk(run, IDS_CMY_COMPOSITE, [&](int row) {
+    rows.Walk({&c, &m, &y}, run, IDS_CMY_COMPOSITE, [&, ofC, ofM, ofY](int row) mutable {
         for (AlignedPlane* plane : {&ofC, &ofM, &ofY}) {
             plane->Sample(row, outside);
         }

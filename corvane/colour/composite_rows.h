@@ -20,11 +20,11 @@ public:
     /// The columns from 0 on that a frame is sampled in.
     int Columns() const { return left_ + count_; }
 
-    /// Calls row(y) for every row, with one step of a stage each.
+    /// Calls row(y) for every row, as `WalkLines` does.
     template <class Row>
-    void Walk(const Run& run, int textId, Row row) const
+    void Walk(std::initializer_list<const CImage*> frames, const Run& run, int textId, Row row) const
     {
-        WalkLines(area_, run, textId, row);
+        WalkLines(result_, frames, area_, run, textId, row);
     }
 
     /// Writes valueOf(i), i in 0..count - 1, to row y of a plane, if the result has that plane.

@@ -10,6 +10,7 @@
 #include "corvane/colour/mosaic_rows.h"
 #include "corvane/colour/split_row.h"
 #include "corvane/core/blank.h"
+#include "corvane/core/walk.h"
 #include "corvane/platform/memory_exception.h"
 
 namespace corvane {
@@ -19,6 +20,9 @@ using demosaic::MadeColours;
 using demosaic::Mirrored;
 using demosaic::SplitRow;
 using demosaic::SplitRows;
+
+/// Rows that are made together: many, since each band begins with rows that the one before takes too.
+constexpr int kBand = 256;
 
 /// In the order of BayerPattern.
 constexpr const char* kNames[] = {"RGGB", "GRBG", "GBRG", "BGGR"};
@@ -222,25 +226,26 @@ void Demosaic(const CStlImage& mosaic, BayerPattern pattern, DemosaicMethod meth
     const int width = mosaic.GetWidth();
     const int height = mosaic.GetPixelCount() == 0 ? 0 : mosaic.GetHeight();
     const BlankTest isBlank(mosaic);
-    std::vector<float> unblanked(static_cast<std::size_t>(width));
-    const auto rowOf = [&](int y) -> const float* {
-        const float* const row = mosaic.GetImageAdr(0, y, 0, 1);
-        CopyWithoutBlanks(isBlank, row, width, unblanked.data());
-        return unblanked.data();
-    };
     CStlImage made;
     MakeColourImage(mosaic, made);
-    Walk walk(width, height, pattern, method, 0);
-    {
-        Stage stage(run, "Making colours of the mosaic...", height);
-        for (int y = 0; y < height; ++y) {
+    const auto makeBlock = [&](const RowBlock& block) {
+        std::vector<float> unblanked(static_cast<std::size_t>(width));
+        const auto rowOf = [&](int y) -> const float* {
+            CopyWithoutBlanks(isBlank, mosaic.GetImageAdr(0, y, 0, 1), width, unblanked.data());
+            return unblanked.data();
+        };
+        Walk walk(width, height, pattern, method, block.first);
+        for (int y = block.first; y < block.end; ++y) {
             float* const planes[] = {made.GetImageAdr(0, y, 0), made.GetImageAdr(0, y, 1), made.GetImageAdr(0, y, 2)};
             walk.MakeRow(rowOf, planes[0], planes[1], planes[2]);
             for (float* const plane : planes) {
                 KeepBlanks(isBlank, mosaic.GetImageAdr(0, y, 0, 1), width, plane);
             }
-            stage.Step();
         }
+    };
+    {
+        Stage stage(run, "Making colours of the mosaic...", height);
+        WalkBlocks(RowBlocks({0, 0, width, height}, 1, kBand), made, {&mosaic}, stage, 1, makeBlock);
     }
     colour.Swap(&made);
 }

@@ -62,7 +62,7 @@ void CImgLabColorEnhance::Do(const CStlImage& lab, double aPlus, double aMinus, 
     const Gains gains[] = {{}, {aPlus, aMinus}, {bPlus, bMinus}};
     const CRect area = WorkingArea(*this, rect);
     const int end = lab.GetPixelCount() == 0 ? 0 : static_cast<int>(area.right);
-    WalkLines(area, run, IDS_LAB_ENHANCE, [&](int y) {
+    WalkLines(*this, {&lab}, area, run, IDS_LAB_ENHANCE, [&](int y) {
         for (int x = static_cast<int>(area.left); x < end; x += kStretch) {
             Enhance(lab, gains, x, y, std::min(kStretch, end - x), *this);
         }

@@ -122,8 +122,7 @@ void CImgLrgbCmpst::DoLrgb(const CStlImage& lum, double dxL, double dyL, double 
     AlignedColour first(lum, Alignment::Turned(dxL, dyL, angleL, lum.GetStdCtr()), rows.Columns());
     AlignedColour second(rgb, Scaled(dxC, dyC, angleC, scaleC, rgb.GetStdCtr()), rows.Columns());
     TakeLevels(*this, lum);
-    LabRow lab(rows.Count());
-    rows.Walk(run, IDS_LRGB_COMPOSITE, [&](int y) {
+    rows.Walk({&lum, &rgb}, run, IDS_LRGB_COMPOSITE, [&, first, second, lab = LabRow(rows.Count())](int y) mutable {
         first.Sample(y);
         second.Sample(y);
         if (average != 0) {
@@ -150,8 +149,7 @@ void CImgLrgbCmpst::DoLab(const CStlImage& lImage, double dxL, double dyL, doubl
     AlignedPlane ofA(abImage, 0, colour, rows.Columns());
     AlignedPlane ofB(abImage, 1, colour, rows.Columns());
     TakeLevels(*this, lImage);
-    LabRow lab(rows.Count());
-    rows.Walk(run, IDS_LRGB_COMPOSITE, [&](int y) {
+    const auto row = [&, ofL, ofA, ofB, lab = LabRow(rows.Count())](int y) mutable {
         for (AlignedPlane* plane : {&ofL, &ofA, &ofB}) {
             plane->Sample(y, 0.0);
         }
@@ -161,5 +159,6 @@ void CImgLrgbCmpst::DoLab(const CStlImage& lImage, double dxL, double dyL, doubl
         std::copy(ofA.From(rows.Left()), ofA.From(rows.Columns()), lab.a.begin());
         std::copy(ofB.From(rows.Left()), ofB.From(rows.Columns()), lab.b.begin());
         lab.Store(*this, rows, y);
-    });
+    };
+    rows.Walk({&lImage, &abImage}, run, IDS_LRGB_COMPOSITE, row);
 }

@@ -43,7 +43,7 @@ void CImgRgbCmpst::Do(const CStlImage& r, double dxR, double dyR, double angleR,
         channels.emplace_back(image, from, Alignment::Turned(dx, dy, angle, image.GetStdCtr()), rows.Columns());
         SetLevel(p, image.GetLevelMin(from), image.GetLevelMax(from));
     }
-    rows.Walk(run, IDS_RGB_COMPOSITE, [&](int y) {
+    rows.Walk({&r, &g, &b}, run, IDS_RGB_COMPOSITE, [&, channels](int y) mutable {
         for (int p = 0; p < 3; ++p) {
             if (IsWritten(planes, p)) {
                 channels[p].Sample(y, outside);

@@ -244,7 +244,8 @@ void CImgComposit::Do(const CStlImage& base, const CStlImage& overlay, double dx
     const CRect area = WorkingArea(*this, rect);
     const Alignment alignment = Alignment::Turned(dx, dy, angle, overlay.GetStdCtr());
     Composite composite(*this, base, overlay, alignment, recipe, blanks, area);
-    WalkLines(area, run, textId == -1 ? IDS_COMPOSITE : textId, [&](int y) { composite.Row(y); });
+    WalkLines(*this, {&base, &overlay}, area, run, textId == -1 ? IDS_COMPOSITE : textId,
+              [composite](int y) mutable { composite.Row(y); });
 }
 
 void CImgComposit::Do(CStlImage* base, CStlImage* overlay, double dx, double dy, double angle, int mode,

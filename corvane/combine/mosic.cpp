@@ -177,5 +177,6 @@ void CImgMosic::Do(const CStlImage& first, int ox, int oy, const CStlImage& seco
     const AlignedPixels secondPixels(second, turn, rule.channels, space, columns);
     const double beyond = Beyond(outside, space);
     Mosaic mosaic(*this, firstPixels, secondPixels, rule, area);
-    WalkLines(area, run, IDS_MOSAIC, [&](int y) { mosaic.WriteRow(y, beyond); });
+    WalkLines(*this, {&first, &second}, area, run, IDS_MOSAIC,
+              [mosaic, beyond](int y) mutable { mosaic.WriteRow(y, beyond); });
 }

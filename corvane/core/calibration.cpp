@@ -40,6 +40,19 @@ private:
     std::vector<float> extended_;
 };
 
+/// Calls calibrate(samples, frameRow) for every row of an image, one step of the stage each.
+template <class Calibrate>
+void CalibrateRows(CStlImage& image, const CStlImage& frame, Stage& stage, Calibrate calibrate)
+{
+    const RowBlocks blocks(WorkingArea(image, nullptr), image.GetPlanes());
+    WalkBlocks(blocks, image, {&frame}, stage, 1, [&](const RowBlock& block) {
+        FrameRow frameRow(frame, image.GetWidth());
+        for (int y = block.first; y < block.end; ++y) {
+            calibrate(image.GetImageAdr(0, y, block.plane), frameRow.Get(y, block.plane));
+        }
+    });
+}
+
 } // namespace
 
 void CStlImage::FlatClbrtn(CStlImage* flat, int showProgress)
@@ -51,14 +64,10 @@ void CStlImage::FlatClbrtn(const CStlImage& flat, const Run& run)
 {
     const BlankRule rule(flat, *this);
     const double mean = flat.GetAvrGrayRaw(0);
-    FrameRow flatRow(flat, GetWidth());
     Stage stage(run, IDS_FLAT, GetPlanes() * GetHeight());
-    for (int plane = 0; plane < GetPlanes(); ++plane) {
-        for (int y = 0; y < GetHeight(); ++y) {
-            DivideFlatRow(GetImageAdr(0, y, plane), flatRow.Get(y, plane), GetWidth(), mean, rule);
-            stage.Step();
-        }
-    }
+    CalibrateRows(*this, flat, stage, [&](float* samples, const float* flatRow) {
+        DivideFlatRow(samples, flatRow, GetWidth(), mean, rule);
+    });
 }
 
 void CStlImage::DarkClbrtn(CStlImage* dark, int showProgress)
@@ -69,16 +78,9 @@ void CStlImage::DarkClbrtn(CStlImage* dark, int showProgress)
 void CStlImage::DarkClbrtn(const CStlImage& dark, const Run& run)
 {
     const BlankRule rule(dark, *this);
-    FrameRow darkRow(dark, GetWidth());
     Stage stage(run, IDS_DARK, GetPlanes() * GetHeight());
-    for (int plane = 0; plane < GetPlanes(); ++plane) {
-        for (int y = 0; y < GetHeight(); ++y) {
-            void* lock = nullptr;
-            SubtractDarkRow(GetImageAdr(0, y, plane, 2, &lock), darkRow.Get(y, plane), GetWidth(), rule);
-            Unlock(lock);
-            stage.Step();
-        }
-    }
+    CalibrateRows(*this, dark, stage,
+                  [&](float* samples, const float* darkRow) { SubtractDarkRow(samples, darkRow, GetWidth(), rule); });
 }
 
 int CStlImage::ToGray()
@@ -130,7 +132,7 @@ int CStlImage::ToGray(const CStlImage& source, const Run& run)
     const DisplayScale blue(source, 2);
     const DisplayScale grey(*this, 0);
     const int count = source.GetPixelCount() > 0 ? std::min(GetWidth(), source.GetWidth()) : 0;
-    WalkLines(WorkingArea(*this, nullptr), run, IDS_TO_GRAY, [&](int y) {
+    WalkLines(*this, {&source}, WorkingArea(*this, nullptr), run, IDS_TO_GRAY, [&](int y) {
         const float* const r = source.GetImageAdr(0, y, 0, 1);
         const float* const g = source.GetImageAdr(0, y, 1, 1);
         const float* const b = source.GetImageAdr(0, y, 2, 1);
@@ -159,7 +161,7 @@ int CStlImage::ToColor(const CStlImage& source, const Run& run)
         return 0;
     }
     const int count = source.GetPixelCount() > 0 ? std::min(GetWidth(), source.GetWidth()) : 0;
-    WalkLines(WorkingArea(*this, nullptr), run, IDS_TO_COLOR, [&](int y) {
+    WalkLines(*this, {&source}, WorkingArea(*this, nullptr), run, IDS_TO_COLOR, [&](int y) {
         for (int plane = 0; plane < 3; ++plane) {
             std::copy_n(source.GetImageAdr(0, y, source.GetPlanes() >= 3 ? plane : 0, 1), count,
                         GetImageAdr(0, y, plane));

@@ -97,7 +97,8 @@ std::unique_ptr<CStlImage> MakePlanes(const CStlImage& source, int textId, doubl
                                             0); // with undefined samples
     const DisplayColours colours(source, most);
     made->SetStdCtr(source.GetStdCtr());
-    WalkLines(WorkingArea(source, nullptr), run, textId, [&](int y) { ConvertRow(colours, y, selection, *made); });
+    WalkLines(*made, {&source}, WorkingArea(source, nullptr), run, textId,
+              [&](int y) { ConvertRow(colours, y, selection, *made); });
     return made;
 }
 

@@ -91,8 +91,8 @@ void SmoothColour(CStlImage& target, double level, int type, double weight, cons
     const double shown = target.To256(level, 0);
     const Smoothing smoothing{WeightedMean(type), weight, shown, shown - kFadeShown, kPerFadeShown};
     const Brightness brightness(source);
-    std::vector<double> bright(static_cast<std::size_t>(source.GetWidth()));
-    const auto kernel = [&](const PlaneBands& bands, int y, int left, int right) {
+    const auto kernel = [&, bright = std::vector<double>(static_cast<std::size_t>(source.GetWidth()))](
+                            const PlaneBands& bands, int y, int left, int right) mutable {
         brightness.Row(bands, 0, left, right, bright.data());
         for (int plane = 0; plane < target.GetPlanes(); ++plane) {
             SmoothRow(smoothing, bands[plane], type, bright.data(), left, right, target.GetImageAdr(0, y, plane));

@@ -126,8 +126,8 @@ void CImgFilter::ContourFilter(int levels, int overlay, CStlImage* source, CRect
 
 void CImgFilter::ContourFilter(int levels, int overlay, const CStlImage& source, const CRect* rect, const Run& run)
 {
-    LineRow lines(source, levels);
-    const auto kernel = [&](const PlaneBands& bands, int y, int left, int right) {
+    const auto kernel = [&, lines = LineRow(source, levels)](const PlaneBands& bands, int y, int left,
+                                                             int right) mutable {
         lines.MoveTo(bands, left, right);
         for (int plane = 0; plane < GetPlanes(); ++plane) {
             lines.Draw(Ink(*this, plane, overlay != 0), bands[plane].Row(0), left, right, GetImageAdr(0, y, plane));

@@ -109,8 +109,8 @@ void CImgFilter::DigitalDvlp(double offset, double weight, const CStlImage& sour
 {
     const double a = To256(offset, 0);
     const Development development{a, To256(static_cast<double>(source.GetAvrGrayRaw(0)), 0) + a};
-    Blur blur(source, Selection(source, planeSelector), weight);
-    const auto kernel = [&](const PlaneBands& bands, int y, int left, int right) {
+    const auto kernel = [&, blur = Blur(source, Selection(source, planeSelector), weight)](
+                            const PlaneBands& bands, int y, int left, int right) mutable {
         const double* const blurred = blur.Row(bands, left, right) + left;
         for (int plane = 0; plane < GetPlanes(); ++plane) {
             development.Row(bands[plane].Row(0) + left, blurred, DisplayScale(source, PlaneOf(source, plane)),

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 
 #include "corvane/core/stl_image.h"
 #include "corvane/core/walk.h"
@@ -11,15 +12,14 @@ namespace corvane::filter {
 /// The widest band: a Gaussian of the largest deviation.
 inline constexpr int kMostRadius = 10;
 
-/// The rows of a plane about row y, mirrored at the edges, from column 0. They are locked in the store until its
-/// `UnlockAll`.
+/// The rows of a plane about row y, mirrored at the edges, from column 0.
 class Band {
 public:
     Band(const CStlImage& image, int y, int plane, int radius) : radius_(radius), width_(image.GetWidth())
     {
         for (int i = 0; i <= 2 * radius; ++i) {
-            rows_[i] = image.GetImageAdr(0, MirrorRow(static_cast<long long>(y) + i - radius, image.GetHeight()), plane,
-                                         1 | 2);
+            rows_[i] =
+                image.GetImageAdr(0, MirrorRow(static_cast<long long>(y) + i - radius, image.GetHeight()), plane, 1);
         }
     }
 
@@ -82,39 +82,46 @@ void ForEachBlock(const Band& band, int begin, int end, int columns, const float
     }
 }
 
-/// Calls row(y, left, right) for the rows of an area, with the columns that the source has too, and releases the rows
-/// of both images after it. A row counts `steps` steps of the stage.
-template <class Row>
-void WalkLocked(CStlImage& target, const CStlImage& source, const CRect& area, Stage& stage, int steps, Row row)
-{
-    const int left = static_cast<int>(area.left);
-    const int right = source.GetPixelCount() > 0 ? std::min(static_cast<int>(area.right), source.GetWidth()) : left;
-    for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
-        if (left < right) {
-            row(y, left, right);
-            source.UnlockAll();
-            target.UnlockAll();
-        }
-        for (int step = 0; step < steps; ++step) {
-            stage.Step();
+/// The columns of an area that the source has too.
+class SharedColumns {
+public:
+    SharedColumns(const CStlImage& source, const CRect& area)
+        : left_(static_cast<int>(area.left)),
+          right_(source.GetPixelCount() > 0 ? std::min(static_cast<int>(area.right), source.GetWidth()) : left_)
+    {}
+
+    int Left() const { return left_; }
+    int Right() const { return right_; }
+    /// The rows of a block, none where there are no columns: calls visit(y) for each.
+    template <class Visit>
+    void ForRows(const RowBlock& block, Visit visit) const
+    {
+        for (int y = block.first; left_ < right_ && y < block.end; ++y) {
+            visit(y);
         }
     }
-}
+
+private:
+    int left_;
+    int right_;
+};
 
 /// Walks a filter: `kernelOf(plane)` gives the kernel, which is called for each row as kernel(band, left, right, out)
-/// with the band of the source and the target row, both from column 0.
+/// with the band of the source and the target row, both from column 0. It keeps no buffers: threads share it.
 template <class KernelOf>
 void FilterRows(CStlImage& target, const CStlImage& source, const CRect* rect, const Run& run, int textId, int radius,
                 KernelOf kernelOf)
 {
     const CRect area = WorkingArea(target, rect);
+    const SharedColumns columns(source, area);
+    const auto kernels = KernelsOf(target, kernelOf);
     Stage stage(run, textId, static_cast<int>(area.bottom - area.top) * target.GetPlanes());
-    for (int plane = 0; plane < target.GetPlanes(); ++plane) {
-        const auto kernel = kernelOf(plane);
-        WalkLocked(target, source, area, stage, 1, [&](int y, int left, int right) {
-            kernel(Band(source, y, PlaneOf(source, plane), radius), left, right, target.GetImageAdr(0, y, plane));
+    WalkBlocks(RowBlocks(area, target.GetPlanes()), target, {&source}, stage, 1, [&](const RowBlock& block) {
+        columns.ForRows(block, [&, plane = block.plane](int y) {
+            kernels[static_cast<std::size_t>(plane)](Band(source, y, PlaneOf(source, plane), radius), columns.Left(),
+                                                     columns.Right(), target.GetImageAdr(0, y, plane));
         });
-    }
+    });
 }
 
 } // namespace corvane::filter

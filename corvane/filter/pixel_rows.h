@@ -26,15 +26,20 @@ private:
 };
 
 /// Walks a filter that takes the planes of a pixel together: kernel(bands, y, left, right) for each row, with the bands
-/// of the source. A row counts `steps` steps of progress.
+/// of the source. A row counts `steps` steps of progress. Each block of rows has a copy of the kernel, which may so keep
+/// buffers.
 template <class Kernel>
 void FilterPixels(CStlImage& target, const CStlImage& source, const CRect* rect, const Run& run, int textId, int radius,
                   int steps, Kernel kernel)
 {
     const CRect area = WorkingArea(target, rect);
+    const SharedColumns columns(source, area);
     Stage stage(run, textId, static_cast<int>(area.bottom - area.top) * steps);
-    WalkLocked(target, source, area, stage, steps,
-               [&](int y, int left, int right) { kernel(PlaneBands(source, y, radius), y, left, right); });
+    WalkBlocks(RowBlocks(area), target, {&source}, stage, steps, [&](const RowBlock& block) {
+        Kernel ownKernel = kernel;
+        columns.ForRows(block,
+                        [&](int y) { ownKernel(PlaneBands(source, y, radius), y, columns.Left(), columns.Right()); });
+    });
 }
 
 /// Brightness of pixels in display units: of a colour image 0.299 R + 0.587 G + 0.114 B.

@@ -52,8 +52,8 @@ struct RowBetween {
     DisplayScale scale;
 
     RowBetween(const CStlImage& source, const RowPosition& position, int plane)
-        : above(source.GetImageAdr(0, position.index, plane, 3)),
-          below(source.GetImageAdr(0, position.index + 1, plane, 3)), fraction(position.fraction), scale(source, plane)
+        : above(source.GetImageAdr(0, position.index, plane, 1)),
+          below(source.GetImageAdr(0, position.index + 1, plane, 1)), fraction(position.fraction), scale(source, plane)
     {}
 
     /// The display value at a position less than a pixel from column x, which has both neighbours. Calculated as the
@@ -155,8 +155,7 @@ void CImgFilter::AAPosterizationFilter(int levels, CStlImage* source, CRect* rec
 void CImgFilter::AAPosterizationFilter(int levels, const CStlImage& source, const CRect* rect, const Run& run)
 {
     const Steps steps(levels);
-    StepSums stepSums(source, steps);
-    const auto kernel = [&](const PlaneBands&, int y, int left, int right) {
+    const auto kernel = [&, stepSums = StepSums(source, steps)](const PlaneBands&, int y, int left, int right) mutable {
         const double* const sums = stepSums.Row(y, left, right);
         for (int plane = 0; plane < GetPlanes(); ++plane) {
             // Red and blue are written as 256f values, which are floats.

@@ -32,7 +32,7 @@ int CImgCrop::Do(CRect rect, const CStlImage& source, const Run& run)
     const auto fill = [&](int plane, int y, float* row) {
         from.Copy(left, static_cast<int>(rect.top) + y, plane, GetWidth(), row);
     };
-    FillRows(*this, run, kNoText, fill, kParts);
+    FillRows(*this, source, run, kNoText, fill, kParts);
     TranslatePhysicalCoords(-static_cast<double>(rect.left), -static_cast<double>(rect.top));
     return 1;
 }

@@ -1,21 +1,21 @@
 #include "corvane/geometry/expansion.h"
 
 #include <algorithm>
-#include <memory>
+#include <cstddef>
 
 #include "corvane/geometry/canvas.h"
 #include "corvane/geometry/rows.h"
-#include "corvane/platform/memory_exception.h"
 #include "corvane/resources/string_table.h"
 
 using namespace corvane;
 
 namespace {
 
-void Repeat(const float* samples, int count, int times, float* out)
+/// Repeats each of the first `count` samples of a row, from the last one on, so that none is lost.
+void Repeat(int count, int times, float* row)
 {
-    for (int i = 0; i < count; ++i) {
-        out = std::fill_n(out, times, samples[i]);
+    for (int i = count - 1; i >= 0; --i) {
+        std::fill_n(row + static_cast<std::ptrdiff_t>(i) * times, times, static_cast<float>(row[i]));
     }
 }
 
@@ -31,17 +31,16 @@ int CImgExpansion::Do(int fx, int fy, const CStlImage& source, const Run& run)
     InitStdPt();
     const int width = GetWidth();
     const long long newHeight = static_cast<long long>(GetHeight()) * fy;
-    auto samples = OrNothing([&] { return std::make_unique<float[]>(static_cast<std::size_t>(std::max(width, 1))); });
-    if (samples == nullptr || MakeCanvas(*this, source, static_cast<long long>(width) * fx, newHeight, run) == 0) {
+    if (MakeCanvas(*this, source, static_cast<long long>(width) * fx, newHeight, run) == 0) {
         return 0;
     }
     const SourceRows from(source);
-    FillRows(*this, run, IDS_EXPANSION, [&](int plane, int y, float* row) {
-        if (y % fy == 0) {
-            from.Copy(0, y / fy, plane, width, samples.get());
-            Repeat(samples.get(), width, fx, row);
-        } else {
-            std::copy_n(GetImageAdr(0, y - 1, plane, 1), GetWidth(), row);
+    FillBands(*this, source, run, IDS_EXPANSION, fy, [&](int plane, int y, int rows) {
+        float* const first = GetImageAdr(0, y, plane);
+        from.Copy(0, y / fy, plane, width, first);
+        Repeat(width, fx, first);
+        for (int i = 1; i < rows; ++i) {
+            std::copy_n(first, GetWidth(), GetImageAdr(0, y + i, plane));
         }
     });
     // Reference pixels are counted from 1 and lie in the middle of a block.

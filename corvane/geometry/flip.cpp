@@ -21,11 +21,11 @@ void CImgFlip::Do(int direction, const CStlImage& source, const Run& run)
     const SourceRows rows(source);
     const int width = GetWidth();
     if (direction == kVertical) {
-        FillRows(*this, run, IDS_FLIP_VERTICAL,
+        FillRows(*this, source, run, IDS_FLIP_VERTICAL,
                  [&](int plane, int y, float* row) { rows.Copy(0, GetHeight() - y - 1, plane, width, row); });
         FlipVertPhysicalCoords();
     } else if (direction == kHorizontal) {
-        FillRows(*this, run, IDS_FLIP_HORIZONTAL,
+        FillRows(*this, source, run, IDS_FLIP_HORIZONTAL,
                  [&](int plane, int y, float* row) { rows.CopyMirrored(width - 1, y, plane, width, row); });
         FlipHorzPhysicalCoords();
     } else {

@@ -56,20 +56,20 @@ int CImgResize::Do(int newWidth, int newHeight, int anchor, const float* backgro
     const DisplayScale scale(*this, 0); // for every plane: the background is one colour of the screen
     const SourceRows from(source);
     Stage stage(run, IDS_CANVAS_SIZE, (newHeight + rows.end - rows.first) * GetPlanes());
-    for (int plane = 0; plane < GetPlanes(); ++plane) {
-        const auto value = static_cast<float>(scale.ToRaw(background == nullptr ? 0.0 : background[plane]));
-        for (int y = 0; y < newHeight; ++y) {
-            FillAround(columns, y >= rows.first && y < rows.end, newWidth, value, GetImageAdr(0, y, plane));
-            stage.Step();
+    WalkBlocks(RowBlocks({0, 0, newWidth, newHeight}, GetPlanes()), *this, {&source}, stage, 1, [&](RowBlock block) {
+        const double shown = background == nullptr ? 0.0 : background[block.plane];
+        for (int y = block.first; y < block.end; ++y) {
+            FillAround(columns, y >= rows.first && y < rows.end, newWidth, static_cast<float>(scale.ToRaw(shown)),
+                       GetImageAdr(0, y, block.plane));
         }
-    }
-    for (int plane = 0; plane < GetPlanes(); ++plane) {
-        for (int y = rows.first; y < rows.end; ++y) {
-            from.Copy(columns.from, y - rows.first + rows.from, plane, columns.end - columns.first,
-                      GetImageAdr(columns.first, y, plane));
-            stage.Step();
+    });
+    const RowBlocks picture({columns.first, rows.first, columns.end, rows.end}, GetPlanes());
+    WalkBlocks(picture, *this, {&source}, stage, 1, [&](const RowBlock& block) {
+        for (int y = block.first; y < block.end; ++y) {
+            from.Copy(columns.from, y - rows.first + rows.from, block.plane, columns.end - columns.first,
+                      GetImageAdr(columns.first, y, block.plane));
         }
-    }
+    });
     TranslatePhysicalCoords(columns.from, rows.from);
     return 1;
 }

@@ -157,8 +157,7 @@ void Resample(CStlImage& image, const CStlImage& source, const Steps& steps, con
 {
     const SourceRows rows(source);
     const Columns columns(image.GetWidth(), steps.x, rows.Width());
-    BlendedRows blended(rows, columns);
-    FillRows(image, run, IDS_RESOLUTION, [&](int plane, int y, float* out) {
+    const auto fill = [&, blended = BlendedRows(rows, columns)](int plane, int y, float* out) mutable {
         const Place place(y, steps.y, rows.Height());
         if (place.fraction != 0.0 || !columns.AreWhole()) {
             BlendRows(blended.Row(place.index, plane), blended.Row(place.next, plane), place.fraction, columns.Count(),
@@ -167,7 +166,8 @@ void Resample(CStlImage& image, const CStlImage& source, const Steps& steps, con
         if (place.fraction == 0.0) {
             columns.PickWhole(rows.Row(place.index, plane), out);
         }
-    });
+    };
+    FillRows(image, source, run, IDS_RESOLUTION, fill);
 }
 
 } // namespace

@@ -46,14 +46,13 @@ int ExpandCanvas(CStlImage& image, const CStlImage& source, const Alignment& tur
     return MakeCanvas(image, source, columns.Length(), rows.Length(), run);
 }
 
-/// Walks an image as `FillRows` does, in bands of rows, each in tiles from the left: calls fill(plane, x, y, rows) with
-/// the corner of each tile and the rows of its band.
+/// Walks an image as `FillBands` does, each band in tiles from the left: calls fill(plane, x, y, rows) with the corner of
+/// each tile and the rows of its band.
 template <class Fill>
-void FillTiles(CStlImage& image, const Run& run, int bandRows, int tileColumns, Fill fill)
+void FillTiles(CStlImage& image, const CStlImage& source, const Run& run, int bandRows, int tileColumns, Fill fill)
 {
-    FillRows(image, run, IDS_ROTATE, [&](int plane, int y, float*) {
-        const int rows = std::min(bandRows, image.GetHeight() - y);
-        for (int x = 0; y % bandRows == 0 && x < image.GetWidth(); x += tileColumns) {
+    FillBands(image, source, run, IDS_ROTATE, bandRows, [&](int plane, int y, int rows) {
+        for (int x = 0; x < image.GetWidth(); x += tileColumns) {
             fill(plane, x, y, rows);
         }
     });
@@ -66,7 +65,7 @@ void FillTurned(CStlImage& image, const CStlImage& source, const Alignment& turn
     constexpr int kRows = 32;
     constexpr int kColumns = 256;
     const SourceRows from(source);
-    FillTiles(image, run, kRows, kColumns, [&](int plane, int x, int y, int rows) {
+    FillTiles(image, source, run, kRows, kColumns, [&](int plane, int x, int y, int rows) {
         const int columns = std::min(kColumns, image.GetWidth() - x);
         const double outside = background == nullptr ? 0.0 : background[plane];
         double values[kColumns];
@@ -151,7 +150,7 @@ int CImgRotate::Do90(int direction, const CStlImage& source, const Run& run)
     for (int plane = 0; plane < GetPlanes(); ++plane) {
         SetLevel(plane, source.GetLevelMin(from.Plane(plane)), source.GetLevelMax(from.Plane(plane)));
     }
-    FillTiles(*this, run, kTile, kTile,
+    FillTiles(*this, source, run, kTile, kTile,
               [&](int plane, int x, int y, int rows) { TurnTile(*this, from, direction != 0, plane, x, y, rows); });
     TurnCoordinates(*this, source, 90.0);
     return 1;
@@ -166,7 +165,7 @@ void CImgRotate::Do180(const CStlImage& source, const Run& run)
 {
     InitStdPt();
     const SourceRows rows(source);
-    FillRows(*this, run, IDS_ROTATE, [&](int plane, int y, float* row) {
+    FillRows(*this, source, run, IDS_ROTATE, [&](int plane, int y, float* row) {
         rows.CopyMirrored(GetWidth() - 1, GetHeight() - y - 1, plane, GetWidth(), row);
     });
     TurnCoordinates(*this, source, 180.0);

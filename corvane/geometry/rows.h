@@ -50,18 +50,32 @@ private:
     int height_;
 };
 
-/// Walks the planes and rows of `target`, all of it: begins a stage with one step a row, calls fill(plane, y, row) with
-/// the row to be written, and ends it. The rows are one of `parts` that the stage has room for.
+/// Walks the planes of `target`, all of it, in bands of so many rows: begins a stage with one step a row, calls
+/// fill(plane, y, rows) with the first row of each band and the number of them, and ends it. What it fills them from is
+/// the source alone. The rows are one of `parts` that the stage has room for. Each block of bands has a copy of `fill`,
+/// which may so keep buffers.
 template <class Fill>
-void FillRows(CStlImage& target, const Run& run, int textId, Fill fill, int parts = 1)
+void FillBands(CStlImage& target, const CStlImage& source, const Run& run, int textId, int bandRows, Fill fill,
+               int parts = 1)
 {
     Stage stage(run, textId, parts * target.GetHeight() * target.GetPlanes());
-    for (int plane = 0; plane < target.GetPlanes(); ++plane) {
-        for (int y = 0; y < target.GetHeight(); ++y) {
-            fill(plane, y, target.GetImageAdr(0, y, plane));
-            stage.Step();
+    const RowBlocks blocks(WorkingArea(target, nullptr), target.GetPlanes(), bandRows);
+    WalkBlocks(blocks, target, {&source}, stage, 1, [&](const RowBlock& block) {
+        Fill ownFill = fill;
+        for (int y = block.first; y < block.end; y += bandRows) {
+            ownFill(block.plane, y, std::min(bandRows, block.end - y));
         }
-    }
+    });
+}
+
+/// The same row by row: calls fill(plane, y, row) with the row to be written.
+template <class Fill>
+void FillRows(CStlImage& target, const CStlImage& source, const Run& run, int textId, Fill fill, int parts = 1)
+{
+    const auto fillRow = [&target, fill](int plane, int y, int) mutable {
+        fill(plane, y, target.GetImageAdr(0, y, plane));
+    };
+    FillBands(target, source, run, textId, 1, fillRow, parts);
 }
 
 } // namespace corvane

@@ -38,7 +38,7 @@ void CImgScroll::Do(int dx, int dy, const CStlImage& source, const Run& run)
     const int right = Wrapped(dx, width);
     const int down = Wrapped(dy, height);
     const SourceRows from(source);
-    FillRows(*this, run, IDS_SCROLL, [&](int plane, int y, float* row) {
+    FillRows(*this, source, run, IDS_SCROLL, [&](int plane, int y, float* row) {
         const int sourceY = y < down ? y - down + height : y - down;
         from.Copy(width - right, sourceY, plane, right, row);
         from.Copy(0, sourceY, plane, width - right, row + right);

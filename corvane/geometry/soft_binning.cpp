@@ -73,7 +73,7 @@ int CImgSoftBinning::Do(int bx, int by, int keepPartial, int scaleLevels, const 
     }
     const SourceRows from(source);
     const int whole = std::min(GetWidth(), source.GetWidth() / bx);
-    FillRows(*this, run, IDS_SOFT_BINNING, [&](int plane, int y, float* sums) {
+    FillRows(*this, source, run, IDS_SOFT_BINNING, [&](int plane, int y, float* sums) {
         std::fill_n(sums, GetWidth(), 0.0F);
         const long long first = static_cast<long long>(y) * by;
         const long long end = std::min<long long>(first + by, source.GetHeight());

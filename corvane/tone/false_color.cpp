@@ -87,9 +87,9 @@ void CImgFalseColor::Do(double low, double high, int map, int cycles, const CStl
     const int right = source.GetPixelCount() > 0 ? std::min<int>(area.right, source.GetWidth()) : 0;
     const Intensity intensity(source, low, high);
     const ColourMap& colourMap = ColourMap::Find(map);
-    float values[ColourMap::kBlock];
-    ColourMap::Block colours;
-    WalkLines(area, run, IDS_FALSE_COLOR, [&](int y) {
+    WalkLines(*this, {&source}, area, run, IDS_FALSE_COLOR, [&](int y) {
+        float values[ColourMap::kBlock];
+        ColourMap::Block colours;
         for (int x = static_cast<int>(area.left); x < right; x += ColourMap::kBlock) {
             const int count = std::min(right - x, ColourMap::kBlock);
             ReadIntensities(source, intensity, x, y, values, count);

@@ -1,5 +1,6 @@
-// Two threads at work on images of their own, while the memory budget moves and messages come in. The thread sanitizer
-// fails the program where they touch the same memory unguarded; the program itself compares what they made.
+// Two threads at work on images of their own, each with workers, while the memory budget moves and messages come in. The
+// thread sanitizer fails the program where they touch the same memory unguarded; the program itself compares what they
+// made, beside what one made without workers.
 
 #include <atomic>
 #include <chrono>
@@ -10,6 +11,7 @@
 #include "corvane/core/memory_budget.h"
 #include "corvane/core/progress_message.h"
 #include "corvane/core/sample_memory.h"
+#include "corvane/core/threads.h"
 #include "corvane/filter/filter.h"
 #include "corvane/geometry/rotate.h"
 #include "corvane/platform/memory.h"
@@ -67,7 +69,7 @@ Outcome Work(int seed, std::atomic<HWND>& window)
         CImgInvert inverted(large);
         inverted.Do(&large, nullptr, 1);
         Keep(CStlImage(inverted), outcome.samples);
-        CStlImage small = Frame(160, 150 + round, 3, seed);
+        CStlImage small = Frame(330, 300 + round, 3, seed); // enough for workers
         CImgFilter smooth(small);
         smooth.GaussianFilter(1.0, &small, nullptr, 1);
         CImgRotate turned(smooth);
@@ -85,8 +87,10 @@ Outcome Work(int seed, std::atomic<HWND>& window)
 int main()
 {
     SetMemoryBudget(kPlain);
+    SetThreads(1);
     std::atomic<HWND> windows[2] = {};
     const Outcome expected[2] = {Work(0, windows[0]), Work(1, windows[1])};
+    SetThreads(3);
     Outcome outcomes[2];
     std::atomic<int> working = 2;
     std::vector<std::thread> threads;

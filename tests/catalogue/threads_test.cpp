@@ -1,0 +1,120 @@
+// Holds every operation of the catalogue to one result, and one course of progress, for any number of threads.
+
+#include "corvane/core/threads.h"
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "catalogue/apply.h"
+#include "catalogue/footprint.h"
+#include "catalogue/operations.h"
+#include "corvane/core/error.h"
+#include "tests/io/files.h"
+#include "tests/support/images.h"
+#include "tests/variants/step_texts.h"
+
+namespace corvane::catalogue {
+namespace {
+
+constexpr test::Size kSize{640, 420}; // several blocks of rows, also where planes are taken together
+
+/// All that a caller gets to know.
+struct Course {
+    std::vector<std::string> progress;
+    std::vector<float> samples;
+    std::string refused;
+};
+
+io::Frame Frame(int planes, std::uint64_t seed)
+{
+    io::Frame frame;
+    frame.image = test::RandomImage(kSize, planes, seed);
+    frame.image.SetOrgFileName("random.fits");
+    return frame;
+}
+
+template <class Work>
+Course CourseOf(int threads, Work work)
+{
+    Course course;
+    Run run;
+    run.threads = threads;
+    run.progress = [&](const Progress& p) {
+        course.progress.push_back(std::to_string(static_cast<int>(p.state)) + p.text + ' ' + std::to_string(p.done) +
+                                  '/' + std::to_string(p.total));
+    };
+    SetThreads(threads);
+    try {
+        course.samples = test::Samples(work(run).image);
+    } catch (const Error& error) {
+        course.refused = error.what();
+    }
+    SetThreads(0);
+    return course;
+}
+
+template <class Work>
+void ExpectOneCourse(Work work)
+{
+    const Course one = CourseOf(1, work);
+    const Course three = CourseOf(3, work);
+    EXPECT_EQ(three.progress, one.progress);
+    EXPECT_TRUE(test::SameSamples(three.samples, one.samples));
+    EXPECT_EQ(three.refused, one.refused);
+}
+
+/// How many sets of arguments are tried; what looks at the whole image takes long.
+int TrialsOf(const Step& step)
+{
+    return FootprintOf(*step.operation, step.arguments).IsWhole() ? 1 : 4;
+}
+
+class AnyThreads : public test::InFolder {};
+
+TEST_F(AnyThreads, MakeTheSameOfStepsAtTheSamePace)
+{
+    StepFiles files{{}, Write("curve.txt", "0 0.05\n0.2 0.5\n1 0.95\n")};
+    for (const int planes : {1, 3}) {
+        const io::Frame frame = Frame(planes, 7);
+        files.images.push_back(Path(std::to_string(planes) + ".fits"));
+        io::Save(files.images.back(), frame.image, frame.header);
+    }
+    std::map<std::string, int> trials;
+    for (const std::string& text : StepTexts(files)) {
+        SCOPED_TRACE(text);
+        std::vector<Step> steps;
+        try {
+            steps.push_back(ParseStep(text));
+        } catch (const Error&) { // arguments that do not go together
+            continue;
+        }
+        if (trials[steps[0].operation->name]++ < TrialsOf(steps[0])) {
+            for (const int planes : {1, 3}) {
+                ExpectOneCourse([&](const corvane::Run& run) { return Apply(Frame(planes, 3), steps, run); });
+            }
+        }
+    }
+}
+
+TEST_F(AnyThreads, MakeTheSameOfSeveralImages)
+{
+    for (const Operation& operation : Operations()) {
+        for (const int planes : {1, 3}) {
+            SCOPED_TRACE(operation.name + " of planes " + std::to_string(planes));
+            ExpectOneCourse([&](const corvane::Run& run) {
+                Inputs inputs;
+                for (const Input& input : operation.inputs) {
+                    inputs[input.name].push_back(Frame(planes, 1 + inputs.size()));
+                }
+                Outputs outputs = Apply(operation.name, std::move(inputs), {}, run);
+                const auto image = outputs.find("image");
+                return image == outputs.end() ? io::Frame() : std::get<io::Frame>(std::move(image->second));
+            });
+        }
+    }
+}
+
+} // namespace
+} // namespace corvane::catalogue
