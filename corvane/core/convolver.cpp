@@ -8,16 +8,6 @@ namespace corvane {
 
 namespace {
 
-/// Calls visit(re, im, count) for every block of the spectrum, with the offsets of its parts.
-template <class Visit>
-void ForEachBlock(const ImageTransform& transform, Visit visit)
-{
-    const std::size_t count = transform.ImaginaryOffset();
-    for (std::size_t at = 0; at < transform.SpectrumSize(); at += 2 * count) {
-        visit(at, at + count, count);
-    }
-}
-
 Complex Conjugate(Complex a)
 {
     return {a.re, -a.im};
@@ -37,8 +27,8 @@ void Multiply(std::size_t count, float* __restrict re, float* __restrict im, con
 
 } // namespace
 
-Convolver::Convolver(int width, int height)
-    : transform_(width, height), transfer_(transform_.SpectrumSize()), spectrum_(transform_.SpectrumSize())
+Convolver::Convolver(int width, int height, int threads)
+    : transform_(width, height, threads), transfer_(transform_.SpectrumSize()), spectrum_(transform_.SpectrumSize())
 {}
 
 void Convolver::SetPsf(float* psf)
@@ -67,7 +57,7 @@ void Convolver::Apply(const float* in, float* out, const ShareSink& reach, Produ
     tell(0.5);
     float* spectrum = spectrum_.data();
     const float* transfer = transfer_.data();
-    ForEachBlock(transform_, [&](std::size_t re, std::size_t im, std::size_t count) {
+    transform_.ForEachBlock([&](std::size_t re, std::size_t im, std::size_t count) {
         Multiply(count, spectrum + re, spectrum + im, transfer + re, transfer + im, product);
     });
     transform_.Inverse(spectrum, out);

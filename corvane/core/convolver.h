@@ -14,8 +14,8 @@ using ShareSink = std::function<void(double share)>;
 /// Circular convolution of planes of one size with one function, as a point-spread function, by Fourier transform.
 class CORVANE_VISIBLE Convolver {
 public:
-    /// Prepares for planes of a size. Throws std::bad_alloc.
-    Convolver(int width, int height);
+    /// Prepares for planes of a size, to be convolved by so many threads. Throws std::bad_alloc.
+    Convolver(int width, int height, int threads = 1);
 
     int Width() const { return transform_.Width(); }
     int Height() const { return transform_.Height(); }

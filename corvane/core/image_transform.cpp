@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "corvane/core/walk.h"
+
 namespace corvane {
 
 namespace {
@@ -72,9 +74,10 @@ int ColumnsFrom(int x, int width)
 
 } // namespace
 
-ImageTransform::ImageTransform(int width, int height)
-    : width_(width), height_(height), blocks_((height / 2 + kLanes) / kLanes), rows_(width), columns_(height),
-      room_(std::max(rows_.Room(), columns_.Room()) * kLanes), work_(4 * room_)
+ImageTransform::ImageTransform(int width, int height, int threads)
+    : width_(width), height_(height), blocks_((height / 2 + kLanes) / kLanes),
+      threads_(static_cast<long long>(width) * height < kFewSamples ? 1 : std::min(threads, blocks_)), rows_(width),
+      columns_(height), room_(std::max(rows_.Room(), columns_.Room()) * kLanes), work_(4 * threads_ * room_)
 {}
 
 Lanes ImageTransform::BlockAt(float* spectrum, int block) const
@@ -85,20 +88,29 @@ Lanes ImageTransform::BlockAt(float* spectrum, int block) const
 
 void ImageTransform::Forward(const float* image, float* spectrum)
 {
-    for (int x = 0; x < width_; x += kPair) {
-        Gather(image, x, Work(0));
-        Separate(columns_.Forward(Work(0), Work(1)), x, spectrum);
-    }
+    ForColumns([&](int x, Lanes data, Lanes scratch) {
+        Gather(image, x, data);
+        Separate(columns_.Forward(data, scratch), x, spectrum);
+    });
     TransformRows(spectrum, [this](Lanes data, Lanes scratch) { return rows_.Forward(data, scratch); });
 }
 
 void ImageTransform::Inverse(float* spectrum, float* image)
 {
     TransformRows(spectrum, [this](Lanes data, Lanes scratch) { return rows_.Inverse(data, scratch); });
-    for (int x = 0; x < width_; x += kPair) {
-        Join(spectrum, x, Work(0));
-        Scatter(columns_.Inverse(Work(0), Work(1)), x, image);
-    }
+    ForColumns([&](int x, Lanes data, Lanes scratch) {
+        Join(spectrum, x, data);
+        Scatter(columns_.Inverse(data, scratch), x, image);
+    });
+}
+
+/// Calls transform(x, data, scratch) for each pair of column groups, with work arrays of the thread.
+template <class TransformColumns>
+void ImageTransform::ForColumns(TransformColumns transform)
+{
+    const int pairs = (width_ + kPair - 1) / kPair;
+    const auto body = [&](int pair, int thread) { transform(pair * kPair, Work(thread, 0), Work(thread, 1)); };
+    platform::ForBlocks(pairs, threads_, body, [](int) {});
 }
 
 /// Transforms along the rows, block by block; in place where the transform needs no more room than the block has.
@@ -107,18 +119,20 @@ void ImageTransform::TransformRows(float* spectrum, Transform transform)
 {
     const std::size_t count = ImaginaryOffset();
     const bool fits = rows_.Room() == static_cast<std::size_t>(width_);
-    for (int i = 0; i < blocks_; ++i) {
+    const auto body = [&](int i, int thread) {
         const Lanes block = BlockAt(spectrum, i);
+        const Lanes work = Work(thread, 0);
         if (!fits) {
-            std::copy_n(block.re, count, Work(0).re);
-            std::copy_n(block.im, count, Work(0).im);
+            std::copy_n(block.re, count, work.re);
+            std::copy_n(block.im, count, work.im);
         }
-        const Lanes result = transform(fits ? block : Work(0), Work(1));
+        const Lanes result = transform(fits ? block : work, Work(thread, 1));
         if (result.re != block.re) {
             std::copy_n(result.re, count, block.re);
             std::copy_n(result.im, count, block.im);
         }
-    }
+    };
+    platform::ForBlocks(blocks_, threads_, body, [](int) {});
 }
 
 /// Reads a pair of column groups: the first as real, the second as imaginary parts.

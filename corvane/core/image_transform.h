@@ -5,6 +5,7 @@
 
 #include "corvane/core/lane_transform.h"
 #include "corvane/platform/export.h"
+#include "corvane/platform/workers.h"
 
 namespace corvane {
 
@@ -17,8 +18,8 @@ namespace corvane {
 /// needs no more than the array. The places beyond h / 2 in the last block are 0.
 class CORVANE_VISIBLE ImageTransform {
 public:
-    /// Prepares for planes of a size; 1 or more each. Throws std::bad_alloc.
-    ImageTransform(int width, int height);
+    /// Prepares for planes of a size; 1 or more each, to be transformed by so many threads. Throws std::bad_alloc.
+    ImageTransform(int width, int height, int threads = 1);
 
     int Width() const { return width_; }
     int Height() const { return height_; }
@@ -32,6 +33,15 @@ public:
         return v / kLanes * BlockSize() + static_cast<std::size_t>(u) * kLanes + v % kLanes;
     }
     std::size_t ImaginaryOffset() const { return static_cast<std::size_t>(width_) * kLanes; }
+    /// Calls visit(re, im, count), with the offsets of its parts, for every block of a spectrum. Threads share the blocks.
+    template <class Visit>
+    void ForEachBlock(Visit visit) const
+    {
+        const auto body = [&](int block) {
+            visit(block * BlockSize(), block * BlockSize() + ImaginaryOffset(), ImaginaryOffset());
+        };
+        platform::ForBlocks(blocks_, threads_, body, [](int) {});
+    }
 
     /// Transforms width * height samples, row by row.
     void Forward(const float* image, float* spectrum);
@@ -44,15 +54,23 @@ private:
     Lanes BlockAt(float* spectrum, int block) const;
     template <class Transform>
     void TransformRows(float* spectrum, Transform transform);
+    template <class TransformColumns>
+    void ForColumns(TransformColumns transform);
     void Gather(const float* image, int x, Lanes columns) const;
     void Scatter(Lanes columns, int x, float* image) const;
     void Separate(Lanes columns, int x, float* spectrum) const;
     void Join(const float* spectrum, int x, Lanes columns) const;
-    Lanes Work(int which) { return {work_.data() + 2 * which * room_, work_.data() + (2 * which + 1) * room_}; }
+    /// One of the two work arrays of a thread.
+    Lanes Work(int thread, int which)
+    {
+        float* const work = work_.data() + (2 * thread + which) * 2 * room_;
+        return {work, work + room_};
+    }
 
     int width_;
     int height_;
     int blocks_;
+    int threads_;
     LaneTransform rows_;
     LaneTransform columns_;
     std::size_t room_;

@@ -62,9 +62,10 @@ private:
 
 LucyEngine::LucyEngine(const float* data, const LucyJob& job, const Run& run, int plane)
     : job_(job), run_(run), progress_(run), plane_(plane), grid_(job.width, job.height, job.psfWidth, job.psfHeight),
-      noise_(job.readNoise * job.readNoise / job.gain), convolver_(grid_.Width(), grid_.Height()), data_(grid_.Size()),
-      weight_(grid_.Size()), sensitivity_(grid_.Size()), estimate_(grid_.Size()), model_(grid_.Size()),
-      step_(grid_.Size()), modelStep_(grid_.Size()), previousStep_(grid_.Size()), previousModelStep_(grid_.Size())
+      noise_(job.readNoise * job.readNoise / job.gain), convolver_(grid_.Width(), grid_.Height(), run.Threads()),
+      data_(grid_.Size()), weight_(grid_.Size()), sensitivity_(grid_.Size()), estimate_(grid_.Size()),
+      model_(grid_.Size()), step_(grid_.Size()), modelStep_(grid_.Size()), previousStep_(grid_.Size()),
+      previousModelStep_(grid_.Size())
 {
     grid_.Place(data, data_.data());
     grid_.Fill(1.0F, weight_.data());

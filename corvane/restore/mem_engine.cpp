@@ -100,8 +100,8 @@ MemEngine::MemEngine(const float* data, const MemJob& job, double scale, const R
                      int plane)
     : job_(job), run_(run), progress_(progress), plane_(plane), scale_(scale),
       grid_(job.width, job.height, GridExtent(job.width, job.psfWidth), GridExtent(job.height, job.psfHeight)),
-      convolver_(grid_.Width(), grid_.Height()), data_(grid_.Size()), weight_(grid_.Size()), image_(grid_.Size(), 1.0F),
-      model_(grid_.Size()), target_(static_cast<double>(job.width) * job.height)
+      convolver_(grid_.Width(), grid_.Height(), run.Threads()), data_(grid_.Size()), weight_(grid_.Size()),
+      image_(grid_.Size(), 1.0F), model_(grid_.Size()), target_(static_cast<double>(job.width) * job.height)
 {
     for (int i = 0; i < Subspace::kDirections; ++i) {
         directions_[i].resize(grid_.Size());

@@ -49,8 +49,8 @@ double Sum(const std::vector<double>& values)
 /// The filter for images of one size.
 class Filter {
 public:
-    Filter(int width, int height)
-        : width_(width), height_(height), transform_(PowerOfTwo(width), PowerOfTwo(height)),
+    Filter(int width, int height, int threads)
+        : width_(width), height_(height), transform_(PowerOfTwo(width), PowerOfTwo(height), threads),
           samples_(static_cast<std::size_t>(transform_.Width()) * transform_.Height()),
           blur_(transform_.SpectrumSize()), spectrum_(transform_.SpectrumSize())
     {}
@@ -126,12 +126,11 @@ void Filter::Read(const CStlImage& image, int plane)
 void Filter::Divide(double noise)
 {
     const double constant = mostPower_ * noise;
-    const std::size_t count = transform_.ImaginaryOffset();
-    for (std::size_t at = 0; at < spectrum_.size(); at += 2 * count) {
-        float* re = spectrum_.data() + at;
-        float* im = re + count;
-        const float* blurRe = blur_.data() + at;
-        const float* blurIm = blurRe + count;
+    transform_.ForEachBlock([&](std::size_t atRe, std::size_t atIm, std::size_t count) {
+        float* re = spectrum_.data() + atRe;
+        float* im = spectrum_.data() + atIm;
+        const float* blurRe = blur_.data() + atRe;
+        const float* blurIm = blur_.data() + atIm;
         CORVANE_INDEPENDENT
         for (std::size_t i = 0; i < count; ++i) {
             const double hr = blurRe[i];
@@ -142,7 +141,7 @@ void Filter::Divide(double noise)
             re[i] = static_cast<float>((gi * hi + gr * hr) * perPower);
             im[i] = static_cast<float>((gi * hr - gr * hi) * perPower);
         }
-    }
+    });
 }
 
 void Filter::Write(CStlImage& image, int plane) const
@@ -231,7 +230,7 @@ void CImgWiener::Do(double sigma, double noise, const CRect* rect, const Run& ru
     }
     const std::unique_ptr<CStlImage> part = area.isWhole ? nullptr : CutOut(*this, area, run);
     const Reservation reservation(static_cast<std::uint64_t>(WienerBytes(area.width, area.height, 0)));
-    Filter filter(area.width, area.height);
+    Filter filter(area.width, area.height, run.Threads());
     Stage stage(run, IDS_WIENER, GetPlanes() * kStepsOfPlane);
     FilterPlanes(filter, sigma, noise, area.isWhole ? *this : *part, stage);
     if (!area.isWhole) {
