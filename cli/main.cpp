@@ -24,6 +24,7 @@
 #include "cli/terminal.h"
 #include "corvane/core/error.h"
 #include "corvane/core/run.h"
+#include "corvane/core/threads.h"
 #include "corvane/platform/memory_exception.h"
 #include "stack/options.h"
 
@@ -162,6 +163,7 @@ int Work(Session& session)
 {
     CheckMemoryVariable();
     ReadSettings();
+    SetThreads(session.threads);
     ProgressBar bar({.bar = IsTerminal(STDERR_FILENO) && !session.quiet, .stages = session.verbose});
     session.bar = &bar;
     return session.work();

@@ -2,12 +2,17 @@
 
 #include <cctype>
 
+#include <CLI/Validators.hpp>
+
 namespace corvane::cli {
 
 void AddCommonOptions(CLI::App& command, Session& session)
 {
     command.add_flag("-v,--verbose", session.verbose, "Print a line for every stage of the work");
     command.add_flag("-q,--quiet", session.quiet, "Print errors and results only");
+    command.add_option("--threads", session.threads, "Threads to work with; else one for each free processor")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1024).description(""));
 }
 
 bool IsOfOption(const Error& error) noexcept

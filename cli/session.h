@@ -31,6 +31,7 @@ public:
 struct Session {
     bool verbose = false;
     bool quiet = false;
+    int threads = 0;            ///< to work with; 0 for the library's choice
     std::function<int()> work;  ///< the chosen command; returns the exit status
     ProgressBar* bar = nullptr; ///< there while it works
 };
@@ -46,7 +47,7 @@ bool IsOfOption(const Error& error) noexcept;
 /// An error of work on a file, with the file's name before it unless it names one; options as they are written.
 Error OfFile(const std::string& file, const Error& error);
 
-/// Adds `--verbose` and `--quiet`, which every command takes.
+/// Adds `--verbose`, `--quiet` and `--threads`, which every command takes.
 void AddCommonOptions(CLI::App& command, Session& session);
 
 /// @name The commands: each adds itself to the application and, when chosen, sets the session's work

@@ -13,7 +13,7 @@ check 0 '^auto-levels .*-100 to 100.*default 0\.2' ops auto-levels
 check 0 'No step is called blur; these may serve:
   gaussian .*
   mean ' ops blur
-check 0 'List what `apply` can do' help ops
+check 0 'List what `apply` can do.*--threads N' help ops
 check 0 'Also called to-gray' ops to-grey
 check 0 '"name": "auto-levels".*"group": "Levels".*"default": "0.2"' ops --json
 
@@ -39,7 +39,7 @@ while IFS='|' read -r command words; do
     done
 done <<'END'
 info|--nosuch,,a
-stats|a,,--rect,,1:2;a,,--json,,--csv
+stats|a,,--threads,,0;a,,--rect,,1:2;a,,--json,,--csv
 ops|nosuch;--nosuch
 apply a.fits -o out.fits|nosuch;invert:x;invert:x=1;clip:min=a;--scale,,twice,,invert;lucy:sigma=99;levels;--bits,,12,,invert
 apply a.fits invert -o|out;out.jpg;out.png,,--bits,,32

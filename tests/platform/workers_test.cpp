@@ -20,8 +20,6 @@ constexpr int kBlocks = 40;
 struct Seen {
     std::vector<int> ticks;
     std::string thrown;
-
-    bool operator==(const Seen&) const = default;
 };
 
 /// A call in which a block and a tick may throw. Later blocks end sooner than earlier ones; in each, another call works.
