@@ -38,13 +38,14 @@ constexpr const char* kTurnsSky = " World coordinates follow, of pictures that a
 /// Refuses a size that no image can have, before any work.
 void CheckSize(const CStlImage& image, double width, double height)
 {
+    const std::string size = SizeText(static_cast<long long>(width), static_cast<long long>(height));
     if (width < 1.0 || height < 1.0) {
-        throw InputError("image", "would become " + SizeText(width, height) + " pixels; at least 1 x 1 are needed");
+        throw InputError("image", "would become " + size + " pixels; at least 1 x 1 are needed");
     }
     const double bytes = width * height * image.GetPlanes() * sizeof(float);
     if (width > kMostPixels || height > kMostPixels || bytes > kMostBytes) {
-        throw InputError("image", "would become " + SizeText(width, height) + " pixels; at most " +
-                                      std::to_string(kMostPixels) + " either way and 1 TiB in all are allowed");
+        throw InputError("image", "would become " + size + " pixels; at most " + std::to_string(kMostPixels) +
+                                      " either way and 1 TiB in all are allowed");
     }
 }
 

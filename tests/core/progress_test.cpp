@@ -12,8 +12,8 @@ using Messages = std::vector<std::string>;
 namespace {
 
 /// An image that reports to a recording window.
-struct Progress : testing::Test {
-    Progress() { image.SetProgressHandle(window.Handle()); }
+struct ProgressMessages : testing::Test {
+    ProgressMessages() { image.SetProgressHandle(window.Handle()); }
     void Press(int key) { PostMessageA(window.Handle(), WM_KEYDOWN, static_cast<WPARAM>(key), 0); }
     bool TakeKey()
     {
@@ -27,7 +27,7 @@ struct Progress : testing::Test {
 
 } // namespace
 
-TEST_F(Progress, ReportsAboutFiftyTimes)
+TEST_F(ProgressMessages, ReportsAboutFiftyTimes)
 {
     for (const int total : {1, 30, 99, 120, 1000}) {
         for (const int step : {1, 40}) {
@@ -45,7 +45,7 @@ TEST_F(Progress, ReportsAboutFiftyTimes)
     EXPECT_EQ(window.Take(), (Messages{"0:none", "1:" + std::to_string(INT_MIN)}));
 }
 
-TEST_F(Progress, DirectModeForwards)
+TEST_F(ProgressMessages, DirectModeForwards)
 {
     image.ShowProgressInit("direct");
     for (const int n : {7, -3, 200}) {
@@ -60,7 +60,7 @@ TEST_F(Progress, DirectModeForwards)
                                        "2:Cancelled", "4:still"}));
 }
 
-TEST_F(Progress, EscapeCancelsAndOtherKeysAreDropped)
+TEST_F(ProgressMessages, EscapeCancelsAndOtherKeysAreDropped)
 {
     image.ShowProgressInit(0, "hidden", 1000);
     Press(65);
@@ -81,7 +81,7 @@ TEST_F(Progress, EscapeCancelsAndOtherKeysAreDropped)
     EXPECT_FALSE(TakeKey());
 }
 
-TEST_F(Progress, EndOfTheProgramIsLeftToItsOwnLoop)
+TEST_F(ProgressMessages, EndOfTheProgramIsLeftToItsOwnLoop)
 {
     image.ShowProgressInit(1, "ends", 1000);
     PostQuitMessage(VK_ESCAPE); // not a key
