@@ -189,7 +189,7 @@ int Dispatch(int argc, char** argv)
     return status;
 }
 
-int Run(int argc, char** argv) noexcept
+int Main(int argc, char** argv) noexcept
 {
     try {
         return Dispatch(argc, argv);
@@ -214,5 +214,5 @@ int main(int argc, char** argv)
 {
     corvane::cli::EndStartup();
     corvane::cli::WatchForCancel();
-    return corvane::cli::Run(argc, argv);
+    return corvane::cli::Main(argc, argv);
 }

@@ -146,7 +146,7 @@ std::string DrawSeries(const stack::Registration& lights, const std::string& tit
                  Axis("", Values(points, [](const Point& p) { return p.y; })), points, 420.0, 160.0, false});
 }
 
-std::string Cell(const std::string& text)
+std::string TableCell(const std::string& text)
 {
     return "<td>" + text + "</td>";
 }
@@ -156,14 +156,15 @@ std::string Row(const stack::Registration& lights, std::size_t i)
     const FrameReport& light = lights.frames[i];
     const bool isReference = static_cast<int>(i) == lights.referenceLight;
     std::string row = light.used ? "<tr>" : "<tr class=\"out\">";
-    row += Cell(std::to_string(i + 1)) + "<td class=\"text\">" + EscapedXml(light.file) + "</td>";
+    row += TableCell(std::to_string(i + 1)) + "<td class=\"text\">" + EscapedXml(light.file) + "</td>";
     for (const auto& [number, digits] : {std::pair(light.dx, 2), std::pair(light.dy, 2), std::pair(light.angle, 4),
                                          std::pair(light.scale, 5), std::pair(light.residual, 3)}) {
-        row += Cell(light.used ? NumberText(number, digits) : "");
+        row += TableCell(light.used ? NumberText(number, digits) : "");
     }
-    row += Cell(std::to_string(light.matched)) + Cell(std::to_string(light.stars)) + Cell(NumberText(light.fwhm, 2)) +
-           Cell(NumberText(light.background, 1)) + Cell(NumberText(light.noise, 2)) +
-           Cell(light.fluxRatio ? NumberText(*light.fluxRatio, 3) : "") + Cell(NumberText(light.weight, 3));
+    row += TableCell(std::to_string(light.matched)) + TableCell(std::to_string(light.stars)) +
+           TableCell(NumberText(light.fwhm, 2)) + TableCell(NumberText(light.background, 1)) +
+           TableCell(NumberText(light.noise, 2)) + TableCell(light.fluxRatio ? NumberText(*light.fluxRatio, 3) : "") +
+           TableCell(NumberText(light.weight, 3));
     return row + "<td class=\"text\">" + (isReference ? "reference" : EscapedXml(light.reason)) + "</td></tr>\n";
 }
 

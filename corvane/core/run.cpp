@@ -80,7 +80,10 @@ Stage::Stage(const Run& run, int textId, int total) : Stage(run, TextOf(textId),
 Stage::~Stage()
 {
     if (run_.progress) {
-        run_.progress({.state = Progress::State::kEnded, .done = done_, .total = total_});
+        try {
+            run_.progress({.state = Progress::State::kEnded, .done = done_, .total = total_});
+        } catch (...) { // whoever listens failed, for want of memory perhaps; the work is done, or ends by its own error
+        }
     }
 }
 

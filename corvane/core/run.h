@@ -77,6 +77,7 @@ enum class EscapeKey { kIgnored, kEnds };
 CORVANE_VISIBLE Run WindowRun(CStlImage& image, int show, EscapeKey escape = EscapeKey::kIgnored);
 
 /// A stage of a run's work: begins it, counts its steps, and ends it however the work ends, with an exception too.
+/// What the run's listener throws goes on to the caller, but for what it throws at the end.
 class CORVANE_VISIBLE Stage {
 public:
     /// A stage of `total` steps, none where that is below 0. The text is good as long as the call.

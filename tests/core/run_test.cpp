@@ -79,6 +79,24 @@ TEST(RunOfWork, TellsStagesAndCanBeCancelled)
     }
 }
 
+TEST(RunOfWork, PassesOnWhatAListenerThrowsButAtTheEnd)
+{
+    for (const State failing : {State::kBegun, State::kCounted, State::kEnded}) {
+        corvane::Run run;
+        run.progress = [=](const corvane::Progress& progress) {
+            if (progress.state == failing) {
+                throw std::bad_alloc();
+            }
+        };
+        const auto work = [&run] { Stage(run, "work", 1).Step(); };
+        if (failing == State::kEnded) {
+            EXPECT_NO_THROW(work());
+        } else {
+            EXPECT_THROW(work(), std::bad_alloc);
+        }
+    }
+}
+
 TEST(RunOfWork, OfAWindowSendsWhatTheChannelSends)
 {
     ProgressWindow window;
