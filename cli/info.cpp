@@ -7,10 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
 #include "catalogue/statistics.h"
 #include "cli/cancel.h"
+#include "cli/json.h"
 #include "cli/session.h"
 #include "corvane/core/error.h"
 #include "corvane/core/stl_image.h"
@@ -22,7 +21,6 @@ namespace corvane::cli {
 namespace {
 
 using catalogue::PlaneStatistics;
-using Json = nlohmann::ordered_json;
 
 struct InfoOptions {
     std::vector<std::string> files;

@@ -1,10 +1,9 @@
 #include <optional>
 
-#include <nlohmann/json.hpp>
-
 #include "catalogue/names.h"
 #include "cli/all_operations.h"
 #include "cli/documents.h"
+#include "cli/json.h"
 
 namespace corvane::cli {
 namespace {
@@ -12,7 +11,6 @@ namespace {
 using catalogue::Kind;
 using catalogue::Operation;
 using catalogue::Parameter;
-using Json = nlohmann::ordered_json;
 
 Json ToJson(const Parameter& parameter)
 {

@@ -10,8 +10,6 @@
 
 namespace corvane::cli {
 
-using Json = nlohmann::ordered_json;
-
 CLI::App& AddStarCommand(CLI::App& app, Session& session, const char* name, StarWords& words)
 {
     words.operation = &OperationCalled(name);

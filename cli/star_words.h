@@ -4,9 +4,9 @@
 #include <vector>
 
 #include <CLI/App.hpp>
-#include <nlohmann/json.hpp>
 
 #include "catalogue/step.h"
+#include "cli/json.h"
 #include "cli/session.h"
 
 namespace corvane::cli {
@@ -31,11 +31,10 @@ CLI::App& AddStarCommand(CLI::App& app, Session& session, const char* name, Star
 catalogue::Arguments CheckedArguments(const StarWords& words, const std::vector<std::string>& outputs);
 
 /// What is printed: JSON of the field and its stars, the stars as CSV, or for people with a summary below them.
-void PrintStars(const StarWords& words, const nlohmann::ordered_json& field, const catalogue::Table& stars,
-                const std::string& summary);
+void PrintStars(const StarWords& words, const Json& field, const catalogue::Table& stars, const std::string& summary);
 
 /// What the table of one row tells of the field of a file, as JSON.
-nlohmann::ordered_json FieldJson(const StarWords& words, const catalogue::Table& field);
+Json FieldJson(const StarWords& words, const catalogue::Table& field);
 
 /// An error of the input, in its file's name.
 Error OfInput(const Error& error, const StarWords& words);

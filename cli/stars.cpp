@@ -20,7 +20,6 @@
 namespace corvane::cli {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using catalogue::SeenWidths;
 
 constexpr const char* kPlotEnding = ".svg";

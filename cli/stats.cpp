@@ -17,7 +17,6 @@ namespace corvane::cli {
 namespace {
 
 using catalogue::Table;
-using Json = nlohmann::ordered_json;
 
 struct StatsWords {
     const catalogue::Operation* operation = nullptr;

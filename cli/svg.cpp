@@ -35,8 +35,8 @@ std::string Attribute(const std::string& name, const Rgb& colour)
 /// The text with a sign in place of what is no UTF-8, as JSON has it: the name of a file may hold any bytes.
 std::string ValidUtf8(const std::string& text)
 {
-    using Json = nlohmann::json;
-    return Json::parse(Json(text).dump(-1, ' ', false, Json::error_handler_t::replace)).get<std::string>();
+    return nlohmann::json::parse(nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace))
+        .get<std::string>();
 }
 
 const char* Word(Svg::Anchor anchor)

@@ -14,7 +14,6 @@ namespace {
 using catalogue::Cell;
 using catalogue::Column;
 using catalogue::Table;
-using Json = nlohmann::ordered_json;
 
 constexpr int kSampleDigits = 7; // samples are floats
 

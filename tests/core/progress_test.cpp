@@ -9,8 +9,6 @@
 using namespace corvane::test;
 using Messages = std::vector<std::string>;
 
-namespace {
-
 /// An image that reports to a recording window.
 struct ProgressMessages : testing::Test {
     ProgressMessages() { image.SetProgressHandle(window.Handle()); }
@@ -24,8 +22,6 @@ struct ProgressMessages : testing::Test {
     ProgressWindow window;
     CStlImage image;
 };
-
-} // namespace
 
 TEST_F(ProgressMessages, ReportsAboutFiftyTimes)
 {
