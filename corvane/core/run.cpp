@@ -82,7 +82,7 @@ Stage::~Stage()
     if (run_.progress) {
         try {
             run_.progress({.state = Progress::State::kEnded, .done = done_, .total = total_});
-        } catch (...) { // whoever listens failed, for want of memory perhaps; the work is done, or ends by its own error
+        } catch (...) { // for want of memory perhaps; the work is done, or ends by an error of its own
         }
     }
 }
