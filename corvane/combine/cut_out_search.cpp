@@ -183,7 +183,7 @@ private:
     /// Samples and their correlation, two spectra for each plane, and four sums.
     static std::uint64_t BytesOf(int width, int height, int planes)
     {
-        const auto floats = static_cast<std::uint64_t>(2 + 2 * planes);
+        const auto floats = 2 + 2 * static_cast<std::uint64_t>(planes);
         return static_cast<std::uint64_t>(width) * height * (floats * sizeof(float) + 4 * sizeof(double));
     }
 
