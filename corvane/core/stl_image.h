@@ -38,7 +38,7 @@ public:
     explicit CStlImage(std::shared_ptr<CVmImage> samples);
     /// Takes everything over; the other may then only be assigned to or destroyed.
     CStlImage(CStlImage&& other) noexcept = default;
-    CStlImage& operator=(CStlImage&& other) noexcept = default;
+    CStlImage& operator=(CStlImage&& other) noexcept = default; // NOLINT(readability-identifier-naming): clang's own
     ~CStlImage() override;
     /// This image once more, with levels and points of its own over the same samples: nothing is copied, what is
     /// written through one is seen through the other, and the samples live as long as either. Both belong to one
