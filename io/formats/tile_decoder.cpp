@@ -101,6 +101,7 @@ Number TileDecoder::ReadNumber(const TileColumn& column, std::uint64_t tile) con
     ReadField(column, tile, {field.data(), BytesOf(bits)});
     auto number = static_cast<Number>(LoadBigEndian<std::int64_t>(field.data())); // of 64 bits
     WithSampleType(bits, bits != 8,
+                   // NOLINTNEXTLINE(bugprone-signed-char-misuse): a number, never a character
                    [&](auto type) { number = static_cast<Number>(LoadBigEndian<decltype(type)>(field.data())); });
     return number;
 }
