@@ -97,14 +97,15 @@ std::optional<PixelPlace> ChooseStar(const CStlImage& image, const std::vector<F
     std::optional<PixelPlace> best;
     std::pair<bool, double> least; // what speaks against it, the gravest first
     double brightest = 0.0;
+    const int half = size / 2;
     for (const FieldStar& star : stars) {
         const auto [x, y] = PlaceOf(star);
-        if (!star.IsUsable() || !LiesInside(x, y, image, size / 2) || star.Excess() < kFaint * brightest) {
+        if (!star.IsUsable() || !LiesInside(x, y, image, half) || star.Excess() < kFaint * brightest) {
             continue;
         }
         brightest = std::max(brightest, star.Excess());
-        const double rival = RivalBrightness(stars, star, search + size / 2);
-        const double edge = LiesInside(x, y, image, size / 2 + search) ? 0.0 : kEdge;
+        const double rival = RivalBrightness(stars, star, search + half);
+        const double edge = LiesInside(x, y, image, half + search) ? 0.0 : kEdge;
         const std::pair fault(IsOutshone(star, stamp), rival < kRival ? edge : rival);
         if (!best || fault < least) {
             best = PlaceOf(star);
@@ -219,7 +220,8 @@ private:
             return "only " + std::to_string(present) + " of " + std::to_string(expected) +
                    " other stars are where the best match would have them";
         }
-        if (IsLone() && !(IsAlike(place.gain, kLoneGain) && place.correlation >= kLoneCorrelation)) {
+        const bool isLike = IsAlike(place.gain, kLoneGain) && place.correlation >= kLoneCorrelation;
+        if (IsLone() && !isLike) {
             return "the best match is not like enough to the reference, which has hardly another star to confirm it";
         }
         return "";
