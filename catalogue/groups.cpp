@@ -1,12 +1,12 @@
 #include "catalogue/groups.h"
 
 #include <algorithm>
-#include <cctype>
 #include <sstream>
 #include <utility>
 
 #include "catalogue/names.h"
 #include "catalogue/operations.h"
+#include "corvane/core/ascii.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -94,9 +94,7 @@ const std::vector<Group>& Groups()
 
 std::vector<const Operation*> OperationsFor(std::string_view word)
 {
-    std::string wanted(word);
-    std::transform(wanted.begin(), wanted.end(), wanted.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    const std::string wanted = Lower(std::string(word));
     std::vector<const Operation*> found;
     for (const auto& [words, names] : kMeanings) {
         const std::vector<std::string> meanings = WordsOf(words);

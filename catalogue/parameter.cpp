@@ -7,6 +7,7 @@
 
 #include "catalogue/names.h"
 #include "corvane/core/error.h"
+#include "corvane/core/text.h"
 #include "io/frame.h"
 
 namespace corvane::catalogue {
@@ -18,14 +19,6 @@ constexpr const char* kRectangleForm = "left:top:right:bottom";
 [[noreturn]] void Refuse(const Parameter& parameter, std::string_view value, const std::string& reason)
 {
     throw ParameterError(parameter.name, std::string(value), reason);
-}
-
-template <typename Number>
-std::string NumberText(Number number)
-{
-    std::array<char, 32> buffer{};
-    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number).ptr;
-    return {buffer.data(), end};
 }
 
 // A limit that is a float's own is none that a person set.
@@ -263,7 +256,7 @@ std::string ToText(const Value& value)
 {
     struct Writer {
         std::string operator()(double number) const { return NumberText(number); }
-        std::string operator()(int number) const { return NumberText(number); }
+        std::string operator()(int number) const { return std::to_string(number); }
         std::string operator()(bool flag) const { return flag ? "yes" : "no"; }
         std::string operator()(const std::string& text) const { return text; }
         std::string operator()(const SharedFrame& frame) const { return frame->image.GetOrgFileName(); }
@@ -285,8 +278,8 @@ std::string ToText(const Value& value)
         }
         std::string operator()(const CRect& rect) const
         {
-            return NumberText(rect.left) + ":" + NumberText(rect.top) + ":" + NumberText(rect.right) + ":" +
-                   NumberText(rect.bottom);
+            return std::to_string(rect.left) + ":" + std::to_string(rect.top) + ":" + std::to_string(rect.right) + ":" +
+                   std::to_string(rect.bottom);
         }
     };
     return std::visit(Writer{}, value);

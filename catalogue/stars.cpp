@@ -65,17 +65,9 @@ std::vector<Parameter> SearchParameters(double sigmas, int limit)
 {
     Parameter plane = PlaneParameter("the plane to look at");
     plane.whenAbsent = "green of a colour image";
-    return {{.name = "sigmas",
-             .summary = "how far a star rises above the sky, in standard deviations of the sky",
-             .min = 1.0,
-             .max = 1000.0,
-             .defaultValue = sigmas},
-            {.name = "limit",
-             .kind = Kind::Whole,
-             .summary = "find the brightest stars, at most this many",
-             .min = 1.0,
-             .max = 1e6,
-             .defaultValue = limit},
+    return {NumberParameter("sigmas", "how far a star rises above the sky, in standard deviations of the sky", "",
+                            {1.0, 1000.0}, sigmas),
+            WholeParameter("limit", "find the brightest stars, at most this many", "", {1.0, 1e6}, limit),
             std::move(plane)};
 }
 
@@ -83,10 +75,8 @@ Operation FindStarsOperation()
 {
     const stars::FindOptions usual;
     std::vector<Parameter> parameters = SearchParameters(usual.sigmas, static_cast<int>(usual.limit));
-    parameters.push_back({.name = "saturation",
-                          .summary = "samples from this value on are saturated",
-                          .unit = "counts",
-                          .whenAbsent = "judged by the image"});
+    parameters.push_back(NumberParameter("saturation", "samples from this value on are saturated", "counts", kAnyNumber,
+                                         "judged by the image"));
     return {.name = "find-stars",
             .summary = "find the stars of an image and list what is known of each",
             .help = "Columns and rows count from 0 in the middle of the file's first sample. Flags tell what speaks "

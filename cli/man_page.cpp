@@ -30,6 +30,9 @@ Memory for samples, in bytes or with K, M or G; else half of the computer's.
 .TP
 .B CORVANE_SPILL_DIR
 Where images beyond that memory are kept; else the folder for temporary files.
+.TP
+.B CORVANE_THREADS
+Threads to work with where \-\-threads does not say; else one for each free processor.
 .SH EXAMPLES
 .nf
 corvane info light.fits

@@ -1,7 +1,6 @@
 #include "cli/operation_command.h"
 
 #include <algorithm>
-#include <cctype>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -12,6 +11,7 @@
 #include "cli/all_operations.h"
 #include "cli/cancel.h"
 #include "cli/output.h"
+#include "corvane/core/ascii.h"
 #include "corvane/core/error.h"
 #include "corvane/platform/memory_exception.h"
 #include "io/frame.h"
@@ -68,13 +68,6 @@ std::string OptionNames(const Parameter& parameter)
         names += ",--" + alias;
     }
     return names;
-}
-
-std::string Capitals(std::string word)
-{
-    std::transform(word.begin(), word.end(), word.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::toupper(letter)); });
-    return word;
 }
 
 void AddOutputs(CLI::App& command, OperationWords& words)
@@ -157,7 +150,7 @@ int Perform(const OperationWords& words, const Session& session)
 
 std::string Sentence(std::string words)
 {
-    words[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(words[0])));
+    words[0] = Upper(words[0]);
     return words;
 }
 
@@ -168,9 +161,9 @@ void AddInputs(CLI::App& command, const Operation& operation, catalogue::Files& 
         std::vector<std::string>& of = files[input.name];
         if (input.count == catalogue::Count::One) {
             of.resize(1);
-            command.add_option(Capitals(input.name), of.front(), help)->required()->type_name("");
+            command.add_option(Upper(input.name), of.front(), help)->required()->type_name("");
         } else if (input.count == catalogue::Count::Several) {
-            command.add_option(Capitals(input.name), of, help)->type_name("");
+            command.add_option(Upper(input.name), of, help)->type_name("");
         } else {
             command.add_option("--" + input.name, of, help)->type_name("FILE");
         }

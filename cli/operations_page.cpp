@@ -12,11 +12,10 @@ using catalogue::Parameter;
 
 constexpr const char* kHead =
     "# Reference of the operations\n\n"
-    "A step is written `name:key=value,key=value` and done by `corvane apply`; what works on several images is a "
-    "command "
-    "of its own, whose parameters are options: `--key value`. `corvane::Apply` runs both. What a step looks at to make "
-    "a "
-    "sample tells whether an image may be worked on in parts. This page is made by `corvane ops --as markdown`.\n";
+    "A step is written `name:key=value,key=value` and done by `corvane apply`; what works on several images or "
+    "measures is a command of its own, whose parameters are options: `--key value`. `corvane::Apply` runs both, but "
+    "for `stack` and `register`. What a step looks at to make a sample tells whether an image may be worked on in "
+    "parts. This page is made by `corvane ops --as markdown`.\n";
 
 /// Text in which nothing stands for more than itself.
 std::string Plain(const std::string& text)
@@ -29,11 +28,12 @@ std::string Plain(const std::string& text)
     return plain;
 }
 
-std::string NamesOf(const std::string& name, const std::vector<std::string>& aliases)
+/// "`name`, `other`"
+std::string Listed(const std::vector<std::string>& names)
 {
-    std::string text = "`" + name + "`";
-    for (const std::string& alias : aliases) {
-        text += ", `" + alias + "`";
+    std::string text;
+    for (const std::string& name : names) {
+        text += (text.empty() ? "`" : ", `") + name + "`";
     }
     return text;
 }
@@ -49,9 +49,10 @@ std::string DefaultText(const Parameter& parameter)
 
 std::string Row(const Parameter& parameter)
 {
-    return "| " + NamesOf(parameter.name, parameter.aliases) + " | " + Plain(parameter.summary) + " | " +
-           WordFor(parameter.kind) + " | " + parameter.unit + " | " + Plain(AllowedText(parameter)) + " | " +
-           Plain(DefaultText(parameter)) + " |\n";
+    std::vector<std::string> names = parameter.aliases;
+    names.insert(names.begin(), parameter.name);
+    return "| " + Listed(names) + " | " + Plain(parameter.summary) + " | " + WordFor(parameter.kind) + " | " +
+           parameter.unit + " | " + Plain(AllowedText(parameter)) + " | " + Plain(DefaultText(parameter)) + " |\n";
 }
 
 std::string ParametersText(const Operation& operation)
@@ -92,7 +93,7 @@ std::string OutputsText(const Operation& operation)
 std::string Section(const Operation& operation)
 {
     return "\n### " + operation.name + "\n\n**" + Plain(Sentence(operation.summary)) + ".** " + Plain(operation.help) +
-           "\n\n" + (operation.aliases.empty() ? "" : "Also called " + NamesOf(operation.aliases.front(), {}) + ". ") +
+           "\n\n" + (operation.aliases.empty() ? "" : "Also called " + Listed(operation.aliases) + ". ") +
            InputsText(operation) + OutputsText(operation) + ParametersText(operation);
 }
 

@@ -1,10 +1,9 @@
 #include "cli/picture.h"
 
-#include <algorithm>
-#include <cctype>
 #include <filesystem>
 
 #include "catalogue/step.h"
+#include "corvane/core/ascii.h"
 #include "corvane/core/error.h"
 #include "io/metadata.h"
 #include "io/output_file.h"
@@ -14,10 +13,7 @@ namespace corvane::cli {
 
 void CheckPicture(const std::string& path)
 {
-    std::string extension = std::filesystem::path(path).extension();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    if (extension != ".png") {
+    if (!SameWord(std::filesystem::path(path).extension().string(), ".png")) {
         throw NameError(path, "is no name for a picture; it must end with .png");
     }
     io::OutputFile::Check(path);

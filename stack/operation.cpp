@@ -13,10 +13,13 @@ namespace {
 using catalogue::Arguments;
 using catalogue::Count;
 using catalogue::Files;
+using catalogue::FlagParameter;
 using catalogue::Input;
 using catalogue::Kind;
+using catalogue::NumberParameter;
 using catalogue::Operation;
 using catalogue::Parameter;
+using catalogue::WholeParameter;
 
 constexpr const char* kKeepMosaic = "none";
 constexpr double kFarthest = 1e6; // [pixels]; the size of the lights says more
@@ -34,37 +37,13 @@ std::vector<std::string> WordsOf(const Names<Value, count>& names)
 template <class Value, std::size_t count>
 Parameter Choice(const char* name, const Names<Value, count>& names, Value usual, const char* summary)
 {
-    return {.name = name,
-            .kind = Kind::Choice,
-            .summary = summary,
-            .choices = WordsOf(names),
-            .defaultValue = std::string(NameOf(names, usual))};
+    return catalogue::ChoiceParameter(name, summary, WordsOf(names), NameOf(names, usual));
 }
 
-Parameter Pixels(const char* name, int min, int max, int usual, const char* summary)
+Parameter Limit(const char* name, const std::string& which)
 {
-    return {.name = name,
-            .kind = Kind::Whole,
-            .summary = summary,
-            .unit = "pixels",
-            .min = static_cast<double>(min),
-            .max = static_cast<double>(max),
-            .defaultValue = usual};
-}
-
-Parameter Flag(const char* name, const char* summary)
-{
-    return {.name = name, .kind = Kind::Flag, .summary = summary, .defaultValue = false};
-}
-
-Parameter Limit(const char* name, const char* which)
-{
-    return {.name = name,
-            .summary = std::string("leave out lights ") + which + " than the median of all by more than so many",
-            .unit = "sigmas",
-            .min = 0.0,
-            .max = kMaxReject,
-            .whenAbsent = "no limit"};
+    return NumberParameter(name, "leave out lights " + which + " than the median of all by more than so many", "sigmas",
+                           {0.0, kMaxReject}, "no limit");
 }
 
 std::vector<Input> Frames()
@@ -80,13 +59,9 @@ std::vector<Input> Frames()
 std::vector<Parameter> LightParameters()
 {
     const Options usual;
-    return {{.name = "pedestal",
-             .summary = "added before a dark is taken off, so that noise below 0 is kept",
-             .unit = "counts",
-             .min = 0.0,
-             .max = kMaxPedestal,
-             .defaultValue = usual.pedestal},
-            Flag("cosmetic", "replace the pixels that are hot in the darks"),
+    return {NumberParameter("pedestal", "added before a dark is taken off, so that noise below 0 is kept", "counts",
+                            {0.0, kMaxPedestal}, usual.pedestal),
+            FlagParameter("cosmetic", "replace the pixels that are hot in the darks", false),
             {.name = "bayer",
              .kind = Kind::Choice,
              .summary = "filters of the first pixels, two rows of two; none keeps the filter mosaic",
@@ -98,7 +73,7 @@ std::vector<Parameter> LightParameters()
              .kind = Kind::Image,
              .summary = "the light that others are placed on",
              .whenAbsent = "the best by its stars; with align = shift the first"},
-            Flag("scale", "stars: look for lights of another scale, too"),
+            FlagParameter("scale", "stars: look for lights of another scale, too", false),
             {.name = "star",
              .kind = Kind::Numbers,
              .summary = "shift: centre of the star to align by",
@@ -107,8 +82,9 @@ std::vector<Parameter> LightParameters()
              .max = kFarthest,
              .choices = {"X,Y"},
              .whenAbsent = "the brightest that stands alone"},
-            Pixels("size", kMinPatchSize, kMaxPatchSize, usual.size, "shift: width of the patch around that star"),
-            Pixels("search", 0, kMaxSearch, usual.search, "shift: largest shift to look for"),
+            WholeParameter("size", "shift: width of the patch around that star", "pixels",
+                           {kMinPatchSize, kMaxPatchSize}, usual.size),
+            WholeParameter("search", "shift: largest shift to look for", "pixels", {0, kMaxSearch}, usual.search),
             Limit("reject-fwhm", "whose stars are wider"),
             Limit("reject-stars", "that show fewer stars"),
             Limit("reject-background", "whose sky is brighter")};
