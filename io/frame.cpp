@@ -19,7 +19,7 @@
 namespace corvane::io {
 namespace {
 
-constexpr long long kBandBytes = 1 << 20;
+constexpr long long kBandBytes = 4 << 20; // enough for several threads, little beside an image
 
 using Writer = void (*)(OutputFile&, const CStlImage&, const Header&, const Storage&);
 
@@ -78,20 +78,19 @@ const Format& ChooseFormat(const std::string& path, SaveOptions& options)
 }
 
 /// Reads all samples, band by band with the planes inside, so that a format which stores them together decodes once.
+/// The rows of a plane lie one behind the other, so a band is read to its place; asking for each row first keeps the
+/// pages of a paged image within the budget.
 void ReadSamples(FrameReader& reader, CStlImage& image)
 {
     const long long rowBytes = static_cast<long long>(reader.Width()) * static_cast<long long>(sizeof(float));
     const int most = static_cast<int>(std::clamp<long long>(kBandBytes / rowBytes, 1, reader.Height()));
-    const auto width = static_cast<std::size_t>(reader.Width());
-    std::vector<float> band(width * static_cast<std::size_t>(most));
     for (int first = 0; first < reader.Height(); first += most) {
-        const int count = std::min(most, reader.Height() - first);
+        const int end = std::min(first + most, reader.Height());
         for (int plane = 0; plane < reader.Planes(); ++plane) {
-            reader.ReadRows(plane, first, count, band.data());
-            for (int i = 0; i < count; ++i) {
-                std::copy_n(band.data() + static_cast<std::size_t>(i) * width, width,
-                            image.GetImageAdr(0, first + i, plane));
+            for (int row = first; row < end; ++row) {
+                image.GetImageAdr(0, row, plane);
             }
+            reader.ReadRows(plane, first, end - first, image.GetImageAdr(0, first, plane));
         }
     }
 }
@@ -149,7 +148,7 @@ Frame Load(const std::string& path)
     const std::unique_ptr<FrameReader> reader = OpenFrame(path);
     Frame frame;
     try {
-        CStlImage image(-32, reader->Width(), reader->Height(), reader->Planes(), 1.0, 0.0, 1);
+        CStlImage image(-32, reader->Width(), reader->Height(), reader->Planes(), 1.0, 0.0, 0);
         frame.image.Swap(&image);
         const bool levelsKnown = reader->Describe(frame.image);
         ReadSamples(*reader, frame.image);

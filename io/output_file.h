@@ -13,8 +13,8 @@ class TemporaryFile;
 
 /// A file that appears whole or not at all.
 ///
-/// What is written goes to a file without a name in the same folder; `Commit` flushes it to the disk and gives it the
-/// name. Without `Commit`, or when the process is killed, nothing remains of it, and a file that was there before stays
+/// What is written goes to a file without a name in the same folder; `Commit` gives it the name, and waits for the disk
+/// before it replaces a file. Without `Commit`, or when the process is killed, nothing remains of it, and a file that was there before stays
 /// as it was. Where the file system knows no nameless files, see `TemporaryFile`, one of a killed process remains until
 /// the next output to its folder. A symbolic link
 /// is followed: its target is replaced. An existing file keeps its permissions. Every member throws Error, naming the
@@ -40,7 +40,7 @@ public:
     /// the new offset from the start.
     std::uint64_t Seek(std::int64_t offset, int origin);
 
-    /// Flushes the file to the disk, closes it and puts it in place.
+    /// Closes the file and puts it in place; one that takes the place of another is on the disk before.
     void Commit();
 
 private:

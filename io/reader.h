@@ -61,7 +61,8 @@ enum class Cubes {
 ///   when programs edit them, `Contradiction` tells it.
 /// - A FITS or TIFF reader keeps its file open, one descriptor, from OpenFrame until it is closed or destroyed; a
 ///   closed one opens the file again when it is read. Members throw Error.
-/// Readers of one thread may be used next to those of another; one reader belongs to one thread at a time.
+/// Readers of one thread may be used next to those of another; one reader belongs to one thread at a time. Many rows of
+/// FITS are converted and decoded by as many threads as `corvane::Threads` says.
 class CORVANE_VISIBLE FrameReader {
 public:
     virtual ~FrameReader() = default;

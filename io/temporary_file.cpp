@@ -21,7 +21,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
+constexpr std::size_t kBufferBytes = std::size_t{64} << 10; // bands of samples go past it
 constexpr std::string_view kEnding = ".tmp";
 
 [[noreturn]] void Fail(int number)
@@ -142,7 +142,7 @@ void TemporaryFile::Rename(const fs::path& target)
     if (replaces) {
         fchmod(file, old.st_mode & 07777U); // some file systems have no permissions
     }
-    if (std::fflush(file_) != 0 || fsync(file) != 0) {
+    if (std::fflush(file_) != 0 || (replaces && fsync(file) != 0)) { // what is replaced must not be lost
         Fail(errno);
     }
     if (name_.empty() && !replaces && Link(file, target)) {

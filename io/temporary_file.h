@@ -19,8 +19,8 @@ public:
 
     std::FILE* Get() const { return file_; }
 
-    /// Flushes the file to the disk and gives it a name in its folder; a file that has the name is replaced, and leaves
-    /// its permissions.
+    /// Gives the file a name in its folder. A file that has the name is replaced, when the new one is on the disk, and
+    /// leaves its permissions.
     void Rename(const std::filesystem::path& target);
 
 private:

@@ -7,16 +7,19 @@
 #include <utility>
 
 #include "corvane/platform/memory.h"
+#include "corvane/platform/workers.h"
 
 namespace corvane::bench {
 namespace {
 
 bool tiny = false;
+int comparedThreads = 1;
 
 /// Memory outside the images' budget, all of it touched.
 class Buffer {
 public:
-    explicit Buffer(std::uint64_t bytes) : data_(platform::AllocatePages(bytes)), bytes_(bytes)
+    explicit Buffer(std::uint64_t bytes)
+        : data_(static_cast<unsigned char*>(platform::AllocatePages(bytes))), bytes_(bytes)
     {
         if (data_ == nullptr) {
             throw std::runtime_error("no memory to compare with memcpy");
@@ -27,10 +30,10 @@ public:
     Buffer(const Buffer&) = delete;
     Buffer& operator=(const Buffer&) = delete;
 
-    void* Data() const { return data_; }
+    unsigned char* Data() const { return data_; }
 
 private:
-    void* data_;
+    unsigned char* data_;
     std::uint64_t bytes_;
 };
 
@@ -49,18 +52,23 @@ void NoteCost(const std::string& name, double fraction)
 
 void Report(benchmark::State& state, const std::string& name, const Limit& limit, const Run& run)
 {
-    const double ratio = run.Seconds() / run.Memcpy();
-    state.SetIterationTime(run.Seconds());
+    const Times& alone = run.Alone();
+    const double ratio = alone.processor / alone.memcpy;
+    state.SetIterationTime(alone.processor);
     state.SetBytesProcessed(static_cast<std::int64_t>(run.Bytes()));
     state.counters["x memcpy"] = ratio;
-    state.counters["wall (s)"] = run.Wall();
+    state.counters["wall (s)"] = alone.wall;
+    if (comparedThreads > 1) {
+        state.counters["gain"] = alone.wall / run.Together().wall;
+        state.counters["gain of memcpy"] = alone.memcpy / run.Together().memcpy;
+    }
     if (limit.timesMemcpy > 0.0) {
         state.counters["limit"] = limit.timesMemcpy;
         NoteCost(name, ratio / limit.timesMemcpy);
     }
     if (limit.seconds > 0.0) {
         state.counters["limit (s)"] = limit.seconds;
-        NoteCost(name, run.Seconds() / limit.seconds);
+        NoteCost(name, alone.processor / limit.seconds);
     }
 }
 
@@ -76,7 +84,17 @@ void SetTiny(bool isTiny)
     tiny = isTiny;
 }
 
-double TimeMemcpy(std::uint64_t bytes)
+int ComparedThreads()
+{
+    return comparedThreads;
+}
+
+void SetComparedThreads(int threads)
+{
+    comparedThreads = threads;
+}
+
+void TimeMemcpy(std::uint64_t bytes, int threads, Times& best)
 {
     constexpr std::uint64_t kMostAtOnce = 64 << 20; // beyond the caches; larger amounts are copied piece by piece
     static const std::uint64_t size = IsTiny() ? 1 << 20 : kMostAtOnce;
@@ -84,10 +102,17 @@ double TimeMemcpy(std::uint64_t bytes)
     static const Buffer target(size);
     const Stopwatch watch;
     for (std::uint64_t done = 0; done < bytes; done += size) {
-        std::memcpy(target.Data(), source.Data(), std::min(size, bytes - done));
-        benchmark::ClobberMemory();
+        const std::uint64_t piece = std::min(size, bytes - done);
+        const auto copy = [&](int block) {
+            const std::uint64_t first = piece * static_cast<std::uint64_t>(block) / static_cast<std::uint64_t>(threads);
+            const std::uint64_t end =
+                piece * static_cast<std::uint64_t>(block + 1) / static_cast<std::uint64_t>(threads);
+            std::memcpy(target.Data() + first, source.Data() + first, end - first);
+            benchmark::ClobberMemory();
+        };
+        platform::ForBlocks(threads, threads, copy, [](int) {});
     }
-    return watch.Processor();
+    best.memcpy = std::min(best.memcpy, threads == 1 ? watch.Processor() : watch.Wall());
 }
 
 Line::Line(const std::string& name, Limit limit, std::function<void(Run&)> body)

@@ -11,6 +11,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include "corvane/core/threads.h"
+
 namespace corvane::bench {
 
 /// True when lines run on tiny images, so that all of them are tried in a moment; their times mean nothing then.
@@ -22,6 +24,10 @@ inline int Size(int full, int tiny)
 {
     return IsTiny() ? tiny : full;
 }
+
+/// How many threads lines are timed with besides one; 1: none.
+int ComparedThreads();
+void SetComparedThreads(int threads);
 
 /// What a line may take at most, at full size on one core.
 struct Limit {
@@ -54,10 +60,20 @@ private:
     std::clock_t processor_ = std::clock();
 };
 
-/// Seconds for a memcpy of that many bytes between buffers that are in memory, not in the caches, on large pages.
-double TimeMemcpy(std::uint64_t bytes);
+/// The best times of a line, in seconds.
+struct Times {
+    static constexpr double kNone = std::numeric_limits<double>::infinity();
 
-/// One run of a line: times work in turn with memcpy of the same number of bytes and keeps the best of each.
+    double processor = kNone;
+    double wall = kNone;
+    double memcpy = kNone; ///< on the wall clock, of the same bytes with as many threads
+};
+
+/// Notes the time of a memcpy of that many bytes between buffers that are in memory, not in the caches, on large pages.
+void TimeMemcpy(std::uint64_t bytes, int threads, Times& best);
+
+/// One run of a line: times work in turn with memcpy of the same number of bytes and keeps the best of each, with one
+/// thread and with as many as are compared.
 class Run {
 public:
     /// Times work() on `bytes` bytes of samples.
@@ -73,35 +89,41 @@ public:
     void Time(std::uint64_t bytes, Prepare prepare, Work work)
     {
         bytes_ = bytes;
-        for (int round = 0; round < (IsTiny() ? 1 : kRounds); ++round) {
-            memcpy_ = std::min(memcpy_, TimeMemcpy(bytes));
+        const auto round = [&](int threads, Times& best) {
+            SetThreads(threads);
+            TimeMemcpy(bytes, threads, best);
             auto&& input = prepare();
             const Stopwatch watch;
             work(input);
             benchmark::ClobberMemory();
-            seconds_ = std::min(seconds_, watch.Processor());
-            wall_ = std::min(wall_, watch.Wall());
+            best.processor = std::min(best.processor, watch.Processor());
+            best.wall = std::min(best.wall, watch.Wall());
+        };
+        for (int i = 0; i < (IsTiny() ? 1 : kRounds); ++i) {
+            round(1, alone_);
+            if (ComparedThreads() > 1) {
+                round(ComparedThreads(), together_);
+            }
         }
-        memcpy_ = std::min(memcpy_, TimeMemcpy(bytes));
+        TimeMemcpy(bytes, 1, alone_);
     }
 
     std::uint64_t Bytes() const { return bytes_; }
-    double Seconds() const { return seconds_; }
-    double Wall() const { return wall_; }
-    double Memcpy() const { return memcpy_; }
+    const Times& Alone() const { return alone_; }       ///< with one thread
+    const Times& Together() const { return together_; } ///< with the threads that are compared
 
 private:
     static constexpr int kRounds = 5;
 
     std::uint64_t bytes_ = 0;
-    double seconds_ = std::numeric_limits<double>::infinity();
-    double wall_ = std::numeric_limits<double>::infinity();
-    double memcpy_ = std::numeric_limits<double>::infinity();
+    Times alone_;
+    Times together_;
 };
 
 /// A line of the table, registered by its constructor. The body makes its images, checks the result, and calls
-/// `Run::Time` once. Its time on the processor is printed with bytes per second, the ratio to memcpy, its limit, and
-/// the time that passed.
+/// `Run::Time` once. Its time on the processor with one thread is printed with bytes per second, the ratio to memcpy, its
+/// limit, and the time that passed; with threads that are compared, how many times faster they are than one, and memcpy
+/// with as many.
 class Line {
 public:
     Line(const std::string& name, Limit limit, std::function<void(Run&)> body);

@@ -1,11 +1,13 @@
-// corvane_bench [--check] [--tiny] [flags of Google Benchmark]
+// corvane_bench [--check] [--tiny] [--threads=N] [flags of Google Benchmark]
 //
 // --check fails when a line is above its limit, --tiny runs every line on tiny images to see that it still works.
-// A wrong result always fails.
+// --threads times each line with N threads, too, and tells the gain. A wrong result always fails.
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <string>
 #include <string_view>
 
 #include <benchmark/benchmark.h>
@@ -24,6 +26,20 @@ bool TakeFlag(int& argc, char** argv, std::string_view flag)
     return found;
 }
 
+/// Takes --threads=N out of the arguments; 1 without it, 0 when N is none.
+int TakeThreads(int& argc, char** argv)
+{
+    constexpr std::string_view kFlag = "--threads=";
+    for (int i = 1; i < argc; ++i) {
+        const std::string flag(argv[i]);
+        if (flag.starts_with(kFlag)) {
+            TakeFlag(argc, argv, flag);
+            return std::max(std::atoi(flag.c_str() + kFlag.size()), 0);
+        }
+    }
+    return 1;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -31,7 +47,12 @@ int main(int argc, char** argv)
     using namespace corvane::bench;
     const bool check = TakeFlag(argc, argv, "--check");
     SetTiny(TakeFlag(argc, argv, "--tiny"));
+    SetComparedThreads(TakeThreads(argc, argv));
     benchmark::Initialize(&argc, argv);
+    if (ComparedThreads() == 0) {
+        std::fprintf(stderr, "corvane_bench: --threads takes a number from 1 on\n");
+        return 2;
+    }
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 2;
     }

@@ -16,7 +16,8 @@ class ByteSource {
 public:
     virtual ~ByteSource() = default;
 
-    /// Fills `bytes` from `offset` on and returns how many there are: fewer where the source ends.
+    /// Fills `bytes` from `offset` on and returns how many there are: fewer where the source ends. Several threads may
+    /// read at a time.
     virtual std::size_t Read(std::uint64_t offset, MutableBytes bytes) = 0;
     /// How many bytes there are, where that is known without reading them.
     virtual std::optional<std::uint64_t> Size() const = 0;

@@ -4,6 +4,9 @@
 #include <vector>
 
 #include "corvane/core/error.h"
+#include "corvane/core/threads.h"
+#include "corvane/core/walk.h"
+#include "corvane/platform/workers.h"
 
 namespace corvane::io {
 namespace {
@@ -38,38 +41,48 @@ class PlainSamples : public FitsSamples {
 public:
     PlainSamples(FitsFile& file, const FitsImage& image, const StoredScale& scale)
         : file_(file), bits_(image.bits), width_(static_cast<std::uint64_t>(image.sizes[0])),
-          height_(static_cast<std::uint64_t>(image.sizes[1])), data_(file.Hdu().data), scale_(scale),
-          piece_(kPieceBytes)
+          height_(static_cast<std::uint64_t>(image.sizes[1])), data_(file.Hdu().data), scale_(scale)
     {}
 
     void Read(long long plane, long long firstRow, long long rowCount, float* samples) override
     {
-        const std::uint64_t sampleBytes = static_cast<std::uint64_t>(std::abs(bits_)) / 8;
         const std::uint64_t first =
             (static_cast<std::uint64_t>(plane) * height_ + static_cast<std::uint64_t>(firstRow)) * width_;
-        const std::uint64_t bytes = static_cast<std::uint64_t>(rowCount) * width_ * sampleBytes;
-        for (std::uint64_t done = 0; done < bytes; done += kPieceBytes) {
-            const MutableBytes piece(piece_.data(),
-                                     static_cast<std::size_t>(std::min<std::uint64_t>(kPieceBytes, bytes - done)));
-            if (file_.Source().Read(data_ + first * sampleBytes + done, piece) < piece.size()) {
+        const std::uint64_t bytes = static_cast<std::uint64_t>(rowCount) * width_ * SampleBytes();
+        const int threads = ThreadsFor(rowCount * static_cast<long long>(width_));
+        pieces_.resize(std::max(pieces_.size(), static_cast<std::size_t>(threads)));
+        const auto read = [&](int block, int thread) {
+            const std::uint64_t done = static_cast<std::uint64_t>(block) * kPieceBytes;
+            std::vector<unsigned char>& piece = pieces_[static_cast<std::size_t>(thread)];
+            piece.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kPieceBytes, bytes - done)));
+            if (file_.Source().Read(data_ + first * SampleBytes() + done, piece) < piece.size()) {
                 throw FileError(file_.Name(),
                                 "is truncated: it ends within rows from " + std::to_string(firstRow) + " on");
             }
-            ToSamples(bits_, piece, scale_, samples + done / sampleBytes);
-        }
+            ToSamples(bits_, piece, scale_, samples + done / SampleBytes());
+        };
+        const auto blocks = static_cast<int>((bytes + kPieceBytes - 1) / kPieceBytes);
+        platform::ForBlocks(blocks, threads, read, [](int) {});
     }
 
 private:
+    std::uint64_t SampleBytes() const { return static_cast<std::uint64_t>(std::abs(bits_)) / 8; }
+
     FitsFile& file_;
     int bits_;
     std::uint64_t width_;
     std::uint64_t height_;
     std::uint64_t data_;
     StoredScale scale_;
-    std::vector<unsigned char> piece_;
+    std::vector<std::vector<unsigned char>> pieces_; ///< one for each thread
 };
 
 } // namespace
+
+int ThreadsFor(long long samples)
+{
+    return samples < kFewSamples ? 1 : Threads();
+}
 
 void ToSamples(int bits, Bytes stored, const StoredScale& scale, float* samples)
 {

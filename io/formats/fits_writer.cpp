@@ -18,16 +18,18 @@ double CountOffset(int bits)
     return bits == 16 ? 32768.0 : bits == 32 ? 2147483648.0 : 0.0;
 }
 
-/// The bits that FITS stores for a sample. T is the unsigned type of the same size for integers, whose sign bit
-/// CountOffset turns.
+/// Writes samples of a row as FITS stores them. T is the unsigned type of the same size for integers, whose sign bit
+/// CountOffset turns. The copy of the storage, and two loops, are for the vectoriser.
 template <class T>
-T Encode(float v, const Storage& storage)
+void EncodeRow(const float* row, std::size_t count, const Storage storage, T* stored)
 {
-    if constexpr (std::is_floating_point_v<T> || sizeof(T) == 1) {
-        return storage.Stored<T>(v);
-    } else {
-        return static_cast<T>(storage.Stored<T>(v) ^ static_cast<T>(T{1} << (sizeof(T) * 8 - 1)));
-    }
+    std::transform(row, row + count, stored, [storage](float v) { return storage.Stored<T>(v); });
+    std::transform(stored, stored + count, stored, [](T v) {
+        if constexpr (std::is_integral_v<T> && sizeof(T) > 1) {
+            v = static_cast<T>(v ^ static_cast<T>(T{1} << (sizeof(T) * 8 - 1)));
+        }
+        return BigEndian(v);
+    });
 }
 
 void PadTo(OutputFile& file, std::size_t written, char filler)
@@ -90,8 +92,7 @@ void WriteSamples(OutputFile& file, const CImage& image, const Storage& storage)
     for (int plane = 0; plane < image.GetPlanes(); ++plane) {
         for (int y = 0; y < image.GetHeight(); ++y) {
             const float* row = RowOf(image, y, plane);
-            std::transform(row, row + width, band.begin() + static_cast<std::ptrdiff_t>(rows * width),
-                           [&](float v) { return BigEndian(Encode<T>(v, storage)); });
+            EncodeRow(row, width, storage, band.data() + rows * width);
             if (++rows == bandRows) {
                 flush();
             }

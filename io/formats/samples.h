@@ -22,7 +22,7 @@ struct UndefinedTest {
     BlankTest blank;
 
     explicit UndefinedTest(const CImage& image) : blank(image) {}
-    bool operator()(float v) const { return std::isnan(v) || blank(v); }
+    bool operator()(float v) const { return (v != v) | blank(v); }
 };
 
 /// A row of a working image.

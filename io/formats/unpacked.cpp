@@ -64,6 +64,7 @@ void UnpackedBytes::UnpackNext()
 
 std::size_t UnpackedBytes::Read(std::uint64_t offset, MutableBytes bytes)
 {
+    const std::lock_guard lock(mutex_);
     std::size_t done = 0;
     while (done < bytes.size()) {
         const std::uint64_t at = offset + done;

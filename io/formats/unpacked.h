@@ -1,5 +1,6 @@
 #pragma once
 
+#include <mutex>
 #include <vector>
 
 #include "corvane/platform/memory.h"
@@ -34,6 +35,7 @@ private:
     std::unique_ptr<UnpackingStream> stream_; ///< null after its end
     std::vector<std::unique_ptr<platform::SpillFile>> parts_;
     std::uint64_t end_ = 0; ///< bytes that are unpacked
+    std::mutex mutex_;
 };
 
 } // namespace corvane::io

@@ -5,6 +5,7 @@
 
 #include <fitsio.h>
 
+#include "corvane/core/threads.h"
 #include "io/reader.h"
 #include "tests/io/files.h"
 #include "tests/support/storage.h"
@@ -147,6 +148,26 @@ TEST_F(Compressed, ReadsBandsOfAnyHeightWithLittleMemory)
     }
     WriteTiles("b.fz", {"", HCOMPRESS_1, 16, {400, 300}}, 400, 300);
     ExpectError([&] { Load(Path("b.fz")); }, Path("b.fz"), "needs 3 MiB of memory for a tile of 400 x 300 samples");
+}
+
+TEST_F(Compressed, ReadsWithAnyNumberOfThreads)
+{
+    constexpr int kSide = 1100;
+    const Way ways[] = {{"rows", RICE_1, 16, {kSide, 1}}, {"tiles", GZIP_1, -32, {300, 70}, 0}};
+    for (const Way& way : ways) {
+        const std::vector<float> expected = WriteTiles("large.fz", way, kSide, kSide);
+        for (const int threads : {1, 3}) {
+            corvane::SetThreads(threads);
+            const auto reader = OpenFrame(Path("large.fz"));
+            std::vector<float> samples(expected.size());
+            for (int first = 0; first < kSide; first += 250) {
+                reader->ReadRows(0, first, std::min(250, kSide - first),
+                                 samples.data() + static_cast<std::size_t>(first) * kSide);
+            }
+            EXPECT_TRUE(SameSamples(samples, expected)) << way.name << " with " << threads;
+        }
+    }
+    corvane::SetThreads(0);
 }
 
 TEST_F(Compressed, RefusesHeadersThatMakeNoSense)
