@@ -12,6 +12,7 @@ void AddCommonOptions(CLI::App& command, Session& session)
     command.add_flag("-q,--quiet", session.quiet, "Print errors and results only");
     command.add_option("--threads", session.threads, "Threads to work with; else one for each free processor")
         ->type_name("N")
+        ->envname("CORVANE_THREADS")
         ->check(CLI::Range(1, 1024).description(""));
 }
 

@@ -79,6 +79,7 @@ for size in plenty 12X 100K -1; do
     CORVANE_MEMORY=$size refuse 2 "CORVANE_MEMORY = $size: must be at least 1M, in bytes or with K, M or G" ops
     CORVANE_MEMORY=$size check 0 '^corvane' --version
 done
+CORVANE_THREADS=0 refuse 2 '--threads: Value 0 not in range 1 to 1024' ops
 
 # A little less memory than it takes to start, down to what cannot be loaded: no exception is left without a catcher.
 starts() { (ulimit -v "$1" && "$CORVANE" --version) >started 2>&1; }
