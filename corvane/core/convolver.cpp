@@ -53,14 +53,14 @@ template <class Product>
 void Convolver::Apply(const float* in, float* out, const ShareSink& reach, Product product)
 {
     const auto tell = [&](double share) { reach ? reach(share) : void(); };
-    transform_.Forward(in, spectrum_.data());
+    transform_.ForwardColumns(in, spectrum_.data());
     tell(0.5);
-    float* spectrum = spectrum_.data();
-    const float* transfer = transfer_.data();
-    transform_.ForEachBlock([&](std::size_t re, std::size_t im, std::size_t count) {
-        Multiply(count, spectrum + re, spectrum + im, transfer + re, transfer + im, product);
+    const std::size_t count = transform_.ImaginaryOffset();
+    transform_.ChangeRows(spectrum_.data(), [&](Lanes block, std::size_t at) {
+        const float* const transfer = transfer_.data() + at;
+        Multiply(count, block.re, block.im, transfer, transfer + count, product);
     });
-    transform_.Inverse(spectrum, out);
+    transform_.InverseColumns(spectrum_.data(), out);
     tell(1.0);
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <functional>
-#include <vector>
 
 #include "corvane/core/image_transform.h"
+#include "corvane/core/work_array.h"
 #include "corvane/platform/export.h"
 
 namespace corvane {
@@ -37,8 +37,8 @@ private:
     void Apply(const float* in, float* out, const ShareSink& reach, Product product);
 
     ImageTransform transform_;
-    std::vector<float> transfer_;
-    std::vector<float> spectrum_;
+    WorkArray transfer_;
+    WorkArray spectrum_;
 };
 
 } // namespace corvane

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "corvane/core/walk.h"
+#include "corvane/platform/workers.h"
 
 namespace corvane {
 
@@ -16,26 +17,46 @@ struct Tile {
     float im[kLanes][kLanes];
 };
 
-/// Writes a tile's frequencies side by side, column after column.
-void Store(const Tile& tile, int columns, float* __restrict re, float* __restrict im)
+constexpr int kTile = kLanes * kLanes;
+
+/// Takes samples from both halves of a tile in turn: the bits of a place move up by one.
+void Shuffle(const float* __restrict in, float* __restrict out)
 {
-    for (int x = 0; x < columns; ++x) {
-        for (int v = 0; v < kLanes; ++v) {
-            re[x * kLanes + v] = tile.re[v][x];
-            im[x * kLanes + v] = tile.im[v][x];
-        }
+    for (int i = 0; i < kTile / 2; ++i) {
+        out[2 * i] = in[i];
+        out[2 * i + 1] = in[i + kTile / 2];
+    }
+}
+
+/// Exchanges rows and columns, which are four bits of a place each.
+void Transpose(const float* in, float* out)
+{
+    float once[kTile];
+    float twice[kTile];
+    Shuffle(in, once);
+    Shuffle(once, twice);
+    Shuffle(twice, once);
+    Shuffle(once, out);
+}
+
+/// Writes a part of a tile, its frequencies side by side, column after column.
+void Store(const float (&part)[kLanes][kLanes], int columns, float* out)
+{
+    float turned[kTile];
+    Transpose(part[0], columns == kLanes ? out : turned);
+    if (columns < kLanes) {
+        std::copy_n(turned, columns * kLanes, out);
     }
 }
 
 /// Reads what `Store` wrote; columns that do not exist are 0.
-void Load(const float* __restrict re, const float* __restrict im, int columns, Tile& tile)
+void Load(const float* in, int columns, float (&part)[kLanes][kLanes])
 {
-    for (int x = 0; x < kLanes; ++x) {
-        for (int v = 0; v < kLanes; ++v) {
-            tile.re[v][x] = x < columns ? re[x * kLanes + v] : 0.0F;
-            tile.im[v][x] = x < columns ? im[x * kLanes + v] : 0.0F;
-        }
+    float turned[kTile];
+    if (columns < kLanes) {
+        std::fill(std::copy_n(in, columns * kLanes, turned), turned + kTile, 0.0F);
     }
+    Transpose(columns == kLanes ? in : turned, part[0]);
 }
 
 /// Takes one frequency of two real columns, a and b, from the transform Z of a + i b: with Z' the conjugate of Z at the
@@ -88,16 +109,35 @@ Lanes ImageTransform::BlockAt(float* spectrum, int block) const
 
 void ImageTransform::Forward(const float* image, float* spectrum)
 {
-    ForColumns([&](int x, Lanes data, Lanes scratch) {
-        Gather(image, x, data);
-        Separate(columns_.Forward(data, scratch), x, spectrum);
-    });
-    TransformRows(spectrum, [this](Lanes data, Lanes scratch) { return rows_.Forward(data, scratch); });
+    ForwardColumns(image, spectrum);
+    TransformRows(spectrum, [this](Lanes data, Lanes scratch, std::size_t) { return rows_.Forward(data, scratch); });
 }
 
 void ImageTransform::Inverse(float* spectrum, float* image)
 {
-    TransformRows(spectrum, [this](Lanes data, Lanes scratch) { return rows_.Inverse(data, scratch); });
+    TransformRows(spectrum, [this](Lanes data, Lanes scratch, std::size_t) { return rows_.Inverse(data, scratch); });
+    InverseColumns(spectrum, image);
+}
+
+void ImageTransform::ForwardColumns(const float* image, float* spectrum)
+{
+    ForColumns([&](int x, Lanes data, Lanes scratch) {
+        Gather(image, x, data);
+        Separate(columns_.Forward(data, scratch), x, spectrum);
+    });
+}
+
+void ImageTransform::ChangeRows(float* spectrum, const Change& change)
+{
+    TransformRows(spectrum, [&](Lanes data, Lanes scratch, std::size_t at) {
+        const Lanes frequencies = rows_.Forward(data, scratch);
+        change(frequencies, at);
+        return rows_.Inverse(frequencies, frequencies.re == data.re ? scratch : data);
+    });
+}
+
+void ImageTransform::InverseColumns(float* spectrum, float* image)
+{
     ForColumns([&](int x, Lanes data, Lanes scratch) {
         Join(spectrum, x, data);
         Scatter(columns_.Inverse(data, scratch), x, image);
@@ -126,7 +166,7 @@ void ImageTransform::TransformRows(float* spectrum, Transform transform)
             std::copy_n(block.re, count, work.re);
             std::copy_n(block.im, count, work.im);
         }
-        const Lanes result = transform(fits ? block : work, Work(thread, 1));
+        const Lanes result = transform(fits ? block : work, Work(thread, 1), i * BlockSize());
         if (result.re != block.re) {
             std::copy_n(result.re, count, block.re);
             std::copy_n(result.im, count, block.im);
@@ -142,25 +182,34 @@ void ImageTransform::Gather(const float* image, int x, Lanes columns) const
     const int imaginaries = ColumnsFrom(x + kLanes, width_);
     for (int y = 0; y < height_; ++y) {
         const float* row = image + static_cast<std::size_t>(y) * width_ + x;
-        float* re = columns.re + static_cast<std::size_t>(y) * kLanes;
-        float* im = columns.im + static_cast<std::size_t>(y) * kLanes;
-        std::fill(std::copy_n(row, reals, re), re + kLanes, 0.0F);
-        std::fill(imaginaries > 0 ? std::copy_n(row + kLanes, imaginaries, im) : im, im + kLanes, 0.0F);
+        const Lanes to = At(columns, y);
+        if (imaginaries == kLanes) { // a number that the compiler knows
+            std::copy_n(row, kLanes, to.re);
+            std::copy_n(row + kLanes, kLanes, to.im);
+        } else {
+            std::fill(std::copy_n(row, reals, to.re), to.re + kLanes, 0.0F);
+            std::fill(imaginaries > 0 ? std::copy_n(row + kLanes, imaginaries, to.im) : to.im, to.im + kLanes, 0.0F);
+        }
     }
 }
 
 void ImageTransform::Scatter(Lanes columns, int x, float* image) const
 {
     const auto scale = static_cast<float>(1.0 / (static_cast<double>(width_) * height_));
+    const auto scaled = [=](float v) { return v * scale; };
     const int reals = ColumnsFrom(x, width_);
     const int imaginaries = ColumnsFrom(x + kLanes, width_);
     for (int y = 0; y < height_; ++y) {
         float* row = image + static_cast<std::size_t>(y) * width_ + x;
-        const float* re = columns.re + static_cast<std::size_t>(y) * kLanes;
-        const float* im = columns.im + static_cast<std::size_t>(y) * kLanes;
-        std::transform(re, re + reals, row, [=](float v) { return v * scale; });
-        if (imaginaries > 0) {
-            std::transform(im, im + imaginaries, row + kLanes, [=](float v) { return v * scale; });
+        const Lanes from = At(columns, y);
+        if (imaginaries == kLanes) {
+            std::transform(from.re, from.re + kLanes, row, scaled);
+            std::transform(from.im, from.im + kLanes, row + kLanes, scaled);
+        } else {
+            std::transform(from.re, from.re + reals, row, scaled);
+            if (imaginaries > 0) {
+                std::transform(from.im, from.im + imaginaries, row + kLanes, scaled);
+            }
         }
     }
 }
@@ -169,16 +218,21 @@ void ImageTransform::Scatter(Lanes columns, int x, float* image) const
 void ImageTransform::Separate(Lanes columns, int x, float* spectrum) const
 {
     for (int block = 0; block < blocks_; ++block) {
-        Tile a{};
-        Tile b{};
         const int first = block * kLanes;
+        Tile a;
+        Tile b;
+        if (Frequencies() < first + kLanes) {
+            a = b = {};
+        }
         for (int v = first; v < std::min(first + kLanes, Frequencies()); ++v) {
             Split(At(columns, v), At(columns, Opposite(v)), v - first, a, b);
         }
         const Lanes target = BlockAt(spectrum, block) + static_cast<std::ptrdiff_t>(x) * kLanes;
-        const Lanes next = target + kLanes * kLanes;
-        Store(a, ColumnsFrom(x, width_), target.re, target.im);
-        Store(b, ColumnsFrom(x + kLanes, width_), next.re, next.im);
+        const Lanes next = target + kTile;
+        Store(a.re, ColumnsFrom(x, width_), target.re);
+        Store(a.im, ColumnsFrom(x, width_), target.im);
+        Store(b.re, ColumnsFrom(x + kLanes, width_), next.re);
+        Store(b.im, ColumnsFrom(x + kLanes, width_), next.im);
     }
 }
 
@@ -189,8 +243,10 @@ void ImageTransform::Join(const float* spectrum, int x, Lanes columns) const
         const float* im = re + ImaginaryOffset();
         Tile a;
         Tile b;
-        Load(re, im, ColumnsFrom(x, width_), a);
-        Load(re + kLanes * kLanes, im + kLanes * kLanes, ColumnsFrom(x + kLanes, width_), b);
+        Load(re, ColumnsFrom(x, width_), a.re);
+        Load(im, ColumnsFrom(x, width_), a.im);
+        Load(re + kTile, ColumnsFrom(x + kLanes, width_), b.re);
+        Load(im + kTile, ColumnsFrom(x + kLanes, width_), b.im);
         const int first = block * kLanes;
         for (int v = first; v < std::min(first + kLanes, Frequencies()); ++v) {
             Unite(a, b, v - first, At(columns, v), At(columns, Opposite(v)));

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <cstddef>
-#include <vector>
+#include <functional>
 
 #include "corvane/core/lane_transform.h"
+#include "corvane/core/work_array.h"
 #include "corvane/platform/export.h"
-#include "corvane/platform/workers.h"
 
 namespace corvane {
 
@@ -33,20 +33,22 @@ public:
         return v / kLanes * BlockSize() + static_cast<std::size_t>(u) * kLanes + v % kLanes;
     }
     std::size_t ImaginaryOffset() const { return static_cast<std::size_t>(width_) * kLanes; }
-    /// Calls visit(re, im, count), with the offsets of its parts, for every block of a spectrum. Threads share the blocks.
-    template <class Visit>
-    void ForEachBlock(Visit visit) const
-    {
-        const auto body = [&](int block) {
-            visit(block * BlockSize(), block * BlockSize() + ImaginaryOffset(), ImaginaryOffset());
-        };
-        platform::ForBlocks(blocks_, threads_, body, [](int) {});
-    }
-
     /// Transforms width * height samples, row by row.
     void Forward(const float* image, float* spectrum);
     /// The way back. The spectrum is lost.
     void Inverse(float* spectrum, float* image);
+
+    /// What is done to a block of a spectrum: its parts, of `ImaginaryOffset` floats each, and where it begins. Threads
+    /// share the blocks.
+    using Change = std::function<void(Lanes block, std::size_t at)>;
+
+    /// @name Forward, a change of the spectrum, and back
+    /// In three steps, of which the second takes each block there and back while it is in a near cache.
+    /// @{
+    void ForwardColumns(const float* image, float* spectrum);
+    void ChangeRows(float* spectrum, const Change& change);
+    void InverseColumns(float* spectrum, float* image);
+    /// @}
 
 private:
     std::size_t BlockSize() const { return 2 * ImaginaryOffset(); }
@@ -74,7 +76,7 @@ private:
     LaneTransform rows_;
     LaneTransform columns_;
     std::size_t room_;
-    std::vector<float> work_;
+    WorkArray work_;
 };
 
 } // namespace corvane

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 
 #include "corvane/core/butterflies.h"
@@ -12,26 +13,46 @@ namespace corvane {
 
 namespace {
 
-template <int radix, bool isTwiddled>
-void Combine(const float* __restrict inRe, const float* __restrict inIm, float* __restrict outRe,
-             float* __restrict outIm, std::ptrdiff_t length, std::ptrdiff_t apart, const float* twiddles)
-{
-    Complex factors[radix] = {};
-    for (int k = 1; k < radix && isTwiddled; ++k) {
-        factors[k] = {twiddles[2 * (k - 1)], twiddles[2 * (k - 1) + 1]};
-    }
-    CORVANE_INDEPENDENT
-    for (std::ptrdiff_t i = 0; i < length; ++i) {
-        Complex in[radix];
-        Complex out[radix];
-        for (int j = 0; j < radix; ++j) {
-            in[j] = {inRe[i + j * apart], inIm[i + j * apart]};
+/// The factors of the results of a butterfly; the first one has none.
+template <int radix>
+struct Twiddles {
+    Twiddles() = default;
+    explicit Twiddles(const float* list)
+    {
+        for (int k = 1; k < radix; ++k) {
+            factors[k] = {list[2 * (k - 1)], list[2 * (k - 1) + 1]};
         }
-        Butterfly<radix>::Apply(in, out);
-        for (int k = 0; k < radix; ++k) {
-            const Complex value = isTwiddled && k > 0 ? out[k] * factors[k] : out[k];
-            outRe[i + k * length] = value.re;
-            outIm[i + k * length] = value.im;
+    }
+
+    Complex factors[radix] = {};
+};
+
+template <int radix>
+Complex Twiddled(const Complex& value, const Twiddles<radix>& twiddles, int k)
+{
+    return k > 0 ? value * twiddles.factors[k] : value;
+}
+
+/// Combines runs of `length` floats that are `apart` from each other. The first group has no twiddles.
+template <int radix, bool isTwiddled>
+void Combine(Lanes in, Lanes out, std::ptrdiff_t length, std::ptrdiff_t apart, const float* list)
+{
+    const Twiddles<radix> twiddles(list);
+    for (std::ptrdiff_t start = 0; start < length; start += kLanes) {
+        CORVANE_INDEPENDENT
+        for (int l = 0; l < kLanes; ++l) {
+            const std::ptrdiff_t i = start + l;
+            Complex from[radix];
+            Complex to[radix];
+            for (int j = 0; j < radix; ++j) {
+                from[j] = {in.re[i + j * apart], in.im[i + j * apart]};
+            }
+            Butterfly<radix>::Apply(from, to);
+            for (int k = 0; k < radix; ++k) {
+                const Complex value = isTwiddled ? Twiddled(to[k], twiddles, k) : to[k];
+                out.re[i + k * length] = value.re;
+                out.im[i + k * length] = value.im;
+            }
         }
     }
 }
@@ -40,11 +61,75 @@ template <int radix>
 void CombineGroups(Lanes in, Lanes out, int groups, std::ptrdiff_t run, const float* twiddles)
 {
     const std::ptrdiff_t apart = groups * run;
+    Combine<radix, false>(in, out, run, apart, twiddles);
+    for (int p = 1; p < groups; ++p) {
+        Combine<radix, true>(in + p * run, out + radix * p * run, run, apart,
+                             twiddles + static_cast<std::ptrdiff_t>(p) * 2 * (radix - 1));
+    }
+}
+
+/// Calls work(0) to work(count - 1), each number a type of its own: a loop about it can be vectorised.
+template <int count, class Work>
+void Unrolled(Work work)
+{
+    [&]<int... kI>(std::integer_sequence<int, kI...>) {
+        (work(std::integral_constant<int, kI>()), ...);
+    }(std::make_integer_sequence<int, count>());
+}
+
+/// What two passes, one after the other, do to a group of the second one.
+template <int radix, int nextRadix, bool isTwiddled>
+void CombineTwice(Lanes in, Lanes out, std::ptrdiff_t length, std::ptrdiff_t apart, std::ptrdiff_t nextApart,
+                  const Twiddles<radix>* twiddles, const Twiddles<nextRadix>& nextTwiddles)
+{
+    for (std::ptrdiff_t start = 0; start < length; start += kLanes) {
+        CORVANE_INDEPENDENT
+        for (int l = 0; l < kLanes; ++l) {
+            const std::ptrdiff_t i = start + l;
+            Complex between[radix][nextRadix];
+            Unrolled<nextRadix>([&](auto next) {
+                Complex from[radix];
+                Complex to[radix];
+                for (int j = 0; j < radix; ++j) {
+                    const std::ptrdiff_t at = i + j * apart + next * nextApart;
+                    from[j] = {in.re[at], in.im[at]};
+                }
+                Butterfly<radix>::Apply(from, to);
+                for (int k = 0; k < radix; ++k) {
+                    between[k][next] = isTwiddled || next > 0 ? Twiddled(to[k], twiddles[next], k) : to[k];
+                }
+            });
+            Unrolled<radix>([&](auto k) {
+                Complex to[nextRadix];
+                Butterfly<nextRadix>::Apply(between[k], to);
+                for (int next = 0; next < nextRadix; ++next) {
+                    const Complex value = isTwiddled ? Twiddled(to[next], nextTwiddles, next) : to[next];
+                    const std::ptrdiff_t at = i + (k + radix * next) * length;
+                    out.re[at] = value.re;
+                    out.im[at] = value.im;
+                }
+            });
+        }
+    }
+}
+
+/// Two passes at once, which saves a way to the cache and back; `groups` are those of the second one.
+template <int radix, int nextRadix>
+void CombineGroupsTwice(Lanes in, Lanes out, int groups, std::ptrdiff_t run, const float* twiddles,
+                        const float* nextTwiddles)
+{
+    constexpr int kOfGroup = 2 * (radix - 1);
+    constexpr int kOfNextGroup = 2 * (nextRadix - 1);
+    const std::ptrdiff_t nextApart = groups * run;
+    const std::ptrdiff_t apart = nextRadix * nextApart;
     for (int p = 0; p < groups; ++p) {
-        const std::ptrdiff_t from = p * run;
-        const auto combine = p == 0 ? Combine<radix, false> : Combine<radix, true>;
-        combine(in.re + from, in.im + from, out.re + radix * from, out.im + radix * from, run, apart,
-                twiddles + static_cast<std::ptrdiff_t>(p) * 2 * (radix - 1));
+        Twiddles<radix> all[nextRadix];
+        for (int next = 0; next < nextRadix; ++next) {
+            all[next] = Twiddles<radix>(twiddles + static_cast<std::ptrdiff_t>(p + next * groups) * kOfGroup);
+        }
+        const Twiddles<nextRadix> nexts(nextTwiddles + static_cast<std::ptrdiff_t>(p) * kOfNextGroup);
+        const auto combine = p == 0 ? CombineTwice<radix, nextRadix, false> : CombineTwice<radix, nextRadix, true>;
+        combine(in + p * run, out + radix * nextRadix * p * run, run, apart, nextApart, all, nexts);
     }
 }
 
@@ -203,28 +288,58 @@ Lanes LaneTransform::Inverse(Lanes data, Lanes scratch) const
 
 Lanes LaneTransform::RunPasses(Lanes data, Lanes scratch) const
 {
-    for (const Pass& pass : passes_) {
-        const std::ptrdiff_t run = static_cast<std::ptrdiff_t>(pass.stride) * kLanes;
-        const float* twiddles = pass.twiddles.data();
-        switch (pass.radix) {
-        case 2:
-            CombineGroups<2>(data, scratch, pass.groups, run, twiddles);
-            break;
-        case 3:
-            CombineGroups<3>(data, scratch, pass.groups, run, twiddles);
-            break;
-        case 4:
-            CombineGroups<4>(data, scratch, pass.groups, run, twiddles);
-            break;
-        case 5:
-            CombineGroups<5>(data, scratch, pass.groups, run, twiddles);
-            break;
-        default:
-            CombinePrimeGroups(data, scratch, *pass.prime, pass.radix, pass.groups, run, twiddles);
+    for (std::size_t i = 0; i < passes_.size(); std::swap(data, scratch)) {
+        const bool hasNext = i + 1 < passes_.size();
+        if (hasNext && RunTwice(passes_[i], passes_[i + 1], data, scratch)) {
+            i += 2;
+        } else {
+            RunOnce(passes_[i++], data, scratch);
         }
-        std::swap(data, scratch);
     }
     return data;
+}
+
+void LaneTransform::RunOnce(const Pass& pass, Lanes data, Lanes scratch)
+{
+    const std::ptrdiff_t run = static_cast<std::ptrdiff_t>(pass.stride) * kLanes;
+    const float* const twiddles = pass.twiddles.data();
+    switch (pass.radix) {
+    case 2:
+        CombineGroups<2>(data, scratch, pass.groups, run, twiddles);
+        break;
+    case 3:
+        CombineGroups<3>(data, scratch, pass.groups, run, twiddles);
+        break;
+    case 4:
+        CombineGroups<4>(data, scratch, pass.groups, run, twiddles);
+        break;
+    case 5:
+        CombineGroups<5>(data, scratch, pass.groups, run, twiddles);
+        break;
+    default:
+        CombinePrimeGroups(data, scratch, *pass.prime, pass.radix, pass.groups, run, twiddles);
+    }
+}
+
+bool LaneTransform::RunTwice(const Pass& pass, const Pass& next, Lanes data, Lanes scratch)
+{
+    const std::ptrdiff_t run = static_cast<std::ptrdiff_t>(pass.stride) * kLanes;
+    const auto combine = [&](auto combineGroupsTwice) {
+        combineGroupsTwice(data, scratch, next.groups, run, pass.twiddles.data(), next.twiddles.data());
+        return true;
+    };
+    switch (100 * pass.radix + next.radix) {
+    case 402:
+        return combine(CombineGroupsTwice<4, 2>);
+    case 404:
+        return combine(CombineGroupsTwice<4, 4>);
+    case 303:
+        return combine(CombineGroupsTwice<3, 3>);
+    case 305:
+        return combine(CombineGroupsTwice<3, 5>);
+    default:
+        return false;
+    }
 }
 
 Lanes LaneTransform::RunChirp(Lanes data, Lanes scratch) const

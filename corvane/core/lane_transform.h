@@ -53,6 +53,9 @@ private:
     void AddPass(int radix, int remaining, int stride);
     void MakeChirp();
     Lanes RunPasses(Lanes data, Lanes scratch) const;
+    static void RunOnce(const Pass& pass, Lanes data, Lanes scratch);
+    /// Both passes at once, where there is a way; else false.
+    static bool RunTwice(const Pass& pass, const Pass& next, Lanes data, Lanes scratch);
     Lanes RunChirp(Lanes data, Lanes scratch) const;
 
     int length_;

@@ -11,9 +11,13 @@
 #include "corvane/core/image_transform.h"
 #include "corvane/core/independent.h"
 #include "corvane/core/memory_budget.h"
+#include "corvane/core/reductions.h"
 #include "corvane/core/run.h"
+#include "corvane/core/walk.h"
+#include "corvane/core/work_array.h"
 #include "corvane/platform/memory.h"
 #include "corvane/platform/memory_exception.h"
+#include "corvane/platform/workers.h"
 #include "corvane/resources/string_table.h"
 #include "corvane/restore/region.h"
 
@@ -46,11 +50,12 @@ double Sum(const std::vector<double>& values)
     return std::accumulate(values.begin(), values.end(), 0.0);
 }
 
-/// The filter for images of one size.
+/// The filter for images of one size. Threads share the rows of an image that is not paged, and all that is done to the
+/// grid.
 class Filter {
 public:
     Filter(int width, int height, int threads)
-        : width_(width), height_(height), transform_(PowerOfTwo(width), PowerOfTwo(height), threads),
+        : width_(width), height_(height), threads_(threads), transform_(PowerOfTwo(width), PowerOfTwo(height), threads),
           samples_(static_cast<std::size_t>(transform_.Width()) * transform_.Height()),
           blur_(transform_.SpectrumSize()), spectrum_(transform_.SpectrumSize())
     {}
@@ -62,47 +67,71 @@ public:
     /// @name The steps for one plane
     /// @{
     void Read(const CStlImage& image, int plane);
-    void Forward() { transform_.Forward(samples_.data(), spectrum_.data()); }
+    void Forward() { transform_.ForwardColumns(samples_.data(), spectrum_.data()); }
     void Divide(double noise);
-    void Inverse() { transform_.Inverse(spectrum_.data(), samples_.data()); }
+    void Inverse() { transform_.InverseColumns(spectrum_.data(), samples_.data()); }
     void Write(CStlImage& image, int plane) const;
     /// @}
 
 private:
+    template <class Work>
+    void ForRows(int first, int end, int threads, Work work) const;
+    int ThreadsFor(const CStlImage& image) const { return MayShareWork(image, {}) ? threads_ : 1; }
     float* Row(int y) { return samples_.data() + static_cast<std::ptrdiff_t>(y) * transform_.Width(); }
     const float* Row(int y) const { return samples_.data() + static_cast<std::ptrdiff_t>(y) * transform_.Width(); }
 
     int width_;
     int height_;
+    int threads_;
     ImageTransform transform_;
-    std::vector<float> samples_;
-    std::vector<float> blur_;
-    std::vector<float> spectrum_;
+    WorkArray samples_;
+    WorkArray blur_;
+    WorkArray spectrum_;
     double mostPower_ = 0.0;
 };
+
+/// Calls work(y) for rows of the grid from `first` to before `end`.
+template <class Work>
+void Filter::ForRows(int first, int end, int threads, Work work) const
+{
+    const RowBlocks blocks(CRect(0, first, transform_.Width(), end));
+    const auto body = [&](int i) {
+        for (int y = blocks[i].first; y < blocks[i].end; ++y) {
+            work(y);
+        }
+    };
+    platform::ForBlocks(blocks.Count(), blocks.Samples() < kFewSamples ? 1 : threads, body, [](int) {});
+}
 
 void Filter::Blur(double sigma)
 {
     const std::vector<double> columns = Profile(transform_.Width(), sigma * kWidth);
     const std::vector<double> rows = Profile(transform_.Height(), sigma * kWidth);
-    for (int y = 0; y < transform_.Height(); ++y) {
+    ForRows(0, transform_.Height(), threads_, [&](int y) {
         std::transform(columns.begin(), columns.end(), Row(y),
-                       [&, height = rows[static_cast<std::size_t>(y)] * kPeak](double column) {
+                       [height = rows[static_cast<std::size_t>(y)] * kPeak](double column) {
                            return static_cast<float>(column * height);
                        });
-    }
+    });
     transform_.Forward(samples_.data(), blur_.data());
 }
 
 void Filter::Measure()
 {
-    const std::size_t count = transform_.ImaginaryOffset();
-    for (std::size_t at = 0; at < blur_.size(); at += 2 * count) {
-        for (std::size_t i = at; i < at + count; ++i) {
-            const double re = blur_[i];
-            const double im = blur_[i + count];
-            mostPower_ = std::max(mostPower_, re * re + im * im);
-        }
+    const auto count = static_cast<int>(transform_.ImaginaryOffset());
+    std::vector<Extremes> powers(blur_.size() / (2 * transform_.ImaginaryOffset()));
+    const auto body = [&](int block) {
+        const float* const re = blur_.data() + static_cast<std::ptrdiff_t>(2) * count * block;
+        const auto powerOf = [=, im = re + count](int i) {
+            const double r = re[i];
+            const double m = im[i];
+            return r * r + m * m;
+        };
+        powers[static_cast<std::size_t>(block)].Add(count, powerOf, [](double) { return false; });
+    };
+    platform::ForBlocks(static_cast<int>(powers.size()), blur_.size() < kFewSamples ? 1 : threads_, body, [](int) {});
+    for (const Extremes& power : powers) {
+        mostPower_ = std::max(mostPower_, power.Max());
     }
 }
 
@@ -111,26 +140,26 @@ void Filter::Read(const CStlImage& image, int plane)
 {
     const DisplayScale scale(image, plane);
     const int gridWidth = transform_.Width();
-    for (int y = 0; y < height_; ++y) {
+    ForRows(0, height_, ThreadsFor(image), [&](int y) {
         const float* in = image.GetImageAdr(0, y, plane, 1);
         float* out = Row(y);
         std::transform(in, in + width_, out, [=](float v) { return static_cast<float>(scale.To256(v)); });
         std::reverse_copy(out + 2 * width_ - gridWidth, out + width_, out + width_);
-    }
-    for (int y = height_; y < transform_.Height(); ++y) {
-        std::copy_n(Row(2 * height_ - 1 - y), gridWidth, Row(y));
-    }
+    });
+    ForRows(height_, transform_.Height(), threads_,
+            [&](int y) { std::copy_n(Row(2 * height_ - 1 - y), gridWidth, Row(y)); });
 }
 
 /// Multiplies by conj(H) / (|H|^2 + K).
 void Filter::Divide(double noise)
 {
     const double constant = mostPower_ * noise;
-    transform_.ForEachBlock([&](std::size_t atRe, std::size_t atIm, std::size_t count) {
-        float* re = spectrum_.data() + atRe;
-        float* im = spectrum_.data() + atIm;
-        const float* blurRe = blur_.data() + atRe;
-        const float* blurIm = blur_.data() + atIm;
+    const std::size_t count = transform_.ImaginaryOffset();
+    transform_.ChangeRows(spectrum_.data(), [&](Lanes block, std::size_t at) {
+        float* const re = block.re;
+        float* const im = block.im;
+        const float* const blurRe = blur_.data() + at;
+        const float* const blurIm = blurRe + count;
         CORVANE_INDEPENDENT
         for (std::size_t i = 0; i < count; ++i) {
             const double hr = blurRe[i];
@@ -147,11 +176,11 @@ void Filter::Divide(double noise)
 void Filter::Write(CStlImage& image, int plane) const
 {
     const DisplayScale scale(image, plane);
-    for (int y = 0; y < height_; ++y) {
+    ForRows(0, height_, ThreadsFor(image), [&](int y) {
         const float* in = Row(y);
         std::transform(in, in + width_, image.GetImageAdr(0, y, plane),
                        [=](float v) { return static_cast<float>(v * scale.range * kPer255 + scale.min); });
-    }
+    });
 }
 
 /// The area as an image of its own, with the levels of the whole.
@@ -225,15 +254,18 @@ void CImgWiener::Do(double sigma, double noise, const CRect* rect, const Run& ru
     if (area.IsEmpty() || GetImageSize() == 0) {
         return;
     }
-    if (!IsToBeHad(WienerBytes(area.width, area.height, area.isWhole ? 0 : GetPlanes()))) {
+    const bool isInPlace = area.isWhole && !run.cancelled;
+    if (!IsToBeHad(WienerBytes(area.width, area.height, isInPlace ? 0 : GetPlanes()))) {
         AfxThrowMemoryException();
     }
-    const std::unique_ptr<CStlImage> part = area.isWhole ? nullptr : CutOut(*this, area, run);
+    const std::unique_ptr<CStlImage> part = isInPlace      ? nullptr
+                                            : area.isWhole ? std::make_unique<CStlImage>(*this)
+                                                           : CutOut(*this, area, run);
     const Reservation reservation(static_cast<std::uint64_t>(WienerBytes(area.width, area.height, 0)));
     Filter filter(area.width, area.height, run.Threads());
     Stage stage(run, IDS_WIENER, GetPlanes() * kStepsOfPlane);
-    FilterPlanes(filter, sigma, noise, area.isWhole ? *this : *part, stage);
-    if (!area.isWhole) {
+    FilterPlanes(filter, sigma, noise, isInPlace ? *this : *part, stage);
+    if (!isInPlace) {
         PixelBlt(area.left, area.top, area.width, area.height, *part, 0, 0, 0);
     }
 }

@@ -8,8 +8,8 @@ namespace corvane {
 /// The factor by which `CImgWiener::Do` makes an image of a size fainter, noise 0: the sum of its blur.
 CORVANE_API double WienerGain(double sigma, int width, int height);
 
-/// Bytes that `CImgWiener::Do` takes at most, for a region of an image that has so many planes; 0 for the whole image,
-/// which it works on in place.
+/// Bytes that `CImgWiener::Do` takes at most, for a region of an image that has so many planes; 0 for the whole image
+/// and a run that cannot be cancelled, when it works in place.
 CORVANE_API double WienerBytes(int width, int height, int planes);
 
 } // namespace corvane
@@ -34,6 +34,6 @@ public:
     ///
     /// Reports its steps; ESC is ignored. 1 on success; 0, with the image unchanged, when there is no room.
     int Do(double sigma, double noise, CRect* rect, int showProgress);
-    /// The same, as a part of a run. Throws CMemoryException when there is no room. Cancelled, it leaves planes done.
+    /// The same, as a part of a run. Throws CMemoryException when there is no room. Cancelled, it leaves the image as it is.
     void Do(double sigma, double noise, const CRect* rect, const corvane::Run& run);
 };
