@@ -94,9 +94,9 @@ void CheckRestorable(const CStlImage& image, const CRect* rect, BytesOfRegion by
     }
 }
 
-double MeasureStarSigma(const CStlImage& image)
+double MeasureStarSigma(const CStlImage& image, const Run& run)
 {
-    const double fwhm = stars::FindFieldStars(image, stars::StarPlane(image), {.sigmas = kClearStar}).fwhm;
+    const double fwhm = stars::FindFieldStars(image, stars::StarPlane(image), {.sigmas = kClearStar}, run).fwhm;
     if (fwhm == 0.0) {
         throw ParameterError("fwhm", "auto", "there is no star to measure; give sigma or fwhm");
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/restore/region.h"
 #include "io/frame.h"
 
@@ -14,8 +15,8 @@ using BytesOfRegion = double (*)(int width, int height, int planes);
 void CheckRestorable(const CStlImage& image, const CRect* rect, BytesOfRegion bytesOf = RestorationBytes);
 
 /// The blur of an image as its clear stars show it [pixels, as the sigma of a Gaussian], by the star finder's width. Throws
-/// Error when there are none.
-CORVANE_VISIBLE double MeasureStarSigma(const CStlImage& image);
+/// Error when there are none, and Cancelled.
+CORVANE_VISIBLE double MeasureStarSigma(const CStlImage& image, const Run& run = {});
 
 /// The noise from sample to sample [raw units], from the median difference of neighbours, so that neither stars nor a
 /// sky that is uneven count; of several planes that of the noisiest.

@@ -37,7 +37,7 @@ double SigmaOf(const Arguments& arguments, const CStlImage& image, const Run& ru
     if (arguments.Has("fwhm") && !arguments.IsWord("fwhm")) {
         return arguments.Number("fwhm") / kFwhmOfSigma;
     }
-    const double sigma = MeasureStarSigma(image);
+    const double sigma = MeasureStarSigma(image, {.cancelled = run.cancelled, .threads = run.threads});
     Tell(run, "FWHM of the stars", sigma * kFwhmOfSigma, "pixels");
     if (sigma < kLeastSigma || sigma > kMostSigma) {
         throw ParameterError("fwhm", "auto",
@@ -70,6 +70,23 @@ void ThrowUnlessDone(Restored end)
     }
 }
 
+/// A frame's image as one of the interface's classes; the frame has it back however the work ends.
+template <class Image>
+class Lent {
+public:
+    explicit Lent(io::Frame& frame) : frame_(frame) { image_.Swap(&frame_.image); }
+    ~Lent() { image_.Swap(&frame_.image); }
+    Lent(const Lent&) = delete;
+    Lent& operator=(const Lent&) = delete;
+
+    Image& operator*() { return image_; }
+    Image* operator->() { return &image_; }
+
+private:
+    io::Frame& frame_;
+    Image image_;
+};
+
 void RunLucy(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     const CRect* const rect = arguments.Rectangle("rect");
@@ -79,10 +96,8 @@ void RunLucy(io::Frame& frame, const Arguments& arguments, const Run& run)
     const double noise = arguments.Has("read-noise") ? arguments.Number("read-noise") : ReadNoiseOf(frame.header);
     Tell(run, "gain", gain, "electrons per count");
     Tell(run, "read-out noise", noise, "electrons");
-    CImgLucy image;
-    image.Swap(&frame.image);
-    ThrowUnlessDone(image.Do(sigma, gain, noise, arguments.Whole("iterations"), rect, run));
-    image.Swap(&frame.image);
+    Lent<CImgLucy> image(frame);
+    ThrowUnlessDone(image->Do(sigma, gain, noise, arguments.Whole("iterations"), rect, run));
 }
 
 /// Moves the reference pixel with samples that moved half a pixel to the left and upwards.
@@ -105,13 +120,11 @@ void RunMaxent(io::Frame& frame, const Arguments& arguments, const Run& run)
         throw InputError("image", "shows no noise to measure; give noise");
     }
     const bool isOnGrid = arguments.Flag("resample") || rect != nullptr;
-    CImgMem image;
-    image.Swap(&frame.image);
-    ThrowUnlessDone(image.Do(sigma, noise, arguments.Whole("iterations"), rect, isOnGrid, run));
+    Lent<CImgMem> image(frame);
+    ThrowUnlessDone(image->Do(sigma, noise, arguments.Whole("iterations"), rect, isOnGrid, run));
     if (!isOnGrid) {
-        MoveReferencePixel(image);
+        MoveReferencePixel(*image);
     }
-    image.Swap(&frame.image);
 }
 
 /// Multiplies the samples inside an area.
@@ -159,15 +172,13 @@ void RunWiener(io::Frame& frame, const Arguments& arguments, const Run& run)
     CheckRestorable(frame.image, rect, WienerBytes);
     const double sigma = SigmaOf(arguments, frame.image, run) * kSqrt2; // of which the filter takes 0.7071
     const double noise = arguments.Number("noise");
-    CImgWiener image;
-    image.Swap(&frame.image);
-    const CRect area = rect != nullptr ? *rect : CRect(0, 0, image.GetWidth(), image.GetHeight());
+    Lent<CImgWiener> image(frame);
+    const CRect area = rect != nullptr ? *rect : CRect(0, 0, image->GetWidth(), image->GetHeight());
     {
-        const PlainLevels levels(image);
-        image.Do(sigma, noise, rect, run);
+        const PlainLevels levels(*image);
+        image->Do(sigma, noise, rect, run);
     }
-    Multiply(image, area, WienerGain(sigma, area.Width(), area.Height()) * (1.0 + noise));
-    image.Swap(&frame.image);
+    Multiply(*image, area, WienerGain(sigma, area.Width(), area.Height()) * (1.0 + noise));
 }
 
 Parameter SigmaParameter()

@@ -27,16 +27,13 @@ public:
     void Write(float* data) const { grid_.Take(estimate_.data(), data); }
 
 private:
-    void MaskNegatives();
     void Start();
     void MakeSensitivity();
     LucyEnd Iterate(int iteration);
     void Correct();
     LucyIteration Advance(int iteration);
-    std::vector<LucyIteration::Negative> RemoveNegatives();
-    double FindFactor(double least, double most) const;
-    void Move(double factor);
-    double ReducedChiSquare(double from, double to);
+    std::vector<LucyIteration::Negative> RemoveNegatives(Samples& step);
+    double FindFactor(double least, double most, Slope slope);
     double LeastSample() const;
     LucyStart Beginning() const;
     RestoreState State(int iteration) const { return {plane_, iteration, job_.iterations, chiSquare_}; }
@@ -46,34 +43,35 @@ private:
     RestoreProgress progress_;
     int plane_;
     Grid grid_;
-    double noise_; ///< the read-out noise as a variance in raw units, times the gain
     Convolver convolver_;
-    std::vector<float> data_;
-    std::vector<float> weight_;
-    std::vector<float> sensitivity_;
-    std::vector<float> estimate_;
-    std::vector<float> model_; ///< the estimate, convolved
-    std::vector<float> step_;
-    std::vector<float> modelStep_;
-    std::vector<float> previousStep_;
-    std::vector<float> previousModelStep_;
+    LucyRows rows_;
+    Samples sensitivity_;
+    Samples estimate_;
+    Samples model_; ///< the estimate, convolved
+    Samples step_;
+    Samples modelStep_;
+    Samples previousStep_;
+    Samples previousModelStep_;
+    bool isBelowZero_ = true; ///< samples of the estimate may be
     double chiSquare_ = 0.0;
 };
 
 LucyEngine::LucyEngine(const float* data, const LucyJob& job, const Run& run, int plane)
     : job_(job), run_(run), progress_(run), plane_(plane), grid_(job.width, job.height, job.psfWidth, job.psfHeight),
-      noise_(job.readNoise * job.readNoise / job.gain), convolver_(grid_.Width(), grid_.Height(), run.Threads()),
-      data_(grid_.Size()), weight_(grid_.Size()), sensitivity_(grid_.Size()), estimate_(grid_.Size()),
-      model_(grid_.Size()), step_(grid_.Size()), modelStep_(grid_.Size()), previousStep_(grid_.Size()),
-      previousModelStep_(grid_.Size())
+      convolver_(grid_.Width(), grid_.Height(), run.Threads()),
+      rows_(grid_.Size(), job.gain, job.readNoise, run.Threads()), sensitivity_(grid_.Size()),
+      estimate_(grid_.Size(), 0.0F), model_(grid_.Size()), step_(grid_.Size(), 0.0F), modelStep_(grid_.Size()),
+      previousStep_(grid_.Size()), previousModelStep_(grid_.Size())
 {
-    grid_.Place(data, data_.data());
-    grid_.Fill(1.0F, weight_.data());
+    grid_.Place(data, rows_.data.data());
+    grid_.Fill(1.0F, rows_.weight.data());
 }
 
 Restored LucyEngine::Restore()
 {
-    MaskNegatives();
+    if (job_.threshold > 0.0) {
+        rows_.LeaveOut(LeastSample());
+    }
     Start();
     run_.Tell(Beginning());
     LucyEnd end = LucyEnd::kNone;
@@ -86,18 +84,8 @@ Restored LucyEngine::Restore()
 /// Below which noise alone does not carry a sample.
 double LucyEngine::LeastSample() const
 {
-    const double variance = noise_ / job_.gain;
+    const double variance = job_.readNoise * job_.readNoise / job_.gain / job_.gain;
     return variance >= 0.0 ? -std::sqrt(variance) * job_.threshold : 0.0;
-}
-
-/// Leaves out samples that are too far below 0.
-void LucyEngine::MaskNegatives()
-{
-    if (job_.threshold > 0.0) {
-        Fill(weight_, [least = LeastSample(), d = data_.data(), w = weight_.data()](std::size_t i) {
-            return d[i] < least ? 0.0F : w[i];
-        });
-    }
 }
 
 /// The first estimate, the transfer function, sensitivity and model.
@@ -105,10 +93,10 @@ void LucyEngine::Start()
 {
     progress_.Open(plane_ == 0 ? IDS_LUCY_INIT : IDS_LUCY_INIT_PLANES, plane_);
     progress_.Reach(5.0);
+    const double mean = rows_.Mean();
     if (job_.initial != nullptr) {
         grid_.Place(job_.initial, estimate_.data());
     } else {
-        const double mean = WeightedMean(data_, weight_);
         grid_.Fill(static_cast<float>(mean >= 0.0 ? mean : 1.0), estimate_.data());
     }
     Grid(job_.psfWidth, job_.psfHeight, job_.width, job_.height).Place(job_.psf, step_.data());
@@ -118,13 +106,15 @@ void LucyEngine::Start()
     progress_.Reach(10.0);
     MakeSensitivity();
     convolver_.Convolve(estimate_.data(), model_.data(), progress_.Between(30.0, 90.0));
-    chiSquare_ = ReducedChiSquare(90.0, 100.0);
+    progress_.Reach(90.0);
+    chiSquare_ = rows_.ReducedChiSquare(model_);
+    progress_.Reach(100.0);
 }
 
 LucyStart LucyEngine::Beginning() const
 {
     return {.state = State(0),
-            .data = data_.data() + grid_.Top() * static_cast<std::ptrdiff_t>(grid_.Width()) + grid_.Left(),
+            .data = rows_.data.data() + grid_.Top() * static_cast<std::ptrdiff_t>(grid_.Width()) + grid_.Left(),
             .stride = grid_.Width(),
             .width = job_.width,
             .height = job_.height,
@@ -137,7 +127,7 @@ LucyStart LucyEngine::Beginning() const
 /// How much of what each sample sends out is seen.
 void LucyEngine::MakeSensitivity()
 {
-    convolver_.Correlate(weight_.data(), sensitivity_.data(), progress_.Between(10.0, 30.0));
+    convolver_.Correlate(rows_.weight.data(), sensitivity_.data(), progress_.Between(10.0, 30.0));
     const double least = kLeastSensitivity * *std::max_element(sensitivity_.begin(), sensitivity_.end());
     for (std::size_t i = 0; i < sensitivity_.size(); ++i) {
         const bool isSeen = sensitivity_[i] >= least;
@@ -153,13 +143,19 @@ LucyEnd LucyEngine::Iterate(int iteration)
     Correct();
     LucyIteration done;
     if (job_.mode == LucyMode::kPlain) {
-        Move(1.0);
+        rows_.Move(1.0, step_, estimate_);
         convolver_.Convolve(estimate_.data(), model_.data(), progress_.Between(40.0, 80.0));
+        progress_.Reach(80.0);
+        chiSquare_ = rows_.ReducedChiSquare(model_);
     } else {
         convolver_.Convolve(step_.data(), modelStep_.data(), progress_.Between(40.0, 80.0));
         done = Advance(iteration);
+        progress_.Reach(80.0);
+        chiSquare_ = rows_.MoveModel(done.factor, modelStep_, model_);
+        step_.swap(previousStep_);
+        modelStep_.swap(previousModelStep_);
     }
-    chiSquare_ = ReducedChiSquare(80.0, 100.0);
+    progress_.Reach(100.0);
     done.state = State(iteration);
     done.target = job_.target;
     done.end = std::isnan(chiSquare_)      ? LucyEnd::kNotANumber
@@ -172,60 +168,60 @@ LucyEnd LucyEngine::Iterate(int iteration)
 /// Makes the step from the correction factor.
 void LucyEngine::Correct()
 {
-    Ratios(data_, model_, weight_, noise_, step_);
+    rows_.Ratios(model_, step_);
     convolver_.Correlate(step_.data(), step_.data(), progress_.Between(0.0, 40.0));
-    ToSteps(estimate_, sensitivity_, step_);
+    rows_.ToSteps(estimate_, sensitivity_, step_);
 }
 
-/// Moves the estimate along the step, combined with the one before from the second iteration on.
+/// Moves estimate and model along the step, or along a direction made of it and of the one before, from the second
+/// iteration on.
 LucyIteration LucyEngine::Advance(int iteration)
 {
-    const bool isCombined = job_.mode == LucyMode::kTurbo && iteration >= 2;
-    if (isCombined) {
-        const double share = DirectionShare(previousModelStep_, modelStep_, model_, weight_, noise_, job_.gain);
-        Combine(share, step_, previousStep_);
-        Combine(share, modelStep_, previousModelStep_);
-    }
     LucyIteration done;
-    done.negatives = RemoveNegatives();
-    StepLimits limits = LimitsOf(estimate_, step_);
+    const bool isCombined = job_.mode == LucyMode::kTurbo && iteration >= 2;
+    double share = 0.0;
+    StepLimits limits{};
+    if (isCombined) {
+        share = rows_.DirectionShare(previousModelStep_, modelStep_, model_);
+        limits = rows_.Combine(share, step_, estimate_, previousStep_);
+    }
+    done.negatives = RemoveNegatives(isCombined ? previousStep_ : step_);
     const bool isTurbo = isCombined && limits.most >= 1.0;
-    if (isCombined && !isTurbo) { // back to the plain step, which is where the direction before was
+    Slope slope{};
+    if (isTurbo) {
+        slope = rows_.CombinedSlope(share, model_, modelStep_, previousModelStep_);
         step_.swap(previousStep_);
         modelStep_.swap(previousModelStep_);
-        limits = LimitsOf(estimate_, step_);
+    } else {
+        limits = rows_.LimitsOf(estimate_, step_);
+        slope = rows_.SlopeAt(model_, modelStep_, 1.0);
     }
     done.mode = isTurbo ? LucyMode::kTurbo : LucyMode::kAccelerated;
     done.least = isTurbo ? limits.least : 1.0;
     done.most = limits.most;
-    done.factor = FindFactor(done.least, done.most);
-    Move(done.factor);
-    if (job_.mode == LucyMode::kTurbo) {
-        previousStep_.swap(step_);
-        previousModelStep_.swap(modelStep_);
-    }
+    done.factor = FindFactor(done.least, done.most, slope);
+    isBelowZero_ = rows_.Move(done.factor, step_, estimate_);
     return done;
 }
 
-std::vector<LucyIteration::Negative> LucyEngine::RemoveNegatives()
+std::vector<LucyIteration::Negative> LucyEngine::RemoveNegatives(Samples& step)
 {
     std::vector<LucyIteration::Negative> negatives;
-    for (std::size_t i = 0; i < estimate_.size(); ++i) {
+    for (std::size_t i = 0; i < estimate_.size() && isBelowZero_; ++i) {
         if (estimate_[i] < 0.0F) {
             negatives.push_back({i, estimate_[i]});
             estimate_[i] = 0.0F;
-            step_[i] = 0.0F;
+            step[i] = 0.0F;
         }
     }
     return negatives;
 }
 
-/// The multiple of the step of greatest likelihood, by Newton's rule, within limits.
-double LucyEngine::FindFactor(double least, double most) const
+/// The multiple of the step of greatest likelihood, by Newton's rule, within limits. `slope` is that of the whole step.
+double LucyEngine::FindFactor(double least, double most, Slope slope)
 {
     double factor = 1.0;
-    for (int round = 0; round < kLineRounds; ++round) {
-        const Slope slope = LikelihoodSlope(data_, model_, modelStep_, weight_, noise_, factor);
+    for (int round = 1; round <= kLineRounds; ++round) {
         const double newton = slope.first / slope.second;
         if (std::isnan(newton)) { // a step of zeros
             break;
@@ -233,25 +229,12 @@ double LucyEngine::FindFactor(double least, double most) const
         const double target = factor + newton;
         const double move = target >= most ? (most - factor) * 0.5 : target <= least ? (least - factor) * 0.5 : newton;
         factor += move;
-        if (!(std::fabs(move) > kLineTolerance)) {
+        if (!(std::fabs(move) > kLineTolerance) || round == kLineRounds) {
             break;
         }
+        slope = rows_.SlopeAt(model_, modelStep_, factor);
     }
     return factor;
-}
-
-void LucyEngine::Move(double factor)
-{
-    AddMultiple(factor, step_, estimate_);
-    AddMultiple(factor, modelStep_, model_);
-}
-
-double LucyEngine::ReducedChiSquare(double from, double to)
-{
-    progress_.Reach(from);
-    const double chiSquare = corvane::ReducedChiSquare(data_, model_, weight_, job_.gain, job_.readNoise);
-    progress_.Reach(to);
-    return chiSquare;
 }
 
 } // namespace

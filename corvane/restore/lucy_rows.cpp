@@ -1,11 +1,9 @@
 #include "corvane/restore/lucy_rows.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <atomic>
 #include <limits>
-
-#include "corvane/core/reductions.h"
-#include "corvane/restore/samples.h"
+#include <vector>
 
 namespace corvane {
 
@@ -15,132 +13,195 @@ constexpr double kUnlimited = std::numeric_limits<double>::infinity();
 constexpr double kMostFactor = 100.0; // where no step would take the estimate below 0
 constexpr double kLeastFactor = -100.0;
 
-} // namespace
-
-double WeightedMean(const Samples& data, const Samples& weight)
+/// Limits from -kUnlimited to kUnlimited, for the samples of a block.
+template <class StepAt>
+StepLimits LimitsOfBlock(const float* estimate, std::size_t first, std::size_t end, StepAt stepAt)
 {
-    const float* d = data.data();
-    const float* w = weight.data();
-    const auto [sum, weights] = SumOver<2>(data.size(), [=](std::size_t i, double* term) {
-        term[0] = static_cast<double>(d[i]) * w[i];
-        term[1] = w[i];
-    });
-    return sum / weights;
-}
-
-void Ratios(const Samples& data, const Samples& model, const Samples& weight, double noise, Samples& ratios)
-{
-    const float* d = data.data();
-    const float* m = model.data();
-    const float* w = weight.data();
-    Fill(ratios, [=](std::size_t i) {
-        const double predicted = m[i] + noise;
-        return (d[i] + noise) / (predicted == 0.0 ? 1.0 : predicted) * w[i];
-    });
-}
-
-void ToSteps(const Samples& estimate, const Samples& sensitivity, Samples& steps)
-{
-    const float* e = estimate.data();
-    const float* s = sensitivity.data();
-    const float* ratio = steps.data();
-    Fill(steps, [=](std::size_t i) {
-        const double now = e[i];
-        return now * (ratio[i] / static_cast<double>(s[i])) - now;
-    });
-}
-
-double DirectionShare(const Samples& previous, const Samples& current, const Samples& model, const Samples& weight,
-                      double noise, double gain)
-{
-    const float* p = previous.data();
-    const float* c = current.data();
-    const float* m = model.data();
-    const float* w = weight.data();
-    const auto [cross, square] = SumOver<2>(previous.size(), [=](std::size_t i, double* term) {
-        const double variance = m[i] + noise;
-        const double curvature = static_cast<double>(w[i]) * w[i] * gain / (variance > 0.0 ? variance : 1.0);
-        term[0] = curvature * p[i] * c[i];
-        term[1] = curvature * p[i] * p[i];
-    });
-    return square > 0.0 ? -cross / square : 0.0;
-}
-
-void Combine(double share, Samples& direction, Samples& previous)
-{
-    float* d = direction.data();
-    float* p = previous.data();
-    const std::size_t count = direction.size();
-    for (std::size_t i = 0; i < count; ++i) {
-        const float plain = d[i];
-        d[i] = static_cast<float>(plain + share * p[i]);
-        p[i] = plain;
-    }
-}
-
-StepLimits LimitsOf(const Samples& estimate, const Samples& step)
-{
-    constexpr std::size_t kLanes = 16;
-    const float* e = estimate.data();
-    const float* s = step.data();
-    double least[kLanes];
-    double most[kLanes];
-    std::fill_n(least, kLanes, -kUnlimited);
-    std::fill_n(most, kLanes, kUnlimited);
-    for (std::size_t i = 0; i < step.size(); i += kLanes) {
-        const std::size_t lanes = std::min(kLanes, step.size() - i);
-        for (std::size_t l = 0; l < lanes; ++l) {
-            const double change = s[i + l];
-            const double factor = -static_cast<double>(e[i + l]) / change;
+    constexpr std::size_t kAbreast = 16;
+    double least[kAbreast];
+    double most[kAbreast];
+    std::fill_n(least, kAbreast, -kUnlimited);
+    std::fill_n(most, kAbreast, kUnlimited);
+    for (std::size_t i = first; i < end; i += kAbreast) {
+        const std::size_t count = std::min(kAbreast, end - i);
+        CORVANE_INDEPENDENT
+        for (std::size_t l = 0; l < count; ++l) {
+            const double change = stepAt(i + l);
+            const double factor = -static_cast<double>(estimate[i + l]) / change;
             most[l] = change < 0.0 ? std::min(most[l], factor) : most[l];
             least[l] = change > 0.0 ? std::max(least[l], factor) : least[l];
         }
     }
-    const double greatest = *std::max_element(least, least + kLanes);
-    const double smallest = *std::min_element(most, most + kLanes);
-    return {greatest == -kUnlimited ? kLeastFactor : greatest, smallest == kUnlimited ? kMostFactor : smallest};
+    return {*std::max_element(least, least + kAbreast), *std::min_element(most, most + kAbreast)};
 }
 
-Slope LikelihoodSlope(const Samples& data, const Samples& model, const Samples& modelStep, const Samples& weight,
-                      double noise, double factor)
+template <class StepAt>
+StepLimits FindLimits(const SampleLoops& loops, const Samples& estimate, StepAt stepAt)
 {
-    const float* d = data.data();
-    const float* m = model.data();
-    const float* s = modelStep.data();
-    const float* weights = weight.data();
-    const auto [first, second] = SumOver<2>(data.size(), [=](std::size_t i, double* term) {
-        const double w = weights[i];
-        const double observed = d[i] * w + noise;
-        const double predicted = (m[i] + factor * s[i]) * w + noise;
-        const double change = w * s[i];
-        const double perPredicted = 1.0 / predicted;
-        term[0] = w > 0.0 ? (observed * perPredicted - 1.0) * change : 0.0;
-        term[1] = w > 0.0 ? change * perPredicted * (change * perPredicted) * observed : 0.0;
+    std::vector<StepLimits> limits(static_cast<std::size_t>(loops.Blocks()));
+    loops.ForBlocks([&](std::size_t first, std::size_t end, int block) {
+        limits[static_cast<std::size_t>(block)] = LimitsOfBlock(estimate.data(), first, end, stepAt);
+    });
+    StepLimits all{-kUnlimited, kUnlimited};
+    for (const StepLimits& block : limits) {
+        all = {std::max(all.least, block.least), std::min(all.most, block.most)};
+    }
+    return {all.least == -kUnlimited ? kLeastFactor : all.least, all.most == kUnlimited ? kMostFactor : all.most};
+}
+
+} // namespace
+
+LucyRows::LucyRows(std::size_t count, double gain, double readNoise, int threads)
+    : data(count, 0.0F), weight(count, 0.0F), gain_(gain), readNoise_(readNoise), noise_(readNoise * readNoise / gain),
+      loops_(count, threads)
+{}
+
+/// Calls work(weightOf), where weightOf(i) is known to be 1 when all weights are.
+template <class Work>
+auto LucyRows::WithWeights(Work work) const
+{
+    return isEven_ ? work([](std::size_t) { return 1.0F; }) : work([w = weight.data()](std::size_t i) { return w[i]; });
+}
+
+void LucyRows::LeaveOut(double least)
+{
+    loops_.Fill(weight, [=, d = data.data(), w = weight.data()](std::size_t i) { return d[i] < least ? 0.0F : w[i]; });
+}
+
+double LucyRows::Mean()
+{
+    const auto [sum, weights] = loops_.Sum<2>([d = data.data(), w = weight.data()](std::size_t i, double* term) {
+        term[0] = static_cast<double>(d[i]) * w[i];
+        term[1] = w[i];
+    });
+    isEven_ = weights == static_cast<double>(data.size());
+    return sum / weights;
+}
+
+void LucyRows::Ratios(const Samples& model, Samples& ratios) const
+{
+    WithWeights([&](auto weightOf) {
+        loops_.Fill(ratios, [=, noise = noise_, d = data.data(), m = model.data()](std::size_t i) {
+            const double predicted = m[i] + noise;
+            return (d[i] + noise) / (predicted == 0.0 ? 1.0 : predicted) * weightOf(i);
+        });
+    });
+}
+
+void LucyRows::ToSteps(const Samples& estimate, const Samples& sensitivity, Samples& steps) const
+{
+    loops_.Fill(steps, [e = estimate.data(), s = sensitivity.data(), ratio = steps.data()](std::size_t i) {
+        const double present = e[i];
+        return present * (ratio[i] / static_cast<double>(s[i])) - present;
+    });
+}
+
+double LucyRows::DirectionShare(const Samples& previous, const Samples& current, const Samples& model)
+{
+    const auto [cross, square] = WithWeights([&](auto weightOf) {
+        return loops_.Sum<2>([=, gain = gain_, noise = noise_, p = previous.data(), c = current.data(),
+                              m = model.data()](std::size_t i, double* term) {
+            const double w = weightOf(i);
+            const double variance = m[i] + noise;
+            const double curvature = w * w * gain / (variance > 0.0 ? variance : 1.0);
+            term[0] = curvature * p[i] * c[i];
+            term[1] = curvature * p[i] * p[i];
+        });
+    });
+    return square > 0.0 ? -cross / square : 0.0;
+}
+
+StepLimits LucyRows::Combine(double share, const Samples& direction, const Samples& estimate, Samples& previous) const
+{
+    return FindLimits(loops_, estimate,
+                      [=, d = direction.data(), e = estimate.data(), p = previous.data()](std::size_t i) {
+                          p[i] = static_cast<float>(d[i] + share * p[i]);
+                          return e[i] < 0.0F ? 0.0F : p[i];
+                      });
+}
+
+StepLimits LucyRows::LimitsOf(const Samples& estimate, const Samples& step) const
+{
+    return FindLimits(loops_, estimate, [s = step.data()](std::size_t i) { return s[i]; });
+}
+
+/// The slope where stepOf(i) is the step of the model.
+template <class StepOf>
+Slope LucyRows::FindSlope(const Samples& model, double factor, StepOf stepOf)
+{
+    const auto [first, second] = WithWeights([&](auto weightOf) {
+        return loops_.Sum<2>([=, noise = noise_, d = data.data(), m = model.data()](std::size_t i, double* term) {
+            const double w = weightOf(i);
+            const float step = stepOf(i);
+            const double observed = d[i] * w + noise;
+            const double predicted = (m[i] + factor * step) * w + noise;
+            const double change = w * step;
+            const double perPredicted = 1.0 / predicted;
+            term[0] = w > 0.0 ? (observed * perPredicted - 1.0) * change : 0.0;
+            term[1] = w > 0.0 ? change * perPredicted * (change * perPredicted) * observed : 0.0;
+        });
     });
     return {first, second};
 }
 
-void AddMultiple(double factor, const Samples& step, Samples& target)
+Slope LucyRows::SlopeAt(const Samples& model, const Samples& modelStep, double factor)
 {
-    const float* s = step.data();
-    const float* t = target.data();
-    Fill(target, [=](std::size_t i) { return t[i] + factor * s[i]; });
+    return FindSlope(model, factor, [s = modelStep.data()](std::size_t i) { return s[i]; });
 }
 
-double ReducedChiSquare(const Samples& data, const Samples& model, const Samples& weight, double gain, double readNoise)
+Slope LucyRows::CombinedSlope(double share, const Samples& model, const Samples& modelStep, Samples& previous)
 {
-    const float* d = data.data();
-    const float* m = model.data();
-    const float* w = weight.data();
-    const auto [sum, count] = SumOver<2>(data.size(), [=](std::size_t i, double* term) {
-        const double a = w[i] * gain;
-        const double deviation = (static_cast<double>(m[i]) - d[i]) * a;
-        const double variance = a * m[i] + readNoise * readNoise;
-        const bool counts = w[i] > 0.0F;
-        term[0] = (counts & (variance != 0.0)) ? deviation * deviation / (variance != 0.0 ? variance : 1.0) : 0.0;
-        term[1] = counts ? 1.0 : 0.0;
+    return FindSlope(model, 1.0, [=, s = modelStep.data(), p = previous.data()](std::size_t i) {
+        return p[i] = static_cast<float>(s[i] + share * p[i]);
+    });
+}
+
+bool LucyRows::Move(double factor, const Samples& step, Samples& target) const
+{
+    std::atomic<bool> isBelow = false;
+    loops_.ForBlocks([&, s = step.data(), t = target.data()](std::size_t first, std::size_t end, int) {
+        int below = 0;
+        CORVANE_INDEPENDENT
+        for (std::size_t i = first; i < end; ++i) {
+            t[i] = static_cast<float>(t[i] + factor * s[i]);
+            below += t[i] < 0.0F ? 1 : 0;
+        }
+        if (below > 0) {
+            isBelow = true;
+        }
+    });
+    return isBelow;
+}
+
+/// The chi-square of a model of which modelOf(i) is sample i.
+template <class ModelOf>
+double LucyRows::FindChiSquare(ModelOf modelOf)
+{
+    const auto [sum, count] = WithWeights([&](auto weightOf) {
+        return loops_.Sum<2>([=, gain = gain_, readNoise = readNoise_, d = data.data()](std::size_t i, double* term) {
+            const float w = weightOf(i);
+            const float m = modelOf(i);
+            const double a = w * gain;
+            const double deviation = (static_cast<double>(m) - d[i]) * a;
+            const double variance = a * m + readNoise * readNoise;
+            const bool counts = w > 0.0F;
+            term[0] = (counts & (variance != 0.0)) ? deviation * deviation / (variance != 0.0 ? variance : 1.0) : 0.0;
+            term[1] = counts ? 1.0 : 0.0;
+        });
     });
     return sum / (count - 1.0);
+}
+
+double LucyRows::ReducedChiSquare(const Samples& model)
+{
+    return FindChiSquare([m = model.data()](std::size_t i) { return m[i]; });
+}
+
+double LucyRows::MoveModel(double factor, const Samples& step, Samples& model)
+{
+    return FindChiSquare([=, s = step.data(), m = model.data()](std::size_t i) {
+        return m[i] = static_cast<float>(m[i] + factor * s[i]);
+    });
 }
 
 } // namespace corvane

@@ -48,16 +48,16 @@ private:
     void Start();
     void Advance(int iteration);
     void FindSlopes();
-    std::array<double, 3> Products(const Samples& a, const Samples& b) const;
+    std::array<double, 3> Products(const Samples& a, const Samples& b);
     void FindDirections();
-    Subspace Model() const;
+    Subspace Model();
     void Join(const SubspaceStep& step);
     double Search(double multiplier);
     void Move(double amount);
     bool IsDone() const;
     RestoreState State(int iteration) const { return {plane_, iteration, job_.iterations, chi_ / target_}; }
     MemStart Beginning() const;
-    MemIteration Summary(int iteration, const SubspaceStep& step, double amount) const;
+    MemIteration Summary(int iteration, const SubspaceStep& step, double amount);
 
     const MemJob& job_;
     const Run& run_;
@@ -66,6 +66,7 @@ private:
     double scale_;
     Grid grid_;
     Convolver convolver_;
+    SampleLoops loops_;
     Samples data_;
     Samples weight_; ///< 1 / variance; 0 where there is no datum
     Samples image_;
@@ -100,15 +101,17 @@ MemEngine::MemEngine(const float* data, const MemJob& job, double scale, const R
                      int plane)
     : job_(job), run_(run), progress_(progress), plane_(plane), scale_(scale),
       grid_(job.width, job.height, GridExtent(job.width, job.psfWidth), GridExtent(job.height, job.psfHeight)),
-      convolver_(grid_.Width(), grid_.Height(), run.Threads()), data_(grid_.Size()), weight_(grid_.Size()),
-      image_(grid_.Size(), 1.0F), model_(grid_.Size()), target_(static_cast<double>(job.width) * job.height)
+      convolver_(grid_.Width(), grid_.Height(), run.Threads()), loops_(grid_.Size(), run.Threads()),
+      data_(grid_.Size(), 0.0F), weight_(grid_.Size(), 0.0F), image_(grid_.Size(), 1.0F), model_(grid_.Size()),
+      target_(static_cast<double>(job.width) * job.height)
 {
+    directions_[0].resize(grid_.Size(), 0.0F); // the function comes in here
     for (int i = 0; i < Subspace::kDirections; ++i) {
         directions_[i].resize(grid_.Size());
         blurred_[i].resize(grid_.Size());
     }
     grid_.Place(data, data_.data());
-    Fill(data_, [this](std::size_t i) { return data_[i] * scale_; });
+    loops_.Fill(data_, [this](std::size_t i) { return data_[i] * scale_; });
     grid_.Fill(static_cast<float>(1.0 / (job.variance * scale * scale)), weight_.data());
 }
 
@@ -135,8 +138,7 @@ int MemEngine::Restore()
 void MemEngine::Advance(int iteration)
 {
     FindDirections();
-    const double sum =
-        SumOver<1>(image_.size(), [f = image_.data()](std::size_t i, double* term) { term[0] = f[i]; })[0];
+    const double sum = loops_.Sum<1>([f = image_.data()](std::size_t i, double* term) { term[0] = f[i]; })[0];
     const SubspaceStep step = FindStep(Model(), target_, kReach * sum);
     Join(step);
     const double amount = Search(step.multiplier);
@@ -164,14 +166,14 @@ void MemEngine::FindSlopes()
     const float* data = data_.data();
     const float* weight = weight_.data();
     Samples& residual = blurred_[2];
-    Fill(residual, [=](std::size_t i) { return (static_cast<double>(model[i]) - data[i]) * weight[i]; });
-    chi_ = SumOver<1>(residual.size(), [=, r = residual.data()](std::size_t i, double* term) {
+    loops_.Fill(residual, [=](std::size_t i) { return (static_cast<double>(model[i]) - data[i]) * weight[i]; });
+    chi_ = loops_.Sum<1>([=, r = residual.data()](std::size_t i, double* term) {
         term[0] = (static_cast<double>(model[i]) - data[i]) * r[i];
     })[0];
     Samples& slope = directions_[1];
     convolver_.Correlate(residual.data(), slope.data(), progress_.Between(0.0, 20.0));
-    Fill(slope, [f, s = slope.data()](std::size_t i) { return 2.0 * f[i] * s[i]; });
-    Fill(directions_[0], [f](std::size_t i) { return -f[i] * Logarithm(f[i]); });
+    loops_.Fill(slope, [f, s = slope.data()](std::size_t i) { return 2.0 * f[i] * s[i]; });
+    loops_.Fill(directions_[0], [f](std::size_t i) { return -f[i] * Logarithm(f[i]); });
     const auto [entropy, both, chi] = Products(directions_[0], directions_[1]);
     const double lengths = std::sqrt(entropy * chi);
     unlikeness_ = lengths > 0.0 ? 1.0 - both / lengths : 1.0;
@@ -187,27 +189,27 @@ void MemEngine::FindDirections()
     const double perEntropy = entropyLength_ > 0.0 ? 1.0 / entropyLength_ : 0.0;
     const double perChi = chiLength_ > 0.0 ? 1.0 / chiLength_ : 0.0;
     Samples& third = directions_[2];
-    Fill(third, [=, a = blurred_[0].data(), b = blurred_[1].data(), w = weight_.data()](std::size_t i) {
+    loops_.Fill(third, [=, a = blurred_[0].data(), b = blurred_[1].data(), w = weight_.data()](std::size_t i) {
         return 2.0 * (a[i] * perEntropy - b[i] * perChi) * w[i];
     });
     convolver_.Correlate(third.data(), third.data(), progress_.Between(60.0, 80.0));
-    Fill(third, [f = image_.data(), t = third.data()](std::size_t i) { return static_cast<double>(f[i]) * t[i]; });
+    loops_.Fill(third,
+                [f = image_.data(), t = third.data()](std::size_t i) { return static_cast<double>(f[i]) * t[i]; });
     convolver_.Convolve(third.data(), blurred_[2].data(), progress_.Between(80.0, 95.0));
 }
 
-Subspace MemEngine::Model() const
+Subspace MemEngine::Model()
 {
     Subspace space;
     space.chi = chi_;
     for (int a = 0; a < Subspace::kDirections; ++a) {
         for (int b = a; b < Subspace::kDirections; ++b) {
-            const auto [metric, curvature] =
-                SumOver<2>(image_.size(),
-                           [f = image_.data(), w = weight_.data(), p = directions_[a].data(), q = directions_[b].data(),
-                            blurredP = blurred_[a].data(), blurredQ = blurred_[b].data()](std::size_t i, double* term) {
-                               term[0] = static_cast<double>(p[i]) * q[i] / f[i];
-                               term[1] = 2.0 * blurredP[i] * blurredQ[i] * w[i];
-                           });
+            const auto [metric, curvature] = loops_.Sum<2>(
+                [f = image_.data(), w = weight_.data(), p = directions_[a].data(), q = directions_[b].data(),
+                 blurredP = blurred_[a].data(), blurredQ = blurred_[b].data()](std::size_t i, double* term) {
+                    term[0] = static_cast<double>(p[i]) * q[i] / f[i];
+                    term[1] = 2.0 * blurredP[i] * blurredQ[i] * w[i];
+                });
             space.metric[a][b] = space.metric[b][a] = metric;
             space.curvature[a][b] = space.curvature[b][a] = curvature;
         }
@@ -219,9 +221,9 @@ Subspace MemEngine::Model() const
 }
 
 /// a a, a b and b b by the metric of the entropy.
-std::array<double, 3> MemEngine::Products(const Samples& a, const Samples& b) const
+std::array<double, 3> MemEngine::Products(const Samples& a, const Samples& b)
 {
-    return SumOver<3>(image_.size(), [f = image_.data(), a = a.data(), b = b.data()](std::size_t i, double* term) {
+    return loops_.Sum<3>([f = image_.data(), a = a.data(), b = b.data()](std::size_t i, double* term) {
         const double perSample = 1.0 / f[i];
         term[0] = static_cast<double>(a[i]) * a[i] * perSample;
         term[1] = static_cast<double>(a[i]) * b[i] * perSample;
@@ -238,15 +240,14 @@ void MemEngine::Join(const SubspaceStep& step)
             return a[i] * x + b[i] * y + c[i] * z;
         };
     };
-    Fill(directions_[0], joined(directions_));
-    Fill(blurred_[0], joined(blurred_));
+    loops_.Fill(directions_[0], joined(directions_));
+    loops_.Fill(blurred_[0], joined(blurred_));
     const float* f = image_.data();
     float* d = directions_[0].data();
-    const double cut = SumOver<1>(image_.size(), [=](std::size_t i, double* term) {
-        term[0] = d[i] < (kLeastShare - 1.0) * f[i] ? 1.0 : 0.0;
-    })[0];
+    const double cut =
+        loops_.Sum<1>([=](std::size_t i, double* term) { term[0] = d[i] < (kLeastShare - 1.0) * f[i] ? 1.0 : 0.0; })[0];
     if (cut > 0.0) {
-        Fill(directions_[0], [=](std::size_t i) { return std::max<double>(d[i], (kLeastShare - 1.0) * f[i]); });
+        loops_.Fill(directions_[0], [=](std::size_t i) { return std::max<double>(d[i], (kLeastShare - 1.0) * f[i]); });
         convolver_.Convolve(d, blurred_[0].data(), progress_.Between(95.0, 100.0));
     }
 }
@@ -255,14 +256,14 @@ void MemEngine::Join(const SubspaceStep& step)
 double MemEngine::Search(double multiplier)
 {
     const auto [chiSlope, chiCurvature] =
-        SumOver<2>(image_.size(), [model = model_.data(), data = data_.data(), weight = weight_.data(),
-                                   step = blurred_[0].data()](std::size_t i, double* term) {
+        loops_.Sum<2>([model = model_.data(), data = data_.data(), weight = weight_.data(),
+                       step = blurred_[0].data()](std::size_t i, double* term) {
             term[0] = 2.0 * (static_cast<double>(model[i]) - data[i]) * weight[i] * step[i];
             term[1] = 2.0 * step[i] * static_cast<double>(step[i]) * weight[i];
         });
     const auto slopeAt = [&, c = chiSlope, cc = chiCurvature](double amount) {
         const double entropy =
-            SumOver<1>(image_.size(), [=, f = image_.data(), d = directions_[0].data()](std::size_t i, double* term) {
+            loops_.Sum<1>([=, f = image_.data(), d = directions_[0].data()](std::size_t i, double* term) {
                 term[0] = -Logarithm(f[i] + amount * d[i]) * d[i];
             })[0];
         return multiplier * entropy - c - cc * amount;
@@ -286,10 +287,10 @@ double MemEngine::Search(double multiplier)
 
 void MemEngine::Move(double amount)
 {
-    Fill(image_, [=, f = image_.data(), d = directions_[0].data()](std::size_t i) {
+    loops_.Fill(image_, [=, f = image_.data(), d = directions_[0].data()](std::size_t i) {
         return std::max<double>(f[i] + amount * d[i], kLeastSample);
     });
-    Fill(model_, [=, m = model_.data(), d = blurred_[0].data()](std::size_t i) { return m[i] + amount * d[i]; });
+    loops_.Fill(model_, [=, m = model_.data(), d = blurred_[0].data()](std::size_t i) { return m[i] + amount * d[i]; });
 }
 
 bool MemEngine::IsDone() const
@@ -309,10 +310,10 @@ MemStart MemEngine::Beginning() const
             .factor = scale_};
 }
 
-MemIteration MemEngine::Summary(int iteration, const SubspaceStep& step, double amount) const
+MemIteration MemEngine::Summary(int iteration, const SubspaceStep& step, double amount)
 {
     const auto [entropy, squares] =
-        SumOver<2>(image_.size(), [f = image_.data(), d = directions_[0].data()](std::size_t i, double* term) {
+        loops_.Sum<2>([f = image_.data(), d = directions_[0].data()](std::size_t i, double* term) {
             term[0] = f[i] - 1.0 - f[i] * Logarithm(f[i]);
             term[1] = static_cast<double>(d[i]) * d[i];
         });

@@ -144,6 +144,30 @@ TEST(Restoration, RefusesWhatItWouldSpoil)
     }
 }
 
+TEST(Restoration, LeavesTheFrameAsItWasWhenItIsCancelled)
+{
+    const CStlImage image = RandomImage({520, 510}, 3, 2); // enough for several threads
+    for (const char* step : {"lucy:sigma=2,iterations=1", "maxent:sigma=2,noise=9,iterations=1", "wiener:sigma=2",
+                             "wiener:sigma=2,rect=4:0:520:510"}) {
+        bool isDone = false;
+        for (int last = 1; !isDone; last *= 2) {
+            SCOPED_TRACE(testing::Message() << step << ", poll " << last);
+            io::Frame frame;
+            frame.image = image;
+            int polls = 0;
+            try {
+                RunStep(ParseStep(step), frame, {.cancelled = [&] { return ++polls == last; }, .threads = 3});
+                isDone = true;
+            } catch (const Cancelled&) {
+            }
+            EXPECT_EQ(isDone, polls < last);
+            EXPECT_NE(isDone, Samples(frame.image) == Samples(image));
+            EXPECT_EQ(frame.image.GetLevelMax(2), image.GetLevelMax(2));
+        }
+    }
+    EXPECT_THROW(MeasureStarSigma(image, {.cancelled = [] { return true; }}), Cancelled);
+}
+
 TEST(Restoration, TellsItsIterationsAndStopsWithoutAMessageBox)
 {
     bool isTold = false;
