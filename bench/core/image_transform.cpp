@@ -2,9 +2,9 @@
 
 #include <cmath>
 #include <string>
-#include <vector>
 
 #include "bench/support/bench.h"
+#include "corvane/core/work_array.h"
 
 namespace corvane::bench {
 namespace {
@@ -15,7 +15,7 @@ struct Frequency {
     double im = 0.0;
 };
 
-Frequency PlainFrequency(const std::vector<float>& samples, int width, int height, int u, int v)
+Frequency PlainFrequency(const WorkArray& samples, int width, int height, int u, int v)
 {
     constexpr double kTwoPi = 6.283185307179586;
     Frequency sum;
@@ -35,9 +35,9 @@ void TimeTransform(Run& run, int width, int height)
     const Sky sky(width, height, 1, 3);
     const std::size_t count = static_cast<std::size_t>(width) * height;
     const float* const first = sky.GetImageAdr(0, 0, 0, 1);
-    const std::vector<float> samples(first, first + count);
+    const WorkArray samples(first, first + count);
     ImageTransform transform(width, height);
-    std::vector<float> spectrum(transform.SpectrumSize());
+    WorkArray spectrum(transform.SpectrumSize());
     const auto work = [&] { transform.Forward(samples.data(), spectrum.data()); };
     work();
     for (const auto& [u, v] : {std::pair{0, 0}, {width / 3, height / 5}, {width - 1, height / 2}}) {

@@ -31,15 +31,14 @@ Convolver::Convolver(int width, int height, int threads)
     : transform_(width, height, threads), transfer_(transform_.SpectrumSize()), spectrum_(transform_.SpectrumSize())
 {}
 
-void Convolver::SetPsf(float* psf)
+void Convolver::SetPsf(const float* psf)
 {
     const std::ptrdiff_t peak = std::max_element(psf, psf + Size()) - psf;
-    float* const end = psf + Size();
-    std::rotate(psf, psf + peak / Width() * Width(), end);
-    for (float* row = psf; row != end; row += Width()) {
-        std::rotate(row, row + peak % Width(), row + Width());
+    for (std::ptrdiff_t y = 0; y < Height(); ++y) {
+        const float* const row = psf + (y + peak / Width()) % Height() * Width();
+        std::rotate_copy(row, row + peak % Width(), row + Width(), spectrum_.data() + y * Width());
     }
-    SetKernel(psf);
+    SetKernel(spectrum_.data());
     const float sum = transfer_[0];
     std::transform(transfer_.begin(), transfer_.end(), transfer_.begin(), [=](float v) { return v / sum; });
 }

@@ -23,8 +23,8 @@ public:
     std::size_t Size() const { return static_cast<std::size_t>(Width()) * Height(); }
 
     /// Takes the function from a plane of the same size, brought to a sum of 1. Its peak, the first largest sample of the
-    /// first row that holds it, becomes the origin; the plane is left with the peak there.
-    void SetPsf(float* psf);
+    /// first row that holds it, becomes the origin.
+    void SetPsf(const float* psf);
     /// Takes any function from a plane of the same size, as it is: its origin is the first sample.
     void SetKernel(const float* kernel);
     /// Convolves a plane with the function. `out` may be `in`.

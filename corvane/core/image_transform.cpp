@@ -17,22 +17,22 @@ struct Tile {
     float im[kLanes][kLanes];
 };
 
-constexpr int kTile = kLanes * kLanes;
+constexpr int kTileSize = kLanes * kLanes;
 
 /// Takes samples from both halves of a tile in turn: the bits of a place move up by one.
 void Shuffle(const float* __restrict in, float* __restrict out)
 {
-    for (int i = 0; i < kTile / 2; ++i) {
+    for (int i = 0; i < kTileSize / 2; ++i) {
         out[2 * i] = in[i];
-        out[2 * i + 1] = in[i + kTile / 2];
+        out[2 * i + 1] = in[i + kTileSize / 2];
     }
 }
 
 /// Exchanges rows and columns, which are four bits of a place each.
 void Transpose(const float* in, float* out)
 {
-    float once[kTile];
-    float twice[kTile];
+    float once[kTileSize];
+    float twice[kTileSize];
     Shuffle(in, once);
     Shuffle(once, twice);
     Shuffle(twice, once);
@@ -42,7 +42,7 @@ void Transpose(const float* in, float* out)
 /// Writes a part of a tile, its frequencies side by side, column after column.
 void Store(const float (&part)[kLanes][kLanes], int columns, float* out)
 {
-    float turned[kTile];
+    float turned[kTileSize];
     Transpose(part[0], columns == kLanes ? out : turned);
     if (columns < kLanes) {
         std::copy_n(turned, columns * kLanes, out);
@@ -52,9 +52,9 @@ void Store(const float (&part)[kLanes][kLanes], int columns, float* out)
 /// Reads what `Store` wrote; columns that do not exist are 0.
 void Load(const float* in, int columns, float (&part)[kLanes][kLanes])
 {
-    float turned[kTile];
+    float turned[kTileSize];
     if (columns < kLanes) {
-        std::fill(std::copy_n(in, columns * kLanes, turned), turned + kTile, 0.0F);
+        std::fill(std::copy_n(in, columns * kLanes, turned), turned + kTileSize, 0.0F);
     }
     Transpose(columns == kLanes ? in : turned, part[0]);
 }
@@ -228,7 +228,7 @@ void ImageTransform::Separate(Lanes columns, int x, float* spectrum) const
             Split(At(columns, v), At(columns, Opposite(v)), v - first, a, b);
         }
         const Lanes target = BlockAt(spectrum, block) + static_cast<std::ptrdiff_t>(x) * kLanes;
-        const Lanes next = target + kTile;
+        const Lanes next = target + kTileSize;
         Store(a.re, ColumnsFrom(x, width_), target.re);
         Store(a.im, ColumnsFrom(x, width_), target.im);
         Store(b.re, ColumnsFrom(x + kLanes, width_), next.re);
@@ -245,8 +245,8 @@ void ImageTransform::Join(const float* spectrum, int x, Lanes columns) const
         Tile b;
         Load(re, ColumnsFrom(x, width_), a.re);
         Load(im, ColumnsFrom(x, width_), a.im);
-        Load(re + kTile, ColumnsFrom(x + kLanes, width_), b.re);
-        Load(im + kTile, ColumnsFrom(x + kLanes, width_), b.im);
+        Load(re + kTileSize, ColumnsFrom(x + kLanes, width_), b.re);
+        Load(im + kTileSize, ColumnsFrom(x + kLanes, width_), b.im);
         const int first = block * kLanes;
         for (int v = first; v < std::min(first + kLanes, Frequencies()); ++v) {
             Unite(a, b, v - first, At(columns, v), At(columns, Opposite(v)));

@@ -12,6 +12,7 @@ namespace {
 constexpr double kUnlimited = std::numeric_limits<double>::infinity();
 constexpr double kMostFactor = 100.0; // where no step would take the estimate below 0
 constexpr double kLeastFactor = -100.0;
+constexpr auto kNothing = [](std::size_t, std::size_t) {}; // to be prepared
 
 /// Limits from -kUnlimited to kUnlimited, for the samples of a block.
 template <class StepAt>
@@ -35,18 +36,26 @@ StepLimits LimitsOfBlock(const float* estimate, std::size_t first, std::size_t e
     return {*std::max_element(least, least + kAbreast), *std::min_element(most, most + kAbreast)};
 }
 
-template <class StepAt>
-StepLimits FindLimits(const SampleLoops& loops, const Samples& estimate, StepAt stepAt)
+/// Folds limitsOf(first, end) of all blocks.
+template <class LimitsOf>
+StepLimits FindLimits(const SampleLoops& loops, LimitsOf limitsOf)
 {
     std::vector<StepLimits> limits(static_cast<std::size_t>(loops.Blocks()));
     loops.ForBlocks([&](std::size_t first, std::size_t end, int block) {
-        limits[static_cast<std::size_t>(block)] = LimitsOfBlock(estimate.data(), first, end, stepAt);
+        limits[static_cast<std::size_t>(block)] = limitsOf(first, end);
     });
     StepLimits all{-kUnlimited, kUnlimited};
     for (const StepLimits& block : limits) {
         all = {std::max(all.least, block.least), std::min(all.most, block.most)};
     }
     return {all.least == -kUnlimited ? kLeastFactor : all.least, all.most == kUnlimited ? kMostFactor : all.most};
+}
+
+/// Makes previous = direction + share * previous.
+auto Combination(double share, const Samples& direction, Samples& previous)
+{
+    return SampleLoops::Filler(
+        previous, [=, d = direction.data(), p = previous.data()](std::size_t i) { return d[i] + share * p[i]; });
 }
 
 } // namespace
@@ -113,47 +122,50 @@ double LucyRows::DirectionShare(const Samples& previous, const Samples& current,
 
 StepLimits LucyRows::Combine(double share, const Samples& direction, const Samples& estimate, Samples& previous) const
 {
-    return FindLimits(loops_, estimate,
-                      [=, d = direction.data(), e = estimate.data(), p = previous.data()](std::size_t i) {
-                          p[i] = static_cast<float>(d[i] + share * p[i]);
-                          return e[i] < 0.0F ? 0.0F : p[i];
-                      });
+    return FindLimits(loops_, [&, combine = Combination(share, direction, previous)](std::size_t first,
+                                                                                     std::size_t end) {
+        combine(first, end);
+        return LimitsOfBlock(estimate.data(), first, end, [e = estimate.data(), p = previous.data()](std::size_t i) {
+            return e[i] < 0.0F ? 0.0F : p[i];
+        });
+    });
 }
 
 StepLimits LucyRows::LimitsOf(const Samples& estimate, const Samples& step) const
 {
-    return FindLimits(loops_, estimate, [s = step.data()](std::size_t i) { return s[i]; });
+    return FindLimits(loops_, [&](std::size_t first, std::size_t end) {
+        return LimitsOfBlock(estimate.data(), first, end, [s = step.data()](std::size_t i) { return s[i]; });
+    });
 }
 
-/// The slope where stepOf(i) is the step of the model.
-template <class StepOf>
-Slope LucyRows::FindSlope(const Samples& model, double factor, StepOf stepOf)
+/// The slope, when prepare(first, end) has made what it needs.
+template <class Prepare>
+Slope LucyRows::FindSlope(const Samples& model, const Samples& modelStep, double factor, Prepare prepare)
 {
     const auto [first, second] = WithWeights([&](auto weightOf) {
-        return loops_.Sum<2>([=, noise = noise_, d = data.data(), m = model.data()](std::size_t i, double* term) {
+        const auto terms = [=, noise = noise_, d = data.data(), m = model.data(), s = modelStep.data()](std::size_t i,
+                                                                                                        double* term) {
             const double w = weightOf(i);
-            const float step = stepOf(i);
             const double observed = d[i] * w + noise;
-            const double predicted = (m[i] + factor * step) * w + noise;
-            const double change = w * step;
+            const double predicted = (m[i] + factor * s[i]) * w + noise;
+            const double change = w * s[i];
             const double perPredicted = 1.0 / predicted;
             term[0] = w > 0.0 ? (observed * perPredicted - 1.0) * change : 0.0;
             term[1] = w > 0.0 ? change * perPredicted * (change * perPredicted) * observed : 0.0;
-        });
+        };
+        return loops_.Sum<2>(terms, prepare);
     });
     return {first, second};
 }
 
 Slope LucyRows::SlopeAt(const Samples& model, const Samples& modelStep, double factor)
 {
-    return FindSlope(model, factor, [s = modelStep.data()](std::size_t i) { return s[i]; });
+    return FindSlope(model, modelStep, factor, kNothing);
 }
 
 Slope LucyRows::CombinedSlope(double share, const Samples& model, const Samples& modelStep, Samples& previous)
 {
-    return FindSlope(model, 1.0, [=, s = modelStep.data(), p = previous.data()](std::size_t i) {
-        return p[i] = static_cast<float>(s[i] + share * p[i]);
-    });
+    return FindSlope(model, previous, 1.0, Combination(share, modelStep, previous));
 }
 
 bool LucyRows::Move(double factor, const Samples& step, Samples& target) const
@@ -173,35 +185,36 @@ bool LucyRows::Move(double factor, const Samples& step, Samples& target) const
     return isBelow;
 }
 
-/// The chi-square of a model of which modelOf(i) is sample i.
-template <class ModelOf>
-double LucyRows::FindChiSquare(ModelOf modelOf)
+/// The chi-square, when prepare(first, end) has made the model.
+template <class Prepare>
+double LucyRows::FindChiSquare(const Samples& model, Prepare prepare)
 {
     const auto [sum, count] = WithWeights([&](auto weightOf) {
-        return loops_.Sum<2>([=, gain = gain_, readNoise = readNoise_, d = data.data()](std::size_t i, double* term) {
+        const auto terms = [=, gain = gain_, readNoise = readNoise_, d = data.data(), m = model.data()](std::size_t i,
+                                                                                                        double* term) {
             const float w = weightOf(i);
-            const float m = modelOf(i);
             const double a = w * gain;
-            const double deviation = (static_cast<double>(m) - d[i]) * a;
-            const double variance = a * m + readNoise * readNoise;
+            const double deviation = (static_cast<double>(m[i]) - d[i]) * a;
+            const double variance = a * m[i] + readNoise * readNoise;
             const bool counts = w > 0.0F;
             term[0] = (counts & (variance != 0.0)) ? deviation * deviation / (variance != 0.0 ? variance : 1.0) : 0.0;
             term[1] = counts ? 1.0 : 0.0;
-        });
+        };
+        return loops_.Sum<2>(terms, prepare);
     });
     return sum / (count - 1.0);
 }
 
 double LucyRows::ReducedChiSquare(const Samples& model)
 {
-    return FindChiSquare([m = model.data()](std::size_t i) { return m[i]; });
+    return FindChiSquare(model, kNothing);
 }
 
 double LucyRows::MoveModel(double factor, const Samples& step, Samples& model)
 {
-    return FindChiSquare([=, s = step.data(), m = model.data()](std::size_t i) {
-        return m[i] = static_cast<float>(m[i] + factor * s[i]);
-    });
+    return FindChiSquare(model, SampleLoops::Filler(model, [=, s = step.data(), m = model.data()](std::size_t i) {
+                             return m[i] + factor * s[i];
+                         }));
 }
 
 } // namespace corvane

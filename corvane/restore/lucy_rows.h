@@ -65,10 +65,10 @@ public:
 private:
     template <class Work>
     auto WithWeights(Work work) const;
-    template <class StepOf>
-    Slope FindSlope(const Samples& model, double factor, StepOf stepOf);
-    template <class ModelOf>
-    double FindChiSquare(ModelOf modelOf);
+    template <class Prepare>
+    Slope FindSlope(const Samples& model, const Samples& modelStep, double factor, Prepare prepare);
+    template <class Prepare>
+    double FindChiSquare(const Samples& model, Prepare prepare);
 
     double gain_;
     double readNoise_;

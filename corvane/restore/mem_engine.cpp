@@ -9,7 +9,6 @@
 #include "corvane/core/convolver.h"
 #include "corvane/core/lane_transform.h"
 #include "corvane/core/power.h"
-#include "corvane/core/reductions.h"
 #include "corvane/resources/string_table.h"
 #include "corvane/restore/grid.h"
 #include "corvane/restore/samples.h"
@@ -48,7 +47,8 @@ private:
     void Start();
     void Advance(int iteration);
     void FindSlopes();
-    std::array<double, 3> Products(const Samples& a, const Samples& b);
+    template <class Prepare>
+    std::array<double, 3> Products(Prepare prepare);
     void FindDirections();
     Subspace Model();
     void Join(const SubspaceStep& step);
@@ -83,9 +83,10 @@ private:
 
 /// The mean of the data, which becomes the unit of the image: there it starts, and about it the entropy is taken. Data
 /// without a mean above 0 have the noise for a unit.
-double LevelOf(const float* data, std::size_t count, double sigma)
+double LevelOf(const float* data, std::size_t count, double sigma, int threads)
 {
-    const double sum = SumOver<1>(count, [=](std::size_t i, double* term) { term[0] = data[i]; })[0];
+    SampleLoops loops(count, threads);
+    const double sum = loops.Sum<1>([=](std::size_t i, double* term) { term[0] = data[i]; })[0];
     const double mean = sum / static_cast<double>(count);
     return mean <= 0.0 ? sigma : mean;
 }
@@ -166,15 +167,20 @@ void MemEngine::FindSlopes()
     const float* data = data_.data();
     const float* weight = weight_.data();
     Samples& residual = blurred_[2];
-    loops_.Fill(residual, [=](std::size_t i) { return (static_cast<double>(model[i]) - data[i]) * weight[i]; });
-    chi_ = loops_.Sum<1>([=, r = residual.data()](std::size_t i, double* term) {
-        term[0] = (static_cast<double>(model[i]) - data[i]) * r[i];
-    })[0];
+    chi_ = loops_.Sum<1>(
+        [=, r = residual.data()](std::size_t i, double* term) {
+            term[0] = (static_cast<double>(model[i]) - data[i]) * r[i];
+        },
+        SampleLoops::Filler(residual,
+                            [=](std::size_t i) { return (static_cast<double>(model[i]) - data[i]) * weight[i]; }))[0];
     Samples& slope = directions_[1];
     convolver_.Correlate(residual.data(), slope.data(), progress_.Between(0.0, 20.0));
-    loops_.Fill(slope, [f, s = slope.data()](std::size_t i) { return 2.0 * f[i] * s[i]; });
-    loops_.Fill(directions_[0], [f](std::size_t i) { return -f[i] * Logarithm(f[i]); });
-    const auto [entropy, both, chi] = Products(directions_[0], directions_[1]);
+    const auto scale = SampleLoops::Filler(slope, [f, s = slope.data()](std::size_t i) { return 2.0 * f[i] * s[i]; });
+    const auto ascend = SampleLoops::Filler(directions_[0], [f](std::size_t i) { return -f[i] * Logarithm(f[i]); });
+    const auto [entropy, both, chi] = Products([=](std::size_t first, std::size_t end) {
+        scale(first, end);
+        ascend(first, end);
+    });
     const double lengths = std::sqrt(entropy * chi);
     unlikeness_ = lengths > 0.0 ? 1.0 - both / lengths : 1.0;
     entropyLength_ = std::sqrt(entropy);
@@ -220,15 +226,19 @@ Subspace MemEngine::Model()
     return space;
 }
 
-/// a a, a b and b b by the metric of the entropy.
-std::array<double, 3> MemEngine::Products(const Samples& a, const Samples& b)
+/// Of the first two directions a and b, when prepare(first, end) has made them: a a, a b and b b by the metric of the
+/// entropy.
+template <class Prepare>
+std::array<double, 3> MemEngine::Products(Prepare prepare)
 {
-    return loops_.Sum<3>([f = image_.data(), a = a.data(), b = b.data()](std::size_t i, double* term) {
+    const auto terms = [f = image_.data(), a = directions_[0].data(), b = directions_[1].data()](std::size_t i,
+                                                                                                 double* term) {
         const double perSample = 1.0 / f[i];
         term[0] = static_cast<double>(a[i]) * a[i] * perSample;
         term[1] = static_cast<double>(a[i]) * b[i] * perSample;
         term[2] = static_cast<double>(b[i]) * b[i] * perSample;
-    });
+    };
+    return loops_.Sum<3>(terms, prepare);
 }
 
 /// Makes the first direction that of the step, shortened where a sample would lose too much.
@@ -362,7 +372,7 @@ int RestoreByEntropy(float* data, const MemJob& job, const Run& run, int plane)
         RestoreProgress progress(run);
         progress.Open(plane == 0 ? IDS_MEM_START : IDS_MEM_START_PLANE, plane);
         const std::size_t count = static_cast<std::size_t>(job.width) * static_cast<std::size_t>(job.height);
-        const double level = LevelOf(data, count, std::sqrt(job.variance));
+        const double level = LevelOf(data, count, std::sqrt(job.variance), run.Threads());
         if (!(job.variance > 0.0) || !std::isfinite(level) || !std::isfinite(job.variance)) {
             return kMemNothingToFit;
         }

@@ -41,18 +41,25 @@ public:
     template <class Map>
     void Fill(Samples& out, Map map) const
     {
-        ForBlocks([to = out.data(), map](std::size_t first, std::size_t end, int) {
+        ForBlocks([filler = Filler(out, map)](std::size_t first, std::size_t end, int) { filler(first, end); });
+    }
+
+    /// What does the same from one sample to before another.
+    template <class Map>
+    static auto Filler(Samples& out, Map map)
+    {
+        return [to = out.data(), map](std::size_t first, std::size_t end) {
             CORVANE_INDEPENDENT
             for (std::size_t i = first; i < end; ++i) {
                 to[i] = static_cast<float>(map(i));
             }
-        });
+        };
     }
 
     /// `SumOver` all samples, to the bit: threads work terms out block by block, and each adds its own when those of all
-    /// blocks before are added.
-    template <int number, class Terms>
-    std::array<double, number> Sum(Terms terms)
+    /// blocks before are added. Before the terms of a block it calls prepare(first, end), which may write what they need.
+    template <int number, class Terms, class Prepare>
+    std::array<double, number> Sum(Terms terms, Prepare prepare)
     {
         static_assert(number <= kMostTerms);
         Sums<number> sums;
@@ -61,6 +68,7 @@ public:
             const std::size_t first = First(block);
             const std::size_t count = First(block + 1) - first;
             const auto ofBlock = [=](std::size_t i, double* term) { terms(first + i, term); };
+            prepare(first, first + count);
             if (threads_ == 1) {
                 sums.Add(count, ofBlock);
                 return;
@@ -78,6 +86,12 @@ public:
         };
         platform::ForBlocks(Blocks(), threads_, body, [](int) {});
         return sums.Totals();
+    }
+
+    template <int number, class Terms>
+    std::array<double, number> Sum(Terms terms)
+    {
+        return Sum<number>(terms, [](std::size_t, std::size_t) {});
     }
 
 private:
