@@ -8,6 +8,7 @@
 #include "catalogue/restoration.h"
 #include "corvane/core/error.h"
 #include "corvane/core/run.h"
+#include "corvane/core/walk.h"
 #include "corvane/platform/memory_exception.h"
 #include "corvane/restore/lucy.h"
 #include "corvane/restore/mem.h"
@@ -128,16 +129,18 @@ void RunMaxent(io::Frame& frame, const Arguments& arguments, const Run& run)
 }
 
 /// Multiplies the samples inside an area.
-void Multiply(CStlImage& image, const CRect& area, double factor)
+void Multiply(CStlImage& image, const CRect& area, double factor, int threads)
 {
-    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
-        for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
-            float* const row = image.GetImageAdr(0, y, plane);
+    const Run silent{.threads = threads};
+    Stage stage(silent, "", 0);
+    WalkBlocks(RowBlocks(area, image.GetPlanes()), image, {}, stage, 0, [&](const RowBlock& block) {
+        for (int y = block.first; y < block.end; ++y) {
+            float* const row = image.GetImageAdr(0, y, block.plane);
             for (int x = static_cast<int>(area.left); x < area.right; ++x) {
                 row[x] = static_cast<float>(row[x] * factor);
             }
         }
-    }
+    });
 }
 
 /// Display levels of 0 to 255, on which display values are the samples themselves, until it goes.
@@ -178,7 +181,7 @@ void RunWiener(io::Frame& frame, const Arguments& arguments, const Run& run)
         const PlainLevels levels(*image);
         image->Do(sigma, noise, rect, run);
     }
-    Multiply(*image, area, WienerGain(sigma, area.Width(), area.Height()) * (1.0 + noise));
+    Multiply(*image, area, WienerGain(sigma, area.Width(), area.Height()) * (1.0 + noise), run.threads);
 }
 
 Parameter SigmaParameter()

@@ -60,7 +60,7 @@ LucyEngine::LucyEngine(const float* data, const LucyJob& job, const Run& run, in
     : job_(job), run_(run), progress_(run), plane_(plane), grid_(job.width, job.height, job.psfWidth, job.psfHeight),
       convolver_(grid_.Width(), grid_.Height(), run.Threads()),
       rows_(grid_.Size(), job.gain, job.readNoise, run.Threads()), sensitivity_(grid_.Size()),
-      estimate_(grid_.Size(), 0.0F), model_(grid_.Size()), step_(grid_.Size(), 0.0F), modelStep_(grid_.Size()),
+      estimate_(rows_.loops.Make(0.0F)), model_(grid_.Size()), step_(rows_.loops.Make(0.0F)), modelStep_(grid_.Size()),
       previousStep_(grid_.Size()), previousModelStep_(grid_.Size())
 {
     grid_.Place(data, rows_.data.data());

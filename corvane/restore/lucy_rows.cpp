@@ -61,8 +61,8 @@ auto Combination(double share, const Samples& direction, Samples& previous)
 } // namespace
 
 LucyRows::LucyRows(std::size_t count, double gain, double readNoise, int threads)
-    : data(count, 0.0F), weight(count, 0.0F), gain_(gain), readNoise_(readNoise), noise_(readNoise * readNoise / gain),
-      loops_(count, threads)
+    : loops(count, threads), data(loops.Make(0.0F)), weight(loops.Make(0.0F)), gain_(gain), readNoise_(readNoise),
+      noise_(readNoise * readNoise / gain)
 {}
 
 /// Calls work(weightOf), where weightOf(i) is known to be 1 when all weights are.
@@ -74,12 +74,12 @@ auto LucyRows::WithWeights(Work work) const
 
 void LucyRows::LeaveOut(double least)
 {
-    loops_.Fill(weight, [=, d = data.data(), w = weight.data()](std::size_t i) { return d[i] < least ? 0.0F : w[i]; });
+    loops.Fill(weight, [=, d = data.data(), w = weight.data()](std::size_t i) { return d[i] < least ? 0.0F : w[i]; });
 }
 
 double LucyRows::Mean()
 {
-    const auto [sum, weights] = loops_.Sum<2>([d = data.data(), w = weight.data()](std::size_t i, double* term) {
+    const auto [sum, weights] = loops.Sum<2>([d = data.data(), w = weight.data()](std::size_t i, double* term) {
         term[0] = static_cast<double>(d[i]) * w[i];
         term[1] = w[i];
     });
@@ -90,7 +90,7 @@ double LucyRows::Mean()
 void LucyRows::Ratios(const Samples& model, Samples& ratios) const
 {
     WithWeights([&](auto weightOf) {
-        loops_.Fill(ratios, [=, noise = noise_, d = data.data(), m = model.data()](std::size_t i) {
+        loops.Fill(ratios, [=, noise = noise_, d = data.data(), m = model.data()](std::size_t i) {
             const double predicted = m[i] + noise;
             return (d[i] + noise) / (predicted == 0.0 ? 1.0 : predicted) * weightOf(i);
         });
@@ -99,7 +99,7 @@ void LucyRows::Ratios(const Samples& model, Samples& ratios) const
 
 void LucyRows::ToSteps(const Samples& estimate, const Samples& sensitivity, Samples& steps) const
 {
-    loops_.Fill(steps, [e = estimate.data(), s = sensitivity.data(), ratio = steps.data()](std::size_t i) {
+    loops.Fill(steps, [e = estimate.data(), s = sensitivity.data(), ratio = steps.data()](std::size_t i) {
         const double present = e[i];
         return present * (ratio[i] / static_cast<double>(s[i])) - present;
     });
@@ -108,8 +108,8 @@ void LucyRows::ToSteps(const Samples& estimate, const Samples& sensitivity, Samp
 double LucyRows::DirectionShare(const Samples& previous, const Samples& current, const Samples& model)
 {
     const auto [cross, square] = WithWeights([&](auto weightOf) {
-        return loops_.Sum<2>([=, gain = gain_, noise = noise_, p = previous.data(), c = current.data(),
-                              m = model.data()](std::size_t i, double* term) {
+        return loops.Sum<2>([=, gain = gain_, noise = noise_, p = previous.data(), c = current.data(),
+                             m = model.data()](std::size_t i, double* term) {
             const double w = weightOf(i);
             const double variance = m[i] + noise;
             const double curvature = w * w * gain / (variance > 0.0 ? variance : 1.0);
@@ -122,8 +122,8 @@ double LucyRows::DirectionShare(const Samples& previous, const Samples& current,
 
 StepLimits LucyRows::Combine(double share, const Samples& direction, const Samples& estimate, Samples& previous) const
 {
-    return FindLimits(loops_, [&, combine = Combination(share, direction, previous)](std::size_t first,
-                                                                                     std::size_t end) {
+    return FindLimits(loops, [&, combine = Combination(share, direction, previous)](std::size_t first,
+                                                                                    std::size_t end) {
         combine(first, end);
         return LimitsOfBlock(estimate.data(), first, end, [e = estimate.data(), p = previous.data()](std::size_t i) {
             return e[i] < 0.0F ? 0.0F : p[i];
@@ -133,7 +133,7 @@ StepLimits LucyRows::Combine(double share, const Samples& direction, const Sampl
 
 StepLimits LucyRows::LimitsOf(const Samples& estimate, const Samples& step) const
 {
-    return FindLimits(loops_, [&](std::size_t first, std::size_t end) {
+    return FindLimits(loops, [&](std::size_t first, std::size_t end) {
         return LimitsOfBlock(estimate.data(), first, end, [s = step.data()](std::size_t i) { return s[i]; });
     });
 }
@@ -153,7 +153,7 @@ Slope LucyRows::FindSlope(const Samples& model, const Samples& modelStep, double
             term[0] = w > 0.0 ? (observed * perPredicted - 1.0) * change : 0.0;
             term[1] = w > 0.0 ? change * perPredicted * (change * perPredicted) * observed : 0.0;
         };
-        return loops_.Sum<2>(terms, prepare);
+        return loops.Sum<2>(terms, prepare);
     });
     return {first, second};
 }
@@ -171,7 +171,7 @@ Slope LucyRows::CombinedSlope(double share, const Samples& model, const Samples&
 bool LucyRows::Move(double factor, const Samples& step, Samples& target) const
 {
     std::atomic<bool> isBelow = false;
-    loops_.ForBlocks([&, s = step.data(), t = target.data()](std::size_t first, std::size_t end, int) {
+    loops.ForBlocks([&, s = step.data(), t = target.data()](std::size_t first, std::size_t end, int) {
         int below = 0;
         CORVANE_INDEPENDENT
         for (std::size_t i = first; i < end; ++i) {
@@ -200,7 +200,7 @@ double LucyRows::FindChiSquare(const Samples& model, Prepare prepare)
             term[0] = (counts & (variance != 0.0)) ? deviation * deviation / (variance != 0.0 ? variance : 1.0) : 0.0;
             term[1] = counts ? 1.0 : 0.0;
         };
-        return loops_.Sum<2>(terms, prepare);
+        return loops.Sum<2>(terms, prepare);
     });
     return sum / (count - 1.0);
 }

@@ -22,6 +22,7 @@ public:
     /// For grids of so many samples.
     LucyRows(std::size_t count, double gain, double readNoise, int threads);
 
+    SampleLoops loops;
     Samples data;   ///< 0 at first
     Samples weight; ///< 0 where a sample takes no part, else 1; 0 at first
 
@@ -74,7 +75,6 @@ private:
     double readNoise_;
     double noise_;
     bool isEven_ = false; ///< all weights are 1
-    SampleLoops loops_;
 };
 
 } // namespace corvane

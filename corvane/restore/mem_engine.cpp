@@ -41,7 +41,7 @@ public:
 
     /// Returns the status.
     int Restore();
-    void Write(float* result) const;
+    void Write(float* result);
 
 private:
     void Start();
@@ -103,10 +103,10 @@ MemEngine::MemEngine(const float* data, const MemJob& job, double scale, const R
     : job_(job), run_(run), progress_(progress), plane_(plane), scale_(scale),
       grid_(job.width, job.height, GridExtent(job.width, job.psfWidth), GridExtent(job.height, job.psfHeight)),
       convolver_(grid_.Width(), grid_.Height(), run.Threads()), loops_(grid_.Size(), run.Threads()),
-      data_(grid_.Size(), 0.0F), weight_(grid_.Size(), 0.0F), image_(grid_.Size(), 1.0F), model_(grid_.Size()),
+      data_(loops_.Make(0.0F)), weight_(loops_.Make(0.0F)), image_(loops_.Make(1.0F)), model_(grid_.Size()),
       target_(static_cast<double>(job.width) * job.height)
 {
-    directions_[0].resize(grid_.Size(), 0.0F); // the function comes in here
+    directions_[0] = loops_.Make(0.0F); // the function comes in here
     for (int i = 0; i < Subspace::kDirections; ++i) {
         directions_[i].resize(grid_.Size());
         blurred_[i].resize(grid_.Size());
@@ -343,11 +343,10 @@ MemIteration MemEngine::Summary(int iteration, const SubspaceStep& step, double 
             .deviations = (chi_ - target_) / std::sqrt(2.0 * target_)};
 }
 
-void MemEngine::Write(float* result) const
+void MemEngine::Write(float* result)
 {
+    loops_.Fill(image_, [this](std::size_t i) { return image_[i] / scale_; });
     grid_.Take(image_.data(), result);
-    const std::size_t count = static_cast<std::size_t>(job_.width) * static_cast<std::size_t>(job_.height);
-    std::transform(result, result + count, result, [this](float v) { return static_cast<float>(v / scale_); });
 }
 
 } // namespace

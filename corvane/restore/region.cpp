@@ -63,13 +63,16 @@ Region::Region(const CStlImage& image, const CRect* rect) : area_(image, rect)
 
 void Region::Read(const CStlImage& image, int plane, std::vector<float>& samples) const
 {
+    const std::int64_t end = image.GetWidth();
+    const std::int64_t before = std::clamp<std::int64_t>(-std::int64_t{area_.left}, 0, area_.width);
+    const std::int64_t inside = std::clamp<std::int64_t>(end - area_.left, before, area_.width);
     auto sample = samples.begin();
     for (std::int64_t y = 0; y < area_.height; ++y) {
         const std::int64_t row = std::clamp<std::int64_t>(area_.top + y, 0, image.GetHeight() - 1);
-        const float* from = image.GetImageAdr(0, static_cast<int>(row), plane, 1);
-        for (std::int64_t x = 0; x < area_.width; ++x) {
-            *sample++ = from[std::clamp<std::int64_t>(area_.left + x, 0, image.GetWidth() - 1)];
-        }
+        const float* const from = image.GetImageAdr(0, static_cast<int>(row), plane, 1);
+        sample = std::fill_n(sample, before, from[0]);
+        sample = std::copy_n(from + area_.left + before, inside - before, sample);
+        sample = std::fill_n(sample, area_.width - inside, from[end - 1]);
     }
 }
 

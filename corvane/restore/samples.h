@@ -37,6 +37,14 @@ public:
     /// Blocks of `ForBlocks`.
     int Blocks() const { return static_cast<int>((count_ + kBlock - 1) / kBlock); }
 
+    /// Samples of one value.
+    Samples Make(float value) const
+    {
+        Samples samples(count_);
+        Fill(samples, [=](std::size_t) { return value; });
+        return samples;
+    }
+
     /// out[i] = map(i) for every sample. The map may read sample i of `out`, but no other one.
     template <class Map>
     void Fill(Samples& out, Map map) const
