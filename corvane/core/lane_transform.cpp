@@ -289,8 +289,8 @@ Lanes LaneTransform::Inverse(Lanes data, Lanes scratch) const
 Lanes LaneTransform::RunPasses(Lanes data, Lanes scratch) const
 {
     for (std::size_t i = 0; i < passes_.size(); std::swap(data, scratch)) {
-        const bool hasNext = i + 1 < passes_.size();
-        if (hasNext && RunTwice(passes_[i], passes_[i + 1], data, scratch)) {
+        const bool mayPair = kAreLanesARegister && i + 1 < passes_.size();
+        if (mayPair && RunTwice(passes_[i], passes_[i + 1], data, scratch)) {
             i += 2;
         } else {
             RunOnce(passes_[i++], data, scratch);
