@@ -21,6 +21,7 @@ struct WorkMemory {
     WorkMemory(const WorkMemory<Other>&) noexcept // NOLINT(google-explicit-constructor): allocators are converted
     {}
 
+    /// Room for so many elements; throws std::bad_alloc.
     T* allocate(std::size_t count)
     {
         if (count > std::numeric_limits<std::ptrdiff_t>::max() / sizeof(T)) {
@@ -32,6 +33,7 @@ struct WorkMemory {
         void* const pages = platform::AllocatePages(count * sizeof(T));
         return pages != nullptr ? static_cast<T*>(pages) : throw std::bad_alloc();
     }
+    /// Takes it back.
     void deallocate(T* memory, std::size_t count) noexcept
     {
         if (IsPaged(count)) {
@@ -46,12 +48,14 @@ struct WorkMemory {
     {
         ::new (static_cast<void*>(place)) Element;
     }
+    /// An element with one.
     template <class Element, class... Values>
     void construct(Element* place, Values&&... values)
     {
         ::new (static_cast<void*>(place)) Element(std::forward<Values>(values)...);
     }
 
+    /// Any takes back what another gave.
     friend bool operator==(const WorkMemory&, const WorkMemory&) { return true; }
 
 private:

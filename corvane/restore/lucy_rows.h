@@ -22,9 +22,9 @@ public:
     /// For grids of so many samples.
     LucyRows(std::size_t count, double gain, double readNoise, int threads);
 
-    SampleLoops loops;
-    Samples data;   ///< 0 at first
-    Samples weight; ///< 0 where a sample takes no part, else 1; 0 at first
+    SampleLoops loops; ///< over the samples of the grid
+    Samples data;      ///< 0 at first
+    Samples weight;    ///< 0 where a sample takes no part, else 1; 0 at first
 
     /// Leaves samples below a value out.
     void LeaveOut(double least);

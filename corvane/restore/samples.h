@@ -96,6 +96,7 @@ public:
         return sums.Totals();
     }
 
+    /// The same of terms that need nothing.
     template <int number, class Terms>
     std::array<double, number> Sum(Terms terms)
     {
