@@ -211,30 +211,38 @@ bool IsPaged(const CStlImage& image)
     return image.GetStore() != nullptr && image.GetStore()->IsPaged();
 }
 
-/// Sample by sample, so that the pages of a turned row, which may be most of the image, stay within the budget.
-void SamplePaged(const CStlImage& image, int plane, const Alignment& alignment, int x, int y, int count, double outside,
-                 double* values, int* inside)
-{
-    for (int i = 0; i < count; ++i) {
-        const Position at = alignment.Map(x + i, y);
-        inside[i] = at.x >= 0.0 && at.x < image.GetWidth() && at.y >= 0.0 && at.y < image.GetHeight() ? 1 : 0;
-        values[i] = inside[i] != 0 ? image.GetPixelGrayRaw(at.x, at.y, plane) : outside;
-    }
-}
-
-} // namespace
-
-RowSpan RowsTouched(const Alignment& alignment, int y, int count, int width, int height)
+/// The rows that columns `x` to before `x + count` of a frame's row y read.
+RowSpan RowsTouchedFrom(const Alignment& alignment, int x, int y, int count, int width, int height)
 {
     // The position moves along a line, so its ends bound it; a row of room on either side covers rounding.
-    const double first = alignment.Map(0, y).y;
-    const double last = alignment.Map(count - 1, y).y;
+    const double first = alignment.Map(x, y).y;
+    const double last = alignment.Map(x + count - 1, y).y;
     const double low = std::floor(std::min(first, last)) - 1.0;
     const double high = std::floor(std::max(first, last)) + 4.0; // the row below, and the sample that follows it
     if (width < 1 || count < 1 || !(high > 0.0) || !(low < height)) {
         return {0, 0};
     }
     return {static_cast<int>(std::max(low, 0.0)), static_cast<int>(std::min(high, static_cast<double>(height)))};
+}
+
+/// Brings in the pages that columns `x` to before `x + count` of a frame's row y read.
+void BringPages(const CStlImage& image, int plane, const Alignment& alignment, int x, int y, int count)
+{
+    const RowSpan rows = RowsTouchedFrom(alignment, x, y, count, image.GetWidth(), image.GetHeight());
+    if (!IsPaged(image) || rows.first == rows.end) {
+        return;
+    }
+    for (int row = rows.first; row < rows.end; row += image.GetStore()->GetRowsPerPage()) {
+        image.GetImageAdr(0, row, plane, 1);
+    }
+    image.GetImageAdr(0, rows.end - 1, plane, 1);
+}
+
+} // namespace
+
+RowSpan RowsTouched(const Alignment& alignment, int y, int count, int width, int height)
+{
+    return RowsTouchedFrom(alignment, 0, y, count, width, height);
 }
 
 void SampleAlignedRow(const PlaneRows& plane, const Alignment& alignment, int y, int count, double outside,
@@ -250,25 +258,24 @@ void SampleAlignedRow(const PlaneRows& plane, const Alignment& alignment, int y,
 void SampleAlignedRow(const CStlImage& image, int plane, const Alignment& alignment, int y, int count, double outside,
                       double* values, int* inside)
 {
-    const bool isPaged = IsPaged(image);
-    if (isPaged && !alignment.IsShift()) {
-        SamplePaged(image, plane, alignment, 0, y, count, outside, values, inside);
+    if (!alignment.IsShift()) {
+        SampleAlignedStretch(image, plane, alignment, 0, y, count, outside, values, inside);
         return;
     }
-    const RowSpan rows = RowsTouched(alignment, y, count, image.GetWidth(), image.GetHeight());
-    for (int row = rows.first; isPaged && row < rows.end; ++row) {
-        image.GetImageAdr(0, row, plane, 1);
-    }
+    BringPages(image, plane, alignment, 0, y, count);
     SampleAlignedRow(WholePlane(image, plane), alignment, y, count, outside, values, inside);
 }
 
 void SampleAlignedStretch(const CStlImage& image, int plane, const Alignment& alignment, int x, int y, int count,
                           double outside, double* values, int* inside)
 {
-    if (IsPaged(image)) {
-        SamplePaged(image, plane, alignment, x, y, count, outside, values, inside);
-    } else {
-        SampleAlignedStretch(WholePlane(image, plane), alignment, x, y, count, outside, values, inside);
+    constexpr int kPagedColumns = 64; // few, so that the pages that a steep turn reads stay within the budget
+    const int length = IsPaged(image) ? kPagedColumns : count;
+    const PlaneRows rows = WholePlane(image, plane);
+    for (int done = 0; done < count; done += length) {
+        const int columns = std::min(length, count - done);
+        BringPages(image, plane, alignment, x + done, y, columns);
+        SampleAlignedStretch(rows, alignment, x + done, y, columns, outside, values + done, inside + done);
     }
 }
 

@@ -46,6 +46,7 @@ Pager::~Pager()
 
 unsigned char* Pager::Touch(std::uint64_t offset, bool hold)
 {
+    const std::lock_guard lock(mutex_);
     const int page = static_cast<int>(offset / pageBytes_);
     int slot = map_.GetSlotIndex(page);
     if (slot < 0) {
@@ -66,6 +67,7 @@ bool Pager::Unhold(const void* address)
     if (offset < 0 || static_cast<std::uint64_t>(offset) >= file_.Size()) {
         return false;
     }
+    const std::lock_guard lock(mutex_);
     int& holds = holds_[static_cast<std::uint64_t>(offset) / pageBytes_];
     if (holds == 0) {
         return false;
@@ -76,6 +78,7 @@ bool Pager::Unhold(const void* address)
 
 void Pager::UnholdAll()
 {
+    const std::lock_guard lock(mutex_);
     if (state_.locked > 0) {
         std::fill(holds_.begin(), holds_.end(), 0);
     }

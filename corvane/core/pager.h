@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,8 @@ namespace corvane {
 ///
 /// The file is mapped whole, so an address stays good for the life of the store even when its page has been let go:
 /// touching it brings the page back. What the pager adds is the bound: while the process is over its budget, the page
-/// used longest ago is written back and released, pages that somebody holds last of all.
+/// used longest ago is written back and released, pages that somebody holds last of all. Several threads may use it: each
+/// call is alone, and reading or writing samples takes no turn.
 class Pager {
 public:
     /// Makes the file and maps it; pages are whole rows. Throws CMemoryException when there is no room for it.
@@ -29,7 +31,11 @@ public:
     void UnholdAll();
 
     std::uint64_t PageBytes() const { return pageBytes_; }
-    const CVmMemory& State() const { return state_; }
+    CVmMemory State() const
+    {
+        const std::lock_guard lock(mutex_);
+        return state_;
+    }
 
 private:
     struct Slot {
@@ -48,6 +54,7 @@ private:
 
     std::uint64_t pageBytes_;
     platform::SpillFile file_;
+    mutable std::mutex mutex_; ///< of all that follows
     CVmHandle map_;
     CVmMemory state_;
     std::vector<int> holds_; ///< how often each page is held, in memory or not

@@ -123,9 +123,11 @@ unsigned char* CVmImage::GetHeldAdr(std::uint64_t byteOffset, int /*readOnly*/, 
 {
     const bool held = hold == 2 && bytes_ > 0;
     unsigned char* const address = pager_ != nullptr ? pager_->Touch(byteOffset, held) : data_ + byteOffset;
-    locks_ += held ? 1 : 0;
-    if (held && lockHandle != nullptr) {
-        *lockHandle = address;
+    if (held) {
+        ++locks_;
+        if (lockHandle != nullptr) {
+            *lockHandle = address;
+        }
     }
     return address;
 }

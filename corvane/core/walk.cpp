@@ -7,16 +7,14 @@ namespace {
 
 constexpr int kBlockSamples = 1 << 16; // its rows stay in a near cache, and threads end at about the same time
 
-bool IsPaged(const CImage& image)
-{
-    return image.GetStore() != nullptr && image.GetStore()->IsPaged();
-}
-
 /// Whether any byte belongs to the samples of both.
 bool Overlap(const CImage& a, const CImage& b)
 {
     if (a.GetPixelCount() == 0 || b.GetPixelCount() == 0) {
         return false;
+    }
+    if (a.GetStore()->IsPaged() || b.GetStore()->IsPaged()) { // which is asked no address: it would bring a page in
+        return a.GetStore() == b.GetStore();
     }
     const std::less<const unsigned char*> isBefore;
     const unsigned char* const ofA = a.GetStore()->GetImageAdr(0, 1);
@@ -41,9 +39,8 @@ RowBlock RowBlocks::operator[](int i) const
 
 bool MayShareWork(const CImage& target, std::initializer_list<const CImage*> sources)
 {
-    return !IsPaged(target) && std::none_of(sources.begin(), sources.end(), [&](const CImage* source) {
-        return IsPaged(*source) || Overlap(target, *source);
-    });
+    return std::none_of(sources.begin(), sources.end(),
+                        [&](const CImage* source) { return source != nullptr && Overlap(target, *source); });
 }
 
 } // namespace corvane

@@ -8,6 +8,7 @@
 
 #include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
+#include "corvane/core/threads.h"
 #include "corvane/platform/export.h"
 #include "corvane/platform/workers.h"
 
@@ -52,6 +53,8 @@ struct RowBlock {
     int plane;
     int first;
     int end;
+
+    int Rows() const { return end - first; }
 };
 
 /// The rows of an area in each of so many planes, cut into blocks by their length alone: plane after plane, from the
@@ -73,25 +76,67 @@ private:
     int blocksOfPlane_;
 };
 
-/// Whether several threads may write rows of `target` while they read any of `sources`: none of the images is paged,
-/// since a page table belongs to one thread, and none of the sources shares samples with the target.
+/// Whether several threads may write rows of `target` while they read any of `sources`: none of these shares samples with
+/// it. Null is none.
 CORVANE_VISIBLE bool MayShareWork(const CImage& target, std::initializer_list<const CImage*> sources);
 
-/// Calls body(block) for blocks of rows of `target` that are made from `sources`, on the workers of the stage's run
-/// where there is enough to do, and counts `steps` steps a row on the caller's thread. Images that may not share work
-/// are walked by the caller alone. `body` has no state that two blocks share, and no run that somebody listens to.
+/// How many threads work on such blocks where so many may: one where there is little to do.
+inline int ThreadsFor(const RowBlocks& blocks, int most = Threads())
+{
+    return blocks.Samples() < kFewSamples ? 1 : most;
+}
+
+/// Calls body(block) for blocks of rows, on the workers where there is enough to do, and tick(block) for one after the
+/// other, when it and all before it are done, on the caller's thread. A body of two parameters is told the number of its
+/// thread, too. `body` has no state that two blocks share, and no run that somebody listens to.
+template <class Body, class Tick>
+void ForRowBlocks(const RowBlocks& blocks, int threads, Body body, Tick tick)
+{
+    const auto call = [&](int i, int thread) {
+        if constexpr (std::is_invocable_v<Body&, RowBlock, int>) {
+            body(blocks[i], thread);
+        } else {
+            body(blocks[i]);
+        }
+    };
+    platform::ForBlocks(blocks.Count(), ThreadsFor(blocks, threads), call, [&](int i) { tick(blocks[i]); });
+}
+
+/// The same where nobody counts, on as many threads as `Threads` says.
+template <class Body>
+void ForRowBlocks(const RowBlocks& blocks, Body body)
+{
+    ForRowBlocks(blocks, Threads(), body, [](const RowBlock&) {});
+}
+
+/// Counts the rows of a block, one after the other.
+inline void CountRows(Stage& stage, const RowBlock& block, int steps = 1)
+{
+    for (int step = block.Rows() * steps; step > 0; --step) {
+        stage.Step();
+    }
+}
+
+/// Calls visit(row, plane) for every row of the first planes of an image, to be written, on the workers where there is
+/// enough to do.
+template <class Visit>
+void WriteRows(CStlImage& image, int planes, Visit visit)
+{
+    ForRowBlocks(RowBlocks(WorkingArea(image, nullptr), planes), [&](const RowBlock& block) {
+        for (int y = block.first; y < block.end; ++y) {
+            visit(image.GetImageAdr(0, y, block.plane), block.plane);
+        }
+    });
+}
+
+/// Calls body(block) for blocks of rows of `target` that are made from `sources`, on the workers of the stage's run, and
+/// counts `steps` steps a row. Images that may not share work are walked by the caller alone.
 template <class Body>
 void WalkBlocks(const RowBlocks& blocks, const CImage& target, std::initializer_list<const CImage*> sources,
                 Stage& stage, int steps, Body body)
 {
-    const int threads = blocks.Samples() < kFewSamples || !MayShareWork(target, sources) ? 1 : stage.Threads();
-    platform::ForBlocks(
-        blocks.Count(), threads, [&](int i) { body(blocks[i]); },
-        [&](int i) {
-            for (int step = (blocks[i].end - blocks[i].first) * steps; step > 0; --step) {
-                stage.Step();
-            }
-        });
+    ForRowBlocks(blocks, MayShareWork(target, sources) ? stage.Threads() : 1, body,
+                 [&](const RowBlock& block) { CountRows(stage, block, steps); });
 }
 
 /// Calls row(y) for the rows of an area of `target`, whose planes are taken together: a stage with one step a row. Each
@@ -126,13 +171,15 @@ auto KernelsOf(const CImage& target, KernelOf kernelOf)
 /// Source and target usually have one size. A smaller source is not read outside: rows below it repeat its last row,
 /// planes it does not have repeat its last plane, and target columns to the right of it keep their samples. So do all
 /// where the source has no samples.
+/// A source that is the target is read where it is written, so its rows may go to several threads like others.
 template <class KernelOf>
 void WalkArea(CStlImage& target, const CStlImage& source, const CRect& area, Stage& stage, KernelOf kernelOf)
 {
     const auto kernels = KernelsOf(target, kernelOf);
     const int count = std::min<int>(area.right, source.GetWidth()) - static_cast<int>(area.left);
     const int end = count > 0 && source.GetPixelCount() > 0 ? static_cast<int>(area.bottom) : 0;
-    WalkBlocks(RowBlocks(area, target.GetPlanes()), target, {&source}, stage, 1, [&](const RowBlock& block) {
+    const CImage* const other = &source == &target ? nullptr : &source;
+    WalkBlocks(RowBlocks(area, target.GetPlanes()), target, {other}, stage, 1, [&](const RowBlock& block) {
         const auto& kernel = kernels[static_cast<std::size_t>(block.plane)];
         for (int y = block.first; y < std::min(block.end, end); ++y) {
             kernel(source.GetImageAdr(area.left, y, PlaneOf(source, block.plane), 1),

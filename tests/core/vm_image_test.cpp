@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "corvane/core/memory_budget.h"
+#include "corvane/core/run.h"
+#include "corvane/geometry/rotate.h"
 #include "corvane/platform/memory_exception.h"
 #include "corvane/tone/invert.h"
 #include "tests/support/images.h"
@@ -106,6 +108,36 @@ TEST(PagedStore, WorksLikePlainMemoryAndGivesItBack)
         EXPECT_EQ(*paged.GetImageAdr(999, 598, 2), *plain.GetImageAdr(999, 598, 2));
     }
     EXPECT_EQ(corvane::MemoryInUse(), before);
+}
+
+TEST(PagedStore, StaysWithinTheBoundWithManyThreads)
+{
+    const auto invert = [](auto& result, const CStlImage& source, const corvane::Run& run) {
+        result.Do(source, nullptr, run);
+    };
+    const auto turn = [](auto& result, const CStlImage& source, const corvane::Run& run) {
+        result.Do(33.3, nullptr, source, 0, run);
+    };
+    const CStlImage plain = RandomImage(kLarge, 3, 8);
+    CImgInvert inverted(plain);
+    invert(inverted, plain, {});
+    CImgRotate turned(plain);
+    turn(turned, plain, {});
+    const TightMemory tight(kMiB);
+    const CStlImage paged(plain);
+    const auto expectSame = [&](auto result, auto work, const CStlImage& expected) {
+        std::uint64_t most = 0;
+        corvane::Run run;
+        run.threads = 8;
+        run.progress = [&](const corvane::Progress&) {
+            most = std::max({most, paged.GetStore()->GetResidentBytes(), result.GetStore()->GetResidentBytes()});
+        };
+        work(result, paged, run);
+        EXPECT_EQ(Samples(result), Samples(expected));
+        EXPECT_LE(most, 4ULL * paged.GetStore()->GetRowsPerPage() * kLarge.width * sizeof(float));
+    };
+    expectSame(CImgInvert(paged), invert, inverted);
+    expectSame(CImgRotate(paged), turn, turned);
 }
 
 TEST(PagedStore, WithoutASpillFolderThereIsNoMemory)
