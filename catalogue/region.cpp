@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "corvane/core/blank.h"
+#include "corvane/core/fold.h"
 #include "corvane/measure/pixel_info.h"
 
 namespace corvane::catalogue {
@@ -20,11 +21,20 @@ public:
     {
         info_.SetBlank(kUndefined);
         const BlankTest isBlank(image);
-        for (int y = 0; y < rect.Height(); ++y) {
-            const float* const in =
-                image.GetImageAdr(static_cast<int>(rect.left), static_cast<int>(rect.top) + y, plane, 1);
-            CopyRow(in, info_.GetImageAdr(0, y, 0), isBlank);
-        }
+        const auto copyBlock = [&](const RowBlock& block) {
+            RegionMeasures part;
+            for (int y = block.first; y < block.end; ++y) {
+                const float* const in =
+                    image.GetImageAdr(static_cast<int>(rect.left), static_cast<int>(rect.top) + y, plane, 1);
+                CopyRow(in, isBlank, rect.Width(), info_.GetImageAdr(0, y, 0), part);
+            }
+            return part;
+        };
+        FoldBlocks(RowBlocks({0, 0, rect.Width(), rect.Height()}), copyBlock, [this](const RegionMeasures& part) {
+            measures_.blank += part.blank;
+            measures_.infinite += part.infinite;
+            measures_.counted += part.counted;
+        });
         info_.SetBlankUsed(measures_.blank + measures_.infinite > 0);
         BeginWithOneThatCounts();
     }
@@ -43,15 +53,15 @@ public:
     }
 
 private:
-    void CopyRow(const float* in, float* out, const BlankTest& isBlank)
+    static void CopyRow(const float* in, const BlankTest& isBlank, int count, float* out, RegionMeasures& counts)
     {
-        for (int x = 0; x < info_.GetWidth(); ++x) {
+        for (int x = 0; x < count; ++x) {
             const bool blank = isBlank(in[x]);
             const bool infinite = !std::isfinite(in[x]);
             const bool counted = !blank & !infinite;
-            measures_.blank += blank;
-            measures_.infinite += infinite;
-            measures_.counted += counted;
+            counts.blank += blank;
+            counts.infinite += infinite;
+            counts.counted += counted;
             out[x] = counted ? in[x] : static_cast<float>(kUndefined);
         }
     }

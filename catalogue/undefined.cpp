@@ -5,7 +5,7 @@
 
 #include "corvane/core/blank.h"
 #include "corvane/core/error.h"
-#include "corvane/core/walk.h"
+#include "corvane/core/fold.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -28,9 +28,15 @@ void MarkUndefined(io::Frame& frame)
     CStlImage& image = frame.image;
     const BlankTest isBlank(image);
     long long defined = 0;
-    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
-        ForEachRow(image, plane, [&](float* row) { defined += MarkRow(isBlank, row, image.GetWidth()); });
-    }
+    const auto markBlock = [&](const RowBlock& block) {
+        long long marked = 0;
+        for (int y = block.first; y < block.end; ++y) {
+            marked += MarkRow(isBlank, image.GetImageAdr(0, y, block.plane), image.GetWidth());
+        }
+        return marked;
+    };
+    FoldBlocks(RowBlocks(WorkingArea(image, nullptr), image.GetPlanes()), markBlock,
+               [&](long long part) { defined += part; });
     if (defined == 0) {
         throw FileError(image.GetOrgFileName(), "has no sample that is defined");
     }

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "corvane/core/walk.h"
+#include "corvane/core/fold.h"
 
 namespace corvane {
 namespace {
@@ -20,15 +20,17 @@ bool IsUndefined(float v, const BlankTest& isBlank)
 long long CountUndefined(const CStlImage& image, const BlankTest& isBlank)
 {
     long long count = 0;
-    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
-        ForEachRow(image, plane, [&](const float* row) {
-            int undefined = 0;
+    const auto countIn = [&](const RowBlock& block) {
+        int undefined = 0;
+        for (int y = block.first; y < block.end; ++y) {
+            const float* const row = image.GetImageAdr(0, y, block.plane, 1);
             for (int x = 0; x < image.GetWidth(); ++x) {
                 undefined += IsUndefined(row[x], isBlank) ? 1 : 0;
             }
-            count += undefined;
-        });
-    }
+        }
+        return undefined;
+    };
+    FoldBlocks(RowBlocks(WorkingArea(image, nullptr), image.GetPlanes()), countIn, [&](int part) { count += part; });
     return count;
 }
 
@@ -46,13 +48,11 @@ long long MarkGaps(CStlImage& image)
     if (count == 0) {
         return 0;
     }
-    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
-        ForEachRow(image, plane, [&](float* row) {
-            for (int x = 0; x < image.GetWidth(); ++x) {
-                row[x] = IsUndefined(row[x], isBlank) ? kGap : row[x];
-            }
-        });
-    }
+    WriteRows(image, image.GetPlanes(), [&](float* row, int) {
+        for (int x = 0; x < image.GetWidth(); ++x) {
+            row[x] = IsUndefined(row[x], isBlank) ? kGap : row[x];
+        }
+    });
     image.SetBlankUsed(0);
     return count;
 }

@@ -16,7 +16,7 @@ CORVANE_VISIBLE bool HoldsDefined(const float* row, std::ptrdiff_t count, const 
 /// there are; an image without any is left as it is.
 CORVANE_VISIBLE long long MarkGaps(CStlImage& image);
 
-/// Mean of the samples of a plane that are not NaN; NaN when there is none.
+/// Mean of the samples of a plane that are not NaN, on one thread, in one sum; NaN when there is none.
 CORVANE_VISIBLE double MeanBesideGaps(const CStlImage& image, int plane);
 
 /// Makes the samples of a row NaN where those of another one are.

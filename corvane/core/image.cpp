@@ -5,7 +5,7 @@
 #include <cstring>
 #include <utility>
 
-#include "corvane/core/progress_notice.h"
+#include "corvane/core/noted_rows.h"
 #include "corvane/platform/memory_exception.h"
 
 namespace {
@@ -164,16 +164,12 @@ int CImage::ChangeSize(int width, int height, HWND window, const char* text)
 /// Copies the samples that lie in both.
 void CImage::CopyInto(CImage& resized, HWND window, const char* text) const
 {
-    const int rows = std::min(resized.GetHeight(), GetHeight());
-    const std::size_t bytes =
-        static_cast<std::size_t>(std::min(resized.GetWidth(), GetWidth())) * static_cast<std::size_t>(GetBytesPixel());
-    corvane::ProgressNotice notice(window, text, static_cast<std::uint64_t>(std::max(rows, 0)) * GetPlanes());
-    for (int plane = 0; store_ != nullptr && plane < GetPlanes(); ++plane) {
-        for (int y = 0; y < rows; ++y) {
-            std::memcpy(resized.GetImageAdr(0, y, plane), GetImageAdr(0, y, plane, 1), bytes);
-            notice.Advance(1);
-        }
-    }
+    const int width = std::min(resized.GetWidth(), GetWidth());
+    const int rows = store_ == nullptr ? 0 : std::max(std::min(resized.GetHeight(), GetHeight()), 0);
+    const std::size_t bytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(GetBytesPixel());
+    corvane::ForNotedRows(width, rows, GetPlanes(), window, text, [&](int y, int plane) {
+        std::memcpy(resized.GetImageAdr(0, y, plane), GetImageAdr(0, y, plane, 1), bytes);
+    });
 }
 
 int CImage::ChangePlanes(int planes, HWND window, const char* text)
@@ -196,18 +192,17 @@ void CImage::CopyPlanes(CImage& changed, HWND window, const char* text) const
     const int planes = changed.GetPlanes();
     const int before = GetPlanes();
     const std::size_t bytes = static_cast<std::size_t>(GetWidth()) * static_cast<std::size_t>(GetBytesPixel());
-    corvane::ProgressNotice notice(window, text, static_cast<std::uint64_t>(planes) * GetHeight());
+    const auto sourceOf = [=](int plane) { return plane < before ? plane : 0; };
     for (int plane = 0; plane < planes; ++plane) {
-        const int from = plane < before ? plane : 0;
-        if (from != plane) {
+        if (sourceOf(plane) != plane) {
             changed.SetLevel(plane, GetLevelMin(0), GetLevelMax(0));
             changed.SetOrgDefaultLevel(plane, GetOrgDefaultLevelMin(0), GetOrgDefaultLevelMax(0));
         }
-        for (int y = 0; store_ != nullptr && y < GetHeight(); ++y) {
-            std::memcpy(changed.GetImageAdr(0, y, plane), GetImageAdr(0, y, from, 1), bytes);
-            notice.Advance(1);
-        }
     }
+    const int rows = store_ == nullptr ? 0 : GetHeight();
+    corvane::ForNotedRows(GetWidth(), rows, planes, window, text, [&](int y, int plane) {
+        std::memcpy(changed.GetImageAdr(0, y, plane), GetImageAdr(0, y, sourceOf(plane), 1), bytes);
+    });
 }
 
 int CImage::SetLevel(int plane, double min, double max)

@@ -8,9 +8,9 @@
 #include <type_traits>
 
 #include "corvane/core/blank.h"
+#include "corvane/core/fold.h"
 #include "corvane/core/image.h"
-#include "corvane/core/progress_notice.h"
-#include "corvane/core/reductions.h"
+#include "corvane/core/noted_rows.h"
 #include "corvane/core/sample_type.h"
 #include "corvane/platform/memory_exception.h"
 
@@ -89,17 +89,18 @@ double CImage::GetPixel(const unsigned char* ptr) const
 
 void CImage::GetMinMax(int plane, double* min, double* max) const
 {
-    corvane::Extremes extremes;
     const corvane::BlankTest isBlank(*this);
-    for (int y = 0; store_ != nullptr && plane >= 0 && plane < GetPlanes() && y < GetHeight(); ++y) {
+    const bool hasSamples = store_ != nullptr && plane >= 0 && plane < GetPlanes();
+    const CRect area(0, 0, GetWidth(), hasSamples ? GetHeight() : 0);
+    const corvane::Extremes extremes = corvane::ExtremesOf(area, [&](corvane::Extremes& part, int y) {
         const unsigned char* row = GetImageAdr(0, y, plane, 1);
         if (record_.bitsPixel == -32) {
-            extremes.Add(reinterpret_cast<const float*>(row), GetWidth(), isBlank);
+            part.Add(reinterpret_cast<const float*>(row), GetWidth(), isBlank);
         } else {
-            extremes.Add(
+            part.Add(
                 GetWidth(), [&](int x) { return GetPixel(row + x * GetBytesPixel()); }, isBlank);
         }
-    }
+    });
     *min = extremes.Empty() ? 0.0 : extremes.Min();
     *max = extremes.Empty() ? 0.0 : extremes.Max();
 }
@@ -119,19 +120,16 @@ int CImage::Convert(int bits, int physical, int saturate, HWND window, const cha
     if (convert == nullptr || store_ == nullptr) {
         return 0;
     }
-    changed.store_ = std::make_shared<CVmImage>(GetWidth(), GetHeight(), GetPlanes(), changed.GetBytesPixel());
+    changed.store_ = std::make_shared<CVmImage>(GetWidth(), GetHeight(), GetPlanes(), changed.GetBytesPixel(),
+                                                CVmImage::Contents::kUndefined);
     Conversion how{1.0, 0.0, saturate != 0, IsBlankUsed() ? static_cast<double>(GetBlank()) : 0.0};
     if (physical != 0) {
         how.scale = std::exchange(changed.record_.bscale, 1.0);
         how.zero = std::exchange(changed.record_.bzero, 0.0);
     }
-    corvane::ProgressNotice notice(window, text, static_cast<std::uint64_t>(GetHeight()) * GetPlanes());
-    for (int plane = 0; plane < GetPlanes(); ++plane) {
-        for (int y = 0; y < GetHeight(); ++y) {
-            convert(GetImageAdr(0, y, plane, 1), changed.GetImageAdr(0, y, plane), GetWidth(), how);
-            notice.Advance(1);
-        }
-    }
+    corvane::ForNotedRows(GetWidth(), GetHeight(), GetPlanes(), window, text, [&](int y, int plane) {
+        convert(GetImageAdr(0, y, plane, 1), changed.GetImageAdr(0, y, plane), GetWidth(), how);
+    });
     Swap(&changed);
     return 1;
 }

@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
-#include "corvane/core/reductions.h"
+#include "corvane/core/fold.h"
 #include "corvane/core/stl_image.h"
-#include "corvane/core/walk.h"
 
 using namespace corvane;
 
@@ -43,8 +41,9 @@ void CStlImage::SetLevel(int plane, double min, double max)
 void CStlImage::CalcMinMax()
 {
     for (int plane = 0; plane < std::min(GetPlanes(), 3); ++plane) {
-        Extremes extremes;
-        ForEachRow(std::as_const(*this), plane, [&](const float* row) { extremes.Add(row, GetWidth()); });
+        const Extremes extremes = ExtremesOf(WorkingArea(*this, nullptr), [&](Extremes& part, int y) {
+            part.Add(GetImageAdr(0, y, plane, 1), GetWidth());
+        });
         const float first = GetPixelGrayRaw(0, 0, plane);
         const bool isFirst = std::isnan(first) || extremes.Empty(); // nothing compares with NaN
         minPixel_[plane] = isFirst ? first : static_cast<float>(extremes.Min());
@@ -70,7 +69,6 @@ void CStlImage::RestoreOrgLevel()
 
 void CStlImage::CutOutOfLevel()
 {
-    for (int plane = 0; plane < GetPlanes(); ++plane) {
-        ForEachRow(*this, plane, [&](float* row) { CutRow(row, GetWidth(), GetLevelMin(plane), GetLevelMax(plane)); });
-    }
+    WriteRows(*this, GetPlanes(),
+              [&](float* row, int plane) { CutRow(row, GetWidth(), GetLevelMin(plane), GetLevelMax(plane)); });
 }

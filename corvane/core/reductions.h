@@ -66,6 +66,13 @@ public:
         }
     }
 
+    /// Adds values that come behind, as if one by one.
+    void Add(const Extremes& others)
+    {
+        min_ = others.min_ < min_ ? others.min_ : min_;
+        max_ = others.max_ > max_ ? others.max_ : max_;
+    }
+
     bool Empty() const { return min_ > max_; }
     double Min() const { return min_; }
     double Max() const { return max_; }

@@ -38,24 +38,22 @@ struct ClampedSpan {
     std::uint64_t On(int i) const { return 1 + (i == first ? moreOnFirst : 0) + (i == Last() ? moreOnLast : 0); }
 };
 
-/// Walks a region of positions, those outside moved to the edge, as runs of samples: visit(samples, count, weight) says
-/// that each of the samples lies on `weight` positions. Of each row, lengthOf(samples, count) says how many samples
-/// take part; positions behind the first that does not are left out.
+/// Visits row y of a region of positions, those outside moved to the edge, as runs of samples:
+/// visit(samples, count, weight) says that each of the samples lies on `weight` positions. lengthOf(samples, count) says
+/// how many samples of the row take part; positions behind the first that does not are left out.
 template <class LengthOf, class Visit>
-void VisitRuns(const CStlImage& image, int plane, const ClampedSpan& columns, const ClampedSpan& rows,
+void VisitRuns(const CStlImage& image, int plane, const ClampedSpan& columns, const ClampedSpan& rows, int y,
                LengthOf lengthOf, Visit visit)
 {
-    for (int y = rows.first; columns.count > 0 && y < rows.first + rows.count; ++y) {
-        const float* const row = image.GetImageAdr(columns.first, y, plane, 1);
-        const int length = lengthOf(row, columns.count);
-        const std::uint64_t weight = rows.On(y);
-        visit(row, length, weight);
-        if (length > 0 && columns.moreOnFirst > 0) {
-            visit(row, 1, weight * columns.moreOnFirst);
-        }
-        if (length == columns.count && columns.moreOnLast > 0) {
-            visit(row + length - 1, 1, weight * columns.moreOnLast);
-        }
+    const float* const row = image.GetImageAdr(columns.first, y, plane, 1);
+    const int length = lengthOf(row, columns.count);
+    const std::uint64_t weight = rows.On(y);
+    visit(row, length, weight);
+    if (length > 0 && columns.moreOnFirst > 0) {
+        visit(row, 1, weight * columns.moreOnFirst);
+    }
+    if (length == columns.count && columns.moreOnLast > 0) {
+        visit(row + length - 1, 1, weight * columns.moreOnLast);
     }
 }
 
@@ -66,8 +64,15 @@ struct WeightedSum {
 
     double Mean() const { return sum / count; }
 
-    /// Adds the samples that are not blank.
-    void Add(const float* samples, int length, std::uint64_t weight, BlankTest isBlank)
+    void Add(const WeightedSum& term)
+    {
+        sum += term.sum;
+        count += term.count;
+    }
+
+    /// Calls visit(term) with what the samples that are not blank come to: terms that are to be added in their order.
+    template <class Visit>
+    static void VisitTerms(const float* samples, int length, std::uint64_t weight, BlankTest isBlank, Visit visit)
     {
         Sums<2> sums;
         // Multiplied, not chosen: the compiler makes a branch of a choice between adding and not.
@@ -76,8 +81,8 @@ struct WeightedSum {
             term[0] = term[1] * samples[x];
         });
         for (int lane = 0; lane < sums.kLanes; ++lane) {
-            sum += sums.Lane(0, lane) * static_cast<double>(weight);
-            count += sums.Lane(1, lane) * static_cast<double>(weight);
+            visit(WeightedSum{sums.Lane(0, lane) * static_cast<double>(weight),
+                              sums.Lane(1, lane) * static_cast<double>(weight)});
         }
     }
 };

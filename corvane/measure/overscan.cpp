@@ -39,17 +39,20 @@ struct Strip {
     template <class Visit>
     void ForEachRun(Visit visit) const
     {
-        VisitRuns(
-            image, 0, columns, rows,
-            [isBlank = BlankTest(image)](const float* row, int count) { return LengthToBlank(row, count, isBlank); },
-            visit);
+        const auto lengthOf = [isBlank = BlankTest(image)](const float* row, int count) {
+            return LengthToBlank(row, count, isBlank);
+        };
+        for (int y = rows.first; columns.count > 0 && y <= rows.Last(); ++y) {
+            VisitRuns(image, 0, columns, rows, y, lengthOf, visit);
+        }
     }
 
     std::optional<double> PlainMean() const
     {
         WeightedSum sum;
         ForEachRun([&](const float* samples, int length, std::uint64_t weight) {
-            sum.Add(samples, length, weight, BlankTest());
+            WeightedSum::VisitTerms(samples, length, weight, BlankTest(),
+                                    [&](const WeightedSum& term) { sum.Add(term); });
         });
         return sum.count > 0.0 ? std::optional(sum.Mean()) : std::nullopt;
     }
@@ -76,7 +79,7 @@ ClampedSpan Between(int a, int b, int size)
 void Subtract(CStlImage& image, double bias)
 {
     const BlankTest isBlank(image);
-    ForEachRow(image, 0, [&](float* row) {
+    WriteRows(image, 1, [&](float* row, int) {
         const int length = LengthToBlank(row, image.GetWidth(), isBlank);
         std::transform(row, row + length, row, [=](float v) { return static_cast<float>(v - bias); });
     });

@@ -4,10 +4,11 @@
 #include <bit>
 #include <cstdint>
 #include <limits>
+#include <numeric>
 #include <vector>
 
 #include "corvane/core/blank.h"
-#include "corvane/core/reductions.h"
+#include "corvane/core/fold.h"
 #include "corvane/measure/clamped_region.h"
 
 using namespace corvane;
@@ -32,58 +33,41 @@ float FloatOf(std::uint32_t key)
     return std::bit_cast<float>(key & kSign ? key ^ kSign : ~key);
 }
 
-/// Counts one half of the bits of keys, to find which value a rank falls on.
-class HalfCounts {
-public:
-    /// Counts binOf(sample) of each sample, as often as the weight says; kNoBin is not counted.
-    template <class BinOf>
-    void Add(const float* samples, int length, std::uint64_t weight, BinOf binOf)
-    {
-        for (int begin = 0; begin < length; begin += kBlock) {
-            std::uint32_t bins[kBlock];
-            const int size = std::min(kBlock, length - begin);
-            for (int i = 0; i < size; ++i) {
-                bins[i] = binOf(samples[begin + i]);
-            }
-            // Those that count move together first: a branch for each would be foreseen badly.
-            int counted = 0;
-            for (int i = 0; i < size; ++i) {
-                bins[counted] = bins[i];
-                counted += bins[i] != kNoBin;
-            }
-            for (int i = 0; i < counted; ++i) {
-                counts_[bins[i]] += weight;
-            }
+constexpr std::size_t kHalves = 0x10000; ///< values of one half of the bits of keys
+constexpr std::uint32_t kNoBin = 0xFFFFFFFFU;
+
+/// Counts binOf(sample) of each sample, as often as the weight says; kNoBin is not counted.
+template <class BinOf>
+void CountHalves(const float* samples, int length, std::uint64_t weight, BinOf binOf, std::uint64_t* counts)
+{
+    constexpr int kBlock = 512;
+    for (int begin = 0; begin < length; begin += kBlock) {
+        std::uint32_t bins[kBlock];
+        const int size = std::min(kBlock, length - begin);
+        for (int i = 0; i < size; ++i) {
+            bins[i] = binOf(samples[begin + i]);
+        }
+        // Those that count move together first: a branch for each would be foreseen badly.
+        int counted = 0;
+        for (int i = 0; i < size; ++i) {
+            bins[counted] = bins[i];
+            counted += bins[i] != kNoBin;
+        }
+        for (int i = 0; i < counted; ++i) {
+            counts[bins[i]] += weight;
         }
     }
+}
 
-    std::uint64_t Total() const
-    {
-        std::uint64_t total = 0;
-        for (const std::uint64_t count : counts_) {
-            total += count;
-        }
-        return total;
+/// The bin that holds the element of a rank; the rank becomes that within the bin. The rank must be below the total.
+std::uint32_t FindBin(const std::vector<std::uint64_t>& counts, std::uint64_t& rank)
+{
+    std::uint32_t bin = 0;
+    for (; rank >= counts[bin]; ++bin) {
+        rank -= counts[bin];
     }
-
-    /// The bin that holds the element of a rank; the rank becomes that within the bin. The rank must be below the
-    /// total.
-    std::uint32_t Find(std::uint64_t& rank) const
-    {
-        std::uint32_t bin = 0;
-        for (; rank >= counts_[bin]; ++bin) {
-            rank -= counts_[bin];
-        }
-        return bin;
-    }
-
-    static constexpr std::uint32_t kNoBin = 0xFFFFFFFFU;
-
-private:
-    static constexpr int kBlock = 512;
-
-    std::vector<std::uint64_t> counts_ = std::vector<std::uint64_t>(0x10000);
-};
+    return bin;
+}
 
 struct Measures {
     double max;
@@ -101,61 +85,91 @@ bool IsOnePixel(const CRect& rect)
 }
 
 /// The samples of one plane on the positions of a rectangle.
-struct Region {
-    const CStlImage& image;
-    int plane;
-    ClampedSpan columns;
-    ClampedSpan rows;
-    BlankTest isBlank;
-
-    Region(const CStlImage& measured, int p, const CRect& rect)
-        : image(measured), plane(p), columns(rect.left, rect.right, measured.GetWidth()),
-          rows(rect.top, rect.bottom, measured.GetHeight()), isBlank(measured)
+class Region {
+public:
+    Region(const CStlImage& image, int plane, const CRect& rect)
+        : image_(image), plane_(plane), columns_(rect.left, rect.right, image.GetWidth()),
+          rows_(rect.top, rect.bottom, image.GetHeight()),
+          blocks_({0, rows_.first, columns_.count, columns_.count > 0 ? rows_.first + rows_.count : rows_.first}),
+          isBlank_(image)
     {}
-
-    template <class Run>
-    void Visit(Run visit) const
-    {
-        VisitRuns(
-            image, plane, columns, rows, [](const float*, int count) { return count; }, visit);
-    }
 
     Measures Measure(double corner, bool withMedian) const
     {
         Extremes extremes;
         WeightedSum sum;
-        Visit([&](const float* samples, int length, std::uint64_t weight) {
-            extremes.Add(samples, length, isBlank);
-            sum.Add(samples, length, weight, isBlank);
-        });
+        const auto fold = [&](const Part& part) {
+            extremes.Add(part.extremes);
+            std::for_each(part.terms.begin(), part.terms.end(), [&](const WeightedSum& term) { sum.Add(term); });
+        };
+        FoldBlocks(
+            blocks_, [this](const RowBlock& block) { return PartOf(block); }, fold);
         return {extremes.Max() > corner ? extremes.Max() : corner, extremes.Min() < corner ? extremes.Min() : corner,
                 sum.Mean(), withMedian ? Median() : 0.0};
+    }
+
+private:
+    /// What a block of rows comes to.
+    struct Part {
+        Extremes extremes;
+        std::vector<WeightedSum> terms; ///< apart: sums of several rows would depend on where a block begins
+    };
+
+    template <class VisitRun>
+    void Visit(const RowBlock& block, VisitRun visit) const
+    {
+        for (int y = block.first; y < block.end; ++y) {
+            VisitRuns(
+                image_, plane_, columns_, rows_, y, [](const float*, int count) { return count; }, visit);
+        }
+    }
+
+    Part PartOf(const RowBlock& block) const
+    {
+        Part part;
+        Visit(block, [&](const float* samples, int length, std::uint64_t weight) {
+            part.extremes.Add(samples, length, isBlank_);
+            WeightedSum::VisitTerms(samples, length, weight, isBlank_,
+                                    [&](const WeightedSum& term) { part.terms.push_back(term); });
+        });
+        return part;
+    }
+
+    /// Counts binOf(sample) of each sample.
+    template <class BinOf>
+    std::vector<std::uint64_t> Count(BinOf binOf) const
+    {
+        return CountBlocks<std::uint64_t>(blocks_, kHalves, [&](std::uint64_t* counts, const RowBlock& block) {
+            Visit(block, [&](const float* samples, int length, std::uint64_t weight) {
+                CountHalves(samples, length, weight, binOf, counts);
+            });
+        });
     }
 
     /// The element count / 2 in order: the upper half of its bits is found first, then the lower half among those.
     double Median() const
     {
-        HalfCounts upper;
-        Visit([&](const float* samples, int length, std::uint64_t weight) {
-            upper.Add(samples, length, weight,
-                      [&](float v) { return isBlank(v) ? HalfCounts::kNoBin : KeyOf(v) >> 16; });
-        });
-        const std::uint64_t total = upper.Total();
+        const auto upper = Count([this](float v) { return isBlank_(v) ? kNoBin : KeyOf(v) >> 16; });
+        const std::uint64_t total = std::accumulate(upper.begin(), upper.end(), std::uint64_t{0});
         if (total == 0) {
             return kNaN;
         }
         std::uint64_t rank = total / 2;
-        const std::uint32_t high = upper.Find(rank);
-        HalfCounts lower;
-        Visit([&](const float* samples, int length, std::uint64_t weight) {
-            lower.Add(samples, length, weight, [&](float v) {
-                const std::uint32_t key = KeyOf(v);
-                const bool isElsewhere = (key >> 16 != high) | isBlank(v);
-                return isElsewhere ? HalfCounts::kNoBin : key & 0xFFFFU;
-            });
+        const std::uint32_t high = FindBin(upper, rank);
+        const auto lower = Count([&](float v) {
+            const std::uint32_t key = KeyOf(v);
+            const bool isElsewhere = (key >> 16 != high) | isBlank_(v);
+            return isElsewhere ? kNoBin : key & 0xFFFFU;
         });
-        return FloatOf(high << 16 | lower.Find(rank));
+        return FloatOf(high << 16 | FindBin(lower, rank));
     }
+
+    const CStlImage& image_;
+    int plane_;
+    ClampedSpan columns_;
+    ClampedSpan rows_;
+    RowBlocks blocks_;
+    BlankTest isBlank_;
 };
 
 } // namespace

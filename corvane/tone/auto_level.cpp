@@ -7,9 +7,8 @@
 
 #include "corvane/core/blank.h"
 #include "corvane/core/display_scale.h"
-#include "corvane/core/reductions.h"
+#include "corvane/core/fold.h"
 #include "corvane/core/truncate.h"
-#include "corvane/core/walk.h"
 #include "corvane/platform/application.h"
 #include "corvane/platform/registry.h"
 #include "corvane/resources/string_table.h"
@@ -159,14 +158,13 @@ Bounds PlaneBounds(const CImage& image, int plane)
 /// Extremes of the luminance of the whole image; pixels whose luminance is blank are left out.
 Bounds LuminanceBounds(const CStlImage& image)
 {
-    Extremes extremes;
-    for (int y = 0; y < image.GetHeight(); ++y) {
+    const Extremes extremes = ExtremesOf(WorkingArea(image, nullptr), [&](Extremes& part, int y) {
         const float* const r = image.GetImageAdr(0, y, 0, 1);
         const float* const g = image.GetImageAdr(0, y, 1, 1);
         const float* const b = image.GetImageAdr(0, y, 2, 1);
-        extremes.Add(
+        part.Add(
             image.GetWidth(), [=](int x) { return BrightnessOf(r[x], g[x], b[x]); }, BlankTest(image));
-    }
+    });
     return {extremes.Min(), extremes.Max()};
 }
 
@@ -174,17 +172,16 @@ Bounds LuminanceBounds(const CStlImage& image)
 Bounds DisplayedBounds(const CStlImage& image, const CRect& area)
 {
     const bool colour = image.GetDimension() >= 3;
-    Extremes extremes;
-    for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
+    const Extremes extremes = ExtremesOf(area, [&](Extremes& part, int y) {
         for (int x = static_cast<int>(area.left); x < area.right; ++x) {
             double v = image.GetPixelGrayRaw(x, y, 0);
             if (colour) {
                 const double green = image.GetPixelGrayRaw(x, y, 1);
                 v = BrightnessOf(image.To256(v, 0), image.To256(green, 1), image.GetPixelGray256f(x, y, 2));
             }
-            extremes.Add(v);
+            part.Add(v);
         }
-    }
+    });
     const auto toRaw = [&](double v) { return colour ? image.ToRaw(v, 0) : v; };
     return {toRaw(extremes.Min()), toRaw(extremes.Max())};
 }

@@ -2,6 +2,9 @@
 #include <climits>
 
 #include "corvane/core/stl_image.h"
+#include "corvane/core/threads.h"
+#include "corvane/measure/pixel_info.h"
+#include "corvane/platform/global_memory.h"
 #include "tests/support/plain.h"
 #include "tests/support/progress_window.h"
 
@@ -33,6 +36,33 @@ std::vector<int> PlainHistogram(const Plain& image, int bins, double lo, double 
         }
     });
     return hist;
+}
+
+/// Everything that is found by looking at all samples, as numbers that show each bit.
+std::vector<double> AllThatRowsComeTo(CStlImage& image, int threads)
+{
+    corvane::SetThreads(threads);
+    std::vector<double> found(12);
+    CImgPixelInfo(image).Calc(CRect(-3, 5, 500, 900), &found[0], &found[3], &found[6], &found[9]);
+    image.CalcMinMax();
+    std::vector<int> hist(300);
+    image.GetHistGram(hist.data(), 300, -50.0, 90.0, -1, nullptr, 0, 0);
+    found.insert(found.end(), hist.begin(), hist.end());
+    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+        double min = 0.0;
+        double max = 0.0;
+        image.GetMinMax(plane, &min, &max);
+        found.insert(found.end(), {min, max, image.GetMinPixel(plane), image.GetAvrGrayRaw(plane)});
+    }
+    const HDIB dib = image.GetDib(8);
+    const auto* const bytes = static_cast<const unsigned char*>(GlobalLock(dib));
+    found.insert(found.end(), bytes, bytes + GlobalSize(dib));
+    GlobalFree(dib);
+    CStlImage changed(image);
+    changed.ChangeBits(16, 1, 1);
+    found.push_back(changed.GetPixel(520, 700, 0));
+    corvane::SetThreads(0);
+    return found;
 }
 
 } // namespace
@@ -89,4 +119,20 @@ TEST(Statistics, MeanLeavesOutTheRestOfARowBehindABlank)
     CStlImage nothing(-32, 2, 2, 1, 1.0, 0.0, 1);
     nothing.SetBlankUsed(1);
     check(nothing); // NaN
+}
+
+TEST(Statistics, AreTheSameForAnyNumberOfThreads)
+{
+    for (const double mean : {0.0, 140.0}) { // sums that cancel come to another float in another order
+        for (const int planes : {1, 3}) {
+            CStlImage image = Make(521, 701, planes, [&, random = Random(9)](int, int, int) mutable {
+                return random.Between(mean - 150.0, mean + 150.0) / 3.0;
+            });
+            SprinkleOddities(image, 5, true);
+            const std::vector<double> one = AllThatRowsComeTo(image, 1);
+            for (const int threads : {2, 7}) {
+                EXPECT_EQ(AllThatRowsComeTo(image, threads), one) << mean << ' ' << planes << ' ' << threads;
+            }
+        }
+    }
 }
