@@ -11,6 +11,7 @@
 #include "catalogue/shape.h"
 #include "catalogue/undefined.h"
 #include "corvane/core/error.h"
+#include "corvane/core/walk.h"
 #include "corvane/filter/filter.h"
 
 namespace corvane::catalogue {
@@ -56,12 +57,11 @@ double DividingBrightness(const CStlImage& image, int selector, int x, int y)
 void LightenOutlines(const CStlImage& image, double offset, int selector, const CRect* rect, CStlImage& result)
 {
     constexpr double kMostLost = 0.5;
-    const CRect all(0, 0, image.GetWidth(), image.GetHeight());
-    const CRect area = rect != nullptr ? *rect : all;
     const double a = image.To256(offset, 0);
     const double gain = image.To256(image.GetAvrGrayRaw(0), 0) + a;
-    for (int y = std::max<int>(area.top, 0); y < std::min(area.bottom, all.bottom); ++y) {
-        for (int x = std::max<int>(area.left, 0); x < std::min(area.right, all.right); ++x) {
+    const CRect area = WorkingArea(image, rect);
+    const auto lightenRow = [&](int y) {
+        for (int x = static_cast<int>(area.left); x < area.right; ++x) {
             const double factor = gain / (std::max(DividingBrightness(image, selector, x, y), 0.0) + a);
             for (int plane = 0; plane < image.GetPlanes(); ++plane) {
                 const double inFlatArea = image.GetPixelGray256f(x, y, plane) * factor;
@@ -70,7 +70,12 @@ void LightenOutlines(const CStlImage& image, double offset, int selector, const 
                 }
             }
         }
-    }
+    };
+    ForRowBlocks(RowBlocks(area), [&](const RowBlock& block) {
+        for (int y = block.first; y < block.end; ++y) {
+            lightenRow(y);
+        }
+    });
 }
 
 CStlImage RunDevelopment(const CStlImage& given, const Arguments& arguments, const Run& run)

@@ -2,6 +2,7 @@
 
 #include <iterator>
 
+#include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 
 using namespace corvane;
@@ -42,14 +43,14 @@ void CImgSeparation::Do(const CStlImage& source, int component, const Run& run)
     Stage stage(run, IDS_SPLIT_RGB, GetHeight());
     const bool isKnown = component >= 0 && component < static_cast<int>(std::size(kSamplePlanes));
     if (Fits(*this, source)) {
-        const auto [first, second] = isKnown ? kSamplePlanes[component] : PlanePair{};
-        for (int y = 0; y < GetHeight(); ++y) {
-            if (isKnown) {
-                MeanRow(source.GetImageAdr(0, y, first, 1), source.GetImageAdr(0, y, second, 1), GetWidth(),
-                        GetImageAdr(0, y, 0));
+        const PlanePair planes = isKnown ? kSamplePlanes[component] : PlanePair{};
+        const RowBlocks blocks(WorkingArea(*this, nullptr));
+        WalkBlocks(blocks, *this, {&source}, stage, 1, [&](const RowBlock& block) {
+            for (int y = block.first; isKnown && y < block.end; ++y) {
+                MeanRow(source.GetImageAdr(0, y, planes.first, 1), source.GetImageAdr(0, y, planes.second, 1),
+                        GetWidth(), GetImageAdr(0, y, 0));
             }
-            stage.Step();
-        }
+        });
         if (isKnown) {
             const auto [low, high] = kLevelPlanes[component];
             SetLevel(0, (source.GetLevelMin(low) + source.GetLevelMin(high)) * 0.5,

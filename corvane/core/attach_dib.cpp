@@ -6,7 +6,7 @@
 #include <cstring>
 #include <limits>
 
-#include "corvane/core/image.h"
+#include "corvane/core/walk.h"
 #include "corvane/platform/global_memory.h"
 #include "corvane/platform/memory_exception.h"
 
@@ -107,6 +107,21 @@ int PlanesNeeded(const PackedDib& dib, const std::array<RGBQUAD, 256>& table)
     return dib.bitCount <= 8 && std::all_of(table.begin(), table.end(), isGrey) ? 1 : 3;
 }
 
+void ReadRow(const PackedDib& dib, const std::array<RGBQUAD, 256>& table, int y, CImage& read)
+{
+    std::array<unsigned char*, 3> out{};
+    for (int p = 0; p < read.GetPlanes(); ++p) {
+        out[static_cast<std::size_t>(p)] = read.GetImageAdr(0, y, p);
+    }
+    for (int x = 0; x < dib.width; ++x) {
+        const RGBQUAD c = PixelAt(dib, table, dib.Row(y), x);
+        const std::array<unsigned char, 3> values{c.rgbRed, c.rgbGreen, c.rgbBlue};
+        for (std::size_t p = 0; p < static_cast<std::size_t>(read.GetPlanes()); ++p) {
+            out[p][x] = values[p];
+        }
+    }
+}
+
 bool ReadDib(HDIB handle, CImage& image)
 {
     const LockedBlock block(handle);
@@ -117,19 +132,11 @@ bool ReadDib(HDIB handle, CImage& image)
     const auto table = ReadTable(dib);
     CImage read(8, dib.width, dib.height, PlanesNeeded(dib, table), 1.0, 0.0, 1);
     read.SetSigned(0);
-    for (int y = 0; y < dib.height; ++y) {
-        std::array<unsigned char*, 3> out{};
-        for (int p = 0; p < read.GetPlanes(); ++p) {
-            out[static_cast<std::size_t>(p)] = read.GetImageAdr(0, y, p);
+    corvane::ForRowBlocks(corvane::RowBlocks({0, 0, dib.width, dib.height}), [&](const corvane::RowBlock& rows) {
+        for (int y = rows.first; y < rows.end; ++y) {
+            ReadRow(dib, table, y, read);
         }
-        for (int x = 0; x < dib.width; ++x) {
-            const RGBQUAD c = PixelAt(dib, table, dib.Row(y), x);
-            const std::array<unsigned char, 3> values{c.rgbRed, c.rgbGreen, c.rgbBlue};
-            for (std::size_t p = 0; p < static_cast<std::size_t>(read.GetPlanes()); ++p) {
-                out[p][x] = values[p];
-            }
-        }
-    }
+    });
     image.Swap(&read);
     return true;
 }

@@ -40,6 +40,18 @@ private:
     std::vector<float> extended_;
 };
 
+/// Copies samples as they are, or mapped from levels to levels. They may overlap.
+void CopyRow(const float* in, const DisplayScale& from, float* out, const DisplayScale& to, int count, bool mapsLevels)
+{
+    if (!mapsLevels) {
+        std::memmove(out, in, static_cast<std::size_t>(count) * sizeof(float));
+        return;
+    }
+    for (int x = 0; x < count; ++x) {
+        out[x] = static_cast<float>((in[x] - from.min) / from.range * 255.0 * to.range * kPer255 + to.min);
+    }
+}
+
 /// Calls calibrate(samples, frameRow) for every row of an image, one step of the stage each.
 template <class Calibrate>
 void CalibrateRows(CStlImage& image, const CStlImage& frame, Stage& stage, Calibrate calibrate)
@@ -187,20 +199,13 @@ int CStlImage::PixelBlt(int dx, int dy, int w, int h, const CStlImage& source, i
     sy = clip(sy, source.GetHeight());
     w = std::min(clip(w, GetWidth() - dx), source.GetWidth() - sx);
     h = std::min(clip(h, GetHeight() - dy), source.GetHeight() - sy);
-    for (int plane = 0; w > 0 && plane < GetPlanes(); ++plane) {
-        const DisplayScale from(source, plane);
-        const DisplayScale to(*this, plane);
-        for (int i = 0; i < h; ++i) {
-            const float* const in = source.GetImageAdr(sx, sy + i, plane, 1);
-            float* const out = GetImageAdr(dx, dy + i, plane);
-            if (mapLevels == 0) {
-                std::memmove(out, in, static_cast<std::size_t>(w) * sizeof(float));
-                continue;
-            }
-            for (int x = 0; x < w; ++x) {
-                out[x] = static_cast<float>((in[x] - from.min) / from.range * 255.0 * to.range * kPer255 + to.min);
-            }
+    const RowBlocks blocks({0, 0, w, h}, w > 0 ? GetPlanes() : 0);
+    const auto copyRows = [&](const RowBlock& block) {
+        for (int i = block.first; i < block.end; ++i) {
+            CopyRow(source.GetImageAdr(sx, sy + i, block.plane, 1), DisplayScale(source, block.plane),
+                    GetImageAdr(dx, dy + i, block.plane), DisplayScale(*this, block.plane), w, mapLevels != 0);
         }
-    }
+    };
+    ForRowBlocks(blocks, MayShareWork(*this, {&source}) ? Threads() : 1, copyRows, [](const RowBlock&) {});
     return 1;
 }

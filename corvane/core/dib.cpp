@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "corvane/core/display_scale.h"
+#include "corvane/core/fold.h"
 #include "corvane/core/palette.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/global_memory.h"
@@ -94,6 +95,35 @@ private:
     std::vector<std::vector<unsigned char>> planes_;
 };
 
+/// Calls write(bytes, y, row) for every row of the bitmap, on the workers, with room for the bytes of so many planes.
+template <class Write>
+void WriteDibRows(const CStlImage& image, BITMAPINFOHEADER* header, int planes, Write write)
+{
+    ForRowBlocks(RowBlocks(WorkingArea(image, nullptr)), [&](const RowBlock& block) {
+        ByteRows bytes(image, planes);
+        for (int y = block.first; y < block.end; ++y) {
+            unsigned char* const row = DibRow(header, y);
+            write(bytes, y, row);
+            ZeroPadding(header, row);
+        }
+    });
+}
+
+/// How many pixels of a colour image fall on each cell.
+std::vector<std::uint32_t> CountCells(const CStlImage& image)
+{
+    const auto count = [&](std::uint32_t* cells, const RowBlock& block) {
+        ByteRows colours(image, 3);
+        for (int y = block.first; y < block.end; ++y) {
+            colours.Read(y);
+            for (int x = 0; x < image.GetWidth(); ++x) {
+                ++cells[colours.Cell(x)];
+            }
+        }
+    };
+    return CountBlocks<std::uint32_t>(RowBlocks(WorkingArea(image, nullptr)), kColourCells, count);
+}
+
 } // namespace
 
 HDIB CStlImage::GetDib(int bitCount) const
@@ -152,53 +182,36 @@ void CStlImage::GetDib8Mono(BITMAPINFOHEADER* header) const
         const RGBQUAD entry{grey, grey, grey, 0};
         std::memcpy(table + i * sizeof entry, &entry, sizeof entry);
     }
-    for (int y = 0; y < GetHeight(); ++y) {
-        unsigned char* const row = DibRow(header, y);
+    WriteDibRows(*this, header, 0, [&](ByteRows&, int y, unsigned char* row) {
         ToBytes(*this, 0, GetImageAdr(0, y, 0, 1), GetWidth(), row);
-        ZeroPadding(header, row);
-    }
+    });
 }
 
 void CStlImage::GetDib24Mono(BITMAPINFOHEADER* header) const
 {
-    ByteRows bytes(*this, 1);
-    for (int y = 0; y < GetHeight(); ++y) {
-        unsigned char* const row = DibRow(header, y);
+    WriteDibRows(*this, header, 1, [&](ByteRows& bytes, int y, unsigned char* row) {
         bytes.Read(y);
         Interleave(bytes.Plane(0), bytes.Plane(0), bytes.Plane(0), GetWidth(), row);
-        ZeroPadding(header, row);
-    }
+    });
 }
 
 void CStlImage::GetDib24Color(BITMAPINFOHEADER* header) const
 {
-    ByteRows bytes(*this, 3);
-    for (int y = 0; y < GetHeight(); ++y) {
-        unsigned char* const row = DibRow(header, y);
+    WriteDibRows(*this, header, 3, [&](ByteRows& bytes, int y, unsigned char* row) {
         bytes.Read(y);
         Interleave(bytes.Plane(2), bytes.Plane(1), bytes.Plane(0), GetWidth(), row);
-        ZeroPadding(header, row);
-    }
+    });
 }
 
 void CStlImage::GetDib8Color(BITMAPINFOHEADER* header) const
 {
-    std::vector<std::uint32_t> cells(kColourCells);
-    ByteRows colours(*this, 3);
-    for (int y = 0; y < GetHeight(); ++y) {
-        colours.Read(y);
-        for (int x = 0; x < GetWidth(); ++x) {
-            ++cells[colours.Cell(x)];
-        }
-    }
+    std::vector<std::uint32_t> cells = CountCells(*this);
     const auto palette = ChoosePalette(cells);
     std::memcpy(ColourTable(header), palette.data(), sizeof palette);
-    for (int y = 0; y < GetHeight(); ++y) {
+    WriteDibRows(*this, header, 3, [&](ByteRows& colours, int y, unsigned char* row) {
         colours.Read(y);
-        unsigned char* const row = DibRow(header, y);
         for (int x = 0; x < GetWidth(); ++x) {
             row[x] = static_cast<unsigned char>(cells[colours.Cell(x)]);
         }
-        ZeroPadding(header, row);
-    }
+    });
 }

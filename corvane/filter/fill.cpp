@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "corvane/core/gaps.h"
+#include "corvane/core/walk.h"
 
 namespace corvane {
 namespace {
@@ -124,15 +125,15 @@ long long FillFromNeighbours(CStlImage& image, const Run& run)
 long long FillWithValues(CStlImage& image, const std::vector<double>& values)
 {
     const long long count = MarkGaps(image);
-    for (int plane = 0; plane < image.GetPlanes() && count > 0; ++plane) {
-        const auto value = static_cast<float>(values[static_cast<std::size_t>(plane)]);
-        for (int y = 0; y < image.GetHeight(); ++y) {
-            float* const row = image.GetImageAdr(0, y, plane);
-            for (int x = 0; x < image.GetWidth(); ++x) {
-                row[x] = std::isnan(row[x]) ? value : row[x];
-            }
-        }
+    if (count == 0) {
+        return 0;
     }
+    WriteRows(image, image.GetPlanes(), [&](float* row, int plane) {
+        const auto value = static_cast<float>(values[static_cast<std::size_t>(plane)]);
+        for (int x = 0; x < image.GetWidth(); ++x) {
+            row[x] = std::isnan(row[x]) ? value : row[x];
+        }
+    });
     return count;
 }
 

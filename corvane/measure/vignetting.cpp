@@ -77,17 +77,14 @@ void CImgFlat::Do(const CStlImage& source, CPoint centre, double k, double base,
     const int count = source.GetPixelCount() > 0 ? area.Width() : 0;
     const int own = std::clamp(source.GetWidth() - x, 0, std::max(count, 0)); // what a narrower source has of it
     Stage stage(run, IDS_VIGNETTING, area.Height() * GetPlanes());
-    for (int plane = 0; plane < GetPlanes(); ++plane) {
-        for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
-            if (count > 0) {
-                const float* const in = source.GetImageAdr(x, y, std::min(plane, source.GetPlanes() - 1), 1);
-                float* const out = GetImageAdr(x, y, plane);
-                const RowModel model{k, base, static_cast<double>(x) - centre.x, static_cast<double>(y) - centre.y};
-                std::fill_n(out + own, count - own, in[std::max(own, 1) - 1]);
-                model.Apply(in, out, 0, own, count);
-                model.Apply(out, out, own, count, count);
-            }
-            stage.Step();
+    WalkBlocks(RowBlocks(area, GetPlanes()), *this, {&source}, stage, 1, [&](const RowBlock& block) {
+        for (int y = block.first; count > 0 && y < block.end; ++y) {
+            const float* const in = source.GetImageAdr(x, y, PlaneOf(source, block.plane), 1);
+            float* const out = GetImageAdr(x, y, block.plane);
+            const RowModel model{k, base, static_cast<double>(x) - centre.x, static_cast<double>(y) - centre.y};
+            std::fill_n(out + own, count - own, in[std::max(own, 1) - 1]);
+            model.Apply(in, out, 0, own, count);
+            model.Apply(out, out, own, count, count);
         }
-    }
+    });
 }
