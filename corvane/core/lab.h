@@ -1,5 +1,7 @@
 #pragma once
 
+#include <limits>
+
 #include "corvane/core/power.h"
 
 namespace corvane {
@@ -40,7 +42,7 @@ inline constexpr double kLinearOffset = 16.0 / 116.0;
 constexpr double GammaFactor(const Rgb& colour, double exponent)
 {
     const double mean = (colour.r + colour.g + colour.b) * kThirdOfSum;
-    const double power = Pow(mean, exponent);
+    const double power = PowOfNormal(mean, exponent);
     return mean >= kGammaFloor ? power : 1.0;
 }
 
@@ -56,17 +58,24 @@ constexpr Xyz ToXyz(const Rgb& linear)
             0.0565 * linear.g + 5.5943 * linear.b};
 }
 
+/// The cube root of what is above kLinearBelow, infinity included; a number or NaN for anything else.
+constexpr double CbrtAboveLinear(double t)
+{
+    const double root = CbrtOfNormal(t);
+    return t < std::numeric_limits<double>::infinity() ? root : t;
+}
+
 constexpr double ToLightness(const Xyz& colour)
 {
     const double y = colour.y * kPerWhite;
-    const double root = Cbrt(y);
+    const double root = CbrtAboveLinear(y);
     return y > kLinearBelow ? 116.0 * root - 16.0 : 903.29 * y;
 }
 
 /// From a part of white's tristimulus value to the scale on which differences are a and b.
 constexpr double ToLabScale(double t)
 {
-    const double root = Cbrt(t);
+    const double root = CbrtAboveLinear(t);
     return t > kLinearBelow ? root : 7.78 * t + kLinearOffset;
 }
 
