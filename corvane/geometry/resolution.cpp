@@ -1,8 +1,8 @@
 #include "corvane/geometry/resolution.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "corvane/core/interpolation.h"
@@ -42,6 +42,14 @@ struct Place {
     }
 };
 
+/// A stretch of columns that is made together, so that what its rows have in common stays in the nearest cache.
+struct Strip {
+    static constexpr int kMost = 1024;
+
+    int first;
+    int count;
+};
+
 /// The positions of all columns.
 class Columns {
 public:
@@ -61,24 +69,26 @@ public:
     int Count() const { return static_cast<int>(index_.size()); }
 
     /// Interpolates along a row.
-    void Blend(const float* row, double* out) const
+    void Blend(const float* row, const Strip& strip, double* out) const
     {
-        for (int first = 0; first < inner_; first += kLength) {
-            BlendPairs(row, first, std::min(kLength, inner_ - first), out + first);
+        const int end = strip.first + strip.count;
+        const int inner = std::clamp(inner_, strip.first, end);
+        for (int first = strip.first; first < inner; first += kLength) {
+            BlendPairs(row, first, std::min(kLength, inner - first), out + (first - strip.first));
         }
-        for (int i = inner_; i < Count(); ++i) {
+        for (int i = inner; i < end; ++i) {
             const auto column = static_cast<std::size_t>(i);
             const double last = row[index_[column]];
-            out[i] = Mix(last, last, fraction_[column]);
+            out[i - strip.first] = Mix(last, last, fraction_[column]);
         }
     }
 
     /// Puts the samples themselves where a position is whole.
-    void PickWhole(const float* row, float* out) const
+    void PickWhole(const float* row, const Strip& strip, float* out) const
     {
-        for (const int column : whole_) {
-            out[column] = row[index_[static_cast<std::size_t>(column)]];
-        }
+        const auto begin = std::lower_bound(whole_.begin(), whole_.end(), strip.first);
+        const auto end = std::lower_bound(begin, whole_.end(), strip.first + strip.count);
+        std::for_each(begin, end, [&](int column) { out[column] = row[index_[static_cast<std::size_t>(column)]]; });
     }
 
     bool AreWhole() const { return whole_.size() == index_.size(); }
@@ -115,59 +125,57 @@ private:
 /// lie between the same rows.
 class BlendedRows {
 public:
-    BlendedRows(const SourceRows& source, const Columns& columns) : source_(source), columns_(columns)
-    {
-        for (Kept& kept : kept_) {
-            kept.values.resize(static_cast<std::size_t>(columns.Count()));
-        }
-    }
+    BlendedRows(const SourceRows& source, int plane, const Columns& columns, const Strip& strip)
+        : source_(source), plane_(plane), columns_(columns), strip_(strip)
+    {}
 
-    const double* Row(int y, int plane)
+    /// Writes the strip of a row at a place of the source; `out` is the row from column 0.
+    void Write(const Place& place, float* out)
     {
-        Kept& kept = kept_[static_cast<std::size_t>(y % 2)];
-        if (kept.y != y || kept.plane != plane) {
-            columns_.Blend(source_.Row(y, plane), kept.values.data());
-            kept.y = y;
-            kept.plane = plane;
+        if (place.fraction != 0.0 || !columns_.AreWhole()) {
+            const double* const above = Row(place.index);
+            const double* const below = Row(place.next);
+            for (int i = 0; i < strip_.count; ++i) {
+                out[strip_.first + i] = static_cast<float>(Mix(above[i], below[i], place.fraction));
+            }
         }
-        return kept.values.data();
+        if (place.fraction == 0.0) {
+            columns_.PickWhole(source_.Row(place.index, plane_), strip_, out);
+        }
     }
 
 private:
-    struct Kept {
-        int y = -1;
-        int plane = -1;
-        std::vector<double> values;
-    };
+    const double* Row(int y)
+    {
+        double* const values = values_[y % 2];
+        if (std::exchange(kept_[y % 2], y) != y) {
+            columns_.Blend(source_.Row(y, plane_), strip_, values);
+        }
+        return values;
+    }
 
     const SourceRows& source_;
+    int plane_;
     const Columns& columns_;
-    std::array<Kept, 2> kept_;
+    Strip strip_;
+    int kept_[2] = {-1, -1};
+    double values_[2][Strip::kMost];
 };
-
-void BlendRows(const double* above, const double* below, double fraction, int count, float* out)
-{
-    for (int i = 0; i < count; ++i) {
-        out[i] = static_cast<float>(Mix(above[i], below[i], fraction));
-    }
-}
 
 /// Resamples the source into the image's new canvas.
 void Resample(CStlImage& image, const CStlImage& source, const Steps& steps, const Run& run)
 {
+    constexpr int kRows = 32; // of which each strip interpolates one source row more than it would go on with
     const SourceRows rows(source);
     const Columns columns(image.GetWidth(), steps.x, rows.Width());
-    const auto fill = [&, blended = BlendedRows(rows, columns)](int plane, int y, float* out) mutable {
-        const Place place(y, steps.y, rows.Height());
-        if (place.fraction != 0.0 || !columns.AreWhole()) {
-            BlendRows(blended.Row(place.index, plane), blended.Row(place.next, plane), place.fraction, columns.Count(),
-                      out);
+    FillBands(image, source, run, IDS_RESOLUTION, kRows, [&](int plane, int y, int count) {
+        for (int x = 0; x < columns.Count(); x += Strip::kMost) {
+            BlendedRows blended(rows, plane, columns, {x, std::min(Strip::kMost, columns.Count() - x)});
+            for (int row = y; row < y + count; ++row) {
+                blended.Write(Place(row, steps.y, rows.Height()), image.GetImageAdr(0, row, plane));
+            }
         }
-        if (place.fraction == 0.0) {
-            columns.PickWhole(rows.Row(place.index, plane), out);
-        }
-    };
-    FillRows(image, source, run, IDS_RESOLUTION, fill);
+    });
 }
 
 } // namespace
