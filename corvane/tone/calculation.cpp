@@ -30,7 +30,10 @@ void CImgCalculation::Do(double value, int mode, int clipNegative, const CStlIma
 {
     const auto apply = [&](auto calculate) {
         MapPlanes(*this, source, rect, run, IDS_CALCULATION, [&](int) {
-            return [=, isBlank = BlankTest(*this)](double v) { return isBlank(v) ? v : calculate(v); };
+            return [=, isBlank = BlankTest(*this)](double v) {
+                const double calculated = calculate(v); // of blanks too: the compiler makes no select of a call
+                return isBlank(v) ? v : calculated;
+            };
         });
     };
     if (mode == 0) {
