@@ -25,9 +25,9 @@ void FoldBlocks(const RowBlocks& blocks, PartOf partOf, Fold fold)
         [&](int i) { fold(partAt(i)); });
 }
 
-/// `size` counts, to which count(counts, block) adds those of each block of rows, on several threads; tick(block) as for
-/// `ForRowBlocks`. Each thread has counts of its own: there are no more threads than have samples enough for that, or
-/// than memory feeds.
+/// `size` counts, to which count(counts, block) adds those of each block of rows, on several threads; tick(block) as
+/// for `ForRowBlocks`. Each thread has counts of its own: there are no more threads than have samples enough for that,
+/// or than memory feeds.
 template <class Number, class Count, class Tick>
 std::vector<Number> CountBlocks(const RowBlocks& blocks, int threads, std::size_t size, Count count, Tick tick)
 {

@@ -14,8 +14,8 @@ namespace corvane {
 ///
 /// The file is mapped whole, so an address stays good for the life of the store even when its page has been let go:
 /// touching it brings the page back. What the pager adds is the bound: while the process is over its budget, the page
-/// used longest ago is written back and released, pages that somebody holds last of all. Several threads may use it: each
-/// call is alone, and reading or writing samples takes no turn.
+/// used longest ago is written back and released, pages that somebody holds last of all. Several threads may use it:
+/// each call is alone, and reading or writing samples takes no turn.
 class Pager {
 public:
     /// Makes the file and maps it; pages are whole rows. Throws CMemoryException when there is no room for it.

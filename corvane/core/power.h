@@ -98,8 +98,8 @@ constexpr double Pow(double x, double y)
     return x >= 0.0 ? (isEnd ? atEnd : inRange) : std::numeric_limits<double>::quiet_NaN();
 }
 
-/// The same bits with fewer operations, for a normal x above 0, or infinity, and a y above -0.99 that the compiler knows; a
-/// number for any other x.
+/// The same bits with fewer operations, for a normal x above 0, or infinity, and a y above -0.99 that the compiler
+/// knows; a number for any other x.
 constexpr double PowOfNormal(double x, double y)
 {
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -110,8 +110,8 @@ constexpr double PowOfNormal(double x, double y)
     return y > 0.0 ? above : below;
 }
 
-/// The cube root of a normal number above 0, within 1.5 units in the last place, in plain arithmetic and without branches;
-/// a number or NaN for anything else.
+/// The cube root of a normal number above 0, within 1.5 units in the last place, in plain arithmetic and without
+/// branches; a number or NaN for anything else.
 ///
 /// A third of the exponent, taken from the bits, gives 1 / cbrt(x) to one part in 28, and the binomial series of what is
 /// left improves it to 2e-6; the root itself takes one such step more.

@@ -45,7 +45,7 @@ public:
 
     /// The address of the byte at `byteOffset`; an offset behind the last sample gives the last sample.
     /// With hold = 2 its page is locked until `Unlock(handle)`, if there is a place for a handle, or `UnlockAll`: it
-    /// stays in memory as long as the budget has room for pages besides. Null when empty. Without hold, threads may call it.
+    /// stays in memory as long as the budget has room for pages besides. Null when empty. Threads may share it unheld.
     unsigned char* GetImageAdr(std::uint64_t byteOffset, int readOnly, int hold = 0, void** lockHandle = nullptr) const
     {
         if (byteOffset >= bytes_) {

@@ -76,8 +76,8 @@ private:
     int blocksOfPlane_;
 };
 
-/// Whether several threads may write rows of `target` while they read any of `sources`: none of these shares samples with
-/// it. Null is none.
+/// Whether several threads may write rows of `target` while they read any of `sources`: none of these shares samples
+/// with it. Null is none.
 CORVANE_VISIBLE bool MayShareWork(const CImage& target, std::initializer_list<const CImage*> sources);
 
 /// How many threads work on such blocks where so many may: one where there is little to do.
@@ -87,8 +87,8 @@ inline int ThreadsFor(const RowBlocks& blocks, int most = Threads())
 }
 
 /// Calls body(block) for blocks of rows, on the workers where there is enough to do, and tick(block) for one after the
-/// other, when it and all before it are done, on the caller's thread. A body of two parameters is told the number of its
-/// thread, too. `body` has no state that two blocks share, and no run that somebody listens to.
+/// other, when it and all before it are done, on the caller's thread. A body of two parameters is told the number of
+/// its thread, too. `body` has no state that two blocks share, and no run that somebody listens to.
 template <class Body, class Tick>
 void ForRowBlocks(const RowBlocks& blocks, int threads, Body body, Tick tick)
 {
@@ -129,8 +129,8 @@ void WriteRows(CStlImage& image, int planes, Visit visit)
     });
 }
 
-/// Calls body(block) for blocks of rows of `target` that are made from `sources`, on the workers of the stage's run, and
-/// counts `steps` steps a row. Images that may not share work are walked by the caller alone.
+/// Calls body(block) for blocks of rows of `target` that are made from `sources`, on the workers of the stage's run,
+/// and counts `steps` steps a row. Images that may not share work are walked by the caller alone.
 template <class Body>
 void WalkBlocks(const RowBlocks& blocks, const CImage& target, std::initializer_list<const CImage*> sources,
                 Stage& stage, int steps, Body body)

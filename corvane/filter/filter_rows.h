@@ -66,15 +66,17 @@ void SplitColumns(int left, int right, int width, int margin, Inner inner, Edge 
 /// Calls use(begin, count) for the blocks of at most `columns` columns from `begin` to before `end`.
 ///
 /// While one block is worked on in the nearest cache, nothing would come from or go to memory, and the processor does
-/// not fetch ahead of stores by itself: the next block's samples, in the band's lowest row and in the target, are asked
-/// for before.
+/// not fetch ahead of stores by itself: samples of a block to come, in the band's lowest row and in the target, are
+/// asked for before. That is the next row's where this one ends, and asking for what is nowhere does nothing. With a
+/// small block few samples are asked for at a time, which the processor does not have to wait for.
 template <class Use>
 void ForEachBlock(const Band& band, int begin, int end, int columns, const float* out, Use use)
 {
     constexpr int kLine = 64 / sizeof(float); // of the cache
+    constexpr int kAhead = 256;
     for (int next = begin; begin < end; begin = next) {
         next = std::min(begin + columns, end);
-        for (int x = next; x < std::min(next + columns, end); x += kLine) {
+        for (int x = next + kAhead; x < next + kAhead + columns; x += kLine) {
             __builtin_prefetch(band.Row(band.Radius()) + x);
             __builtin_prefetch(out + x, 1);
         }

@@ -38,7 +38,7 @@ inline double PlainMean(double c, double s, int type)
 }
 
 /// Columns whose sums are held at a time: few enough to stay in the nearest cache.
-inline constexpr int kSumColumns = 256;
+inline constexpr int kSumColumns = 128;
 
 /// Sums over the rows of a block of columns, from which the sum about each of them is put together. The centre is left
 /// out, not taken off again: a difference would lose what is small beside it.
@@ -52,7 +52,7 @@ public:
         const float* const down = band.Row(1) + begin - kMargin;
         for (int i = 0; i < count + 2 * kMargin; ++i) {
             around_[i] = static_cast<double>(up[i]) + down[i];
-            column_[i] = around_[i] + middle[i];
+            column_[i] = kType == kCross ? middle[i] : around_[i] + middle[i];
         }
         if constexpr (kType == kSquare5) {
             const float* const above = band.Row(-2) + begin - kMargin;
@@ -79,27 +79,8 @@ private:
     static constexpr int kColumns = kSumColumns + 2 * kMargin;
 
     double around_[kColumns]; ///< the rows without the middle one
-    double column_[kColumns]; ///< three rows
+    double column_[kColumns]; ///< three rows; of the cross the middle one alone
     double tall_[kColumns];   ///< five rows; of the larger square alone
-};
-
-/// The cross, of which too little is shared to be kept.
-template <>
-class BlockSums<kCross> {
-public:
-    BlockSums(const Band& band, int begin, int /*count*/)
-        : up_(band.Row(-1) + begin), middle_(band.Row(0) + begin), down_(band.Row(1) + begin)
-    {}
-
-    double Others(int i) const
-    {
-        return (static_cast<double>(up_[i]) + down_[i]) + (static_cast<double>(middle_[i - 1]) + middle_[i + 1]);
-    }
-
-private:
-    const float* up_;
-    const float* middle_;
-    const float* down_;
 };
 
 /// Gives a function the sums at one sample, and when it takes three arguments the Laplacian there as well.

@@ -39,8 +39,8 @@ struct ClampedSpan {
 };
 
 /// Visits row y of a region of positions, those outside moved to the edge, as runs of samples:
-/// visit(samples, count, weight) says that each of the samples lies on `weight` positions. lengthOf(samples, count) says
-/// how many samples of the row take part; positions behind the first that does not are left out.
+/// visit(samples, count, weight) says that each of the samples lies on `weight` positions. lengthOf(samples, count)
+/// says how many samples of the row take part; positions behind the first that does not are left out.
 template <class LengthOf, class Visit>
 void VisitRuns(const CStlImage& image, int plane, const ClampedSpan& columns, const ClampedSpan& rows, int y,
                LengthOf lengthOf, Visit visit)
