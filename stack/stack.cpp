@@ -82,7 +82,7 @@ CStlImage JoinRejected(const CStlImage& low, const CStlImage& high)
 /// Reads lights, and takes down which of them have shown a sample that is defined.
 class WatchedLights : public FrameSource {
 public:
-    WatchedLights(LightFrames& frames, std::size_t count) : frames_(frames), isEmpty_(count, true) {}
+    WatchedLights(LightFrames& frames, std::size_t count) : frames_(frames), isEmpty_(count, 1) {}
 
     FrameFacts Facts(int light) const override { return frames_.Facts(light); }
     void Read(int light, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) override
@@ -91,16 +91,16 @@ public:
         const FrameFacts facts = Facts(light);
         const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(rowCount) * facts.width;
         for (int plane = 0; plane < facts.planes && IsEmpty(light); ++plane) {
-            isEmpty_[static_cast<std::size_t>(light)] =
-                !HoldsDefined(samples + plane * planeStride, count, facts.IsBlank());
+            const bool holds = HoldsDefined(samples + plane * planeStride, count, facts.IsBlank());
+            isEmpty_[static_cast<std::size_t>(light)] = holds ? 0 : 1;
         }
     }
 
-    bool IsEmpty(int light) const { return isEmpty_[static_cast<std::size_t>(light)]; }
+    bool IsEmpty(int light) const { return isEmpty_[static_cast<std::size_t>(light)] != 0; }
 
 private:
     LightFrames& frames_;
-    std::vector<bool> isEmpty_;
+    std::vector<char> isEmpty_; ///< a byte each: threads enter different lights side by side
 };
 
 /// Leaves out the lights that have added nothing. With all of them nothing is left to stack, and so it is when a pixel
@@ -136,7 +136,7 @@ void Combine(const Options& options, PreparedLights& lights, Result& result, con
                                 .method = options.method,
                                 .coverage = options.coverage,
                                 .blank = CommonBlank(plan.lights),
-                                .memory = BandMemory(plan.lights)};
+                                .memory = plan.lights.BandMemory()};
     CombineFrames(combining, watched, target, run, "Combining lights...");
     result.image.UnlockAll();
     LeaveOutEmpty(watched, options.coverage, result.frames);

@@ -7,7 +7,7 @@ namespace corvane::stack {
 
 namespace {
 
-constexpr int kRowsAtOnce = 64;
+constexpr int kRowsAtOnce = 64; // stay in a near cache from reading to the last step
 
 } // namespace
 
@@ -30,28 +30,30 @@ FrameFacts CalibratedFrames::Facts(int frame) const
 
 void CalibratedFrames::Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
 {
-    if (hotPixels_.Count() == 0) {
-        ReadCalibrated(frame, firstRow, rowCount, samples, planeStride);
-        return;
-    }
-    // Rows are mended with the help of those about them: many at once, so that few are read twice.
+    std::vector<float> buffer;
     for (int row = 0; row < rowCount; row += kRowsAtOnce) {
         const int rows = std::min(kRowsAtOnce, rowCount - row);
-        ReadMended(frame, firstRow + row, rows, samples + static_cast<std::ptrdiff_t>(row) * Facts(frame).width,
-                   planeStride);
+        float* const part = samples + static_cast<std::ptrdiff_t>(row) * Facts(frame).width;
+        if (hotPixels_.Count() == 0) {
+            ReadCalibrated(frame, firstRow + row, rows, part, planeStride);
+        } else {
+            ReadMended(frame, firstRow + row, rows, part, planeStride, buffer);
+        }
     }
 }
 
-void CalibratedFrames::ReadMended(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
+/// Mends rows with the help of those about them, which are read into the buffer.
+void CalibratedFrames::ReadMended(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride,
+                                  std::vector<float>& buffer)
 {
     const FrameFacts info = Facts(frame);
     const int first = std::max(firstRow - hotPixels_.Margin(), 0);
     const int end = std::min(firstRow + rowCount + hotPixels_.Margin(), info.height);
     const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(end - first) * info.width;
-    mended_.resize(static_cast<std::size_t>(stride) * info.planes);
-    ReadCalibrated(frame, first, end - first, mended_.data(), stride);
+    buffer.resize(static_cast<std::size_t>(stride) * info.planes);
+    ReadCalibrated(frame, first, end - first, buffer.data(), stride);
     for (int plane = 0; plane < info.planes; ++plane) {
-        float* const rows = mended_.data() + plane * stride;
+        float* const rows = buffer.data() + plane * stride;
         hotPixels_.Clean({rows, info.width, first, end - first}, firstRow, firstRow + rowCount, plane, info.IsBlank());
         std::copy_n(rows + static_cast<std::ptrdiff_t>(firstRow - first) * info.width,
                     static_cast<std::ptrdiff_t>(rowCount) * info.width, samples + plane * planeStride);

@@ -22,20 +22,23 @@ public:
     /// True when frames are read as their files have them.
     bool AreRaw() const { return masters_.IsEmpty() && pedestal_ == 0.0 && hotPixels_.Count() == 0; }
 
+    /// As they are in their files.
+    const FrameSet& Stored() const { return frames_; }
+
     /// The blank value is the one after calibration.
     FrameFacts Facts(int frame) const override;
     void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) override;
 
 private:
     void ReadCalibrated(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
-    void ReadMended(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
+    void ReadMended(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride,
+                    std::vector<float>& buffer);
 
     FrameSet& frames_;
     Masters masters_;
     double pedestal_;
     std::vector<FrameCalibration> calibrations_;
     HotPixels hotPixels_;
-    std::vector<float> mended_; ///< rows to mend, with those about them
 };
 
 } // namespace corvane::stack

@@ -1,12 +1,20 @@
 #include "stack/calibrate/frame_set.h"
 
 #include <algorithm>
+#include <limits>
+#include <mutex>
 #include <utility>
 
 #include "corvane/core/error.h"
 #include "io/turned_reader.h"
 
 namespace corvane::stack {
+
+namespace {
+
+constexpr std::uint64_t kBandOfOpenFrames = 128U << 20U;
+
+} // namespace
 
 void FrameSet::Add(const std::string& file)
 {
@@ -20,21 +28,32 @@ void FrameSet::TurnUpsideDown(int frame)
     reader = io::TurnedUpsideDown(std::move(reader));
 }
 
+std::uint64_t FrameSet::BandMemory() const
+{
+    return StaysOpen() ? kBandOfOpenFrames : std::numeric_limits<std::uint64_t>::max();
+}
+
 void FrameSet::Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
 {
+    if (TryRead(frame, firstRow, rowCount, samples, planeStride)) {
+        return;
+    }
+    // The system may have no more files to give: alone it must work, or the error is the frame's own.
+    const std::unique_lock alone(*reading_);
+    Close();
+    keptOpen_ = std::min(frame, keptOpen_) / 2;
+    ReadPlanes(frame, firstRow, rowCount, samples, planeStride);
+}
+
+/// Reads beside other threads; false where that fails.
+bool FrameSet::TryRead(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
+{
+    const std::shared_lock besideOthers(*reading_);
     try {
         ReadPlanes(frame, firstRow, rowCount, samples, planeStride);
+        return true;
     } catch (const Error&) {
-        // The system may have no more files to give: with half of them it must work, or the error is the frame's own.
-        if (frame == 0 || keptOpen_ == 0) {
-            throw;
-        }
-        Close();
-        keptOpen_ = std::min(frame, keptOpen_) / 2;
-        ReadPlanes(frame, firstRow, rowCount, samples, planeStride);
-    }
-    if (frame >= keptOpen_) {
-        readers_[static_cast<std::size_t>(frame)]->Close();
+        return false;
     }
 }
 
@@ -50,6 +69,9 @@ void FrameSet::ReadPlanes(int frame, int firstRow, int rowCount, float* samples,
     io::FrameReader& reader = *readers_[static_cast<std::size_t>(frame)];
     for (int plane = 0; plane < reader.Planes(); ++plane) {
         reader.ReadRows(plane, firstRow, rowCount, samples + plane * planeStride);
+    }
+    if (frame >= keptOpen_) {
+        reader.Close();
     }
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <shared_mutex>
 #include <string>
 #include <vector>
 
@@ -12,7 +14,8 @@ namespace corvane::stack {
 /// Frames on disk that are read by turns, band after band.
 ///
 /// The first ones stay open from one band to the next, as many as 256 and the system allow; the others are opened for
-/// each read. So any number of frames can be read, and memory does not grow with their samples.
+/// each read. So any number of frames can be read, and memory does not grow with their samples. Different frames may be
+/// read from several threads at a time.
 class FrameSet {
 public:
     /// Opens a frame to learn what it is, and closes it again. Throws Error.
@@ -25,6 +28,8 @@ public:
     bool IsEmpty() const { return readers_.empty(); }
     /// True while no frame has to be opened again for each band.
     bool StaysOpen() const { return Count() <= keptOpen_; }
+    /// Bytes that rows of all of them may take together: no more than is of use as long as they stay open.
+    std::uint64_t BandMemory() const;
     const io::FrameReader& Reader(int frame) const { return *readers_[static_cast<std::size_t>(frame)]; }
     const io::FrameInfo& Info(int frame) const { return Reader(frame).Info(); }
     const std::string& Path(int frame) const { return Reader(frame).Path(); }
@@ -38,10 +43,12 @@ public:
     void Close();
 
 private:
+    bool TryRead(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
     void ReadPlanes(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
 
     std::vector<std::unique_ptr<io::FrameReader>> readers_;
     int keptOpen_ = 256;
+    std::unique_ptr<std::shared_mutex> reading_ = std::make_unique<std::shared_mutex>(); ///< one closes, others read
 };
 
 } // namespace corvane::stack

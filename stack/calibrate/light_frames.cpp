@@ -4,11 +4,58 @@
 #include <limits>
 #include <utility>
 
+#include "corvane/core/memory_budget.h"
+
 namespace corvane::stack {
 
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr int kRowsAtOnce = 128; // many more than the margin, and few enough to stay in a near cache
+
+/// Rows of a mosaic, with those about them that decide their colours. What the next rows need too is kept.
+class MosaicWindow {
+public:
+    /// For at most so many rows at a time.
+    MosaicWindow(CalibratedFrames& frames, int frame, int rows)
+        : frames_(frames), frame_(frame), facts_(frames.Facts(frame)),
+          rows_(static_cast<std::size_t>(rows + 2 * kDemosaicMargin) * facts_.width)
+    {}
+
+    /// Those of rows that follow the ones before.
+    MosaicRows About(int firstRow, int rowCount)
+    {
+        const int first = std::max(firstRow - kDemosaicMargin, 0);
+        const int end = std::min(firstRow + rowCount + kDemosaicMargin, facts_.height);
+        const int kept = std::max(end_ - first, 0);
+        if (kept > 0) {
+            std::copy_n(Row(first), static_cast<std::ptrdiff_t>(kept) * facts_.width, rows_.data());
+        }
+        first_ = first;
+        Read(first + kept, end);
+        end_ = end;
+        return {rows_.data(), facts_.width, facts_.height, first, end - first};
+    }
+
+private:
+    float* Row(int y) { return rows_.data() + static_cast<std::ptrdiff_t>(y - first_) * facts_.width; }
+
+    void Read(int first, int end)
+    {
+        const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(end - first) * facts_.width;
+        frames_.Read(frame_, first, end - first, Row(first), count);
+        if (facts_.blank) {
+            std::replace_if(Row(first), Row(first) + count, facts_.IsBlank(), kNaN);
+        }
+    }
+
+    CalibratedFrames& frames_;
+    int frame_;
+    FrameFacts facts_;
+    std::vector<float> rows_;
+    int first_ = 0; ///< of those in memory
+    int end_ = 0;
+};
 
 } // namespace
 
@@ -35,43 +82,52 @@ void LightFrames::Read(int frame, int firstRow, int rowCount, float* samples, st
 /// Blanks spread in the colours as NaN does, and come back as blanks.
 void LightFrames::ReadMosaic(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
 {
-    const int width = Width();
-    const int first = std::max(firstRow - kDemosaicMargin, 0);
-    const int end = std::min(firstRow + rowCount + kDemosaicMargin, Height());
-    mosaic_.resize(static_cast<std::size_t>(end - first) * width);
-    frames_.Read(frame, first, end - first, mosaic_.data(), static_cast<std::ptrdiff_t>(mosaic_.size()));
-    const FrameFacts facts = Facts(frame);
-    if (facts.blank) {
-        std::replace_if(mosaic_.begin(), mosaic_.end(), facts.IsBlank(), kNaN);
-    }
-    DemosaicRows({mosaic_.data(), width, Height(), first, end - first}, patterns_[static_cast<std::size_t>(frame)],
-                 method_, firstRow, rowCount, samples, samples + planeStride, samples + 2 * planeStride);
-    for (int plane = 0; plane < 3 && facts.blank; ++plane) {
-        float* begin = samples + plane * planeStride;
-        std::replace_if(
-            begin, begin + static_cast<std::ptrdiff_t>(rowCount) * width, [](float v) { return v != v; },
-            static_cast<float>(*facts.blank));
+    const FrameFacts facts = frames_.Facts(frame);
+    MosaicWindow window(frames_, frame, std::min(rowCount, kRowsAtOnce));
+    for (int row = 0; row < rowCount; row += kRowsAtOnce) {
+        const int rows = std::min(kRowsAtOnce, rowCount - row);
+        float* const part = samples + static_cast<std::ptrdiff_t>(row) * facts.width;
+        DemosaicRows(window.About(firstRow + row, rows), patterns_[static_cast<std::size_t>(frame)], method_,
+                     firstRow + row, rows, part, part + planeStride, part + 2 * planeStride);
+        for (int plane = 0; plane < 3 && facts.blank; ++plane) {
+            float* const begin = part + plane * planeStride;
+            std::replace_if(
+                begin, begin + static_cast<std::ptrdiff_t>(rows) * facts.width, [](float v) { return v != v; },
+                static_cast<float>(*facts.blank));
+        }
     }
 }
 
 CStlImage LightFrames::ReadImage(int frame, int firstRow, int rowCount)
 {
-    constexpr int kRowsAtOnce = 64;
     const auto [width, height, planes, blank] = Facts(frame);
     CStlImage image(-32, width, rowCount, planes, 1.0, 0.0, 1);
     image.SetBlankUsed(blank ? 1 : 0);
     image.SetBlank(blank.value_or(0));
-    const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(kRowsAtOnce) * Width();
-    std::vector<float> samples(static_cast<std::size_t>(stride) * planes);
-    for (int row = 0; row < rowCount; row += kRowsAtOnce) {
-        const int rows = std::min(kRowsAtOnce, rowCount - row);
-        Read(frame, firstRow + row, rows, samples.data(), stride);
-        for (int i = 0; i < rows * planes; ++i) {
-            const float* from = samples.data() + i / rows * stride + static_cast<std::ptrdiff_t>(i % rows) * Width();
-            std::copy_n(from, Width(), image.GetImageAdr(0, row + i % rows, i / rows));
+    const auto* const store = image.GetStore();
+    const int most = store != nullptr && store->IsPaged() ? kRowsAtOnce : rowCount;
+    const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(width) * rowCount;
+    for (int row = 0; row < rowCount; row += most) {
+        const int rows = std::min(most, rowCount - row);
+        for (int i = 0; i < rows * planes; ++i) { // brings in the pages of a paged image
+            image.GetImageAdr(0, row + i % rows, i / rows);
         }
+        Read(frame, firstRow + row, rows, image.GetImageAdr(0, row, 0), stride);
     }
     return image;
+}
+
+int LightFrames::AtOnce(const Run& run) const
+{
+    const FrameSet& lights = frames_.Stored();
+    const std::uint64_t light = sizeof(float) * static_cast<std::uint64_t>(Width()) *
+                                static_cast<std::uint64_t>(Height()) * static_cast<std::uint64_t>(Planes());
+    const std::uint64_t left = MemoryBudget() - std::min(MemoryInUse(), MemoryBudget());
+    const std::uint64_t room =
+        std::min({left, lights.BandMemory(), light * static_cast<std::uint64_t>(lights.Count())});
+    const auto most = static_cast<std::uint64_t>(std::min(run.Threads(), lights.Count()));
+    const int atOnce = static_cast<int>(std::clamp<std::uint64_t>(room / (2 * light), 1, most));
+    return 2 * atOnce < run.Threads() ? 1 : atOnce;
 }
 
 } // namespace corvane::stack

@@ -5,6 +5,7 @@
 
 #include "corvane/colour/demosaic.h"
 #include "corvane/core/point.h"
+#include "corvane/core/run.h"
 #include "stack/calibrate/calibrated_frames.h"
 
 namespace corvane::stack {
@@ -30,6 +31,9 @@ public:
     CStlImage ReadImage(int frame, int firstRow, int rowCount);
     /// Reads all of a light.
     CStlImage ReadImage(int frame) { return ReadImage(frame, 0, Height()); }
+    /// How many lights to hold side by side, twice each, where several threads work on them: no more than take what
+    /// combining them takes. 1 where the threads had better share in each.
+    int AtOnce(const Run& run) const;
 
 private:
     void ReadMosaic(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
@@ -37,7 +41,6 @@ private:
     CalibratedFrames& frames_;
     std::vector<BayerPattern> patterns_;
     DemosaicMethod method_;
-    std::vector<float> mosaic_; ///< rows with those about them that decide their colours
 };
 
 } // namespace corvane::stack

@@ -8,6 +8,7 @@
 
 #include "corvane/core/error.h"
 #include "corvane/core/gaps.h"
+#include "corvane/platform/workers.h"
 #include "stack/calibrate/calibrated_frames.h"
 #include "stack/combine/combine.h"
 
@@ -15,7 +16,6 @@ namespace corvane::stack {
 
 namespace {
 
-constexpr std::uint64_t kBandOfOpenFrames = 128U << 20U;
 constexpr int kRowsAtOnce = 64;
 
 /// Frames of one kind on their way to a master.
@@ -86,18 +86,15 @@ double MasterSource::Mean(int frame)
 void MasterSource::LevelToFirst(const Run& run)
 {
     Stage stage(run, "Measuring flats...", set_.Count());
-    double first = 0.0;
-    for (int i = 0; i < set_.Count(); ++i) {
-        const double mean = Mean(i);
-        if (!(mean > 0.0)) {
+    std::vector<double> means(gains_.size());
+    const auto measure = [&](int i) {
+        means[i] = Mean(i);
+        if (!(means[i] > 0.0)) {
             throw FileError(set_.Path(i), "the flat holds no light: its mean is not above 0");
         }
-        if (i == 0) {
-            first = mean;
-        }
-        gains_[i] = first / mean;
-        stage.Step();
-    }
+    };
+    platform::ForBlocks(set_.Count(), run.Threads(), measure, [&](int) { stage.Step(); });
+    std::transform(means.begin(), means.end(), gains_.begin(), [&](double mean) { return means[0] / mean; });
 }
 
 std::shared_ptr<CStlImage> MasterSource::Combine(Coverage coverage, const char* text, const Run& run)
@@ -107,7 +104,7 @@ std::shared_ptr<CStlImage> MasterSource::Combine(Coverage coverage, const char* 
     CombinePlan plan{.grid = {info.width, info.height},
                      .coverage = coverage,
                      .blank = CommonBlank(set_),
-                     .memory = BandMemory(set_)};
+                     .memory = set_.BandMemory()};
     for (int i = 0; i < set_.Count(); ++i) {
         plan.frames.push_back({.frame = i});
     }
@@ -161,11 +158,6 @@ void MakeFlat(FrameSet& flats, std::shared_ptr<const CStlImage> dark, const Run&
 }
 
 } // namespace
-
-std::uint64_t BandMemory(const FrameSet& frames)
-{
-    return frames.StaysOpen() ? kBandOfOpenFrames : std::numeric_limits<std::uint64_t>::max();
-}
 
 int CommonBlank(const FrameSet& frames)
 {

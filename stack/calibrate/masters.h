@@ -1,15 +1,10 @@
 #pragma once
 
-#include <cstdint>
-
 #include "corvane/core/run.h"
 #include "stack/calibrate/calibrate.h"
 #include "stack/plan.h"
 
 namespace corvane::stack {
-
-/// Bytes that the bands of these frames may take: no more than is of use as long as the frames stay open.
-std::uint64_t BandMemory(const FrameSet& frames);
 
 /// The blank value that frames of a set are given in common: the first one declared, or else the one that their bits
 /// per sample stand for, which is never the 0 that real samples have.

@@ -21,7 +21,8 @@ struct FrameFacts {
     BlankTest IsBlank() const { return blank ? BlankTest(*blank) : BlankTest(); }
 };
 
-/// Frames, in files or in memory, of which rows are read on demand.
+/// Frames, in files or in memory, of which rows are read on demand: where a run has several threads, different frames
+/// from several of them at a time, but each frame from one.
 class CORVANE_VISIBLE FrameSource {
 public:
     virtual ~FrameSource() = default;
