@@ -36,26 +36,29 @@ bool IsRegular(double shift)
     return std::fabs(shift) < 1e9 && (fraction == 0.0 || (fraction > kMargin && fraction < 1.0 - kMargin));
 }
 
-/// A row under a regular shift: source and target columns run side by side.
-class ShiftedRow {
+/// A stretch of a row, `count` columns from `first` on, under a regular shift: source and target columns run side by
+/// side.
+class ShiftedStretch {
 public:
-    ShiftedRow(const PlaneRows& plane, const Alignment& alignment, int y, int count)
-        : plane_(plane), dx_(alignment.dx), rows_(y - alignment.dy, plane.height)
+    ShiftedStretch(const PlaneRows& plane, const Alignment& alignment, int first, int y, int count)
+        : plane_(plane), dx_(alignment.dx), rows_(y - alignment.dy, plane.height), first_(first)
     {
         const double offset = std::ceil(dx_);
-        begin_ = static_cast<int>(std::clamp(offset, 0.0, static_cast<double>(count)));
-        end_ = static_cast<int>(std::clamp(std::ceil(dx_ + plane.width), 0.0, static_cast<double>(count)));
+        const auto inside = [=](double x) { return static_cast<int>(std::clamp(x, 1.0 * first, 1.0 * first + count)); };
+        begin_ = inside(offset);
+        end_ = inside(std::ceil(dx_ + plane.width));
         offset_ = begin_ < end_ ? static_cast<int>(offset) : 0;
     }
 
-    int Begin() const { return begin_; }
+    int Begin() const { return begin_; } ///< the first column of the row that lies inside
     int End() const { return std::max(begin_, end_); }
 
+    /// values[0] belongs to the first column of the stretch.
     void Sample(double* values) const
     {
         const float* const above = plane_.Row(rows_.above);
         if (dx_ == offset_ && rows_.fraction == 0.0) {
-            std::copy(above + begin_ - offset_, above + End() - offset_, values + begin_);
+            std::copy(above + begin_ - offset_, above + End() - offset_, values + begin_ - first_);
             return;
         }
         const float* const below = plane_.Row(rows_.below);
@@ -63,12 +66,13 @@ public:
         const int plain = std::min(End(), last);
         for (int x = begin_; x < plain; ++x) {
             const int ix = x - offset_;
-            values[x] = Interpolate(above[ix], above[ix + 1], below[ix], below[ix + 1], Fraction(x), rows_.fraction);
+            values[x - first_] =
+                Interpolate(above[ix], above[ix + 1], below[ix], below[ix + 1], Fraction(x), rows_.fraction);
         }
         if (begin_ <= last && last < End()) {
             const int ix = plane_.width - 1;
-            values[last] = Interpolate(above[ix], plane_.After(rows_.above), below[ix], plane_.After(rows_.below),
-                                       Fraction(last), rows_.fraction);
+            values[last - first_] = Interpolate(above[ix], plane_.After(rows_.above), below[ix],
+                                                plane_.After(rows_.below), Fraction(last), rows_.fraction);
         }
     }
 
@@ -78,23 +82,24 @@ private:
     const PlaneRows& plane_;
     double dx_;
     RowPair rows_;
+    int first_;
     int begin_;
     int end_;
     int offset_;
 };
 
-void SampleShiftedRow(const PlaneRows& plane, const Alignment& alignment, int y, int count, double outside,
-                      double* values, int* inside)
+void SampleShiftedStretch(const PlaneRows& plane, const Alignment& alignment, int x, int y, int count, double outside,
+                          double* values, int* inside)
 {
     const double sy = y - alignment.dy;
     int begin = count;
     int end = count;
     if (sy >= 0.0 && sy < plane.height) {
-        const ShiftedRow row(plane, alignment, y, count);
-        begin = row.Begin();
-        end = row.End();
+        const ShiftedStretch stretch(plane, alignment, x, y, count);
+        begin = stretch.Begin() - x;
+        end = stretch.End() - x;
         if (begin < end) {
-            row.Sample(values);
+            stretch.Sample(values);
         }
     }
     std::fill(values, values + begin, outside);
@@ -245,32 +250,17 @@ RowSpan RowsTouched(const Alignment& alignment, int y, int count, int width, int
     return RowsTouchedFrom(alignment, 0, y, count, width, height);
 }
 
-void SampleAlignedRow(const PlaneRows& plane, const Alignment& alignment, int y, int count, double outside,
-                      double* values, int* inside)
-{
-    if (alignment.IsShift() && IsRegular(alignment.dx)) {
-        SampleShiftedRow(plane, alignment, y, count, outside, values, inside);
-        return;
-    }
-    SampleAlignedStretch(plane, alignment, 0, y, count, outside, values, inside);
-}
-
 void SampleAlignedRow(const CStlImage& image, int plane, const Alignment& alignment, int y, int count, double outside,
                       double* values, int* inside)
 {
-    if (!alignment.IsShift()) {
-        SampleAlignedStretch(image, plane, alignment, 0, y, count, outside, values, inside);
-        return;
-    }
-    BringPages(image, plane, alignment, 0, y, count);
-    SampleAlignedRow(WholePlane(image, plane), alignment, y, count, outside, values, inside);
+    SampleAlignedStretch(image, plane, alignment, 0, y, count, outside, values, inside);
 }
 
 void SampleAlignedStretch(const CStlImage& image, int plane, const Alignment& alignment, int x, int y, int count,
                           double outside, double* values, int* inside)
 {
     constexpr int kPagedColumns = 64; // few, so that the pages that a steep turn reads stay within the budget
-    const int length = IsPaged(image) ? kPagedColumns : count;
+    const int length = IsPaged(image) && !alignment.IsShift() ? kPagedColumns : count;
     const PlaneRows rows = WholePlane(image, plane);
     for (int done = 0; done < count; done += length) {
         const int columns = std::min(length, count - done);
@@ -282,6 +272,10 @@ void SampleAlignedStretch(const CStlImage& image, int plane, const Alignment& al
 void SampleAlignedStretch(const PlaneRows& plane, const Alignment& alignment, int x, int y, int count, double outside,
                           double* values, int* inside)
 {
+    if (alignment.IsShift() && IsRegular(alignment.dx)) {
+        SampleShiftedStretch(plane, alignment, x, y, count, outside, values, inside);
+        return;
+    }
     for (int done = 0; done < count; done += TurnedStretch::kLength) {
         const int length = std::min(TurnedStretch::kLength, count - done);
         const TurnedStretch stretch(plane, alignment, x + done, y, length);

@@ -33,12 +33,9 @@ struct RowSpan {
 /// The rows of an image, width x height, that sampling row y of a frame, `count` columns wide, reads; none when empty.
 CORVANE_VISIBLE RowSpan RowsTouched(const Alignment& alignment, int y, int count, int width, int height);
 
-/// Samples row y of a frame from a plane that is aligned onto it: values[x] and inside[x] (1 or 0), x in 0..count - 1.
-/// Outside the plane the value is `outside`. The same values as `CStlImage::GetPixelGrayRaw` gives one by one.
-CORVANE_VISIBLE void SampleAlignedRow(const PlaneRows& plane, const Alignment& alignment, int y, int count,
-                                      double outside, double* values, int* inside);
-
-/// The same from a plane of an image, whose pages are brought in as they are needed.
+/// Samples row y of a frame from a plane of an image that is aligned onto it: values[x] and inside[x] (1 or 0), x in
+/// 0..count - 1. Outside the plane the value is `outside`. The same values as `CStlImage::GetPixelGrayRaw` gives one by
+/// one. Pages are brought in as they are needed.
 CORVANE_VISIBLE void SampleAlignedRow(const CStlImage& image, int plane, const Alignment& alignment, int y, int count,
                                       double outside, double* values, int* inside);
 

@@ -10,6 +10,7 @@
 #include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
 #include "corvane/core/text.h"
+#include "corvane/core/walk.h"
 #include "stack/combine/row_window.h"
 
 namespace corvane::stack {
@@ -47,7 +48,16 @@ std::uint64_t MemoryFor(const CombinePlan& plan)
     return std::min(plan.memory, MemoryBudget() - std::min(MemoryInUse(), MemoryBudget()));
 }
 
+/// Whether several threads may write rows of what combining fills.
+bool MayShare(const CombineTarget& target)
+{
+    const CStlImage* const images[] = {&target.image, target.coverage, target.rejectedLow, target.rejectedHigh};
+    return std::all_of(std::begin(images), std::end(images),
+                       [](const CStlImage* image) { return image == nullptr || MayShareWork(*image, {}); });
+}
+
 constexpr int kFewestColumns = 16;
+constexpr int kStretch = 256; // columns of a row that are combined at a time: those of all frames stay in a near cache
 
 /// A frame at work.
 struct PlacedFrame {
@@ -55,12 +65,39 @@ struct PlacedFrame {
     Alignment alignment; ///< onto the grid
     FrameFacts facts;
     RowWindow window;
-    bool usesBlank;             ///< it declares one, or leaves a part of the target free
-    std::vector<double> values; ///< of one row of the target
-    std::vector<int> valid;
+    bool usesBlank; ///< it declares one, or leaves a part of the target free
 
     /// Bytes of a row of all planes.
     std::uint64_t RowBytes() const { return sizeof(float) * facts.width * static_cast<std::uint64_t>(facts.planes); }
+};
+
+/// What one thread combines with.
+struct Workbench {
+    explicit Workbench(const CombinePlan& plan)
+        : combiner(plan.method, plan.coverage, Weights(plan.frames), plan.blank), values(plan.frames.size() * kStretch),
+          valid(values.size()), fewest(static_cast<int>(plan.frames.size()))
+    {
+        for (std::size_t i = 0; i < plan.frames.size(); ++i) {
+            lines.push_back({Values(i), Valid(i)});
+        }
+    }
+
+    double* Values(std::size_t frame) { return values.data() + frame * kStretch; }
+    int* Valid(std::size_t frame) { return valid.data() + frame * kStretch; }
+
+    RowCombiner combiner;
+    std::vector<double> values; ///< of a stretch of a row, frame after frame
+    std::vector<int> valid;
+    std::vector<CombineLine> lines;
+    int fewest; ///< frames that have some pixel
+};
+
+/// A stretch of a row of the target.
+struct Stretch {
+    int x;
+    int row;
+    int plane;
+    int count;
 };
 
 /// Combines into one target: a band of rows at a time, and in strips of columns when turned frames would not fit.
@@ -75,12 +112,14 @@ private:
     std::uint64_t FixedBytes(int columns) const;
     double BytesOfRow() const;
     int RowsOfBand(int columns) const;
-    void OpenStrip(int left, int right);
-    void CombineBand(int firstRow, int lastRow, Stage& stage);
+    void OpenStrip(int left, int right, int rows);
+    void ReadBand(int firstRow, int lastRow, int threads, Stage& stage);
+    void CombineBand(int firstRow, int lastRow, int threads, Stage& stage);
     void Read(const PlacedFrame& frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) const;
-    void CombineRow(int row, int plane);
-    void SampleRow(PlacedFrame& frame, int row, int plane) const;
-    float* RowOf(CStlImage* image, int row, int plane) const;
+    void CombineRow(int row, int plane, Workbench& bench) const;
+    void Combine(const Stretch& stretch, Workbench& bench) const;
+    void Sample(const PlacedFrame& frame, const Stretch& stretch, double* values, int* valid) const;
+    float* In(CStlImage* image, const Stretch& stretch) const;
     bool HasBlanks() const;
 
     const CombinePlan& plan_;
@@ -93,25 +132,19 @@ private:
     int columns_ = 0;
     std::uint64_t memory_;
     std::vector<PlacedFrame> frames_;
-    std::vector<CombineLine> lines_;
-    RowCombiner combiner_;
-    int fewest_; ///< frames that have some pixel
+    std::vector<Workbench> benches_; ///< one for each thread
 };
 
 BandCombiner::BandCombiner(const CombinePlan& plan, FrameSource& source, const CombineTarget& target)
     : plan_(plan), source_(source), target_(target), width_(target.image.GetWidth()), firstRow_(target.firstRow),
-      endRow_(firstRow_ + target.image.GetHeight()), memory_(MemoryFor(plan)),
-      combiner_(plan.method, plan.coverage, Weights(plan.frames), plan.blank),
-      fewest_(static_cast<int>(plan.frames.size()))
+      endRow_(firstRow_ + target.image.GetHeight()), memory_(MemoryFor(plan))
 {
     for (const Placement& placement : plan.frames) {
         const FrameFacts facts = source.Facts(placement.frame);
         const Alignment alignment = OnGrid(placement.alignment, plan.grid.scale);
         const bool isSmaller = facts.width < width_ || facts.height < plan.grid.height;
         frames_.push_back({placement, alignment, facts, RowWindow(alignment, facts, 0, width_),
-                           facts.blank || isSmaller || IsMoved(alignment), std::vector<double>(width_),
-                           std::vector<int>(width_)});
-        lines_.push_back({frames_.back().values.data(), frames_.back().valid.data()});
+                           facts.blank || isSmaller || IsMoved(alignment)});
     }
 }
 
@@ -124,10 +157,16 @@ void BandCombiner::Combine(const Run& run, const char* text)
     const int strips = (width_ + columns - 1) / columns;
     const int count = static_cast<int>(frames_.size());
     Stage stage(run, text, strips * ((height + rows - 1) / rows * count + height));
+    const bool isMuch = static_cast<long long>(rows) * columns * count >= kFewSamples;
+    const int readers = isMuch ? std::min(run.Threads(), count) : 1;
+    const int writers = isMuch && MayShare(target_) ? std::min(run.Threads(), rows) : 1;
+    std::generate_n(std::back_inserter(benches_), writers, [this] { return Workbench(plan_); });
     for (int left = 0; left < width_; left += columns) {
-        OpenStrip(left, std::min(left + columns, width_));
+        OpenStrip(left, std::min(left + columns, width_), rows);
         for (int first = firstRow_; first < endRow_; first += rows) {
-            CombineBand(first, std::min(first + rows, endRow_) - 1, stage);
+            const int last = std::min(first + rows, endRow_) - 1;
+            ReadBand(first, last, readers, stage);
+            CombineBand(first, last, writers, stage);
         }
     }
     if (HasBlanks()) {
@@ -136,35 +175,57 @@ void BandCombiner::Combine(const Run& run, const char* text)
     }
 }
 
-void BandCombiner::OpenStrip(int left, int right)
+/// Begins a strip of columns that is combined in bands of so many rows.
+void BandCombiner::OpenStrip(int left, int right, int rows)
 {
     left_ = left;
     columns_ = right - left;
     for (PlacedFrame& frame : frames_) {
         frame.window = RowWindow(frame.alignment, frame.facts, left, right);
+        int most = 0;
+        for (int first = firstRow_; first < endRow_; first += rows) {
+            const RowSpan touched = frame.window.Touched(first, std::min(first + rows, endRow_) - 1);
+            most = std::max(most, touched.end - touched.first);
+        }
+        frame.window.Reserve(most);
     }
 }
 
-void BandCombiner::CombineBand(int firstRow, int lastRow, Stage& stage)
+void BandCombiner::ReadBand(int firstRow, int lastRow, int threads, Stage& stage)
 {
-    for (PlacedFrame& frame : frames_) {
+    const auto readFrame = [&](int i) {
+        PlacedFrame& frame = frames_[static_cast<std::size_t>(i)];
         frame.window.MoveTo(firstRow, lastRow, [&](int first, int rows, float* samples, std::ptrdiff_t planeStride) {
             Read(frame, first, rows, samples, planeStride);
         });
-        stage.Step();
-    }
-    for (int row = firstRow; row <= lastRow; ++row) {
-        for (int plane = 0; plane < target_.image.GetPlanes(); ++plane) {
-            CombineRow(row, plane);
+    };
+    platform::ForBlocks(static_cast<int>(frames_.size()), threads, readFrame, [&](int) { stage.Step(); });
+}
+
+void BandCombiner::CombineBand(int firstRow, int lastRow, int threads, Stage& stage)
+{
+    // What rows of all frames hold: blocks are as long as the work that they are.
+    const RowBlocks blocks({0, firstRow, columns_ * static_cast<int>(frames_.size()), lastRow + 1});
+    const auto combineRows = [&](int i, int thread) {
+        for (int row = blocks[i].first; row < blocks[i].end; ++row) {
+            for (int plane = 0; plane < target_.image.GetPlanes(); ++plane) {
+                CombineRow(row, plane, benches_[static_cast<std::size_t>(thread)]);
+            }
         }
-        stage.Step();
-    }
+    };
+    platform::ForBlocks(blocks.Count(), threads, combineRows, [&](int i) {
+        for (int row = blocks[i].first; row < blocks[i].end; ++row) {
+            stage.Step();
+        }
+    });
 }
 
 bool BandCombiner::HasBlanks() const
 {
     const bool someUse = std::any_of(frames_.begin(), frames_.end(), [](const auto& frame) { return frame.usesBlank; });
-    return plan_.coverage == Coverage::kAll ? someUse : fewest_ == 0;
+    const bool someLack =
+        std::any_of(benches_.begin(), benches_.end(), [](const Workbench& bench) { return bench.fewest == 0; });
+    return plan_.coverage == Coverage::kAll ? someUse : someLack;
 }
 
 /// Bytes of what rows of the target touch beyond themselves, counted once for each frame.
@@ -231,38 +292,45 @@ void BandCombiner::Read(const PlacedFrame& frame, int firstRow, int rowCount, fl
     }
 }
 
-float* BandCombiner::RowOf(CStlImage* image, int row, int plane) const
+float* BandCombiner::In(CStlImage* image, const Stretch& stretch) const
 {
-    return image != nullptr ? image->GetImageAdr(left_, row - firstRow_, plane) : nullptr;
+    return image != nullptr ? image->GetImageAdr(stretch.x, stretch.row - firstRow_, stretch.plane) : nullptr;
 }
 
-void BandCombiner::CombineRow(int row, int plane)
+void BandCombiner::CombineRow(int row, int plane, Workbench& bench) const
 {
-    for (PlacedFrame& frame : frames_) {
-        SampleRow(frame, row, plane);
+    const int right = left_ + columns_;
+    for (int x = left_; x < right; x += kStretch) {
+        Combine({x, row, plane, std::min(kStretch, right - x)}, bench);
     }
-    const CombinedRow result{RowOf(&target_.image, row, plane), RowOf(target_.coverage, row, plane),
-                             RowOf(target_.rejectedLow, row, plane), RowOf(target_.rejectedHigh, row, plane)};
-    fewest_ = std::min(fewest_, combiner_.Combine(lines_.data(), columns_, result));
 }
 
-void BandCombiner::SampleRow(PlacedFrame& frame, int row, int plane) const
+void BandCombiner::Combine(const Stretch& stretch, Workbench& bench) const
 {
-    double* const values = frame.values.data();
-    int* const valid = frame.valid.data();
-    frame.window.Sample(plane, row, plan_.blank, values, valid);
+    for (std::size_t i = 0; i < frames_.size(); ++i) {
+        Sample(frames_[i], stretch, bench.Values(i), bench.Valid(i));
+    }
+    const CombinedRow result{In(&target_.image, stretch), In(target_.coverage, stretch),
+                             In(target_.rejectedLow, stretch), In(target_.rejectedHigh, stretch)};
+    bench.fewest = std::min(bench.fewest, bench.combiner.Combine(bench.lines.data(), stretch.count, result));
+}
+
+void BandCombiner::Sample(const PlacedFrame& frame, const Stretch& stretch, double* values, int* valid) const
+{
+    const auto& [left, row, plane, count] = stretch;
+    frame.window.Sample(plane, left, row, count, plan_.blank, values, valid);
     if (plan_.coverage == Coverage::kAny) {
-        frame.window.LeaveOutWrapped(row, valid);
+        frame.window.LeaveOutWrapped(left, row, count, valid);
     } else if (frame.usesBlank) {
         const BlankTest isBlank(plan_.blank);
-        for (int x = 0; x < columns_; ++x) {
+        for (int x = 0; x < count; ++x) {
             valid[x] &= isBlank(values[x]) ? 0 : 1;
         }
     }
     const std::vector<Normalisation>& planes = frame.placement.normalisation;
     if (!planes.empty() && !planes[plane].ChangesNothing()) {
         const auto [factor, offset] = planes[plane];
-        for (int x = 0; x < columns_; ++x) {
+        for (int x = 0; x < count; ++x) {
             const double v = values[x];
             values[x] = valid[x] != 0 ? v * factor + offset : v;
         }

@@ -66,8 +66,9 @@ struct CombineTarget {
 /// in order or, of a frame turned upside down, backwards. Of a turned frame all rows that a row of the target crosses are
 /// in memory together: the sine of the angle times the width, at a right angle all of them. Where these would take more
 /// than half of the memory the target is combined in strips of columns, which cross fewer; rows that several strips need
-/// are read again for each, those of a frame at a right angle just once. Throws Error for a target that is no band of the grid or has other planes than a frame,
-/// what the source throws, and `Cancelled`.
+/// are read again for each, those of a frame at a right angle just once. Frames are read, and rows combined, on the
+/// threads of the run. Throws Error for a target that is no band of the grid or has other planes than a frame, what the
+/// source throws, and `Cancelled`.
 CORVANE_VISIBLE void CombineFrames(const CombinePlan& plan, FrameSource& source, const CombineTarget& target,
                                    const Run& run = {}, const char* text = "Combining frames...");
 

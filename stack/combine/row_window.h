@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "corvane/core/aligned_row.h"
@@ -22,13 +23,17 @@ public:
 
     /// Rows of the frame that rows firstRow to lastRow of the target touch; empty when they touch none.
     RowSpan Touched(int firstRow, int lastRow) const;
-    /// Brings in what rows firstRow to lastRow of the target touch.
+    /// Takes room for so many rows of the frame, before the first `MoveTo`. On the caller's thread: memory that several
+    /// threads take and give back does not come together for the next ones.
+    void Reserve(int rows);
+    /// Brings in what rows firstRow to lastRow of the target touch, no more than there is room for.
     void MoveTo(int firstRow, int lastRow, const Reader& read);
-    /// Samples a row of the target from a plane, from the left column on: values and whether they lie inside.
-    void Sample(int plane, int row, double outside, double* values, int* inside) const;
-    /// Takes samples of a row out of those inside that lie right of the last column: beyond it, the sampler goes on to
-    /// the first sample of the next row.
-    void LeaveOutWrapped(int row, int* inside) const;
+    /// Samples a stretch of a row of the target from a plane, `count` of its columns from x on: values and whether they
+    /// lie inside.
+    void Sample(int plane, int x, int row, int count, double outside, double* values, int* inside) const;
+    /// Takes samples of a stretch out of those inside that lie right of the last column: beyond it, the sampler goes on
+    /// to the first sample of the next row.
+    void LeaveOutWrapped(int x, int row, int count, int* inside) const;
 
 private:
     RowSpan Keep(const RowSpan& wanted);
@@ -42,10 +47,10 @@ private:
     int planes_;
     int left_;
     int right_;
-    int capacity_ = 0; ///< rows that there is room for
+    int capacity_ = 0;
     int first_ = 0;
     int count_ = 0;
-    std::vector<float> samples_;
+    std::unique_ptr<float[]> samples_;
     std::vector<float> followers_; ///< for each plane but the last, the sample that follows it in storage
 };
 
