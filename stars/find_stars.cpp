@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "stars/common_width.h"
+#include "stars/field_blocks.h"
 #include "stars/full_well.h"
 #include "stars/gaussian_fit.h"
 #include "stars/maxima.h"
@@ -32,6 +33,7 @@ constexpr double kByNoise = 1.0;      // and this more for a peak of one deviati
 constexpr double kBroad = 1.8;        // times the typical star's width
 constexpr int kAreaMargin = 2;        // pixels about a saturated area
 constexpr double kReach = 3.0;        // of a window, in its deviations
+constexpr std::size_t kMaximaOfBlock = 64;
 
 bool IsBrighter(const FieldStar& a, const FieldStar& b)
 {
@@ -67,6 +69,8 @@ public:
     {}
 
     double TypicalFwhm() const { return fwhm_; }
+    /// How many samples it looks at for an object.
+    long long Samples() const { return static_cast<long long>(stamp_.Side()) * stamp_.Side(); }
 
     /// The object at a maximum; nothing when its light belongs to another one.
     std::optional<FieldStar> Measure(const Maximum& maximum)
@@ -146,19 +150,35 @@ private:
     Stamp stamp_;
 };
 
-std::vector<FieldStar> MeasureAll(StarMeter& meter, const std::vector<SaturatedArea>& areas,
-                                  const std::vector<Maximum>& maxima, const Run& run)
+/// The stars of saturated areas, then those of maxima, in their order; asks at each maximum whether to go on.
+std::vector<FieldStar> MeasureAll(const CStlImage& image, const StarMeter& meter,
+                                  const std::vector<SaturatedArea>& areas, const std::vector<Maximum>& maxima,
+                                  const Run& run)
 {
     std::vector<FieldStar> stars;
+    StarMeter ofAreas = meter;
     for (const SaturatedArea& area : areas) {
-        stars.push_back(meter.Measure(area));
+        stars.push_back(ofAreas.Measure(area));
     }
-    for (const Maximum& maximum : maxima) {
-        run.ThrowIfCancelled();
-        if (const std::optional<FieldStar> star = meter.Measure(maximum)) {
-            stars.push_back(*star);
+    std::vector<std::optional<FieldStar>> found(maxima.size());
+    const auto endOf = [&](int block) { return std::min((block + std::size_t{1}) * kMaximaOfBlock, maxima.size()); };
+    const auto measure = [&](int block) {
+        StarMeter own = meter;
+        for (std::size_t i = block * kMaximaOfBlock; i < endOf(block); ++i) {
+            found[i] = own.Measure(maxima[i]);
         }
-    }
+    };
+    const auto add = [&](int block) {
+        for (std::size_t i = block * kMaximaOfBlock; i < endOf(block); ++i) {
+            run.ThrowIfCancelled();
+            if (found[i]) {
+                stars.push_back(*found[i]);
+            }
+        }
+    };
+    const int blocks = static_cast<int>((maxima.size() + kMaximaOfBlock - 1) / kMaximaOfBlock);
+    platform::ForBlocks(blocks, ReadersOf(image, meter.Samples() * static_cast<long long>(maxima.size()), run), measure,
+                        add);
     return stars;
 }
 
@@ -186,13 +206,13 @@ double CommonFwhm(const std::vector<FieldStar>& stars)
 std::vector<FieldStar> FindObjects(const CStlImage& image, int plane, const SkyMesh& sky, double fullWell,
                                    const FindOptions& options, const Run& run)
 {
-    const std::vector<SaturatedArea> areas = FindSaturatedAreas(image, plane, fullWell);
+    const std::vector<SaturatedArea> areas = FindSaturatedAreas(image, plane, fullWell, run);
     std::vector<Maximum> maxima =
         FindMaxima(image, plane, sky, options.sigmas,
-                   std::max(kFewestMaxima, kMaximaPerStar * std::min(options.limit, kMostStars)));
+                   std::max(kFewestMaxima, kMaximaPerStar * std::min(options.limit, kMostStars)), run);
     RemoveCovered(maxima, areas);
-    StarMeter meter(image, plane, sky, MeasureTypicalStar(image, plane, sky, maxima));
-    std::vector<FieldStar> stars = MeasureAll(meter, areas, maxima, run);
+    const StarMeter meter(image, plane, sky, MeasureTypicalStar(image, plane, sky, maxima));
+    std::vector<FieldStar> stars = MeasureAll(image, meter, areas, maxima, run);
     RemoveDuplicates(stars, meter.TypicalFwhm());
     MarkCrowded(stars, meter.TypicalFwhm());
     JoinTrails(stars, meter.TypicalFwhm());
@@ -203,7 +223,7 @@ std::vector<FieldStar> FindObjects(const CStlImage& image, int plane, const SkyM
 
 StarField FindFieldStars(const CStlImage& image, int plane, const FindOptions& options, const Run& run)
 {
-    const SkyMesh sky = MeasureSkyMesh(image, plane);
+    const SkyMesh sky = MeasureSkyMesh(image, plane, run);
     run.ThrowIfCancelled();
     if (sky.IsEmpty()) {
         return {};
@@ -211,7 +231,8 @@ StarField FindFieldStars(const CStlImage& image, int plane, const FindOptions& o
     StarField field;
     field.sky = sky.level.Median();
     field.noise = sky.noise.Median();
-    const double fullWell = options.fullWell ? *options.fullWell : FullWellLevel(image, plane, field.sky, field.noise);
+    const double fullWell =
+        options.fullWell ? *options.fullWell : FullWellLevel(image, plane, field.sky, field.noise, run);
     field.stars = FindObjects(image, plane, sky, fullWell, options, run);
     KeepBest(field.stars, options.limit);
     field.fwhm = CommonFwhm(field.stars);

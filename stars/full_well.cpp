@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "corvane/core/reductions.h"
-#include "corvane/core/walk.h"
 #include "stars/defined.h"
+#include "stars/field_blocks.h"
 
 namespace corvane::stars {
 
@@ -45,6 +45,16 @@ struct Largest {
         for (int x = 0; x < count; ++x) {
             samples += row[x] == value ? 1 : 0;
             pairs += x > 0 && row[x] == value && row[x - 1] == value ? 1 : 0;
+        }
+    }
+
+    void Add(const Largest& other)
+    {
+        if (other.value > value) {
+            *this = other;
+        } else if (other.value == value) {
+            samples += other.samples;
+            pairs += other.pairs;
         }
     }
 };
@@ -170,11 +180,17 @@ double FullScale(int bits)
     return bits == 8 ? 255.0 : bits == 16 ? 65535.0 : kInfinity;
 }
 
-double FullWellLevel(const CStlImage& image, int plane, double sky, double noise)
+double FullWellLevel(const CStlImage& image, int plane, double sky, double noise, const Run& run)
 {
     const DefinedTest isDefined(image);
+    std::vector<Largest> ofBlocks(static_cast<std::size_t>(FieldBlocks(image).Count()));
+    const auto find = [&](const RowBlock& block, int i) {
+        for (int y = block.first; y < block.end; ++y) {
+            ofBlocks[static_cast<std::size_t>(i)].Add(image.GetImageAdr(0, y, plane, 1), image.GetWidth(), isDefined);
+        }
+    };
     Largest largest;
-    ForEachRow(image, plane, [&](const float* row) { largest.Add(row, image.GetWidth(), isDefined); });
+    ForFieldBlocks(image, run, find, [&](int i) { largest.Add(ofBlocks[static_cast<std::size_t>(i)]); });
     const bool isPlateau =
         largest.samples >= kPlateau && largest.pairs >= kPlateauPairs && largest.value > sky + kFarAboveSky * noise;
     const bool isCeiling = isPlateau || largest.value >= FullScale(image.GetOrgBitsPixel());
@@ -205,14 +221,24 @@ std::optional<double> LevelSaturated(const CStlImage& raw, int rawPlane, double 
     return largest > sky ? std::optional<double>(largest) : std::nullopt;
 }
 
-std::vector<SaturatedArea> FindSaturatedAreas(const CStlImage& image, int plane, double level)
+std::vector<SaturatedArea> FindSaturatedAreas(const CStlImage& image, int plane, double level, const Run& run)
 {
+    if (level == kInfinity) {
+        return {};
+    }
     const DefinedTest isDefined(image);
+    std::vector<char> isBelow(static_cast<std::size_t>(std::max(image.GetHeight(), 0)));
+    const auto look = [&](const RowBlock& block, int) {
+        for (int y = block.first; y < block.end; ++y) {
+            const float* const row = image.GetImageAdr(0, y, plane, 1);
+            isBelow[static_cast<std::size_t>(y)] = LargestOf(row, image.GetWidth(), isDefined) < level ? 1 : 0;
+        }
+    };
+    ForFieldBlocks(image, run, look, [](int) {});
     AreaBuilder builder(level, isDefined);
     for (int y = 0; y < image.GetHeight(); ++y) {
-        const float* row = image.GetImageAdr(0, y, plane, 1);
-        const bool isBelow = LargestOf(row, image.GetWidth(), isDefined) < level;
-        builder.Add(row, isBelow ? 0 : image.GetWidth(), y);
+        const bool hasNone = isBelow[static_cast<std::size_t>(y)] != 0;
+        builder.Add(image.GetImageAdr(0, y, plane, 1), hasNone ? 0 : image.GetWidth(), y);
     }
     return builder.Areas();
 }

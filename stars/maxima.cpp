@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "stars/defined.h"
+#include "stars/field_blocks.h"
 #include "stars/robust.h"
 
 namespace corvane::stars {
@@ -72,33 +73,38 @@ private:
 /// The smoothed frame above the sky, row by row.
 class SmoothedFrame {
 public:
-    SmoothedFrame(const CStlImage& image, int plane, const SkyMesh& sky)
+    /// Prepares to make the rows from `first` on.
+    SmoothedFrame(const CStlImage& image, int plane, const SkyMesh& sky, int first)
         : image_(image), plane_(plane), sky_(sky), isDefined_(image), width_(image.GetWidth()), across_(width_),
           smoothed_(width_), excess_(width_), level_(static_cast<std::size_t>(width_))
     {
-        Load(0);
+        Load(first - 2);
+        Load(first - 1);
+        Make(first - 1);
     }
 
-    /// Makes the next row, from 0 on to one beyond the last, which is empty.
+    /// Makes the next row; those above the first and below the last one are empty.
     void Make(int y)
     {
         Load(y + 1);
         PaddedRow& row = smoothed_.At(y);
-        if (y >= image_.GetHeight()) {
+        if (!IsInside(y)) {
             row.Clear();
             return;
         }
         SmoothDown(across_.At(y - 1).Data(), across_.At(y).Data(), across_.At(y + 1).Data(), width_, row.Data());
     }
 
-    /// One of the three rows made last; before the first one there is an empty one.
+    /// One of the three rows made last.
     const float* Row(int y) { return smoothed_.At(y).Data(); }
 
 private:
+    bool IsInside(int y) const { return y >= 0 && y < image_.GetHeight(); }
+
     void Load(int y)
     {
         PaddedRow& row = across_.At(y);
-        if (y >= image_.GetHeight()) {
+        if (!IsInside(y)) {
             row.Clear();
             return;
         }
@@ -190,27 +196,44 @@ double SmoothedNoise(const CStlImage& image, int plane, const SkyMesh& sky)
     return std::max(kSmoothNoise, MeasureLevel(std::move(deviations)).deviation);
 }
 
-} // namespace
-
-std::vector<Maximum> FindMaxima(const CStlImage& image, int plane, const SkyMesh& sky, double sigmas, std::size_t limit)
+std::vector<Maximum> MaximaOfBlock(const CStlImage& image, int plane, const SkyMesh& sky, float factor,
+                                   const RowBlock& block)
 {
-    const auto factor = static_cast<float>(sigmas * SmoothedNoise(image, plane, sky));
     const int width = image.GetWidth();
-    SmoothedFrame frame(image, plane, sky);
+    SmoothedFrame frame(image, plane, sky, block.first);
     std::vector<float> threshold(static_cast<std::size_t>(width));
     std::vector<Maximum> maxima;
-    frame.Make(0);
-    for (int y = 0; y < image.GetHeight(); ++y) {
+    frame.Make(block.first);
+    for (int y = block.first; y < block.end; ++y) {
         frame.Make(y + 1);
         sky.noise.FillRow(y, threshold.data());
         for (float& t : threshold) {
             t *= factor;
         }
         CollectRow({frame.Row(y - 1), frame.Row(y), frame.Row(y + 1)}, threshold.data(), width, y, maxima);
+    }
+    return maxima;
+}
+
+} // namespace
+
+std::vector<Maximum> FindMaxima(const CStlImage& image, int plane, const SkyMesh& sky, double sigmas, std::size_t limit,
+                                const Run& run)
+{
+    const auto factor = static_cast<float>(sigmas * SmoothedNoise(image, plane, sky));
+    std::vector<std::vector<Maximum>> found(static_cast<std::size_t>(FieldBlocks(image).Count()));
+    std::vector<Maximum> maxima;
+    const auto find = [&](const RowBlock& block, int i) {
+        found[static_cast<std::size_t>(i)] = MaximaOfBlock(image, plane, sky, factor, block);
+    };
+    const auto add = [&](int i) {
+        const std::vector<Maximum> next = std::move(found[static_cast<std::size_t>(i)]);
+        maxima.insert(maxima.end(), next.begin(), next.end());
         if (maxima.size() / 2 > limit) {
             KeepBrightest(maxima, limit);
         }
-    }
+    };
+    ForFieldBlocks(image, run, find, add);
     KeepBrightest(maxima, limit);
     return maxima;
 }

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "stars/sky_mesh.h"
 
@@ -20,8 +21,8 @@ struct Maximum {
 ///
 /// The frame is smoothed with the weights 1, 2, 1 along both axes, which suits stars of a FWHM of two pixels and more;
 /// the deviation is that of the smoothed sky. Undefined samples (blanks, NaN, infinities) and those beyond the edges
-/// count as sky. Of equal neighbours the first in reading order is the maximum.
-std::vector<Maximum> FindMaxima(const CStlImage& image, int plane, const SkyMesh& sky, double sigmas,
-                                std::size_t limit);
+/// count as sky. Of equal neighbours the first in reading order is the maximum. Of the run only its threads count.
+std::vector<Maximum> FindMaxima(const CStlImage& image, int plane, const SkyMesh& sky, double sigmas, std::size_t limit,
+                                const Run& run);
 
 } // namespace corvane::stars

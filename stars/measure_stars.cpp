@@ -9,6 +9,7 @@
 #include "corvane/core/blank.h"
 #include "corvane/core/text.h"
 #include "corvane/measure/psf.h"
+#include "stars/field_blocks.h"
 #include "stars/plane_of.h"
 #include "stars/robust.h"
 
@@ -16,11 +17,12 @@ namespace corvane::stars {
 
 namespace {
 
-constexpr double kMostWidth = 20.0; // that PSF accepts [pixels]
-constexpr double kAperture = 1.5;   // widths: holds 99.8 % of a Gaussian
-constexpr double kRingFrom = 2.0;   // widths
-constexpr int kRingMargin = 3;      // pixels beyond that, where the narrowest stars' wings end
-constexpr int kRingWidth = 6;       // pixels
+constexpr double kMostWidth = 20.0;  // that PSF accepts [pixels]
+constexpr double kAperture = 1.5;    // widths: holds 99.8 % of a Gaussian
+constexpr double kRingFrom = 2.0;    // widths
+constexpr int kRingMargin = 3;       // pixels beyond that, where the narrowest stars' wings end
+constexpr int kRingWidth = 6;        // pixels
+constexpr int kSamplesOfStar = 2000; // that are looked at, or so
 
 /// What lies about a place of a monochrome image.
 class Surroundings {
@@ -163,16 +165,19 @@ MeasuredStar MeasureOne(const CStlImage& image, const CPoint& place, double sigm
 std::vector<MeasuredStar> MeasureEach(const CStlImage& image, const std::vector<CPoint>& places, double sigmas,
                                       const Run& run)
 {
-    std::vector<MeasuredStar> stars;
-    std::map<std::pair<int, int>, std::size_t> seen;
-    for (const CPoint& place : places) {
+    std::vector<MeasuredStar> stars(places.size());
+    std::map<std::pair<int, int>, int> seen;
+    const auto measure = [&](int i) { stars[i] = MeasureOne(image, places[i], sigmas); };
+    const auto compare = [&](int i) {
         run.ThrowIfCancelled();
-        MeasuredStar& star = stars.emplace_back(MeasureOne(image, place, sigmas));
-        const auto [first, isNew] = seen.try_emplace({star.top.y, star.top.x}, stars.size());
+        MeasuredStar& star = stars[i];
+        const auto [first, isNew] = seen.try_emplace({star.top.y, star.top.x}, i + 1);
         if (!isNew && star.IsUsed()) {
             star.fault = "the same as star " + std::to_string(first->second);
         }
-    }
+    };
+    const long long samples = static_cast<long long>(places.size()) * kSamplesOfStar;
+    platform::ForBlocks(static_cast<int>(places.size()), ReadersOf(image, samples, run), measure, compare);
     return stars;
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "stars/defined.h"
+#include "stars/field_blocks.h"
 #include "stars/robust.h"
 
 namespace corvane::stars {
@@ -132,7 +133,7 @@ SkyMesh Filled(SkyMesh mesh)
 
 } // namespace
 
-SkyMesh MeasureSkyMesh(const CStlImage& image, int plane)
+SkyMesh MeasureSkyMesh(const CStlImage& image, int plane, const Run& run)
 {
     const CellGrid unknown(std::max(1, image.GetWidth()), std::max(1, image.GetHeight()), kCell);
     SkyMesh noisy{unknown, unknown};
@@ -140,8 +141,8 @@ SkyMesh MeasureSkyMesh(const CStlImage& image, int plane)
     if (image.GetWidth() < 1 || image.GetHeight() < 1) {
         return noisy;
     }
-    std::vector<float> samples;
-    for (int row = 0; row < unknown.Rows(); ++row) {
+    const auto measureRow = [&](int row) {
+        std::vector<float> samples;
         for (int column = 0; column < unknown.Columns(); ++column) {
             const std::size_t places = Collect(image, plane, unknown.Area(column, row), samples);
             if (!samples.empty() && kFewest * samples.size() >= places) {
@@ -151,7 +152,9 @@ SkyMesh MeasureSkyMesh(const CStlImage& image, int plane)
                 mesh.noise.Value(column, row) = static_cast<float>(sky.noise > 0.0 ? sky.noise : kStepNoise * sky.step);
             }
         }
-    }
+    };
+    const int threads = ReadersOf(image, static_cast<long long>(image.GetWidth()) * image.GetHeight(), run);
+    platform::ForBlocks(unknown.Rows(), threads, measureRow, [](int) {});
     const SkyMesh filled = Filled(noisy);
     return filled.IsEmpty() ? Filled(quiet) : filled;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"
 #include "stars/cell_grid.h"
@@ -23,7 +24,7 @@ struct SkyMesh {
 /// count as noise. Cells that have few samples or all the same (a border without data) take the values around them; one
 /// that sticks out among its neighbours (a galaxy in it) takes their median. After E. Bertin & S. Arnouts (1996),
 /// Astronomy and Astrophysics Supplement 117, 393. A plane of one value has noise 0; one without any sample has an
-/// empty mesh.
-CORVANE_VISIBLE SkyMesh MeasureSkyMesh(const CStlImage& image, int plane);
+/// empty mesh. Of the run only its threads count.
+CORVANE_VISIBLE SkyMesh MeasureSkyMesh(const CStlImage& image, int plane, const Run& run = {});
 
 } // namespace corvane::stars
