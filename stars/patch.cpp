@@ -55,10 +55,11 @@ struct Square {
     CStlImage image;
     double noise = 0.0; ///< of the sky in the plane of stars, before smoothing
 
-    Square(const CStlImage& frame, int left, int top, int size) : image(-32, size, size, frame.GetPlanes(), 1.0, 0.0, 1)
+    Square(const CStlImage& frame, int left, int top, int size, const Run& run = {})
+        : image(-32, size, size, frame.GetPlanes(), 1.0, 0.0, 1)
     {
         for (int plane = 0; plane < frame.GetPlanes(); ++plane) {
-            const SkyMesh sky = MeasureSkyMesh(frame, plane);
+            const SkyMesh sky = MeasureSkyMesh(frame, plane, run);
             if (sky.IsEmpty()) {
                 continue;
             }
@@ -198,7 +199,7 @@ Patch::Patch(const CStlImage& image, const CPoint& centre, int size, int search,
 int Patch::Find(const CStlImage& frame, const std::function<bool(const PatchPlace&)>& visit, const Run& run) const
 {
     const int margin = search_ + kFineReach;
-    Square square(frame, left_ - margin, top_ - margin, image_.GetWidth() + 2 * margin);
+    Square square(frame, left_ - margin, top_ - margin, image_.GetWidth() + 2 * margin, run);
     const double peak = Brightest(square.image, StarPlane(square.image)).value;
     if (light_ == PatchLight::kAny && !(peak > kLeastPeak * square.noise)) {
         return 0;

@@ -4,9 +4,11 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <vector>
 
 #include "corvane/core/blank.h"
 #include "corvane/core/truncate.h"
+#include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 
 using namespace corvane;
@@ -93,7 +95,8 @@ struct Best {
     }
 };
 
-/// One search: where it stands, and how it scores and reports.
+/// One search: where it stands, and how it scores and reports. Offsets are scored a row at a time, and the rows on the
+/// workers of the stage's run.
 class Search {
 public:
     Search(const CImgMatching& image, const CStlImage& reference, Stage& stage)
@@ -107,13 +110,14 @@ public:
     /// Every second whole offset within half the range.
     void Coarse(double x, double y, int half)
     {
-        const std::int64_t lastX = Truncate(x + half);
-        const std::int64_t lastY = Truncate(y + half);
-        for (std::int64_t oy = Truncate(y - half); oy <= lastY; oy += 2) {
-            for (std::int64_t ox = Truncate(x - half); ox <= lastX; ox += 2) {
-                Try(static_cast<int>(ox), static_cast<int>(oy));
+        const auto along = [half](double centre) {
+            std::vector<int> offsets;
+            for (std::int64_t offset = Truncate(centre - half); offset <= Truncate(centre + half); offset += 2) {
+                offsets.push_back(static_cast<int>(offset));
             }
-        }
+            return offsets;
+        };
+        Try(along(x), along(y), 1, [](int, int) { return false; });
     }
 
     /// The eight whole offsets around the best of the coarse pass.
@@ -121,13 +125,8 @@ public:
     {
         const int cx = Truncate(best_.x);
         const int cy = Truncate(best_.y);
-        for (int oy = cy - 1; oy <= cy + 1; ++oy) {
-            for (int ox = cx - 1; ox <= cx + 1; ++ox) {
-                if (ox != cx || oy != cy) {
-                    Try(ox, oy);
-                }
-            }
-        }
+        Try(std::vector{cx - 1, cx, cx + 1}, std::vector{cy - 1, cy, cy + 1}, 1,
+            [=](int x, int y) { return x == cx && y == cy; });
     }
 
     /// Fractional offsets around the best, up to `reach` away. Coordinates grow by repeated addition, so which offsets
@@ -136,14 +135,14 @@ public:
     {
         const double cx = best_.x;
         const double cy = best_.y;
-        for (double fy = cy - reach; fy <= cy + reach; fy += step) {
-            for (double fx = cx - reach; fx <= cx + reach; fx += step) {
-                if (fx != cx || fy != cy) {
-                    best_.Offer(image_.CalcValue(&reference_, fx, fy, gains_.data()), fx, fy);
-                    stage_.Step(6);
-                }
+        const auto along = [=](double centre) {
+            std::vector<double> offsets;
+            for (double offset = centre - reach; offset <= centre + reach; offset += step) {
+                offsets.push_back(offset);
             }
-        }
+            return offsets;
+        };
+        Try(along(cx), along(cy), 6, [=](double x, double y) { return x == cx && y == cy; });
     }
 
     const Best& Result() const { return best_; }
@@ -154,11 +153,33 @@ private:
         return static_cast<double>(image_.GetAvrGrayRaw(plane)) / static_cast<double>(reference_.GetAvrGrayRaw(plane));
     }
 
-    void Try(int ox, int oy)
+    /// Offers columns of each row, those aside that isKnown holds for, in order; each counts so many steps.
+    template <class Offset, class IsKnown>
+    void Try(const std::vector<Offset>& columns, const std::vector<Offset>& rows, int steps, IsKnown isKnown)
     {
-        best_.Offer(image_.CalcValue(&reference_, ox, oy, gains_.data()), ox, oy);
-        stage_.Step();
+        std::vector<std::vector<double>> scores(rows.size());
+        const auto scoreRow = [&](int i) {
+            for (const Offset x : columns) {
+                const bool isWanted = !isKnown(x, rows[i]);
+                scores[i].push_back(isWanted ? image_.CalcValue(&reference_, x, rows[i], gains_.data()) : kNoScore);
+            }
+        };
+        const auto offerRow = [&](int i) {
+            for (std::size_t k = 0; k < columns.size(); ++k) {
+                if (!isKnown(columns[k], rows[i])) {
+                    best_.Offer(scores[i][k], columns[k], rows[i]);
+                    stage_.Step(steps);
+                }
+            }
+            scores[i] = {};
+        };
+        const auto offsets = static_cast<double>(columns.size() * rows.size());
+        const double samples = offsets * static_cast<double>(reference_.GetPixelCount());
+        platform::ForBlocks(static_cast<int>(rows.size()), samples < kFewSamples || !MayShare() ? 1 : stage_.Threads(),
+                            scoreRow, offerRow);
     }
+
+    bool MayShare() const { return MayShareWork(image_, {}) && MayShareWork(reference_, {}); }
 
     const CImgMatching& image_;
     const CStlImage& reference_;

@@ -8,6 +8,7 @@
 
 #include "corvane/core/error.h"
 #include "corvane/core/text.h"
+#include "corvane/platform/workers.h"
 #include "stack/register/measure_lights.h"
 #include "stars/find_stars.h"
 #include "stars/patch.h"
@@ -238,7 +239,7 @@ PixelPlace AlignByShift(const Options& options, LightFrames& frames, RawLights r
                         const Run& run)
 {
     Stage stage(run, "Aligning frames...", static_cast<int>(reports.size()));
-    const Run silent{.cancelled = run.cancelled}; // this stage tells how far the work is
+    const Run silent{.cancelled = run.cancelled, .threads = run.threads}; // this stage tells how far the work is
     const int chosen = ReferenceIndex(options);
     const CStlImage reference(frames.ReadImage(chosen));
     const std::vector<FieldStar> stars = FindLightStars(raw.Read(chosen), reference, silent).stars;
@@ -249,13 +250,13 @@ PixelPlace AlignByShift(const Options& options, LightFrames& frames, RawLights r
                         "shows no star that frames can be aligned on; choose a place with star = X,Y");
     }
     const PatchAligner aligner(reference, *centre, stars, options);
-    for (int i = 0; i < static_cast<int>(reports.size()); ++i) {
+    const auto align = [&](int i) {
         FrameReport& report = reports[static_cast<std::size_t>(i)];
         if (i != chosen && report.used) {
-            aligner.Align(frames.ReadImage(i), silent, report);
+            aligner.Align(frames.ReadImage(i), {.threads = run.threads}, report);
         }
-        stage.Step();
-    }
+    };
+    platform::ForBlocks(static_cast<int>(reports.size()), frames.AtOnce(run), align, [&](int) { stage.Step(); });
     return *centre;
 }
 

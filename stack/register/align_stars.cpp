@@ -8,6 +8,7 @@
 
 #include "corvane/core/error.h"
 #include "corvane/core/text.h"
+#include "corvane/platform/workers.h"
 #include "stars/match_fields.h"
 #include "stars/robust.h"
 
@@ -78,9 +79,9 @@ void LeaveOutFaint(double exposureRatio, FrameReport& report)
 }
 
 void Place(const Options& options, const CfPoint& centre, const Stars& reference, const Stars& stars,
-           FrameReport& report, const Run& run)
+           FrameReport& report)
 {
-    const stars::FieldMatch match = stars::MatchFields(reference, stars, centre, {options.alignsScale, true}, run);
+    const stars::FieldMatch match = stars::MatchFields(reference, stars, centre, {options.alignsScale, true});
     report.residual = match.residual;
     report.matched = match.stars;
     if (!match.reason.empty() || match.isMirrored) {
@@ -99,17 +100,19 @@ void PlaceOn(std::size_t reference, const Options& options, const MeasuredLights
              std::vector<FrameReport>& reports, const Run& run)
 {
     const Stars& stars = lights.seen[reference].stars;
-    Stage stage(run, "Matching stars...", static_cast<int>(reports.size()));
-    for (std::size_t i = 0; i < reports.size(); ++i) {
+    const int count = static_cast<int>(reports.size());
+    Stage stage(run, "Matching stars...", count);
+    const auto place = [&](int light) {
+        const auto i = static_cast<std::size_t>(light);
         if (i == reference) {
             reports[i].matched = std::min(reports[i].stars, static_cast<int>(stars.size()));
             reports[i].fluxRatio = 1.0;
         } else if (reports[i].used) {
-            Place(options, lights.centre, stars, lights.seen[i].stars, reports[i], run);
+            Place(options, lights.centre, stars, lights.seen[i].stars, reports[i]);
             LeaveOutFaint(ExposureRatio(lights.exposures[i], lights.exposures[reference]), reports[i]);
         }
-        stage.Step();
-    }
+    };
+    platform::ForBlocks(count, run.Threads(), place, [&](int) { stage.Step(); });
 }
 
 std::ptrdiff_t CountUsed(const std::vector<FrameReport>& reports)

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "corvane/core/text.h"
+#include "corvane/platform/workers.h"
 #include "stars/full_well.h"
 #include "stars/robust.h"
 
@@ -100,12 +101,15 @@ std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames
     if (!wanted.Anything()) {
         return {};
     }
-    Stage stage(run, "Measuring lights...", static_cast<int>(reports.size()));
-    std::vector<SeenLight> seen;
-    for (int i = 0; i < static_cast<int>(reports.size()); ++i) {
-        seen.push_back(Measure(frames, raw, i, wanted, reports[static_cast<std::size_t>(i)], run));
-        stage.Step();
-    }
+    const int count = static_cast<int>(reports.size());
+    Stage stage(run, "Measuring lights...", count);
+    const Run silent{.threads = run.threads}; // the stage asks whether to go on, light by light
+    std::vector<SeenLight> seen(reports.size());
+    const auto measure = [&](int i) {
+        const auto light = static_cast<std::size_t>(i);
+        seen[light] = Measure(frames, raw, i, wanted, reports[light], silent);
+    };
+    platform::ForBlocks(count, frames.AtOnce(run), measure, [&](int) { stage.Step(); });
     return seen;
 }
 
@@ -114,7 +118,7 @@ stars::StarField FindLightStars(const CStlImage& raw, CStlImage calibrated, cons
     const int plane = stars::StarPlane(calibrated);
     const int rawPlane = std::min(plane, raw.GetPlanes() - 1); // a filter mosaic has one
     const FrameLevel level = MeasureFrame(raw, rawPlane);
-    const double ceiling = stars::FullWellLevel(raw, rawPlane, level.background, level.spread);
+    const double ceiling = stars::FullWellLevel(raw, rawPlane, level.background, level.spread, run);
     const double sky = MeasureFrame(calibrated, plane).background;
     const auto fullWell = stars::LevelSaturated(raw, rawPlane, ceiling, calibrated, plane, sky);
     return stars::FindFieldStars(calibrated, plane, {.fullWell = fullWell}, run);
