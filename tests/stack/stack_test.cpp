@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "corvane/core/blank.h"
 #include "corvane/geometry/flip.h"
 #include "tests/stack/test_night.h"
@@ -180,26 +182,36 @@ TEST_F(WholeStackTest, WrongInputIsAnErrorThatNamesIt)
 
 TEST_F(WholeStackTest, EveryStageIsToldAndCanBeCancelled)
 {
-    const auto sky = Sky(120, 120, 1, {{60, 60, 5000}});
+    const auto sky = Sky(370, 370, 1, {{60, 60, 5000}}); // large enough for several threads
     Options options;
     options.lights = {Save("a.fits", sky), Save("b.fits", sky)};
-    const auto flat = Make(120, 120, 1, Ramp);
+    const auto flat = Make(370, 370, 1, Ramp);
     options.flats = {Save("f.fits", flat), Save("g.fits", flat)};
     options.align = AlignMethod::kShift;
     options.search = 4;
     std::vector<std::string> texts;
     std::size_t stopAt = 100;
+    std::vector<int> course; ///< how far each stage is at each step, and each time it asks whether to go on
     corvane::Run run;
     run.progress = [&](const Progress& progress) {
+        course.push_back(progress.done);
         if (progress.state == Progress::State::kBegun) {
             texts.emplace_back(progress.text);
         }
     };
-    run.cancelled = [&] { return texts.size() == stopAt; };
+    run.cancelled = [&] {
+        course.push_back(-1);
+        return texts.size() == stopAt;
+    };
+    run.threads = 1;
     Stack(options, run);
     const std::vector<std::string> expected = {"Checking frames...", "Measuring flats...", "Combining flats...",
                                                "Aligning frames...", "Combining lights..."};
     EXPECT_EQ(texts, expected);
+    const std::vector<int> courseOfOne = std::exchange(course, {});
+    run.threads = 3;
+    Stack(options, run);
+    EXPECT_EQ(course, courseOfOne);
     for (stopAt = 1; stopAt <= expected.size(); ++stopAt) {
         texts.clear();
         EXPECT_THROW(Stack(options, run), Cancelled) << expected[stopAt - 1];
