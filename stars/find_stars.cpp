@@ -211,7 +211,7 @@ std::vector<FieldStar> FindObjects(const CStlImage& image, int plane, const SkyM
         FindMaxima(image, plane, sky, options.sigmas,
                    std::max(kFewestMaxima, kMaximaPerStar * std::min(options.limit, kMostStars)), run);
     RemoveCovered(maxima, areas);
-    const StarMeter meter(image, plane, sky, MeasureTypicalStar(image, plane, sky, maxima));
+    const StarMeter meter(image, plane, sky, MeasureTypicalStar(image, plane, sky, maxima, run));
     std::vector<FieldStar> stars = MeasureAll(image, meter, areas, maxima, run);
     RemoveDuplicates(stars, meter.TypicalFwhm());
     MarkCrowded(stars, meter.TypicalFwhm());

@@ -4,9 +4,11 @@
 #include <cmath>
 #include <iterator>
 #include <optional>
+#include <span>
 #include <utility>
 
 #include "stars/common_width.h"
+#include "stars/field_blocks.h"
 #include "stars/gaussian_fit.h"
 #include "stars/robust.h"
 #include "stars/star_shape.h"
@@ -19,7 +21,8 @@ constexpr std::size_t kStars = 200;
 constexpr std::size_t kFewestStars = 20; // of which faint ones may be part
 constexpr double kBright = 20.0;         // deviations of the sky
 constexpr std::size_t kTries = 4000;
-constexpr int kReach = 24; // pixels
+constexpr std::size_t kTogether = 64; // as long as so many are wanted
+constexpr int kReach = 24;            // pixels
 constexpr double kWindow = 1.5;
 constexpr double kNarrowestWindow = 0.6;
 constexpr double kWidestWindow = kReach / 3.0;
@@ -63,6 +66,33 @@ double MedianOver(const std::vector<Candidate>& candidates, Ask ask)
     return MedianOf(values);
 }
 
+std::optional<Candidate> Try(const Maximum& maximum, const SkyMesh& sky, Stamp& stamp)
+{
+    stamp.MoveTo(maximum.x, maximum.y, sky.level.At(maximum.x, maximum.y));
+    const std::optional<StarShape> shape = ShapeThroughOwnWindow(stamp);
+    if (!shape) {
+        return std::nullopt;
+    }
+    const auto fit = FitGaussian(stamp, std::max(shape->Width(), kNarrowestWindow));
+    const double noise = sky.noise.At(maximum.x, maximum.y);
+    return fit && fit->sigma >= LeastSigma(noise, fit->peak) ? std::optional(Candidate{*shape, fit->sigma})
+                                                             : std::nullopt;
+}
+
+/// What each of some maxima shows.
+std::vector<std::optional<Candidate>> TryAll(const CStlImage& image, int plane, const SkyMesh& sky,
+                                             std::span<const Maximum> maxima, const Run& run)
+{
+    std::vector<std::optional<Candidate>> tried(maxima.size());
+    const auto tryOne = [&](int i) {
+        Stamp stamp(image, plane, kReach);
+        tried[i] = Try(maxima[i], sky, stamp);
+    };
+    const auto samples = static_cast<long long>(maxima.size()) * kRounds * (2 * kReach + 1) * (2 * kReach + 1);
+    platform::ForBlocks(static_cast<int>(maxima.size()), ReadersOf(image, samples, run), tryOne, [](int) {});
+    return tried;
+}
+
 TypicalStar TypicalOf(std::vector<Candidate> candidates)
 {
     std::vector<double> sigmas;
@@ -89,28 +119,28 @@ double TypicalStar::Fwhm(double deviation) const
     return kFwhmPerSigma * fit * deviation;
 }
 
-TypicalStar MeasureTypicalStar(const CStlImage& image, int plane, const SkyMesh& sky, std::vector<Maximum> maxima)
+TypicalStar MeasureTypicalStar(const CStlImage& image, int plane, const SkyMesh& sky, std::vector<Maximum> maxima,
+                               const Run& run)
 {
     const auto isBrighter = [](const Maximum& a, const Maximum& b) { return a.excess > b.excess; };
     std::stable_sort(maxima.begin(), maxima.end(), isBrighter);
     maxima.resize(std::min(maxima.size(), kTries));
     std::vector<Candidate> candidates;
-    Stamp stamp(image, plane, kReach);
-    for (const Maximum& maximum : maxima) {
-        const double noise = sky.noise.At(maximum.x, maximum.y);
-        const bool isFaint = maximum.excess < kBright * noise;
-        if (candidates.size() == kStars || (isFaint && candidates.size() >= kFewestStars)) {
-            break;
+    const auto isEnough = [&](const Maximum& maximum) {
+        const bool isFaint = maximum.excess < kBright * sky.noise.At(maximum.x, maximum.y);
+        return candidates.size() == kStars || (isFaint && candidates.size() >= kFewestStars);
+    };
+    std::span<const Maximum> left(maxima);
+    while (!left.empty() && !isEnough(left.front())) {
+        const auto next = left.first(std::min({kStars - candidates.size(), kTogether, left.size()}));
+        const auto tried = TryAll(image, plane, sky, next, run);
+        std::size_t used = 0;
+        for (; used < next.size() && !isEnough(next[used]); ++used) {
+            if (tried[used]) {
+                candidates.push_back(*tried[used]);
+            }
         }
-        stamp.MoveTo(maximum.x, maximum.y, sky.level.At(maximum.x, maximum.y));
-        const std::optional<StarShape> shape = ShapeThroughOwnWindow(stamp);
-        if (!shape) {
-            continue;
-        }
-        const auto fit = FitGaussian(stamp, std::max(shape->Width(), kNarrowestWindow));
-        if (fit && fit->sigma >= LeastSigma(noise, fit->peak)) {
-            candidates.push_back({*shape, fit->sigma});
-        }
+        left = left.subspan(used);
     }
     return candidates.empty() ? TypicalStar() : TypicalOf(candidates);
 }

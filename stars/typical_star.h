@@ -30,7 +30,8 @@ double LeastSigma(double noise, double peak);
 /// a guess.
 ///
 /// A window as wide as the star gives the width with little noise, but makes it too large where the star has wings: how
-/// much is told by the fits.
-TypicalStar MeasureTypicalStar(const CStlImage& image, int plane, const SkyMesh& sky, std::vector<Maximum> maxima);
+/// much is told by the fits. Of the run only its threads count.
+TypicalStar MeasureTypicalStar(const CStlImage& image, int plane, const SkyMesh& sky, std::vector<Maximum> maxima,
+                               const Run& run);
 
 } // namespace corvane::stars
