@@ -10,6 +10,7 @@
 #include "stars/defined.h"
 #include "stars/field_blocks.h"
 #include "stars/robust.h"
+#include "stars/sort_samples.h"
 
 namespace corvane::stars {
 
@@ -78,7 +79,7 @@ double StepOf(const std::vector<float>& sorted)
 /// Level and noise of the samples of a cell, one at least.
 CellSky ClippedSky(std::vector<float>& samples)
 {
-    std::sort(samples.begin(), samples.end());
+    SortSamples(samples);
     const double step = StepOf(samples);
     const float* low = samples.data();
     const float* high = low + samples.size();

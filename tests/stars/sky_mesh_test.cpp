@@ -1,9 +1,12 @@
 #include "stars/sky_mesh.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <random>
 
+#include "stars/sort_samples.h"
 #include "tests/io/files.h"
 
 namespace corvane::stars {
@@ -41,6 +44,18 @@ TEST(SkyMesh, FollowsTheSkyUnderStars)
             EXPECT_NEAR(row[x], mesh.level.At(x, y), 1e-3) << x << ", " << y;
         }
     }
+}
+
+TEST(SkyMesh, SortsSamplesOfEitherSign)
+{
+    std::vector<float> samples{0.0F, -0.0F, 1e-40F, -1e-40F, 1e38F, -1e38F};
+    std::mt19937 random(5);
+    std::normal_distribution<float> normal(2.0F, 300.0F);
+    std::generate_n(std::back_inserter(samples), 600, [&] { return normal(random); });
+    std::vector<float> expected = samples;
+    std::sort(expected.begin(), expected.end());
+    SortSamples(samples);
+    EXPECT_EQ(samples, expected);
 }
 
 TEST(SkyMesh, TakesWhatIsUnknownFromTheCellsAround)
