@@ -1,5 +1,6 @@
 #include "io/formats/decoded_reader.h"
 
+#include <condition_variable>
 #include <list>
 #include <mutex>
 
@@ -59,6 +60,41 @@ private:
     std::uint64_t bytes_ = 0;
 };
 
+/// Threads take turns to decode: as many at a time as take no more than decoded frames may, one at least.
+class DecodingTurn {
+public:
+    explicit DecodingTurn(std::uint64_t bytes) : bytes_(bytes)
+    {
+        std::unique_lock lock(Turns().mutex);
+        Turns().changed.wait(
+            lock, [&] { return Turns().bytes == 0 || Turns().bytes + bytes_ <= DecodedReader::MostBytes(); });
+        Turns().bytes += bytes_;
+    }
+    ~DecodingTurn()
+    {
+        const std::lock_guard lock(Turns().mutex);
+        Turns().bytes -= bytes_;
+        Turns().changed.notify_all();
+    }
+    DecodingTurn(const DecodingTurn&) = delete;
+    DecodingTurn& operator=(const DecodingTurn&) = delete;
+
+private:
+    struct State {
+        std::mutex mutex;
+        std::condition_variable changed;
+        std::uint64_t bytes = 0; ///< of those that decode
+    };
+
+    static State& Turns()
+    {
+        static State state;
+        return state;
+    }
+
+    std::uint64_t bytes_;
+};
+
 DecodedFrames& Frames()
 {
     static DecodedFrames frames;
@@ -87,6 +123,9 @@ std::shared_ptr<const DecodedSamples> DecodedReader::Decoded()
     if (auto samples = Frames().Find(this)) {
         return samples;
     }
+    const auto count = static_cast<std::uint64_t>(Width()) * static_cast<std::uint64_t>(Height()) *
+                       static_cast<std::uint64_t>(Planes());
+    const DecodingTurn turn(2 * count * sizeof(DecodedSamples::value_type)); // those of the library, and our own
     auto samples = std::make_shared<const DecodedSamples>(Decode());
     Frames().Add(this, samples);
     return samples;

@@ -13,7 +13,8 @@ using DecodedSamples = std::vector<std::uint16_t>;
 
 /// A reader of a format that cannot be read by bands: the frame is decoded as a whole.
 ///
-/// Decoded frames of all readers are kept while they take no more than MostBytes together; the last one always is.
+/// Decoded frames of all readers are kept while they take no more than MostBytes together; the last one always is. As
+/// many again are decoded at a time, one at least.
 class DecodedReader : public FrameReader {
 public:
     ~DecodedReader() override;
