@@ -28,7 +28,7 @@ FrameFacts CalibratedFrames::Facts(int frame) const
     return {info.width, info.height, info.planes, calibrations_[static_cast<std::size_t>(frame)].blank};
 }
 
-void CalibratedFrames::Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
+void CalibratedFrames::ReadPart(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
 {
     std::vector<float> buffer;
     for (int row = 0; row < rowCount; row += kRowsAtOnce) {

@@ -22,12 +22,18 @@ public:
     /// True when frames are read as their files have them.
     bool AreRaw() const { return masters_.IsEmpty() && pedestal_ == 0.0 && hotPixels_.Count() == 0; }
 
-    /// As they are in their files.
-    const FrameSet& Stored() const { return frames_; }
+    const FrameSet& Stored() const { return frames_; } ///< As they are in their files.
 
     /// The blank value is the one after calibration.
     FrameFacts Facts(int frame) const override;
-    void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) override;
+    void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) override
+    {
+        ReadPart(frame, firstRow, rowCount, samples, planeStride);
+        frames_.Release(frame);
+    }
+    /// Reads rows of a frame of which more are read at once; `Release` says that there are no more.
+    void ReadPart(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
+    void Release(int frame) { frames_.Release(frame); }
 
 private:
     void ReadCalibrated(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);

@@ -20,6 +20,7 @@ void FrameSet::Add(const std::string& file)
 {
     readers_.push_back(io::OpenFrame(file));
     readers_.back()->Close();
+    turns_.emplace_back();
 }
 
 void FrameSet::TurnUpsideDown(int frame)
@@ -45,6 +46,15 @@ void FrameSet::Read(int frame, int firstRow, int rowCount, float* samples, std::
     ReadPlanes(frame, firstRow, rowCount, samples, planeStride);
 }
 
+void FrameSet::Release(int frame)
+{
+    const std::shared_lock besideOthers(*reading_);
+    if (frame >= keptOpen_) {
+        const std::lock_guard turn(turns_[static_cast<std::size_t>(frame)]);
+        readers_[static_cast<std::size_t>(frame)]->Close();
+    }
+}
+
 /// Reads beside other threads; false where that fails.
 bool FrameSet::TryRead(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
 {
@@ -66,12 +76,10 @@ void FrameSet::Close()
 
 void FrameSet::ReadPlanes(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
 {
+    const std::lock_guard turn(turns_[static_cast<std::size_t>(frame)]);
     io::FrameReader& reader = *readers_[static_cast<std::size_t>(frame)];
     for (int plane = 0; plane < reader.Planes(); ++plane) {
         reader.ReadRows(plane, firstRow, rowCount, samples + plane * planeStride);
-    }
-    if (frame >= keptOpen_) {
-        reader.Close();
     }
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <memory>
+#include <mutex>
 #include <shared_mutex>
 #include <string>
 #include <vector>
@@ -13,9 +15,9 @@ namespace corvane::stack {
 
 /// Frames on disk that are read by turns, band after band.
 ///
-/// The first ones stay open from one band to the next, as many as 256 and the system allow; the others are opened for
-/// each read. So any number of frames can be read, and memory does not grow with their samples. Different frames may be
-/// read from several threads at a time.
+/// The first ones stay open from one band to the next, as many as 256 and the system allow; the others until they are
+/// released. So any number of frames can be read, and memory does not grow with their samples. Several threads may read
+/// at a time; those that read one frame take turns.
 class FrameSet {
 public:
     /// Opens a frame to learn what it is, and closes it again. Throws Error.
@@ -38,6 +40,8 @@ public:
 
     /// Reads rows of all planes of a frame; plane p begins at samples + p * planeStride. Throws Error.
     void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
+    /// Closes a frame that does not stay open, once nothing more is read of it for a while.
+    void Release(int frame);
 
     /// Releases all files.
     void Close();
@@ -47,6 +51,7 @@ private:
     void ReadPlanes(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
 
     std::vector<std::unique_ptr<io::FrameReader>> readers_;
+    std::deque<std::mutex> turns_; ///< one for each reader
     int keptOpen_ = 256;
     std::unique_ptr<std::shared_mutex> reading_ = std::make_unique<std::shared_mutex>(); ///< one closes, others read
 };

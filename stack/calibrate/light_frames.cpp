@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "corvane/core/memory_budget.h"
+#include "stars/field_blocks.h"
 
 namespace corvane::stack {
 
@@ -43,7 +44,7 @@ private:
     void Read(int first, int end)
     {
         const std::ptrdiff_t count = static_cast<std::ptrdiff_t>(end - first) * facts_.width;
-        frames_.Read(frame_, first, end - first, Row(first), count);
+        frames_.ReadPart(frame_, first, end - first, Row(first), count);
         if (facts_.blank) {
             std::replace_if(Row(first), Row(first) + count, facts_.IsBlank(), kNaN);
         }
@@ -72,8 +73,14 @@ FrameFacts LightFrames::Facts(int frame) const
 
 void LightFrames::Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
 {
+    ReadPart(frame, firstRow, rowCount, samples, planeStride);
+    frames_.Release(frame);
+}
+
+void LightFrames::ReadPart(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
+{
     if (patterns_.empty()) {
-        frames_.Read(frame, firstRow, rowCount, samples, planeStride);
+        frames_.ReadPart(frame, firstRow, rowCount, samples, planeStride);
     } else {
         ReadMosaic(frame, firstRow, rowCount, samples, planeStride);
     }
@@ -98,22 +105,23 @@ void LightFrames::ReadMosaic(int frame, int firstRow, int rowCount, float* sampl
     }
 }
 
-CStlImage LightFrames::ReadImage(int frame, int firstRow, int rowCount)
+CStlImage LightFrames::ReadImage(int frame, const Run& run)
 {
     const auto [width, height, planes, blank] = Facts(frame);
-    CStlImage image(-32, width, rowCount, planes, 1.0, 0.0, 1);
+    CStlImage image(-32, width, height, planes, 1.0, 0.0, 1);
     image.SetBlankUsed(blank ? 1 : 0);
     image.SetBlank(blank.value_or(0));
-    const auto* const store = image.GetStore();
-    const int most = store != nullptr && store->IsPaged() ? kRowsAtOnce : rowCount;
-    const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(width) * rowCount;
-    for (int row = 0; row < rowCount; row += most) {
-        const int rows = std::min(most, rowCount - row);
-        for (int i = 0; i < rows * planes; ++i) { // brings in the pages of a paged image
-            image.GetImageAdr(0, row + i % rows, i / rows);
+    const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(width) * height;
+    const auto read = [&, planeCount = planes](const RowBlock& block, int) {
+        for (int y = block.first; y < block.end; ++y) { // brings in the pages of a paged image
+            for (int plane = 0; plane < planeCount; ++plane) {
+                image.GetImageAdr(0, y, plane);
+            }
         }
-        Read(frame, firstRow + row, rows, image.GetImageAdr(0, row, 0), stride);
-    }
+        ReadPart(frame, block.first, block.end - block.first, image.GetImageAdr(0, block.first, 0), stride);
+    };
+    stars::ForFieldBlocks(image, run, read, [](int) {});
+    frames_.Release(frame);
     return image;
 }
 

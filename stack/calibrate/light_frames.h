@@ -27,15 +27,15 @@ public:
 
     FrameFacts Facts(int frame) const override;
     void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) override;
-    /// Reads rows into an image of their own, which declares the frame's blank.
-    CStlImage ReadImage(int frame, int firstRow, int rowCount);
-    /// Reads all of a light.
-    CStlImage ReadImage(int frame) { return ReadImage(frame, 0, Height()); }
+    /// Reads all of a light into an image of its own, which declares the frame's blank. Of the run only its threads
+    /// count.
+    CStlImage ReadImage(int frame, const Run& run);
     /// How many lights to hold side by side, twice each, where several threads work on them: no more than take what
     /// combining them takes. 1 where the threads had better share in each.
     int AtOnce(const Run& run) const;
 
 private:
+    void ReadPart(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
     void ReadMosaic(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
 
     CalibratedFrames& frames_;

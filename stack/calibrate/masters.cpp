@@ -32,9 +32,14 @@ public:
     std::shared_ptr<CStlImage> Combine(Coverage coverage, const char* text, const Run& run);
 
     FrameFacts Facts(int frame) const override { return frames_.Facts(frame); }
-    void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) override;
+    void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) override
+    {
+        ReadPart(frame, firstRow, rowCount, samples, planeStride);
+        frames_.Release(frame);
+    }
 
 private:
+    void ReadPart(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
     double Mean(int frame);
 
     FrameSet& set_;
@@ -42,9 +47,9 @@ private:
     std::vector<double> gains_;
 };
 
-void MasterSource::Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
+void MasterSource::ReadPart(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
 {
-    frames_.Read(frame, firstRow, rowCount, samples, planeStride);
+    frames_.ReadPart(frame, firstRow, rowCount, samples, planeStride);
     const double gain = gains_[frame];
     if (gain == 1.0) {
         return;
@@ -72,7 +77,7 @@ double MasterSource::Mean(int frame)
     long long count = 0;
     for (int row = 0; row < info.height; row += kRowsAtOnce) {
         const int rows = std::min(kRowsAtOnce, info.height - row);
-        Read(frame, row, rows, samples.data(), stride);
+        ReadPart(frame, row, rows, samples.data(), stride);
         for (std::ptrdiff_t i = 0; i < static_cast<std::ptrdiff_t>(rows) * info.width; ++i) {
             const double s = samples[i];
             const bool counts = std::isfinite(s) && !isBlank(s);
@@ -80,6 +85,7 @@ double MasterSource::Mean(int frame)
             count += counts ? 1 : 0;
         }
     }
+    frames_.Release(frame);
     return sum / static_cast<double>(count);
 }
 

@@ -8,9 +8,9 @@ RawLights::RawLights(FrameSet& lights)
     : lights_(lights), uncalibrated_(lights, Masters(), 0.0, std::vector<double>(lights.Count(), 1.0))
 {}
 
-CStlImage RawLights::Read(int light)
+CStlImage RawLights::Read(int light, const Run& run)
 {
-    return WithRecord(light, LightFrames(uncalibrated_, {}, DemosaicMethod::kBilinear).ReadImage(light));
+    return WithRecord(light, LightFrames(uncalibrated_, {}, DemosaicMethod::kBilinear).ReadImage(light, run));
 }
 
 CStlImage RawLights::WithRecord(int light, CStlImage samples) const

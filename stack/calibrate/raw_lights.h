@@ -10,8 +10,8 @@ public:
     /// The lights must outlive this.
     explicit RawLights(FrameSet& lights);
 
-    /// All of a light, with what its file says of it. Throws Error.
-    CStlImage Read(int light);
+    /// All of a light, with what its file says of it. Of the run only its threads count. Throws Error.
+    CStlImage Read(int light, const Run& run);
     /// The same of samples that were read before as the file has them.
     CStlImage WithRecord(int light, CStlImage samples) const;
 

@@ -241,8 +241,8 @@ PixelPlace AlignByShift(const Options& options, LightFrames& frames, RawLights r
     Stage stage(run, "Aligning frames...", static_cast<int>(reports.size()));
     const Run silent{.cancelled = run.cancelled, .threads = run.threads}; // this stage tells how far the work is
     const int chosen = ReferenceIndex(options);
-    const CStlImage reference(frames.ReadImage(chosen));
-    const std::vector<FieldStar> stars = FindLightStars(raw.Read(chosen), reference, silent).stars;
+    const CStlImage reference(frames.ReadImage(chosen, run));
+    const std::vector<FieldStar> stars = FindLightStars(raw.Read(chosen, run), reference, silent).stars;
     const std::optional<PixelPlace> centre =
         options.reference ? options.reference : ChooseStar(reference, stars, options.size, options.search);
     if (!centre) {
@@ -253,7 +253,7 @@ PixelPlace AlignByShift(const Options& options, LightFrames& frames, RawLights r
     const auto align = [&](int i) {
         FrameReport& report = reports[static_cast<std::size_t>(i)];
         if (i != chosen && report.used) {
-            aligner.Align(frames.ReadImage(i), {.threads = run.threads}, report);
+            aligner.Align(frames.ReadImage(i, run), {.threads = run.threads}, report);
         }
     };
     platform::ForBlocks(static_cast<int>(reports.size()), frames.AtOnce(run), align, [&](int) { stage.Step(); });

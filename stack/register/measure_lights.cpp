@@ -49,13 +49,13 @@ void Report(stars::StarField field, FrameReport& report, std::vector<stars::Fiel
 SeenLight Measure(LightFrames& frames, RawLights& raw, int light, const Wanted& wanted, FrameReport& report,
                   const Run& run)
 {
-    CStlImage image(frames.ReadImage(light));
+    CStlImage image(frames.ReadImage(light, run));
     SeenLight seen;
     for (int plane = 0; plane < image.GetPlanes() && wanted.levels; ++plane) {
         seen.levels.push_back(MeasureFrame(image, plane));
     }
     if (wanted.stars) {
-        const CStlImage before = frames.AreRaw() ? raw.WithRecord(light, image) : raw.Read(light);
+        const CStlImage before = frames.AreRaw() ? raw.WithRecord(light, image) : raw.Read(light, run);
         Report(FindLightStars(before, std::move(image), run), report, seen.stars);
     } else {
         const FrameLevel& level = seen.levels[static_cast<std::size_t>(stars::StarPlane(image))];
