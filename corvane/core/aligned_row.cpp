@@ -6,6 +6,7 @@
 
 #include "corvane/core/interpolation.h"
 #include "corvane/core/truncate.h"
+#include "corvane/core/walk.h"
 
 namespace corvane {
 namespace {
@@ -209,11 +210,6 @@ PlaneRows WholePlane(const CStlImage& image, int plane)
     const float after = plane + 1 < image.GetPlanes() ? image.GetPixelGrayRaw(0, 0, plane + 1)
                                                       : image.GetPixelGrayRaw(image.GetWidth() - 1, last, plane);
     return {image.GetImageAdr(0, 0, plane, 1), image.GetWidth(), image.GetHeight(), 0, after};
-}
-
-bool IsPaged(const CStlImage& image)
-{
-    return image.GetStore() != nullptr && image.GetStore()->IsPaged();
 }
 
 /// The rows that columns `x` to before `x + count` of a frame's row y read.

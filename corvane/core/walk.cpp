@@ -13,9 +13,6 @@ bool Overlap(const CImage& a, const CImage& b)
     if (a.GetPixelCount() == 0 || b.GetPixelCount() == 0) {
         return false;
     }
-    if (a.GetStore()->IsPaged() || b.GetStore()->IsPaged()) { // which is asked no address: it would bring a page in
-        return a.GetStore() == b.GetStore();
-    }
     const std::less<const unsigned char*> isBefore;
     const unsigned char* const ofA = a.GetStore()->GetImageAdr(0, 1);
     const unsigned char* const ofB = b.GetStore()->GetImageAdr(0, 1);
@@ -37,10 +34,16 @@ RowBlock RowBlocks::operator[](int i) const
     return {i / blocksOfPlane_, first, first + std::min(rowsOfBlock_, end_ - first)};
 }
 
+bool IsPaged(const CImage& image)
+{
+    return image.GetStore() != nullptr && image.GetStore()->IsPaged();
+}
+
 bool MayShareWork(const CImage& target, std::initializer_list<const CImage*> sources)
 {
-    return std::none_of(sources.begin(), sources.end(),
-                        [&](const CImage* source) { return source != nullptr && Overlap(target, *source); });
+    return !IsPaged(target) && std::none_of(sources.begin(), sources.end(), [&](const CImage* source) {
+        return source != nullptr && (IsPaged(*source) || Overlap(target, *source));
+    });
 }
 
 } // namespace corvane

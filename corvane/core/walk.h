@@ -76,8 +76,12 @@ private:
     int blocksOfPlane_;
 };
 
+/// Whether the samples of an image are kept in a file.
+bool IsPaged(const CImage& image);
+
 /// Whether several threads may write rows of `target` while they read any of `sources`: none of these shares samples
-/// with it. Null is none.
+/// with it, and none of the images is paged. Those wait for the disk; what more threads write to pages that are let go
+/// meanwhile would take memory beyond the budget. Null is no source.
 CORVANE_VISIBLE bool MayShareWork(const CImage& target, std::initializer_list<const CImage*> sources);
 
 /// How many threads work on such blocks where so many may: one where there is little to do.
