@@ -131,16 +131,16 @@ void RunMaxent(io::Frame& frame, const Arguments& arguments, const Run& run)
 /// Multiplies the samples inside an area.
 void Multiply(CStlImage& image, const CRect& area, double factor, int threads)
 {
-    const Run silent{.threads = threads};
-    Stage stage(silent, "", 0);
-    WalkBlocks(RowBlocks(area, image.GetPlanes()), image, {}, stage, 0, [&](const RowBlock& block) {
+    const auto multiplyRows = [&](const RowBlock& block) {
         for (int y = block.first; y < block.end; ++y) {
             float* const row = image.GetImageAdr(0, y, block.plane);
             for (int x = static_cast<int>(area.left); x < area.right; ++x) {
                 row[x] = static_cast<float>(row[x] * factor);
             }
         }
-    });
+    };
+    ForRowBlocks(RowBlocks(area, image.GetPlanes()), MayShareWork(image, {}) ? threads : 1, multiplyRows,
+                 [](const RowBlock&) {});
 }
 
 /// Display levels of 0 to 255, on which display values are the samples themselves, until it goes.
@@ -181,7 +181,7 @@ void RunWiener(io::Frame& frame, const Arguments& arguments, const Run& run)
         const PlainLevels levels(*image);
         image->Do(sigma, noise, rect, run);
     }
-    Multiply(*image, area, WienerGain(sigma, area.Width(), area.Height()) * (1.0 + noise), run.threads);
+    Multiply(*image, area, WienerGain(sigma, area.Width(), area.Height()) * (1.0 + noise), run.Threads());
 }
 
 Parameter SigmaParameter()

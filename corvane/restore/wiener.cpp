@@ -94,13 +94,12 @@ private:
 template <class Work>
 void Filter::ForRows(int first, int end, int threads, Work work) const
 {
-    const RowBlocks blocks(CRect(0, first, transform_.Width(), end));
-    const auto body = [&](int i) {
-        for (int y = blocks[i].first; y < blocks[i].end; ++y) {
+    const auto body = [&](const RowBlock& block) {
+        for (int y = block.first; y < block.end; ++y) {
             work(y);
         }
     };
-    platform::ForBlocks(blocks.Count(), blocks.Samples() < kFewSamples ? 1 : threads, body, [](int) {});
+    ForRowBlocks(RowBlocks(CRect(0, first, transform_.Width(), end)), threads, body, [](const RowBlock&) {});
 }
 
 void Filter::Blur(double sigma)

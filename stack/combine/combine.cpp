@@ -213,11 +213,7 @@ void BandCombiner::CombineBand(int firstRow, int lastRow, int threads, Stage& st
             }
         }
     };
-    platform::ForBlocks(blocks.Count(), threads, combineRows, [&](int i) {
-        for (int row = blocks[i].first; row < blocks[i].end; ++row) {
-            stage.Step();
-        }
-    });
+    platform::ForBlocks(blocks.Count(), threads, combineRows, [&](int i) { CountRows(stage, blocks[i]); });
 }
 
 bool BandCombiner::HasBlanks() const
