@@ -83,7 +83,8 @@ void CImgMedianComposit::AddAvrCalcClipping()
 void CImgMedianComposit::Combine(CombineMethod method)
 {
     const auto frames = static_cast<std::size_t>(frameCount_);
-    if (combiner_ == nullptr || combiner_->Method() != method || combiner_->Frames() != frames) {
+    if (combiner_ == nullptr || method_ != method || combiner_->Frames() != frames) {
+        method_ = method;
         combiner_ = std::make_unique<RowCombiner>(method, Coverage::kAll, std::vector(frames, 1.0), 0.0);
     }
     const int width = target_->GetWidth();

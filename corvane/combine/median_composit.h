@@ -45,5 +45,6 @@ private:
     CArray<CLineData*, CLineData*> lines_;
     int frameCount_ = 0;
     int row_ = 0;
+    corvane::CombineMethod method_ = corvane::CombineMethod::kMedian;
     std::unique_ptr<corvane::RowCombiner> combiner_; // made anew when method or number of frames changes
 };

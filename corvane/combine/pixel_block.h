@@ -57,7 +57,7 @@ struct SomeFrames {
 
 /// The values of a block of pixels in ascending order. Those that frames lack are infinite, behind the others.
 struct SortedBlock {
-    Block<const double> values;
+    Block<double> values;
     const double* byFrame; ///< the same as the frames have them; for statistics that ask for it
     const int* count;      ///< how many values each pixel has
     bool isWhole;          ///< each has one of every frame

@@ -55,10 +55,16 @@ struct RowCombiner::Pixels {
     int high[kColumns] = {};
 };
 
-RowCombiner::RowCombiner(CombineMethod method, Coverage coverage, const std::vector<double>& weights, double blank)
-    : method_(method), coverage_(coverage), blank_(static_cast<float>(blank))
+CombineRule::CombineRule(CombineMethod method)
+    : by(method == CombineMethod::kClippedMean ? CombineBy::kMean : CombineBy::kMedian),
+      rejection(method == CombineMethod::kMedian ? nullptr : SigmaClip(3.0))
+{}
+
+RowCombiner::RowCombiner(CombineRule rule, Coverage coverage, const std::vector<double>& weights, double blank)
+    : rule_(std::move(rule)), isMedianOfAll_(rule_.by == CombineBy::kMedian && rule_.rejection == nullptr),
+      coverage_(coverage), blank_(static_cast<float>(blank))
 {
-    const bool isMean = method == CombineMethod::kClippedMean;
+    const bool isMean = rule_.by == CombineBy::kMean;
     std::vector<double> used;
     for (int i = 0; i < static_cast<int>(weights.size()); ++i) {
         if (!isMean || weights[i] > 0.0) {
@@ -70,18 +76,17 @@ RowCombiner::RowCombiner(CombineMethod method, Coverage coverage, const std::vec
     lines_.resize(frames_.size());
     sorting_ = whole_ = SortingNetwork(frames);
     const std::size_t values = frames_.size() * kColumns;
-    if (method == CombineMethod::kMedian) {
+    if (isMedianOfAll_) {
         whole_ = frames > 0 ? KeepWhatReaches(frames / 2, frames, sorting_) : whole_;
         floats_.resize(values);
         return;
     }
     doubles_.resize(values);
-    rejection_ = SigmaClip(3.0);
     if (isMean && std::any_of(used.begin(), used.end(), [&](double w) { return w != used[0]; })) {
         byFrame_.resize(values);
         statistic_ = WeightedMeanOfKept(std::move(used));
     } else {
-        statistic_ = isMean ? MeanOfKept() : MedianOfKept();
+        statistic_ = StatisticOfKept(rule_.by);
     }
 }
 
@@ -91,8 +96,8 @@ int RowCombiner::Combine(const CombineLine* lines, int count, const CombinedRow&
         lines_[i] = lines[frames_[i]];
     }
     const int frames = static_cast<int>(frames_.size());
-    return method_ == CombineMethod::kMedian ? CombineBlocks(Block<float>{floats_.data(), frames}, count, result)
-                                             : CombineBlocks(Block<double>{doubles_.data(), frames}, count, result);
+    return isMedianOfAll_ ? CombineBlocks(Block<float>{floats_.data(), frames}, count, result)
+                          : CombineBlocks(Block<double>{doubles_.data(), frames}, count, result);
 }
 
 template <class T>
@@ -130,7 +135,12 @@ void RowCombiner::TakeStatistic(const Block<double>& block, bool isWhole, Pixels
     std::copy_n(doubles_.begin(), byFrame_.size(), byFrame_.begin());
     block.Apply(sorting_);
     const SortedBlock sorted{{block.values, block.frames}, byFrame_.data(), pixels.count, isWhole};
-    const Kept kept(sorted, *rejection_);
+    Kept kept;
+    if (rule_.rejection != nullptr) {
+        rule_.rejection->Choose(sorted, kept);
+    } else {
+        std::copy_n(pixels.count, kColumns, kept.count);
+    }
     statistic_->Take(sorted, kept, pixels.statistic);
     const bool keepsNan = coverage_ == Coverage::kAll && byFrame_.empty() && block.frames > 1;
     for (int k = 0; k < kColumns; ++k) {

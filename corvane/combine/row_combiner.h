@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "corvane/combine/sorting_network.h"
@@ -15,6 +16,18 @@ enum class CombineMethod {
     kMedian,        ///< the median; of an even number the upper of the two middle values
     kClippedMedian, ///< the median of what lies within 3 sigma of the median
     kClippedMean,   ///< the mean of what lies within 3 sigma of the median
+};
+
+/// How the values that many frames have at one pixel become one.
+struct CombineRule {
+    CombineBy by = CombineBy::kMean;
+    std::shared_ptr<const Rejection> rejection{}; ///< null: all count
+
+    CombineRule() = default;
+    CombineRule(CombineBy statistic, std::shared_ptr<const Rejection> which)
+        : by(statistic), rejection(std::move(which))
+    {}
+    CORVANE_VISIBLE CombineRule(CombineMethod method); // NOLINT(google-explicit-constructor): a method is a rule
 };
 
 /// Which pixels are taken a statistic of.
@@ -44,9 +57,9 @@ struct CombinedRow {
 /// - With `Coverage::kAny` the same statistic is taken of the frames that have the pixel, and counts of theirs decide
 ///   what the middle is. Where no frame has it, the result is the blank. Where clipping would keep nothing, because all
 ///   values are equal or one is infinite, it drops nothing and the result is the smallest value.
-/// - Weights count in the clipped mean alone: the sum of weight * value of what is kept, by the sum of those weights.
-///   They take no part in the clipping. A frame of which the weight is not above 0 is left out as if it were not there;
-///   other statistics ignore that too.
+/// - Weights count in the mean alone: the sum of weight * value of what is kept, by the sum of those weights. They take
+///   no part in the clipping. A frame of which the weight is not above 0 is left out as if it were not there; other
+///   statistics ignore that too.
 ///
 /// The values of a block of pixels are sorted together by a network of minima and maxima, missing ones as infinities
 /// behind the others, so the work per pixel hardly depends on the values or on how many are missing. What counts of them
@@ -54,12 +67,11 @@ struct CombinedRow {
 class CORVANE_VISIBLE RowCombiner {
 public:
     /// Prepares to combine lines of as many frames as there are weights [0..]. `blank` fills pixels that no frame has.
-    RowCombiner(CombineMethod method, Coverage coverage, const std::vector<double>& weights, double blank);
+    RowCombiner(CombineRule rule, Coverage coverage, const std::vector<double>& weights, double blank);
 
     /// Combines `count` pixels of the lines (one per frame). Returns the smallest number of frames that have a pixel.
     int Combine(const CombineLine* lines, int count, const CombinedRow& result);
 
-    CombineMethod Method() const { return method_; }      ///< The method it was made for.
     std::size_t Frames() const { return frames_.size(); } ///< The number of frames that take part.
 
 private:
@@ -72,10 +84,10 @@ private:
     void Store(const Pixels& pixels, bool isWhole, int begin, int columns, const CombinedRow& result) const;
     float Gap(int x) const;
 
-    CombineMethod method_;
+    CombineRule rule_;
+    bool isMedianOfAll_;
     Coverage coverage_;
     float blank_;
-    std::unique_ptr<const Rejection> rejection_; ///< null for the median of all
     std::unique_ptr<const Statistic> statistic_;
     std::vector<int> frames_; ///< those that take part
     std::vector<CombineLine> lines_;

@@ -6,7 +6,7 @@ namespace corvane {
 namespace {
 
 template <class Count>
-void SetSigmaBounds(const Block<const double>& block, const Count& count, double sigmas, double* low, double* high)
+void SetSigmaBounds(const Block<double>& block, const Count& count, double sigmas, double* low, double* high)
 {
     double mean[kColumns] = {};
     double squares[kColumns] = {};
@@ -36,9 +36,18 @@ class SigmaClipping final : public Rejection {
 public:
     explicit SigmaClipping(double sigmas) : sigmas_(sigmas) {}
 
-    void SetBounds(const SortedBlock& block, double* low, double* high) const override
+    void Choose(const SortedBlock& block, Kept& kept) const override
     {
+        double low[kColumns];
+        double high[kColumns];
         block.WithCount([&](const auto& count) { SetSigmaBounds(block.values, count, sigmas_, low, high); });
+        for (int i = 0; i < block.values.frames; ++i) {
+            for (int k = 0; k < kColumns; ++k) {
+                const double v = block.values.Row(i)[k];
+                kept.first[k] += v <= low[k] ? 1 : 0; // missing values, being infinite, are neither
+                kept.count[k] += ((v > low[k]) & (v < high[k])) ? 1 : 0;
+            }
+        }
     }
 
 private:

@@ -1,31 +1,38 @@
 #include "corvane/combine/statistic.h"
 
+#include <limits>
 #include <utility>
 
 namespace corvane {
 namespace {
 
-class Median final : public Statistic {
+/// The value at one of the places that count, which placeOf(count) chooses.
+template <auto placeOf>
+class ValueAt final : public Statistic {
     void Take(const SortedBlock& block, const Kept& kept, double* result) const override
     {
         for (int k = 0; k < kColumns; ++k) {
-            const int place = kept.count[k] == 0 ? 0 : kept.first[k] + kept.count[k] / 2;
+            const int place = kept.count[k] == 0 ? 0 : kept.first[k] + placeOf(kept.count[k]);
             result[k] = block.values.Row(place)[k];
         }
     }
 };
 
+using Median = ValueAt<[](int count) { return count / 2; }>;
+using Largest = ValueAt<[](int count) { return count - 1; }>;
+using Smallest = ValueAt<[](int) { return 0; }>;
+
 // The sum carries its rounding error along, so that it is as exact as one in extended precision.
 // D. E. Knuth, The Art of Computer Programming 2, 1969, section 4.2.2.
-class Mean final : public Statistic {
+template <bool isMean>
+class Sum final : public Statistic {
     void Take(const SortedBlock& block, const Kept& kept, double* result) const override
     {
         double sum[kColumns] = {};
         double error[kColumns] = {};
         for (int i = 0; i < block.values.frames; ++i) {
             for (int k = 0; k < kColumns; ++k) {
-                const double v = block.values.Row(i)[k];
-                const double term = kept.Has(k, v) ? v : 0.0;
+                const double term = kept.Has(i, k) ? block.values.Row(i)[k] : 0.0;
                 const double next = sum[k] + term;
                 const double part = next - sum[k];
                 error[k] += (sum[k] - (next - part)) + (term - part);
@@ -33,9 +40,45 @@ class Mean final : public Statistic {
             }
         }
         for (int k = 0; k < kColumns; ++k) {
-            result[k] = (sum[k] + error[k]) / kept.count[k];
+            result[k] = (sum[k] + error[k]) / (isMean ? kept.count[k] : 1);
         }
     }
+};
+
+/// Tells by their values which of a pixel count; of equal ones all do when one does.
+class KeptValues {
+public:
+    KeptValues(const SortedBlock& block, const Kept& kept) : values_(block.values), kept_(kept)
+    {
+        for (int k = 0; k < kColumns; ++k) {
+            const int end = kept.first[k] + kept.count[k];
+            low_[k] = kept.count[k] > 0 ? values_.Row(kept.first[k])[k] : kInfinity;
+            high_[k] = kept.count[k] > 0 ? values_.Row(end - 1)[k] : -kInfinity;
+            hasGaps_ |= kept.first[k] > 0 && values_.Row(kept.first[k] - 1)[k] > low_[k];
+            hasGaps_ |= end < values_.frames && values_.Row(end)[k] < high_[k];
+        }
+    }
+
+    bool HasGaps() const { return hasGaps_; } ///< others lie between those that count
+    bool IsWithin(int k, double v) const { return (v >= low_[k]) & (v <= high_[k]); }
+    bool Has(int k, double v) const
+    {
+        for (int i = kept_.first[k]; i < kept_.first[k] + kept_.count[k]; ++i) {
+            if (values_.Row(i)[k] == v) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+private:
+    static constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+    Block<double> values_;
+    const Kept& kept_;
+    double low_[kColumns];
+    double high_[kColumns];
+    bool hasGaps_ = false;
 };
 
 class WeightedMean final : public Statistic {
@@ -44,6 +87,20 @@ public:
 
     void Take(const SortedBlock& block, const Kept& kept, double* result) const override
     {
+        const KeptValues values(block, kept);
+        if (values.HasGaps()) {
+            TakeOf(
+                block, [&](int k, double v) { return values.Has(k, v); }, result);
+        } else {
+            TakeOf(
+                block, [&](int k, double v) { return values.IsWithin(k, v); }, result);
+        }
+    }
+
+private:
+    template <class Has>
+    void TakeOf(const SortedBlock& block, Has has, double* result) const
+    {
         const Block<const double> frames{block.byFrame, block.values.frames};
         double sum[kColumns] = {};
         double weights[kColumns] = {};
@@ -51,8 +108,8 @@ public:
             const double weight = weights_[static_cast<std::size_t>(i)];
             for (int k = 0; k < kColumns; ++k) {
                 const double v = frames.Row(i)[k];
-                sum[k] += weight * (kept.Has(k, v) ? v : 0.0);
-                weights[k] += kept.Has(k, v) ? weight : 0.0;
+                sum[k] += weight * (has(k, v) ? v : 0.0);
+                weights[k] += has(k, v) ? weight : 0.0;
             }
         }
         for (int k = 0; k < kColumns; ++k) {
@@ -60,20 +117,25 @@ public:
         }
     }
 
-private:
     std::vector<double> weights_;
 };
 
 } // namespace
 
-std::unique_ptr<const Statistic> MedianOfKept()
+std::unique_ptr<const Statistic> StatisticOfKept(CombineBy by)
 {
-    return std::make_unique<Median>();
-}
-
-std::unique_ptr<const Statistic> MeanOfKept()
-{
-    return std::make_unique<Mean>();
+    switch (by) {
+    case CombineBy::kMedian:
+        return std::make_unique<Median>();
+    case CombineBy::kSum:
+        return std::make_unique<Sum<false>>();
+    case CombineBy::kMax:
+        return std::make_unique<Largest>();
+    case CombineBy::kMin:
+        return std::make_unique<Smallest>();
+    default:
+        return std::make_unique<Sum<true>>();
+    }
 }
 
 std::unique_ptr<const Statistic> WeightedMeanOfKept(std::vector<double> weights)

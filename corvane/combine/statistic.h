@@ -15,10 +15,17 @@ public:
     virtual void Take(const SortedBlock& block, const Kept& kept, double* result) const = 0;
 };
 
-/// The median; the smallest value where none counts.
-std::unique_ptr<const Statistic> MedianOfKept();
-/// The mean; NaN where none counts.
-std::unique_ptr<const Statistic> MeanOfKept();
+/// What is made of the values that count.
+enum class CombineBy {
+    kMean,
+    kMedian, ///< of an even number the upper of the two middle values
+    kSum,
+    kMax,
+    kMin,
+};
+
+/// A statistic of what counts. Where nothing does, mean and sum are NaN and 0, the others the smallest value.
+std::unique_ptr<const Statistic> StatisticOfKept(CombineBy by);
 /// The mean with a weight for each frame, which asks for the values by frame; NaN where none counts.
 std::unique_ptr<const Statistic> WeightedMeanOfKept(std::vector<double> weights);
 

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cmath>
+
+#include "corvane/combine/rejection.h"
+
+namespace corvane {
+
+/// The sample standard deviations of what counts of a block, of which valueOf(v, k) is taken; 0 of fewer than 2.
+template <class ValueOf>
+void DeviationsOfKept(const Block<double>& values, const Kept& kept, ValueOf valueOf, double* deviations)
+{
+    double mean[kColumns] = {};
+    double squares[kColumns] = {};
+    for (int i = 0; i < values.frames; ++i) {
+        for (int k = 0; k < kColumns; ++k) {
+            mean[k] += kept.Has(i, k) ? valueOf(values.Row(i)[k], k) : 0.0;
+        }
+    }
+    for (int k = 0; k < kColumns; ++k) {
+        mean[k] /= kept.count[k];
+    }
+    for (int i = 0; i < values.frames; ++i) {
+        for (int k = 0; k < kColumns; ++k) {
+            const double off = valueOf(values.Row(i)[k], k) - mean[k];
+            squares[k] += kept.Has(i, k) ? off * off : 0.0;
+        }
+    }
+    for (int k = 0; k < kColumns; ++k) {
+        deviations[k] = kept.count[k] > 1 ? std::sqrt(squares[k] / (kept.count[k] - 1)) : 0.0;
+    }
+}
+
+/// The median of what counts of one pixel; of an even number the mean of the middle two.
+inline double MiddleOfKept(const Block<double>& values, const Kept& kept, int k)
+{
+    const double below = values.Row(kept.first[k] + (kept.count[k] - 1) / 2)[k];
+    const double above = values.Row(kept.first[k] + kept.count[k] / 2)[k];
+    return below == above ? above : 0.5 * (below + above);
+}
+
+/// Leaves out what lies beyond two bounds. True when something did.
+inline bool NarrowKept(const Block<double>& values, double low, double high, int k, Kept& kept)
+{
+    const int before = kept.count[k];
+    while (kept.count[k] > 0 && values.Row(kept.first[k])[k] < low) {
+        ++kept.first[k];
+        --kept.count[k];
+    }
+    while (kept.count[k] > 0 && values.Row(kept.first[k] + kept.count[k] - 1)[k] > high) {
+        --kept.count[k];
+    }
+    return kept.count[k] < before;
+}
+
+} // namespace corvane
