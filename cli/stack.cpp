@@ -16,6 +16,7 @@
 #include "cli/report.h"
 #include "cli/session.h"
 #include "io/frame.h"
+#include "stack/names.h"
 
 namespace corvane::cli {
 namespace {
@@ -113,6 +114,15 @@ void SaveAll(const StackWords& words, stack::Result& result)
     others.Keep();
 }
 
+std::string CombinedText(const stack::Options& options, const stack::Result& result)
+{
+    if (!result.rejection) {
+        return "";
+    }
+    return std::string("combined: ") + stack::NameOf(stack::kCombineNames, CombineOf(options)) + ", rejection " +
+           stack::NameOf(stack::kRejectNames, *result.rejection) + "\n";
+}
+
 std::string OutputsText(const StackWords& words)
 {
     std::string text = "stack: " + words.output.path + "\n";
@@ -136,7 +146,8 @@ int Stack(const StackWords& words, const Session& session)
     ThrowIfCancelled();
     SaveAll(words, result);
     if (!session.quiet) {
-        std::cout << LightsText(options, result, session.verbose) << OutputsText(words);
+        std::cout << LightsText(options, result, session.verbose) << CombinedText(options, result)
+                  << OutputsText(words);
     }
     return kDone;
 }

@@ -163,6 +163,23 @@ std::string LimitsText(const Options& options)
     return text;
 }
 
+/// What is made of the values of so many lights.
+std::string CombineText(const Options& options, int lights)
+{
+    if (options.method) {
+        return std::string(" --method ") + NameOf(kMethodNames, *options.method);
+    }
+    const RejectOptions& reject = options.reject;
+    const RejectMethod method = ChosenRejection(reject, CombineOf(options), lights);
+    std::string text = std::string(" --combine ") + NameOf(kCombineNames, CombineOf(options)) + " --reject " +
+                       NameOf(kRejectNames, method);
+    if (method != RejectMethod::kNone && method != RejectMethod::kEsd) {
+        text +=
+            " --low " + NumberText(LimitOf(method, reject.low)) + " --high " + NumberText(LimitOf(method, reject.high));
+    }
+    return text + (reject.iterations > 0 ? " --iterations " + std::to_string(reject.iterations) : "");
+}
+
 std::string MosaicText(const Options& options, const Plan& plan)
 {
     if (plan.patterns.empty()) {
@@ -174,19 +191,18 @@ std::string MosaicText(const Options& options, const Plan& plan)
            NameOf(kDemosaicNames, options.demosaic);
 }
 
-std::string ParametersText(const Options& options, const Plan& plan, const Registration& result)
+std::string ParametersText(const Options& options, const Plan& plan, int used, const Registration& result)
 {
-    return std::string("stack --method ") + NameOf(kMethodNames, options.method) + AlignText(options, result) +
-           LimitsText(options) + MosaicText(options, plan) + " --normalise " +
-           NameOf(kNormaliseNames, NormaliseOf(options)) + " --weight " + NameOf(kWeightNames, options.weight) +
-           " --coverage " + NameOf(kCoverageNames, options.coverage) + (options.cosmetic ? " --cosmetic" : "") +
-           " --pedestal " + NumberText(options.pedestal);
+    return "stack" + CombineText(options, used) + AlignText(options, result) + LimitsText(options) +
+           MosaicText(options, plan) + " --normalise " + NameOf(kNormaliseNames, NormaliseOf(options)) + " --weight " +
+           NameOf(kWeightNames, WeightOf(options)) + " --coverage " + NameOf(kCoverageNames, options.coverage) +
+           (options.cosmetic ? " --cosmetic" : "") + " --pedestal " + NumberText(options.pedestal);
 }
 
 void AddHistory(const Options& options, const Plan& plan, int used, const Registration& result, io::Header& header)
 {
     const std::vector<FrameReport>& frames = result.frames;
-    header.AddHistory(ParametersText(options, plan, result));
+    header.AddHistory(ParametersText(options, plan, used, result));
     std::string text =
         "Corvane " CORVANE_VERSION ": " + std::to_string(used) + " of " + std::to_string(frames.size()) + " lights;";
     text += FramesText("bias", options.bias) + FramesText("dark", options.darks) + FramesText("flat", options.flats) +

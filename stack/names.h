@@ -24,10 +24,24 @@ inline constexpr Names<NormaliseMethod, 4> kNormaliseNames{{{"none", NormaliseMe
                                                             {"offset", NormaliseMethod::kOffset},
                                                             {"scale", NormaliseMethod::kScale},
                                                             {"both", NormaliseMethod::kBoth}}};
-inline constexpr Names<WeightMethod, 4> kWeightNames{{{"none", WeightMethod::kNone},
+inline constexpr Names<CombineBy, 5> kCombineNames{{{"mean", CombineBy::kMean},
+                                                    {"median", CombineBy::kMedian},
+                                                    {"sum", CombineBy::kSum},
+                                                    {"max", CombineBy::kMax},
+                                                    {"min", CombineBy::kMin}}};
+inline constexpr Names<RejectMethod, 8> kRejectNames{{{"auto", RejectMethod::kAuto},
+                                                      {"none", RejectMethod::kNone},
+                                                      {"sigma", RejectMethod::kSigma},
+                                                      {"winsorized", RejectMethod::kWinsorized},
+                                                      {"linear-fit", RejectMethod::kLinearFit},
+                                                      {"esd", RejectMethod::kEsd},
+                                                      {"mad", RejectMethod::kMad},
+                                                      {"minmax", RejectMethod::kMinMax}}};
+inline constexpr Names<WeightMethod, 5> kWeightNames{{{"none", WeightMethod::kNone},
                                                       {"noise", WeightMethod::kNoise},
                                                       {"fwhm", WeightMethod::kFwhm},
-                                                      {"stars", WeightMethod::kStars}}};
+                                                      {"stars", WeightMethod::kStars},
+                                                      {"snr", WeightMethod::kSnr}}};
 inline constexpr Names<Coverage, 2> kCoverageNames{{{"any", Coverage::kAny}, {"all", Coverage::kAll}}};
 inline constexpr Names<DemosaicMethod, 2> kDemosaicNames{
     {{"edge-aware", DemosaicMethod::kEdgeAware}, {"bilinear", DemosaicMethod::kBilinear}}};

@@ -46,6 +46,11 @@ Parameter Limit(const char* name, const std::string& which)
                            {0.0, kMaxReject}, "no limit");
 }
 
+Parameter ValueLimit(const char* name, const std::string& what)
+{
+    return NumberParameter(name, what, "deviations", {0.0, kMaxReject}, "3; with reject = minmax 1");
+}
+
 std::vector<Input> Frames()
 {
     return {
@@ -93,13 +98,38 @@ std::vector<Parameter> LightParameters()
 std::vector<Parameter> CombineParameters()
 {
     const Options usual;
-    return {Choice("method", kMethodNames, usual.method, "how samples of one place are combined"),
+    return {{.name = "combine",
+             .kind = Kind::Choice,
+             .summary = "what is made of the values that count at a place",
+             .choices = WordsOf(kCombineNames),
+             .whenAbsent = "mean"},
+            {.name = "reject",
+             .kind = Kind::Choice,
+             .summary = "how values that do not count are told: those beyond limits of the deviation (sigma), of one "
+                        "that outliers hardly widen (winsorized), of the median deviation (mad), off a line through "
+                        "the sorted values (linear-fit), extreme deviates by Rosner's test (esd), or the ends (minmax)",
+             .choices = WordsOf(kRejectNames),
+             .whenAbsent = "auto for the mean, by the number of lights; else none"},
+            ValueLimit("low",
+                       "values farther below than so many deviations are rejected; with minmax so many of the lowest"),
+            ValueLimit("high", "the same above"),
+            WholeParameter("iterations", "most rounds of rejection; 0: until nothing changes", "", {0, kMaxIterations},
+                           usual.reject.iterations),
+            {.name = "method",
+             .kind = Kind::Choice,
+             .summary = "in place of combine and reject: one of the composites' own statistics",
+             .choices = WordsOf(kMethodNames),
+             .whenAbsent = "as combine and reject tell"},
             {.name = "normalise",
              .kind = Kind::Choice,
              .summary = "bring lights to the brightness of the reference first",
              .choices = WordsOf(kNormaliseNames),
              .whenAbsent = "both; none without align = stars"},
-            Choice("weight", kWeightNames, usual.weight, "clipped-mean: what lights count by"),
+            {.name = "weight",
+             .kind = Kind::Choice,
+             .summary = "mean: what lights count by",
+             .choices = WordsOf(kWeightNames),
+             .whenAbsent = "snr for combine = mean with align = stars, else none"},
             Choice("coverage", kCoverageNames, usual.coverage,
                    "keep pixels that any light has, or only those that all have")};
 }
@@ -186,9 +216,14 @@ void SetAlignment(const Arguments& arguments, Options& options)
 
 void SetCombining(const Arguments& arguments, Options& options)
 {
-    options.method = Chosen(arguments, "method", kMethodNames).value_or(options.method);
+    const Options usual;
+    options.method = Chosen(arguments, "method", kMethodNames);
+    options.combine = Chosen(arguments, "combine", kCombineNames);
+    options.reject = {Chosen(arguments, "reject", kRejectNames), NumberOf(arguments, "low"),
+                      NumberOf(arguments, "high"),
+                      arguments.Has("iterations") ? arguments.Whole("iterations") : usual.reject.iterations};
     options.normalise = Chosen(arguments, "normalise", kNormaliseNames);
-    options.weight = Chosen(arguments, "weight", kWeightNames).value_or(options.weight);
+    options.weight = Chosen(arguments, "weight", kWeightNames);
     options.coverage = Chosen(arguments, "coverage", kCoverageNames).value_or(options.coverage);
 }
 

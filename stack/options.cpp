@@ -23,6 +23,8 @@ void CheckRange(const char* parameter, int value, int min, int max)
     }
 }
 
+constexpr int kManyLights = 1000;
+
 /// One name for one file, whatever way leads there.
 std::string FileKey(const std::string& path)
 {
@@ -47,6 +49,39 @@ void CheckReference(const Options& options)
     }
 }
 
+bool IsMean(const Options& options)
+{
+    return options.method ? *options.method == CombineMethod::kClippedMean : CombineOf(options) == CombineBy::kMean;
+}
+
+/// Refuses limits that are out of their range, or that the method of rejection does not ask for.
+void CheckRejection(const Options& options)
+{
+    const RejectOptions& reject = options.reject;
+    if (options.method && (reject.method || options.combine)) {
+        throw ParameterError("method", NameOf(kMethodNames, *options.method),
+                             "it stands in place of combine and reject");
+    }
+    // Whichever the number of lights makes auto choose has limits.
+    const RejectMethod method = ChosenRejection(reject, CombineOf(options), kManyLights);
+    const bool takesLimits = !options.method && method != RejectMethod::kNone && method != RejectMethod::kEsd;
+    const auto check = [&](const char* name, const std::optional<double>& limit) {
+        CheckRange(name, limit, kMaxReject);
+        if (limit && !takesLimits) {
+            throw ParameterError(name, NumberText(*limit), "it takes a rejection by limits");
+        }
+        if (limit && method == RejectMethod::kMinMax && *limit != std::floor(*limit)) {
+            throw ParameterError(name, NumberText(*limit), "it takes a whole number, of values, with reject = minmax");
+        }
+    };
+    check("low", reject.low);
+    check("high", reject.high);
+    CheckRange("iterations", reject.iterations, 0, kMaxIterations);
+    if (reject.iterations > 0 && (!takesLimits || method == RejectMethod::kMinMax)) {
+        throw ParameterError("iterations", std::to_string(reject.iterations), "it takes a rejection in rounds");
+    }
+}
+
 /// Options that do nothing without another one.
 void CheckCompany(const Options& options)
 {
@@ -57,9 +92,9 @@ void CheckCompany(const Options& options)
     if (options.alignsScale && options.align != AlignMethod::kStars) {
         throw ParameterError("scale", "alone", "it takes align = stars, which tell it");
     }
-    if (options.weight != WeightMethod::kNone && options.method != CombineMethod::kClippedMean) {
-        throw ParameterError("weight", NameOf(kWeightNames, options.weight),
-                             "it takes method = clipped-mean, since a median counts all lights the same");
+    if (WeightOf(options) != WeightMethod::kNone && !IsMean(options)) {
+        throw ParameterError("weight", NameOf(kWeightNames, *options.weight),
+                             "it takes a mean, since nothing else counts lights by weights");
     }
 }
 
@@ -91,6 +126,22 @@ NormaliseMethod NormaliseOf(const Options& options)
     return options.normalise.value_or(tellsFlux ? NormaliseMethod::kBoth : NormaliseMethod::kNone);
 }
 
+CombineBy CombineOf(const Options& options)
+{
+    return options.combine.value_or(CombineBy::kMean);
+}
+
+WeightMethod WeightOf(const Options& options)
+{
+    const bool tellsQuality = options.align == AlignMethod::kStars && !options.method && IsMean(options);
+    return options.weight.value_or(tellsQuality ? WeightMethod::kSnr : WeightMethod::kNone);
+}
+
+CombineRule RuleOf(const Options& options, int lights)
+{
+    return options.method ? CombineRule(*options.method) : MakeRule(options.reject, CombineOf(options), lights);
+}
+
 void CheckOptions(const Options& options)
 {
     if (options.lights.empty()) {
@@ -104,6 +155,7 @@ void CheckOptions(const Options& options)
     CheckRange("reject-background", options.rejectBackground, kMaxReject);
     CheckReference(options);
     CheckCompany(options);
+    CheckRejection(options);
     if (options.cosmetic && options.darks.empty()) {
         throw ParameterError("cosmetic", "alone", "it takes darks, which tell the hot pixels");
     }

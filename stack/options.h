@@ -8,6 +8,7 @@
 #include "corvane/combine/row_combiner.h"
 #include "corvane/platform/export.h"
 #include "stack/combine/normalise.h"
+#include "stack/combine/rule.h"
 #include "stack/combine/weights.h"
 
 namespace corvane::stack {
@@ -40,7 +41,8 @@ inline constexpr int kDefaultPatchSize = 32; ///< [pixels]
 inline constexpr int kMaxSearch = 2048;      ///< farthest that a patch is looked for [pixels]
 inline constexpr int kDefaultSearch = 64;    ///< [pixels]
 inline constexpr double kMaxPedestal = 1e9;  ///< largest pedestal [raw units]
-inline constexpr double kMaxReject = 1000.0; ///< largest limit of a measured quantity [sigmas]
+inline constexpr double kMaxReject = 1000.0; ///< largest limit of a measured quantity, or of a value [sigmas]
+inline constexpr int kMaxIterations = 100;   ///< most rounds of rejection
 /// @}
 
 /// What to stack and how. File names are as `io::OpenFrame` takes them.
@@ -53,7 +55,12 @@ struct Options {
     std::vector<std::string> flats;
     std::vector<std::string> flatDarks;
     /// @}
-    CombineMethod method = CombineMethod::kMedian;
+    /// @name What is made of the values of a pixel
+    /// @{
+    std::optional<CombineMethod> method{}; ///< one of the composites' own; unset: as the next two tell
+    std::optional<CombineBy> combine{};    ///< unset: the mean
+    RejectOptions reject{};
+    /// @}
     /// @name Alignment
     /// @{
     AlignMethod align = AlignMethod::kStars;
@@ -78,7 +85,7 @@ struct Options {
     /// @name How lights are combined; see `CombineFrames`
     /// @{
     std::optional<NormaliseMethod> normalise{}; ///< unset: both with `AlignMethod::kStars`, which tells flux; else none
-    WeightMethod weight = WeightMethod::kNone;
+    std::optional<WeightMethod> weight{};       ///< unset: snr for the mean with `AlignMethod::kStars`, else none
     Coverage coverage = Coverage::kAny;
     bool cosmetic = false;      ///< pixels that are hot in the darks are mended
     bool wantsCoverage = false; ///< count how many lights have each pixel
@@ -92,6 +99,15 @@ int ReferenceIndex(const Options& options);
 
 /// How lights are normalised.
 NormaliseMethod NormaliseOf(const Options& options);
+
+/// What is made of the values that count, where no method says.
+CORVANE_VISIBLE CombineBy CombineOf(const Options& options);
+
+/// What lights count by.
+WeightMethod WeightOf(const Options& options);
+
+/// What becomes of the values of so many lights.
+CombineRule RuleOf(const Options& options, int lights);
 
 /// Checks what can be said without opening a file. Throws Error.
 CORVANE_VISIBLE void CheckOptions(const Options& options);

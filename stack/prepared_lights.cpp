@@ -111,7 +111,7 @@ void PreparedLights::SetWeights()
         const double stars = options_.align == AlignMethod::kStars ? report.matched : report.stars;
         qualities.push_back(report.used ? FrameQuality{noise, report.fwhm, stars} : FrameQuality{});
     }
-    const std::vector<double> weights = WeightsOf(qualities, options_.weight);
+    const std::vector<double> weights = WeightsOf(qualities, WeightOf(options_));
     for (std::size_t i = 0; i < weights.size(); ++i) {
         result_.frames[i].weight = result_.frames[i].used ? weights[i] : 0.0;
     }

@@ -123,6 +123,7 @@ void Combine(const Options& options, PreparedLights& lights, Result& result, con
 {
     const Plan& plan = lights.GetPlan();
     const int planes = lights.Frames().Planes();
+    const int used = static_cast<int>(UsedFrames(result.frames).size());
     WatchedLights watched(lights.Frames(), result.frames.size());
     result.image = MakeTarget(plan, result.referenceLight, planes);
     const auto make = [&](bool isWanted) { return isWanted ? EmptyStack(plan, planes) : CStlImage(); };
@@ -133,10 +134,13 @@ void Combine(const Options& options, PreparedLights& lights, Result& result, con
     const CombineTarget target{result.image, 0, wanted(result.coverage), wanted(low), wanted(high)};
     const CombinePlan combining{.frames = lights.Placements(),
                                 .grid = {plan.width, plan.height},
-                                .method = options.method,
+                                .rule = RuleOf(options, used),
                                 .coverage = options.coverage,
                                 .blank = CommonBlank(plan.lights),
                                 .memory = plan.lights.BandMemory()};
+    if (!options.method) {
+        result.rejection = ChosenRejection(options.reject, CombineOf(options), used);
+    }
     CombineFrames(combining, watched, target, run, "Combining lights...");
     result.image.UnlockAll();
     LeaveOutEmpty(watched, options.coverage, result.frames);

@@ -36,6 +36,7 @@ struct Registration {
 struct Result : Registration {
     CStlImage image; ///< float samples, the size of the lights; a blank is declared where nothing is known
     io::Header header;
+    std::optional<RejectMethod> rejection; ///< which one it was; unset for a method that rejects by itself
     /// @name Counts for each sample of the stack, when they were asked for; empty images otherwise
     /// @{
     CStlImage coverage; ///< lights that have it

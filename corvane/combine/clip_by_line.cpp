@@ -1,14 +1,13 @@
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <vector>
 
-#include "corvane/combine/rejection.h"
+#include "corvane/combine/kept_moments.h"
 
 namespace corvane {
 namespace {
-
-constexpr int kFewest = 3; // of fewer values nothing is dropped
 
 struct Line {
     double start = 0.0; ///< at rank 0
@@ -72,7 +71,7 @@ private:
         parts.low.clear();
         parts.high.clear();
         const int most = limits_.rounds > 0 ? limits_.rounds : std::numeric_limits<int>::max();
-        for (int round = 0; round < most && parts.kept.size() >= kFewest && ClipOnce(parts); ++round) {
+        for (int round = 0; round < most && std::ssize(parts.kept) >= kFewestClipped && ClipOnce(parts); ++round) {
         }
     }
 

@@ -8,8 +8,6 @@
 namespace corvane {
 namespace {
 
-constexpr int kFewest = 3; // of fewer values nothing is dropped
-
 /// Clips about the median, by scales that `SetScales(values, kept, scales)` finds.
 template <class SetScales>
 class ClipInRounds final : public Rejection {
@@ -32,7 +30,7 @@ private:
         SetScales()(values, kept, scales);
         bool isChanged = false;
         for (int k = 0; k < kColumns; ++k) {
-            if (kept.count[k] >= kFewest) {
+            if (kept.count[k] >= kFewestClipped) {
                 const double median = MiddleOfKept(values, kept, k);
                 const double low = median - limits_.low * scales[k];
                 isChanged |= NarrowKept(values, low, median + limits_.high * scales[k], k, kept);
@@ -57,7 +55,7 @@ struct SetMedianDeviations {
     {
         constexpr double kNormal = 1.4826; // standard deviations of a normal distribution in a median deviation
         for (int k = 0; k < kColumns; ++k) {
-            scales[k] = kept.count[k] >= kFewest ? kNormal * MedianDeviation(values, kept, k) : 0.0;
+            scales[k] = kept.count[k] >= kFewestClipped ? kNormal * MedianDeviation(values, kept, k) : 0.0;
         }
     }
 
@@ -85,32 +83,62 @@ private:
     }
 };
 
-struct SetWinsorizedDeviations {
+/// Deviations of values that are cut at bounds which depend on the deviation.
+class SetWinsorizedDeviations {
+public:
     void operator()(const Block<double>& values, const Kept& kept, double* scales) const
     {
-        constexpr double kReach = 1.5;
-        constexpr double kLoss = 1.134; // of the deviation of a normal distribution, by its cut tails
-        constexpr double kSettled = 5e-4;
-        constexpr int kMostRounds = 100;
+        Middle middle;
+        for (int k = 0; k < kColumns; ++k) {
+            SetMiddle(values, kept, k, middle);
+        }
+        SetDeviations()(values, kept, scales);
+        bool isSettled[kColumns] = {};
+        while (!std::all_of(isSettled, isSettled + kColumns, std::identity())) {
+            double next[kColumns];
+            SetBoundedDeviations(values, kept, middle, scales, next);
+            for (int k = 0; k < kColumns; ++k) {
+                const double scale = scales[k];
+                const bool shrinksOn = next[k] < scale && kReach * scale <= middle.nearest[k];
+                scales[k] = isSettled[k] ? scale : shrinksOn ? 0.0 : next[k];
+                isSettled[k] |= !(std::fabs(next[k] - scale) >= kSettled * scale) || scale == 0.0;
+            }
+        }
+    }
+
+private:
+    static constexpr double kReach = 1.5;
+    static constexpr double kLoss = 1.134; // of the deviation of a normal distribution, by its cut tails
+    static constexpr double kSettled = 5e-4;
+
+    struct Middle {
+        double median[kColumns];
+        double nearest[kColumns]; ///< distance of the nearest other value; bounds within it that shrink go on to 0
+    };
+
+    static void SetMiddle(const Block<double>& values, const Kept& kept, int k, Middle& middle)
+    {
+        middle.median[k] = kept.count[k] > 0 ? MiddleOfKept(values, kept, k) : 0.0;
+        middle.nearest[k] = std::numeric_limits<double>::infinity();
+        for (int i = kept.first[k]; i < kept.first[k] + kept.count[k]; ++i) {
+            const double off = std::fabs(values.Row(i)[k] - middle.median[k]);
+            middle.nearest[k] = off > 0.0 ? std::min(off, middle.nearest[k]) : middle.nearest[k];
+        }
+    }
+
+    static void SetBoundedDeviations(const Block<double>& values, const Kept& kept, const Middle& middle,
+                                     const double* scales, double* next)
+    {
         double low[kColumns];
         double high[kColumns];
-        double next[kColumns];
-        bool isSettled[kColumns] = {};
-        SetDeviations()(values, kept, scales);
-        for (int round = 0; round < kMostRounds && !std::all_of(isSettled, isSettled + kColumns, std::identity());
-             ++round) {
-            for (int k = 0; k < kColumns; ++k) {
-                const double median = kept.count[k] > 0 ? MiddleOfKept(values, kept, k) : 0.0;
-                low[k] = median - kReach * scales[k];
-                high[k] = median + kReach * scales[k];
-            }
-            const auto bounded = [&](double v, int k) { return v < low[k] ? low[k] : v > high[k] ? high[k] : v; };
-            DeviationsOfKept(values, kept, bounded, next);
-            for (int k = 0; k < kColumns; ++k) {
-                const double scale = isSettled[k] ? scales[k] : kLoss * next[k];
-                isSettled[k] |= !(std::fabs(scale - scales[k]) >= kSettled * scales[k]) || scale == scales[k];
-                scales[k] = scale;
-            }
+        for (int k = 0; k < kColumns; ++k) {
+            low[k] = middle.median[k] - kReach * scales[k];
+            high[k] = middle.median[k] + kReach * scales[k];
+        }
+        const auto bounded = [&](double v, int k) { return v < low[k] ? low[k] : v > high[k] ? high[k] : v; };
+        DeviationsOfKept(values, kept, bounded, next);
+        for (int k = 0; k < kColumns; ++k) {
+            next[k] *= kLoss;
         }
     }
 };

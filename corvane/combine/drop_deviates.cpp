@@ -1,7 +1,7 @@
 #include <cmath>
 #include <vector>
 
-#include "corvane/combine/rejection.h"
+#include "corvane/combine/kept_moments.h"
 #include "corvane/core/turn.h"
 
 namespace corvane {
@@ -109,7 +109,7 @@ public:
     explicit DeviatesDropped(int frames)
     {
         for (int count = 0; count <= frames; ++count) {
-            critical_.push_back(count < kFewest ? 0.0 : CriticalDeviate(count));
+            critical_.push_back(count < kFewestClipped ? 0.0 : CriticalDeviate(count));
         }
     }
 
@@ -119,7 +119,7 @@ public:
             kept.count[k] = block.count[k];
             const int most = static_cast<int>(kMostOutliers * block.count[k]);
             Range left(block.values, k, block.count[k]);
-            for (int i = 0; i < most && left.Count() >= kFewest; ++i) {
+            for (int i = 0; i < most && left.Count() >= kFewestClipped; ++i) {
                 const double critical = critical_[static_cast<std::size_t>(left.Count())];
                 if (left.DropFarther() > critical) { // with all that were dropped before
                     kept.first[k] = left.First();
@@ -130,8 +130,6 @@ public:
     }
 
 private:
-    static constexpr int kFewest = 3;
-
     std::vector<double> critical_; ///< by the number of values
 };
 

@@ -6,6 +6,8 @@
 
 namespace corvane {
 
+inline constexpr int kFewestClipped = 3; // of fewer values nothing is dropped
+
 /// The sample standard deviations of what counts of a block, of which valueOf(v, k) is taken; 0 of fewer than 2.
 template <class ValueOf>
 void DeviationsOfKept(const Block<double>& values, const Kept& kept, ValueOf valueOf, double* deviations)

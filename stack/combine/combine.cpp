@@ -74,7 +74,7 @@ struct PlacedFrame {
 /// What one thread combines with.
 struct Workbench {
     explicit Workbench(const CombinePlan& plan)
-        : combiner(plan.method, plan.coverage, Weights(plan.frames), plan.blank), values(plan.frames.size() * kStretch),
+        : combiner(plan.rule, plan.coverage, Weights(plan.frames), plan.blank), values(plan.frames.size() * kStretch),
           valid(values.size()), fewest(static_cast<int>(plan.frames.size()))
     {
         for (std::size_t i = 0; i < plan.frames.size(); ++i) {

@@ -33,7 +33,7 @@ struct Grid {
 struct CombinePlan {
     std::vector<Placement> frames{};
     Grid grid{};
-    CombineMethod method = CombineMethod::kMedian;
+    CombineRule rule{CombineMethod::kMedian};
     Coverage coverage = Coverage::kAll;
     int blank = 0; ///< what the target holds where a frame has nothing
     /// What bands may take, of what the memory budget leaves [bytes]; a band holds one row at least.

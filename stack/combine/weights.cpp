@@ -12,6 +12,7 @@ double Worth(const FrameQuality& frame, WeightMethod method)
 {
     const double measure = method == WeightMethod::kNoise  ? frame.noise
                            : method == WeightMethod::kFwhm ? frame.fwhm
+                           : method == WeightMethod::kSnr  ? frame.noise * frame.fwhm
                                                            : frame.stars;
     const double worth = method == WeightMethod::kStars ? measure : 1.0 / (measure * measure);
     return measure > 0.0 && std::isfinite(worth) ? worth : 0.0;

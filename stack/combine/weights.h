@@ -6,12 +6,13 @@
 
 namespace corvane::stack {
 
-/// What a frame counts for in the clipped mean.
+/// What a frame counts for in the mean.
 enum class WeightMethod {
     kNone,  ///< all frames the same
     kNoise, ///< 1 / noise^2, which makes the noise of the mean the least
     kFwhm,  ///< 1 / FWHM^2: the part of a star's light that falls on its inner pixels
     kStars, ///< the number of stars seen
+    kSnr,   ///< 1 / (noise FWHM)^2: the least noise on the disc of a star, to which what it shows of one is even
 };
 
 /// What is known of a frame's quality; 0 or less, or NaN, for what is not.

@@ -24,11 +24,14 @@ struct Wanted {
     bool levels;
 
     explicit Wanted(const Options& options)
-        : stars(options.align == AlignMethod::kStars || options.weight == WeightMethod::kFwhm ||
-                options.weight == WeightMethod::kStars || options.rejectFwhm || options.rejectStars ||
-                options.rejectBackground),
-          levels(NormaliseOf(options) != NormaliseMethod::kNone || options.weight == WeightMethod::kNoise)
-    {}
+    {
+        const WeightMethod weight = WeightOf(options);
+        const bool weighsSharpness = weight == WeightMethod::kFwhm || weight == WeightMethod::kSnr;
+        const bool weighsNoise = weight == WeightMethod::kNoise || weight == WeightMethod::kSnr;
+        stars = options.align == AlignMethod::kStars || weighsSharpness || weight == WeightMethod::kStars ||
+                options.rejectFwhm || options.rejectStars || options.rejectBackground;
+        levels = NormaliseOf(options) != NormaliseMethod::kNone || weighsNoise;
+    }
 
     bool Anything() const { return stars || levels; }
 };

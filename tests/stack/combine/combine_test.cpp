@@ -96,7 +96,7 @@ TEST(CombineFrames, TurnedFramesInBandsAndStrips)
     for (const int planes : {1, 3}) {
         for (const bool takesStrips : {false, true}) {
             PlacedFrames frames(planes);
-            frames.plan.method = CombineMethod::kClippedMedian;
+            frames.plan.rule = CombineMethod::kClippedMedian;
             frames.plan.memory = takesStrips ? 4000 : 90000U * planes;
             const CStlImage target = frames.Combine();
             for (const auto& rows : frames.reads) { // but for row 0, which the plane before it asks for
@@ -115,7 +115,7 @@ TEST(CombineFrames, AnyBandOfTheGridIsThatOfTheWhole)
     for (const Coverage coverage : {Coverage::kAll, Coverage::kAny}) {
         PlacedFrames frames(3);
         frames.plan.grid = {90, 70, 1.6};
-        frames.plan.method = CombineMethod::kClippedMean;
+        frames.plan.rule = CombineMethod::kClippedMean;
         frames.plan.coverage = coverage;
         const std::vector<float> whole = test::Samples(frames.Combine());
         for (const auto& [first, end] : {std::pair{0, 1}, {1, 30}, {30, 70}, {69, 70}}) {
@@ -225,11 +225,46 @@ TEST_F(StackTest, BlanksOfLightsBecomeOneBlank)
     EXPECT_EQ(test::Samples(blanks.image), (std::vector{300.0F, -7.0F, -7.0F}));
 }
 
+TEST_F(StackTest, CombinesWhatTheRejectionLeaves)
+{
+    Options options;
+    options.align = AlignMethod::kNone;
+    for (const double value : {14.0, 10.0, 1000.0, 11.0, 13.0}) {
+        const CStlImage light = Make(20, 16, 1, [&](int, int, int) { return value; });
+        options.lights.push_back(Save("light" + std::to_string(value) + ".fits", light));
+    }
+    const struct {
+        std::optional<CombineBy> combine;
+        RejectOptions reject;
+        RejectMethod done;
+        double expected;
+    } cases[] = {{{}, {}, RejectMethod::kWinsorized, 12.0},
+                 {{}, {RejectMethod::kNone}, RejectMethod::kNone, 209.6F},
+                 {{}, {RejectMethod::kSigma}, RejectMethod::kSigma, 209.6F},
+                 {{}, {RejectMethod::kSigma, 0.1, 1.0}, RejectMethod::kSigma, 13.0},
+                 {{}, {RejectMethod::kMad}, RejectMethod::kMad, 12.0},
+                 {{}, {RejectMethod::kMinMax}, RejectMethod::kMinMax, 38.0F / 3.0F},
+                 {{}, {RejectMethod::kMinMax, 0.0, 2.0}, RejectMethod::kMinMax, 34.0F / 3.0F},
+                 {CombineBy::kMedian, {}, RejectMethod::kNone, 13.0},
+                 {CombineBy::kSum, {RejectMethod::kEsd}, RejectMethod::kEsd, 48.0},
+                 {CombineBy::kMax, {RejectMethod::kWinsorized}, RejectMethod::kWinsorized, 14.0},
+                 {CombineBy::kMin, {}, RejectMethod::kNone, 10.0}};
+    for (const auto& [combine, reject, done, expected] : cases) {
+        options.combine = combine;
+        options.reject = reject;
+        const Result result = stack::Stack(options);
+        EXPECT_EQ(result.rejection, done);
+        EXPECT_FLOAT_EQ(result.image.GetPixelGrayRaw(3, 5, 0), static_cast<float>(expected)) << static_cast<int>(done);
+        std::rotate(options.lights.begin(), options.lights.begin() + 2, options.lights.end());
+    }
+}
+
 #if __has_include(<sys/resource.h>)
 TEST_F(StackTest, TakesMoreLightsThanFilesMayBeOpen)
 {
     Options options;
     options.align = AlignMethod::kNone;
+    options.combine = CombineBy::kMedian;
     for (int i = 0; i < 70; ++i) {
         const CStlImage light = Make(64, 300, 1, [i](int x, int y, int) { return (i * 37 % 70) * 1000 + x + y; });
         options.lights.push_back(Save("light" + std::to_string(i) + ".fits", light));
