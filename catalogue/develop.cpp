@@ -54,7 +54,8 @@ double DividingBrightness(const CStlImage& image, int selector, int x, int y)
 
 /// Samples beside a blown core are divided by its light, and would outline it in black: what has lost more than half of
 /// the value that it would have in a flat area gets that.
-void LightenOutlines(const CStlImage& image, double offset, int selector, const CRect* rect, CStlImage& result)
+void LightenOutlines(const CStlImage& image, double offset, int selector, const CRect* rect, int threads,
+                     CStlImage& result)
 {
     constexpr double kMostLost = 0.5;
     const double a = image.To256(offset, 0);
@@ -71,7 +72,7 @@ void LightenOutlines(const CStlImage& image, double offset, int selector, const 
             }
         }
     };
-    ForRowBlocks(RowBlocks(area), [&](const RowBlock& block) {
+    ForRowBlocks(RowBlocks(area), ThreadsOn(result, {&image}, threads), [&](const RowBlock& block) {
         for (int y = block.first; y < block.end; ++y) {
             lightenRow(y);
         }
@@ -88,7 +89,7 @@ CStlImage RunDevelopment(const CStlImage& given, const Arguments& arguments, con
     const int selector = PlaneSelector(image, arguments.Text("plane"));
     CImgFilter result(image);
     result.DigitalDvlp(offset, arguments.Number("weight"), image, &selector, arguments.Rectangle("rect"), run);
-    LightenOutlines(image, offset, selector, arguments.Rectangle("rect"), result);
+    LightenOutlines(image, offset, selector, arguments.Rectangle("rect"), run.Threads(), result);
     return result;
 }
 

@@ -30,11 +30,12 @@ public:
             }
             return part;
         };
-        FoldBlocks(RowBlocks({0, 0, rect.Width(), rect.Height()}), copyBlock, [this](const RegionMeasures& part) {
-            measures_.blank += part.blank;
-            measures_.infinite += part.infinite;
-            measures_.counted += part.counted;
-        });
+        FoldBlocks(RowBlocks({0, 0, rect.Width(), rect.Height()}), ThreadsOn(info_, {&image}), copyBlock,
+                   [this](const RegionMeasures& part) {
+                       measures_.blank += part.blank;
+                       measures_.infinite += part.infinite;
+                       measures_.counted += part.counted;
+                   });
         info_.SetBlankUsed(measures_.blank + measures_.infinite > 0);
         BeginWithOneThatCounts();
     }

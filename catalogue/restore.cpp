@@ -139,8 +139,7 @@ void Multiply(CStlImage& image, const CRect& area, double factor, int threads)
             }
         }
     };
-    ForRowBlocks(RowBlocks(area, image.GetPlanes()), MayShareWork(image, {}) ? threads : 1, multiplyRows,
-                 [](const RowBlock&) {});
+    ForRowBlocks(RowBlocks(area, image.GetPlanes()), ThreadsOn(image, {}, threads), multiplyRows);
 }
 
 /// Display levels of 0 to 255, on which display values are the samples themselves, until it goes.

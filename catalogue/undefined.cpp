@@ -35,7 +35,7 @@ void MarkUndefined(io::Frame& frame)
         }
         return marked;
     };
-    FoldBlocks(RowBlocks(WorkingArea(image, nullptr), image.GetPlanes()), markBlock,
+    FoldBlocks(RowBlocks(WorkingArea(image, nullptr), image.GetPlanes()), ThreadsOn(image, {}), markBlock,
                [&](long long part) { defined += part; });
     if (defined == 0) {
         throw FileError(image.GetOrgFileName(), "has no sample that is defined");

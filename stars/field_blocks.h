@@ -1,6 +1,6 @@
 #pragma once
 
-#include "corvane/core/walk.h"
+#include "corvane/core/fold.h"
 
 namespace corvane::stars {
 
@@ -14,17 +14,21 @@ inline RowBlocks FieldBlocks(const CStlImage& image)
 /// How many threads may read so many samples of an image.
 inline int ReadersOf(const CStlImage& image, long long samples, const Run& run)
 {
-    return samples < kFewSamples || !MayShareWork(image, {}) ? 1 : run.Threads();
+    return ThreadsFor(samples, ThreadsOn(image, {}, run.Threads()));
 }
 
-/// Calls body(block) for the blocks of a plane, on the workers of the run where there is enough to do, and fold(i) for
-/// one after the other, on the caller's thread.
-template <class Body, class Fold>
-void ForFieldBlocks(const CStlImage& image, const Run& run, Body body, Fold fold)
+/// `ForRowBlocks` for the blocks of a plane, on the workers of the run.
+template <class Body>
+void ForFieldBlocks(const CStlImage& image, const Run& run, Body body)
 {
-    const RowBlocks blocks = FieldBlocks(image);
-    platform::ForBlocks(
-        blocks.Count(), ReadersOf(image, blocks.Samples(), run), [&](int i) { body(blocks[i], i); }, fold);
+    ForRowBlocks(FieldBlocks(image), ThreadsOn(image, {}, run.Threads()), body);
+}
+
+/// `FoldBlocks` of those.
+template <class PartOf, class Fold>
+void FoldFieldBlocks(const CStlImage& image, const Run& run, PartOf partOf, Fold fold)
+{
+    FoldBlocks(FieldBlocks(image), ThreadsOn(image, {}, run.Threads()), partOf, fold);
 }
 
 } // namespace corvane::stars

@@ -183,14 +183,15 @@ double FullScale(int bits)
 double FullWellLevel(const CStlImage& image, int plane, double sky, double noise, const Run& run)
 {
     const DefinedTest isDefined(image);
-    std::vector<Largest> ofBlocks(static_cast<std::size_t>(FieldBlocks(image).Count()));
-    const auto find = [&](const RowBlock& block, int i) {
+    const auto largestOf = [&](const RowBlock& block) {
+        Largest part;
         for (int y = block.first; y < block.end; ++y) {
-            ofBlocks[static_cast<std::size_t>(i)].Add(image.GetImageAdr(0, y, plane, 1), image.GetWidth(), isDefined);
+            part.Add(image.GetImageAdr(0, y, plane, 1), image.GetWidth(), isDefined);
         }
+        return part;
     };
     Largest largest;
-    ForFieldBlocks(image, run, find, [&](int i) { largest.Add(ofBlocks[static_cast<std::size_t>(i)]); });
+    FoldFieldBlocks(image, run, largestOf, [&](const Largest& part) { largest.Add(part); });
     const bool isPlateau =
         largest.samples >= kPlateau && largest.pairs >= kPlateauPairs && largest.value > sky + kFarAboveSky * noise;
     const bool isCeiling = isPlateau || largest.value >= FullScale(image.GetOrgBitsPixel());
@@ -228,13 +229,13 @@ std::vector<SaturatedArea> FindSaturatedAreas(const CStlImage& image, int plane,
     }
     const DefinedTest isDefined(image);
     std::vector<char> isBelow(static_cast<std::size_t>(std::max(image.GetHeight(), 0)));
-    const auto look = [&](const RowBlock& block, int) {
+    const auto look = [&](const RowBlock& block) {
         for (int y = block.first; y < block.end; ++y) {
             const float* const row = image.GetImageAdr(0, y, plane, 1);
             isBelow[static_cast<std::size_t>(y)] = LargestOf(row, image.GetWidth(), isDefined) < level ? 1 : 0;
         }
     };
-    ForFieldBlocks(image, run, look, [](int) {});
+    ForFieldBlocks(image, run, look);
     AreaBuilder builder(level, isDefined);
     for (int y = 0; y < image.GetHeight(); ++y) {
         const bool hasNone = isBelow[static_cast<std::size_t>(y)] != 0;

@@ -221,19 +221,15 @@ std::vector<Maximum> FindMaxima(const CStlImage& image, int plane, const SkyMesh
                                 const Run& run)
 {
     const auto factor = static_cast<float>(sigmas * SmoothedNoise(image, plane, sky));
-    std::vector<std::vector<Maximum>> found(static_cast<std::size_t>(FieldBlocks(image).Count()));
     std::vector<Maximum> maxima;
-    const auto find = [&](const RowBlock& block, int i) {
-        found[static_cast<std::size_t>(i)] = MaximaOfBlock(image, plane, sky, factor, block);
-    };
-    const auto add = [&](int i) {
-        const std::vector<Maximum> next = std::move(found[static_cast<std::size_t>(i)]);
+    const auto find = [&](const RowBlock& block) { return MaximaOfBlock(image, plane, sky, factor, block); };
+    const auto add = [&](std::vector<Maximum> next) {
         maxima.insert(maxima.end(), next.begin(), next.end());
         if (maxima.size() / 2 > limit) {
             KeepBrightest(maxima, limit);
         }
     };
-    ForFieldBlocks(image, run, find, add);
+    FoldFieldBlocks(image, run, find, add);
     KeepBrightest(maxima, limit);
     return maxima;
 }

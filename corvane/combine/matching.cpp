@@ -175,8 +175,9 @@ private:
         };
         const auto offsets = static_cast<double>(columns.size() * rows.size());
         const double samples = offsets * static_cast<double>(reference_.GetPixelCount());
-        platform::ForBlocks(static_cast<int>(rows.size()), samples < kFewSamples || !MayShare() ? 1 : stage_.Threads(),
-                            scoreRow, offerRow);
+        constexpr double kMany = 1e18; // more than there are, and a whole number
+        const int threads = ThreadsFor(static_cast<long long>(std::min(samples, kMany)), stage_.Threads());
+        platform::ForBlocks(static_cast<int>(rows.size()), MayShare() ? threads : 1, scoreRow, offerRow);
     }
 
     bool MayShare() const { return MayShareWork(image_, {}) && MayShareWork(reference_, {}); }

@@ -132,7 +132,8 @@ bool ReadDib(HDIB handle, CImage& image)
     const auto table = ReadTable(dib);
     CImage read(8, dib.width, dib.height, PlanesNeeded(dib, table), 1.0, 0.0, 1);
     read.SetSigned(0);
-    corvane::ForRowBlocks(corvane::RowBlocks({0, 0, dib.width, dib.height}), [&](const corvane::RowBlock& rows) {
+    const corvane::RowBlocks blocks({0, 0, dib.width, dib.height});
+    corvane::ForRowBlocks(blocks, corvane::ThreadsOn(read, {}), [&](const corvane::RowBlock& rows) {
         for (int y = rows.first; y < rows.end; ++y) {
             ReadRow(dib, table, y, read);
         }

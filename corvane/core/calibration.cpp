@@ -206,6 +206,6 @@ int CStlImage::PixelBlt(int dx, int dy, int w, int h, const CStlImage& source, i
                     GetImageAdr(dx, dy + i, block.plane), DisplayScale(*this, block.plane), w, mapLevels != 0);
         }
     };
-    ForRowBlocks(blocks, MayShareWork(*this, {&source}) ? Threads() : 1, copyRows, [](const RowBlock&) {});
+    ForRowBlocks(blocks, ThreadsOn(*this, {&source}), copyRows);
     return 1;
 }

@@ -99,7 +99,7 @@ private:
 template <class Write>
 void WriteDibRows(const CStlImage& image, BITMAPINFOHEADER* header, int planes, Write write)
 {
-    ForRowBlocks(RowBlocks(WorkingArea(image, nullptr)), [&](const RowBlock& block) {
+    ForRowBlocks(RowBlocks(WorkingArea(image, nullptr)), Threads(), [&](const RowBlock& block) {
         ByteRows bytes(image, planes);
         for (int y = block.first; y < block.end; ++y) {
             unsigned char* const row = DibRow(header, y);

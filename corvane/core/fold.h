@@ -14,15 +14,15 @@
 namespace corvane {
 
 /// Makes partOf(block) for blocks of rows, on the workers where there is enough to do, and gives the parts to `fold` in
-/// order, on the caller's thread.
+/// order, on the caller's thread, which may keep them.
 template <class PartOf, class Fold>
-void FoldBlocks(const RowBlocks& blocks, PartOf partOf, Fold fold)
+void FoldBlocks(const RowBlocks& blocks, int threads, PartOf partOf, Fold fold)
 {
     std::vector<decltype(partOf(blocks[0]))> parts(static_cast<std::size_t>(blocks.Count()));
     const auto partAt = [&](int i) -> auto& { return parts[static_cast<std::size_t>(i)]; };
     platform::ForBlocks(
-        blocks.Count(), ThreadsFor(blocks), [&](int i) { partAt(i) = partOf(blocks[i]); },
-        [&](int i) { fold(partAt(i)); });
+        blocks.Count(), ThreadsFor(blocks.Samples(), threads), [&](int i) { partAt(i) = partOf(blocks[i]); },
+        [&](int i) { fold(std::move(partAt(i))); });
 }
 
 /// `size` counts, to which count(counts, block) adds those of each block of rows, on several threads; tick(block) as
@@ -33,7 +33,7 @@ std::vector<Number> CountBlocks(const RowBlocks& blocks, int threads, std::size_
 {
     constexpr long long kMostThreads = 16;
     const long long most = std::clamp(blocks.Samples() / static_cast<long long>(size), 1LL, kMostThreads);
-    threads = ThreadsFor(blocks, static_cast<int>(std::min<long long>(threads, most)));
+    threads = ThreadsFor(blocks.Samples(), static_cast<int>(std::min<long long>(threads, most)));
     std::vector<std::vector<Number>> counts(static_cast<std::size_t>(threads), std::vector<Number>(size));
     const auto countOn = [&](const RowBlock& block, int thread) {
         count(counts[static_cast<std::size_t>(thread)].data(), block);
@@ -65,7 +65,7 @@ Extremes ExtremesOf(const CRect& area, AddRow add)
         }
         return part;
     };
-    FoldBlocks(RowBlocks(area), partOf, [&](const Extremes& part) { extremes.Add(part); });
+    FoldBlocks(RowBlocks(area), Threads(), partOf, [&](const Extremes& part) { extremes.Add(part); });
     return extremes;
 }
 

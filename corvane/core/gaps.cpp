@@ -30,7 +30,8 @@ long long CountUndefined(const CStlImage& image, const BlankTest& isBlank)
         }
         return undefined;
     };
-    FoldBlocks(RowBlocks(WorkingArea(image, nullptr), image.GetPlanes()), countIn, [&](int part) { count += part; });
+    FoldBlocks(RowBlocks(WorkingArea(image, nullptr), image.GetPlanes()), Threads(), countIn,
+               [&](int part) { count += part; });
     return count;
 }
 

@@ -167,7 +167,7 @@ void CImage::CopyInto(CImage& resized, HWND window, const char* text) const
     const int width = std::min(resized.GetWidth(), GetWidth());
     const int rows = store_ == nullptr ? 0 : std::max(std::min(resized.GetHeight(), GetHeight()), 0);
     const std::size_t bytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(GetBytesPixel());
-    corvane::ForNotedRows(width, rows, GetPlanes(), window, text, [&](int y, int plane) {
+    corvane::ForNotedRows(resized, *this, width, rows, window, text, [&](int y, int plane) {
         std::memcpy(resized.GetImageAdr(0, y, plane), GetImageAdr(0, y, plane, 1), bytes);
     });
 }
@@ -200,7 +200,7 @@ void CImage::CopyPlanes(CImage& changed, HWND window, const char* text) const
         }
     }
     const int rows = store_ == nullptr ? 0 : GetHeight();
-    corvane::ForNotedRows(GetWidth(), rows, planes, window, text, [&](int y, int plane) {
+    corvane::ForNotedRows(changed, *this, GetWidth(), rows, window, text, [&](int y, int plane) {
         std::memcpy(changed.GetImageAdr(0, y, plane), GetImageAdr(0, y, sourceOf(plane), 1), bytes);
     });
 }

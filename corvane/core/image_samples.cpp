@@ -127,7 +127,7 @@ int CImage::Convert(int bits, int physical, int saturate, HWND window, const cha
         how.scale = std::exchange(changed.record_.bscale, 1.0);
         how.zero = std::exchange(changed.record_.bzero, 0.0);
     }
-    corvane::ForNotedRows(GetWidth(), GetHeight(), GetPlanes(), window, text, [&](int y, int plane) {
+    corvane::ForNotedRows(changed, *this, GetWidth(), GetHeight(), window, text, [&](int y, int plane) {
         convert(GetImageAdr(0, y, plane, 1), changed.GetImageAdr(0, y, plane), GetWidth(), how);
     });
     Swap(&changed);

@@ -97,7 +97,7 @@ int ColumnsFrom(int x, int width)
 
 ImageTransform::ImageTransform(int width, int height, int threads)
     : width_(width), height_(height), blocks_((height / 2 + kLanes) / kLanes),
-      threads_(static_cast<long long>(width) * height < kFewSamples ? 1 : std::min(threads, blocks_)), rows_(width),
+      threads_(ThreadsFor(static_cast<long long>(width) * height, std::min(threads, blocks_))), rows_(width),
       columns_(height), room_(std::max(rows_.Room(), columns_.Room()) * kLanes), work_(4 * threads_ * room_)
 {}
 

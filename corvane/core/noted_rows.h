@@ -7,11 +7,14 @@
 
 namespace corvane {
 
-/// Calls row(y, plane) for every row of so many planes, on the workers where there is enough to do. The window gets the
-/// messages of the progress channel, each row a step; either window or text may be null.
+/// Calls row(y, plane) for the first rows of each plane of `target`, which are made from `source`, on the workers where
+/// there is enough to do. The window gets the messages of the progress channel, each row a step; either window or text
+/// may be null.
 template <class Row>
-void ForNotedRows(int width, int height, int planes, HWND window, const char* text, Row row)
+void ForNotedRows(const CImage& target, const CImage& source, int width, int height, HWND window, const char* text,
+                  Row row)
 {
+    const int planes = target.GetPlanes();
     const RowBlocks blocks({0, 0, width, height}, planes);
     ProgressNotice notice(window, text, static_cast<std::uint64_t>(height) * static_cast<std::uint64_t>(planes));
     const auto body = [&](const RowBlock& block) {
@@ -19,7 +22,7 @@ void ForNotedRows(int width, int height, int planes, HWND window, const char* te
             row(y, block.plane);
         }
     };
-    ForRowBlocks(blocks, Threads(), body, [&](const RowBlock& block) {
+    ForRowBlocks(blocks, ThreadsOn(target, {&source}), body, [&](const RowBlock& block) {
         for (int y = block.first; y < block.end; ++y) {
             notice.Advance(1);
         }

@@ -115,7 +115,7 @@ std::optional<float> MeanOfBlocks(const CStlImage& image, int plane, int rows)
         long long count = 0;
     };
     const RowBlocks blocks({0, 0, image.GetWidth(), rows});
-    if (ThreadsFor(blocks) == 1) {
+    if (ThreadsFor(blocks.Samples()) == 1) {
         return std::nullopt;
     }
     const auto partOf = [&](const RowBlock& block) {
@@ -129,7 +129,7 @@ std::optional<float> MeanOfBlocks(const CStlImage& image, int plane, int rows)
     double sum = 0.0;
     double magnitude = 0.0;
     long long count = 0;
-    FoldBlocks(blocks, partOf, [&](const Part& part) {
+    FoldBlocks(blocks, Threads(), partOf, [&](const Part& part) {
         const auto [ofPart, magnitudeOfPart] = part.sums.Totals();
         sum += ofPart;
         magnitude += magnitudeOfPart;

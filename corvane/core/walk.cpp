@@ -10,7 +10,7 @@ constexpr int kBlockSamples = 1 << 16; // its rows stay in a near cache, and thr
 /// Whether any byte belongs to the samples of both.
 bool Overlap(const CImage& a, const CImage& b)
 {
-    if (a.GetPixelCount() == 0 || b.GetPixelCount() == 0) {
+    if (a.GetStore() == nullptr || b.GetStore() == nullptr || a.GetPixelCount() == 0 || b.GetPixelCount() == 0) {
         return false;
     }
     const std::less<const unsigned char*> isBefore;

@@ -45,8 +45,13 @@ inline int PlaneOf(const CImage& source, int plane)
     return std::min(plane, std::max(source.GetPlanes() - 1, 0));
 }
 
-/// Work on fewer samples stays on the caller's thread: it is done before another has started.
-inline constexpr long long kFewSamples = 1 << 18;
+/// How many threads share the work on so many samples where `most` may: one where it is done before another has
+/// started.
+inline int ThreadsFor(long long samples, int most = Threads())
+{
+    constexpr long long kFewSamples = 1 << 18;
+    return samples < kFewSamples ? 1 : most;
+}
 
 /// Rows `first` to before `end` of a plane.
 struct RowBlock {
@@ -84,10 +89,10 @@ bool IsPaged(const CImage& image);
 /// meanwhile would take memory beyond the budget. Null is no source.
 CORVANE_VISIBLE bool MayShareWork(const CImage& target, std::initializer_list<const CImage*> sources);
 
-/// How many threads work on such blocks where so many may: one where there is little to do.
-inline int ThreadsFor(const RowBlocks& blocks, int most = Threads())
+/// How many of `most` threads work on rows of `target` that are made from `sources`: one if these may not share work.
+inline int ThreadsOn(const CImage& target, std::initializer_list<const CImage*> sources, int most = Threads())
 {
-    return blocks.Samples() < kFewSamples ? 1 : most;
+    return MayShareWork(target, sources) ? most : 1;
 }
 
 /// Calls body(block) for blocks of rows, on the workers where there is enough to do, and tick(block) for one after the
@@ -103,14 +108,14 @@ void ForRowBlocks(const RowBlocks& blocks, int threads, Body body, Tick tick)
             body(blocks[i]);
         }
     };
-    platform::ForBlocks(blocks.Count(), ThreadsFor(blocks, threads), call, [&](int i) { tick(blocks[i]); });
+    platform::ForBlocks(blocks.Count(), ThreadsFor(blocks.Samples(), threads), call, [&](int i) { tick(blocks[i]); });
 }
 
-/// The same where nobody counts, on as many threads as `Threads` says.
+/// The same where nobody counts.
 template <class Body>
-void ForRowBlocks(const RowBlocks& blocks, Body body)
+void ForRowBlocks(const RowBlocks& blocks, int threads, Body body)
 {
-    ForRowBlocks(blocks, Threads(), body, [](const RowBlock&) {});
+    ForRowBlocks(blocks, threads, body, [](const RowBlock&) {});
 }
 
 /// Counts the rows of a block, one after the other.
@@ -126,7 +131,7 @@ inline void CountRows(Stage& stage, const RowBlock& block, int steps = 1)
 template <class Visit>
 void WriteRows(CStlImage& image, int planes, Visit visit)
 {
-    ForRowBlocks(RowBlocks(WorkingArea(image, nullptr), planes), [&](const RowBlock& block) {
+    ForRowBlocks(RowBlocks(WorkingArea(image, nullptr), planes), ThreadsOn(image, {}), [&](const RowBlock& block) {
         for (int y = block.first; y < block.end; ++y) {
             visit(image.GetImageAdr(0, y, block.plane), block.plane);
         }
@@ -139,7 +144,7 @@ template <class Body>
 void WalkBlocks(const RowBlocks& blocks, const CImage& target, std::initializer_list<const CImage*> sources,
                 Stage& stage, int steps, Body body)
 {
-    ForRowBlocks(blocks, MayShareWork(target, sources) ? stage.Threads() : 1, body,
+    ForRowBlocks(blocks, ThreadsOn(target, sources, stage.Threads()), body,
                  [&](const RowBlock& block) { CountRows(stage, block, steps); });
 }
 

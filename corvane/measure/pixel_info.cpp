@@ -103,7 +103,7 @@ public:
             std::for_each(part.terms.begin(), part.terms.end(), [&](const WeightedSum& term) { sum.Add(term); });
         };
         FoldBlocks(
-            blocks_, [this](const RowBlock& block) { return PartOf(block); }, fold);
+            blocks_, Threads(), [this](const RowBlock& block) { return PartOf(block); }, fold);
         return {extremes.Max() > corner ? extremes.Max() : corner, extremes.Min() < corner ? extremes.Min() : corner,
                 sum.Mean(), withMedian ? Median() : 0.0};
     }

@@ -22,7 +22,8 @@ class SampleLoops {
 public:
     /// For grids of so many samples. Throws std::bad_alloc.
     SampleLoops(std::size_t count, int threads)
-        : count_(count), threads_(count < kFewSamples ? 1 : std::min(threads, static_cast<int>(count / kPerThread))),
+        : count_(count),
+          threads_(ThreadsFor(static_cast<long long>(count), std::min(threads, static_cast<int>(count / kPerThread)))),
           terms_(threads_ > 1 ? kBlock * kMostTerms * threads_ : 0)
     {}
 

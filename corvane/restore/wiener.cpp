@@ -76,7 +76,6 @@ public:
 private:
     template <class Work>
     void ForRows(int first, int end, int threads, Work work) const;
-    int ThreadsFor(const CStlImage& image) const { return MayShareWork(image, {}) ? threads_ : 1; }
     float* Row(int y) { return samples_.data() + static_cast<std::ptrdiff_t>(y) * transform_.Width(); }
     const float* Row(int y) const { return samples_.data() + static_cast<std::ptrdiff_t>(y) * transform_.Width(); }
 
@@ -99,7 +98,7 @@ void Filter::ForRows(int first, int end, int threads, Work work) const
             work(y);
         }
     };
-    ForRowBlocks(RowBlocks(CRect(0, first, transform_.Width(), end)), threads, body, [](const RowBlock&) {});
+    ForRowBlocks(RowBlocks(CRect(0, first, transform_.Width(), end)), threads, body);
 }
 
 void Filter::Blur(double sigma)
@@ -128,7 +127,8 @@ void Filter::Measure()
         };
         powers[static_cast<std::size_t>(block)].Add(count, powerOf, [](double) { return false; });
     };
-    platform::ForBlocks(static_cast<int>(powers.size()), blur_.size() < kFewSamples ? 1 : threads_, body, [](int) {});
+    const int threads = ThreadsFor(static_cast<long long>(blur_.size()), threads_);
+    platform::ForBlocks(static_cast<int>(powers.size()), threads, body, [](int) {});
     for (const Extremes& power : powers) {
         mostPower_ = std::max(mostPower_, power.Max());
     }
@@ -139,7 +139,7 @@ void Filter::Read(const CStlImage& image, int plane)
 {
     const DisplayScale scale(image, plane);
     const int gridWidth = transform_.Width();
-    ForRows(0, height_, ThreadsFor(image), [&](int y) {
+    ForRows(0, height_, ThreadsOn(image, {}, threads_), [&](int y) {
         const float* in = image.GetImageAdr(0, y, plane, 1);
         float* out = Row(y);
         std::transform(in, in + width_, out, [=](float v) { return static_cast<float>(scale.To256(v)); });
@@ -175,7 +175,7 @@ void Filter::Divide(double noise)
 void Filter::Write(CStlImage& image, int plane) const
 {
     const DisplayScale scale(image, plane);
-    ForRows(0, height_, ThreadsFor(image), [&](int y) {
+    ForRows(0, height_, ThreadsOn(image, {}, threads_), [&](int y) {
         const float* in = Row(y);
         std::transform(in, in + width_, image.GetImageAdr(0, y, plane),
                        [=](float v) { return static_cast<float>(v * scale.range * kPer255 + scale.min); });

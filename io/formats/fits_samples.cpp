@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "corvane/core/error.h"
-#include "corvane/core/threads.h"
 #include "corvane/core/walk.h"
 #include "corvane/platform/workers.h"
 
@@ -78,11 +77,6 @@ private:
 };
 
 } // namespace
-
-int ThreadsFor(long long samples)
-{
-    return samples < kFewSamples ? 1 : Threads();
-}
 
 void ToSamples(int bits, Bytes stored, const StoredScale& scale, float* samples)
 {

@@ -25,9 +25,6 @@ public:
     virtual void Read(long long plane, long long firstRow, long long rowCount, float* samples) = 0;
 };
 
-/// How many threads may read so many samples.
-int ThreadsFor(long long samples);
-
 /// The reader of an image that is stored as it is.
 std::unique_ptr<FitsSamples> OpenPlainSamples(FitsFile& file, const FitsImage& image, const StoredScale& scale);
 

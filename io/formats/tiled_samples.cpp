@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "corvane/core/memory_budget.h"
+#include "corvane/core/walk.h"
 #include "corvane/platform/workers.h"
 #include "io/formats/limits.h"
 #include "io/formats/tile_decoder.h"

@@ -112,7 +112,7 @@ CStlImage LightFrames::ReadImage(int frame, const Run& run)
     image.SetBlankUsed(blank ? 1 : 0);
     image.SetBlank(blank.value_or(0));
     const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(width) * height;
-    const auto read = [&, planeCount = planes](const RowBlock& block, int) {
+    const auto read = [&, planeCount = planes](const RowBlock& block) {
         for (int y = block.first; y < block.end; ++y) { // brings in the pages of a paged image
             for (int plane = 0; plane < planeCount; ++plane) {
                 image.GetImageAdr(0, y, plane);
@@ -120,7 +120,7 @@ CStlImage LightFrames::ReadImage(int frame, const Run& run)
         }
         ReadPart(frame, block.first, block.end - block.first, image.GetImageAdr(0, block.first, 0), stride);
     };
-    stars::ForFieldBlocks(image, run, read, [](int) {});
+    stars::ForFieldBlocks(image, run, read);
     frames_.Release(frame);
     return image;
 }

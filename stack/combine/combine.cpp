@@ -157,9 +157,9 @@ void BandCombiner::Combine(const Run& run, const char* text)
     const int strips = (width_ + columns - 1) / columns;
     const int count = static_cast<int>(frames_.size());
     Stage stage(run, text, strips * ((height + rows - 1) / rows * count + height));
-    const bool isMuch = static_cast<long long>(rows) * columns * count >= kFewSamples;
-    const int readers = isMuch ? std::min(run.Threads(), count) : 1;
-    const int writers = isMuch && MayShare(target_) ? std::min(run.Threads(), rows) : 1;
+    const int threads = ThreadsFor(static_cast<long long>(rows) * columns * count, run.Threads());
+    const int readers = std::min(threads, count);
+    const int writers = MayShare(target_) ? std::min(threads, rows) : 1;
     std::generate_n(std::back_inserter(benches_), writers, [this] { return Workbench(plan_); });
     for (int left = 0; left < width_; left += columns) {
         OpenStrip(left, std::min(left + columns, width_), rows);

@@ -4,6 +4,7 @@
 
 #include "corvane/core/memory_budget.h"
 #include "corvane/core/run.h"
+#include "corvane/core/walk.h"
 #include "corvane/geometry/rotate.h"
 #include "corvane/platform/memory_exception.h"
 #include "corvane/tone/invert.h"
@@ -102,6 +103,9 @@ TEST(PagedStore, WorksLikePlainMemoryAndGivesItBack)
         CImgInvert operation(paged);
         operation.Do(&paged, nullptr, 0);
         EXPECT_TRUE(paged.GetStore()->IsPaged() && operation.GetStore()->IsPaged() && !plain.GetStore()->IsPaged());
+        EXPECT_EQ(corvane::ThreadsOn(plain, {&inverted}, 7), 7);
+        EXPECT_EQ(corvane::ThreadsOn(plain, {&paged}, 7), 1); // they would wait for the disk
+        EXPECT_EQ(corvane::ThreadsOn(paged, {}, 7), 1);
         EXPECT_EQ(Samples(paged), Samples(plain));
         EXPECT_EQ(Samples(CStlImage(operation)), Samples(inverted));
         ASSERT_EQ(paged.ChangeSize(1001, 599), 1);
