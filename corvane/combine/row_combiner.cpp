@@ -11,6 +11,7 @@ namespace {
 template <class T>
 int Gather(const std::vector<CombineLine>& lines, int begin, int columns, const Block<T>& block, int* count)
 {
+    int has[kColumns] = {}; // lies in registers, as `count` cannot
     for (int i = 0; i < block.frames; ++i) {
         const double* const values = lines[i].values + begin;
         const int* const valid = lines[i].valid + begin;
@@ -18,10 +19,15 @@ int Gather(const std::vector<CombineLine>& lines, int begin, int columns, const 
         for (int k = 0; k < columns; ++k) {
             const double v = values[k];
             row[k] = static_cast<T>(v);
-            count[k] += (valid[k] != 0) & (v == v); // NOLINT(misc-redundant-expression): false for NaN alone
+            has[k] += (valid[k] != 0) & (v == v); // NOLINT(misc-redundant-expression): false for NaN alone
         }
     }
-    return *std::min_element(count, count + columns);
+    int least = block.frames;
+    for (int k = 0; k < columns; ++k) {
+        count[k] = has[k];
+        least = std::min(least, has[k]);
+    }
+    return least;
 }
 
 /// Makes the values that are missing infinite.
@@ -107,7 +113,9 @@ int RowCombiner::CombineBlocks(const Block<T>& block, int count, const CombinedR
     for (int begin = 0; begin < count; begin += kColumns) {
         const int columns = std::min(kColumns, count - begin);
         Pixels pixels;
-        const int least = Gather(lines_, begin, columns, block, pixels.count);
+        const int least = columns == kColumns // a number that the compiler knows
+                              ? Gather(lines_, begin, kColumns, block, pixels.count)
+                              : Gather(lines_, begin, columns, block, pixels.count);
         const bool isWhole = least == block.frames;
         if (!isWhole) {
             MarkMissing(lines_, begin, columns, block);
@@ -125,6 +133,10 @@ int RowCombiner::CombineBlocks(const Block<T>& block, int count, const CombinedR
 void RowCombiner::TakeStatistic(const Block<float>& block, bool isWhole, Pixels& pixels) const
 {
     block.Apply(isWhole ? whole_ : sorting_);
+    if (isWhole) {
+        std::copy_n(block.Row(block.frames / 2), kColumns, pixels.statistic);
+        return;
+    }
     for (int k = 0; k < kColumns; ++k) {
         pixels.statistic[k] = block.Row(pixels.count[k] / 2)[k];
     }
