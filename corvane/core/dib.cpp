@@ -95,6 +95,18 @@ private:
     std::vector<std::vector<unsigned char>> planes_;
 };
 
+/// Writes what the cells of the colours of a row hold.
+void WriteCells(const ByteRows& colours, const std::uint32_t* __restrict cells, int count,
+                unsigned char* __restrict row)
+{
+    const unsigned char* __restrict const red = colours.Plane(0);
+    const unsigned char* __restrict const green = colours.Plane(1);
+    const unsigned char* __restrict const blue = colours.Plane(2);
+    for (int x = 0; x < count; ++x) {
+        row[x] = static_cast<unsigned char>(cells[ColourCell(red[x], green[x], blue[x])]);
+    }
+}
+
 /// Calls write(bytes, y, row) for every row of the bitmap, on the workers, with room for the bytes of so many planes.
 template <class Write>
 void WriteDibRows(const CStlImage& image, BITMAPINFOHEADER* header, int planes, Write write)
@@ -210,8 +222,6 @@ void CStlImage::GetDib8Color(BITMAPINFOHEADER* header) const
     std::memcpy(ColourTable(header), palette.data(), sizeof palette);
     WriteDibRows(*this, header, 3, [&](ByteRows& colours, int y, unsigned char* row) {
         colours.Read(y);
-        for (int x = 0; x < GetWidth(); ++x) {
-            row[x] = static_cast<unsigned char>(cells[colours.Cell(x)]);
-        }
+        WriteCells(colours, cells.data(), GetWidth(), row);
     });
 }
