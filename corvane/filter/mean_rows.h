@@ -98,18 +98,23 @@ float ApplyToSums(Function function, double centre, double others, LaplacianOf l
 template <int kType, class Function>
 void MapInnerSums(const Band& band, int begin, int end, float* out, Function function)
 {
-    ForEachBlock(band, begin, end, kSumColumns, out, [&](int first, int count) {
+    const auto make = [&](int first, int count, float* __restrict target) {
         const BlockSums<kType> sums(band, first, count);
         const float* const up = band.Row(-1) + first;
         const float* const middle = band.Row(0) + first;
         const float* const down = band.Row(1) + first;
-        float* __restrict const target = out + first;
         for (int i = 0; i < count; ++i) {
             target[i] = ApplyToSums(function, middle[i], sums.Others(i), [=] {
                 return CrossLaplacian(middle[i], middle[i - 1], middle[i + 1], up[i], down[i]);
             });
         }
-    });
+    };
+    if constexpr (std::is_invocable_v<Function, double, double, double>) {
+        MakeBlocks<kSumColumns>(band, begin, end, out, make);
+    } else {
+        ForEachBlock(band, begin, end, kSumColumns, out,
+                     [&](int first, int count) { make(first, count, out + first); });
+    }
 }
 
 /// Writes function(centre, sum of the others) to out[x] for the columns from `left` to before `right`; a function of

@@ -21,20 +21,20 @@ template <int kType, std::size_t kRank>
 void InnerRankRow(const Band& band, int begin, int end, float* out)
 {
     constexpr bool kIsExtreme = kRank == 0 || kRank + 1 == Points(kType);
-    ForEachBlock(band, begin, end, kBlock, out, [&](int first, int count) {
-        const auto columns = [&] {
-            if constexpr (kIsExtreme) {
-                return RowColumns(band, first);
-            } else {
-                return BlockColumns<kType, kBlock>(band, first, count);
-            }
-        }();
-        float* __restrict const target = out + first;
+    const auto make = [](const auto& columns, int count, float* __restrict target) {
         for (int i = 0; i < count; ++i) {
             const auto [a, b] = Lists<kType>(columns, i);
             target[i] = RankOfBoth<kRank>(a, b);
         }
-    });
+    };
+    if constexpr (kIsExtreme) {
+        MakeBlocks<kBlock>(band, begin, end, out,
+                           [&](int first, int count, float* made) { make(RowColumns(band, first), count, made); });
+    } else {
+        ForEachBlock(band, begin, end, kBlock, out, [&](int first, int count) {
+            make(BlockColumns<kType, kBlock>(band, first, count), count, out + first);
+        });
+    }
 }
 
 /// The rows of all ranks of a small neighbourhood.
