@@ -9,6 +9,7 @@
 #include "cli/output.h"
 #include "cli/report.h"
 #include "cli/session.h"
+#include "corvane/core/error.h"
 #include "stack/stack.h"
 
 namespace corvane::cli {
@@ -16,9 +17,18 @@ namespace {
 
 int Register(const LightWords& words, const Session& session)
 {
-    const stack::Options options = OptionsOf(words);
+    const stack::Options asked = OptionsOf(words);
     CheckOutputs({}, InputsOf(words), {words.report});
-    const stack::Registration lights = stack::Register(options, RunOf(session));
+    const Run run = RunOf(session);
+    const stack::SortedNight night = SortedFrames(asked, {words.report}, run);
+    if (night.stacks.size() > 1) {
+        throw ParameterError("filter", "none",
+                             "there are lights of several, of which it takes one; the first is " +
+                                 night.stacks.front().filter);
+    }
+    const stack::Options& options = night.stacks.front().options;
+    CheckOutputs({}, stack::FilesOf(options), {words.report});
+    const stack::Registration lights = stack::Register(options, run);
     ThrowIfCancelled();
     if (!words.report.empty()) {
         WriteReport(words.report, lights);

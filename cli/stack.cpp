@@ -15,8 +15,11 @@
 #include "cli/picture.h"
 #include "cli/report.h"
 #include "cli/session.h"
+#include "cli/stack_plan.h"
+#include "cli/table.h"
 #include "io/frame.h"
 #include "stack/names.h"
+#include "stack/plan.h"
 
 namespace corvane::cli {
 namespace {
@@ -27,9 +30,24 @@ struct StackWords {
     std::string preview;
     std::string coverageMap;
     std::string rejectMap;
+    bool plan = false;
+    bool json = false;
+
+    /// What is written besides the stack; those of an empty name are not wanted.
+    std::vector<std::string> Others() const { return {preview, coverageMap, rejectMap, lights.report}; }
 };
 
-void CheckFiles(const StackWords& words)
+/// The words for one of several stacks, whose files are called after its filter, too.
+StackWords WordsFor(StackWords words, const std::string& filter)
+{
+    for (std::string* path :
+         {&words.output.path, &words.preview, &words.coverageMap, &words.rejectMap, &words.lights.report}) {
+        *path = NameFor(*path, filter);
+    }
+    return words;
+}
+
+void CheckFiles(const StackWords& words, const std::vector<std::string>& inputs)
 {
     io::CheckSave(words.output.path, words.output.save);
     if (!words.preview.empty()) {
@@ -40,8 +58,7 @@ void CheckFiles(const StackWords& words)
             io::CheckSave(map, {});
         }
     }
-    CheckOutputs(words.output, InputsOf(words.lights),
-                 {words.preview, words.coverageMap, words.rejectMap, words.lights.report});
+    CheckOutputs(words.output, inputs, words.Others());
 }
 
 // The picture's levels are its own: the stack is written the same with and without one.
@@ -136,10 +153,8 @@ std::string OutputsText(const StackWords& words)
     return text;
 }
 
-int Stack(const StackWords& words, const Session& session)
+void StackOne(const StackWords& words, stack::Options options, const Session& session)
 {
-    stack::Options options = OptionsOf(words.lights);
-    CheckFiles(words);
     options.wantsCoverage = !words.coverageMap.empty();
     options.wantsRejected = !words.rejectMap.empty();
     stack::Result result = stack::Stack(options, RunOf(session));
@@ -148,6 +163,38 @@ int Stack(const StackWords& words, const Session& session)
     if (!session.quiet) {
         std::cout << LightsText(options, result, session.verbose) << CombinedText(options, result)
                   << OutputsText(words);
+    }
+}
+
+int PrintPlan(const std::vector<PlannedStack>& stacks, const stack::SortedNight& night, bool asJson)
+{
+    std::cout << (asJson ? ToText(PlanJson(stacks, night)) : PlanText(stacks, night));
+    return kDone;
+}
+
+int Stack(const StackWords& words, const Session& session)
+{
+    const stack::Options asked = OptionsOf(words.lights);
+    CheckFiles(words, InputsOf(words.lights));
+    std::vector<std::string> outputs = words.Others();
+    outputs.push_back(words.output.path);
+    const Run run = RunOf(session);
+    const stack::SortedNight night = SortedFrames(asked, outputs, words.plan ? Run() : run); // a plan shows its notes
+    const bool areSeveral = night.stacks.size() > 1;
+    std::vector<StackWords> each;
+    std::vector<PlannedStack> planned;
+    for (const stack::SortedStack& stack : night.stacks) {
+        each.push_back(areSeveral ? WordsFor(words, stack.filter) : words);
+        CheckFiles(each.back(), stack::FilesOf(stack.options));
+        if (words.plan || areSeveral) { // all are checked before the first is made
+            planned.push_back({stack, each.back().output.path, stack::MakePlan(stack.options, {}).notes});
+        }
+    }
+    if (words.plan) {
+        return PrintPlan(planned, night, words.json);
+    }
+    for (std::size_t i = 0; i < each.size(); ++i) {
+        StackOne(each[i], night.stacks[i].options, session);
     }
     return kDone;
 }
@@ -162,6 +209,9 @@ void AddOutputs(CLI::App& command, StackWords& words)
         .add_option("--reject-map", words.rejectMap,
                     "Write how many values the clipping dropped, too: below, above, together")
         ->type_name("FILE");
+    CLI::Option* const plan =
+        command.add_flag("--plan", words.plan, "Print what would be done, and what is left out, and do nothing");
+    command.add_flag("--json", words.json, "Print that as JSON")->needs(plan);
     AddSaveOptions(command, words.output.save, kLongScaleName);
 }
 

@@ -79,7 +79,11 @@ void AddCells(const std::vector<std::string>& cells, bool areWords, std::vector<
     for (const std::string& cell : cells) {
         width = std::max(width, cell.size());
     }
+    const auto longest =
+        std::max_element(lines.begin(), lines.end(), [](const auto& a, const auto& b) { return a.size() < b.size(); });
+    const std::size_t begin = longest->size(); // words before may end anywhere
     for (std::size_t i = 0; i < lines.size(); ++i) {
+        lines[i].resize(cells[i].empty() ? lines[i].size() : begin, ' ');
         const std::string blanks(areWords ? 0 : width - cells[i].size(), ' ');
         lines[i] += cells[i].empty() ? "" : std::string("  ").append(blanks).append(cells[i]);
     }

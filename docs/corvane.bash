@@ -21,7 +21,7 @@ _corvane_words() {
     'stack --normalise') echo 'none offset scale both' ;;
     'stack --weight') echo 'none noise fwhm stars snr' ;;
     'stack --coverage') echo 'any all' ;;
-    'register options') echo '--help --verbose --quiet --threads --bias --dark --flat --flat-dark --pedestal --cosmetic --bayer --debayer --align --reference --scale --star --size --search --reject-fwhm --reject-stars --reject-background --report --memory' ;;
+    'register options') echo '--help --verbose --quiet --threads --bias --dark --flat --flat-dark --pedestal --cosmetic --bayer --filter --allow-mixed --debayer --align --reference --scale --star --size --search --reject-fwhm --reject-stars --reject-background --report --masters --memory' ;;
     'register --bayer') echo 'RGGB GRBG GBRG BGGR none' ;;
     'register --debayer') echo 'edge-aware bilinear' ;;
     'register --align') echo 'stars shift none' ;;

@@ -79,6 +79,10 @@ void AddFrameOptions(Group group, Request& request)
     group.Add("--dark-exposure", request.darkExposure, "Exposure of a dark [s]; 0: that of the lights")
         ->check(CLI::Range(0.0, 86400.0).description(""));
     group.Add("--flat-exposure", night.flatExposure, "Exposure of a flat [s]");
+    group.Add("--filter", night.filter, "Filter in the headers of lights and flats");
+    group.AddCount("--camera-gain", night.cameraGain, "Gain setting in the headers");
+    group.Add("--temperature", night.temperature, "Sensor temperature in the headers [degrees Celsius]");
+    group.AddCount("--day", night.day, "Days after 2024-03-09 in the headers");
 }
 
 void AddSensorOptions(Group group, NightSettings& night)

@@ -87,10 +87,14 @@ void SetTimes(const Times& times, const std::optional<double>& exposure, io::Hea
     }
 }
 
-/// The letters that a light brings along and those of the calibration done, each once.
-std::string CalibrationLetters(const Options& options, const std::string& before)
+/// The letters that a light brings along and those of the calibration that all lights had, each once.
+std::string CalibrationLetters(const std::vector<CalibrationSet>& sets, const std::string& before)
 {
-    const bool has[] = {!options.bias.empty(), !options.darks.empty(), !options.flats.empty()};
+    const auto haveAll = [&](std::vector<std::string> CalibrationSet::*kind) {
+        return std::none_of(sets.begin(), sets.end(), [&](const CalibrationSet& set) { return (set.*kind).empty(); });
+    };
+    const bool has[] = {haveAll(&CalibrationSet::bias), haveAll(&CalibrationSet::darks),
+                        haveAll(&CalibrationSet::flats)};
     std::string letters;
     for (int i = 0; i < 3; ++i) {
         const char letter = "BDF"[i];
@@ -108,7 +112,7 @@ std::string CalibrationLetters(const Options& options, const std::string& before
 
 void SetCalibration(const Options& options, io::Header& header)
 {
-    const std::string letters = CalibrationLetters(options, header.Text("CALSTAT").value_or(""));
+    const std::string letters = CalibrationLetters(SetsOf(options), header.Text("CALSTAT").value_or(""));
     if (!letters.empty()) {
         header.Set("CALSTAT", letters, "calibration: B bias, D dark, F flat");
     }
@@ -125,6 +129,29 @@ std::string FramesText(const char* kind, const std::vector<std::string>& files)
     }
     const std::string count = files.size() == 1 ? "" : "median of " + std::to_string(files.size()) + " from ";
     return std::string(" ") + kind + " " + count + files.front() + ";";
+}
+
+std::string SetText(const CalibrationSet& set)
+{
+    return FramesText("bias", set.bias) + FramesText("dark", set.darks) + FramesText("flat", set.flats) +
+           FramesText("flat-dark", set.flatDarks);
+}
+
+/// The calibration frames; of several sets, how many lights each has.
+std::string CalibrationText(const Options& options)
+{
+    const std::vector<CalibrationSet> sets = SetsOf(options);
+    if (sets.size() == 1) {
+        return SetText(sets.front());
+    }
+    std::string text;
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+        const auto lights = std::count(options.setOfLight.begin(), options.setOfLight.end(), i);
+        const std::string frames = SetText(sets[i]);
+        text.append(" ").append(std::to_string(lights)).append(lights == 1 ? " light with" : " lights with");
+        text += frames.empty() ? " none;" : frames;
+    }
+    return text;
 }
 
 std::string PlaceText(const PixelPlace& place)
@@ -196,7 +223,8 @@ std::string ParametersText(const Options& options, const Plan& plan, int used, c
     return "stack" + CombineText(options, used) + AlignText(options, result) + LimitsText(options) +
            MosaicText(options, plan) + " --normalise " + NameOf(kNormaliseNames, NormaliseOf(options)) + " --weight " +
            NameOf(kWeightNames, WeightOf(options)) + " --coverage " + NameOf(kCoverageNames, options.coverage) +
-           (options.cosmetic ? " --cosmetic" : "") + " --pedestal " + NumberText(options.pedestal);
+           (options.cosmetic ? " --cosmetic" : "") + (options.allowMixed ? " --allow-mixed" : "") + " --pedestal " +
+           NumberText(options.pedestal);
 }
 
 void AddHistory(const Options& options, const Plan& plan, int used, const Registration& result, io::Header& header)
@@ -205,8 +233,7 @@ void AddHistory(const Options& options, const Plan& plan, int used, const Regist
     header.AddHistory(ParametersText(options, plan, used, result));
     std::string text =
         "Corvane " CORVANE_VERSION ": " + std::to_string(used) + " of " + std::to_string(frames.size()) + " lights;";
-    text += FramesText("bias", options.bias) + FramesText("dark", options.darks) + FramesText("flat", options.flats) +
-            FramesText("flat-dark", options.flatDarks);
+    text += CalibrationText(options);
     text.pop_back();
     header.AddHistory(text);
     for (const FrameReport& frame : frames) {

@@ -54,7 +54,7 @@ Parameter ValueLimit(const char* name, const std::string& what)
 std::vector<Input> Frames()
 {
     return {
-        {.name = "light", .summary = "the frames of the night", .count = Count::Several},
+        {.name = "light", .summary = "the frames of the night, or folders that hold them", .count = Count::Several},
         {.name = "bias", .summary = "bias frames", .count = Count::Any},
         {.name = "dark", .summary = "dark frames; with bias frames they are scaled by exposure", .count = Count::Any},
         {.name = "flat", .summary = "flat fields", .count = Count::Any},
@@ -72,6 +72,11 @@ std::vector<Parameter> LightParameters()
              .summary = "filters of the first pixels, two rows of two; none keeps the filter mosaic",
              .choices = {"RGGB", "GRBG", "GBRG", "BGGR", kKeepMosaic},
              .whenAbsent = "by the header"},
+            {.name = "filter",
+             .kind = Kind::Text,
+             .summary = "take the lights of this filter alone",
+             .whenAbsent = "of folders, one stack for each"},
+            FlagParameter("allow-mixed", "take frames together that do not fit, with a warning", false),
             Choice("debayer", kDemosaicNames, usual.demosaic, "how colours are made of a filter mosaic"),
             Choice("align", kAlignNames, usual.align, "how lights are brought onto the reference"),
             {.name = "reference",
@@ -243,6 +248,8 @@ Options OptionsOf(const Files& files, const Arguments& arguments)
     SetCombining(arguments, options);
     options.pedestal = arguments.Number("pedestal");
     options.cosmetic = arguments.Flag("cosmetic");
+    options.filter = arguments.InWords("filter");
+    options.allowMixed = arguments.Flag("allow-mixed");
     options.rejectFwhm = NumberOf(arguments, "reject-fwhm");
     options.rejectStars = NumberOf(arguments, "reject-stars");
     options.rejectBackground = NumberOf(arguments, "reject-background");

@@ -25,20 +25,22 @@ void CheckRange(const char* parameter, int value, int min, int max)
 
 constexpr int kManyLights = 1000;
 
-/// One name for one file, whatever way leads there.
-std::string FileKey(const std::string& path)
-{
-    std::error_code ignored;
-    const auto key = std::filesystem::weakly_canonical(std::filesystem::absolute(path), ignored);
-    return key.empty() ? path : key.string();
-}
-
 void CheckRange(const char* parameter, const std::optional<double>& value, double max)
 {
     const bool isAllowed = !value || (*value >= 0.0 && *value <= max); // NaN is not
     if (!isAllowed) {
         throw ParameterError(parameter, NumberText(*value), "must be 0 to " + NumberText(max));
     }
+}
+
+/// True while it is not known which frames there are.
+bool NamesFolder(const Options& options)
+{
+    const auto isFolder = [](const std::string& name) {
+        std::error_code ignored;
+        return std::filesystem::is_directory(name, ignored);
+    };
+    return std::any_of(options.lights.begin(), options.lights.end(), isFolder);
 }
 
 void CheckReference(const Options& options)
@@ -98,6 +100,27 @@ void CheckCompany(const Options& options)
     }
 }
 
+/// Calibration frames that do nothing without others, and sets that are there for no light.
+void CheckSets(const Options& options)
+{
+    const std::vector<CalibrationSet> sets = SetsOf(options);
+    const auto hasDarks = [](const CalibrationSet& set) { return !set.darks.empty(); };
+    if (options.cosmetic && std::none_of(sets.begin(), sets.end(), hasDarks)) {
+        throw ParameterError("cosmetic", "alone", "it takes darks, which tell the hot pixels");
+    }
+    for (const CalibrationSet& set : sets) {
+        if (!set.flatDarks.empty() && set.flats.empty()) {
+            throw ParameterError("flat-dark", set.flatDarks.front(), "it takes flats, which these belong to");
+        }
+    }
+    const std::vector<std::size_t> setOf = SetOfEachLight(options);
+    const auto isThere = [&](std::size_t set) { return set < sets.size(); };
+    if (setOf.size() != options.lights.size() || !std::all_of(setOf.begin(), setOf.end(), isThere)) {
+        throw ParameterError("setOfLight", std::to_string(setOf.size()) + " numbers",
+                             "it takes the number of a set for each light");
+    }
+}
+
 void CheckListedOnce(const std::vector<std::string>& lights)
 {
     std::set<std::string> seen;
@@ -118,6 +141,34 @@ int ReferenceIndex(const Options& options)
     }
     const auto named = std::find(options.lights.begin(), options.lights.end(), options.referenceFile);
     return named == options.lights.end() ? -1 : static_cast<int>(named - options.lights.begin());
+}
+
+std::string FileKey(const std::string& path)
+{
+    std::error_code ignored;
+    const auto key = std::filesystem::weakly_canonical(std::filesystem::absolute(path), ignored);
+    return key.empty() ? path : key.string();
+}
+
+std::vector<CalibrationSet> SetsOf(const Options& options)
+{
+    return options.sets.empty() ? std::vector{static_cast<const CalibrationSet&>(options)} : options.sets;
+}
+
+std::vector<std::string> FilesOf(const Options& options)
+{
+    std::vector<std::string> files = options.lights;
+    for (const CalibrationSet& set : SetsOf(options)) {
+        for (const auto& kind : {set.bias, set.darks, set.flats, set.flatDarks}) {
+            files.insert(files.end(), kind.begin(), kind.end());
+        }
+    }
+    return files;
+}
+
+std::vector<std::size_t> SetOfEachLight(const Options& options)
+{
+    return options.sets.empty() ? std::vector<std::size_t>(options.lights.size()) : options.setOfLight;
 }
 
 NormaliseMethod NormaliseOf(const Options& options)
@@ -153,14 +204,11 @@ void CheckOptions(const Options& options)
     CheckRange("reject-fwhm", options.rejectFwhm, kMaxReject);
     CheckRange("reject-stars", options.rejectStars, kMaxReject);
     CheckRange("reject-background", options.rejectBackground, kMaxReject);
-    CheckReference(options);
     CheckCompany(options);
     CheckRejection(options);
-    if (options.cosmetic && options.darks.empty()) {
-        throw ParameterError("cosmetic", "alone", "it takes darks, which tell the hot pixels");
-    }
-    if (!options.flatDarks.empty() && options.flats.empty()) {
-        throw ParameterError("flat-dark", options.flatDarks.front(), "it takes flats, which these belong to");
+    if (!NamesFolder(options)) {
+        CheckReference(options);
+        CheckSets(options);
     }
     CheckListedOnce(options.lights);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -45,15 +46,25 @@ inline constexpr double kMaxReject = 1000.0; ///< largest limit of a measured qu
 inline constexpr int kMaxIterations = 100;   ///< most rounds of rejection
 /// @}
 
-/// What to stack and how. File names are as `io::OpenFrame` takes them.
-struct Options {
-    std::vector<std::string> lights; ///< one or more, all of one size
-    /// @name Calibration frames; several of a kind are combined by median, one is used as it is
+/// The calibration frames of lights. Several of a kind are combined by median, one is used as it is.
+struct CalibrationSet {
+    std::vector<std::string> bias{};
+    std::vector<std::string> darks{};
+    std::vector<std::string> flats{};
+    std::vector<std::string> flatDarks{};
+    bool flatsAreCalibrated = false; ///< the flats have lost their bias before: nothing is taken off them
+
+    friend bool operator==(const CalibrationSet&, const CalibrationSet&) = default;
+};
+
+/// What to stack and how. File names are as `io::OpenFrame` takes them. The calibration frames are those of all lights,
+/// unless `sets` has some for each.
+struct Options : CalibrationSet {
+    std::vector<std::string> lights{}; ///< one or more, all of one size
+    /// @name Lights of other exposures, filters or nights, each with calibration frames of its own
     /// @{
-    std::vector<std::string> bias;
-    std::vector<std::string> darks;
-    std::vector<std::string> flats;
-    std::vector<std::string> flatDarks;
+    std::vector<CalibrationSet> sets{};    ///< in place of the frames for all
+    std::vector<std::size_t> setOfLight{}; ///< index into `sets`, one for each light
     /// @}
     /// @name What is made of the values of a pixel
     /// @{
@@ -61,6 +72,12 @@ struct Options {
     std::optional<CombineBy> combine{};    ///< unset: the mean
     RejectOptions reject{};
     /// @}
+    /// @name What `SortFrames` is asked for, whose names may be those of folders
+    /// @{
+    std::string filter{};    ///< stack the lights of this filter alone; empty: see there
+    bool allowMixed = false; ///< take frames together that do not fit
+    /// @}
+    std::string mastersFolder{}; ///< where masters are kept, to be taken up again; empty: they are not; `MasterStore`
     /// @name Alignment
     /// @{
     AlignMethod align = AlignMethod::kStars;
@@ -96,6 +113,18 @@ struct Options {
 
 /// The light that the options name as the reference: its index; 0 when they name none, -1 when it is no light.
 int ReferenceIndex(const Options& options);
+
+/// The sets of calibration frames: those of `sets`, or the one that serves all lights.
+std::vector<CalibrationSet> SetsOf(const Options& options);
+
+/// All files that are read.
+CORVANE_VISIBLE std::vector<std::string> FilesOf(const Options& options);
+
+/// For each light, the index of its set among these.
+std::vector<std::size_t> SetOfEachLight(const Options& options);
+
+/// One name for one file, whatever way leads there.
+std::string FileKey(const std::string& path);
 
 /// How lights are normalised.
 NormaliseMethod NormaliseOf(const Options& options);

@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <numeric>
 
 #include "corvane/core/error.h"
 #include "corvane/core/text.h"
 #include "io/bayer.h"
 #include "io/metadata.h"
+#include "stack/calibrate/dark_current.h"
 #include "stack/row_order.h"
 
 namespace corvane::stack {
@@ -57,13 +60,15 @@ void CheckSizes(const Plan& plan)
 {
     CheckLights(plan.lights);
     const io::FrameReader& light = plan.lights.Reader(0);
-    CheckFit(plan.bias, "bias", light, "light");
-    CheckFit(plan.darks, "dark", light, "light");
-    CheckFit(plan.flats, "flat", light, "light");
-    if (!plan.flats.IsEmpty()) {
-        const bool hasOwnDark = !plan.flatDarks.IsEmpty();
-        CheckFit(hasOwnDark ? plan.flatDarks : plan.bias, hasOwnDark ? "flat-dark" : "bias", plan.flats.Reader(0),
-                 "flat");
+    for (const CalibrationFrames& set : plan.sets) {
+        CheckFit(*set.bias, "bias", light, "light");
+        CheckFit(*set.darks, "dark", light, "light");
+        CheckFit(*set.flats, "flat", light, "light");
+        if (!set.flats->IsEmpty()) {
+            const bool hasOwnDark = !set.flatDarks->IsEmpty();
+            CheckFit(hasOwnDark ? *set.flatDarks : *set.bias, hasOwnDark ? "flat-dark" : "bias", set.flats->Reader(0),
+                     "flat");
+        }
     }
 }
 
@@ -101,44 +106,99 @@ std::optional<double> DarkExposure(const FrameSet& darks)
     return common;
 }
 
-/// Checks that the darks suit every light, or can be scaled to it.
-void CheckExposures(const Plan& plan)
+std::optional<double> MeanTemperature(const FrameSet& frames)
 {
-    if (plan.darks.IsEmpty()) {
+    double sum = 0.0;
+    int count = 0;
+    for (int i = 0; i < frames.Count(); ++i) {
+        if (const auto temperature = io::CcdTemperature(frames.Info(i).header)) {
+            sum += *temperature;
+            ++count;
+        }
+    }
+    return count > 0 ? std::optional(sum / count) : std::nullopt;
+}
+
+/// Checks that a dark suits a light, or can be scaled to it.
+void CheckExposure(const Plan& plan, int light)
+{
+    const CalibrationFrames& set = plan.SetOf(light);
+    const std::optional<double>& exposure = plan.exposures[static_cast<std::size_t>(light)];
+    if (ExposuresMatch(exposure, set.darkExposure)) {
         return;
     }
-    CheckReadable(plan.lights);
-    CheckReadable(plan.darks);
+    const std::string difference =
+        "the light has " + NumberText(*exposure) + " s, but the darks have " + NumberText(*set.darkExposure) + " s";
+    if (set.bias->IsEmpty()) {
+        throw FileError(plan.lights.Path(light),
+                        difference + ": add bias frames to scale them, or darks of its exposure");
+    }
+    if (!(*set.darkExposure > 0.0)) {
+        throw FileError(plan.lights.Path(light), difference + ", which cannot be scaled");
+    }
+}
+
+void CheckExposures(Plan& plan)
+{
+    const auto hasDarks = [](const CalibrationFrames& set) { return !set.darks->IsEmpty(); };
+    if (std::any_of(plan.sets.begin(), plan.sets.end(), hasDarks)) {
+        CheckReadable(plan.lights);
+    }
+    for (CalibrationFrames& set : plan.sets) {
+        CheckReadable(*set.darks);
+        set.darkExposure = DarkExposure(*set.darks);
+        set.darkTemperature = MeanTemperature(*set.darks);
+    }
     for (int i = 0; i < plan.lights.Count(); ++i) {
-        if (ExposuresMatch(plan.exposures[i], plan.darkExposure)) {
-            continue;
+        CheckExposure(plan, i);
+    }
+}
+
+/// By what the dark of a light is multiplied. It takes bias frames, which do not grow with exposure or temperature.
+void FindDarkScales(Plan& plan)
+{
+    std::vector<int> warm(plan.sets.size());
+    for (int i = 0; i < plan.lights.Count(); ++i) {
+        const CalibrationFrames& set = plan.SetOf(i);
+        const std::optional<double>& exposure = plan.exposures[static_cast<std::size_t>(i)];
+        double scale = ExposuresMatch(exposure, set.darkExposure) ? 1.0 : *exposure / *set.darkExposure;
+        const auto temperature = io::CcdTemperature(plan.lights.Info(i).header);
+        if (!TemperaturesMatch(temperature, set.darkTemperature)) {
+            scale *= set.bias->IsEmpty() ? 1.0 : DarkCurrentRatio(*temperature, *set.darkTemperature);
+            ++warm[plan.setOf[static_cast<std::size_t>(i)]];
         }
-        const std::string difference = "the light has " + NumberText(*plan.exposures[i]) + " s, but the darks have " +
-                                       NumberText(*plan.darkExposure) + " s";
-        if (plan.bias.IsEmpty()) {
-            throw FileError(plan.lights.Path(i),
-                            difference + ": add bias frames to scale them, or darks of its exposure");
-        }
-        if (!(*plan.darkExposure > 0.0)) {
-            throw FileError(plan.lights.Path(i), difference + ", which cannot be scaled");
+        plan.darkScales.push_back(scale);
+    }
+    for (std::size_t s = 0; s < warm.size(); ++s) {
+        const CalibrationFrames& set = plan.sets[s];
+        if (warm[s] > 0) {
+            plan.notes.push_back("the darks have " + NumberText(*set.darkTemperature, 1) + " C, " +
+                                 std::to_string(warm[s]) + " of their lights differ by more than 2 K; " +
+                                 (set.bias->IsEmpty() ? "bias frames would let them be scaled"
+                                                      : "they are scaled by what dark current does on the average"));
         }
     }
 }
 
 void NoteUnknownExposures(Plan& plan)
 {
-    if (plan.darks.IsEmpty()) {
-        return;
-    }
-    if (!plan.darkExposure) {
-        plan.notes.emplace_back("the exposure of the darks is not known; they were taken as matching the lights");
-        return;
-    }
-    const auto unknown = std::count(plan.exposures.begin(), plan.exposures.end(), std::nullopt);
-    if (unknown > 0) {
-        plan.notes.push_back("the exposure of " + std::to_string(unknown) + " of " +
-                             std::to_string(plan.lights.Count()) +
-                             " lights is not known; the darks were taken as matching them");
+    for (std::size_t s = 0; s < plan.sets.size(); ++s) {
+        if (plan.sets[s].darks->IsEmpty()) {
+            continue;
+        }
+        if (!plan.sets[s].darkExposure) {
+            plan.notes.emplace_back("the exposure of the darks is not known; they were taken as matching the lights");
+            continue;
+        }
+        int unknown = 0;
+        for (std::size_t i = 0; i < plan.exposures.size(); ++i) {
+            unknown += plan.setOf[i] == s && !plan.exposures[i] ? 1 : 0;
+        }
+        if (unknown > 0) {
+            plan.notes.push_back("the exposure of " + std::to_string(unknown) + " of " +
+                                 std::to_string(std::count(plan.setOf.begin(), plan.setOf.end(), s)) +
+                                 " lights is not known; the darks were taken as matching them");
+        }
     }
 }
 
@@ -195,25 +255,65 @@ void NoteHintedPattern(const Options& options, Plan& plan)
     }
 }
 
-void Open(FrameSet& frames, const std::vector<std::string>& files, Stage& stage)
-{
-    for (const std::string& file : files) {
-        frames.Add(file);
-        stage.Step();
+using FilesOfKind = std::vector<std::string> CalibrationSet::*;
+
+/// The lists of files of one kind that sets have, each once.
+class SharedFrames {
+public:
+    SharedFrames(const std::vector<CalibrationSet>& sets, FilesOfKind kind) : kind_(kind)
+    {
+        for (const CalibrationSet& set : sets) {
+            opened_.emplace(set.*kind, std::make_shared<FrameSet>());
+        }
     }
-}
+    int Count() const
+    {
+        const auto add = [](int sum, const auto& list) { return sum + static_cast<int>(list.first.size()); };
+        return std::accumulate(opened_.begin(), opened_.end(), 0, add);
+    }
+    void Open(Stage& stage) const
+    {
+        for (const auto& [files, frames] : opened_) {
+            OpenAll(files, *frames, stage);
+        }
+    }
+    const std::shared_ptr<FrameSet>& Of(const CalibrationSet& set) const { return opened_.at(set.*kind_); }
+
+    static void OpenAll(const std::vector<std::string>& files, FrameSet& frames, Stage& stage)
+    {
+        for (const std::string& file : files) {
+            frames.Add(file);
+            stage.Step();
+        }
+    }
+
+private:
+    FilesOfKind kind_;
+    std::map<std::vector<std::string>, std::shared_ptr<FrameSet>> opened_;
+};
 
 Plan OpenFrames(const Options& options, const Run& run)
 {
-    const std::size_t total = options.lights.size() + options.bias.size() + options.darks.size() +
-                              options.flats.size() + options.flatDarks.size();
-    Stage stage(run, "Checking frames...", static_cast<int>(total));
+    const std::vector<CalibrationSet> sets = SetsOf(options);
+    const SharedFrames kinds[] = {{sets, &CalibrationSet::bias},
+                                  {sets, &CalibrationSet::darks},
+                                  {sets, &CalibrationSet::flats},
+                                  {sets, &CalibrationSet::flatDarks}};
+    int total = static_cast<int>(options.lights.size());
+    for (const SharedFrames& kind : kinds) {
+        total += kind.Count();
+    }
+    Stage stage(run, "Checking frames...", total);
     Plan plan;
-    Open(plan.lights, options.lights, stage);
-    Open(plan.bias, options.bias, stage);
-    Open(plan.darks, options.darks, stage);
-    Open(plan.flats, options.flats, stage);
-    Open(plan.flatDarks, options.flatDarks, stage);
+    SharedFrames::OpenAll(options.lights, plan.lights, stage);
+    for (const SharedFrames& kind : kinds) {
+        kind.Open(stage);
+    }
+    for (const CalibrationSet& set : sets) {
+        plan.sets.push_back(
+            {kinds[0].Of(set), kinds[1].Of(set), kinds[2].Of(set), kinds[3].Of(set), set.flatsAreCalibrated, {}, {}});
+    }
+    plan.setOf = SetOfEachLight(options);
     return plan;
 }
 
@@ -260,9 +360,9 @@ Plan MakePlan(const Options& options, const Run& run)
     for (int i = 0; i < plan.lights.Count(); ++i) {
         plan.exposures.push_back(io::ExposureSeconds(plan.lights.Info(i).header));
     }
-    plan.darkExposure = DarkExposure(plan.darks);
     CheckExposures(plan);
     NoteUnknownExposures(plan);
+    FindDarkScales(plan);
     FindPatterns(options, plan);
     NoteHintedPattern(options, plan);
     return plan;

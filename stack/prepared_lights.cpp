@@ -1,6 +1,8 @@
 #include "stack/prepared_lights.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
 #include <utility>
 
 #include "corvane/core/error.h"
@@ -16,14 +18,11 @@ namespace {
 
 constexpr int kMosaicStep = 2; // from a pixel to the next of its colour
 
-/// For each light, its exposure as a multiple of the darks' exposure; 1 where these match.
-std::vector<double> DarkScales(const Plan& plan)
+/// "flat_001.fits and 9 more"
+std::string FirstOf(const FrameSet& frames)
 {
-    std::vector<double> scales;
-    for (const auto& exposure : plan.exposures) {
-        scales.push_back(ExposuresMatch(exposure, plan.darkExposure) ? 1.0 : *exposure / *plan.darkExposure);
-    }
-    return scales;
+    const int more = frames.Count() - 1;
+    return frames.Path(0) + (more > 0 ? " and " + std::to_string(more) + " more" : "");
 }
 
 } // namespace
@@ -36,15 +35,11 @@ PreparedLights::PreparedLights(const Options& options, Registration& result, Sto
         result_.frames.push_back({light});
     }
     stopwatch_.End("check");
-    const Masters masters = MakeMasters(plan_, run);
-    if (masters.flatGaps > 0) {
-        const std::size_t more = options_.flats.size() - 1;
-        AddNote(options_.flats.front() + (more > 0 ? " and " + std::to_string(more) + " more" : "") +
-                ": undefined samples: " + std::to_string(masters.flatGaps) + "; each light is undefined there");
-    }
-    calibrated_.emplace(plan_.lights, masters, options_.pedestal, DarkScales(plan_));
+    const MasterSets masters{MakeMasters(plan_, MasterStore(options_.mastersFolder, run), run), plan_.setOf};
+    NoteFlatGaps(masters.sets);
+    calibrated_.emplace(plan_.lights, masters, options_.pedestal, plan_.darkScales);
     if (options_.cosmetic) {
-        MendHotPixels(masters);
+        MendHotPixels(masters.sets);
     }
     frames_.emplace(*calibrated_, plan_.patterns, options_.demosaic);
     stopwatch_.End("masters");
@@ -56,13 +51,32 @@ void PreparedLights::AddNote(const std::string& text)
     run_.TellNote(text);
 }
 
-void PreparedLights::MendHotPixels(const Masters& masters)
+void PreparedLights::NoteFlatGaps(const std::vector<Masters>& sets)
 {
-    HotPixels pixels(*masters.dark, plan_.isMosaic ? kMosaicStep : 1);
-    if (!pixels.Fault().empty()) {
-        throw FileError(options_.darks.front(), pixels.Fault());
+    std::set<const CStlImage*> told;
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+        if (sets[i].flatGaps > 0 && told.insert(sets[i].flat.get()).second) {
+            AddNote(FirstOf(*plan_.sets[i].flats) + ": undefined samples: " + std::to_string(sets[i].flatGaps) +
+                    "; each light is undefined there");
+        }
     }
-    AddNote("hot pixels that were mended: " + std::to_string(pixels.Count()));
+}
+
+void PreparedLights::MendHotPixels(const std::vector<Masters>& sets)
+{
+    std::map<const CStlImage*, HotPixels> found{{nullptr, {}}};
+    std::vector<HotPixels> pixels;
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+        const CStlImage* const dark = sets[i].dark.get();
+        if (found.count(dark) == 0) {
+            const HotPixels& hot = found.try_emplace(dark, *dark, plan_.isMosaic ? kMosaicStep : 1).first->second;
+            if (!hot.Fault().empty()) {
+                throw FileError(plan_.sets[i].darks->Path(0), hot.Fault());
+            }
+            AddNote("hot pixels that were mended: " + std::to_string(hot.Count()));
+        }
+        pixels.push_back(found[dark]);
+    }
     calibrated_->MendHotPixels(std::move(pixels));
 }
 

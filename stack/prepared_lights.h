@@ -32,7 +32,8 @@ public:
 
 private:
     void AddNote(const std::string& text);
-    void MendHotPixels(const Masters& masters);
+    void NoteFlatGaps(const std::vector<Masters>& sets);
+    void MendHotPixels(const std::vector<Masters>& sets);
     std::vector<Normalisation> NormalisationsOf(std::size_t light) const;
     void SetWeights();
 

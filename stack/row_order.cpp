@@ -1,7 +1,8 @@
 #include "stack/row_order.h"
 
-#include <array>
+#include <algorithm>
 #include <string>
+#include <vector>
 
 #include "io/metadata.h"
 #include "io/row_order.h"
@@ -10,7 +11,21 @@ namespace corvane::stack {
 
 namespace {
 
-using Kinds = std::array<FrameSet*, 5>;
+using Kinds = std::vector<FrameSet*>;
+
+/// The frames of each kind, those that sets share once.
+Kinds KindsOf(Plan& plan)
+{
+    Kinds kinds{&plan.lights};
+    for (const CalibrationFrames& set : plan.sets) {
+        for (const auto& frames : {set.bias, set.darks, set.flats, set.flatDarks}) {
+            if (std::find(kinds.begin(), kinds.end(), frames.get()) == kinds.end()) {
+                kinds.push_back(frames.get());
+            }
+        }
+    }
+    return kinds;
+}
 
 bool StatesOrder(const io::FrameReader& frame)
 {
@@ -52,7 +67,7 @@ int Turn(const io::Header& model, FrameSet& frames, std::string& first)
 
 void BringToOneOrder(const Options& options, Plan& plan)
 {
-    const Kinds kinds{&plan.lights, &plan.bias, &plan.darks, &plan.flats, &plan.flatDarks};
+    const Kinds kinds = KindsOf(plan);
     const io::FrameReader* const model = FindModel(options, plan, kinds);
     for (std::size_t i = 0; i < kinds.size() && model != nullptr; ++i) {
         std::string first;

@@ -7,14 +7,15 @@ namespace corvane::night {
 io::Header FrameHeader(const NightSettings& settings, const char* type, double exposure, double time)
 {
     constexpr double kFirstLight = 1710014400.0; // 2024-03-09T20:00:00
+    constexpr double kDay = 86400.0;
     io::Header header;
     header.Set("INSTRUME", "Corvane generator");
     header.Set("IMAGETYP", type, "kind of frame");
-    header.Set("DATE-OBS", io::FormatTime(kFirstLight + time), "start of exposure (UTC)");
+    header.Set("DATE-OBS", io::FormatTime(kFirstLight + settings.day * kDay + time), "start of exposure (UTC)");
     header.Set("EXPTIME", exposure, "[s] exposure time");
     header.Set("CCD-TEMP", settings.temperature, "[degC] sensor temperature");
     header.Set("SET-TEMP", settings.temperature, "[degC] sensor temperature aimed at");
-    header.Set("GAIN", 100, "gain setting");
+    header.Set("GAIN", settings.cameraGain, "gain setting");
     header.Set("EGAIN", settings.gain, "[electron] electrons per count");
     header.Set("XPIXSZ", 3.76, "[um] pixel width");
     header.Set("YPIXSZ", 3.76, "[um] pixel height");
@@ -33,7 +34,7 @@ io::Header FrameHeader(const NightSettings& settings, const char* type, double e
 void AddFilterCard(const NightSettings& settings, io::Header& header)
 {
     if (settings.bayer.empty()) {
-        header.Set("FILTER", "L");
+        header.Set("FILTER", settings.filter);
     }
 }
 

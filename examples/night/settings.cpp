@@ -61,6 +61,8 @@ const NightSettings& Checked(const NightSettings& s)
         {"hot pixels", s.hotPixels, 0, 1},
         {"hot current", s.hotCurrent, 0, 100000},
         {"temperature", s.temperature, -100, 100},
+        {"camera gain", static_cast<double>(s.cameraGain), 0, 100000},
+        {"day", static_cast<double>(s.day), 0, 10000},
         {"pixel response spread", s.pixelResponseSpread, 0, 0.2},
         {"vignetting", s.vignetting, 0, 0.9},
         {"dust shadows", static_cast<double>(s.dustShadows), 0, 1000},

@@ -24,6 +24,13 @@ struct NightSettings {
     double exposure = 60.0;    ///< of a light [s, 0..86400]
     double flatExposure = 2.0; ///< of a flat [s, 0..86400]
 
+    /// @name Only written to headers
+    /// @{
+    std::string filter = "L"; ///< of lights and flats, for a sensor without filters of its own
+    int cameraGain = 100;     ///< the camera's setting [0..100000]
+    int day = 0;              ///< when the night is, counted from 2024-03-09 [0..10000]
+    /// @}
+
     /// @name Sensor and converter
     /// @{
     int bits = 16;                     ///< of the converter, which saturates [8..16]

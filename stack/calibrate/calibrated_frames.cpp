@@ -11,15 +11,23 @@ constexpr int kRowsAtOnce = 64; // stay in a near cache from reading to the last
 
 } // namespace
 
-CalibratedFrames::CalibratedFrames(FrameSet& frames, Masters masters, double pedestal,
+CalibratedFrames::CalibratedFrames(FrameSet& frames, MasterSets masters, double pedestal,
                                    const std::vector<double>& darkScales)
-    : frames_(frames), masters_(std::move(masters)), pedestal_(pedestal)
+    : frames_(frames), masters_(std::move(masters)), pedestal_(pedestal), hotPixels_(masters_.sets.size())
 {
     for (int i = 0; i < frames.Count(); ++i) {
         CImage record;
         frames.Describe(i, record);
-        calibrations_.push_back(PrepareFrame(record, masters_, pedestal, darkScales[i]));
+        calibrations_.push_back(PrepareFrame(record, masters_.sets[masters_.IndexFor(i)], pedestal, darkScales[i]));
     }
+}
+
+bool CalibratedFrames::AreRaw() const
+{
+    const auto isEmpty = [](const Masters& masters) { return masters.IsEmpty(); };
+    const auto hasNone = [](const HotPixels& pixels) { return pixels.Count() == 0; };
+    return pedestal_ == 0.0 && std::all_of(masters_.sets.begin(), masters_.sets.end(), isEmpty) &&
+           std::all_of(hotPixels_.begin(), hotPixels_.end(), hasNone);
 }
 
 FrameFacts CalibratedFrames::Facts(int frame) const
@@ -34,7 +42,7 @@ void CalibratedFrames::ReadPart(int frame, int firstRow, int rowCount, float* sa
     for (int row = 0; row < rowCount; row += kRowsAtOnce) {
         const int rows = std::min(kRowsAtOnce, rowCount - row);
         float* const part = samples + static_cast<std::ptrdiff_t>(row) * Facts(frame).width;
-        if (hotPixels_.Count() == 0) {
+        if (HotPixelsOf(frame).Count() == 0) {
             ReadCalibrated(frame, firstRow + row, rows, part, planeStride);
         } else {
             ReadMended(frame, firstRow + row, rows, part, planeStride, buffer);
@@ -47,14 +55,15 @@ void CalibratedFrames::ReadMended(int frame, int firstRow, int rowCount, float* 
                                   std::vector<float>& buffer)
 {
     const FrameFacts info = Facts(frame);
-    const int first = std::max(firstRow - hotPixels_.Margin(), 0);
-    const int end = std::min(firstRow + rowCount + hotPixels_.Margin(), info.height);
+    const HotPixels& hotPixels = HotPixelsOf(frame);
+    const int first = std::max(firstRow - hotPixels.Margin(), 0);
+    const int end = std::min(firstRow + rowCount + hotPixels.Margin(), info.height);
     const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(end - first) * info.width;
     buffer.resize(static_cast<std::size_t>(stride) * info.planes);
     ReadCalibrated(frame, first, end - first, buffer.data(), stride);
     for (int plane = 0; plane < info.planes; ++plane) {
         float* const rows = buffer.data() + plane * stride;
-        hotPixels_.Clean({rows, info.width, first, end - first}, firstRow, firstRow + rowCount, plane, info.IsBlank());
+        hotPixels.Clean({rows, info.width, first, end - first}, firstRow, firstRow + rowCount, plane, info.IsBlank());
         std::copy_n(rows + static_cast<std::ptrdiff_t>(firstRow - first) * info.width,
                     static_cast<std::ptrdiff_t>(rowCount) * info.width, samples + plane * planeStride);
     }
@@ -65,8 +74,8 @@ void CalibratedFrames::ReadCalibrated(int frame, int firstRow, int rowCount, flo
     frames_.Read(frame, firstRow, rowCount, samples, planeStride);
     const io::FrameInfo& info = frames_.Info(frame);
     for (int plane = 0; plane < info.planes; ++plane) {
-        CalibrateRows(calibrations_[frame], masters_, plane, firstRow, rowCount, info.width,
-                      samples + plane * planeStride);
+        CalibrateRows(calibrations_[frame], masters_.sets[masters_.IndexFor(frame)], plane, firstRow, rowCount,
+                      info.width, samples + plane * planeStride);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -10,17 +11,25 @@
 
 namespace corvane::stack {
 
+/// The masters of frames that need not all have the same.
+struct MasterSets {
+    std::vector<Masters> sets;        ///< one or more
+    std::vector<std::size_t> setOf{}; ///< for each frame, its masters; empty: all have the first
+
+    std::size_t IndexFor(int frame) const { return setOf.empty() ? 0 : setOf[static_cast<std::size_t>(frame)]; }
+};
+
 /// Frames on disk as they are after calibration.
 class CalibratedFrames : public FrameSource {
 public:
     /// Prepares every frame of the set, which must outlive this. There is one dark scale for each frame.
-    CalibratedFrames(FrameSet& frames, Masters masters, double pedestal, const std::vector<double>& darkScales);
+    CalibratedFrames(FrameSet& frames, MasterSets masters, double pedestal, const std::vector<double>& darkScales);
 
-    /// From now on rows are read with these pixels mended after calibration; a dark of the frames' size told them.
-    void MendHotPixels(HotPixels pixels) { hotPixels_ = std::move(pixels); }
+    /// From now on rows are read with these pixels mended after calibration, which the darks of each set of masters told.
+    void MendHotPixels(std::vector<HotPixels> pixels) { hotPixels_ = std::move(pixels); }
 
     /// True when frames are read as their files have them.
-    bool AreRaw() const { return masters_.IsEmpty() && pedestal_ == 0.0 && hotPixels_.Count() == 0; }
+    bool AreRaw() const;
 
     const FrameSet& Stored() const { return frames_; } ///< As they are in their files.
 
@@ -40,11 +49,13 @@ private:
     void ReadMended(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride,
                     std::vector<float>& buffer);
 
+    const HotPixels& HotPixelsOf(int frame) const { return hotPixels_[masters_.IndexFor(frame)]; }
+
     FrameSet& frames_;
-    Masters masters_;
+    MasterSets masters_;
     double pedestal_;
     std::vector<FrameCalibration> calibrations_;
-    HotPixels hotPixels_;
+    std::vector<HotPixels> hotPixels_; ///< of each set of masters
 };
 
 } // namespace corvane::stack

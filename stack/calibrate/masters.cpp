@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "corvane/core/error.h"
@@ -23,7 +25,7 @@ class MasterSource : public FrameSource {
 public:
     /// `dark` is taken off each frame; none when it holds nothing.
     MasterSource(FrameSet& frames, const Masters& dark)
-        : set_(frames), frames_(frames, dark, 0.0, std::vector<double>(frames.Count(), 1.0)),
+        : set_(frames), frames_(frames, {{dark}}, 0.0, std::vector<double>(frames.Count(), 1.0)),
           gains_(frames.Count(), 1.0)
     {}
 
@@ -131,29 +133,70 @@ void RequireSamples(const CStlImage& master, const FrameSet& frames, const std::
     throw FileError(frames.Path(0), "the " + kind + " has no sample that is defined");
 }
 
-/// A master of frames that are used as they are; `kind` is what a user calls them.
-std::shared_ptr<const CStlImage> MakePlain(FrameSet& frames, const std::string& kind, const Run& run)
+/// Makes masters, those that several sets share once.
+class MasterMaker {
+public:
+    MasterMaker(const MasterStore& store, const Run& run) : store_(store), run_(run) {}
+
+    /// A master of frames that are used as they are; `kind` is what a user calls them.
+    std::shared_ptr<const CStlImage> Plain(FrameSet& frames, const std::string& kind);
+    /// Sets the master flat of frames from which those of the kind `takenOff` are taken off; null for none.
+    void SetFlat(FrameSet& flats, FrameSet* takenOff, const std::string& kind, Masters& masters);
+
+private:
+    using Origin = std::pair<const FrameSet*, const FrameSet*>;
+
+    Masters MakeFlat(FrameSet& flats, FrameSet* takenOff, const std::string& kind);
+
+    const MasterStore& store_;
+    const Run& run_;
+    std::map<const FrameSet*, std::shared_ptr<const CStlImage>> plain_;
+    std::map<Origin, Masters> flats_; ///< each with nothing but its flat
+};
+
+std::shared_ptr<const CStlImage> MasterMaker::Plain(FrameSet& frames, const std::string& kind)
 {
-    if (frames.IsEmpty()) {
-        return nullptr;
+    std::shared_ptr<const CStlImage>& master = plain_[&frames];
+    if (master == nullptr && !frames.IsEmpty()) {
+        const MasterRecipe recipe{kind, frames};
+        master = store_.Find(recipe);
+        if (master == nullptr) {
+            const std::string text = "Combining " + kind + (kind == "bias" ? " frames..." : "s...");
+            master = MasterSource(frames, Masters()).Combine(Coverage::kAll, text.c_str(), run_);
+            RequireSamples(*master, frames, kind);
+            store_.Keep(recipe, *master);
+        }
     }
-    const std::string text = "Combining " + kind + (kind == "bias" ? " frames..." : "s...");
-    const auto master = MasterSource(frames, Masters()).Combine(Coverage::kAll, text.c_str(), run);
-    RequireSamples(*master, frames, kind);
     return master;
 }
 
-/// The master flat, from which `dark` was taken off.
-void MakeFlat(FrameSet& flats, std::shared_ptr<const CStlImage> dark, const Run& run, Masters& masters)
+void MasterMaker::SetFlat(FrameSet& flats, FrameSet* takenOff, const std::string& kind, Masters& masters)
 {
-    Masters forFlats;
-    forFlats.dark = std::move(dark);
-    MasterSource source(flats, forFlats);
-    if (flats.Count() > 1) {
-        source.LevelToFirst(run);
+    const auto [made, isNew] = flats_.try_emplace({&flats, takenOff});
+    if (isNew) {
+        made->second = MakeFlat(flats, takenOff, kind);
     }
-    const std::shared_ptr<CStlImage> flat = source.Combine(Coverage::kAny, "Combining flats...", run);
-    RequireSamples(*flat, flats, "flat");
+    masters.flat = made->second.flat;
+    masters.flatMean = made->second.flatMean;
+    masters.flatGaps = made->second.flatGaps;
+}
+
+Masters MasterMaker::MakeFlat(FrameSet& flats, FrameSet* takenOff, const std::string& kind)
+{
+    const MasterRecipe recipe{"flat", flats, takenOff, kind};
+    std::shared_ptr<CStlImage> flat = store_.Find(recipe);
+    if (flat == nullptr) {
+        Masters forFlats;
+        forFlats.dark = takenOff == nullptr ? nullptr : Plain(*takenOff, kind);
+        MasterSource source(flats, forFlats);
+        if (flats.Count() > 1) {
+            source.LevelToFirst(run_);
+        }
+        flat = source.Combine(Coverage::kAny, "Combining flats...", run_);
+        RequireSamples(*flat, flats, "flat");
+        store_.Keep(recipe, *flat);
+    }
+    Masters masters;
     masters.flatGaps = MarkGaps(*flat);
     masters.flatMean = masters.flatGaps == 0 ? flat->GetAvrGrayRaw(0) : MeanBesideGaps(*flat, 0);
     masters.flat = flat;
@@ -161,6 +204,7 @@ void MakeFlat(FrameSet& flats, std::shared_ptr<const CStlImage> dark, const Run&
     if (!isUsable) {
         throw FileError(flats.Path(0), "the flat cannot be used: its mean is not a number above 0");
     }
+    return masters;
 }
 
 } // namespace
@@ -178,16 +222,22 @@ int CommonBlank(const FrameSet& frames)
     return blank != 0 ? blank : std::numeric_limits<int>::min();
 }
 
-Masters MakeMasters(Plan& plan, const Run& run)
+std::vector<Masters> MakeMasters(Plan& plan, const MasterStore& store, const Run& run)
 {
-    Masters masters;
-    masters.bias = MakePlain(plan.bias, "bias", run);
-    masters.dark = MakePlain(plan.darks, "dark", run);
-    if (!plan.flats.IsEmpty()) {
-        const auto flatDark = MakePlain(plan.flatDarks, "flat-dark", run);
-        MakeFlat(plan.flats, flatDark != nullptr ? flatDark : masters.bias, run, masters);
+    MasterMaker maker(store, run);
+    std::vector<Masters> sets;
+    for (const CalibrationFrames& frames : plan.sets) {
+        Masters& masters = sets.emplace_back();
+        masters.bias = maker.Plain(*frames.bias, "bias");
+        masters.dark = maker.Plain(*frames.darks, "dark");
+        if (!frames.flats->IsEmpty()) {
+            const bool hasOwnDark = !frames.flatDarks->IsEmpty();
+            FrameSet* const bias = frames.flatsAreCalibrated || frames.bias->IsEmpty() ? nullptr : frames.bias.get();
+            maker.SetFlat(*frames.flats, hasOwnDark ? frames.flatDarks.get() : bias, hasOwnDark ? "flat-dark" : "bias",
+                          masters);
+        }
     }
-    return masters;
+    return sets;
 }
 
 } // namespace corvane::stack

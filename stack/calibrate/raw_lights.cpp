@@ -5,7 +5,7 @@
 namespace corvane::stack {
 
 RawLights::RawLights(FrameSet& lights)
-    : lights_(lights), uncalibrated_(lights, Masters(), 0.0, std::vector<double>(lights.Count(), 1.0))
+    : lights_(lights), uncalibrated_(lights, {{Masters()}}, 0.0, std::vector<double>(lights.Count(), 1.0))
 {}
 
 CStlImage RawLights::Read(int light, const Run& run)

@@ -20,7 +20,7 @@ COMP_WORDBREAKS=$' \t\n"'"'"'><=;|&(:'
 completes 'corvane re' render register
 completes 'corvane --vers' --version
 completes 'corvane apply a.fits --bits-scale u' unit
-completes 'corvane stack a.fits --al' --align
+completes 'corvane stack a.fits --ali' --align
 completes 'corvane stack a.fits --align s' stars shift
 completes 'corvane -q mosaic a b --mode l' lighter
 completes 'corvane apply a.fits -o out.f'
