@@ -10,6 +10,7 @@
 #include "corvane/core/error.h"
 #include "corvane/core/text.h"
 #include "io/output_file.h"
+#include "stack/names.h"
 
 namespace corvane::cli {
 namespace {
@@ -20,19 +21,38 @@ using catalogue::Table;
 
 constexpr std::array kEndings{".json", ".csv", ".html"};
 
+std::string TransformOf(const stack::FrameReport& light)
+{
+    return stack::NameOf(stack::kTransformNames, std::optional(light.model));
+}
+
 Table TableOf(const stack::Registration& lights)
 {
     Table table;
-    table.columns = {{"file", kWords}, {"used", kWords},  {"reference", kWords}, {"dx", 3},
-                     {"dy", 3},        {"angle", 4},      {"scale", 6},          {"residual", 3},
-                     {"matched", 0},   {"stars", 0},      {"fwhm", 3},           {"background"},
-                     {"noise"},        {"flux_ratio", 4}, {"weight", 4},         {"reason", kWords}};
+    table.columns = {{"file", kWords},
+                     {"used", kWords},
+                     {"reference", kWords},
+                     {"dx", 3},
+                     {"dy", 3},
+                     {"angle", 4},
+                     {"scale", 6},
+                     {"residual", 3},
+                     {"matched", 0},
+                     {"stars", 0},
+                     {"fwhm", 3},
+                     {"background"},
+                     {"noise"},
+                     {"flux_ratio", 4},
+                     {"weight", 4},
+                     {"reason", kWords},
+                     {"transform", kWords}};
     for (std::size_t i = 0; i < lights.frames.size(); ++i) {
         const stack::FrameReport& light = lights.frames[i];
         table.rows.push_back({light.file, light.used, static_cast<int>(i) == lights.referenceLight, light.dx, light.dy,
                               light.angle, light.scale, light.residual, static_cast<double>(light.matched),
                               static_cast<double>(light.stars), light.fwhm, light.background, light.noise,
-                              light.fluxRatio ? Cell(*light.fluxRatio) : Cell(), light.weight, light.reason});
+                              light.fluxRatio ? Cell(*light.fluxRatio) : Cell(), light.weight, light.reason,
+                              TransformOf(light)});
     }
     return table;
 }
@@ -62,6 +82,7 @@ std::string PlaceText(const stack::Options& options, const stack::FrameReport& l
     std::string text = "shift" + Formatted(" %+8.2f", light.dx) + Formatted(" %+8.2f", light.dy);
     if (options.align == stack::AlignMethod::kStars) {
         text += "  turn" + Formatted(" %+9.4f", light.angle);
+        text += light.map ? "  " + TransformOf(light) + Formatted(" %.3f", light.residual) : "";
         text += light.scale == 1.0 ? "" : "  scale" + Formatted(" %.6f", light.scale);
         text += "  FWHM" + Formatted(" %5.2f", light.fwhm) + "  stars " + std::to_string(light.matched);
     }

@@ -8,6 +8,7 @@
 
 #include "cli/svg.h"
 #include "corvane/core/text.h"
+#include "stack/names.h"
 
 namespace corvane::cli {
 namespace {
@@ -161,6 +162,7 @@ std::string Row(const stack::Registration& lights, std::size_t i)
                                          std::pair(light.scale, 5), std::pair(light.residual, 3)}) {
         row += TableCell(light.used ? NumberText(number, digits) : "");
     }
+    row += TableCell(light.used ? stack::NameOf(stack::kTransformNames, std::optional(light.model)) : "");
     row += TableCell(std::to_string(light.matched)) + TableCell(std::to_string(light.stars)) +
            TableCell(NumberText(light.fwhm, 2)) + TableCell(NumberText(light.background, 1)) +
            TableCell(NumberText(light.noise, 2)) + TableCell(light.fluxRatio ? NumberText(*light.fluxRatio, 3) : "") +
@@ -171,8 +173,8 @@ std::string Row(const stack::Registration& lights, std::size_t i)
 std::string TableText(const stack::Registration& lights)
 {
     std::string text = "<table>\n<tr>";
-    for (const char* name : {"", "light", "dx", "dy", "turn [degrees]", "scale", "residual", "matched", "stars", "FWHM",
-                             "background", "noise", "flux", "weight", ""}) {
+    for (const char* name : {"", "light", "dx", "dy", "turn [degrees]", "scale", "residual", "transform", "matched",
+                             "stars", "FWHM", "background", "noise", "flux", "weight", ""}) {
         text += std::string("<th>") + name + "</th>";
     }
     text += "</tr>\n";

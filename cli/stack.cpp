@@ -4,6 +4,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,9 +18,12 @@
 #include "cli/session.h"
 #include "cli/stack_plan.h"
 #include "cli/table.h"
+#include "corvane/core/error.h"
 #include "io/frame.h"
+#include "stack/follow.h"
 #include "stack/names.h"
 #include "stack/plan.h"
+#include "stack/registered.h"
 
 namespace corvane::cli {
 namespace {
@@ -30,11 +34,21 @@ struct StackWords {
     std::string preview;
     std::string coverageMap;
     std::string rejectMap;
+    std::string registered;
+    std::vector<std::string> follow;
+    bool wantsBoth = false;
     bool plan = false;
     bool json = false;
 
+    /// "m31_stars.fits" beside "m31.fits"; empty when it is not wanted.
+    std::string Stars() const
+    {
+        const std::filesystem::path path(output.path);
+        const std::string name = path.stem().string() + "_stars" + path.extension().string();
+        return wantsBoth ? (path.parent_path() / name).string() : "";
+    }
     /// What is written besides the stack; those of an empty name are not wanted.
-    std::vector<std::string> Others() const { return {preview, coverageMap, rejectMap, lights.report}; }
+    std::vector<std::string> Others() const { return {preview, coverageMap, rejectMap, lights.report, Stars()}; }
 };
 
 /// The words for one of several stacks, whose files are called after its filter, too.
@@ -47,7 +61,23 @@ StackWords WordsFor(StackWords words, const std::string& filter)
     return words;
 }
 
-void CheckFiles(const StackWords& words, const std::vector<std::string>& inputs)
+/// What the words ask for.
+stack::Options AskedOptions(const StackWords& words)
+{
+    stack::Options options = OptionsOf(words.lights);
+    options.wantsCoverage = !words.coverageMap.empty();
+    options.wantsRejected = !words.rejectMap.empty();
+    options.registered = words.registered;
+    options.wantsBoth = words.wantsBoth;
+    for (const std::string& place : words.follow) {
+        options.follow.push_back(stack::ReadFollowedPlace(place));
+    }
+    stack::CheckOptions(options);
+    return options;
+}
+
+void CheckFiles(const StackWords& words, const std::vector<std::string>& inputs,
+                const std::vector<std::string>& registered)
 {
     io::CheckSave(words.output.path, words.output.save);
     if (!words.preview.empty()) {
@@ -58,7 +88,9 @@ void CheckFiles(const StackWords& words, const std::vector<std::string>& inputs)
             io::CheckSave(map, {});
         }
     }
-    CheckOutputs(words.output, inputs, words.Others());
+    std::vector<std::string> others = words.Others();
+    others.insert(others.end(), registered.begin(), registered.end());
+    CheckOutputs(words.output, inputs, others);
 }
 
 // The picture's levels are its own: the stack is written the same with and without one.
@@ -105,12 +137,18 @@ void SaveCounts(const std::string& path, const CStlImage& counts, const char* un
 }
 
 // The stack comes last, so that everything else can be taken back when it cannot be written.
-void SaveAll(const StackWords& words, stack::Result& result)
+void SaveAll(const StackWords& words, const stack::Options& options, stack::Result& result)
 {
     io::Frame frame;
     frame.image.Swap(&result.image);
     frame.header = result.header;
     Provisional others;
+    const std::vector<std::string> registered = stack::RegisteredFiles(options);
+    for (std::size_t i = 0; i < registered.size(); ++i) {
+        if (result.frames[i].used) {
+            others.Add(registered[i]);
+        }
+    }
     if (!words.preview.empty()) {
         SavePreview(words.preview, frame);
         others.Add(words.preview);
@@ -126,6 +164,10 @@ void SaveAll(const StackWords& words, stack::Result& result)
     if (!words.lights.report.empty()) {
         WriteReport(words.lights.report, result);
         others.Add(words.lights.report);
+    }
+    if (words.wantsBoth) {
+        io::Save(words.Stars(), result.stars, result.starsHeader, words.output.save);
+        others.Add(words.Stars());
     }
     io::Save(words.output.path, frame.image, result.header, words.output.save);
     others.Keep();
@@ -146,6 +188,8 @@ std::string OutputsText(const StackWords& words)
     const auto add = [&](const char* what, const std::string& file) {
         text += file.empty() ? "" : std::string(what).append(": ").append(file) + "\n";
     };
+    add("stars", words.Stars());
+    add("registered", words.registered);
     add("preview", words.preview);
     add("coverage", words.coverageMap);
     add("rejected", words.rejectMap);
@@ -153,13 +197,11 @@ std::string OutputsText(const StackWords& words)
     return text;
 }
 
-void StackOne(const StackWords& words, stack::Options options, const Session& session)
+void StackOne(const StackWords& words, const stack::Options& options, const Session& session)
 {
-    options.wantsCoverage = !words.coverageMap.empty();
-    options.wantsRejected = !words.rejectMap.empty();
     stack::Result result = stack::Stack(options, RunOf(session));
     ThrowIfCancelled();
-    SaveAll(words, result);
+    SaveAll(words, options, result);
     if (!session.quiet) {
         std::cout << LightsText(options, result, session.verbose) << CombinedText(options, result)
                   << OutputsText(words);
@@ -174,18 +216,22 @@ int PrintPlan(const std::vector<PlannedStack>& stacks, const stack::SortedNight&
 
 int Stack(const StackWords& words, const Session& session)
 {
-    const stack::Options asked = OptionsOf(words.lights);
-    CheckFiles(words, InputsOf(words.lights));
+    const stack::Options asked = AskedOptions(words);
+    CheckFiles(words, InputsOf(words.lights), {});
     std::vector<std::string> outputs = words.Others();
-    outputs.push_back(words.output.path);
+    outputs.insert(outputs.end(), {words.output.path, words.registered});
     const Run run = RunOf(session);
     const stack::SortedNight night = SortedFrames(asked, outputs, words.plan ? Run() : run); // a plan shows its notes
     const bool areSeveral = night.stacks.size() > 1;
     std::vector<StackWords> each;
+    std::set<std::string> names;
     std::vector<PlannedStack> planned;
     for (const stack::SortedStack& stack : night.stacks) {
         each.push_back(areSeveral ? WordsFor(words, stack.filter) : words);
-        CheckFiles(each.back(), stack::FilesOf(stack.options));
+        if (!names.insert(each.back().output.path).second) {
+            throw NameError(each.back().output.path, "is the name for several filters; --filter chooses one");
+        }
+        CheckFiles(each.back(), stack::FilesOf(stack.options), stack::RegisteredFiles(stack.options));
         if (words.plan || areSeveral) { // all are checked before the first is made
             planned.push_back({stack, each.back().output.path, stack::MakePlan(stack.options, {}).notes});
         }
@@ -209,6 +255,17 @@ void AddOutputs(CLI::App& command, StackWords& words)
         .add_option("--reject-map", words.rejectMap,
                     "Write how many values the clipping dropped, too: below, above, together")
         ->type_name("FILE");
+    command
+        .add_option("--registered", words.registered,
+                    "Write each light that is used, too: calibrated, on the grid of the stack, as NAME_registered.fits")
+        ->type_name("FOLDER");
+    CLI::Option* const follow =
+        command
+            .add_option("--follow", words.follow,
+                        "Follow what moves among the stars, a comet or an asteroid, by its places in two lights")
+            ->expected(2)
+            ->type_name("X,Y@FILE");
+    command.add_flag("--both", words.wantsBoth, "Stack the stars, too, as OUT_stars")->needs(follow);
     CLI::Option* const plan =
         command.add_flag("--plan", words.plan, "Print what would be done, and what is left out, and do nothing");
     command.add_flag("--json", words.json, "Print that as JSON")->needs(plan);

@@ -125,6 +125,7 @@ void AddMotionOptions(Group group, Request& request)
     group.Add("--drift-y", night.driftY, "Movement of the stars downwards [pixels]");
     group.Add("--jitter", night.jitter, "Deviation of the guiding error [pixels]");
     group.Add("--turn", night.turn, "Turn of the field, clockwise on screen [degrees]");
+    group.Add("--distortion", night.distortion, "How far the optics move stars outwards in the corners [pixels]");
     group.AddNumbers("--clouds", request.cloudy, "Lights spoiled by clouds, as 3,7; the first is 1");
     group.AddNumbers("--stray", request.stray, "Lights that show another field, as 3,7; the first is 1");
     group.AddNumbers("--trailed", request.trailed, "Lights during which the mount moved, as 3,7; the first is 1");

@@ -199,6 +199,14 @@ std::optional<double> ObservationTime(const Header& header)
     return mjd ? std::optional((*mjd - kMjdOf1970) * kSecondsPerDay) : std::nullopt;
 }
 
+std::optional<double> MiddleTime(const Header& header)
+{
+    const auto start = ObservationTime(header);
+    const auto middle = start ? std::optional(*start + ExposureSeconds(header).value_or(0.0) / 2.0) : std::nullopt;
+    const auto stated = ParseTime(header.Text("DATE-AVG").value_or(""));
+    return stated ? stated : middle;
+}
+
 std::optional<std::string> DateObs(const Header& header)
 {
     const auto seconds = ObservationTime(header);

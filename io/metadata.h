@@ -41,7 +41,10 @@ CORVANE_VISIBLE bool IsBottomUp(const Header& header);
 /// day or that of TIME-OBS, TIME_OBS, UT, UTC, UTSTART, UTC-OBS; also `dd/mm/yy` of the years 1900 to 1999; else
 /// MJD-OBS. A date without time of day counts as midnight.
 CORVANE_VISIBLE std::optional<double> ObservationTime(const Header& header);
-/// The same as text, `2024-07-30T22:44:36.000`.
+/// Middle of the exposure [s]: DATE-AVG, else half the exposure after its start. Empty when neither is told; the start
+/// serves where the exposure is not.
+CORVANE_VISIBLE std::optional<double> MiddleTime(const Header& header);
+/// The start as text, `2024-07-30T22:44:36.000`.
 CORVANE_VISIBLE std::optional<std::string> DateObs(const Header& header);
 /// A time [s since 1970, finite; cut to the years 0 to 9999] as text with milliseconds, `2024-07-30T22:44:36.000`.
 CORVANE_VISIBLE std::string FormatTime(double seconds);

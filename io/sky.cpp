@@ -83,7 +83,43 @@ void MoveScale(const Matrix& back, WorldCoordinates& coordinates)
     }
 }
 
+/// Beginnings of the keywords that tell coordinates; a digit or an underscore follows where there is more.
+constexpr const char* kCoordinateCards[] = {"CTYPE",   "CRPIX",   "CRVAL", "CDELT",   "CUNIT",    "CROTA",   "CD",
+                                            "PC",      "PV",      "A_",    "B_",      "AP_",      "BP_",     "LONPOLE",
+                                            "LATPOLE", "EQUINOX", "EPOCH", "RADESYS", "RADECSYS", "WCSAXES", "WCSNAME"};
+
+/// The keyword of a card that tells coordinates; empty for others.
+std::string CoordinateKeyword(const std::string& card)
+{
+    std::string keyword = card.substr(0, card.find_first_of(" =", 0));
+    for (const std::string stem : kCoordinateCards) {
+        const std::string rest = keyword.starts_with(stem) ? keyword.substr(stem.size()) : "-";
+        const bool isWord = stem.size() > 5 || stem == "EPOCH";
+        const bool isNumbered = rest == "ORDER" || rest == "DMAX" ||
+                                (!rest.empty() && rest.find_first_not_of("0123456789_") == std::string::npos);
+        if (isWord ? rest.empty() : isNumbered) {
+            return keyword;
+        }
+    }
+    return "";
+}
+
 } // namespace
+
+void TakeCoordinates(const Header& from, Header& to)
+{
+    const std::vector<std::string> before = to.Cards();
+    for (const std::string& card : before) {
+        if (const std::string keyword = CoordinateKeyword(card); !keyword.empty()) {
+            to.Remove(keyword);
+        }
+    }
+    for (const std::string& card : from.Cards()) {
+        if (!CoordinateKeyword(card).empty()) {
+            to.AddCard(card);
+        }
+    }
+}
 
 void CarryCoordinates(const PixelMap& map, Frame& frame, CImage& result)
 {

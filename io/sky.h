@@ -20,4 +20,8 @@ struct PixelMap {
 /// as CROTA becomes part of the matrix.
 CORVANE_VISIBLE void CarryCoordinates(const PixelMap& map, Frame& frame, CImage& result);
 
+/// Puts the cards that tell where pixels lie on the sky in a header in place of those that another one has: axes, their
+/// matrix, equinox and frame, and what bends them. None when there are none.
+CORVANE_VISIBLE void TakeCoordinates(const Header& from, Header& to);
+
 } // namespace corvane::io

@@ -8,6 +8,8 @@
 #include "corvane/core/text.h"
 #include "io/bayer.h"
 #include "io/metadata.h"
+#include "io/sky.h"
+#include "stack/follow.h"
 #include "stack/names.h"
 
 namespace corvane::stack {
@@ -164,6 +166,8 @@ std::string AlignText(const Options& options, const Registration& result)
     std::string text = std::string(" --align ") + NameOf(kAlignNames, options.align);
     if (options.align == AlignMethod::kStars) {
         text += options.alignsScale ? " --scale" : "";
+        text += options.onto.empty() ? "" : " --onto " + options.onto;
+        text += std::string(" --transform ") + NameOf(kTransformNames, options.transform);
     }
     if (options.align == AlignMethod::kShift) {
         text += " --size " + std::to_string(options.size) + " --search " + std::to_string(options.search);
@@ -218,13 +222,26 @@ std::string MosaicText(const Options& options, const Plan& plan)
            NameOf(kDemosaicNames, options.demosaic);
 }
 
+/// What is said of the grid where it is not simply that of the reference.
+std::string GridText(const Options& options)
+{
+    std::string text;
+    if (options.canvas != Canvas::kReference) {
+        text += std::string(" --canvas ") + NameOf(kCanvasNames, options.canvas);
+    }
+    for (const FollowedPlace& place : options.follow) {
+        text += (&place == &options.follow.front() ? " --follow " : " ") + ToText(place);
+    }
+    return text;
+}
+
 std::string ParametersText(const Options& options, const Plan& plan, int used, const Registration& result)
 {
     return "stack" + CombineText(options, used) + AlignText(options, result) + LimitsText(options) +
            MosaicText(options, plan) + " --normalise " + NameOf(kNormaliseNames, NormaliseOf(options)) + " --weight " +
-           NameOf(kWeightNames, WeightOf(options)) + " --coverage " + NameOf(kCoverageNames, options.coverage) +
-           (options.cosmetic ? " --cosmetic" : "") + (options.allowMixed ? " --allow-mixed" : "") + " --pedestal " +
-           NumberText(options.pedestal);
+           NameOf(kWeightNames, WeightOf(options)) + GridText(options) + " --coverage " +
+           NameOf(kCoverageNames, options.coverage) + (options.cosmetic ? " --cosmetic" : "") +
+           (options.allowMixed ? " --allow-mixed" : "") + " --pedestal " + NumberText(options.pedestal);
 }
 
 void AddHistory(const Options& options, const Plan& plan, int used, const Registration& result, io::Header& header)
@@ -255,7 +272,24 @@ io::Header DescribeStack(const Options& options, const Plan& plan, const Registr
     }
     SetTimes(times, plan.exposures[static_cast<std::size_t>(result.referenceLight)], header);
     SetCalibration(options, header);
+    if (!plan.onto.IsEmpty()) {
+        io::TakeCoordinates(plan.onto.Info(0).header, header);
+    }
     AddHistory(options, plan, times.frames, result, header);
+    return header;
+}
+
+io::Header DescribeRegistered(const Options& options, const Plan& plan, const Result& stack, int light)
+{
+    io::Header header = plan.lights.Info(light).header;
+    if (!plan.patterns.empty()) {
+        RemoveCards(io::kBayerCards, header);
+    }
+    SetCalibration(options, header);
+    io::TakeCoordinates(stack.header, header);
+    const std::string& reference = plan.onto.IsEmpty() ? plan.lights.Path(stack.referenceLight) : options.onto;
+    header.AddHistory("Corvane " CORVANE_VERSION ": calibrated, and placed on " + reference + " by " +
+                      NameOf(kAlignNames, options.align));
     return header;
 }
 

@@ -13,4 +13,7 @@ namespace corvane::stack {
 /// it is added to samples: minus the option's value), and HISTORY with version, parameters and the frames left out.
 io::Header DescribeStack(const Options& options, const Plan& plan, const Registration& result);
 
+/// What is said of a light that is written alone, on the grid of the stack.
+io::Header DescribeRegistered(const Options& options, const Plan& plan, const Result& stack, int light);
+
 } // namespace corvane::stack

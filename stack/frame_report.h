@@ -4,7 +4,8 @@
 #include <string>
 #include <utility>
 
-#include "corvane/core/alignment.h"
+#include "corvane/core/mapping.h"
+#include "stars/fit_map.h"
 
 namespace corvane::stack {
 
@@ -22,6 +23,8 @@ struct FrameReport {
     double correlation = 1.0; ///< by shift: of what was found with the reference [-1..1]; 0 when nothing was found
     double residual = 0.0;    ///< by stars: root mean square distance of those in common [pixels]
     int matched = 0;          ///< by stars: how many are in common
+    stars::MapModel model = stars::MapModel::kSimilarity; ///< by stars: how it is placed; the residual is that of it
+    std::optional<FieldMap> map{}; ///< of a richer model, which then counts: the shift, turn and scale are the nearest
     /// @}
     /// @name What was seen in it, by stars
     /// @{
@@ -45,6 +48,8 @@ struct FrameReport {
         placed.scale = scale;
         return placed;
     }
+    /// The same with what a richer model adds.
+    Mapping MappingAbout(const CfPoint& centre) const { return map ? Mapping(*map) : Mapping(PlacedAbout(centre)); }
 };
 
 } // namespace corvane::stack

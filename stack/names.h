@@ -20,6 +20,12 @@ inline constexpr Names<CombineMethod, 3> kMethodNames{{{"median", CombineMethod:
                                                        {"clipped-mean", CombineMethod::kClippedMean}}};
 inline constexpr Names<AlignMethod, 3> kAlignNames{
     {{"stars", AlignMethod::kStars}, {"shift", AlignMethod::kShift}, {"none", AlignMethod::kNone}}};
+inline constexpr Names<std::optional<stars::MapModel>, 5> kTransformNames{
+    {{"auto", std::nullopt},
+     {"similarity", stars::MapModel::kSimilarity},
+     {"affine", stars::MapModel::kAffine},
+     {"homography", stars::MapModel::kHomography},
+     {"distortion", stars::MapModel::kDistortion}}};
 inline constexpr Names<NormaliseMethod, 4> kNormaliseNames{{{"none", NormaliseMethod::kNone},
                                                             {"offset", NormaliseMethod::kOffset},
                                                             {"scale", NormaliseMethod::kScale},
@@ -43,6 +49,8 @@ inline constexpr Names<WeightMethod, 5> kWeightNames{{{"none", WeightMethod::kNo
                                                       {"stars", WeightMethod::kStars},
                                                       {"snr", WeightMethod::kSnr}}};
 inline constexpr Names<Coverage, 2> kCoverageNames{{{"any", Coverage::kAny}, {"all", Coverage::kAll}}};
+inline constexpr Names<Canvas, 3> kCanvasNames{
+    {{"reference", Canvas::kReference}, {"union", Canvas::kUnion}, {"common", Canvas::kCommon}}};
 inline constexpr Names<DemosaicMethod, 2> kDemosaicNames{
     {{"edge-aware", DemosaicMethod::kEdgeAware}, {"bilinear", DemosaicMethod::kBilinear}}};
 /// @}

@@ -83,7 +83,13 @@ std::vector<Parameter> LightParameters()
              .kind = Kind::Image,
              .summary = "the light that others are placed on",
              .whenAbsent = "the best by its stars; with align = shift the first"},
+            {.name = "onto",
+             .kind = Kind::Image,
+             .summary = "stars: a frame from outside the night, such as another filter's stack, whose grid is taken",
+             .whenAbsent = "the reference's"},
             FlagParameter("scale", "stars: look for lights of another scale, too", false),
+            Choice("transform", kTransformNames, usual.transform,
+                   "stars: how a light may lie on the reference; auto goes by its residuals"),
             {.name = "star",
              .kind = Kind::Numbers,
              .summary = "shift: centre of the star to align by",
@@ -135,6 +141,7 @@ std::vector<Parameter> CombineParameters()
              .summary = "mean: what lights count by",
              .choices = WordsOf(kWeightNames),
              .whenAbsent = "snr for combine = mean with align = stars, else none"},
+            Choice("canvas", kCanvasNames, usual.canvas, "what part of the sky the stack shows: of the lights, or all"),
             Choice("coverage", kCoverageNames, usual.coverage,
                    "keep pixels that any light has, or only those that all have")};
 }
@@ -210,7 +217,9 @@ void SetAlignment(const Arguments& arguments, Options& options)
 {
     options.align = *Chosen(arguments, "align", kAlignNames);
     options.referenceFile = arguments.InWords("reference");
+    options.onto = arguments.InWords("onto");
     options.alignsScale = arguments.Flag("scale");
+    options.transform = *Chosen(arguments, "transform", kTransformNames);
     options.size = arguments.Whole("size");
     options.search = arguments.Whole("search");
     if (arguments.Has("star")) {
@@ -229,6 +238,7 @@ void SetCombining(const Arguments& arguments, Options& options)
                       arguments.Has("iterations") ? arguments.Whole("iterations") : usual.reject.iterations};
     options.normalise = Chosen(arguments, "normalise", kNormaliseNames);
     options.weight = Chosen(arguments, "weight", kWeightNames);
+    options.canvas = Chosen(arguments, "canvas", kCanvasNames).value_or(options.canvas);
     options.coverage = Chosen(arguments, "coverage", kCoverageNames).value_or(options.coverage);
 }
 

@@ -9,6 +9,7 @@
 
 #include "corvane/core/error.h"
 #include "corvane/core/text.h"
+#include "stack/follow.h"
 #include "stack/names.h"
 
 namespace corvane::stack {
@@ -94,6 +95,22 @@ void CheckCompany(const Options& options)
     if (options.alignsScale && options.align != AlignMethod::kStars) {
         throw ParameterError("scale", "alone", "it takes align = stars, which tell it");
     }
+    if (!options.onto.empty() && options.align != AlignMethod::kStars) {
+        throw ParameterError("onto", options.onto, "it takes align = stars, which lie on both");
+    }
+    if (!options.follow.empty() && options.align != AlignMethod::kStars) {
+        throw ParameterError("follow", ToText(options.follow.front()), "it takes align = stars, which it moves among");
+    }
+    if (!options.follow.empty() && options.follow.size() != 2) {
+        throw ParameterError("follow", ToText(options.follow.front()), "it takes two places");
+    }
+    if (options.wantsBoth && options.follow.empty()) {
+        throw ParameterError("both", "alone", "it takes follow, beside which the stars are stacked");
+    }
+    if (options.transform && options.align != AlignMethod::kStars) {
+        throw ParameterError("transform", NameOf(kTransformNames, options.transform),
+                             "it takes align = stars, which tell it");
+    }
     if (WeightOf(options) != WeightMethod::kNone && !IsMean(options)) {
         throw ParameterError("weight", NameOf(kWeightNames, *options.weight),
                              "it takes a mean, since nothing else counts lights by weights");
@@ -162,6 +179,9 @@ std::vector<std::string> FilesOf(const Options& options)
         for (const auto& kind : {set.bias, set.darks, set.flats, set.flatDarks}) {
             files.insert(files.end(), kind.begin(), kind.end());
         }
+    }
+    if (!options.onto.empty()) {
+        files.push_back(options.onto);
     }
     return files;
 }

@@ -11,6 +11,7 @@
 #include "stack/combine/normalise.h"
 #include "stack/combine/rule.h"
 #include "stack/combine/weights.h"
+#include "stars/fit_map.h"
 
 namespace corvane::stack {
 
@@ -32,6 +33,20 @@ enum class MosaicUse {
 struct PixelPlace {
     int x;
     int y;
+};
+
+/// Which part of the sky the stack shows.
+enum class Canvas {
+    kReference, ///< that of the reference
+    kUnion,     ///< all that a light shows
+    kCommon,    ///< what all lights show
+};
+
+/// Where something that moves among the stars is in a light.
+struct FollowedPlace {
+    double x = 0.0; ///< in pixels from the middle of the first sample in the file's order of rows
+    double y = 0.0;
+    std::string light{}; ///< by the name that it has among the lights
 };
 
 /// @name Ranges and defaults of the options
@@ -81,11 +96,18 @@ struct Options : CalibrationSet {
     /// @name Alignment
     /// @{
     AlignMethod align = AlignMethod::kStars;
-    std::string referenceFile{};           ///< the light to place others on; empty: by stars the best, else the first
-    bool alignsScale = false;              ///< by stars: look for lights of another scale, too
-    std::optional<PixelPlace> reference{}; ///< by shift: centre of the patch; unset: the brightest fit star
-    int size = kDefaultPatchSize;          ///< by shift: width and height of that patch [pixels, 8..256]
-    int search = kDefaultSearch;           ///< by shift: largest shift that is looked for [pixels, 0..2048]
+    std::string referenceFile{}; ///< the light to place others on; empty: by stars the best, else the first
+    bool alignsScale = false;    ///< by stars: look for lights of another scale, too
+    std::string onto{}; ///< by stars: a frame from outside the night whose grid and place in the sky the stack gets
+    std::vector<FollowedPlace>
+        follow{};           ///< by stars: two places of what moves among them; empty: the stars are followed
+    bool wantsBoth = false; ///< with `follow`: the stars are stacked, too
+    Canvas canvas = Canvas::kReference;
+    std::string registered{}; ///< folder for the lights on the grid of the stack; empty: they are not written
+    std::optional<stars::MapModel> transform{}; ///< by stars: how a light may lie; unset: as its residuals say
+    std::optional<PixelPlace> reference{};      ///< by shift: centre of the patch; unset: the brightest fit star
+    int size = kDefaultPatchSize;               ///< by shift: width and height of that patch [pixels, 8..256]
+    int search = kDefaultSearch;                ///< by shift: largest shift that is looked for [pixels, 0..2048]
     /// @}
     /// @name Lights to leave out: farther from the median of all than so many standard deviations; unset: none [0..1000]
     /// @{

@@ -299,7 +299,7 @@ Plan OpenFrames(const Options& options, const Run& run)
                                   {sets, &CalibrationSet::darks},
                                   {sets, &CalibrationSet::flats},
                                   {sets, &CalibrationSet::flatDarks}};
-    int total = static_cast<int>(options.lights.size());
+    int total = static_cast<int>(options.lights.size()) + (options.onto.empty() ? 0 : 1);
     for (const SharedFrames& kind : kinds) {
         total += kind.Count();
     }
@@ -314,6 +314,9 @@ Plan OpenFrames(const Options& options, const Run& run)
             {kinds[0].Of(set), kinds[1].Of(set), kinds[2].Of(set), kinds[3].Of(set), set.flatsAreCalibrated, {}, {}});
     }
     plan.setOf = SetOfEachLight(options);
+    if (!options.onto.empty()) {
+        SharedFrames::OpenAll({options.onto}, plan.onto, stage);
+    }
     return plan;
 }
 

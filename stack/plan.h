@@ -29,9 +29,14 @@ struct Plan {
     FrameSet lights;
     std::vector<CalibrationFrames> sets; ///< one or more
     std::vector<std::size_t> setOf;      ///< for each light, its set
+    FrameSet onto;                       ///< the frame from outside the night that lights are placed on; or none
     int width = 0;
     int height = 0;
     int planes = 0;
+
+    /// What lights are placed on, as large as they are or as the frame from outside.
+    const io::FrameReader& Base() const { return onto.IsEmpty() ? lights.Reader(0) : onto.Reader(0); }
+
     std::vector<std::optional<double>> exposures; ///< of the lights [s]
     std::vector<double> darkScales;               ///< for each light, what its dark is multiplied by
     bool isMosaic = false;                        ///< the lights are mosaics of colour filters

@@ -1,11 +1,13 @@
 #include "stack/prepared_lights.h"
 
 #include <algorithm>
+#include <limits>
 #include <map>
 #include <set>
 #include <utility>
 
 #include "corvane/core/error.h"
+#include "corvane/core/text.h"
 #include "stack/calibrate/cosmetic.h"
 #include "stack/calibrate/masters.h"
 #include "stack/calibrate/raw_lights.h"
@@ -85,15 +87,39 @@ void PreparedLights::Register()
     seen_ = MeasureLights(options_, *frames_, RawLights(plan_.lights), result_.frames, run_);
     ApplyLimits(options_, result_.frames);
     result_.referenceLight = ReferenceIndex(options_);
-    const bool isAlone = plan_.lights.Count() == 1;
+    const bool isAlone = plan_.lights.Count() == 1 && options_.onto.empty();
     if (options_.align == AlignMethod::kStars && !isAlone) {
-        const MeasuredLights lights{seen_, plan_.exposures, frames_->Centre()};
-        result_.referenceLight = AlignByStars(options_, lights, result_.frames, run_);
+        AlignByTheirStars();
     } else if (options_.align == AlignMethod::kShift && !isAlone) {
         result_.reference = AlignByShift(options_, *frames_, RawLights(plan_.lights), result_.frames, run_);
     }
+    FollowTheirMotion();
     SetWeights();
     stopwatch_.End("align");
+}
+
+void PreparedLights::AlignByTheirStars()
+{
+    constexpr double kAnywhere = std::numeric_limits<double>::infinity();
+    const stars::Area area{0.0, 0.0, plan_.width - 1.0, plan_.height - 1.0};
+    const stars::Area base{0.0, 0.0, plan_.Base().Width() - 1.0, plan_.Base().Height() - 1.0};
+    const stars::Area all{-kAnywhere, -kAnywhere, kAnywhere, kAnywhere};
+    MeasuredLights lights{seen_, plan_.exposures, frames_->Centre(), area,
+                          options_.canvas == Canvas::kUnion ? all : base};
+    if (!plan_.onto.IsEmpty()) {
+        lights.onto = FindFrameStars(RawLights(plan_.onto).Read(0, run_), run_);
+    }
+    result_.referenceLight = AlignByStars(options_, lights, result_.frames, run_);
+}
+
+void PreparedLights::FollowTheirMotion()
+{
+    if (!options_.follow.empty()) {
+        constexpr double kHour = 3600.0;
+        motion_ = FollowMotion(options_, plan_, result_.referenceLight, frames_->Centre(), result_.frames);
+        AddNote("what the stack follows moves by " + NumberText(motion_.perSecond.x * kHour, 2) +
+                " pixels an hour to the right and " + NumberText(motion_.perSecond.y * kHour, 2) + " down");
+    }
 }
 
 /// What brings the planes of a light to the level of the reference; nothing when that was not asked for.
@@ -131,14 +157,15 @@ void PreparedLights::SetWeights()
     }
 }
 
-std::vector<Placement> PreparedLights::Placements() const
+std::vector<Placement> PreparedLights::Placements(bool followsMotion) const
 {
     std::vector<Placement> placements;
     for (const int i : UsedFrames(result_.frames)) {
         const auto light = static_cast<std::size_t>(i);
         const FrameReport& report = result_.frames[light];
+        const Position moved = followsMotion ? motion_.since[light] : Position{0.0, 0.0};
         placements.push_back({.frame = i,
-                              .alignment = report.PlacedAbout(frames_->Centre()),
+                              .mapping = report.MappingAbout(frames_->Centre()).From(moved.x, moved.y),
                               .normalisation = NormalisationsOf(light),
                               .weight = report.weight});
     }

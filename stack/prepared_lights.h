@@ -6,6 +6,7 @@
 #include "stack/calibrate/calibrated_frames.h"
 #include "stack/calibrate/light_frames.h"
 #include "stack/combine/combine.h"
+#include "stack/follow.h"
 #include "stack/plan.h"
 #include "stack/register/measure_lights.h"
 #include "stack/stack.h"
@@ -24,8 +25,8 @@ public:
     /// Measures the lights, chooses the reference, leaves out what the options or the alignment leave out, and says in
     /// the reports how the others are placed.
     void Register();
-    /// How each of the lights that are used is combined, after `Register`.
-    std::vector<Placement> Placements() const;
+    /// How each of the lights that are used is combined, after `Register`: on the stars, or on what the options follow.
+    std::vector<Placement> Placements(bool followsMotion) const;
 
     const Plan& GetPlan() const { return plan_; }
     LightFrames& Frames() { return *frames_; }
@@ -36,6 +37,8 @@ private:
     void MendHotPixels(const std::vector<Masters>& sets);
     std::vector<Normalisation> NormalisationsOf(std::size_t light) const;
     void SetWeights();
+    void AlignByTheirStars();
+    void FollowTheirMotion();
 
     const Options& options_;
     Registration& result_;
@@ -45,6 +48,7 @@ private:
     std::optional<CalibratedFrames> calibrated_;
     std::optional<LightFrames> frames_;
     std::vector<SeenLight> seen_;
+    Motion motion_; ///< of what the options follow
 };
 
 /// The places of the lights that are used.

@@ -35,6 +35,9 @@ bool StatesOrder(const io::FrameReader& frame)
 /// The frame whose order counts; null when none states one.
 const io::FrameReader* FindModel(const Options& options, const Plan& plan, const Kinds& kinds)
 {
+    if (!plan.onto.IsEmpty() && StatesOrder(plan.onto.Reader(0))) {
+        return &plan.onto.Reader(0);
+    }
     const io::FrameReader& reference = plan.lights.Reader(ReferenceIndex(options));
     if (StatesOrder(reference)) {
         return &reference;

@@ -5,10 +5,13 @@
 
 #include "corvane/core/error.h"
 #include "corvane/core/gaps.h"
+#include "io/sky.h"
 #include "stack/calibrate/masters.h"
+#include "stack/canvas.h"
 #include "stack/combine/combine.h"
 #include "stack/describe.h"
 #include "stack/prepared_lights.h"
+#include "stack/registered.h"
 #include "stack/stopwatch.h"
 
 namespace corvane::stack {
@@ -39,18 +42,34 @@ void CheckEnoughUsed(const Result& result)
 }
 
 /// An empty image of the stack's size.
-CStlImage EmptyStack(const Plan& plan, int planes)
+CStlImage EmptyStack(const Grid& grid, int planes)
 {
-    return {-32, plan.width, plan.height, planes, 1.0, 0.0, 1};
+    return {-32, grid.width, grid.height, planes, 1.0, 0.0, 1};
+}
+
+/// World coordinates and the header that they stand in follow to the grid.
+void CarryToGrid(const Grid& grid, CStlImage& image, io::Header& header)
+{
+    if (grid.left != 0 || grid.top != 0 || grid.scale != 1.0) {
+        io::Frame frame{{}, header};
+        frame.image.SetCoordinates(image.GetCoordinates());
+        CarryCoordinates(MapOnto(grid), frame, image);
+        header = frame.header;
+    }
 }
 
 /// An empty image with the record of the reference: its format, coordinates and levels.
-CStlImage MakeTarget(const Plan& plan, int reference, int planes)
+CStlImage MakeTarget(const Plan& plan, const Grid& grid, int reference, int planes)
 {
-    CStlImage target(EmptyStack(plan, planes));
+    CStlImage target(EmptyStack(grid, planes));
     plan.lights.Describe(reference, target);
     for (int plane = plan.planes; plane < planes; ++plane) { // the colours of a mosaic
         target.SetLevel(plane, target.GetLevelMin(0), target.GetLevelMax(0));
+    }
+    if (!plan.onto.IsEmpty()) {
+        CStlImage record;
+        plan.onto.Describe(0, record);
+        target.SetCoordinates(record.GetCoordinates());
     }
     target.SetBlankUsed(0);
     target.SetBlank(0);
@@ -119,26 +138,36 @@ void LeaveOutEmpty(const WatchedLights& lights, Coverage coverage, std::vector<F
     }
 }
 
-void Combine(const Options& options, PreparedLights& lights, Result& result, const Run& run)
+CombinePlan PlanOf(const Options& options, const PreparedLights& lights, bool followsMotion)
+{
+    const Plan& plan = lights.GetPlan();
+    std::vector<Placement> placements = lights.Placements(followsMotion);
+    const Grid grid =
+        CanvasOf(options.canvas, {plan.Base().Width(), plan.Base().Height()}, placements, plan.width, plan.height);
+    CombineRule rule = RuleOf(options, static_cast<int>(placements.size()));
+    return {.frames = std::move(placements),
+            .grid = grid,
+            .rule = std::move(rule),
+            .coverage = options.coverage,
+            .blank = CommonBlank(plan.lights),
+            .memory = plan.lights.BandMemory()};
+}
+
+void Combine(const Options& options, PreparedLights& lights, const CombinePlan& combining, Result& result,
+             const Run& run)
 {
     const Plan& plan = lights.GetPlan();
     const int planes = lights.Frames().Planes();
-    const int used = static_cast<int>(UsedFrames(result.frames).size());
     WatchedLights watched(lights.Frames(), result.frames.size());
-    result.image = MakeTarget(plan, result.referenceLight, planes);
-    const auto make = [&](bool isWanted) { return isWanted ? EmptyStack(plan, planes) : CStlImage(); };
+    result.image = MakeTarget(plan, combining.grid, result.referenceLight, planes);
+    const auto make = [&](bool isWanted) { return isWanted ? EmptyStack(combining.grid, planes) : CStlImage(); };
     result.coverage = make(options.wantsCoverage);
     CStlImage low(make(options.wantsRejected));
     CStlImage high(make(options.wantsRejected));
     const auto wanted = [](CStlImage& counts) { return counts.GetPlanes() > 0 ? &counts : nullptr; };
     const CombineTarget target{result.image, 0, wanted(result.coverage), wanted(low), wanted(high)};
-    const CombinePlan combining{.frames = lights.Placements(),
-                                .grid = {plan.width, plan.height},
-                                .rule = RuleOf(options, used),
-                                .coverage = options.coverage,
-                                .blank = CommonBlank(plan.lights),
-                                .memory = plan.lights.BandMemory()};
     if (!options.method) {
+        const int used = static_cast<int>(combining.frames.size());
         result.rejection = ChosenRejection(options.reject, CombineOf(options), used);
     }
     CombineFrames(combining, watched, target, run, "Combining lights...");
@@ -147,6 +176,18 @@ void Combine(const Options& options, PreparedLights& lights, Result& result, con
     if (options.wantsRejected) {
         result.rejected = JoinRejected(low, high);
     }
+}
+
+/// Stacks the stars that the stack does not follow, of the same lights.
+void CombineStars(const Options& options, PreparedLights& lights, Result& result, const Run& run)
+{
+    Options ofStars = options;
+    ofStars.follow.clear();
+    const CombinePlan combining = PlanOf(ofStars, lights, false);
+    result.stars = MakeTarget(lights.GetPlan(), combining.grid, result.referenceLight, lights.Frames().Planes());
+    CombineFrames(combining, lights.Frames(), {result.stars}, run, "Combining stars...");
+    result.starsHeader = DescribeStack(ofStars, lights.GetPlan(), result);
+    CarryToGrid(combining.grid, result.stars, result.starsHeader);
 }
 
 } // namespace
@@ -158,9 +199,15 @@ Result Stack(const Options& options, const Run& run)
     PreparedLights lights(options, result, stopwatch, run);
     lights.Register();
     CheckEnoughUsed(result);
-    Combine(options, lights, result, run);
+    const CombinePlan combining = PlanOf(options, lights, !options.follow.empty());
+    Combine(options, lights, combining, result, run);
     CheckEnoughUsed(result); // once more: combining has told which lights are empty
     result.header = DescribeStack(options, lights.GetPlan(), result);
+    CarryToGrid(combining.grid, result.image, result.header);
+    if (options.wantsBoth) {
+        CombineStars(options, lights, result, run);
+    }
+    WriteRegistered(options, lights.GetPlan(), combining, lights.Frames(), result, run);
     stopwatch.End("combine");
     return result;
 }

@@ -34,9 +34,14 @@ struct Registration {
 
 /// A finished stack.
 struct Result : Registration {
-    CStlImage image; ///< float samples, the size of the lights; a blank is declared where nothing is known
+    CStlImage image; ///< float samples on the grid that was asked for; a blank is declared where nothing is known
     io::Header header;
     std::optional<RejectMethod> rejection; ///< which one it was; unset for a method that rejects by itself
+    /// @name The stack of the stars, when it was asked for beside that of what moves among them; else empty
+    /// @{
+    CStlImage stars;
+    io::Header starsHeader;
+    /// @}
     /// @name Counts for each sample of the stack, when they were asked for; empty images otherwise
     /// @{
     CStlImage coverage; ///< lights that have it

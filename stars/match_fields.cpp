@@ -23,18 +23,6 @@ constexpr std::size_t kRatio = 3;         // a field with more stars than so man
 constexpr std::size_t kFewStars = 12;     // so few are helped by saturated ones
 constexpr double kFarthestPosition = 1e6; // pixels
 
-std::vector<Position> Positions(const std::vector<FieldStar>& stars, bool withSaturated)
-{
-    std::vector<Position> positions;
-    for (FieldStar star : stars) {
-        star.isSaturated &= !withSaturated;
-        if (star.IsUsable() && std::fabs(star.x) < kFarthestPosition && std::fabs(star.y) < kFarthestPosition) {
-            positions.push_back({star.x, star.y});
-        }
-    }
-    return positions;
-}
-
 std::vector<Position> First(const std::vector<Position>& stars, std::size_t count)
 {
     return {stars.begin(), stars.begin() + static_cast<std::ptrdiff_t>(std::min(count, stars.size()))};
@@ -159,6 +147,18 @@ FieldMatch MatchPositions(const std::vector<Position>& reference, const std::vec
 }
 
 } // namespace
+
+std::vector<Position> Positions(const std::vector<FieldStar>& stars, bool withSaturated)
+{
+    std::vector<Position> positions;
+    for (FieldStar star : stars) {
+        star.isSaturated &= !withSaturated;
+        if (star.IsUsable() && std::fabs(star.x) < kFarthestPosition && std::fabs(star.y) < kFarthestPosition) {
+            positions.push_back({star.x, star.y});
+        }
+    }
+    return positions;
+}
 
 FieldMatch MatchFields(const std::vector<FieldStar>& reference, const std::vector<FieldStar>& frame,
                        const CfPoint& centre, const MatchOptions& options, const Run& run)

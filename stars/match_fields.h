@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "corvane/core/alignment.h"
 #include "corvane/core/point.h"
 #include "corvane/core/run.h"
 #include "corvane/platform/export.h"
@@ -22,6 +23,9 @@ struct FieldMatch {
     int stars = 0;           ///< matched
     std::string reason{};    ///< why there is no match; empty for a match that is certain
 };
+
+/// Where the stars are that fields are matched by.
+std::vector<Position> Positions(const std::vector<FieldStar>& stars, bool withSaturated);
 
 /// What a match may contain besides a shift and a turn.
 struct MatchOptions {

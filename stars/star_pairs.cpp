@@ -12,6 +12,35 @@ constexpr double kNearest = 0.5; // pixels
 constexpr int kMostRounds = 10;
 constexpr std::size_t kLeast = 3; // pairs: two fit each other always
 
+/// Pairs by where `place` has the stars of the reference.
+template <class Place>
+std::vector<StarPair> PairBy(const std::vector<Position>& reference, const StarGrid& frame, Place place,
+                             const SearchZone& zone)
+{
+    constexpr std::size_t kNone = ~std::size_t{0};
+    std::vector<std::size_t> owners(frame.Stars().size(), kNone);
+    const auto distance = [&](std::size_t star, int found) {
+        return SquaredDistance(place(reference[star]), frame.Star(found));
+    };
+    for (std::size_t i = 0; i < reference.size(); ++i) {
+        const double radius = zone.Radius(reference[i]);
+        const Position at = place(reference[i]);
+        const bool isPlaced = radius >= 0.0 && std::isfinite(at.x) && std::isfinite(at.y);
+        const int found = isPlaced ? frame.Nearest(at, radius) : -1;
+        if (found >= 0) {
+            std::size_t& owner = owners[static_cast<std::size_t>(found)];
+            owner = owner == kNone || distance(i, found) < distance(owner, found) ? i : owner;
+        }
+    }
+    std::vector<StarPair> pairs;
+    for (std::size_t j = 0; j < owners.size(); ++j) {
+        if (owners[j] != kNone) {
+            pairs.push_back({reference[owners[j]], frame.Stars()[j]});
+        }
+    }
+    return pairs;
+}
+
 } // namespace
 
 double SearchZone::Radius(const Position& star) const
@@ -26,26 +55,15 @@ double SearchZone::Radius(const Position& star) const
 std::vector<StarPair> PairStars(const std::vector<Position>& reference, const StarGrid& frame,
                                 const Similarity& similarity, const SearchZone& zone)
 {
-    constexpr std::size_t kNone = ~std::size_t{0};
-    std::vector<std::size_t> owners(frame.Stars().size(), kNone);
-    const auto distance = [&](std::size_t star, int place) {
-        return SquaredDistance(similarity.Map(reference[star]), frame.Star(place));
-    };
-    for (std::size_t i = 0; i < reference.size(); ++i) {
-        const double radius = zone.Radius(reference[i]);
-        const int found = radius < 0.0 ? -1 : frame.Nearest(similarity.Map(reference[i]), radius);
-        if (found >= 0) {
-            std::size_t& owner = owners[static_cast<std::size_t>(found)];
-            owner = owner == kNone || distance(i, found) < distance(owner, found) ? i : owner;
-        }
-    }
-    std::vector<StarPair> pairs;
-    for (std::size_t j = 0; j < owners.size(); ++j) {
-        if (owners[j] != kNone) {
-            pairs.push_back({reference[owners[j]], frame.Stars()[j]});
-        }
-    }
-    return pairs;
+    return PairBy(
+        reference, frame, [&](const Position& star) { return similarity.Map(star); }, zone);
+}
+
+std::vector<StarPair> PairStars(const std::vector<Position>& reference, const StarGrid& frame, const Mapping& mapping,
+                                double distance)
+{
+    return PairBy(reference, frame, [&](const Position& star) { return mapping.Map(star.x, star.y); },
+                  {.tolerance = distance});
 }
 
 double ClipDistance(double rms)

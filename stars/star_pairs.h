@@ -3,6 +3,7 @@
 #include <limits>
 #include <vector>
 
+#include "corvane/core/mapping.h"
 #include "stars/similarity.h"
 #include "stars/star_grid.h"
 
@@ -23,6 +24,10 @@ struct SearchZone {
 /// used twice: the nearer one takes it.
 std::vector<StarPair> PairStars(const std::vector<Position>& reference, const StarGrid& frame,
                                 const Similarity& similarity, const SearchZone& zone);
+
+/// The same of stars where a mapping has them, none farther off than a distance [pixels of the frame].
+std::vector<StarPair> PairStars(const std::vector<Position>& reference, const StarGrid& frame, const Mapping& mapping,
+                                double distance);
 
 /// Stars that agree, and their similarity of least squares.
 struct StarFit {

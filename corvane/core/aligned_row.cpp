@@ -110,47 +110,47 @@ void SampleShiftedStretch(const PlaneRows& plane, const Alignment& alignment, in
     std::fill(inside + end, inside + count, 0);
 }
 
-/// Maps pixels of a row. Positions outside become one that is a number.
+/// Maps pixels of a row. Positions outside become one that is a number. True when all are above the last two rows:
+/// there, what follows a row in storage follows it in memory too.
 template <class Map>
-void MapRow(Map map, const PlaneRows& plane, int x, int y, int count, double* __restrict xs, double* __restrict ys,
+bool MapRow(Map map, const PlaneRows& plane, int x, int y, int count, double* __restrict xs, double* __restrict ys,
             int* __restrict inside)
 {
     const double width = plane.width;
     const double height = plane.height;
+    const double last = height - 2;
+    int isLow = 0;
     for (int i = 0; i < count; ++i) {
         const Position at = map(x + i, y);
         const bool isInside = (at.x >= 0.0) & (at.x < width) & (at.y >= 0.0) & (at.y < height);
         xs[i] = isInside ? at.x : 0.0;
         ys[i] = isInside ? at.y : 0.0;
         inside[i] = isInside;
+        isLow |= ys[i] >= last;
     }
+    return isLow == 0;
 }
 
-/// A stretch of a row under any alignment: positions first, all together, then the samples that they lie between.
+/// A stretch of a row under any map: positions first, all together, then the samples that they lie between.
 class TurnedStretch {
 public:
     static constexpr int kLength = 256;
 
-    TurnedStretch(const PlaneRows& plane, const Alignment& alignment, int x, int y, int count)
+    TurnedStretch(const PlaneRows& plane, const Mapping& mapping, int x, int y, int count)
         : plane_(plane), count_(count)
     {
-        alignment.WithMap([&](auto map) { MapRow(map, plane, x, y, count, x_, y_, inside_); });
+        mapping.WithMap([&](auto map) { isInner_ = MapRow(map, plane, x, y, count, x_, y_, inside_); });
     }
 
     void Sample(double outside, double* values, int* inside) const
     {
-        // Positions move along a line, so those inside follow each other.
-        const int begin = static_cast<int>(std::find(inside_, inside_ + count_, 1) - inside_);
-        const int end = static_cast<int>(std::find(inside_ + begin, inside_ + count_, 0) - inside_);
-        std::fill(values, values + begin, outside);
-        if (IsInner(begin, end)) {
-            SampleInner(begin, end, values);
-        } else {
-            for (int i = begin; i < end; ++i) {
-                values[i] = At(i);
-            }
+        int end = 0;
+        while (end < count_) { // positions that move along a curve may come back
+            const int begin = static_cast<int>(std::find(inside_ + end, inside_ + count_, 1) - inside_);
+            std::fill(values + end, values + begin, outside);
+            end = static_cast<int>(std::find(inside_ + begin, inside_ + count_, 0) - inside_);
+            SampleRun(begin, end, values);
         }
-        std::fill(values + end, values + count_, outside);
         std::copy_n(inside_, count_, inside);
     }
 
@@ -161,11 +161,15 @@ private:
         float second;
     };
 
-    /// True when all of them are above the last two rows: there, what follows a row in storage follows it in memory too.
-    /// Rounding keeps the order of positions, so both ends tell of all.
-    bool IsInner(int begin, int end) const
+    void SampleRun(int begin, int end, double* values) const
     {
-        return begin < end && std::max(y_[begin], y_[end - 1]) < plane_.height - 2;
+        if (isInner_) {
+            SampleInner(begin, end, values);
+            return;
+        }
+        for (int i = begin; i < end; ++i) {
+            values[i] = At(i);
+        }
     }
 
     void SampleInner(int begin, int end, double* values) const
@@ -198,6 +202,7 @@ private:
 
     const PlaneRows& plane_;
     int count_;
+    bool isInner_ = false;
     double x_[kLength];
     double y_[kLength];
     int inside_[kLength];
@@ -212,24 +217,10 @@ PlaneRows WholePlane(const CStlImage& image, int plane)
     return {image.GetImageAdr(0, 0, plane, 1), image.GetWidth(), image.GetHeight(), 0, after};
 }
 
-/// The rows that columns `x` to before `x + count` of a frame's row y read.
-RowSpan RowsTouchedFrom(const Alignment& alignment, int x, int y, int count, int width, int height)
-{
-    // The position moves along a line, so its ends bound it; a row of room on either side covers rounding.
-    const double first = alignment.Map(x, y).y;
-    const double last = alignment.Map(x + count - 1, y).y;
-    const double low = std::floor(std::min(first, last)) - 1.0;
-    const double high = std::floor(std::max(first, last)) + 4.0; // the row below, and the sample that follows it
-    if (width < 1 || count < 1 || !(high > 0.0) || !(low < height)) {
-        return {0, 0};
-    }
-    return {static_cast<int>(std::max(low, 0.0)), static_cast<int>(std::min(high, static_cast<double>(height)))};
-}
-
 /// Brings in the pages that columns `x` to before `x + count` of a frame's row y read.
 void BringPages(const CStlImage& image, int plane, const Alignment& alignment, int x, int y, int count)
 {
-    const RowSpan rows = RowsTouchedFrom(alignment, x, y, count, image.GetWidth(), image.GetHeight());
+    const RowSpan rows = RowsTouched(alignment, x, y, count, image.GetWidth(), image.GetHeight());
     if (!IsPaged(image) || rows.first == rows.end) {
         return;
     }
@@ -241,9 +232,15 @@ void BringPages(const CStlImage& image, int plane, const Alignment& alignment, i
 
 } // namespace
 
-RowSpan RowsTouched(const Alignment& alignment, int y, int count, int width, int height)
+RowSpan RowsTouched(const Mapping& mapping, int x, int y, int count, int width, int height)
 {
-    return RowsTouchedFrom(alignment, 0, y, count, width, height);
+    const auto [from, to] = mapping.RangeOfY(x, y, count);
+    const double low = std::floor(from) - 1.0; // a row of room on either side covers rounding
+    const double high = std::floor(to) + 4.0;  // the row below, and the sample that follows it
+    if (width < 1 || count < 1 || !(high > 0.0) || !(low < height)) {
+        return {0, 0};
+    }
+    return {static_cast<int>(std::max(low, 0.0)), static_cast<int>(std::min(high, static_cast<double>(height)))};
 }
 
 void SampleAlignedRow(const CStlImage& image, int plane, const Alignment& alignment, int y, int count, double outside,
@@ -265,16 +262,16 @@ void SampleAlignedStretch(const CStlImage& image, int plane, const Alignment& al
     }
 }
 
-void SampleAlignedStretch(const PlaneRows& plane, const Alignment& alignment, int x, int y, int count, double outside,
+void SampleAlignedStretch(const PlaneRows& plane, const Mapping& mapping, int x, int y, int count, double outside,
                           double* values, int* inside)
 {
-    if (alignment.IsShift() && IsRegular(alignment.dx)) {
-        SampleShiftedStretch(plane, alignment, x, y, count, outside, values, inside);
+    if (mapping.IsShift() && IsRegular(mapping.AsAlignment()->dx)) {
+        SampleShiftedStretch(plane, *mapping.AsAlignment(), x, y, count, outside, values, inside);
         return;
     }
     for (int done = 0; done < count; done += TurnedStretch::kLength) {
         const int length = std::min(TurnedStretch::kLength, count - done);
-        const TurnedStretch stretch(plane, alignment, x + done, y, length);
+        const TurnedStretch stretch(plane, mapping, x + done, y, length);
         stretch.Sample(outside, values + done, inside + done);
     }
 }

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "corvane/core/alignment.h"
+#include "corvane/core/mapping.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"
 
@@ -30,8 +30,9 @@ struct RowSpan {
     int end;
 };
 
-/// The rows of an image, width x height, that sampling row y of a frame, `count` columns wide, reads; none when empty.
-CORVANE_VISIBLE RowSpan RowsTouched(const Alignment& alignment, int y, int count, int width, int height);
+/// The rows of an image, width x height, that sampling columns `x` to before `x + count` of a frame's row y reads; none
+/// when empty.
+CORVANE_VISIBLE RowSpan RowsTouched(const Mapping& mapping, int x, int y, int count, int width, int height);
 
 /// Samples row y of a frame from a plane of an image that is aligned onto it: values[x] and inside[x] (1 or 0), x in
 /// 0..count - 1. Outside the plane the value is `outside`. The same values as `CStlImage::GetPixelGrayRaw` gives one by
@@ -45,7 +46,7 @@ CORVANE_VISIBLE void SampleAlignedStretch(const CStlImage& image, int plane, con
                                           int count, double outside, double* values, int* inside);
 
 /// The same from a plane of which those rows are in memory that `RowsTouched` tells for the stretch.
-CORVANE_VISIBLE void SampleAlignedStretch(const PlaneRows& plane, const Alignment& alignment, int x, int y, int count,
+CORVANE_VISIBLE void SampleAlignedStretch(const PlaneRows& plane, const Mapping& mapping, int x, int y, int count,
                                           double outside, double* values, int* inside);
 
 } // namespace corvane

@@ -69,6 +69,16 @@ double RandomFlux(const NightSettings& settings, Random& random)
     return settings.exposure * settings.faintest / random.Uniform(reached, 1.0);
 }
 
+/// Where the optics show a point of the sensor's plane: moved outwards with the cube of its distance from the middle.
+Point Distorted(const NightSettings& settings, Point p)
+{
+    const Point middle{0.5 * settings.width, 0.5 * settings.height};
+    const Point off{p.x - middle.x, p.y - middle.y};
+    const double corner = middle.x * middle.x + middle.y * middle.y;
+    const double factor = settings.distortion * (off.x * off.x + off.y * off.y) / (corner * std::sqrt(corner));
+    return {p.x + factor * off.x, p.y + factor * off.y};
+}
+
 /// From the left edge to the right one, or from the top to the bottom.
 Trail RandomTrail(const NightSettings& settings, Random& random)
 {
@@ -284,7 +294,7 @@ std::vector<Star> Night::MovedStars(int i) const
     const double transparency = Contains(settings_.cloudyLights, i) ? kCloudTransparency : 1.0;
     std::vector<Star> stars = Contains(settings_.strayLights, i) ? otherField_ : field_;
     for (Star& star : stars) {
-        const Point moved = placement.ToLight({star.x, star.y});
+        const Point moved = Distorted(settings_, placement.ToLight({star.x, star.y}));
         star.x = moved.x;
         star.y = moved.y;
         star.flux *= transparency;

@@ -79,6 +79,7 @@ const NightSettings& Checked(const NightSettings& s)
         {"drift in y", s.driftY, -1000, 1000},
         {"jitter", s.jitter, 0, 100},
         {"turn", s.turn, -1, 1},
+        {"distortion", s.distortion, -100, 100},
     };
     for (const Range& range : ranges) {
         CheckRange(range.name, range.value, range.low, range.high);

@@ -68,6 +68,7 @@ struct NightSettings {
     double driftX = 0.9;            ///< movement of the stars between two lights [pixels, -1000..1000]
     double driftY = -0.5;           ///< the same [pixels, -1000..1000]
     double jitter = 0.2;            ///< deviation of the guiding error of every light but the first [pixels, 0..100]
+    double distortion = 0.0;        ///< how far the optics move stars outwards in the corners [pixels, -100..100]
     double turn = 0.0;              ///< turn of the field between two lights [degrees clockwise on screen, -1..1]
     std::vector<int> cloudyLights;  ///< those (from 0) with little of the stars and a bright sky
     std::vector<int> strayLights;   ///< those (from 0) that show another field

@@ -20,6 +20,7 @@ void FrameSet::Add(const std::string& file)
 {
     readers_.push_back(io::OpenFrame(file));
     readers_.back()->Close();
+    isTurned_.push_back(false);
     turns_.emplace_back();
 }
 
@@ -27,6 +28,7 @@ void FrameSet::TurnUpsideDown(int frame)
 {
     std::unique_ptr<io::FrameReader>& reader = readers_[static_cast<std::size_t>(frame)];
     reader = io::TurnedUpsideDown(std::move(reader));
+    isTurned_[static_cast<std::size_t>(frame)] = !IsUpsideDown(frame);
 }
 
 std::uint64_t FrameSet::BandMemory() const

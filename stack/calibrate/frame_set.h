@@ -25,6 +25,7 @@ public:
 
     /// From now on the frame's rows come in the other order, and its header says so.
     void TurnUpsideDown(int frame);
+    bool IsUpsideDown(int frame) const { return isTurned_[static_cast<std::size_t>(frame)]; }
 
     int Count() const { return static_cast<int>(readers_.size()); }
     bool IsEmpty() const { return readers_.empty(); }
@@ -51,6 +52,7 @@ private:
     void ReadPlanes(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
 
     std::vector<std::unique_ptr<io::FrameReader>> readers_;
+    std::vector<bool> isTurned_;
     std::deque<std::mutex> turns_; ///< one for each reader
     int keptOpen_ = 256;
     std::unique_ptr<std::shared_mutex> reading_ = std::make_unique<std::shared_mutex>(); ///< one closes, others read

@@ -17,24 +17,6 @@ namespace corvane::stack {
 
 namespace {
 
-bool IsMoved(const Alignment& alignment)
-{
-    return !alignment.IsShift() || alignment.dx != 0.0 || alignment.dy != 0.0;
-}
-
-/// The alignment onto a grid of another scale. Positions are those of the middles of pixels; the first one's corner is
-/// what both have in common.
-Alignment OnGrid(Alignment alignment, double scale)
-{
-    if (scale != 1.0) {
-        const double corner = 0.5 - 0.5 / scale;
-        alignment.dx = (alignment.centreX + alignment.dx + corner) * scale - alignment.centreX;
-        alignment.dy = (alignment.centreY + alignment.dy + corner) * scale - alignment.centreY;
-        alignment.scale /= scale;
-    }
-    return alignment;
-}
-
 std::vector<double> Weights(const std::vector<Placement>& frames)
 {
     std::vector<double> weights;
@@ -62,7 +44,7 @@ constexpr int kStretch = 256; // columns of a row that are combined at a time: t
 /// A frame at work.
 struct PlacedFrame {
     const Placement& placement;
-    Alignment alignment; ///< onto the grid
+    Mapping mapping; ///< onto the grid
     FrameFacts facts;
     RowWindow window;
     bool usesBlank; ///< it declares one, or leaves a part of the target free
@@ -141,10 +123,11 @@ BandCombiner::BandCombiner(const CombinePlan& plan, FrameSource& source, const C
 {
     for (const Placement& placement : plan.frames) {
         const FrameFacts facts = source.Facts(placement.frame);
-        const Alignment alignment = OnGrid(placement.alignment, plan.grid.scale);
-        const bool isSmaller = facts.width < width_ || facts.height < plan.grid.height;
-        frames_.push_back({placement, alignment, facts, RowWindow(alignment, facts, 0, width_),
-                           facts.blank || isSmaller || IsMoved(alignment)});
+        const Grid& grid = plan.grid;
+        const Mapping mapping = placement.mapping.From(grid.left, grid.top).Scaled(grid.scale);
+        const bool isSmaller = facts.width < width_ || facts.height < grid.height;
+        frames_.push_back({placement, mapping, facts, RowWindow(mapping, facts, 0, width_),
+                           facts.blank || isSmaller || !mapping.IsIdentity()});
     }
 }
 
@@ -181,7 +164,7 @@ void BandCombiner::OpenStrip(int left, int right, int rows)
     left_ = left;
     columns_ = right - left;
     for (PlacedFrame& frame : frames_) {
-        frame.window = RowWindow(frame.alignment, frame.facts, left, right);
+        frame.window = RowWindow(frame.mapping, frame.facts, left, right);
         int most = 0;
         for (int first = firstRow_; first < endRow_; first += rows) {
             const RowSpan touched = frame.window.Touched(first, std::min(first + rows, endRow_) - 1);
@@ -231,7 +214,7 @@ std::uint64_t BandCombiner::Margins(int columns) const
     const int left = (width_ - columns) / 2;
     std::uint64_t bytes = 0;
     for (const PlacedFrame& frame : frames_) {
-        const RowSpan touched = RowWindow(frame.alignment, frame.facts, left, left + columns).Touched(row, row);
+        const RowSpan touched = RowWindow(frame.mapping, frame.facts, left, left + columns).Touched(row, row);
         bytes += static_cast<std::uint64_t>(std::max(touched.end - touched.first - 1, 0)) * frame.RowBytes();
     }
     return bytes;
@@ -257,7 +240,7 @@ std::uint64_t BandCombiner::FixedBytes(int columns) const
 double BandCombiner::BytesOfRow() const
 {
     return std::accumulate(frames_.begin(), frames_.end(), 0.0, [](double sum, const PlacedFrame& frame) {
-        return sum + static_cast<double>(frame.RowBytes()) * std::max(frame.alignment.scale, 1.0);
+        return sum + static_cast<double>(frame.RowBytes()) * std::max(frame.mapping.Scale(), 1.0);
     });
 }
 
@@ -335,7 +318,7 @@ void BandCombiner::Sample(const PlacedFrame& frame, const Stretch& stretch, doub
 
 void Check(const CombinePlan& plan, const FrameSource& source, const CombineTarget& target)
 {
-    const auto& [width, height, scale] = plan.grid;
+    const auto& [width, height, scale, left, top] = plan.grid;
     const CStlImage& image = target.image;
     if (!(scale > 0.0)) {
         throw ParameterError("scale", NumberText(scale), "must be above 0");

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "corvane/combine/row_combiner.h"
-#include "corvane/core/alignment.h"
+#include "corvane/core/mapping.h"
 #include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"
@@ -17,16 +17,18 @@ namespace corvane::stack {
 /// A frame that is combined, and where it lies.
 struct Placement {
     int frame = 0;                              ///< which one of the source
-    Alignment alignment{};                      ///< onto the reference, in pixels of the frames
+    Mapping mapping{};                          ///< onto the reference, in pixels of the frames
     std::vector<Normalisation> normalisation{}; ///< for each plane, done to its samples on the grid; empty: none
     double weight = 1.0;                        ///< in the clipped mean [0..1]; 0 leaves the frame out of it
 };
 
-/// The pixels of the result. It begins at the same corner as the reference.
+/// The pixels of the result. It begins at a corner of a pixel of the reference.
 struct Grid {
     int width = 0;
     int height = 0;
     double scale = 1.0; ///< its pixels to one of the reference, above 0
+    int left = 0;       ///< the first column, in pixels of the reference
+    int top = 0;        ///< the first row
 };
 
 /// Which frames are combined, where each of them lies, and how.

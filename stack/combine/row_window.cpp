@@ -1,23 +1,19 @@
 #include "stack/combine/row_window.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
 namespace corvane::stack {
 
-RowWindow::RowWindow(const Alignment& alignment, const FrameFacts& frame, int left, int right)
-    : alignment_(alignment), width_(frame.width), height_(frame.height), planes_(frame.planes), left_(left),
-      right_(right)
+RowWindow::RowWindow(const Mapping& mapping, const FrameFacts& frame, int left, int right)
+    : mapping_(mapping), width_(frame.width), height_(frame.height), planes_(frame.planes), left_(left), right_(right)
 {}
 
 RowSpan RowWindow::Touched(int firstRow, int lastRow) const
 {
-    Alignment fromLeft = alignment_;
-    fromLeft.dx -= left_;
     RowSpan touched{height_, 0};
     for (int y = firstRow; y <= lastRow; ++y) {
-        const RowSpan span = RowsTouched(fromLeft, y, right_ - left_, width_, height_);
+        const RowSpan span = RowsTouched(mapping_, left_, y, right_ - left_, width_, height_);
         if (span.first < span.end) {
             touched = {std::min(touched.first, span.first), std::max(touched.end, span.end)};
         }
@@ -71,7 +67,7 @@ RowSpan RowWindow::Keep(const RowSpan& wanted)
 /// Reading between the samples right of a plane's last one takes the first sample of the next plane.
 void RowWindow::ReadFollowers(const Reader& read)
 {
-    if (planes_ < 2 || !followers_.empty() || !ReadsBetween()) {
+    if (planes_ < 2 || !followers_.empty() || mapping_.KeepsColumns()) {
         return;
     }
     std::vector<float> row(static_cast<std::size_t>(width_) * planes_);
@@ -81,18 +77,13 @@ void RowWindow::ReadFollowers(const Reader& read)
     }
 }
 
-bool RowWindow::ReadsBetween() const
-{
-    return !alignment_.IsShift() || alignment_.dx != std::floor(alignment_.dx);
-}
-
 void RowWindow::LeaveOutWrapped(int x, int row, int count, int* inside) const
 {
-    if (!ReadsBetween()) {
+    if (mapping_.KeepsColumns()) {
         return;
     }
     const double last = width_ - 1;
-    alignment_.WithMap([&](auto map) {
+    mapping_.WithMap([&](auto map) {
         for (int i = 0; i < count; ++i) {
             inside[i] &= map(x + i, row).x <= last ? 1 : 0;
         }
@@ -106,7 +97,7 @@ void RowWindow::Sample(int plane, int x, int row, int count, double outside, dou
     const float own = holdsLast ? rows[static_cast<std::ptrdiff_t>(count_) * width_ - 1] : 0.0F;
     const bool isFollowed = plane < static_cast<int>(followers_.size());
     const PlaneRows held{rows, width_, height_, first_, isFollowed ? followers_[plane] : own};
-    SampleAlignedStretch(held, alignment_, x, row, count, outside, values, inside);
+    SampleAlignedStretch(held, mapping_, x, row, count, outside, values, inside);
 }
 
 } // namespace corvane::stack

@@ -19,7 +19,7 @@ public:
     using Reader = std::function<void(int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)>;
 
     /// For columns left to right - 1 of the target.
-    RowWindow(const Alignment& alignment, const FrameFacts& frame, int left, int right);
+    RowWindow(const Mapping& mapping, const FrameFacts& frame, int left, int right);
 
     /// Rows of the frame that rows firstRow to lastRow of the target touch; empty when they touch none.
     RowSpan Touched(int firstRow, int lastRow) const;
@@ -38,10 +38,9 @@ public:
 private:
     RowSpan Keep(const RowSpan& wanted);
     void ReadFollowers(const Reader& read);
-    bool ReadsBetween() const;
     std::ptrdiff_t PlaneStride() const { return static_cast<std::ptrdiff_t>(capacity_) * width_; }
 
-    Alignment alignment_;
+    Mapping mapping_;
     int width_;
     int height_;
     int planes_;

@@ -9,6 +9,7 @@
 #include "corvane/core/error.h"
 #include "corvane/core/text.h"
 #include "corvane/platform/workers.h"
+#include "stars/choose_map.h"
 #include "stars/match_fields.h"
 #include "stars/robust.h"
 
@@ -52,17 +53,23 @@ double ExposureRatio(const std::optional<double>& light, const std::optional<dou
     return ratio > 0.0 && std::isfinite(ratio) ? ratio : 1.0;
 }
 
+/// The usable star where a mapping has one of the reference; null where there is none.
+const stars::FieldStar* PartnerOf(const stars::FieldStar& star, const Stars& stars, const Mapping& mapping)
+{
+    const Position at = mapping.Map(star.x, star.y);
+    const auto found = std::find_if(stars.begin(), stars.end(), [&](const stars::FieldStar& other) {
+        return other.IsUsable() && std::hypot(other.x - at.x, other.y - at.y) < kPairDistance;
+    });
+    return found == stars.end() ? nullptr : &*found;
+}
+
 /// The light of stars in common over that in the reference; empty when there are none.
-std::optional<double> FluxRatio(const Stars& reference, const Stars& stars, const Alignment& alignment)
+std::optional<double> FluxRatio(const Stars& reference, const Stars& stars, const Mapping& mapping)
 {
     std::vector<double> ratios;
     for (const stars::FieldStar& star : reference) {
-        const Position at = alignment.Map(star.x, star.y);
-        const auto isSame = [&](const stars::FieldStar& other) {
-            return other.IsUsable() && std::hypot(other.x - at.x, other.y - at.y) < kPairDistance;
-        };
-        const auto found = std::find_if(stars.begin(), stars.end(), isSame);
-        if (star.IsUsable() && found != stars.end() && star.flux > 0.0) {
+        const stars::FieldStar* const found = PartnerOf(star, stars, mapping);
+        if (star.IsUsable() && found != nullptr && star.flux > 0.0) {
             ratios.push_back(found->flux / star.flux);
         }
     }
@@ -78,10 +85,38 @@ void LeaveOutFaint(double exposureRatio, FrameReport& report)
     }
 }
 
-void Place(const Options& options, const CfPoint& centre, const Stars& reference, const Stars& stars,
+/// The part of the reference that a light shows.
+stars::Area CommonArea(const stars::Area& light, const stars::Area& reference, const Mapping& mapping)
+{
+    const Position corners[] = {mapping.Inverse({light.left, light.top}), mapping.Inverse({light.right, light.top}),
+                                mapping.Inverse({light.left, light.bottom}),
+                                mapping.Inverse({light.right, light.bottom})};
+    const auto [left, right] = std::minmax({corners[0].x, corners[1].x, corners[2].x, corners[3].x});
+    const auto [top, bottom] = std::minmax({corners[0].y, corners[1].y, corners[2].y, corners[3].y});
+    return {std::max(left, reference.left), std::max(top, reference.top), std::min(right, reference.right),
+            std::min(bottom, reference.bottom)};
+}
+
+/// Enters a richer map than the alignment that the report has, where one is wanted and holds.
+void Bend(const Options& options, const MeasuredLights& lights, const Stars& reference, const Stars& stars,
+          FrameReport& report)
+{
+    const Alignment match = report.PlacedAbout(lights.centre);
+    const stars::ChosenMap chosen =
+        stars::ChooseMap(reference, stars, match,
+                         {options.transform, options.alignsScale, CommonArea(lights.area, lights.reference, match)});
+    if (chosen.map) {
+        report.model = chosen.model;
+        report.map = chosen.map;
+        report.residual = chosen.residual;
+        report.matched = chosen.stars;
+    }
+}
+
+void Place(const Options& options, const MeasuredLights& lights, const Stars& reference, const Stars& stars,
            FrameReport& report)
 {
-    const stars::FieldMatch match = stars::MatchFields(reference, stars, centre, {options.alignsScale, true});
+    const stars::FieldMatch match = stars::MatchFields(reference, stars, lights.centre, {options.alignsScale, true});
     report.residual = match.residual;
     report.matched = match.stars;
     if (!match.reason.empty() || match.isMirrored) {
@@ -92,14 +127,17 @@ void Place(const Options& options, const CfPoint& centre, const Stars& reference
     report.dy = match.dy;
     report.angle = match.angle;
     report.scale = match.scale;
-    report.fluxRatio = FluxRatio(reference, stars, report.PlacedAbout(centre));
+    Bend(options, lights, reference, stars, report);
+    report.fluxRatio = FluxRatio(reference, stars, report.MappingAbout(lights.centre));
 }
 
-/// Matches every light with one of them.
+constexpr std::size_t kNone = ~std::size_t{0};
+
+/// Matches every light with one of them, or with the stars of the frame from outside.
 void PlaceOn(std::size_t reference, const Options& options, const MeasuredLights& lights,
              std::vector<FrameReport>& reports, const Run& run)
 {
-    const Stars& stars = lights.seen[reference].stars;
+    const Stars& stars = reference == kNone ? lights.onto : lights.seen[reference].stars;
     const int count = static_cast<int>(reports.size());
     Stage stage(run, "Matching stars...", count);
     const auto place = [&](int light) {
@@ -108,8 +146,10 @@ void PlaceOn(std::size_t reference, const Options& options, const MeasuredLights
             reports[i].matched = std::min(reports[i].stars, static_cast<int>(stars.size()));
             reports[i].fluxRatio = 1.0;
         } else if (reports[i].used) {
-            Place(options, lights.centre, stars, lights.seen[i].stars, reports[i]);
-            LeaveOutFaint(ExposureRatio(lights.exposures[i], lights.exposures[reference]), reports[i]);
+            Place(options, lights, stars, lights.seen[i].stars, reports[i]);
+            if (reference != kNone) {
+                LeaveOutFaint(ExposureRatio(lights.exposures[i], lights.exposures[reference]), reports[i]);
+            }
         }
     };
     platform::ForBlocks(count, run.Threads(), place, [&](int) { stage.Step(); });
@@ -118,6 +158,48 @@ void PlaceOn(std::size_t reference, const Options& options, const MeasuredLights
 std::ptrdiff_t CountUsed(const std::vector<FrameReport>& reports)
 {
     return std::count_if(reports.begin(), reports.end(), [](const FrameReport& report) { return report.used; });
+}
+
+/// Stars of a field with the light that they have in another one, which is placed on it.
+Stars WithLightOf(const Stars& others, const Stars& field, const Mapping& mapping)
+{
+    Stars seen;
+    for (stars::FieldStar star : field) {
+        if (const stars::FieldStar* const found = PartnerOf(star, others, mapping)) {
+            star.flux = found->flux;
+            seen.push_back(star);
+        }
+    }
+    return seen;
+}
+
+/// Places all lights on the frame from outside. Returns the first candidate that fits, or the first light that does: the
+/// candidates may all show another field.
+int AlignOnto(const Options& options, const MeasuredLights& lights, const std::vector<std::size_t>& candidates,
+              std::vector<FrameReport>& reports, const Run& run)
+{
+    PlaceOn(kNone, options, lights, reports, run);
+    const auto isUsed = [](const FrameReport& report) { return report.used; };
+    const auto fits =
+        std::find_if(candidates.begin(), candidates.end(), [&](std::size_t i) { return reports[i].used; });
+    const auto any = std::find_if(reports.begin(), reports.end(), isUsed);
+    const bool isNamed = !options.referenceFile.empty();
+    if (fits == candidates.end() && (isNamed || any == reports.end())) {
+        const FrameReport& first = reports[candidates.front()];
+        throw FileError(options.onto,
+                        (isNamed ? "the reference cannot be placed on it: " : "no light can be placed on it: ") +
+                            first.file + ": " + first.reason);
+    }
+    const std::size_t reference = fits != candidates.end() ? *fits : static_cast<std::size_t>(any - reports.begin());
+    const Stars seen =
+        WithLightOf(lights.seen[reference].stars, lights.onto, reports[reference].MappingAbout(lights.centre));
+    for (std::size_t i = 0; i < reports.size(); ++i) {
+        if (reports[i].used) {
+            reports[i].fluxRatio = FluxRatio(seen, lights.seen[i].stars, reports[i].MappingAbout(lights.centre));
+            LeaveOutFaint(ExposureRatio(lights.exposures[i], lights.exposures[reference]), reports[i]);
+        }
+    }
+    return static_cast<int>(reference);
 }
 
 } // namespace
@@ -131,6 +213,9 @@ int AlignByStars(const Options& options, const MeasuredLights& lights, std::vect
         throw FileError(reports[isNamed ? candidates.front() : 0].file,
                         std::string(isNamed ? "the reference does not" : "neither this light nor another") +
                             " show stars to align by; lights that fit as they lie are stacked with align = none");
+    }
+    if (!options.onto.empty()) {
+        return AlignOnto(options, lights, candidates, reports, run);
     }
     std::size_t reference = candidates.front();
     std::vector<FrameReport> best;

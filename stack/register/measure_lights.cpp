@@ -127,6 +127,14 @@ stars::StarField FindLightStars(const CStlImage& raw, CStlImage calibrated, cons
     return stars::FindFieldStars(calibrated, plane, {.fullWell = fullWell}, run);
 }
 
+std::vector<stars::FieldStar> FindFrameStars(const CStlImage& image, const Run& run)
+{
+    FrameReport ignored;
+    std::vector<stars::FieldStar> stars;
+    Report(stars::FindFieldStars(image, stars::StarPlane(image), {}, run), ignored, stars);
+    return stars;
+}
+
 void ApplyLimits(const Options& options, std::vector<FrameReport>& reports)
 {
     const Limit limits[] = {

@@ -27,6 +27,9 @@ std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames
 /// Finds the stars of a calibrated light. Which of them are saturated is told by the same light as its file has it.
 stars::StarField FindLightStars(const CStlImage& raw, CStlImage calibrated, const Run& run);
 
+/// The stars of a finished frame that lights are matched with, as those of a light.
+std::vector<stars::FieldStar> FindFrameStars(const CStlImage& image, const Run& run);
+
 /// Leaves out the lights whose width of stars, number of stars or background lie beyond the limits of the options,
 /// counted in standard deviations of the set about its median (`MeasureLevel`). Of a set that hardly differs a hundredth
 /// of the median counts as one.

@@ -49,5 +49,13 @@ again '--scale --reject-fwhm 90 --reject-background 90.5' "${calibration[@]}" --
 again '--align shift --size 24 --search 40 --method clipped-mean --weight noise' -- "${lights[@]}"
 again '--align none --normalise scale --reference night/light_003.fits' -- "${lights[@]}"
 again '--debayer bilinear' -- mosaic/light*
+again '--transform distortion --canvas union --onto night/light_002.fits' "${calibration[@]}" -- "${lights[@]}"
+follow=(--follow 150.5,120@night/light_001.fits 120,140.25@night/light_004.fits)
+again "--canvas common ${follow[*]}" -- "${lights[@]}"
+check 0 'stars: o_stars.fits.registered: placed' stack "${lights[@]}" -o o.fits "${follow[@]}" --both --registered placed
+[[ -s o_stars.fits && $(ls placed) == *light_005_registered.fits ]] || fail "no stars or lights: $(ls placed)"
+refuse 2 'placed/light_001_registered.fits: is both input and output' \
+    stack night/light_001.fits placed/light_001_registered.fits -o o.fits --registered placed
+refuse 2 'both = alone|--both requires --follow' stack "${lights[@]}" -o o.fits --both
 again '--align none' -- mosaic/light*
 finish

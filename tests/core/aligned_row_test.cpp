@@ -28,6 +28,20 @@ void Check(const CStlImage& image, const Alignment& a, int y, int count)
     }
 }
 
+/// A map that bends by some pixels over twice such a size, or seen aslant.
+Mapping BentMap(Random& random, double size, bool isTilted)
+{
+    FieldMap map;
+    map.x0 = map.y0 = map.size = size;
+    for (int i = 0; i < (isTilted ? FieldMap::kLinear : FieldMap::kTerms); ++i) {
+        map.x[i] = (i == 0 || i == 1 ? size : 0.0) + random.Between(-2, 2) * size / 40.0;
+        map.y[i] = (i == 0 || i == 2 ? size : 0.0) + random.Between(-2, 2) * size / 40.0;
+    }
+    map.tiltU = isTilted ? random.Between(-0.2, 0.2) : 0.0;
+    map.tiltV = isTilted ? random.Between(-0.2, 0.2) : 0.0;
+    return map;
+}
+
 } // namespace
 
 TEST(AlignedRow, EqualsTheReaderOfSingleSamples)
@@ -51,16 +65,58 @@ TEST(AlignedRow, EqualsTheReaderOfSingleSamples)
     });
 }
 
+TEST(AlignedRow, SamplesAtThePositionsOfBentMaps)
+{
+    ForEachImage([&](CStlImage& image) {
+        Random random(8);
+        for (int i = 0; i < 6; ++i) {
+            const Mapping mapping = BentMap(random, image.GetWidth(), i % 2 == 0);
+            const int width = image.GetWidth();
+            const int height = image.GetHeight();
+            const PlaneRows rows{image.GetImageAdr(0, 0, 0), width, height, 0,
+                                 image.GetPixelGrayRaw(width - 1, height - 1, 0)};
+            for (int y = -1; y <= height && image.GetPlanes() == 1; ++y) {
+                std::vector<double> values(static_cast<std::size_t>(width));
+                std::vector<int> inside(values.size());
+                SampleAlignedStretch(rows, mapping, 1, y, width, -5.25, values.data(), inside.data());
+                for (int x = 0; x < width; ++x) {
+                    const Position at = mapping.Map(x + 1, y);
+                    const bool isInside = at.x >= 0.0 && at.x < width && at.y >= 0.0 && at.y < height;
+                    ASSERT_EQ(inside[x], isInside ? 1 : 0);
+                    ASSERT_TRUE(Same(values[x], isInside ? image.GetPixelGrayRaw(at.x, at.y, 0) : -5.25));
+                }
+            }
+        }
+    });
+}
+
+TEST(AlignedRow, MappingsOfOtherFramesAreThoseOfTheirPositions)
+{
+    Random random(9);
+    for (int i = 0; i < 300; ++i) {
+        const Mapping mapping =
+            i % 3 < 2 ? BentMap(random, 40, i % 3 == 0) : Mapping({2.5, -3.0, 0.6, 0.8, 1.7, CfPoint(30.5, 20.5)});
+        const Position at{random.Between(0, 40), random.Between(0, 40)};
+        const Position there = mapping.Map(at.x, at.y);
+        const Position back = mapping.Inverse(there);
+        EXPECT_NEAR(std::hypot(back.x - at.x, back.y - at.y), 0.0, 1e-6);
+        const Position same = mapping.From(7, -3.5).Scaled(2.0).Map(2.0 * (at.x - 7) + 0.5, 2.0 * (at.y + 3.5) + 0.5);
+        EXPECT_NEAR(std::hypot(same.x - there.x, same.y - there.y), 0.0, 1e-9);
+    }
+}
+
 TEST(AlignedRow, RowsTouchedBoundWhatIsRead)
 {
     Random random(6);
-    for (int i = 0; i < 50000; ++i) {
+    for (int i = 0; i < 100000; ++i) {
         const double degrees = i % 3 * random.Between(-180, 180);
-        const auto alignment =
-            Alignment::Turned(random.Between(-20, 20), random.Between(-20, 20), degrees, {30.5, 20.5});
+        const Mapping mapping =
+            i % 2 == 0
+                ? Mapping(Alignment::Turned(random.Between(-20, 20), random.Between(-20, 20), degrees, {30.5, 20.5}))
+                : BentMap(random, 8, i % 4 == 1);
         const int y = random.Whole(-5, 65);
-        const RowSpan rows = RowsTouched(alignment, y, 40, 50, 60);
-        const Position at = alignment.Map(random.Whole(0, 39), y);
+        const RowSpan rows = RowsTouched(mapping, 3, y, 40, 50, 60);
+        const Position at = mapping.Map(random.Whole(3, 42), y);
         if (at.x >= 0.0 && at.x < 50 && at.y >= 0.0 && at.y < 60) {
             ASSERT_LE(rows.first, static_cast<int>(at.y));
             ASSERT_GE(rows.end, std::min(static_cast<int>(at.y) + 3, 60)); // two rows, and what follows in storage

@@ -155,7 +155,7 @@ TEST(CombineFrames, AnyCoverageTakesWhatFramesHave)
             std::vector<double> values;
             for (std::size_t i = 0; i < frames.images.size(); ++i) {
                 const auto onReference = [&](int pixel) { return (pixel + 0.5) / scale - 0.5; };
-                const Position at = frames.plan.frames[i].alignment.Map(onReference(x), onReference(y));
+                const Position at = frames.plan.frames[i].mapping.Map(onReference(x), onReference(y));
                 const bool isInside = at.x >= 0.0 && at.x <= kWidth - 1 && at.y >= 0.0 && at.y < kHeight;
                 const double v = isInside ? frames.images[i].GetPixelGrayRaw(at.x, at.y, p) : std::nan("");
                 const Normalisation& normalisation = frames.plan.frames[i].normalisation[p];
