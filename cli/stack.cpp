@@ -34,6 +34,7 @@ struct StackWords {
     std::string preview;
     std::string coverageMap;
     std::string rejectMap;
+    std::string weightMap;
     std::string registered;
     std::vector<std::string> follow;
     bool wantsBoth = false;
@@ -48,14 +49,17 @@ struct StackWords {
         return wantsBoth ? (path.parent_path() / name).string() : "";
     }
     /// What is written besides the stack; those of an empty name are not wanted.
-    std::vector<std::string> Others() const { return {preview, coverageMap, rejectMap, lights.report, Stars()}; }
+    std::vector<std::string> Others() const
+    {
+        return {preview, coverageMap, rejectMap, weightMap, lights.report, Stars()};
+    }
 };
 
 /// The words for one of several stacks, whose files are called after its filter, too.
 StackWords WordsFor(StackWords words, const std::string& filter)
 {
-    for (std::string* path :
-         {&words.output.path, &words.preview, &words.coverageMap, &words.rejectMap, &words.lights.report}) {
+    for (std::string* path : {&words.output.path, &words.preview, &words.coverageMap, &words.rejectMap,
+                              &words.weightMap, &words.lights.report}) {
         *path = NameFor(*path, filter);
     }
     return words;
@@ -67,6 +71,7 @@ stack::Options AskedOptions(const StackWords& words)
     stack::Options options = OptionsOf(words.lights);
     options.wantsCoverage = !words.coverageMap.empty();
     options.wantsRejected = !words.rejectMap.empty();
+    options.wantsWeights = !words.weightMap.empty();
     options.registered = words.registered;
     options.wantsBoth = words.wantsBoth;
     for (const std::string& place : words.follow) {
@@ -83,7 +88,7 @@ void CheckFiles(const StackWords& words, const std::vector<std::string>& inputs,
     if (!words.preview.empty()) {
         CheckPicture(words.preview);
     }
-    for (const std::string& map : {words.coverageMap, words.rejectMap}) {
+    for (const std::string& map : {words.coverageMap, words.rejectMap, words.weightMap}) {
         if (!map.empty()) {
             io::CheckSave(map, {});
         }
@@ -161,6 +166,10 @@ void SaveAll(const StackWords& words, const stack::Options& options, stack::Resu
         SaveCounts(words.rejectMap, result.rejected, "values", result.header);
         others.Add(words.rejectMap);
     }
+    if (!words.weightMap.empty()) {
+        SaveCounts(words.weightMap, result.weights, "lights", result.header);
+        others.Add(words.weightMap);
+    }
     if (!words.lights.report.empty()) {
         WriteReport(words.lights.report, result);
         others.Add(words.lights.report);
@@ -193,6 +202,7 @@ std::string OutputsText(const StackWords& words)
     add("preview", words.preview);
     add("coverage", words.coverageMap);
     add("rejected", words.rejectMap);
+    add("weights", words.weightMap);
     add("report", words.lights.report);
     return text;
 }
@@ -254,6 +264,10 @@ void AddOutputs(CLI::App& command, StackWords& words)
     command
         .add_option("--reject-map", words.rejectMap,
                     "Write how many values the clipping dropped, too: below, above, together")
+        ->type_name("FILE");
+    command
+        .add_option("--weight-map", words.weightMap,
+                    "Write how much has fallen into each pixel of a drizzled stack, too")
         ->type_name("FILE");
     command
         .add_option("--registered", words.registered,

@@ -222,6 +222,13 @@ std::string MosaicText(const Options& options, const Plan& plan)
            NameOf(kDemosaicNames, options.demosaic);
 }
 
+std::string DrizzleText(const Options& options)
+{
+    return options.drizzle ? " --drizzle " + NumberText(*options.drizzle) + " --drop " + NumberText(options.drop) +
+                                 " --drop-shape " + NameOf(kDropNames, options.dropShape)
+                           : "";
+}
+
 /// What is said of the grid where it is not simply that of the reference.
 std::string GridText(const Options& options)
 {
@@ -240,8 +247,10 @@ std::string ParametersText(const Options& options, const Plan& plan, int used, c
     return "stack" + CombineText(options, used) + AlignText(options, result) + LimitsText(options) +
            MosaicText(options, plan) + " --normalise " + NameOf(kNormaliseNames, NormaliseOf(options)) + " --weight " +
            NameOf(kWeightNames, WeightOf(options)) + GridText(options) + " --coverage " +
-           NameOf(kCoverageNames, options.coverage) + (options.cosmetic ? " --cosmetic" : "") +
-           (options.allowMixed ? " --allow-mixed" : "") + " --pedestal " + NumberText(options.pedestal);
+           NameOf(kCoverageNames, options.coverage) + " --interpolate " +
+           NameOf(kInterpolationNames, options.interpolation) + DrizzleText(options) +
+           (options.cosmetic ? " --cosmetic" : "") + (options.allowMixed ? " --allow-mixed" : "") + " --pedestal " +
+           NumberText(options.pedestal);
 }
 
 void AddHistory(const Options& options, const Plan& plan, int used, const Registration& result, io::Header& header)

@@ -51,6 +51,11 @@ inline constexpr Names<WeightMethod, 5> kWeightNames{{{"none", WeightMethod::kNo
 inline constexpr Names<Coverage, 2> kCoverageNames{{{"any", Coverage::kAny}, {"all", Coverage::kAll}}};
 inline constexpr Names<Canvas, 3> kCanvasNames{
     {{"reference", Canvas::kReference}, {"union", Canvas::kUnion}, {"common", Canvas::kCommon}}};
+inline constexpr Names<Interpolation, 4> kInterpolationNames{{{"bilinear", Interpolation::kBilinear},
+                                                              {"bicubic", Interpolation::kBicubic},
+                                                              {"lanczos3", Interpolation::kLanczos3},
+                                                              {"lanczos4", Interpolation::kLanczos4}}};
+inline constexpr Names<DropKernel, 2> kDropNames{{{"square", DropKernel::kSquare}, {"point", DropKernel::kPoint}}};
 inline constexpr Names<DemosaicMethod, 2> kDemosaicNames{
     {{"edge-aware", DemosaicMethod::kEdgeAware}, {"bilinear", DemosaicMethod::kBilinear}}};
 /// @}

@@ -109,41 +109,48 @@ std::vector<Parameter> LightParameters()
 std::vector<Parameter> CombineParameters()
 {
     const Options usual;
-    return {{.name = "combine",
-             .kind = Kind::Choice,
-             .summary = "what is made of the values that count at a place",
-             .choices = WordsOf(kCombineNames),
-             .whenAbsent = "mean"},
-            {.name = "reject",
-             .kind = Kind::Choice,
-             .summary = "how values that do not count are told: those beyond limits of the deviation (sigma), of one "
-                        "that outliers hardly widen (winsorized), of the median deviation (mad), off a line through "
-                        "the sorted values (linear-fit), extreme deviates by Rosner's test (esd), or the ends (minmax)",
-             .choices = WordsOf(kRejectNames),
-             .whenAbsent = "auto for the mean, by the number of lights; else none"},
-            ValueLimit("low",
-                       "values farther below than so many deviations are rejected; with minmax so many of the lowest"),
-            ValueLimit("high", "the same above"),
-            WholeParameter("iterations", "most rounds of rejection; 0: until nothing changes", "", {0, kMaxIterations},
-                           usual.reject.iterations),
-            {.name = "method",
-             .kind = Kind::Choice,
-             .summary = "in place of combine and reject: one of the composites' own statistics",
-             .choices = WordsOf(kMethodNames),
-             .whenAbsent = "as combine and reject tell"},
-            {.name = "normalise",
-             .kind = Kind::Choice,
-             .summary = "bring lights to the brightness of the reference first",
-             .choices = WordsOf(kNormaliseNames),
-             .whenAbsent = "both; none without align = stars"},
-            {.name = "weight",
-             .kind = Kind::Choice,
-             .summary = "mean: what lights count by",
-             .choices = WordsOf(kWeightNames),
-             .whenAbsent = "snr for combine = mean with align = stars, else none"},
-            Choice("canvas", kCanvasNames, usual.canvas, "what part of the sky the stack shows: of the lights, or all"),
-            Choice("coverage", kCoverageNames, usual.coverage,
-                   "keep pixels that any light has, or only those that all have")};
+    return {
+        {.name = "combine",
+         .kind = Kind::Choice,
+         .summary = "what is made of the values that count at a place",
+         .choices = WordsOf(kCombineNames),
+         .whenAbsent = "mean"},
+        {.name = "reject",
+         .kind = Kind::Choice,
+         .summary = "how values that do not count are told: those beyond limits of the deviation (sigma), of one "
+                    "that outliers hardly widen (winsorized), of the median deviation (mad), off a line through "
+                    "the sorted values (linear-fit), extreme deviates by Rosner's test (esd), or the ends (minmax)",
+         .choices = WordsOf(kRejectNames),
+         .whenAbsent = "auto for the mean, by the number of lights; else none"},
+        ValueLimit("low",
+                   "values farther below than so many deviations are rejected; with minmax so many of the lowest"),
+        ValueLimit("high", "the same above"),
+        WholeParameter("iterations", "most rounds of rejection; 0: until nothing changes", "", {0, kMaxIterations},
+                       usual.reject.iterations),
+        {.name = "method",
+         .kind = Kind::Choice,
+         .summary = "in place of combine and reject: one of the composites' own statistics",
+         .choices = WordsOf(kMethodNames),
+         .whenAbsent = "as combine and reject tell"},
+        {.name = "normalise",
+         .kind = Kind::Choice,
+         .summary = "bring lights to the brightness of the reference first",
+         .choices = WordsOf(kNormaliseNames),
+         .whenAbsent = "both; none without align = stars"},
+        {.name = "weight",
+         .kind = Kind::Choice,
+         .summary = "mean: what lights count by",
+         .choices = WordsOf(kWeightNames),
+         .whenAbsent = "snr for combine = mean with align = stars, else none"},
+        Choice("canvas", kCanvasNames, usual.canvas, "what part of the sky the stack shows: of the lights, or all"),
+        Choice("coverage", kCoverageNames, usual.coverage,
+               "keep pixels that any light has, or only those that all have"),
+        Choice("interpolate", kInterpolationNames, usual.interpolation,
+               "how samples of moved lights are taken between their pixels"),
+        NumberParameter("drizzle", "drop the pixels of the lights, made smaller, onto a grid of so many pixels to one",
+                        "pixels to one of a light", {kMinDrizzle, kMaxDrizzle}, "no drizzle"),
+        NumberParameter("drop", "drizzle: width of a dropped pixel", "pixels of a light", {kMinDrop, 1.0}, usual.drop),
+        Choice("drop-shape", kDropNames, usual.dropShape, "drizzle: what a dropped pixel is")};
 }
 
 Operation StackOperation()
@@ -240,6 +247,10 @@ void SetCombining(const Arguments& arguments, Options& options)
     options.weight = Chosen(arguments, "weight", kWeightNames);
     options.canvas = Chosen(arguments, "canvas", kCanvasNames).value_or(options.canvas);
     options.coverage = Chosen(arguments, "coverage", kCoverageNames).value_or(options.coverage);
+    options.interpolation = Chosen(arguments, "interpolate", kInterpolationNames).value_or(options.interpolation);
+    options.drizzle = NumberOf(arguments, "drizzle");
+    options.drop = arguments.Has("drop") ? arguments.Number("drop") : options.drop;
+    options.dropShape = Chosen(arguments, "drop-shape", kDropNames).value_or(options.dropShape);
 }
 
 } // namespace

@@ -44,6 +44,29 @@ bool NamesFolder(const Options& options)
     return std::any_of(options.lights.begin(), options.lights.end(), isFolder);
 }
 
+/// What drizzle takes, and what takes it.
+void CheckDrizzle(const Options& options)
+{
+    const auto check = [](const char* name, double value, double min, double max) {
+        const bool isAllowed = value >= min && value <= max; // NaN is not
+        if (!isAllowed) {
+            throw ParameterError(name, NumberText(value), "must be " + NumberText(min) + " to " + NumberText(max));
+        }
+    };
+    check("drizzle", options.drizzle.value_or(1.0), kMinDrizzle, kMaxDrizzle);
+    check("drop", options.drop, kMinDrop, 1.0);
+    if (options.drizzle && options.coverage == Coverage::kAll) {
+        throw ParameterError("coverage", "all", "drizzle fills what any light falls into: it takes coverage = any");
+    }
+    if (options.drizzle && CombineOf(options) != CombineBy::kMean) {
+        throw ParameterError("combine", NameOf(kCombineNames, *options.combine),
+                             "drizzle makes the mean of what falls into a pixel");
+    }
+    if (!options.drizzle && options.wantsWeights) {
+        throw ParameterError("weight-map", "alone", "it takes drizzle, which tells how much falls into each pixel");
+    }
+}
+
 void CheckReference(const Options& options)
 {
     if (ReferenceIndex(options) < 0) {
@@ -224,6 +247,7 @@ void CheckOptions(const Options& options)
     CheckRange("reject-fwhm", options.rejectFwhm, kMaxReject);
     CheckRange("reject-stars", options.rejectStars, kMaxReject);
     CheckRange("reject-background", options.rejectBackground, kMaxReject);
+    CheckDrizzle(options);
     CheckCompany(options);
     CheckRejection(options);
     if (!NamesFolder(options)) {

@@ -7,7 +7,9 @@
 
 #include "corvane/colour/demosaic.h"
 #include "corvane/combine/row_combiner.h"
+#include "corvane/core/interpolation.h"
 #include "corvane/platform/export.h"
+#include "stack/combine/drop.h"
 #include "stack/combine/normalise.h"
 #include "stack/combine/rule.h"
 #include "stack/combine/weights.h"
@@ -59,6 +61,10 @@ inline constexpr int kDefaultSearch = 64;    ///< [pixels]
 inline constexpr double kMaxPedestal = 1e9;  ///< largest pedestal [raw units]
 inline constexpr double kMaxReject = 1000.0; ///< largest limit of a measured quantity, or of a value [sigmas]
 inline constexpr int kMaxIterations = 100;   ///< most rounds of rejection
+inline constexpr double kMinDrizzle = 0.5;   ///< coarsest grid [pixels to one of a light]
+inline constexpr double kMaxDrizzle = 4.0;   ///< finest grid [pixels to one of a light]
+inline constexpr double kMinDrop = 0.1;      ///< smallest drop [pixels of a light]
+inline constexpr double kDefaultDrop = 0.7;  ///< [pixels of a light]
 /// @}
 
 /// The calibration frames of lights. Several of a kind are combined by median, one is used as it is.
@@ -126,6 +132,11 @@ struct Options : CalibrationSet {
     std::optional<NormaliseMethod> normalise{}; ///< unset: both with `AlignMethod::kStars`, which tells flux; else none
     std::optional<WeightMethod> weight{};       ///< unset: snr for the mean with `AlignMethod::kStars`, else none
     Coverage coverage = Coverage::kAny;
+    Interpolation interpolation = Interpolation::kLanczos3; ///< of lights that are moved by parts of a pixel, or turned
+    std::optional<double> drizzle{}; ///< pixels of the stack to one of the lights, which are dropped on it [0.5..4]
+    double drop = kDefaultDrop;      ///< width of what is dropped [pixels of a light, 0.1..1]
+    DropKernel dropShape = DropKernel::kSquare;
+    bool wantsWeights = false;  ///< by drizzle: what has fallen into each pixel
     bool cosmetic = false;      ///< pixels that are hot in the darks are mended
     bool wantsCoverage = false; ///< count how many lights have each pixel
     bool wantsRejected = false; ///< count how many of their values the clipping drops

@@ -1,6 +1,7 @@
 #include "stack/stack.h"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 
 #include "corvane/core/error.h"
@@ -9,6 +10,7 @@
 #include "stack/calibrate/masters.h"
 #include "stack/canvas.h"
 #include "stack/combine/combine.h"
+#include "stack/combine/drizzle.h"
 #include "stack/describe.h"
 #include "stack/prepared_lights.h"
 #include "stack/registered.h"
@@ -45,6 +47,14 @@ void CheckEnoughUsed(const Result& result)
 CStlImage EmptyStack(const Grid& grid, int planes)
 {
     return {-32, grid.width, grid.height, planes, 1.0, 0.0, 1};
+}
+
+/// The pixels of the stack, given those of the reference on the canvas.
+Grid GridOf(const Options& options, const Grid& reference)
+{
+    const double scale = options.drizzle.value_or(1.0);
+    const auto size = [=](int pixels) { return std::max(static_cast<int>(std::lround(pixels * scale)), 1); };
+    return {size(reference.width), size(reference.height), scale, reference.left, reference.top};
 }
 
 /// World coordinates and the header that they stand in follow to the grid.
@@ -149,6 +159,7 @@ CombinePlan PlanOf(const Options& options, const PreparedLights& lights, bool fo
             .grid = grid,
             .rule = std::move(rule),
             .coverage = options.coverage,
+            .interpolation = options.interpolation,
             .blank = CommonBlank(plan.lights),
             .memory = plan.lights.BandMemory()};
 }
@@ -159,18 +170,28 @@ void Combine(const Options& options, PreparedLights& lights, const CombinePlan& 
     const Plan& plan = lights.GetPlan();
     const int planes = lights.Frames().Planes();
     WatchedLights watched(lights.Frames(), result.frames.size());
-    result.image = MakeTarget(plan, combining.grid, result.referenceLight, planes);
-    const auto make = [&](bool isWanted) { return isWanted ? EmptyStack(combining.grid, planes) : CStlImage(); };
-    result.coverage = make(options.wantsCoverage);
-    CStlImage low(make(options.wantsRejected));
-    CStlImage high(make(options.wantsRejected));
+    const Grid grid = GridOf(options, combining.grid);
+    result.image = MakeTarget(plan, grid, result.referenceLight, planes);
+    const auto make = [&](bool isWanted, const Grid& size) {
+        return isWanted ? EmptyStack(size, planes) : CStlImage();
+    };
+    result.coverage = make(options.wantsCoverage, grid);
+    result.weights = make(options.wantsWeights, grid);
+    CStlImage low(make(options.wantsRejected, combining.grid));
+    CStlImage high(make(options.wantsRejected, combining.grid));
     const auto wanted = [](CStlImage& counts) { return counts.GetPlanes() > 0 ? &counts : nullptr; };
-    const CombineTarget target{result.image, 0, wanted(result.coverage), wanted(low), wanted(high)};
     if (!options.method) {
         const int used = static_cast<int>(combining.frames.size());
         result.rejection = ChosenRejection(options.reject, CombineOf(options), used);
     }
-    CombineFrames(combining, watched, target, run, "Combining lights...");
+    if (options.drizzle) {
+        DrizzleFrames({combining, grid, options.drop, options.dropShape, plan.patterns}, watched,
+                      {result.image, wanted(result.weights), wanted(result.coverage), wanted(low), wanted(high)}, run,
+                      "Dropping lights...");
+    } else {
+        CombineFrames(combining, watched, {result.image, 0, wanted(result.coverage), wanted(low), wanted(high)}, run,
+                      "Combining lights...");
+    }
     result.image.UnlockAll();
     LeaveOutEmpty(watched, options.coverage, result.frames);
     if (options.wantsRejected) {
@@ -203,7 +224,7 @@ Result Stack(const Options& options, const Run& run)
     Combine(options, lights, combining, result, run);
     CheckEnoughUsed(result); // once more: combining has told which lights are empty
     result.header = DescribeStack(options, lights.GetPlan(), result);
-    CarryToGrid(combining.grid, result.image, result.header);
+    CarryToGrid(GridOf(options, combining.grid), result.image, result.header);
     if (options.wantsBoth) {
         CombineStars(options, lights, result, run);
     }

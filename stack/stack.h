@@ -45,6 +45,7 @@ struct Result : Registration {
     /// @name Counts for each sample of the stack, when they were asked for; empty images otherwise
     /// @{
     CStlImage coverage; ///< lights that have it
+    CStlImage weights;  ///< by drizzle: weights times parts of drops
     CStlImage rejected; ///< values that the clipping dropped, of all planes: below, above, and both in three planes
     /// @}
 };

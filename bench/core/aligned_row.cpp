@@ -32,6 +32,23 @@ private:
     std::vector<int> inside_;
 };
 
+/// Samples bands of a frame in memory by a kernel, without the reader of single samples to compare with.
+void TimeKernel(Run& run, Interpolation interpolation, double dx, double dy, double degrees)
+{
+    CStlImage& frame = LargeFrame();
+    frame.SetDefaultCenter();
+    const Alignment alignment = Alignment::Turned(dx, dy, degrees, frame.GetStdCtr());
+    const int width = frame.GetWidth();
+    const PlaneRows plane{frame.GetImageAdr(0, 0, 0, 1), width, frame.GetHeight(), 0, 0.0F};
+    std::vector<double> values(static_cast<std::size_t>(width));
+    std::vector<int> inside(values.size());
+    run.Time(frame.GetImageSize(), [&] {
+        for (int y = 0; y < frame.GetHeight(); ++y) {
+            SampleAlignedStretch(plane, alignment, 0, y, width, kOutside, values.data(), inside.data(), interpolation);
+        }
+    });
+}
+
 void TimeRows(Run& run, double dx, double dy, double degrees)
 {
     CStlImage& frame = LargeFrame();
@@ -54,6 +71,14 @@ void TimeRows(Run& run, double dx, double dy, double degrees)
 const Line wholeShift("core/AlignedRow/whole shift", {}, [](Run& run) { TimeRows(run, 7.0, -5.0, 0.0); });
 const Line fractionalShift("core/AlignedRow/fractional shift", {}, [](Run& run) { TimeRows(run, 7.3, -5.6, 0.0); });
 const Line turn("core/AlignedRow/turn", {}, [](Run& run) { TimeRows(run, 7.3, -5.6, 0.7); });
+const Line cubicTurn("core/AlignedRow/turn, bicubic", {},
+                     [](Run& run) { TimeKernel(run, Interpolation::kBicubic, 7.3, -5.6, 0.7); });
+const Line lanczosShift("core/AlignedRow/fractional shift, lanczos3", {},
+                        [](Run& run) { TimeKernel(run, Interpolation::kLanczos3, 7.3, -5.6, 0.0); });
+const Line lanczosTurn("core/AlignedRow/turn, lanczos3", {},
+                       [](Run& run) { TimeKernel(run, Interpolation::kLanczos3, 7.3, -5.6, 0.7); });
+const Line widerTurn("core/AlignedRow/turn, lanczos4", {},
+                     [](Run& run) { TimeKernel(run, Interpolation::kLanczos4, 7.3, -5.6, 0.7); });
 
 } // namespace
 } // namespace corvane::bench

@@ -44,10 +44,11 @@ void MarkMissing(const std::vector<CombineLine>& lines, int begin, int columns, 
     }
 }
 
-void StoreCounts(const int* counts, int begin, int columns, float* row)
+template <class Value, class Stored>
+void StoreEach(const Value* values, int begin, int columns, Stored* row)
 {
     if (row != nullptr) {
-        std::copy_n(counts, columns, row + begin);
+        std::copy_n(values, columns, row + begin);
     }
 }
 
@@ -59,6 +60,15 @@ struct RowCombiner::Pixels {
     int count[kColumns] = {};
     int low[kColumns] = {};
     int high[kColumns] = {};
+    bool wantsBounds = false;
+    double keptLow[kColumns];
+    double keptHigh[kColumns];
+
+    explicit Pixels(const CombinedRow& result) : wantsBounds(result.keptLow != nullptr)
+    {
+        std::fill_n(keptLow, wantsBounds ? kColumns : 0, -std::numeric_limits<double>::infinity());
+        std::fill_n(keptHigh, wantsBounds ? kColumns : 0, std::numeric_limits<double>::infinity());
+    }
 };
 
 CombineRule::CombineRule(CombineMethod method)
@@ -112,7 +122,7 @@ int RowCombiner::CombineBlocks(const Block<T>& block, int count, const CombinedR
     int fewest = block.frames;
     for (int begin = 0; begin < count; begin += kColumns) {
         const int columns = std::min(kColumns, count - begin);
-        Pixels pixels;
+        Pixels pixels(result);
         const int least = columns == kColumns // a number that the compiler knows
                               ? Gather(lines_, begin, kColumns, block, pixels.count)
                               : Gather(lines_, begin, columns, block, pixels.count);
@@ -161,6 +171,17 @@ void RowCombiner::TakeStatistic(const Block<double>& block, bool isWhole, Pixels
         pixels.low[k] = isClipped ? kept.first[k] : 0;
         pixels.high[k] = isClipped ? pixels.count[k] - kept.first[k] - kept.count[k] : 0;
     }
+    SetBounds(sorted, kept, pixels);
+}
+
+void RowCombiner::SetBounds(const SortedBlock& block, const Kept& kept, Pixels& pixels)
+{
+    for (int k = 0; k < kColumns && pixels.wantsBounds; ++k) {
+        if (pixels.low[k] + pixels.high[k] > 0) {
+            pixels.keptLow[k] = block.values.Row(kept.first[k])[k];
+            pixels.keptHigh[k] = block.values.Row(kept.first[k] + kept.count[k] - 1)[k];
+        }
+    }
 }
 
 void RowCombiner::Store(const Pixels& pixels, bool isWhole, int begin, int columns, const CombinedRow& result) const
@@ -173,9 +194,11 @@ void RowCombiner::Store(const Pixels& pixels, bool isWhole, int begin, int colum
     for (int k = 0; k < columns && needed > 0; ++k) {
         values[k] = pixels.count[k] < needed ? Gap(begin + k) : values[k];
     }
-    StoreCounts(pixels.count, begin, columns, result.coverage);
-    StoreCounts(pixels.low, begin, columns, result.rejectedLow);
-    StoreCounts(pixels.high, begin, columns, result.rejectedHigh);
+    StoreEach(pixels.count, begin, columns, result.coverage);
+    StoreEach(pixels.low, begin, columns, result.rejectedLow);
+    StoreEach(pixels.high, begin, columns, result.rejectedHigh);
+    StoreEach(pixels.keptLow, begin, columns, result.keptLow);
+    StoreEach(pixels.keptHigh, begin, columns, result.keptHigh);
 }
 
 /// What a pixel shows that not all frames have although they should: the value that the last frame without it stands

@@ -48,6 +48,8 @@ struct CombinedRow {
     float* coverage = nullptr;     ///< how many frames have the pixel; NaN counts as missing
     float* rejectedLow = nullptr;  ///< how many of their values the clipping dropped at the lower bound
     float* rejectedHigh = nullptr; ///< and at the upper one; the median drops none
+    double* keptLow = nullptr;     ///< the lowest value that counts; minus infinity where none is dropped
+    double* keptHigh = nullptr;    ///< the highest one; infinity where none is dropped
 };
 
 /// Combines rows of frames that may lack pixels, pixel by pixel, with a weight for each frame.
@@ -81,6 +83,7 @@ private:
     int CombineBlocks(const Block<T>& block, int count, const CombinedRow& result);
     void TakeStatistic(const Block<float>& block, bool isWhole, Pixels& pixels) const;
     void TakeStatistic(const Block<double>& block, bool isWhole, Pixels& pixels);
+    static void SetBounds(const SortedBlock& block, const Kept& kept, Pixels& pixels);
     void Store(const Pixels& pixels, bool isWhole, int begin, int columns, const CombinedRow& result) const;
     float Gap(int x) const;
 

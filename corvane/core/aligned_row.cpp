@@ -4,29 +4,11 @@
 #include <cmath>
 #include <cstring>
 
-#include "corvane/core/interpolation.h"
-#include "corvane/core/truncate.h"
+#include "corvane/core/kernel_sampler.h"
 #include "corvane/core/walk.h"
 
 namespace corvane {
 namespace {
-
-/// Bilinear interpolation; at a whole position the sample itself, whatever its neighbours hold.
-double Interpolate(double a0, double a1, double b0, double b1, double fx, double fy)
-{
-    const double between = Bilinear(a0, a1, b0, b1, fx, fy);
-    const bool isWhole = (fx == 0.0) & (fy == 0.0);
-    return isWhole ? a0 : between;
-}
-
-/// The two rows that a position lies between, and how far.
-struct RowPair {
-    int above;
-    int below;
-    double fraction;
-
-    RowPair(double y, int height) : above(Truncate(y)), below(std::min(above + 1, height - 1)), fraction(y - above) {}
-};
 
 /// True when no rounding of x - shift carries a position over a whole pixel, for any column x: whole shifts, and those
 /// far enough from whole ones.
@@ -55,11 +37,16 @@ public:
     int End() const { return std::max(begin_, end_); }
 
     /// values[0] belongs to the first column of the stretch.
-    void Sample(double* values) const
+    void Sample(Interpolation interpolation, double* values) const
     {
         const float* const above = plane_.Row(rows_.above);
         if (dx_ == offset_ && rows_.fraction == 0.0) {
             std::copy(above + begin_ - offset_, above + End() - offset_, values + begin_ - first_);
+            return;
+        }
+        if (interpolation != Interpolation::kBilinear) {
+            SampleRowByKernel(plane_, interpolation, begin_ - offset_, offset_ - dx_, rows_.above + rows_.fraction,
+                              End() - begin_, values + begin_ - first_);
             return;
         }
         const float* const below = plane_.Row(rows_.below);
@@ -90,7 +77,7 @@ private:
 };
 
 void SampleShiftedStretch(const PlaneRows& plane, const Alignment& alignment, int x, int y, int count, double outside,
-                          double* values, int* inside)
+                          double* values, int* inside, Interpolation interpolation)
 {
     const double sy = y - alignment.dy;
     int begin = count;
@@ -100,7 +87,7 @@ void SampleShiftedStretch(const PlaneRows& plane, const Alignment& alignment, in
         begin = stretch.Begin() - x;
         end = stretch.End() - x;
         if (begin < end) {
-            stretch.Sample(values);
+            stretch.Sample(interpolation, values);
         }
     }
     std::fill(values, values + begin, outside);
@@ -142,14 +129,18 @@ public:
         mapping.WithMap([&](auto map) { isInner_ = MapRow(map, plane, x, y, count, x_, y_, inside_); });
     }
 
-    void Sample(double outside, double* values, int* inside) const
+    void Sample(Interpolation interpolation, double outside, double* values, int* inside) const
     {
         int end = 0;
         while (end < count_) { // positions that move along a curve may come back
             const int begin = static_cast<int>(std::find(inside_ + end, inside_ + count_, 1) - inside_);
             std::fill(values + end, values + begin, outside);
             end = static_cast<int>(std::find(inside_ + begin, inside_ + count_, 0) - inside_);
-            SampleRun(begin, end, values);
+            if (interpolation == Interpolation::kBilinear) {
+                SampleRun(begin, end, values);
+            } else {
+                SampleByKernel(plane_, interpolation, x_ + begin, y_ + begin, end - begin, values + begin);
+            }
         }
         std::copy_n(inside_, count_, inside);
     }
@@ -168,7 +159,7 @@ private:
             return;
         }
         for (int i = begin; i < end; ++i) {
-            values[i] = At(i);
+            values[i] = BilinearAt(plane_, x_[i], y_[i]);
         }
     }
 
@@ -186,18 +177,6 @@ private:
             const double fy = y_[i] - static_cast<int>(y_[i]);
             values[i] = Interpolate(above[i].first, above[i].second, below[i].first, below[i].second, fx, fy);
         }
-    }
-
-    double At(int i) const
-    {
-        const RowPair rows(y_[i], plane_.height);
-        const int ix = static_cast<int>(x_[i]);
-        const float* const a = plane_.Row(rows.above) + ix;
-        const float* const b = plane_.Row(rows.below) + ix;
-        const bool hasNext = ix + 1 < plane_.width;
-        const float a1 = hasNext ? a[1] : plane_.After(rows.above);
-        const float b1 = hasNext ? b[1] : plane_.After(rows.below);
-        return Interpolate(*a, a1, *b, b1, x_[i] - ix, rows.fraction);
     }
 
     const PlaneRows& plane_;
@@ -232,15 +211,16 @@ void BringPages(const CStlImage& image, int plane, const Alignment& alignment, i
 
 } // namespace
 
-RowSpan RowsTouched(const Mapping& mapping, int x, int y, int count, int width, int height)
+RowSpan RowsTouched(const Mapping& mapping, int x, int y, int count, int width, int height, Interpolation interpolation)
 {
+    const int farther = ReachOf(interpolation) - 1;
     const auto [from, to] = mapping.RangeOfY(x, y, count);
     const double low = std::floor(from) - 1.0; // a row of room on either side covers rounding
     const double high = std::floor(to) + 4.0;  // the row below, and the sample that follows it
     if (width < 1 || count < 1 || !(high > 0.0) || !(low < height)) {
         return {0, 0};
     }
-    return {static_cast<int>(std::max(low, 0.0)), static_cast<int>(std::min(high, static_cast<double>(height)))};
+    return {static_cast<int>(std::max(low - farther, 0.0)), static_cast<int>(std::min(high + farther, 1.0 * height))};
 }
 
 void SampleAlignedRow(const CStlImage& image, int plane, const Alignment& alignment, int y, int count, double outside,
@@ -263,16 +243,16 @@ void SampleAlignedStretch(const CStlImage& image, int plane, const Alignment& al
 }
 
 void SampleAlignedStretch(const PlaneRows& plane, const Mapping& mapping, int x, int y, int count, double outside,
-                          double* values, int* inside)
+                          double* values, int* inside, Interpolation interpolation)
 {
     if (mapping.IsShift() && IsRegular(mapping.AsAlignment()->dx)) {
-        SampleShiftedStretch(plane, *mapping.AsAlignment(), x, y, count, outside, values, inside);
+        SampleShiftedStretch(plane, *mapping.AsAlignment(), x, y, count, outside, values, inside, interpolation);
         return;
     }
     for (int done = 0; done < count; done += TurnedStretch::kLength) {
         const int length = std::min(TurnedStretch::kLength, count - done);
         const TurnedStretch stretch(plane, mapping, x + done, y, length);
-        stretch.Sample(outside, values + done, inside + done);
+        stretch.Sample(interpolation, outside, values + done, inside + done);
     }
 }
 

@@ -1,28 +1,11 @@
 #pragma once
 
-#include <cstddef>
-
 #include "corvane/core/mapping.h"
+#include "corvane/core/plane_rows.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"
 
 namespace corvane {
-
-/// One plane of an image as a sampler sees it: whole, or the band of its rows that is in memory.
-///
-/// Interpolation right of the last column takes the sample that follows in storage: the next row's first, or behind the
-/// plane's last row `afterLast`.
-struct PlaneRows {
-    const float* rows; ///< sample (0, firstRow)
-    int width;
-    int height;      ///< of the whole plane
-    int firstRow;    ///< first row in memory
-    float afterLast; ///< the sample that follows the plane in storage; its own last one when there is none
-
-    const float* Row(int y) const { return rows + static_cast<std::ptrdiff_t>(y - firstRow) * width; }
-    /// The sample that follows row y in storage.
-    float After(int y) const { return y + 1 < height ? *Row(y + 1) : afterLast; }
-};
 
 /// The rows of an image from `first` to before `end`.
 struct RowSpan {
@@ -32,7 +15,8 @@ struct RowSpan {
 
 /// The rows of an image, width x height, that sampling columns `x` to before `x + count` of a frame's row y reads; none
 /// when empty.
-CORVANE_VISIBLE RowSpan RowsTouched(const Mapping& mapping, int x, int y, int count, int width, int height);
+CORVANE_VISIBLE RowSpan RowsTouched(const Mapping& mapping, int x, int y, int count, int width, int height,
+                                    Interpolation interpolation = Interpolation::kBilinear);
 
 /// Samples row y of a frame from a plane of an image that is aligned onto it: values[x] and inside[x] (1 or 0), x in
 /// 0..count - 1. Outside the plane the value is `outside`. The same values as `CStlImage::GetPixelGrayRaw` gives one by
@@ -45,8 +29,10 @@ CORVANE_VISIBLE void SampleAlignedRow(const CStlImage& image, int plane, const A
 CORVANE_VISIBLE void SampleAlignedStretch(const CStlImage& image, int plane, const Alignment& alignment, int x, int y,
                                           int count, double outside, double* values, int* inside);
 
-/// The same from a plane of which those rows are in memory that `RowsTouched` tells for the stretch.
+/// The same from a plane of which those rows are in memory that `RowsTouched` tells for the stretch, with an
+/// interpolation of choice. The same positions are inside for all of them.
 CORVANE_VISIBLE void SampleAlignedStretch(const PlaneRows& plane, const Mapping& mapping, int x, int y, int count,
-                                          double outside, double* values, int* inside);
+                                          double outside, double* values, int* inside,
+                                          Interpolation interpolation = Interpolation::kBilinear);
 
 } // namespace corvane

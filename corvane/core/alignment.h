@@ -44,6 +44,14 @@ struct Alignment {
         return at;
     }
 
+    /// Where position (x, y) of the image lies in the frame.
+    Position Back(double x, double y) const
+    {
+        const double a = (x - centreX) / scale;
+        const double b = (centreY - y) / scale;
+        return {a * cosine + b * sine + centreX + dx, centreY + dy - (b * cosine - a * sine)};
+    }
+
     /// Calls visit with a function that maps pixels as `Map` does, chosen once for many of them.
     template <class Visit>
     void WithMap(Visit visit) const

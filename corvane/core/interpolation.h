@@ -2,6 +2,20 @@
 
 namespace corvane {
 
+/// How a value between samples is made of them.
+enum class Interpolation {
+    kBilinear, ///< of the nearest 2 x 2
+    kBicubic,  ///< of 4 x 4: cubic convolution with a = -0.5
+    kLanczos3, ///< of 6 x 6: the sinc in a sinc as wide
+    kLanczos4, ///< of 8 x 8
+};
+
+/// So many samples on either side of a position have a say, along each axis.
+constexpr int ReachOf(Interpolation interpolation)
+{
+    return static_cast<int>(interpolation) + 1;
+}
+
 // What lies between two samples, in the two orders of operations that results depend on: their last bits differ.
 
 /// The value a part of the way from a to b, each multiplied by its weight: a at 0 and b at 1, exactly. So samples are

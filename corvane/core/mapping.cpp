@@ -8,6 +8,7 @@ namespace {
 
 constexpr double kUnbounded = std::numeric_limits<double>::infinity();
 constexpr int kInverseRounds = 50;
+constexpr double kMet = 1e-22; // square of a distance [pixels^2]
 
 /// What the first terms make of a distance; a tilt adds to it in the middle.
 struct Slopes {
@@ -22,9 +23,7 @@ struct Slopes {
 
 Position Inverse(const Alignment& m, const Position& at)
 {
-    const double p = (at.x - m.centreX) / m.scale;
-    const double q = (m.centreY - at.y) / m.scale;
-    return {p * m.cosine + q * m.sine + m.centreX + m.dx, m.centreY + m.dy - (q * m.cosine - p * m.sine)};
+    return m.Back(at.x, at.y);
 }
 
 /// Goes on by the slopes in the middle until the place is met: what bends is little.
@@ -38,6 +37,9 @@ Position Inverse(const FieldMap& m, const Position& at)
             const Position there = map(found.x, found.y);
             const double x = at.x - there.x;
             const double y = at.y - there.y;
+            if (x * x + y * y < kMet) {
+                break;
+            }
             found.x += (slopes.yv * x - slopes.xv * y) / determinant;
             found.y += (slopes.xu * y - slopes.yu * x) / determinant;
         }

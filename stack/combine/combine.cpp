@@ -1,6 +1,7 @@
 #include "stack/combine/combine.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <limits>
 #include <numeric>
@@ -11,24 +12,13 @@
 #include "corvane/core/memory_budget.h"
 #include "corvane/core/text.h"
 #include "corvane/core/walk.h"
+#include "stack/combine/placed_frame.h"
 #include "stack/combine/row_window.h"
+#include "stack/combine/workbench.h"
 
 namespace corvane::stack {
 
 namespace {
-
-std::vector<double> Weights(const std::vector<Placement>& frames)
-{
-    std::vector<double> weights;
-    std::transform(frames.begin(), frames.end(), std::back_inserter(weights), [](const auto& f) { return f.weight; });
-    return weights;
-}
-
-/// What the plan may take of the memory that the budget leaves.
-std::uint64_t MemoryFor(const CombinePlan& plan)
-{
-    return std::min(plan.memory, MemoryBudget() - std::min(MemoryInUse(), MemoryBudget()));
-}
 
 /// Whether several threads may write rows of what combining fills.
 bool MayShare(const CombineTarget& target)
@@ -38,8 +28,8 @@ bool MayShare(const CombineTarget& target)
                        [](const CStlImage* image) { return image == nullptr || MayShareWork(*image, {}); });
 }
 
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr int kFewestColumns = 16;
-constexpr int kStretch = 256; // columns of a row that are combined at a time: those of all frames stay in a near cache
 
 /// A frame at work.
 struct PlacedFrame {
@@ -51,27 +41,6 @@ struct PlacedFrame {
 
     /// Bytes of a row of all planes.
     std::uint64_t RowBytes() const { return sizeof(float) * facts.width * static_cast<std::uint64_t>(facts.planes); }
-};
-
-/// What one thread combines with.
-struct Workbench {
-    explicit Workbench(const CombinePlan& plan)
-        : combiner(plan.rule, plan.coverage, Weights(plan.frames), plan.blank), values(plan.frames.size() * kStretch),
-          valid(values.size()), fewest(static_cast<int>(plan.frames.size()))
-    {
-        for (std::size_t i = 0; i < plan.frames.size(); ++i) {
-            lines.push_back({Values(i), Valid(i)});
-        }
-    }
-
-    double* Values(std::size_t frame) { return values.data() + frame * kStretch; }
-    int* Valid(std::size_t frame) { return valid.data() + frame * kStretch; }
-
-    RowCombiner combiner;
-    std::vector<double> values; ///< of a stretch of a row, frame after frame
-    std::vector<int> valid;
-    std::vector<CombineLine> lines;
-    int fewest; ///< frames that have some pixel
 };
 
 /// A stretch of a row of the target.
@@ -103,6 +72,7 @@ private:
     void Sample(const PlacedFrame& frame, const Stretch& stretch, double* values, int* valid) const;
     float* In(CStlImage* image, const Stretch& stretch) const;
     bool HasBlanks() const;
+    bool BlanksAreNan() const;
 
     const CombinePlan& plan_;
     FrameSource& source_;
@@ -123,10 +93,9 @@ BandCombiner::BandCombiner(const CombinePlan& plan, FrameSource& source, const C
 {
     for (const Placement& placement : plan.frames) {
         const FrameFacts facts = source.Facts(placement.frame);
-        const Grid& grid = plan.grid;
-        const Mapping mapping = placement.mapping.From(grid.left, grid.top).Scaled(grid.scale);
-        const bool isSmaller = facts.width < width_ || facts.height < grid.height;
-        frames_.push_back({placement, mapping, facts, RowWindow(mapping, facts, 0, width_),
+        const Mapping mapping = OnGrid(placement.mapping, plan.grid);
+        const bool isSmaller = facts.width < width_ || facts.height < plan.grid.height;
+        frames_.push_back({placement, mapping, facts, RowWindow(mapping, facts, 0, width_, plan.interpolation),
                            facts.blank || isSmaller || !mapping.IsIdentity()});
     }
 }
@@ -164,7 +133,7 @@ void BandCombiner::OpenStrip(int left, int right, int rows)
     left_ = left;
     columns_ = right - left;
     for (PlacedFrame& frame : frames_) {
-        frame.window = RowWindow(frame.mapping, frame.facts, left, right);
+        frame.window = RowWindow(frame.mapping, frame.facts, left, right, plan_.interpolation);
         int most = 0;
         for (int first = firstRow_; first < endRow_; first += rows) {
             const RowSpan touched = frame.window.Touched(first, std::min(first + rows, endRow_) - 1);
@@ -214,7 +183,8 @@ std::uint64_t BandCombiner::Margins(int columns) const
     const int left = (width_ - columns) / 2;
     std::uint64_t bytes = 0;
     for (const PlacedFrame& frame : frames_) {
-        const RowSpan touched = RowWindow(frame.mapping, frame.facts, left, left + columns).Touched(row, row);
+        const RowWindow window(frame.mapping, frame.facts, left, left + columns, plan_.interpolation);
+        const RowSpan touched = window.Touched(row, row);
         bytes += static_cast<std::uint64_t>(std::max(touched.end - touched.first - 1, 0)) * frame.RowBytes();
     }
     return bytes;
@@ -252,22 +222,21 @@ int BandCombiner::RowsOfBand(int columns) const
                                        static_cast<double>(std::max(endRow_ - firstRow_, 1))));
 }
 
-/// Reads rows, with the frame's own blanks turned into the plan's, or into NaN, which passes on to all that is
-/// interpolated from it, where frames may lack pixels.
+/// Whether blanks become NaN, which passes on to all that is interpolated from it: where frames may lack pixels, and
+/// where a kernel that reaches far would spread a blank's value.
+bool BandCombiner::BlanksAreNan() const
+{
+    return plan_.coverage == Coverage::kAny || plan_.interpolation != Interpolation::kBilinear;
+}
+
+/// Reads rows, with the frame's own blanks turned into the plan's, or into NaN.
 void BandCombiner::Read(const PlacedFrame& frame, int firstRow, int rowCount, float* samples,
                         std::ptrdiff_t planeStride) const
 {
     source_.Read(frame.placement.frame, firstRow, rowCount, samples, planeStride);
-    const std::optional<int> own = frame.facts.blank;
-    const bool staysBlank = plan_.coverage == Coverage::kAll;
-    if (!own || (staysBlank && *own == plan_.blank)) {
-        return;
-    }
-    const float blank = staysBlank ? static_cast<float>(plan_.blank) : std::numeric_limits<float>::quiet_NaN();
-    for (int plane = 0; plane < frame.facts.planes; ++plane) {
-        float* begin = samples + plane * planeStride;
-        std::replace_if(begin, begin + static_cast<std::ptrdiff_t>(rowCount) * frame.facts.width, frame.facts.IsBlank(),
-                        blank);
+    const bool staysBlank = !BlanksAreNan();
+    if (!staysBlank || frame.facts.blank != plan_.blank) {
+        ReplaceBlanks(frame.facts, staysBlank ? static_cast<float>(plan_.blank) : kNaN, rowCount, samples, planeStride);
     }
 }
 
@@ -302,18 +271,13 @@ void BandCombiner::Sample(const PlacedFrame& frame, const Stretch& stretch, doub
         frame.window.LeaveOutWrapped(left, row, count, valid);
     } else if (frame.usesBlank) {
         const BlankTest isBlank(plan_.blank);
+        const bool isNanBlank = frame.facts.blank && BlanksAreNan();
         for (int x = 0; x < count; ++x) {
+            values[x] = isNanBlank && std::isnan(values[x]) ? plan_.blank : values[x];
             valid[x] &= isBlank(values[x]) ? 0 : 1;
         }
     }
-    const std::vector<Normalisation>& planes = frame.placement.normalisation;
-    if (!planes.empty() && !planes[plane].ChangesNothing()) {
-        const auto [factor, offset] = planes[plane];
-        for (int x = 0; x < count; ++x) {
-            const double v = values[x];
-            values[x] = valid[x] != 0 ? v * factor + offset : v;
-        }
-    }
+    Normalise(frame.placement, plane, count, values, valid);
 }
 
 void Check(const CombinePlan& plan, const FrameSource& source, const CombineTarget& target)

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "corvane/combine/row_combiner.h"
+#include "corvane/core/interpolation.h"
 #include "corvane/core/mapping.h"
 #include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
@@ -37,7 +38,8 @@ struct CombinePlan {
     Grid grid{};
     CombineRule rule{CombineMethod::kMedian};
     Coverage coverage = Coverage::kAll;
-    int blank = 0; ///< what the target holds where a frame has nothing
+    Interpolation interpolation = Interpolation::kBilinear; ///< of frames that are moved by parts of a pixel, or turned
+    int blank = 0;                                          ///< what the target holds where a frame has nothing
     /// What bands may take, of what the memory budget leaves [bytes]; a band holds one row at least.
     std::uint64_t memory = std::numeric_limits<std::uint64_t>::max();
 };
@@ -57,7 +59,7 @@ struct CombineTarget {
 /// With `Coverage::kAll` a grid of the frames' size becomes what `CImgMedianComposit` makes of the frames in memory,
 /// all declaring the plan's blank value if they declare one or are moved: without that a frame that leaves a border would
 /// take its own zeros for blanks. The target declares it when a frame does. Without weights and normalisation that holds
-/// bit for bit.
+/// bit for bit, of bilinear interpolation. The others take what is interpolated from a blank as missing.
 ///
 /// With `Coverage::kAny` the statistic is that of the frames that have a pixel: what lies outside of a frame does not
 /// count, nor NaN, nor blanks and what is interpolated from one, nor the last column's samples between two pixels, the

@@ -5,15 +5,16 @@
 
 namespace corvane::stack {
 
-RowWindow::RowWindow(const Mapping& mapping, const FrameFacts& frame, int left, int right)
-    : mapping_(mapping), width_(frame.width), height_(frame.height), planes_(frame.planes), left_(left), right_(right)
+RowWindow::RowWindow(const Mapping& mapping, const FrameFacts& frame, int left, int right, Interpolation interpolation)
+    : mapping_(mapping), interpolation_(interpolation), width_(frame.width), height_(frame.height),
+      planes_(frame.planes), left_(left), right_(right)
 {}
 
 RowSpan RowWindow::Touched(int firstRow, int lastRow) const
 {
     RowSpan touched{height_, 0};
     for (int y = firstRow; y <= lastRow; ++y) {
-        const RowSpan span = RowsTouched(mapping_, left_, y, right_ - left_, width_, height_);
+        const RowSpan span = RowsTouched(mapping_, left_, y, right_ - left_, width_, height_, interpolation_);
         if (span.first < span.end) {
             touched = {std::min(touched.first, span.first), std::max(touched.end, span.end)};
         }
@@ -97,7 +98,7 @@ void RowWindow::Sample(int plane, int x, int row, int count, double outside, dou
     const float own = holdsLast ? rows[static_cast<std::ptrdiff_t>(count_) * width_ - 1] : 0.0F;
     const bool isFollowed = plane < static_cast<int>(followers_.size());
     const PlaneRows held{rows, width_, height_, first_, isFollowed ? followers_[plane] : own};
-    SampleAlignedStretch(held, mapping_, x, row, count, outside, values, inside);
+    SampleAlignedStretch(held, mapping_, x, row, count, outside, values, inside, interpolation_);
 }
 
 } // namespace corvane::stack

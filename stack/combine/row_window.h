@@ -19,7 +19,8 @@ public:
     using Reader = std::function<void(int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)>;
 
     /// For columns left to right - 1 of the target.
-    RowWindow(const Mapping& mapping, const FrameFacts& frame, int left, int right);
+    RowWindow(const Mapping& mapping, const FrameFacts& frame, int left, int right,
+              Interpolation interpolation = Interpolation::kBilinear);
 
     /// Rows of the frame that rows firstRow to lastRow of the target touch; empty when they touch none.
     RowSpan Touched(int firstRow, int lastRow) const;
@@ -35,12 +36,21 @@ public:
     /// to the first sample of the next row.
     void LeaveOutWrapped(int x, int row, int count, int* inside) const;
 
+    /// The rows of the frame that are in memory.
+    RowSpan Held() const { return {first_, first_ + count_}; }
+    /// Row y of a plane, one of those.
+    const float* Row(int plane, int y) const
+    {
+        return samples_.get() + plane * PlaneStride() + static_cast<std::ptrdiff_t>(y - first_) * width_;
+    }
+
 private:
     RowSpan Keep(const RowSpan& wanted);
     void ReadFollowers(const Reader& read);
     std::ptrdiff_t PlaneStride() const { return static_cast<std::ptrdiff_t>(capacity_) * width_; }
 
     Mapping mapping_;
+    Interpolation interpolation_;
     int width_;
     int height_;
     int planes_;

@@ -21,4 +21,5 @@ night() {
 night '' '1:1G 2:1G 3:6M 7:1G 32:8M' --method clipped-mean --weight noise
 night RGGB '1:1G 2:1G 3:6M 7:1G 32:8M'
 night '' '1:1G 3:6M' --align shift --method clipped-median
+night RGGB '1:1G 3:6M 7:40M' --drizzle 1.5 --interpolate lanczos4
 finish

@@ -1,7 +1,10 @@
 #include "corvane/core/aligned_row.h"
 
 #include <cmath>
+#include <numbers>
+#include <tuple>
 
+#include "corvane/core/kernel_sampler.h"
 #include "tests/support/plain.h"
 
 using namespace corvane;
@@ -42,7 +45,94 @@ Mapping BentMap(Random& random, double size, bool isTilted)
     return map;
 }
 
+double Sinc(double d)
+{
+    return d == 0.0 ? 1.0 : std::sin(std::numbers::pi * d) / (std::numbers::pi * d);
+}
+
+double Kernel(Interpolation interpolation, double d)
+{
+    const int reach = ReachOf(interpolation);
+    if (interpolation == Interpolation::kBicubic) {
+        d = std::fabs(d);
+        return d < 1.0   ? 1.5 * d * d * d - 2.5 * d * d + 1.0
+               : d < 2.0 ? -0.5 * d * d * d + 2.5 * d * d - 4.0 * d + 2.0
+                         : 0.0;
+    }
+    return std::fabs(d) < reach ? Sinc(d) * Sinc(d / reach) : 0.0;
+}
+
+/// All samples in reach by weight, limited by the nearest 4 x 4; bilinear where one is missing.
+double PlainKernel(const Plain& image, Interpolation interpolation, double x, double y, int p)
+{
+    const int reach = ReachOf(interpolation);
+    const int left = static_cast<int>(x);
+    const int top = static_cast<int>(y);
+    double sum = 0.0;
+    double weights = 0.0;
+    double least = INFINITY;
+    double greatest = -INFINITY;
+    for (int j = top + 1 - reach; j <= top + reach; ++j) {
+        for (int i = left + 1 - reach; i <= left + reach; ++i) {
+            const bool isThere = i >= 0 && i < image.width && j >= 0 && j < image.height;
+            if (!isThere || !std::isfinite(image.At(i, j, p))) {
+                return image.Between(x, y, p);
+            }
+            const double sample = image.At(i, j, p);
+            const double weight = Kernel(interpolation, i - x) * Kernel(interpolation, j - y);
+            const bool isNear = std::max(std::abs(2 * (i - left) - 1), std::abs(2 * (j - top) - 1)) < 4;
+            least = isNear ? std::min(least, sample) : least;
+            greatest = isNear ? std::max(greatest, sample) : greatest;
+            sum += weight * sample;
+            weights += weight;
+        }
+    }
+    const double range = greatest - least;
+    return std::clamp(sum / weights, least - kUndershoot * range, greatest + kOvershoot * range);
+}
+
 } // namespace
+
+TEST(AlignedRow, KernelsEqualTheirDefinition)
+{
+    using enum Interpolation;
+    for (const auto interpolation : {kBicubic, kLanczos3, kLanczos4}) {
+        CStlImage image(RandomImage({290, 23}, 1, 3)); // more columns than are sampled at a time
+        image.SetPixelGrayRaw(20, 11, 3e4F, 0);
+        image.SetPixelGrayRaw(60, 11, NAN, 0);
+        image.SetPixelGrayRaw(90, 11, INFINITY, 0);
+        const Plain plain(image);
+        for (const auto& [dx, dy, degrees] : {std::tuple{3.0, -2.0, 0.0},
+                                              {-4.3, 2.5, 0.0},
+                                              {0.0, 0.25, 0.0},
+                                              {0.4, 0.0, 0.0},
+                                              {0.3, 0.7, 2.0},
+                                              {1.0, 1.0, 90.0}}) {
+            const auto alignment = Alignment::Turned(dx, dy, degrees, {145.0, 11.0});
+            for (int y = -2; y < 30; ++y) {
+                const RowSpan rows = RowsTouched(alignment, 0, y, 300, 290, 23, interpolation);
+                std::vector<float> held(plain.samples.begin() + 290 * rows.first,
+                                        plain.samples.begin() + 290 * rows.end);
+                const PlaneRows plane{held.data(), 290, 23, rows.first, plain.samples.back()};
+                std::vector<double> values(300);
+                std::vector<int> inside(300);
+                SampleAlignedStretch(plane, alignment, 0, y, 300, -7.0, values.data(), inside.data(), interpolation);
+                for (int x = 0; x < 300; ++x) {
+                    const Position at = alignment.Map(x, y);
+                    const bool isInside = at.x >= 0.0 && at.x < 290 && at.y >= 0.0 && at.y < 23;
+                    ASSERT_EQ(inside[x], isInside) << x << ' ' << y;
+                    const bool isWhole = at.x == std::floor(at.x) && at.y == std::floor(at.y);
+                    const double expected = !isInside ? -7.0
+                                            : isWhole ? plain.At(static_cast<int>(at.x), static_cast<int>(at.y), 0)
+                                                      : PlainKernel(plain, interpolation, at.x, at.y, 0);
+                    ASSERT_TRUE(
+                        Near(static_cast<float>(values[x]), static_cast<float>(expected), 0, isWhole ? 0.0 : 0.2))
+                        << x << ' ' << y << ' ' << expected;
+                }
+            }
+        }
+    }
+}
 
 TEST(AlignedRow, EqualsTheReaderOfSingleSamples)
 {

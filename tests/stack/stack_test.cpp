@@ -55,7 +55,8 @@ TEST_F(WholeStackTest, HeaderTellsWhatTheStackIsMadeOf)
     }
     EXPECT_EQ(told, "M 31 3 3 60.0 181.0 BDFX -120.0 none none none 2024-07-30T22:40:00.000 2024-07-30T22:44:30.333 ");
     EXPECT_EQ(header.History().at(0),
-              "stack --method clipped-mean --align none --normalise none --weight none --coverage any --pedestal 20");
+              "stack --method clipped-mean --align none --normalise none --weight none --coverage any "
+              "--interpolate lanczos3 --pedestal 20");
     EXPECT_PRED2(Holds, header.History().at(1), ": 3 of 3 lights; bias " + Path("b.fits") + "; flat median of 2 from ");
 }
 

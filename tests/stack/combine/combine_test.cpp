@@ -189,6 +189,7 @@ TEST_F(StackTest, BandsEqualTheCompositeOfWholeFrames)
         options.search = 20;
         options.method = method;
         options.coverage = Coverage::kAll;
+        options.interpolation = Interpolation::kBilinear;
         std::vector<CStlImage> frames;
         std::vector<Pose> poses;
         for (const auto& [dx, dy] : shifts) {

@@ -210,6 +210,7 @@ TEST_F(SortTest, CalibratesEachLightByItsOwnSet)
     };
     Options options;
     options.align = AlignMethod::kNone;
+    options.combine = CombineBy::kMax;
     options.lights = {half("l1.fits", true, 500.0, {}), half("l2.fits", false, 900.0, {{"CCD-TEMP", "10"}})};
     options.sets = {{.bias = {}, .darks = {Put("d1.fits", "DARK", 60, {}, 20.0)}},
                     {.bias = {Put("b.fits", "BIAS", 0, {}, 40.0)},

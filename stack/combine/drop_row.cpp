@@ -1,0 +1,105 @@
+#include "stack/combine/drop_row.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace corvane::stack {
+
+namespace {
+
+/// A position that is far off, or none, as one that is off any frame.
+double Bounded(double position)
+{
+    constexpr double kFar = 1e6;
+    return position > -kFar ? std::min(position, kFar) : -kFar; // NaN is not
+}
+
+} // namespace
+
+void DropSums::Store(int blank, float* means, float* weights, float* coverage) const
+{
+    for (int i = 0; i < count; ++i) {
+        means[i] = weight[i] > 0.0 ? static_cast<float>(value[i] / weight[i]) : static_cast<float>(blank);
+    }
+    if (weights != nullptr) {
+        std::copy_n(weight, count, weights);
+    }
+    if (coverage != nullptr) {
+        std::copy_n(frames, count, coverage);
+    }
+}
+
+DroppedRows::DroppedRows(const Mapping& onGrid, double size, DropKernel kernel, const FrameFacts& facts, double weight)
+    : onGrid_(onGrid), drop_(onGrid, {0.0, 0.0}, size, kernel), size_(size), kernel_(kernel), width_(facts.width),
+      planes_(facts.planes), weight_(weight)
+{}
+
+void DroppedRows::Begin(const RowSpan& rows)
+{
+    rows_ = rows;
+    samples_.resize(static_cast<std::size_t>(Index(planes_, rows.first)));
+}
+
+/// 1 where the middle of a drop lies on the pixel of the grid. That is told by where it lies alone, so that it lies on
+/// just one also where that is an edge.
+void DroppedRows::PointParts(const int* columns, const int* rows, const DropSums& sums, double* parts) const
+{
+    for (int i = 0; i < sums.count; ++i) {
+        const Position at = onGrid_.Inverse({1.0 * columns[i], 1.0 * rows[i]});
+        const bool isHere = (std::floor(at.x + 0.5) == sums.x + i) & (std::floor(at.y + 0.5) == sums.row);
+        parts[i] = isHere ? 1.0 : 0.0;
+    }
+}
+
+void DroppedRows::Add(int plane, DropSums& sums) const
+{
+    if (!(weight_ > 0.0) || rows_.first == rows_.end) {
+        return;
+    }
+    const int count = sums.count;
+    const Position middle{sums.x + 0.5 * count, 1.0 * sums.row};
+    const Drop drop = onGrid_.AsAlignment() != nullptr ? drop_ : Drop(onGrid_, middle, size_, kernel_);
+    const double reach = drop.Reach();
+    double x[kDropStretch];
+    double y[kDropStretch];
+    onGrid_.WithMap([&](auto map) {
+        for (int i = 0; i < count; ++i) {
+            const Position at = map(sums.x + i, sums.row);
+            x[i] = Bounded(at.x);
+            y[i] = Bounded(at.y);
+        }
+    });
+    const float* const samples = samples_.data() + Index(plane, rows_.first);
+    int seen[kDropStretch] = {};
+    int columns[kDropStretch];
+    int rows[kDropStretch];
+    double a[kDropStretch];
+    double b[kDropStretch];
+    double parts[kDropStretch];
+    const int most = static_cast<int>(2.0 * reach) + 1;
+    for (int k = 0; k < most * most; ++k) {
+        for (int i = 0; i < count; ++i) {
+            columns[i] = static_cast<int>(std::ceil(x[i] - reach)) + k % most;
+            rows[i] = static_cast<int>(std::ceil(y[i] - reach)) + k / most;
+            a[i] = x[i] - columns[i];
+            b[i] = y[i] - rows[i];
+        }
+        kernel_ == DropKernel::kPoint ? PointParts(columns, rows, sums, parts) : drop.Parts(a, b, count, parts);
+        for (int i = 0; i < count; ++i) {
+            const bool isInside =
+                (columns[i] >= 0) & (columns[i] < width_) & (rows[i] >= rows_.first) & (rows[i] < rows_.end);
+            const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(rows[i] - rows_.first) * width_ + columns[i];
+            const float v = samples[isInside ? at : 0];
+            const bool has = isInside & (parts[i] > 0.0) & (v == v); // NOLINT(misc-redundant-expression): false for NaN
+            const double weight = has ? parts[i] * weight_ : 0.0;
+            sums.value[i] += has ? weight * v : 0.0;
+            sums.weight[i] += weight;
+            seen[i] |= has ? 1 : 0;
+        }
+    }
+    for (int i = 0; i < count; ++i) {
+        sums.frames[i] += seen[i];
+    }
+}
+
+} // namespace corvane::stack

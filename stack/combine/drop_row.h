@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "corvane/core/aligned_row.h"
+#include "stack/combine/drop.h"
+#include "stack/combine/frame_source.h"
+
+namespace corvane::stack {
+
+/// Pixels of a row that drops are gathered for together.
+inline constexpr int kDropStretch = 256;
+
+/// What falls into a stretch of a row of a grid.
+struct DropSums {
+    int x;
+    int row;
+    int count;
+    double value[kDropStretch] = {};  ///< sums of weight times value
+    double weight[kDropStretch] = {}; ///< sums of weight
+    int frames[kDropStretch] = {};    ///< of which something has fallen into the pixel
+
+    DropSums(int left, int y, int columns) : x(left), row(y), count(columns) {}
+    /// Stores means, weights and numbers of frames; null for those that are not wanted.
+    void Store(int blank, float* means, float* weights, float* coverage) const;
+};
+
+/// The rows of a frame that are in memory, to be dropped onto a grid.
+class DroppedRows {
+public:
+    DroppedRows(const Mapping& onGrid, double size, DropKernel kernel, const FrameFacts& facts, double weight);
+
+    /// Takes room for other rows of all planes.
+    void Begin(const RowSpan& rows);
+    /// A row of a plane, to be filled; NaN is not dropped.
+    float* Row(int plane, int y) { return samples_.data() + Index(plane, y); }
+    /// Adds what falls into a stretch.
+    void Add(int plane, DropSums& sums) const;
+
+private:
+    std::ptrdiff_t Index(int plane, int y) const
+    {
+        return (static_cast<std::ptrdiff_t>(plane) * (rows_.end - rows_.first) + (y - rows_.first)) * width_;
+    }
+    void PointParts(const int* columns, const int* rows, const DropSums& sums, double* parts) const;
+
+    Mapping onGrid_;
+    Drop drop_; ///< everywhere, where the mapping is an alignment
+    double size_;
+    DropKernel kernel_;
+    int width_;
+    int planes_;
+    double weight_;
+    RowSpan rows_{0, 0};
+    std::vector<float> samples_;
+};
+
+} // namespace corvane::stack

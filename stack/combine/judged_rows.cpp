@@ -1,0 +1,55 @@
+#include "stack/combine/judged_rows.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace corvane::stack {
+
+void JudgedRows::Begin(const RowSpan& rows, int threads)
+{
+    rows_ = rows;
+    kept_.assign(Index(plan_.frames.size(), 0, 0, rows.first), 0);
+    while (static_cast<int>(benches_.size()) < threads) {
+        benches_.emplace_back(plan_);
+    }
+}
+
+void JudgedRows::Judge(int row, int thread, CStlImage* low, CStlImage* high, const WindowOf& windowOf)
+{
+    Workbench& bench = benches_[static_cast<std::size_t>(thread)];
+    float values[kStretch];
+    double least[kStretch];
+    double greatest[kStretch];
+    for (int plane = 0; plane < planes_; ++plane) {
+        for (int x = 0; x < plan_.grid.width; x += kStretch) {
+            const int count = std::min(kStretch, plan_.grid.width - x);
+            for (std::size_t i = 0; i < plan_.frames.size(); ++i) {
+                windowOf(i).Sample(plane, x, row, count, 0.0, bench.Values(i), bench.Valid(i));
+                windowOf(i).LeaveOutWrapped(x, row, count, bench.Valid(i));
+                Normalise(plan_.frames[i], plane, count, bench.Values(i), bench.Valid(i));
+            }
+            const auto in = [&](CStlImage* image) {
+                return image != nullptr ? image->GetImageAdr(x, row, plane) : nullptr;
+            };
+            bench.combiner.Combine(bench.lines.data(), count, {values, nullptr, in(low), in(high), least, greatest});
+            for (std::size_t i = 0; i < plan_.frames.size(); ++i) {
+                for (int k = 0; k < count; ++k) {
+                    const double v = bench.Values(i)[k];
+                    const bool isKept = (bench.Valid(i)[k] != 0) & (v >= least[k]) & (v <= greatest[k]);
+                    kept_[Index(i, plane, x + k, row)] |= static_cast<std::uint8_t>((isKept ? 1 : 0) << (k % 8));
+                }
+            }
+        }
+    }
+}
+
+bool JudgedRows::Has(std::size_t frame, int plane, const Position& at) const
+{
+    const double x = std::floor(at.x + 0.5);
+    const double y = std::floor(at.y + 0.5);
+    const bool isInside = x >= 0.0 && x < plan_.grid.width && y >= rows_.first && y < rows_.end;
+    const int column = isInside ? static_cast<int>(x) : 0;
+    return isInside && (kept_[Index(frame, plane, column, static_cast<int>(y))] >> (column % 8) & 1) != 0;
+}
+
+} // namespace corvane::stack

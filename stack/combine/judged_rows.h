@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "stack/combine/row_window.h"
+#include "stack/combine/workbench.h"
+
+namespace corvane::stack {
+
+/// Which values of frames are kept on rows of a grid: a bit for each frame, plane and pixel.
+class JudgedRows {
+public:
+    using WindowOf = std::function<const RowWindow&(std::size_t frame)>;
+
+    /// The plan must outlive this.
+    JudgedRows(const CombinePlan& plan, int planes) : plan_(plan), planes_(planes) {}
+
+    /// Begins with other rows, which are judged by so many threads.
+    void Begin(const RowSpan& rows, int threads);
+    /// Judges a row; the counts of what is rejected go into images of the grid's size, unless these are null.
+    void Judge(int row, int thread, CStlImage* low, CStlImage* high, const WindowOf& windowOf);
+    /// Whether the value of the frame on the pixel at which a position lies is kept; false outside of the rows.
+    bool Has(std::size_t frame, int plane, const Position& at) const;
+
+private:
+    std::size_t Index(std::size_t frame, int plane, int x, int row) const
+    {
+        const std::size_t line = (frame * planes_ + plane) * (rows_.end - rows_.first) + (row - rows_.first);
+        return line * ((plan_.grid.width + 7) / 8) + x / 8;
+    }
+
+    const CombinePlan& plan_;
+    int planes_;
+    RowSpan rows_{0, 0};
+    std::vector<std::uint8_t> kept_;
+    std::vector<Workbench> benches_;
+};
+
+} // namespace corvane::stack

@@ -1,0 +1,48 @@
+#include "stack/combine/placed_frame.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "corvane/core/memory_budget.h"
+
+namespace corvane::stack {
+
+Mapping OnGrid(const Mapping& mapping, const Grid& grid)
+{
+    return mapping.From(grid.left, grid.top).Scaled(grid.scale);
+}
+
+std::vector<double> WeightsOf(const std::vector<Placement>& frames)
+{
+    std::vector<double> weights;
+    std::transform(frames.begin(), frames.end(), std::back_inserter(weights), [](const auto& f) { return f.weight; });
+    return weights;
+}
+
+std::uint64_t MemoryFor(const CombinePlan& plan)
+{
+    return std::min(plan.memory, MemoryBudget() - std::min(MemoryInUse(), MemoryBudget()));
+}
+
+void ReplaceBlanks(const FrameFacts& facts, float value, int rowCount, float* samples, std::ptrdiff_t planeStride)
+{
+    for (int plane = 0; plane < facts.planes && facts.blank; ++plane) {
+        float* const begin = samples + plane * planeStride;
+        std::replace_if(begin, begin + static_cast<std::ptrdiff_t>(rowCount) * facts.width, facts.IsBlank(), value);
+    }
+}
+
+void Normalise(const Placement& placement, int plane, int count, double* values, const int* valid)
+{
+    const std::vector<Normalisation>& planes = placement.normalisation;
+    if (planes.empty() || planes[plane].ChangesNothing()) {
+        return;
+    }
+    const auto [factor, offset] = planes[plane];
+    for (int x = 0; x < count; ++x) {
+        const double v = values[x];
+        values[x] = valid[x] != 0 ? v * factor + offset : v;
+    }
+}
+
+} // namespace corvane::stack

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <vector>
+
+#include "corvane/combine/row_combiner.h"
+#include "stack/combine/placed_frame.h"
+
+namespace corvane::stack {
+
+/// Columns of a row that are combined at a time: those of all frames stay in a near cache.
+inline constexpr int kStretch = 256;
+
+/// What one thread combines with.
+struct Workbench {
+    explicit Workbench(const CombinePlan& plan)
+        : combiner(plan.rule, plan.coverage, WeightsOf(plan.frames), plan.blank), values(plan.frames.size() * kStretch),
+          valid(values.size()), fewest(static_cast<int>(plan.frames.size()))
+    {
+        for (std::size_t i = 0; i < plan.frames.size(); ++i) {
+            lines.push_back({Values(i), Valid(i)});
+        }
+    }
+
+    double* Values(std::size_t frame) { return values.data() + frame * kStretch; }
+    int* Valid(std::size_t frame) { return valid.data() + frame * kStretch; }
+
+    RowCombiner combiner;
+    std::vector<double> values; ///< of a stretch of a row, frame after frame
+    std::vector<int> valid;
+    std::vector<CombineLine> lines;
+    int fewest; ///< frames that have some pixel
+};
+
+} // namespace corvane::stack
