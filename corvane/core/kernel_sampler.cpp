@@ -37,13 +37,13 @@ double Limit(double v, float least, float greatest)
     return IsFinite(v) ? limited : v;
 }
 
-/// Sums of the columns of as many rows as columns, kept a loop so that it becomes vectors.
-template <std::size_t... kRows>
+/// Sums of columns over the rows of a kernel, kept a loop so that it becomes vectors.
+template <int kColumns, std::size_t... kRows>
 void SumColumns(const float* __restrict first, std::ptrdiff_t width, const double* __restrict down,
                 double* __restrict columns, std::index_sequence<kRows...>)
 {
 #pragma GCC unroll 1
-    for (std::size_t k = 0; k < sizeof...(kRows); ++k) {
+    for (int k = 0; k < kColumns; ++k) {
         columns[k] = (0.0 + ... + (first[static_cast<std::ptrdiff_t>(kRows) * width + k] * down[kRows]));
     }
 }
@@ -86,6 +86,7 @@ template <int kReach>
 class Sampler {
 public:
     static constexpr int kTaps = 2 * kReach;
+    static constexpr int kWhole = kTaps <= 4 ? 4 : 8; ///< columns that fill vectors
     Sampler(const PlaneRows& plane, const KernelWeights& weights) : plane_(plane), weights_(weights) {}
 
     /// Positions of one stretch, at most kStretch.
@@ -105,7 +106,8 @@ public:
             const int ix = static_cast<int>(atX);
             const int iy = static_cast<int>(atY);
             const float* const first = First(ix, iy);
-            sums[i] = Sum(first, atX - ix, atY - iy);
+            const bool hasMore = ix + kReach + kWhole - kTaps < plane_.width;
+            sums[i] = hasMore ? Sum<kWhole>(first, atX - ix, atY - iy) : Sum<kTaps>(first, atX - ix, atY - iy);
             nearest.Copy(first + static_cast<std::ptrdiff_t>(kReach - kNearReach) * (plane_.width + 1), plane_.width,
                          i);
         }
@@ -140,15 +142,16 @@ private:
 
     const float* First(int ix, int iy) const { return plane_.Row(iy - (kReach - 1)) + ix - (kReach - 1); }
 
-    /// The weighted sum of the samples from `first` on.
+    /// The weighted sum of the samples from `first` on; so many columns are read, those of the kernel at least.
+    template <int kColumns>
     double Sum(const float* first, double partX, double partY) const
     {
-        double across[kTaps];
-        double down[kTaps];
-        double columns[kTaps];
-        weights_.template Set<kTaps>(partX, across);
-        weights_.template Set<kTaps>(partY, down);
-        SumColumns(first, plane_.width, down, columns, std::make_index_sequence<kTaps>());
+        double across[kColumns];
+        double down[kColumns];
+        double columns[kColumns];
+        weights_.template Set<kColumns>(partX, across);
+        weights_.template Set<kColumns>(partY, down);
+        SumColumns<kColumns>(first, plane_.width, down, columns, std::make_index_sequence<kTaps>());
         double sum = 0.0;
         for (int k = 0; k < kReach; ++k) {
             sum += columns[k] * across[k] + columns[k + kReach] * across[k + kReach];

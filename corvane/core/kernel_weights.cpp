@@ -45,8 +45,8 @@ KernelWeights::KernelWeights(Interpolation interpolation)
             weights[k] = interpolation == Interpolation::kBicubic ? Cubic(distance) : Lanczos(distance, reach);
             sum += weights[k];
         }
-        for (const double weight : weights) {
-            table_.push_back(weight / sum);
+        for (int k = 0; k < kMostTaps; ++k) {
+            table_.push_back(k < 2 * reach ? weights[k] / sum : 0.0);
         }
     }
 }

@@ -17,22 +17,24 @@ namespace corvane {
 /// a line, which is within 3e-6 of the kernel.
 class KernelWeights {
 public:
-    static constexpr int kParts = 512; ///< of the way between two samples
+    static constexpr int kParts = 512;  ///< of the way between two samples
+    static constexpr int kMostTaps = 8; ///< samples of the farthest reach; an entry has zeros behind those of others
 
     /// The table of an interpolation other than the bilinear one, made when it is first asked for.
     CORVANE_VISIBLE static const KernelWeights& Of(Interpolation interpolation);
 
     /// Sets the weights of the samples from `ReachOf` - 1 before the position to `ReachOf` behind it, for a position a
-    /// part of the way [0..1) from the sample before it to the next. At 0 the sample itself counts, exactly.
+    /// part of the way [0..1) from the sample before it to the next, and so many in all. At 0 the sample itself counts,
+    /// exactly.
     template <int kTaps>
     void Set(double part, double* __restrict weights) const
     {
         const int entry = static_cast<int>(part * kParts);
         const double rest = part * kParts - entry;
-        const double* __restrict const low = table_.data() + static_cast<std::ptrdiff_t>(entry) * kTaps;
+        const double* __restrict const low = table_.data() + static_cast<std::ptrdiff_t>(entry) * kMostTaps;
 #pragma GCC unroll 1
         for (int k = 0; k < kTaps; ++k) {
-            weights[k] = low[k] + (low[k + kTaps] - low[k]) * rest;
+            weights[k] = low[k] + (low[k + kMostTaps] - low[k]) * rest;
         }
     }
 
