@@ -40,6 +40,14 @@ Parameter Choice(const char* name, const Names<Value, count>& names, Value usual
     return catalogue::ChoiceParameter(name, summary, WordsOf(names), NameOf(names, usual));
 }
 
+/// A choice that is made of other things when it is not given; the words say of which.
+template <class Value, std::size_t count>
+Parameter Choice(const char* name, const Names<Value, count>& names, const char* whenAbsent, const char* summary)
+{
+    return {
+        .name = name, .kind = Kind::Choice, .summary = summary, .choices = WordsOf(names), .whenAbsent = whenAbsent};
+}
+
 Parameter Limit(const char* name, const std::string& which)
 {
     return NumberParameter(name, "leave out lights " + which + " than the median of all by more than so many", "sigmas",
@@ -110,38 +118,22 @@ std::vector<Parameter> CombineParameters()
 {
     const Options usual;
     return {
-        {.name = "combine",
-         .kind = Kind::Choice,
-         .summary = "what is made of the values that count at a place",
-         .choices = WordsOf(kCombineNames),
-         .whenAbsent = "mean"},
-        {.name = "reject",
-         .kind = Kind::Choice,
-         .summary = "how values that do not count are told: those beyond limits of the deviation (sigma), of one "
-                    "that outliers hardly widen (winsorized), of the median deviation (mad), off a line through "
-                    "the sorted values (linear-fit), extreme deviates by Rosner's test (esd), or the ends (minmax)",
-         .choices = WordsOf(kRejectNames),
-         .whenAbsent = "auto for the mean, by the number of lights; else none"},
+        Choice("combine", kCombineNames, "mean", "what is made of the values that count at a place"),
+        Choice("reject", kRejectNames, "auto for the mean, by the number of lights; else none",
+               "how values that do not count are told: those beyond limits of the deviation (sigma), of one that "
+               "outliers hardly widen (winsorized), of the median deviation (mad), off a line through the sorted "
+               "values (linear-fit), extreme deviates by Rosner's test (esd), or the ends (minmax)"),
         ValueLimit("low",
                    "values farther below than so many deviations are rejected; with minmax so many of the lowest"),
         ValueLimit("high", "the same above"),
         WholeParameter("iterations", "most rounds of rejection; 0: until nothing changes", "", {0, kMaxIterations},
                        usual.reject.iterations),
-        {.name = "method",
-         .kind = Kind::Choice,
-         .summary = "in place of combine and reject: one of the composites' own statistics",
-         .choices = WordsOf(kMethodNames),
-         .whenAbsent = "as combine and reject tell"},
-        {.name = "normalise",
-         .kind = Kind::Choice,
-         .summary = "bring lights to the brightness of the reference first",
-         .choices = WordsOf(kNormaliseNames),
-         .whenAbsent = "both; none without align = stars"},
-        {.name = "weight",
-         .kind = Kind::Choice,
-         .summary = "mean: what lights count by",
-         .choices = WordsOf(kWeightNames),
-         .whenAbsent = "snr for combine = mean with align = stars, else none"},
+        Choice("method", kMethodNames, "as combine and reject tell",
+               "in place of combine and reject: one of the composites' own statistics"),
+        Choice("normalise", kNormaliseNames, "both; none without align = stars",
+               "bring lights to the brightness of the reference first"),
+        Choice("weight", kWeightNames, "snr for combine = mean with align = stars, else none",
+               "mean: what lights count by"),
         Choice("canvas", kCanvasNames, usual.canvas, "what part of the sky the stack shows: of the lights, or all"),
         Choice("coverage", kCoverageNames, usual.coverage,
                "keep pixels that any light has, or only those that all have"),

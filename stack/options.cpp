@@ -24,8 +24,6 @@ void CheckRange(const char* parameter, int value, int min, int max)
     }
 }
 
-constexpr int kManyLights = 1000;
-
 void CheckRange(const char* parameter, const std::optional<double>& value, double max)
 {
     const bool isAllowed = !value || (*value >= 0.0 && *value <= max); // NaN is not
@@ -88,8 +86,7 @@ void CheckRejection(const Options& options)
         throw ParameterError("method", NameOf(kMethodNames, *options.method),
                              "it stands in place of combine and reject");
     }
-    // Whichever the number of lights makes auto choose has limits.
-    const RejectMethod method = ChosenRejection(reject, CombineOf(options), kManyLights);
+    const RejectMethod method = AskedRejection(reject, CombineOf(options)); // what auto chooses takes limits
     const bool takesLimits = !options.method && method != RejectMethod::kNone && method != RejectMethod::kEsd;
     const auto check = [&](const char* name, const std::optional<double>& limit) {
         CheckRange(name, limit, kMaxReject);

@@ -224,16 +224,19 @@ void Drizzler::Prepare(std::size_t i)
     const RowSpan held = frame.window.Held();
     const bool isMosaic = !plan_.patterns.empty();
     frame.rows.Begin(held);
-    for (int plane = 0; plane < frame.facts.planes; ++plane) {
-        const auto [factor, offset] =
-            placement.normalisation.empty() ? Normalisation() : placement.normalisation[plane];
-        for (int y = held.first; y < held.end; ++y) {
+    std::vector<Position> places(static_cast<std::size_t>(frame.facts.width)); // of the pixels of a row, on the grid
+    for (int y = held.first; y < held.end; ++y) {
+        for (int x = 0; x < frame.facts.width; ++x) {
+            places[x] = frame.mapping.Inverse({1.0 * x, 1.0 * y});
+        }
+        for (int plane = 0; plane < frame.facts.planes; ++plane) {
+            const auto [factor, offset] =
+                placement.normalisation.empty() ? Normalisation() : placement.normalisation[plane];
             const float* const samples = frame.window.Row(plane, y);
             float* const drops = frame.rows.Row(plane, y);
             for (int x = 0; x < frame.facts.width; ++x) {
-                const Position at = frame.mapping.Inverse({1.0 * x, 1.0 * y});
                 const bool isOwn = !isMosaic || PlaneOf(plan_.patterns[placement.frame], x, y) == plane;
-                const bool isDropped = isOwn && judged_.Has(i, plane, at) && std::isfinite(samples[x]);
+                const bool isDropped = isOwn && judged_.Has(i, plane, places[x]) && std::isfinite(samples[x]);
                 drops[x] = isDropped ? static_cast<float>(samples[x] * factor + offset) : kNaN;
             }
         }
