@@ -37,48 +37,57 @@ double Limit(double v, float least, float greatest)
     return IsFinite(v) ? limited : v;
 }
 
-/// Sums of columns over the rows of a kernel, kept a loop so that it becomes vectors.
+/// Where the positions of a stretch lie among the samples of a band.
+struct Places {
+    int isInner[kStretch];           ///< all samples of the kernel are on the plane
+    int isWhole[kStretch];           ///< the row holds as many columns as fill vectors, too
+    std::ptrdiff_t sample[kStretch]; ///< the one left of and above the position, from the first in memory
+    int entryX[kStretch];            ///< the part of the way from there, as an entry of the table and the rest
+    int entryY[kStretch];
+    float restX[kStretch];
+    float restY[kStretch];
+};
+
+/// Sums of columns over the rows of a kernel, times the weights of the columns. `first` is the kernel's first sample;
+/// samples count as differences from `base`.
 template <int kColumns, std::size_t... kRows>
-void SumColumns(const float* __restrict first, std::ptrdiff_t width, const double* __restrict down,
-                double* __restrict columns, std::index_sequence<kRows...>)
+void SumColumns(const float* __restrict first, std::ptrdiff_t width, float base, const float* __restrict down,
+                const float* __restrict across, float* __restrict columns, std::index_sequence<kRows...>)
 {
-#pragma GCC unroll 1
+#pragma GCC unroll 1 // kept a loop so that it becomes vectors
     for (int k = 0; k < kColumns; ++k) {
-        columns[k] = (0.0 + ... + (first[static_cast<std::ptrdiff_t>(kRows) * width + k] * down[kRows]));
+        const float sum = (0.0F + ... + ((first[static_cast<std::ptrdiff_t>(kRows) * width + k] - base) * down[kRows]));
+        columns[k] = sum * across[k];
     }
 }
 
-/// The nearest 4 x 4 samples of the positions of a stretch.
-class NearSamples {
-public:
-    void Copy(const float* first, std::ptrdiff_t width, int i)
-    {
-        for (int j = 0; j < kNear; ++j) {
-            std::memcpy(rows_[j] + static_cast<std::ptrdiff_t>(i) * kNear, first + j * width, sizeof(float) * kNear);
-        }
-    }
-
-    void Limit(int count, double* values)
-    {
-        for (int i = 0; i < count * kNear; ++i) {
-            const float a = Least(rows_[0][i], rows_[1][i]);
-            const float b = Least(rows_[2][i], rows_[3][i]);
-            const float c = Greatest(rows_[0][i], rows_[1][i]);
-            const float d = Greatest(rows_[2][i], rows_[3][i]);
-            rows_[0][i] = Least(a, b);
-            rows_[1][i] = Greatest(c, d);
-        }
-        for (int i = 0; i < count; ++i) {
-            const float* const low = rows_[0] + static_cast<std::ptrdiff_t>(i) * kNear;
-            const float* const high = rows_[1] + static_cast<std::ptrdiff_t>(i) * kNear;
-            values[i] = corvane::Limit(values[i], Least(Least(low[0], low[1]), Least(low[2], low[3])),
-                                       Greatest(Greatest(high[0], high[1]), Greatest(high[2], high[3])));
-        }
-    }
-
-private:
+/// The least and the greatest of the nearest 4 x 4 samples of the positions of a stretch.
+struct NearSamples {
     static constexpr int kNear = 2 * kNearReach;
-    float rows_[kNear][kStretch * kNear];
+    float least[kStretch][kNear]; ///< of each column
+    float greatest[kStretch][kNear];
+
+    /// `first` is the top left one of them.
+    void Set(int i, const float* __restrict first, std::ptrdiff_t width)
+    {
+#pragma GCC unroll 1
+        for (int k = 0; k < kNear; ++k) {
+            const float a = first[k];
+            const float b = first[width + k];
+            const float c = first[2 * width + k];
+            const float d = first[3 * width + k];
+            least[i][k] = Least(Least(a, b), Least(c, d));
+            greatest[i][k] = Greatest(Greatest(a, b), Greatest(c, d));
+        }
+    }
+
+    double Limit(int i, double value) const
+    {
+        const float* const low = least[i];
+        const float* const high = greatest[i];
+        return corvane::Limit(value, Least(Least(low[0], low[1]), Least(low[2], low[3])),
+                              Greatest(Greatest(high[0], high[1]), Greatest(high[2], high[3])));
+    }
 };
 
 /// The kernel of one interpolation at work on a plane.
@@ -92,29 +101,14 @@ public:
     /// Positions of one stretch, at most kStretch.
     void Positions(const double* x, const double* y, int count, double* values) const
     {
-        int inner[kStretch + 1];
-        int found = 0;
-        for (int i = 0; i < count; ++i) {
-            inner[found] = i;
-            found += HasColumns(static_cast<int>(x[i])) && HasRows(static_cast<int>(y[i])) ? 1 : 0;
+        int anchor = 0;
+        while (anchor < count && !IsInner(x[anchor], y[anchor])) {
+            ++anchor;
         }
-        double sums[kStretch];
-        NearSamples nearest;
-        for (int i = 0; i < found; ++i) {
-            const double atX = x[inner[i]];
-            const double atY = y[inner[i]];
-            const int ix = static_cast<int>(atX);
-            const int iy = static_cast<int>(atY);
-            const float* const first = First(ix, iy);
-            const bool hasMore = ix + kReach + kWhole - kTaps < plane_.width;
-            sums[i] = hasMore ? Sum<kWhole>(first, atX - ix, atY - iy) : Sum<kTaps>(first, atX - ix, atY - iy);
-            nearest.Copy(first + static_cast<std::ptrdiff_t>(kReach - kNearReach) * (plane_.width + 1), plane_.width,
-                         i);
-        }
-        nearest.Limit(found, sums);
-        std::fill_n(values, count, std::numeric_limits<double>::quiet_NaN());
-        for (int i = 0; i < found; ++i) {
-            values[inner[i]] = sums[i];
+        if (anchor < count) {
+            SumPositions(x, y, count, anchor, values);
+        } else {
+            std::fill_n(values, count, kUnknown);
         }
         for (int i = 0; i < count; ++i) {
             values[i] = IsFinite(values[i]) ? values[i] : BilinearAt(plane_, x[i], y[i]);
@@ -125,7 +119,7 @@ public:
     void Row(int ix, double part, double y, int count, double* values) const
     {
         const int iy = static_cast<int>(y);
-        const int begin = HasRows(iy) ? std::clamp(kReach - 1 - ix, 0, count) : count;
+        const int begin = HasRows(y) ? std::clamp(kReach - 1 - ix, 0, count) : count;
         const int end = std::clamp(plane_.width - kReach - ix, begin, count);
         if (begin < end) {
             SumRow(ix + begin, iy, part, y - iy, end - begin, values + begin);
@@ -137,26 +131,77 @@ public:
     }
 
 private:
-    bool HasColumns(int ix) const { return ix >= kReach - 1 && ix + kReach < plane_.width; }
-    bool HasRows(int iy) const { return iy >= kReach - 1 && iy + kReach < plane_.height; }
+    static constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
+
+    bool HasRows(double y) const { return (y >= kReach - 1) & (y < plane_.height - kReach); }
+    bool IsInner(double x, double y) const { return (x >= kReach - 1) & (x < plane_.width - kReach) & HasRows(y); }
 
     const float* First(int ix, int iy) const { return plane_.Row(iy - (kReach - 1)) + ix - (kReach - 1); }
 
-    /// The weighted sum of the samples from `first` on; so many columns are read, those of the kernel at least.
-    template <int kColumns>
-    double Sum(const float* first, double partX, double partY) const
+    /// Where positions lie; those that are not inner get the place of one that is.
+    void Place(const double* __restrict x, const double* __restrict y, int count, int anchor,
+               Places& __restrict places) const
     {
-        double across[kColumns];
-        double down[kColumns];
-        double columns[kColumns];
-        weights_.template Set<kColumns>(partX, across);
-        weights_.template Set<kColumns>(partY, down);
-        SumColumns<kColumns>(first, plane_.width, down, columns, std::make_index_sequence<kTaps>());
-        double sum = 0.0;
-        for (int k = 0; k < kReach; ++k) {
-            sum += columns[k] * across[k] + columns[k + kReach] * across[k + kReach];
+        const double innerX = x[anchor];
+        const double innerY = y[anchor];
+        for (int i = 0; i < count; ++i) {
+            const bool isInner = IsInner(x[i], y[i]);
+            const double atX = isInner ? x[i] : innerX;
+            const double atY = isInner ? y[i] : innerY;
+            const int ix = static_cast<int>(atX);
+            const int iy = static_cast<int>(atY);
+            const double partX = (atX - ix) * KernelWeights::kParts;
+            const double partY = (atY - iy) * KernelWeights::kParts;
+            places.isInner[i] = isInner;
+            places.isWhole[i] = ix + kReach + kWhole - kTaps < plane_.width;
+            places.sample[i] = static_cast<std::ptrdiff_t>(iy - plane_.firstRow) * plane_.width + ix;
+            places.entryX[i] = static_cast<int>(partX);
+            places.entryY[i] = static_cast<int>(partY);
+            places.restX[i] = static_cast<float>(partX - places.entryX[i]);
+            places.restY[i] = static_cast<float>(partY - places.entryY[i]);
         }
-        return sum;
+    }
+
+    /// Values of the inner ones of some positions, which the one at `anchor` is of; the others become NaN.
+    void SumPositions(const double* x, const double* y, int count, int anchor, double* values) const
+    {
+        Places places;
+        Place(x, y, count, anchor, places);
+        float bases[kStretch];
+        float columns[kStretch][kWhole];
+        NearSamples nearest;
+        const std::ptrdiff_t width = plane_.width;
+        for (int i = 0; i < count; ++i) {
+            const float* const base = plane_.rows + places.sample[i];
+            bases[i] = *base;
+            if (places.isWhole[i] != 0) {
+                SumAt<kWhole>(base, places, i, columns[i]);
+            } else {
+                SumAt<kTaps>(base, places, i, columns[i]);
+            }
+            nearest.Set(i, base - (kNearReach - 1) * (width + 1), width);
+        }
+        for (int i = 0; i < count; ++i) {
+            float sum = 0.0F;
+            for (int k = 0; k < kReach; ++k) {
+                sum += columns[i][k] + columns[i][k + kReach];
+            }
+            const double value = nearest.Limit(i, static_cast<double>(bases[i]) + sum);
+            values[i] = places.isInner[i] != 0 ? value : kUnknown;
+        }
+    }
+
+    /// The sums of columns at the i-th place, whose sample is `base`.
+    template <int kColumns>
+    void SumAt(const float* base, const Places& places, int i, float* columns) const
+    {
+        float across[kColumns];
+        float down[kColumns];
+        weights_.template Set<kColumns>(places.entryX[i], places.restX[i], across);
+        weights_.template Set<kColumns>(places.entryY[i], places.restY[i], down);
+        const std::ptrdiff_t width = plane_.width;
+        SumColumns<kColumns>(base - (kReach - 1) * (width + 1), width, *base, down, across, columns,
+                             std::make_index_sequence<kTaps>());
     }
 
     /// The same sums for positions that share their weights: the columns of all first.

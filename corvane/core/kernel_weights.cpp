@@ -49,6 +49,7 @@ KernelWeights::KernelWeights(Interpolation interpolation)
             table_.push_back(k < 2 * reach ? weights[k] / sum : 0.0);
         }
     }
+    singles_.assign(table_.begin(), table_.end());
 }
 
 const KernelWeights& KernelWeights::Of(Interpolation interpolation)

@@ -30,18 +30,31 @@ public:
     void Set(double part, double* __restrict weights) const
     {
         const int entry = static_cast<int>(part * kParts);
-        const double rest = part * kParts - entry;
-        const double* __restrict const low = table_.data() + static_cast<std::ptrdiff_t>(entry) * kMostTaps;
-#pragma GCC unroll 1
-        for (int k = 0; k < kTaps; ++k) {
-            weights[k] = low[k] + (low[k + kMostTaps] - low[k]) * rest;
-        }
+        Set<kTaps>(table_.data(), entry, part * kParts - entry, weights);
+    }
+
+    /// The same in float, for a part of (entry + rest) / kParts.
+    template <int kTaps>
+    void Set(int entry, float rest, float* __restrict weights) const
+    {
+        Set<kTaps>(singles_.data(), entry, rest, weights);
     }
 
 private:
     explicit KernelWeights(Interpolation interpolation);
 
-    std::vector<double> table_; ///< kParts + 1 entries
+    template <int kTaps, class Weight>
+    static void Set(const Weight* __restrict table, int entry, Weight rest, Weight* __restrict weights)
+    {
+        const Weight* __restrict const low = table + static_cast<std::ptrdiff_t>(entry) * kMostTaps;
+#pragma GCC unroll 1 // kept a loop so that it becomes vectors
+        for (int k = 0; k < kTaps; ++k) {
+            weights[k] = low[k] + (low[k + kMostTaps] - low[k]) * rest;
+        }
+    }
+
+    std::vector<double> table_;  ///< kParts + 1 entries
+    std::vector<float> singles_; ///< the same
 };
 
 } // namespace corvane

@@ -134,6 +134,21 @@ TEST(AlignedRow, KernelsEqualTheirDefinition)
     }
 }
 
+TEST(AlignedRow, KernelsKeepAConstant)
+{
+    const std::vector<float> samples(40 * 30, 1234.567F);
+    const PlaneRows plane{samples.data(), 40, 30, 0, samples.back()};
+    for (const double degrees : {0.0, 3.0}) {
+        double values[20];
+        int inside[20];
+        SampleAlignedStretch(plane, Alignment::Turned(0.3, 0.4, degrees, {20.0, 15.0}), 10, 15, 20, 0.0, values, inside,
+                             Interpolation::kLanczos3);
+        for (const double value : values) {
+            EXPECT_EQ(static_cast<float>(value), samples[0]);
+        }
+    }
+}
+
 TEST(AlignedRow, EqualsTheReaderOfSingleSamples)
 {
     constexpr double kShifts[] = {0.0,   1.0,  -3.0,  0.5, -0.37, 2.999, 1e-17,        -1e-17,        1e-9,
