@@ -14,7 +14,7 @@
 namespace corvane::catalogue {
 namespace {
 
-std::string SizeText(int width, int height, int planes)
+std::string ShapeText(int width, int height, int planes)
 {
     return corvane::SizeText(width, height) + " pixels, " + std::to_string(planes) +
            (planes == 1 ? " plane" : " planes");
@@ -23,8 +23,8 @@ std::string SizeText(int width, int height, int planes)
 void CheckFits(int width, int height, int planes, const CStlImage& image, const Arguments& arguments)
 {
     if (width != image.GetWidth() || height != image.GetHeight() || planes > image.GetPlanes()) {
-        throw arguments.Refusal("file", "is " + SizeText(width, height, planes) + "; the image is " +
-                                            SizeText(image.GetWidth(), image.GetHeight(), image.GetPlanes()));
+        throw arguments.Refusal("file", "is " + ShapeText(width, height, planes) + "; the image is " +
+                                            ShapeText(image.GetWidth(), image.GetHeight(), image.GetPlanes()));
     }
 }
 

@@ -18,17 +18,17 @@ constexpr double kDefaultRatio = 0.5;
 constexpr double kMaxRatio = 1e6;
 
 /// The place of a word is the number of the mode.
-const std::vector<std::string> kModes = {"sum",      "mean",    "blend", "difference", "product",
-                                         "quotient", "absdiff", "max",   "min",        "desaturate"};
+const std::vector<std::string> kCompositeModes = {"sum",      "mean",    "blend", "difference", "product",
+                                                  "quotient", "absdiff", "max",   "min",        "desaturate"};
 
-int ModeOf(const Arguments& arguments)
+int CompositeModeOf(const Arguments& arguments)
 {
-    return PlaceOf(arguments.Text("mode"), kModes);
+    return PlaceOf(arguments.Text("mode"), kCompositeModes);
 }
 
 bool IsDesaturate(const Arguments& arguments)
 {
-    return ModeOf(arguments) == kCompositeDesaturate;
+    return CompositeModeOf(arguments) == kCompositeDesaturate;
 }
 
 double RatioOf(const Arguments& arguments)
@@ -73,7 +73,7 @@ Outputs RunComposite(Inputs& inputs, const Arguments& arguments, const Run& run)
         overlay.image.CalcMinMax();
     }
     CImgComposit result(base.image);
-    result.Do(base.image, overlay.image, fit.dx, fit.dy, fit.angle, ModeOf(arguments), RatioOf(arguments),
+    result.Do(base.image, overlay.image, fit.dx, fit.dy, fit.angle, CompositeModeOf(arguments), RatioOf(arguments),
               arguments.Flag("display"), arguments.Flag("clamp"), arguments.Number("fraction"),
               arguments.Whole("radius"), arguments.Rectangle("rect"), run);
     base.image = std::move(result);
@@ -83,7 +83,7 @@ Outputs RunComposite(Inputs& inputs, const Arguments& arguments, const Run& run)
 std::vector<Parameter> CompositeParameters()
 {
     return PlacementParameters(
-        {{.name = "mode", .kind = Kind::Choice, .summary = "how values are combined", .choices = kModes},
+        {{.name = "mode", .kind = Kind::Choice, .summary = "how values are combined", .choices = kCompositeModes},
          NumberParameter("ratio", "blend: weight of OVERLAY, 0 to 1; desaturate: exposure of BASE over that of OVERLAY",
                          "", {0.0, kMaxRatio}, "0.5; desaturate needs it"),
          FlagParameter("display", "combine what the display levels show, 0 to 255, instead of the samples as they are",

@@ -24,8 +24,8 @@
 namespace corvane::catalogue {
 namespace {
 
-constexpr int kMostPixels = 1000000;           // of a side
-constexpr double kMostBytes = 1099511627776.0; // of an image: 1 TiB
+constexpr int kMostSide = 1000000;                  // of a side
+constexpr double kMostImageBytes = 1099511627776.0; // of an image: 1 TiB
 
 constexpr const char* kCarriesMosaic = " Cards that describe a colour filter mosaic follow.";
 constexpr const char* kDropsMosaic = " Samples of a colour filter mosaic are mixed: the cards that describe it are "
@@ -43,8 +43,8 @@ void CheckSize(const CStlImage& image, double width, double height)
         throw InputError("image", "would become " + size + " pixels; at least 1 x 1 are needed");
     }
     const double bytes = width * height * image.GetPlanes() * sizeof(float);
-    if (width > kMostPixels || height > kMostPixels || bytes > kMostBytes) {
-        throw InputError("image", "would become " + size + " pixels; at most " + std::to_string(kMostPixels) +
+    if (width > kMostSide || height > kMostSide || bytes > kMostImageBytes) {
+        throw InputError("image", "would become " + size + " pixels; at most " + std::to_string(kMostSide) +
                                       " either way and 1 TiB in all are allowed");
     }
 }
@@ -298,7 +298,7 @@ void RunExpand(io::Frame& frame, const Arguments& arguments, const Run& run)
 
 Parameter SideParameter(const char* name, const char* whenAbsent)
 {
-    return WholeParameter(name, std::string("the new ") + name, "pixels", {1.0, kMostPixels}, whenAbsent);
+    return WholeParameter(name, std::string("the new ") + name, "pixels", {1.0, kMostSide}, whenAbsent);
 }
 
 Parameter ColumnsParameter(const char* summary)
@@ -315,9 +315,9 @@ Parameter RowsParameter(const char* summary)
     return rows;
 }
 
-Parameter ShiftParameter(const char* name, const char* summary)
+Parameter ScrollParameter(const char* name, const char* summary)
 {
-    return WholeParameter(name, summary, "pixels", {-kMostPixels, kMostPixels}, 0);
+    return WholeParameter(name, summary, "pixels", {-kMostSide, kMostSide}, 0);
 }
 
 Operation Flip()
@@ -445,8 +445,8 @@ Operation Scroll()
             .summary = "shift the image in a circle",
             .help = std::string("What leaves the image on one side comes in on the other.") + kCarriesSky +
                     " They are right for the larger part of the picture, on either axis." + kCarriesMosaic,
-            .parameters = {ShiftParameter("x", "columns to the right"),
-                           ShiftParameter("y", "rows, in the file's order, towards the last")},
+            .parameters = {ScrollParameter("x", "columns to the right"),
+                           ScrollParameter("y", "rows, in the file's order, towards the last")},
             .footprint = Always({.moves = true}),
             .run = RunScroll};
 }

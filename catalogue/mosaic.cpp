@@ -23,7 +23,7 @@ constexpr const char* kSecondPoints = "second-points";
 constexpr int kMaxCanvas = 65535; // longest side [pixels]
 
 /// The place of a word is the number of the mode.
-const std::vector<std::string> kModes = {"over", "key", "lighter", "darker", "under"};
+const std::vector<std::string> kMosaicModes = {"over", "key", "lighter", "darker", "under"};
 
 /// A span of columns or rows, both ends included.
 struct Span {
@@ -42,11 +42,11 @@ struct Span {
 };
 
 /// The columns and rows, counted from the first image's corner, that hold both images.
-struct Canvas {
+struct JoinedCanvas {
     Span columns;
     Span rows;
 
-    Canvas(const CStlImage& first, const CStlImage& second, const Fit& fit)
+    JoinedCanvas(const CStlImage& first, const CStlImage& second, const Fit& fit)
         : columns{0.0, first.GetWidth() - 1.0}, rows{0.0, first.GetHeight() - 1.0}
     {
         for (const int x : {0, second.GetWidth() - 1}) {
@@ -68,7 +68,7 @@ private:
     }
 };
 
-void CheckCanvas(const Canvas& canvas)
+void CheckJoinedCanvas(const JoinedCanvas& canvas)
 {
     if (canvas.columns.Size() > kMaxCanvas || canvas.rows.Size() > kMaxCanvas) {
         throw InputError("second", "lies so far away that the mosaic would be " + ToText(Value(canvas.columns.Size())) +
@@ -77,14 +77,14 @@ void CheckCanvas(const Canvas& canvas)
     }
 }
 
-int ModeOf(const Arguments& arguments)
+int MosaicModeOf(const Arguments& arguments)
 {
-    return PlaceOf(arguments.Text("mode"), kModes);
+    return PlaceOf(arguments.Text("mode"), kMosaicModes);
 }
 
 void CheckMosaic(const Arguments& arguments)
 {
-    if ((ModeOf(arguments) == kMosaicKey) != arguments.Has("key")) {
+    if ((MosaicModeOf(arguments) == kMosaicKey) != arguments.Has("key")) {
         throw arguments.Refusal("key", "belongs to mode = key, which needs it: the sample that lets FIRST through");
     }
     if (arguments.Has("background") && !arguments.Flag("display")) {
@@ -105,8 +105,8 @@ std::array<float, 3> KeyOf(const Arguments& arguments)
 }
 
 /// Joins both images on a canvas that the first one's record describes.
-void Join(CStlImage& first, const CStlImage& second, const Arguments& arguments, const Fit& fit, const Canvas& canvas,
-          const Run& run)
+void Join(CStlImage& first, const CStlImage& second, const Arguments& arguments, const Fit& fit,
+          const JoinedCanvas& canvas, const Run& run)
 {
     const int ox = static_cast<int>(-canvas.columns.low);
     const int oy = static_cast<int>(-canvas.rows.low);
@@ -115,8 +115,8 @@ void Join(CStlImage& first, const CStlImage& second, const Arguments& arguments,
         AfxThrowMemoryException();
     }
     const float outside = arguments.Has("background") ? static_cast<float>(arguments.Number("background")) : 0.0F;
-    mosaic.Do(first, ox, oy, second, fit.dx, fit.dy, fit.angle, ModeOf(arguments), KeyOf(arguments).data(), &outside,
-              arguments.Flag("display"), arguments.Flag("average"), nullptr, run);
+    mosaic.Do(first, ox, oy, second, fit.dx, fit.dy, fit.angle, MosaicModeOf(arguments), KeyOf(arguments).data(),
+              &outside, arguments.Flag("display"), arguments.Flag("average"), nullptr, run);
     if (mosaic.IsWCS() != 0) {
         mosaic.TranslatePhysicalCoords(ox, oy);
     }
@@ -130,8 +130,8 @@ Outputs RunMosaic(Inputs& inputs, const Arguments& arguments, const Run& run)
     Placement placement = PlacementOf(arguments, kSecondPoints);
     BringToOrderOf(first, second, run, &placement.secondPoints);
     const Fit fit = FitOnto(first, second, placement);
-    const Canvas canvas(first.image, second.image, fit);
-    CheckCanvas(canvas);
+    const JoinedCanvas canvas(first.image, second.image, fit);
+    CheckJoinedCanvas(canvas);
     Join(first.image, second.image, arguments, fit, canvas, run);
     DropMosaic(first.header); // no filter mosaic goes on across the seam
     return PairOutputs(first, fit);
@@ -142,7 +142,7 @@ std::vector<Parameter> MosaicParameters()
     return PlacementParameters(
         {ChoiceParameter("mode",
                          "what shows where both are: SECOND (over), FIRST (under), or FIRST where SECOND is key",
-                         kModes, kModes.front()),
+                         kMosaicModes, kMosaicModes.front()),
          {.name = "key",
           .kind = Kind::Numbers,
           .summary = "mode = key: the sample of SECOND that lets FIRST through",

@@ -15,7 +15,7 @@
 namespace corvane::catalogue {
 namespace {
 
-constexpr std::uintmax_t kMostBytes = 16 << 20; // more is no curve that somebody meant
+constexpr std::uintmax_t kMostFileBytes = 16 << 20; // more is no curve that somebody meant
 
 bool IsWithin(double v)
 {
@@ -48,7 +48,7 @@ std::vector<std::vector<double>> ReadLines(const std::string& file)
     if (error || !stream) {
         throw FileError(file, "cannot be read");
     }
-    if (bytes > kMostBytes) {
+    if (bytes > kMostFileBytes) {
         throw FileError(file, "is too large for a curve");
     }
     std::vector<std::vector<double>> lines;

@@ -22,7 +22,6 @@ namespace corvane::catalogue {
 namespace {
 
 constexpr double kSigmasOfDeviation = 1.482602218505602; // of a normal distribution, its median deviation
-constexpr double kFwhmOfSigma = 2.354820045028949;
 constexpr double kClearStar = 40.0;          // deviations of the smoothed sky: a fainter one has no clear width
 constexpr std::size_t kMostDraws = 1U << 20; // samples that a median is taken of
 

@@ -6,6 +6,8 @@
 
 namespace corvane::catalogue {
 
+inline constexpr double kFwhmOfSigma = 2.354820045028949; ///< of a Gaussian
+
 /// How much memory a restoration of so many samples takes [bytes].
 using BytesOfRegion = double (*)(int width, int height, int planes);
 

@@ -17,7 +17,6 @@
 namespace corvane::catalogue {
 namespace {
 
-constexpr double kFwhmOfSigma = 2.354820045028949;
 constexpr double kLeastSigma = 0.3;
 constexpr double kMostSigma = 9.0; // from about 9.9 on the function of a restoration has a false peak in a corner
 constexpr double kSqrt2 = 1.414213562373095;

@@ -44,7 +44,7 @@ corvane find\-stars stack.fits \-\-csv
 )";
 
 /// Text as it is, at the beginning of a line too.
-std::string Plain(const std::string& text)
+std::string Roff(const std::string& text)
 {
     std::string plain;
     for (const char letter : text) {
@@ -57,7 +57,7 @@ std::string Plain(const std::string& text)
 
 std::string Item(const std::string& head, const std::string& text)
 {
-    return ".TP\n.B " + Plain(head) + "\n" + Plain(text) + "\n";
+    return ".TP\n.B " + Roff(head) + "\n" + Roff(text) + "\n";
 }
 
 bool IsPositional(const CLI::Option& option)
@@ -113,16 +113,16 @@ std::string Positionals(const CLI::App& command)
 std::string Command(const CLI::App& command, const CLI::App& app)
 {
     const std::string footer = command.get_footer();
-    return ".SS corvane " + command.get_name() + " [OPTION...]" + Plain(Positionals(command)) + "\n" +
-           Plain(command.get_description()) + ".\n" + Options(command, &app) +
-           (footer.empty() ? "" : ".PP\n" + Plain(footer) + "\n");
+    return ".SS corvane " + command.get_name() + " [OPTION...]" + Roff(Positionals(command)) + "\n" +
+           Roff(command.get_description()) + ".\n" + Options(command, &app) +
+           (footer.empty() ? "" : ".PP\n" + Roff(footer) + "\n");
 }
 
 std::string Step(const Operation& operation)
 {
     std::string text = Item(operation.name, operation.summary);
     for (const Parameter& parameter : ShownParameters(operation)) {
-        text += ".RS\n.TP\n.I " + Plain(parameter.name) + "\n" + Plain(DescriptionOf(parameter)) + "\n.RE\n";
+        text += ".RS\n.TP\n.I " + Roff(parameter.name) + "\n" + Roff(DescriptionOf(parameter)) + "\n.RE\n";
     }
     return text;
 }
@@ -142,7 +142,7 @@ std::string ManPage(const CLI::App& app)
     for (const Operation& operation : catalogue::Operations()) {
         page += operation.IsStep() ? Step(operation) : "";
     }
-    return page + kEnd + ".SH EXIT STATUS\n" + Plain(app.get_footer()) + "\n";
+    return page + kEnd + ".SH EXIT STATUS\n" + Roff(app.get_footer()) + "\n";
 }
 
 } // namespace corvane::cli

@@ -7,7 +7,7 @@
 namespace corvane::cli {
 namespace {
 
-void Print(const catalogue::Table& table, bool json)
+void PrintMatch(const catalogue::Table& table, bool json)
 {
     const auto number = [&](std::size_t column) { return std::get<double>(table.rows.front()[column]); };
     if (json) {
@@ -21,7 +21,7 @@ void Print(const catalogue::Table& table, bool json)
 
 void AddMatch(CLI::App& app, Session& session)
 {
-    AddOperation(app, session, "match", Print);
+    AddOperation(app, session, "match", PrintMatch);
 }
 
 } // namespace corvane::cli

@@ -12,7 +12,7 @@ using catalogue::Kind;
 using catalogue::Operation;
 using catalogue::Parameter;
 
-Json ToJson(const Parameter& parameter)
+Json JsonOf(const Parameter& parameter)
 {
     Json json = {{"name", parameter.name}, {"kind", WordFor(parameter.kind)}, {"summary", parameter.summary}};
     if (!parameter.unit.empty()) {
@@ -37,7 +37,7 @@ Json ToJson(const Parameter& parameter)
     return json;
 }
 
-Json ToJson(const catalogue::Input& input)
+Json JsonOf(const catalogue::Input& input)
 {
     return {{"name", input.name},
             {"summary", input.summary},
@@ -45,17 +45,17 @@ Json ToJson(const catalogue::Input& input)
             {"count", WordFor(input.count)}};
 }
 
-Json ToJson(const catalogue::Output& output)
+Json JsonOf(const catalogue::Output& output)
 {
     return {{"name", output.name}, {"kind", WordFor(output.kind)}, {"summary", output.summary}};
 }
 
 template <class Item>
-Json ToJson(const std::vector<Item>& items)
+Json JsonOf(const std::vector<Item>& items)
 {
     Json list = Json::array();
     for (const Item& item : items) {
-        list.push_back(ToJson(item));
+        list.push_back(JsonOf(item));
     }
     return list;
 }
@@ -71,7 +71,7 @@ std::string GroupOf(const Operation& operation)
     return {};
 }
 
-Json ToJson(const Operation& operation)
+Json JsonOf(const Operation& operation)
 {
     return {{"name", operation.name},
             {"aliases", operation.aliases},
@@ -79,9 +79,9 @@ Json ToJson(const Operation& operation)
             {"summary", operation.summary},
             {"help", operation.help},
             {"step", operation.IsStep()},
-            {"inputs", ToJson(operation.inputs)},
-            {"parameters", ToJson(ShownParameters(operation))},
-            {"outputs", ToJson(operation.outputs)},
+            {"inputs", JsonOf(operation.inputs)},
+            {"parameters", JsonOf(ShownParameters(operation))},
+            {"outputs", JsonOf(operation.outputs)},
             {"looks_at", ToText(UsualFootprint(operation))}};
 }
 
@@ -91,7 +91,7 @@ std::string OperationsJson(const std::vector<const Operation*>& operations, bool
 {
     Json list = Json::array();
     for (const Operation* operation : operations) {
-        list.push_back(ToJson(*operation));
+        list.push_back(JsonOf(*operation));
     }
     return (asList ? list : list.front()).dump(2) + "\n";
 }

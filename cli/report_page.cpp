@@ -184,7 +184,7 @@ std::string TableText(const stack::Registration& lights)
     return text + "</table>\n";
 }
 
-constexpr const char* kHead =
+constexpr const char* kPageHead =
     "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\"><title>Lights</title>\n<style>\n"
     "body { font-family: sans-serif; color: #222; margin: 2em; }\n"
     ".plots { display: flex; flex-wrap: wrap; gap: 1em; align-items: flex-start; }\n"
@@ -198,7 +198,7 @@ std::string ReportPage(const stack::Registration& lights)
 {
     const auto used =
         std::count_if(lights.frames.begin(), lights.frames.end(), [](const FrameReport& light) { return light.used; });
-    std::string page = kHead;
+    std::string page = kPageHead;
     page += "<h1>" + std::to_string(lights.frames.size()) + " lights, " + std::to_string(used) + " used</h1>\n";
     page += "<p>Blue: used. Red: left out. A point tells its light under the mouse.</p>\n<div class=\"plots\">\n";
     page += DrawDrift(lights);

@@ -14,12 +14,12 @@ namespace {
 
 using Colour = std::array<float, 3>;
 
-constexpr Colour kUsed{80, 240, 110};
+constexpr Colour kUsedMark{80, 240, 110};
 constexpr Colour kNotUsed{255, 140, 40};
 constexpr Colour kShadow{0, 0, 0};
 constexpr float kShadowStrength = 0.6F;
 
-constexpr double kRadius = 2.5; // widths
+constexpr double kMarkRadius = 2.5; // widths
 constexpr double kMinRadius = 5.0;
 constexpr double kMaxRadius = 60.0;
 constexpr std::size_t kMostNumbers = 100; // more would cover each other
@@ -48,8 +48,8 @@ public:
     void DrawMark(const Mark& mark, std::size_t number)
     {
         const double y = bottomUp_ ? height_ - 1 - mark.y : mark.y;
-        const double radius = std::clamp(kRadius * mark.fwhm, kMinRadius * scale_, kMaxRadius * scale_);
-        const Colour& colour = mark.isUsed ? kUsed : kNotUsed;
+        const double radius = std::clamp(kMarkRadius * mark.fwhm, kMinRadius * scale_, kMaxRadius * scale_);
+        const Colour& colour = mark.isUsed ? kUsedMark : kNotUsed;
         DrawRing(mark.x, y, radius, 2.0 * scale_ + 1.0, kShadow, kShadowStrength);
         DrawRing(mark.x, y, radius, scale_ + 0.5, colour, 1.0F);
         if (number > 0) {

@@ -13,13 +13,13 @@ namespace {
 using Anchor = Svg::Anchor;
 using stars::kFieldParts;
 
-constexpr Rgb kDark{60, 60, 60};
-constexpr Rgb kPale{190, 190, 190};
+constexpr Rgb kInk{60, 60, 60};
+constexpr Rgb kGridLine{190, 190, 190};
 constexpr Rgb kColours[] = {{45, 75, 155}, {40, 150, 170}, {120, 190, 100}, {245, 200, 70}, {215, 65, 45}};
 constexpr int kColourSteps = static_cast<int>(std::size(kColours)) - 1;
 
-constexpr double kLeft = 80.0; // of the field in the drawing
-constexpr double kTop = 60.0;
+constexpr double kFieldLeft = 80.0; // of the field in the drawing
+constexpr double kFieldTop = 60.0;
 constexpr double kLongSide = 680.0;
 constexpr double kBeside = 40.0; // between the field and the scale
 constexpr double kScaleWidth = 20.0;
@@ -90,33 +90,33 @@ struct Area {
 
     double Width() const { return field.width * scale; }
     double Height() const { return field.height * scale; }
-    double Right() const { return kLeft + Width(); }
-    double Bottom() const { return kTop + Height(); }
-    double X(double x) const { return kLeft + (x + 0.5) * scale; }
-    double Y(double y) const { return field.bottomUp ? Bottom() - (y + 0.5) * scale : kTop + (y + 0.5) * scale; }
+    double Right() const { return kFieldLeft + Width(); }
+    double Bottom() const { return kFieldTop + Height(); }
+    double X(double x) const { return kFieldLeft + (x + 0.5) * scale; }
+    double Y(double y) const { return field.bottomUp ? Bottom() - (y + 0.5) * scale : kFieldTop + (y + 0.5) * scale; }
 };
 
 void DrawAxes(const Area& area, Svg& svg)
 {
     for (int i = 1; i < kFieldParts; ++i) {
-        const double x = kLeft + area.Width() * i / kFieldParts;
-        const double y = kTop + area.Height() * i / kFieldParts;
-        svg.Line(x, kTop, x, area.Bottom(), kPale);
-        svg.Line(kLeft, y, area.Right(), y, kPale);
+        const double x = kFieldLeft + area.Width() * i / kFieldParts;
+        const double y = kFieldTop + area.Height() * i / kFieldParts;
+        svg.Line(x, kFieldTop, x, area.Bottom(), kGridLine);
+        svg.Line(kFieldLeft, y, area.Right(), y, kGridLine);
     }
-    svg.Frame(kLeft, kTop, area.Width(), area.Height(), kDark);
+    svg.Frame(kFieldLeft, kFieldTop, area.Width(), area.Height(), kInk);
     const double stepX = std::max(NiceStep(area.field.width / 6.0), 1.0);
     for (double x = 0.0; x < area.field.width; x += stepX) {
-        svg.Line(area.X(x), area.Bottom(), area.X(x), area.Bottom() + 5.0, kDark);
+        svg.Line(area.X(x), area.Bottom(), area.X(x), area.Bottom() + 5.0, kInk);
         svg.Text(area.X(x), area.Bottom() + 20.0, NumberText(x, 0), 12.0, Anchor::kMiddle);
     }
     const double stepY = std::max(NiceStep(area.field.height / 6.0), 1.0);
     for (double y = 0.0; y < area.field.height; y += stepY) {
-        svg.Line(kLeft - 5.0, area.Y(y), kLeft, area.Y(y), kDark);
-        svg.Text(kLeft - 9.0, area.Y(y) + 4.0, NumberText(y, 0), 12.0, Anchor::kEnd);
+        svg.Line(kFieldLeft - 5.0, area.Y(y), kFieldLeft, area.Y(y), kInk);
+        svg.Text(kFieldLeft - 9.0, area.Y(y) + 4.0, NumberText(y, 0), 12.0, Anchor::kEnd);
     }
-    svg.Text(kLeft + area.Width() / 2.0, area.Bottom() + 42.0, "x [pixels]", 13.0, Anchor::kMiddle);
-    svg.Text(kLeft, kTop - 10.0, "y [pixels]", 13.0, Anchor::kEnd);
+    svg.Text(kFieldLeft + area.Width() / 2.0, area.Bottom() + 42.0, "x [pixels]", 13.0, Anchor::kMiddle);
+    svg.Text(kFieldLeft, kFieldTop - 10.0, "y [pixels]", 13.0, Anchor::kEnd);
 }
 
 /// The widest first, so that no star hides under another one.
@@ -140,8 +140,8 @@ void DrawStars(const Area& area, const stars::FieldWidths& widths, const Scale& 
 
 void DrawScale(double left, const Scale& scale, Svg& svg)
 {
-    svg.Text(left, kTop + 4.0, "FWHM [pixels]");
-    const double top = kTop + 18.0;
+    svg.Text(left, kFieldTop + 4.0, "FWHM [pixels]");
+    const double top = kFieldTop + 18.0;
     constexpr int kBands = 80;
     constexpr double kBand = kScaleHeight / kBands;
     for (int i = 0; i < kBands; ++i) {
@@ -149,18 +149,18 @@ void DrawScale(double left, const Scale& scale, Svg& svg)
         svg.Rectangle(left, top + i * kBand, kScaleWidth, kBand + (i + 1 < kBands ? 0.5 : 0.0),
                       scale.Colour(scale.Width(part)));
     }
-    svg.Frame(left, top, kScaleWidth, kScaleHeight, kDark);
+    svg.Frame(left, top, kScaleWidth, kScaleHeight, kInk);
     for (int i = 0; i <= kScaleLabels; ++i) {
         const double part = static_cast<double>(i) / kScaleLabels;
         const double y = top + (1.0 - part) * kScaleHeight;
-        svg.Line(left + kScaleWidth, y, left + kScaleWidth + 5.0, y, kDark);
+        svg.Line(left + kScaleWidth, y, left + kScaleWidth + 5.0, y, kInk);
         svg.Text(left + kScaleWidth + 9.0, y + 4.0, NumberText(scale.Width(part), 2), 12.0);
     }
 }
 
 void DrawParts(double left, const PlottedField& field, const stars::FieldWidths& widths, const Scale& scale, Svg& svg)
 {
-    const double top = kTop + kScaleHeight + 72.0;
+    const double top = kFieldTop + kScaleHeight + 72.0;
     svg.Text(left, top - 10.0, "Mean of each part (stars)");
     for (int row = 0; row < kFieldParts; ++row) {
         for (int column = 0; column < kFieldParts; ++column) {
@@ -173,7 +173,7 @@ void DrawParts(double left, const PlottedField& field, const stars::FieldWidths&
             }
             svg.Text(x + kCellWidth / 2.0, y + 35.0, std::string("(").append(std::to_string(part.stars)) + ")", 11.0,
                      Anchor::kMiddle);
-            svg.Frame(x, y, kCellWidth, kCellHeight, kDark);
+            svg.Frame(x, y, kCellWidth, kCellHeight, kInk);
         }
     }
 }
@@ -185,10 +185,10 @@ std::string PlotWidths(const PlottedField& field, const stars::FieldWidths& widt
     const Area area(field);
     const Scale scale(widths);
     const double panel = area.Right() + kBeside;
-    Svg svg(panel + kPanelWidth + 30.0, kTop + std::max(area.Height(), kPanelHeight) + 60.0);
+    Svg svg(panel + kPanelWidth + 30.0, kFieldTop + std::max(area.Height(), kPanelHeight) + 60.0);
     const std::string stars = std::to_string(widths.used) + (widths.used == 1 ? " star" : " stars");
-    svg.Text(kLeft, 26.0, field.name + ": " + stars + ", median FWHM " + NumberText(widths.medianFwhm, 2) + " pixels",
-             17.0);
+    svg.Text(kFieldLeft, 26.0,
+             field.name + ": " + stars + ", median FWHM " + NumberText(widths.medianFwhm, 2) + " pixels", 17.0);
     DrawAxes(area, svg);
     DrawStars(area, widths, scale, svg);
     DrawScale(panel, scale, svg);

@@ -9,7 +9,7 @@
 namespace corvane::cli {
 namespace {
 
-constexpr int kDigits = 2; // of positions
+constexpr int kPositionDigits = 2; // of positions
 
 /// name="value", with a blank before it.
 std::string Attribute(const std::string& name, const std::string& value)
@@ -19,7 +19,7 @@ std::string Attribute(const std::string& name, const std::string& value)
 
 std::string Attribute(const std::string& name, double value)
 {
-    return Attribute(name, NumberText(value, kDigits));
+    return Attribute(name, NumberText(value, kPositionDigits));
 }
 
 std::string Attribute(const std::string& name, const Rgb& colour)

@@ -22,6 +22,7 @@ function(corvane_add_library target exportName)
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CORVANE_INSTALL_INCLUDE}>)
     target_compile_features(${target} PUBLIC cxx_std_20)
     corvane_precompile(${target})
+    corvane_join(${target})
     target_link_libraries(${target} PUBLIC ${arg_NEEDS}
         PRIVATE $<BUILD_INTERFACE:corvane_flags> $<BUILD_INTERFACE:corvane_warnings>)
     set_target_properties(${target} PROPERTIES
@@ -79,6 +80,7 @@ function(corvane_add_variant target level)
     target_include_directories(${variant} PRIVATE ${PROJECT_SOURCE_DIR})
     target_compile_options(${variant} PRIVATE -march=${level})
     corvane_precompile(${variant})
+    corvane_join(${variant})
     target_link_libraries(${variant} PRIVATE corvane_flags corvane_warnings)
     set_target_properties(${variant} PROPERTIES
         OUTPUT_NAME ${target} VERSION ${PROJECT_VERSION} SOVERSION ${CORVANE_ABI} DEFINE_SYMBOL CORVANE_BUILDING

@@ -6,12 +6,11 @@
 #include <stdexcept>
 
 #include "corvane/core/ascii.h"
+#include "io/card.h"
 
 namespace corvane::io {
 namespace {
 
-constexpr std::size_t kCardLength = 80;
-constexpr std::size_t kKeywordLength = 8;
 constexpr std::size_t kHistoryLength = kCardLength - kKeywordLength;
 constexpr std::size_t kValueColumn = 30; // where the standard ends a number
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);

@@ -14,10 +14,10 @@ constexpr double kDistances[] = {0.25, 0.5, 1.0, 2.0, kFarthest}; // pixels, at 
 constexpr double kMostChance = 1e-6 / 5 / 4; // of each distance, with and without mirror and saturated stars
 constexpr double kRivalChance = 1e-3;        // what is less likely would hardly be there beside a true match
 constexpr int kMostRivals = 20;
-constexpr double kGuessError = 1.5; // pixels, around the stars that a guess is made from
-constexpr double kMostScale = 10.0; // and its reciprocal the least
-constexpr std::size_t kRounds = 5;  // of growing; each covers twice the area or more
-constexpr std::size_t kCrowd = 24;  // for each so many stars of both fields a guess has to find one more than its own
+constexpr double kGuessError = 1.5;    // pixels, around the stars that a guess is made from
+constexpr double kMostScale = 10.0;    // and its reciprocal the least
+constexpr std::size_t kGrowRounds = 5; // of growing; each covers twice the area or more
+constexpr std::size_t kCrowd = 24; // for each so many stars of both fields a guess has to find one more than its own
 constexpr std::size_t kMostWork = 50000;
 constexpr double kLineWidth = 2.0; // pixels to both sides
 constexpr std::size_t kLineStars = 40;
@@ -134,7 +134,7 @@ bool FieldConsensus::IsCertain() const
 std::optional<Similarity> FieldConsensus::Grow(std::vector<StarPair> pairs)
 {
     const std::size_t crowds = std::min(reference_.size(), Frame().size()) / kCrowd;
-    for (std::size_t round = 1; round <= kRounds; ++round) {
+    for (std::size_t round = 1; round <= kGrowRounds; ++round) {
         const Similarity guess = FitSimilarity(pairs, scale_);
         const double squaredScale = guess.a * guess.a + guess.b * guess.b;
         constexpr double kMostSquared = kMostScale * kMostScale;

@@ -10,8 +10,8 @@ namespace corvane::stars {
 
 namespace {
 
-constexpr int kRounds = 20;
-constexpr double kSettled = 1e-10; // pixels that a step moves a corner by
+constexpr int kFitRounds = 20;
+constexpr double kSettledCorner = 1e-10; // pixels that a step moves a corner by
 
 std::size_t TermsOf(MapModel model)
 {
@@ -122,8 +122,8 @@ std::optional<MapFit> FitMap(const std::vector<StarPair>& pairs, MapModel model,
     fit.map.x0 = 0.5 * (area.left + area.right);
     fit.map.y0 = 0.5 * (area.top + area.bottom);
     fit.map.size = 0.5 * std::max({area.right - area.left, area.bottom - area.top, 1.0});
-    double moved = 2.0 * kSettled;
-    for (int round = 0; round < kRounds && moved > kSettled; ++round) {
+    double moved = 2.0 * kSettledCorner;
+    for (int round = 0; round < kFitRounds && moved > kSettledCorner; ++round) {
         const std::optional<std::vector<double>> step = StepFrom(fit.map, pairs, model).Solve();
         if (!step) {
             return std::nullopt;

@@ -18,8 +18,8 @@ constexpr std::size_t kX = 1;
 constexpr std::size_t kY = 2;
 constexpr std::size_t kSigma = 3;
 constexpr std::size_t kSky = 4;
-constexpr int kRounds = 50;
-constexpr double kSettled = 1e-5; // of sigma
+constexpr int kMostSteps = 50;
+constexpr double kSettledStep = 1e-5; // of sigma
 constexpr double kDamping = 1e-3;
 constexpr double kEase = 0.1;        // of the damping, after a step that helped
 constexpr double kTighten = 10;      // after one that did not
@@ -115,7 +115,7 @@ std::optional<Vector> Fit(const std::vector<Sample>& samples, Vector at, double 
 {
     double damping = kDamping;
     Normal here = NormalAt(samples, at);
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kMostSteps; ++round) {
         const Vector step = Solved(here, damping);
         Vector next = at;
         std::transform(at.begin(), at.end(), step.begin(), next.begin(), [](double a, double s) { return a + s; });
@@ -124,7 +124,7 @@ std::optional<Vector> Fit(const std::vector<Sample>& samples, Vector at, double 
         }
         const Normal there = NormalAt(samples, next);
         if (there.squares <= here.squares) {
-            const bool isSettled = std::fabs(step[kSigma]) < kSettled * at[kSigma];
+            const bool isSettled = std::fabs(step[kSigma]) < kSettledStep * at[kSigma];
             at = next;
             here = there;
             damping *= kEase;

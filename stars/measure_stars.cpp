@@ -18,7 +18,7 @@ namespace corvane::stars {
 namespace {
 
 constexpr double kMostWidth = 20.0;  // that PSF accepts [pixels]
-constexpr double kAperture = 1.5;    // widths: holds 99.8 % of a Gaussian
+constexpr double kMomentReach = 1.5; // widths: holds 99.8 % of a Gaussian
 constexpr double kRingFrom = 2.0;    // widths
 constexpr int kRingMargin = 3;       // pixels beyond that, where the narrowest stars' wings end
 constexpr int kRingWidth = 6;        // pixels
@@ -120,7 +120,7 @@ void MeasureLight(const Surroundings& about, MeasuredStar& star)
     double weight = 0.0;
     double atX = 0.0;
     double atY = 0.0;
-    about.ForEach(star.top, 0.0, kAperture * star.fwhm, [&](int x, int y, double s) {
+    about.ForEach(star.top, 0.0, kMomentReach * star.fwhm, [&](int x, int y, double s) {
         const double excess = s - star.sky;
         const double w = excess > 0.0 ? excess * excess : 0.0;
         star.flux += excess;

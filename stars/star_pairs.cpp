@@ -7,9 +7,9 @@ namespace corvane::stars {
 
 namespace {
 
-constexpr double kClip = 2.5;    // root mean squares: of stars that belong 0.2 % are beyond
-constexpr double kNearest = 0.5; // pixels
-constexpr int kMostRounds = 10;
+constexpr double kPairClip = 2.5; // root mean squares: of stars that belong 0.2 % are beyond
+constexpr double kNearest = 0.5;  // pixels
+constexpr int kPairRounds = 10;
 constexpr std::size_t kLeast = 3; // pairs: two fit each other always
 
 /// Pairs by where `place` has the stars of the reference.
@@ -68,14 +68,14 @@ std::vector<StarPair> PairStars(const std::vector<Position>& reference, const St
 
 double ClipDistance(double rms)
 {
-    return std::clamp(kClip * rms, kNearest, kFarthest);
+    return std::clamp(kPairClip * rms, kNearest, kFarthest);
 }
 
 StarFit FitStars(const std::vector<Position>& reference, const StarGrid& frame, const Similarity& guess,
                  double distance, bool scale)
 {
     StarFit fit{guess, {}};
-    for (int round = 0; round < kMostRounds; ++round) {
+    for (int round = 0; round < kPairRounds; ++round) {
         fit.pairs = PairStars(reference, frame, fit.similarity, {.tolerance = distance});
         if (fit.pairs.size() < kLeast) {
             return {guess, {}};

@@ -12,12 +12,12 @@ namespace corvane::stars {
 
 namespace {
 
-constexpr int kNeighbours = 8;         // 28 triangles a star: enough are left when half of the stars are missing
-constexpr int kNeighboursAnyScale = 6; // 15: so many more are alike by chance
-constexpr double kSideError = 0.75;    // pixels in each field: twice what errors of 0.25 pixel in x and y make
-constexpr double kStretch = 0.001;     // of a side: the optics' distortion
-constexpr double kShortest = 5.0;      // pixels
-constexpr double kLeastHeight = 0.05;  // of the longest side
+constexpr int kTriangleNeighbours = 8; // 28 triangles a star: enough are left when half of the stars are missing
+constexpr int kTriangleNeighboursAnyScale = 6; // 15: so many more are alike by chance
+constexpr double kSideError = 0.75;            // pixels in each field: twice what errors of 0.25 pixel in x and y make
+constexpr double kStretch = 0.001;             // of a side: the optics' distortion
+constexpr double kShortest = 5.0;              // pixels
+constexpr double kLeastHeight = 0.05;          // of the longest side
 constexpr int kMostEquals = 64;
 
 using Triple = std::array<int, 3>;
@@ -82,7 +82,7 @@ bool IsSame(const StarPattern& p, const StarPattern& q)
 std::vector<StarPattern> MakePatterns(const std::vector<Position>& stars, const PatternKind& kind)
 {
     std::vector<StarPattern> patterns;
-    for (Triple triple : NeighbourTriples(stars, kind.anyScale ? kNeighboursAnyScale : kNeighbours)) {
+    for (Triple triple : NeighbourTriples(stars, kind.anyScale ? kTriangleNeighboursAnyScale : kTriangleNeighbours)) {
         do {
             const auto star = [&](std::size_t i) { return stars[static_cast<std::size_t>(triple[i])]; };
             AddPattern({star(0), star(1), star(2)}, kind, patterns);

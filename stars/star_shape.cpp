@@ -10,11 +10,11 @@ namespace corvane::stars {
 
 namespace {
 
-constexpr int kRounds = 12;
+constexpr int kCentroidRounds = 12;
 constexpr double kPixelDeviation = 0.28867513459481287; // 1 / sqrt(12)
-constexpr double kSettled = 0.0005;                     // pixels
+constexpr double kSettledCentroid = 0.0005;             // pixels
 constexpr double kFarthest = 1.5;                       // windows from the middle of the stamp
-constexpr double kNarrowest = 0.001;                    // window variances
+constexpr double kLeastShare = 0.001;                   // window variances
 constexpr double kWidest = 0.98; // window variances: 7 windows wide, when the window's share is taken away
 
 /// The weights of a window along one axis of a stamp, and the distances from its middle.
@@ -100,17 +100,17 @@ double LostShare(const Stamp& stamp, double x, double y, double window)
 }
 
 /// A place in a stamp that is the centroid of what a window about it shows, and the moments there.
-struct Centroid {
+struct WindowCentroid {
     double x;
     double y;
     Moments moments;
 };
 
-std::optional<Centroid> FollowCentroid(const Stamp& stamp, double window)
+std::optional<WindowCentroid> FollowCentroid(const Stamp& stamp, double window)
 {
     const double farthest = kFarthest * window;
-    Centroid at{0.0, 0.0, {}};
-    for (int round = 0; round < kRounds; ++round) {
+    WindowCentroid at{0.0, 0.0, {}};
+    for (int round = 0; round < kCentroidRounds; ++round) {
         at.moments = WindowedMoments(stamp, at.x, at.y, window);
         // A window as wide as the star shows half of the way.
         const double stepX = 2.0 * at.moments.x / at.moments.sum;
@@ -121,7 +121,7 @@ std::optional<Centroid> FollowCentroid(const Stamp& stamp, double window)
         if (!isNear) {
             return std::nullopt;
         }
-        if (std::max(std::fabs(stepX), std::fabs(stepY)) < kSettled) {
+        if (std::max(std::fabs(stepX), std::fabs(stepY)) < kSettledCentroid) {
             break;
         }
     }
@@ -131,7 +131,7 @@ std::optional<Centroid> FollowCentroid(const Stamp& stamp, double window)
 /// The deviation of a Gaussian that has a variance when seen through a window.
 double OwnDeviation(double variance, double window)
 {
-    const double share = std::clamp(variance / (window * window), kNarrowest, kWidest);
+    const double share = std::clamp(variance / (window * window), kLeastShare, kWidest);
     return window * std::sqrt(share / (1.0 - share));
 }
 
@@ -149,7 +149,7 @@ double StarShape::Elongation() const
 
 std::optional<StarShape> MeasureShape(const Stamp& stamp, double window)
 {
-    const std::optional<Centroid> centroid = FollowCentroid(stamp, window);
+    const std::optional<WindowCentroid> centroid = FollowCentroid(stamp, window);
     if (!centroid) {
         return std::nullopt;
     }

@@ -22,29 +22,30 @@ constexpr std::size_t kFewestStars = 20; // of which faint ones may be part
 constexpr double kBright = 20.0;         // deviations of the sky
 constexpr std::size_t kTries = 4000;
 constexpr std::size_t kTogether = 64; // as long as so many are wanted
-constexpr int kReach = 24;            // pixels
+constexpr int kStampReach = 24;       // pixels
 constexpr double kWindow = 1.5;
 constexpr double kNarrowestWindow = 0.6;
-constexpr double kWidestWindow = kReach / 3.0;
-constexpr double kNarrowest = 0.38; // sigma of a bright star's fit
-constexpr double kByNoise = 1.5;    // and this more for a peak of one deviation of the sky
-constexpr double kSampled = 0.7;    // sigma from which on moments of samples tell a width
+constexpr double kWidestWindow = kStampReach / 3.0;
+constexpr double kLeastSigmaBright = 0.38; // sigma of a bright star's fit
+constexpr double kSigmaByNoise = 1.5;      // and this more for a peak of one deviation of the sky
+constexpr double kSampled = 0.7;           // sigma from which on moments of samples tell a width
 constexpr double kMostElongated = 3.0;
-constexpr double kGap = 0.01; // of the window
-constexpr int kRounds = 10;
-constexpr double kSettled = 0.01;
+constexpr double kMostLost = 0.01; // of the window
+constexpr int kWindowRounds = 10;
+constexpr double kSettledWindow = 0.01;
 
 /// The shape of an object through a window as wide as itself; nothing for what is no star.
 std::optional<StarShape> ShapeThroughOwnWindow(const Stamp& stamp)
 {
     double window = kWindow;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kWindowRounds; ++round) {
         const std::optional<StarShape> shape = MeasureShape(stamp, window);
-        if (!shape || shape->lost > kGap || shape->Width() > kWidestWindow || shape->Elongation() > kMostElongated) {
+        if (!shape || shape->lost > kMostLost || shape->Width() > kWidestWindow ||
+            shape->Elongation() > kMostElongated) {
             return std::nullopt;
         }
         const double next = std::max(shape->Width(), kNarrowestWindow);
-        if (std::fabs(next - window) < kSettled * window) {
+        if (std::fabs(next - window) < kSettledWindow * window) {
             return shape;
         }
         window = next;
@@ -52,21 +53,21 @@ std::optional<StarShape> ShapeThroughOwnWindow(const Stamp& stamp)
     return std::nullopt;
 }
 
-struct Candidate {
+struct TriedStar {
     StarShape shape;
     double sigma; ///< of the Gaussian that fits it
 };
 
 /// The median of what is asked of candidates.
 template <class Ask>
-double MedianOver(const std::vector<Candidate>& candidates, Ask ask)
+double MedianOver(const std::vector<TriedStar>& candidates, Ask ask)
 {
     std::vector<double> values;
     std::transform(candidates.begin(), candidates.end(), std::back_inserter(values), ask);
     return MedianOf(values);
 }
 
-std::optional<Candidate> Try(const Maximum& maximum, const SkyMesh& sky, Stamp& stamp)
+std::optional<TriedStar> Try(const Maximum& maximum, const SkyMesh& sky, Stamp& stamp)
 {
     stamp.MoveTo(maximum.x, maximum.y, sky.level.At(maximum.x, maximum.y));
     const std::optional<StarShape> shape = ShapeThroughOwnWindow(stamp);
@@ -75,43 +76,44 @@ std::optional<Candidate> Try(const Maximum& maximum, const SkyMesh& sky, Stamp& 
     }
     const auto fit = FitGaussian(stamp, std::max(shape->Width(), kNarrowestWindow));
     const double noise = sky.noise.At(maximum.x, maximum.y);
-    return fit && fit->sigma >= LeastSigma(noise, fit->peak) ? std::optional(Candidate{*shape, fit->sigma})
+    return fit && fit->sigma >= LeastSigma(noise, fit->peak) ? std::optional(TriedStar{*shape, fit->sigma})
                                                              : std::nullopt;
 }
 
 /// What each of some maxima shows.
-std::vector<std::optional<Candidate>> TryAll(const CStlImage& image, int plane, const SkyMesh& sky,
+std::vector<std::optional<TriedStar>> TryAll(const CStlImage& image, int plane, const SkyMesh& sky,
                                              std::span<const Maximum> maxima, const Run& run)
 {
-    std::vector<std::optional<Candidate>> tried(maxima.size());
+    std::vector<std::optional<TriedStar>> tried(maxima.size());
     const auto tryOne = [&](int i) {
-        Stamp stamp(image, plane, kReach);
+        Stamp stamp(image, plane, kStampReach);
         tried[i] = Try(maxima[i], sky, stamp);
     };
-    const auto samples = static_cast<long long>(maxima.size()) * kRounds * (2 * kReach + 1) * (2 * kReach + 1);
+    const auto samples =
+        static_cast<long long>(maxima.size()) * kWindowRounds * (2 * kStampReach + 1) * (2 * kStampReach + 1);
     platform::ForBlocks(static_cast<int>(maxima.size()), ReadersOf(image, samples, run), tryOne, [](int) {});
     return tried;
 }
 
-TypicalStar TypicalOf(std::vector<Candidate> candidates)
+TypicalStar TypicalOf(std::vector<TriedStar> candidates)
 {
     std::vector<double> sigmas;
-    for (const Candidate& c : candidates) {
+    for (const TriedStar& c : candidates) {
         sigmas.push_back(c.sigma);
     }
     const double common = CommonWidth(std::move(sigmas));
-    std::erase_if(candidates, [&](const Candidate& c) { return !IsCommon(c.sigma, common); });
-    return {MedianOver(candidates, [](const Candidate& c) { return c.shape.Width(); }),
-            MedianOver(candidates, [](const Candidate& c) { return c.shape.shortest; }),
-            MedianOver(candidates, [](const Candidate& c) { return c.shape.Elongation(); }),
-            MedianOver(candidates, [](const Candidate& c) { return c.sigma / c.shape.Width(); }), common < kSampled};
+    std::erase_if(candidates, [&](const TriedStar& c) { return !IsCommon(c.sigma, common); });
+    return {MedianOver(candidates, [](const TriedStar& c) { return c.shape.Width(); }),
+            MedianOver(candidates, [](const TriedStar& c) { return c.shape.shortest; }),
+            MedianOver(candidates, [](const TriedStar& c) { return c.shape.Elongation(); }),
+            MedianOver(candidates, [](const TriedStar& c) { return c.sigma / c.shape.Width(); }), common < kSampled};
 }
 
 } // namespace
 
 double LeastSigma(double noise, double peak)
 {
-    return kNarrowest + kByNoise * noise / peak;
+    return kLeastSigmaBright + kSigmaByNoise * noise / peak;
 }
 
 double TypicalStar::Fwhm(double deviation) const
@@ -125,7 +127,7 @@ TypicalStar MeasureTypicalStar(const CStlImage& image, int plane, const SkyMesh&
     const auto isBrighter = [](const Maximum& a, const Maximum& b) { return a.excess > b.excess; };
     std::stable_sort(maxima.begin(), maxima.end(), isBrighter);
     maxima.resize(std::min(maxima.size(), kTries));
-    std::vector<Candidate> candidates;
+    std::vector<TriedStar> candidates;
     const auto isEnough = [&](const Maximum& maximum) {
         const bool isFaint = maximum.excess < kBright * sky.noise.At(maximum.x, maximum.y);
         return candidates.size() == kStars || (isFaint && candidates.size() >= kFewestStars);

@@ -12,7 +12,7 @@ using namespace corvane;
 
 namespace {
 
-constexpr int kPsfSize = 63; // an odd one has its centre between samples
+constexpr int kOddPsfSize = 63; // an odd one has its centre between samples
 constexpr int kPsfSizeOnGrid = 64;
 
 } // namespace
@@ -32,7 +32,7 @@ int CImgMem::Do(double sigma, double noiseSigma, int iterations, CRect* rect, in
 Restored CImgMem::Do(double sigma, double noiseSigma, int iterations, const CRect* rect, bool isOnGrid, const Run& run)
 {
     Region region(*this, rect);
-    const int size = isOnGrid ? kPsfSizeOnGrid : kPsfSize;
+    const int size = isOnGrid ? kPsfSizeOnGrid : kOddPsfSize;
     const std::unique_ptr<float[]> psf(MakeGauss(sigma, size, size));
     const MemJob job{.width = region.Width(),
                      .height = region.Height(),

@@ -26,7 +26,7 @@ constexpr double kParallel = 0.05;     // 1 - cosine between both gradients, bel
 constexpr double kLeastAmount = 0.0;   // of a direction that the line search may take
 constexpr double kMostAmount = 1.0;
 constexpr int kSubIterations = 6;
-constexpr double kLineTolerance = 0.05;
+constexpr double kLineBracket = 0.05;
 
 double Logarithm(double x)
 {
@@ -288,7 +288,7 @@ double MemEngine::Search(double multiplier)
         const double slope = slopeAt(amount);
         (slope > 0.0 ? low : high) = amount;
         (slope > 0.0 ? slopeLow : slopeHigh) = slope;
-        if (high - low < kLineTolerance) {
+        if (high - low < kLineBracket) {
             break;
         }
     }

@@ -6,12 +6,13 @@
 #include <tuple>
 #include <utility>
 
+#include "io/card.h"
+#include "io/formats/fits_keys.h"
 #include "io/metadata.h"
 
 namespace corvane::io {
 namespace {
 
-constexpr std::size_t kCardLength = 80;
 constexpr std::string_view kFirstLine = "SIMPLE  =                    T";
 
 /// Layout keywords; '#' stands for a number of one or more digits.
@@ -47,11 +48,6 @@ std::string_view KeywordOf(std::string_view card)
 bool IsCommentary(std::string_view keyword)
 {
     return keyword.empty() || keyword == "COMMENT" || keyword == "HISTORY" || keyword == "CONTINUE";
-}
-
-std::string Numbered(const char* name, int number)
-{
-    return name + std::to_string(number);
 }
 
 /// Sets a number unless the card already says just that, so that its own way of writing stays.

@@ -7,15 +7,13 @@
 #include "corvane/core/ascii.h"
 #include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
+#include "io/card.h"
 #include "io/formats/cards.h"
 
 namespace corvane::io {
 namespace {
 
-constexpr std::size_t kBlockBytes = 2880;
-constexpr std::size_t kCardLength = 80;
 constexpr int kMostAxes = 999;
-constexpr long long kAny = std::numeric_limits<long long>::max();
 
 /// Headers of more are no headers. Cards take about twice the room of their text.
 std::uint64_t MostHeaderBytes()

@@ -7,15 +7,11 @@
 
 #include "corvane/core/ascii.h"
 #include "corvane/core/error.h"
+#include "io/card.h"
 #include "io/formats/cards.h"
 
 namespace corvane::io {
-namespace {
-
-constexpr std::size_t kCardLength = 80;
-constexpr std::size_t kKeywordLength = 8;
-
-} // namespace
+namespace {} // namespace
 
 std::string Numbered(const char* name, long long number)
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <map>
 #include <optional>
 #include <string>
@@ -8,6 +9,8 @@
 #include "io/header.h"
 
 namespace corvane::io {
+
+inline constexpr long long kAny = std::numeric_limits<long long>::max(); ///< for a number without an upper bound
 
 /// What a header says of its file's layout, by keyword; of several cards with one keyword the first counts.
 ///

@@ -11,12 +11,12 @@ namespace {
 /// The sum of words of 32 bits in ones' complement; bytes beyond the file's end count as 0.
 std::uint32_t SumWords(ByteSource& source, std::uint64_t first, std::uint64_t end)
 {
-    constexpr std::size_t kPieceBytes = std::size_t{256} << 10;
-    std::vector<unsigned char> piece(kPieceBytes);
+    constexpr std::size_t kStretchBytes = std::size_t{256} << 10;
+    std::vector<unsigned char> piece(kStretchBytes);
     std::uint64_t sum = 0; // has room for the carries of 16 EiB
     while (first < end) {
         const MutableBytes wanted(piece.data(),
-                                  static_cast<std::size_t>(std::min<std::uint64_t>(kPieceBytes, end - first)));
+                                  static_cast<std::size_t>(std::min<std::uint64_t>(kStretchBytes, end - first)));
         const std::size_t got = source.Read(first, wanted);
         std::fill(piece.begin() + static_cast<std::ptrdiff_t>(got), piece.end(), 0);
         for (std::size_t i = 0; i < got; i += 4) {

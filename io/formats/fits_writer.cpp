@@ -2,6 +2,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "io/card.h"
 #include "io/formats/big_endian.h"
 #include "io/formats/formats.h"
 #include "io/formats/storage.h"
@@ -9,7 +10,6 @@
 namespace corvane::io {
 namespace {
 
-constexpr std::size_t kBlockBytes = 2880;
 constexpr std::size_t kBandBytes = std::size_t{1} << 20;
 
 /// What FITS adds to a stored integer to make a count of it: 16 and 32 bits are signed there.

@@ -11,7 +11,7 @@ namespace corvane::io {
 namespace {
 
 constexpr std::size_t kInputBytes = std::size_t{64} << 10;
-constexpr int kGzip = 16; // zlib's flag for the header of gzip alone
+constexpr int kGzipHeader = 16; // zlib's flag for the header of gzip alone
 constexpr int kAnyHeader = 32;
 
 void Check(int status, const z_stream& stream)
@@ -23,6 +23,8 @@ void Check(int status, const z_stream& stream)
         throw DamagedData(stream.msg != nullptr ? stream.msg : "the gzip data are damaged");
     }
 }
+
+} // namespace
 
 /// zlib's own state, freed with the object.
 class Inflater {
@@ -48,10 +50,8 @@ public:
     z_stream stream{};
 };
 
-} // namespace
-
 struct GzipStream::State {
-    Inflater inflater{kGzip};
+    Inflater inflater{kGzipHeader};
 };
 
 GzipStream::GzipStream(ByteSource& packed) : packed_(packed), input_(kInputBytes), state_(std::make_unique<State>()) {}

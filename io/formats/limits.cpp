@@ -27,7 +27,7 @@ std::string Whole(double value)
     return std::to_string(static_cast<long long>(value));
 }
 
-std::string SizeText(const Size& size)
+std::string SidesText(const Size& size)
 {
     return Whole(size.width) + " x " + Whole(size.height);
 }
@@ -37,7 +37,7 @@ std::string SizeText(const Size& size)
 void CheckSize(const std::string& name, const std::string& path, const Size& size, double planes, int bits)
 {
     if (size.width < 1.0 || size.height < 1.0) {
-        throw FileError(name, "holds no samples: its size is " + SizeText(size));
+        throw FileError(name, "holds no samples: its size is " + SidesText(size));
     }
     if (planes != 1.0 && planes != 3.0) {
         throw FileError(name, "has " + Whole(planes) + " planes; frames of 1 or 3 planes are read");
@@ -51,7 +51,7 @@ void CheckClaim(const std::string& name, const std::string& path, const Size& si
     constexpr double kMostSide = std::numeric_limits<int>::max();
     if (size.width > kMostSide || size.height > kMostSide ||
         bytes > mostExpansion * static_cast<double>(fs::file_size(path))) {
-        throw FileError(name, "claims a size of " + SizeText(size) + " samples, more than the file can hold");
+        throw FileError(name, "claims a size of " + SidesText(size) + " samples, more than the file can hold");
     }
 }
 

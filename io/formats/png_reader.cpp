@@ -170,11 +170,11 @@ private:
 /// Asks for what decoding takes: a few rows, or all of an image whose rows are interlaced.
 void CheckRoom(PngFile& file, const std::string& path, const PngLayout& layout)
 {
-    constexpr double kMostExpansion = 1032.0; // of Deflate
+    constexpr double kDeflateExpansion = 1032.0; // of Deflate
     const Size size{static_cast<double>(layout.width), static_cast<double>(layout.height)};
     const double pixelBits = png_get_bit_depth(file.Png(), file.Info()) * png_get_channels(file.Png(), file.Info());
     CheckSize(path, path, size, layout.planes, layout.bits);
-    CheckClaim(path, path, size, size.width * size.height * pixelBits / 8, kMostExpansion);
+    CheckClaim(path, path, size, size.width * size.height * pixelBits / 8, kDeflateExpansion);
     const double row = static_cast<double>(layout.RowSamples() * sizeof(std::uint16_t));
     CheckMemory(path, layout.interlaced ? "all of its rows, which are interlaced" : "decoding its rows",
                 layout.interlaced ? row * (size.height + 4.0) : row * 4.0);

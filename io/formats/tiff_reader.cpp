@@ -13,7 +13,7 @@
 namespace corvane::io {
 namespace {
 
-constexpr double kMostExpansion = 65536.0; // bytes of samples per byte of file, by the strongest of its compressions
+constexpr double kTiffExpansion = 65536.0; // bytes of samples per byte of file, by the strongest of its compressions
 
 /// How the samples lie in the file.
 struct TiffLayout {
@@ -205,13 +205,13 @@ void CheckRoom(const TiffFile& file, const std::string& path, const TiffLayout& 
     const double channels = layout.separate ? 1.0 : layout.channels;
     const double row = size.width * channels * static_cast<double>(layout.SampleBytes());
     CheckClaim(path, path, size, size.width * size.height * layout.channels * static_cast<double>(layout.SampleBytes()),
-               kMostExpansion);
+               kTiffExpansion);
     CheckMemory(path, "a row of " + std::to_string(layout.channels) + " channels", 2.0 * row);
     if (layout.tileWidth > 0) {
         const auto tile = static_cast<double>(TIFFTileSize64(file.Get()));
         const std::string text = SizeText(layout.tileWidth, layout.tileHeight);
         CheckClaim(path, path, {static_cast<double>(layout.tileWidth), static_cast<double>(layout.tileHeight)}, tile,
-                   kMostExpansion);
+                   kTiffExpansion);
         CheckMemory(path, "tiles of " + text + " pixels", 2.0 * (row + tile));
     }
 }

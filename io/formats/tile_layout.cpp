@@ -9,8 +9,6 @@
 namespace corvane::io {
 namespace {
 
-constexpr long long kAny = std::numeric_limits<long long>::max();
-
 /// Parameters of the code: ZNAMEi and ZVALi.
 std::map<std::string, std::string> ReadParameters(const FitsKeys& keys)
 {

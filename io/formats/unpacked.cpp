@@ -17,19 +17,19 @@ namespace {
 // Every part has the same size, so that a place tells its part.
 constexpr std::size_t kPartBytes = std::size_t{8} << 20;
 
-constexpr std::string_view kGzip = "\x1f\x8b";
+constexpr std::string_view kGzipStart = "\x1f\x8b";
 constexpr std::string_view kLzw = "\x1f\x9d";
 
 } // namespace
 
 bool IsPacked(const std::string& start)
 {
-    return start.starts_with(kGzip) || start.starts_with(kLzw);
+    return start.starts_with(kGzipStart) || start.starts_with(kLzw);
 }
 
 std::unique_ptr<UnpackingStream> OpenUnpacking(const std::string& start, ByteSource& packed)
 {
-    if (start.starts_with(kGzip)) {
+    if (start.starts_with(kGzipStart)) {
         return std::make_unique<GzipStream>(packed);
     }
     return std::make_unique<LzwStream>(packed);

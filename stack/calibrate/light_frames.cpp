@@ -12,7 +12,7 @@ namespace corvane::stack {
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr int kRowsAtOnce = 128; // many more than the margin, and few enough to stay in a near cache
+constexpr int kMosaicRowsAtOnce = 128; // many more than the margin, and few enough to stay in a near cache
 
 /// Rows of a mosaic, with those about them that decide their colours. What the next rows need too is kept.
 class MosaicWindow {
@@ -90,9 +90,9 @@ void LightFrames::ReadPart(int frame, int firstRow, int rowCount, float* samples
 void LightFrames::ReadMosaic(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride)
 {
     const FrameFacts facts = frames_.Facts(frame);
-    MosaicWindow window(frames_, frame, std::min(rowCount, kRowsAtOnce));
-    for (int row = 0; row < rowCount; row += kRowsAtOnce) {
-        const int rows = std::min(kRowsAtOnce, rowCount - row);
+    MosaicWindow window(frames_, frame, std::min(rowCount, kMosaicRowsAtOnce));
+    for (int row = 0; row < rowCount; row += kMosaicRowsAtOnce) {
+        const int rows = std::min(kMosaicRowsAtOnce, rowCount - row);
         float* const part = samples + static_cast<std::ptrdiff_t>(row) * facts.width;
         DemosaicRows(window.About(firstRow + row, rows), patterns_[static_cast<std::size_t>(frame)], method_,
                      firstRow + row, rows, part, part + planeStride, part + 2 * planeStride);

@@ -18,7 +18,7 @@ namespace corvane::stack {
 
 namespace {
 
-constexpr int kRowsAtOnce = 64;
+constexpr int kMasterRowsAtOnce = 64;
 
 /// Frames of one kind on their way to a master.
 class MasterSource : public FrameSource {
@@ -73,12 +73,12 @@ double MasterSource::Mean(int frame)
 {
     const FrameFacts info = Facts(frame);
     const BlankTest isBlank = info.IsBlank();
-    const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(kRowsAtOnce) * info.width;
+    const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(kMasterRowsAtOnce) * info.width;
     std::vector<float> samples(static_cast<std::size_t>(stride) * info.planes);
     double sum = 0.0;
     long long count = 0;
-    for (int row = 0; row < info.height; row += kRowsAtOnce) {
-        const int rows = std::min(kRowsAtOnce, info.height - row);
+    for (int row = 0; row < info.height; row += kMasterRowsAtOnce) {
+        const int rows = std::min(kMasterRowsAtOnce, info.height - row);
         ReadPart(frame, row, rows, samples.data(), stride);
         for (std::ptrdiff_t i = 0; i < static_cast<std::ptrdiff_t>(rows) * info.width; ++i) {
             const double s = samples[i];

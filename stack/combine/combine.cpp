@@ -28,7 +28,6 @@ bool MayShare(const CombineTarget& target)
                        [](const CStlImage* image) { return image == nullptr || MayShareWork(*image, {}); });
 }
 
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr int kFewestColumns = 16;
 
 /// A frame at work.

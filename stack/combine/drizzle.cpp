@@ -17,8 +17,6 @@ namespace corvane::stack {
 
 namespace {
 
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-
 /// The plane of the filter over a pixel.
 int PlaneOf(BayerPattern pattern, int x, int y)
 {

@@ -2,12 +2,15 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "corvane/platform/export.h"
 #include "stack/combine/combine.h"
 
 namespace corvane::stack {
+
+inline constexpr float kNaN = std::numeric_limits<float>::quiet_NaN(); ///< what a frame does not have
 
 /// How a frame that is placed on the reference lies on a grid.
 CORVANE_VISIBLE Mapping OnGrid(const Mapping& mapping, const Grid& grid);
