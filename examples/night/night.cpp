@@ -249,12 +249,16 @@ Plane Night::SceneBelow(std::optional<char> filter, int i) const
     const double glow = Contains(settings_.cloudyLights, i) ? kCloudGlow : 1.0;
     const double sky = settings_.sky * settings_.exposure * glow * (filter ? SkyShare(*filter) : 1.0);
     Plane scene(settings_.width, settings_.height);
-    for (int x = 0; x < scene.width; ++x) {
-        const double place = (x + 0.5) / scene.width - 0.5;
-        scene.samples[x] = static_cast<float>(sky * std::max(0.0, 1.0 + settings_.skyGradient * place));
-    }
-    for (int y = 1; y < scene.height; ++y) {
-        std::copy_n(scene.Row(0), scene.width, scene.Row(y));
+    Random gradient(settings_.seed, Purpose::kGradient, static_cast<std::uint64_t>(i));
+    const double own = settings_.lightGradient;
+    const double across = settings_.skyGradient + gradient.Uniform(-own, own);
+    const double down = gradient.Uniform(-own, own);
+    for (int y = 0; y < scene.height; ++y) {
+        const double level = 1.0 + down * ((y + 0.5) / scene.height - 0.5);
+        for (int x = 0; x < scene.width; ++x) {
+            const double place = (x + 0.5) / scene.width - 0.5;
+            scene.Row(y)[x] = static_cast<float>(sky * std::max(0.0, level + across * place));
+        }
     }
     const double slip = Contains(settings_.trailedLights, i) ? 1.0 : 0.0;
     for (Star star : MovedStars(i)) {

@@ -21,7 +21,8 @@ enum class Purpose {
     kFlatNoise,
     kFlatDarkNoise,
     kBiasNoise,
-    kStarColours
+    kStarColours,
+    kGradient
 };
 
 /// A stream of random numbers that is the same on every machine: xoshiro256++ (Blackman and Vigna 2021, ACM

@@ -73,6 +73,7 @@ const NightSettings& Checked(const NightSettings& s)
         {"brightest star", s.brightest, s.faintest, 1e9},
         {"sky", s.sky, 0, 100000},
         {"sky gradient", s.skyGradient, -2, 2},
+        {"light gradient", s.lightGradient, 0, 2},
         {"cosmic hits", s.cosmicHits, 0, 100000},
         {"trails", static_cast<double>(s.trails), 0, 10000},
         {"drift in x", s.driftX, -1000, 1000},
