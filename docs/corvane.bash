@@ -19,7 +19,7 @@ _corvane_words() {
     'stack --combine') echo 'mean median sum max min' ;;
     'stack --reject') echo 'auto none sigma winsorized linear-fit esd mad minmax' ;;
     'stack --method') echo 'median clipped-median clipped-mean' ;;
-    'stack --normalise') echo 'none offset scale both' ;;
+    'stack --normalise') echo 'none offset scale both local' ;;
     'stack --weight') echo 'none noise fwhm stars snr' ;;
     'stack --canvas') echo 'reference union common' ;;
     'stack --coverage') echo 'any all' ;;

@@ -26,10 +26,11 @@ inline constexpr Names<std::optional<stars::MapModel>, 5> kTransformNames{
      {"affine", stars::MapModel::kAffine},
      {"homography", stars::MapModel::kHomography},
      {"distortion", stars::MapModel::kDistortion}}};
-inline constexpr Names<NormaliseMethod, 4> kNormaliseNames{{{"none", NormaliseMethod::kNone},
+inline constexpr Names<NormaliseMethod, 5> kNormaliseNames{{{"none", NormaliseMethod::kNone},
                                                             {"offset", NormaliseMethod::kOffset},
                                                             {"scale", NormaliseMethod::kScale},
-                                                            {"both", NormaliseMethod::kBoth}}};
+                                                            {"both", NormaliseMethod::kBoth},
+                                                            {"local", NormaliseMethod::kLocal}}};
 inline constexpr Names<CombineBy, 5> kCombineNames{{{"mean", CombineBy::kMean},
                                                     {"median", CombineBy::kMedian},
                                                     {"sum", CombineBy::kSum},

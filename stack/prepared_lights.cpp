@@ -11,6 +11,7 @@
 #include "stack/calibrate/cosmetic.h"
 #include "stack/calibrate/masters.h"
 #include "stack/calibrate/raw_lights.h"
+#include "stack/combine/local_sky.h"
 #include "stack/register/align_shift.h"
 #include "stack/register/align_stars.h"
 
@@ -160,16 +161,36 @@ void PreparedLights::SetWeights()
 std::vector<Placement> PreparedLights::Placements(bool followsMotion) const
 {
     std::vector<Placement> placements;
+    const Mapping reference = MappingOf(static_cast<std::size_t>(result_.referenceLight), followsMotion);
     for (const int i : UsedFrames(result_.frames)) {
         const auto light = static_cast<std::size_t>(i);
-        const FrameReport& report = result_.frames[light];
-        const Position moved = followsMotion ? motion_.since[light] : Position{0.0, 0.0};
         placements.push_back({.frame = i,
-                              .mapping = report.MappingAbout(frames_->Centre()).From(moved.x, moved.y),
+                              .mapping = MappingOf(light, followsMotion),
                               .normalisation = NormalisationsOf(light),
-                              .weight = report.weight});
+                              .weight = result_.frames[light].weight});
+        AddFields(placements.back(), reference);
     }
     return placements;
+}
+
+Mapping PreparedLights::MappingOf(std::size_t light, bool followsMotion) const
+{
+    const Position moved = followsMotion ? motion_.since[light] : Position{0.0, 0.0};
+    return result_.frames[light].MappingAbout(frames_->Centre()).From(moved.x, moved.y);
+}
+
+/// Has the offsets of a light change over the reference, when that was asked for.
+void PreparedLights::AddFields(Placement& placement, const Mapping& reference) const
+{
+    const io::FrameReader& base = plan_.Base();
+    for (std::size_t p = 0; p < placement.normalisation.size() && NormaliseOf(options_) == NormaliseMethod::kLocal;
+         ++p) {
+        Normalisation& normalisation = placement.normalisation[p];
+        const stars::CellGrid& target = seen_[static_cast<std::size_t>(result_.referenceLight)].sky[p];
+        const stars::CellGrid& sky = seen_[static_cast<std::size_t>(placement.frame)].sky[p];
+        normalisation.field = OffsetsBetween({target, reference}, {sky, placement.mapping}, normalisation.factor,
+                                             base.Width(), base.Height());
+    }
 }
 
 std::vector<int> UsedFrames(const std::vector<FrameReport>& frames)

@@ -36,6 +36,8 @@ private:
     void NoteFlatGaps(const std::vector<Masters>& sets);
     void MendHotPixels(const std::vector<Masters>& sets);
     std::vector<Normalisation> NormalisationsOf(std::size_t light) const;
+    Mapping MappingOf(std::size_t light, bool followsMotion) const;
+    void AddFields(Placement& placement, const Mapping& reference) const;
     void SetWeights();
     void AlignByTheirStars();
     void FollowTheirMotion();

@@ -17,6 +17,16 @@ public:
 
     int Columns() const { return columns_; }
     int Rows() const { return rows_; }
+    /// @name Which cell a place of the frame lies at, counted from the centre of the first one
+    /// @{
+    double ColumnAt(double x) const { return (x + 0.5) * columns_ / width_ - 0.5; }
+    double RowAt(double y) const { return (y + 0.5) * rows_ / height_ - 0.5; }
+    /// @}
+    /// @name Where the centre of a cell lies
+    /// @{
+    double XOf(int column) const { return (column + 0.5) * width_ / columns_ - 0.5; }
+    double YOf(int row) const { return (row + 0.5) * height_ / rows_ - 0.5; }
+    /// @}
     /// The samples of a cell; right and bottom are the first column and row outside.
     CRect Area(int column, int row) const;
     float& Value(int column, int row) { return values_[Index(column, row)]; }
@@ -26,7 +36,7 @@ public:
     /// all stay unknown.
     void FillGaps();
     /// Replaces a value that lies farther than three median deviations from the median of it and its neighbours by that
-    /// median: a bright object fills the cell. All values must be known.
+    /// median: a bright object fills the cell. Unknown ones do not count, and stay so.
     void RemoveOutliers();
     /// The median of all values; of an even number the upper of both in the middle.
     double Median() const;

@@ -42,14 +42,6 @@ struct PlacedFrame {
     std::uint64_t RowBytes() const { return sizeof(float) * facts.width * static_cast<std::uint64_t>(facts.planes); }
 };
 
-/// A stretch of a row of the target.
-struct Stretch {
-    int x;
-    int row;
-    int plane;
-    int count;
-};
-
 /// Combines into one target: a band of rows at a time, and in strips of columns when turned frames would not fit.
 class BandCombiner {
 public:
@@ -276,7 +268,7 @@ void BandCombiner::Sample(const PlacedFrame& frame, const Stretch& stretch, doub
             valid[x] &= isBlank(values[x]) ? 0 : 1;
         }
     }
-    Normalise(frame.placement, plane, count, values, valid);
+    Normalise(frame.placement, plan_.grid, stretch, values, valid);
 }
 
 void Check(const CombinePlan& plan, const FrameSource& source, const CombineTarget& target)

@@ -30,6 +30,20 @@ struct Grid {
     double scale = 1.0; ///< its pixels to one of the reference, above 0
     int left = 0;       ///< the first column, in pixels of the reference
     int top = 0;        ///< the first row
+
+    /// @name Where a pixel's middle lies on the reference
+    /// @{
+    double XOnReference(double column) const { return (column + 0.5) / scale - 0.5 + left; }
+    double YOnReference(double row) const { return (row + 0.5) / scale - 0.5 + top; }
+    /// @}
+};
+
+/// Pixels of a row of a grid.
+struct Stretch {
+    int x;
+    int row;
+    int plane;
+    int count;
 };
 
 /// Which frames are combined, where each of them lies, and how.

@@ -228,14 +228,18 @@ void Drizzler::Prepare(std::size_t i)
             places[x] = frame.mapping.Inverse({1.0 * x, 1.0 * y});
         }
         for (int plane = 0; plane < frame.facts.planes; ++plane) {
-            const auto [factor, offset] =
+            const Normalisation normalisation =
                 placement.normalisation.empty() ? Normalisation() : placement.normalisation[plane];
+            const auto normalised = [&](float sample, const Position& at) {
+                return sample * normalisation.factor +
+                       normalisation.OffsetAt(reference_.XOnReference(at.x), reference_.YOnReference(at.y));
+            };
             const float* const samples = frame.window.Row(plane, y);
             float* const drops = frame.rows.Row(plane, y);
             for (int x = 0; x < frame.facts.width; ++x) {
                 const bool isOwn = !isMosaic || PlaneOf(plan_.patterns[placement.frame], x, y) == plane;
                 const bool isDropped = isOwn && judged_.Has(i, plane, places[x]) && std::isfinite(samples[x]);
-                drops[x] = isDropped ? static_cast<float>(samples[x] * factor + offset) : kNaN;
+                drops[x] = isDropped ? static_cast<float>(normalised(samples[x], places[x])) : kNaN;
             }
         }
     }

@@ -26,7 +26,7 @@ void JudgedRows::Judge(int row, int thread, CStlImage* low, CStlImage* high, con
             for (std::size_t i = 0; i < plan_.frames.size(); ++i) {
                 windowOf(i).Sample(plane, x, row, count, 0.0, bench.Values(i), bench.Valid(i));
                 windowOf(i).LeaveOutWrapped(x, row, count, bench.Valid(i));
-                Normalise(plan_.frames[i], plane, count, bench.Values(i), bench.Valid(i));
+                Normalise(plan_.frames[i], plan_.grid, {x, row, plane, count}, bench.Values(i), bench.Valid(i));
             }
             const auto in = [&](CStlImage* image) {
                 return image != nullptr ? image->GetImageAdr(x, row, plane) : nullptr;

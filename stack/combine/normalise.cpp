@@ -93,8 +93,10 @@ Normalisation NormalisationOf(const FrameLevel& reference, const FrameLevel& fra
     if (method == NormaliseMethod::kScale) {
         return {Ratio(reference.background, frame.background).value_or(1.0), 0.0};
     }
-    const auto ofLight = fluxRatio ? Ratio(*fluxRatio, 1.0) : Ratio(reference.spread, frame.spread);
-    const double factor = method == NormaliseMethod::kBoth ? ofLight.value_or(1.0) : 1.0;
+    const bool trustsSpread = method == NormaliseMethod::kBoth;
+    const auto ofSpread = trustsSpread ? Ratio(reference.spread, frame.spread) : std::nullopt;
+    const auto ofLight = fluxRatio ? Ratio(*fluxRatio, 1.0) : ofSpread;
+    const double factor = method != NormaliseMethod::kOffset ? ofLight.value_or(1.0) : 1.0;
     return {factor, reference.background - factor * frame.background};
 }
 

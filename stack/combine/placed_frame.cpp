@@ -32,16 +32,23 @@ void ReplaceBlanks(const FrameFacts& facts, float value, int rowCount, float* sa
     }
 }
 
-void Normalise(const Placement& placement, int plane, int count, double* values, const int* valid)
+void Normalise(const Placement& placement, const Grid& grid, const Stretch& stretch, double* values, const int* valid)
 {
     const std::vector<Normalisation>& planes = placement.normalisation;
-    if (planes.empty() || planes[plane].ChangesNothing()) {
+    if (planes.empty() || planes[stretch.plane].ChangesNothing()) {
         return;
     }
-    const auto [factor, offset] = planes[plane];
-    for (int x = 0; x < count; ++x) {
-        const double v = values[x];
-        values[x] = valid[x] != 0 ? v * factor + offset : v;
+    const auto change = [&, factor = planes[stretch.plane].factor](auto offsetOf) {
+        for (int x = 0; x < stretch.count; ++x) {
+            const double v = values[x];
+            values[x] = valid[x] != 0 ? v * factor + offsetOf(x) : v;
+        }
+    };
+    if (const OffsetField* const field = planes[stretch.plane].field.get()) {
+        OffsetField::Row offsets(*field, grid.YOnReference(stretch.row));
+        change([&](int x) { return offsets.At(grid.XOnReference(stretch.x + x)); });
+    } else {
+        change([offset = planes[stretch.plane].offset](int) { return offset; });
     }
 }
 

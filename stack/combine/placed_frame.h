@@ -24,7 +24,7 @@ std::uint64_t MemoryFor(const CombinePlan& plan);
 /// Turns the frame's own blanks in rows of all planes into another value.
 void ReplaceBlanks(const FrameFacts& facts, float value, int rowCount, float* samples, std::ptrdiff_t planeStride);
 
-/// Brings samples of a plane that are valid to the level of the reference.
-void Normalise(const Placement& placement, int plane, int count, double* values, const int* valid);
+/// Brings samples of a stretch that are valid to the level of the reference.
+void Normalise(const Placement& placement, const Grid& grid, const Stretch& stretch, double* values, const int* valid);
 
 } // namespace corvane::stack

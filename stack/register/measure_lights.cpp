@@ -10,6 +10,7 @@
 #include "corvane/platform/workers.h"
 #include "stars/full_well.h"
 #include "stars/robust.h"
+#include "stars/sky_blocks.h"
 
 namespace corvane::stack {
 
@@ -22,6 +23,7 @@ constexpr double kLeastSpread = 0.01;   // of the median
 struct Wanted {
     bool stars;
     bool levels;
+    bool sky;
 
     explicit Wanted(const Options& options)
     {
@@ -31,6 +33,7 @@ struct Wanted {
         stars = options.align == AlignMethod::kStars || weighsSharpness || weight == WeightMethod::kStars ||
                 options.rejectFwhm || options.rejectStars || options.rejectBackground;
         levels = NormaliseOf(options) != NormaliseMethod::kNone || weighsNoise;
+        sky = NormaliseOf(options) == NormaliseMethod::kLocal;
     }
 
     bool Anything() const { return stars || levels; }
@@ -56,6 +59,9 @@ SeenLight Measure(LightFrames& frames, RawLights& raw, int light, const Wanted& 
     SeenLight seen;
     for (int plane = 0; plane < image.GetPlanes() && wanted.levels; ++plane) {
         seen.levels.push_back(MeasureFrame(image, plane));
+    }
+    for (int plane = 0; plane < image.GetPlanes() && wanted.sky; ++plane) {
+        seen.sky.push_back(stars::MeasureSkyBlocks(image, plane, run));
     }
     if (wanted.stars) {
         const CStlImage before = frames.AreRaw() ? raw.WithRecord(light, image) : raw.Read(light, run);

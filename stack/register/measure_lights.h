@@ -8,6 +8,7 @@
 #include "stack/combine/normalise.h"
 #include "stack/frame_report.h"
 #include "stack/options.h"
+#include "stars/cell_grid.h"
 #include "stars/find_stars.h"
 
 namespace corvane::stack {
@@ -16,6 +17,7 @@ namespace corvane::stack {
 struct SeenLight {
     std::vector<stars::FieldStar> stars; ///< the brightest of those that can be used, then of the others
     std::vector<FrameLevel> levels;      ///< of each plane
+    std::vector<stars::CellGrid> sky;    ///< of each plane, to normalise locally: a number for 256 samples
 };
 
 /// Measures of every light what the options ask for, and enters it in the reports. Of a light without a defined sample

@@ -49,7 +49,7 @@ again '--scale --reject-fwhm 90 --reject-background 90.5' "${calibration[@]}" --
 again '--align shift --size 24 --search 40 --method clipped-mean --weight noise' -- "${lights[@]}"
 again '--align none --normalise scale --reference night/light_003.fits' -- "${lights[@]}"
 again '--debayer bilinear' -- mosaic/light*
-again '--transform distortion --canvas union --onto night/light_002.fits' "${calibration[@]}" -- "${lights[@]}"
+again '--transform distortion --normalise local --canvas union --onto night/light_002.fits' "${calibration[@]}" -- "${lights[@]}"
 follow=(--follow 150.5,120@night/light_001.fits 120,140.25@night/light_004.fits)
 again "--canvas common ${follow[*]}" -- "${lights[@]}"
 check 0 'stars: o_stars.fits.registered: placed' stack "${lights[@]}" -o o.fits "${follow[@]}" --both --registered placed

@@ -18,8 +18,8 @@ night() {
     done
 }
 
-night '' '1:1G 2:1G 3:6M 7:1G 32:8M' --method clipped-mean --weight noise
+night '' '1:1G 2:1G 3:6M 7:1G 32:8M' --method clipped-mean --weight noise --normalise local
 night RGGB '1:1G 2:1G 3:6M 7:1G 32:8M'
 night '' '1:1G 3:6M' --align shift --method clipped-median
-night RGGB '1:1G 3:6M 7:40M' --drizzle 1.5 --interpolate lanczos4
+night RGGB '1:1G 3:6M 7:40M' --drizzle 1.5 --interpolate lanczos4 --normalise local
 finish

@@ -17,6 +17,16 @@ namespace corvane::stack {
 
 namespace {
 
+/// Offsets that change over the frames.
+std::shared_ptr<const OffsetField> Waves()
+{
+    stars::CellGrid cells(61, 47, 9);
+    for (int i = 0; i < cells.Columns() * cells.Rows(); ++i) {
+        cells.Value(i % cells.Columns(), i / cells.Columns()) = static_cast<float>(i * i % 23);
+    }
+    return std::make_shared<const OffsetField>(cells);
+}
+
 constexpr int kBlank = std::numeric_limits<int>::min(); // of frames of 32-bit floats
 
 struct Pose {
@@ -114,6 +124,7 @@ TEST(CombineFrames, AnyBandOfTheGridIsThatOfTheWhole)
 {
     for (const Coverage coverage : {Coverage::kAll, Coverage::kAny}) {
         PlacedFrames frames(3);
+        frames.plan.frames[1].normalisation[2] = {0.5, 0.0, Waves()};
         frames.plan.grid = {90, 70, 1.6};
         frames.plan.rule = CombineMethod::kClippedMean;
         frames.plan.coverage = coverage;
@@ -140,7 +151,7 @@ TEST(CombineFrames, AnyCoverageTakesWhatFramesHave)
                                              {false, {90, 70, 1.6}}}) {
         PlacedFrames frames(3);
         frames.images[0] = isFirstWhole ? test::RandomImage({kWidth, kHeight}, 3, 1) : frames.images[0];
-        frames.plan.frames[1].normalisation = {{2.0, -50.0}, {}, {1.0, 7.5}};
+        frames.plan.frames[1].normalisation = {{2.0, -50.0}, {1.5, 0.0, Waves()}, {1.0, 7.5}};
         frames.plan.grid = grid;
         frames.plan.coverage = Coverage::kAny;
         frames.plan.memory = 90000;
@@ -154,12 +165,12 @@ TEST(CombineFrames, AnyCoverageTakesWhatFramesHave)
         test::Plain(target).ForEach([&, scale = grid.scale](int x, int y, int p) {
             std::vector<double> values;
             for (std::size_t i = 0; i < frames.images.size(); ++i) {
-                const auto onReference = [&](int pixel) { return (pixel + 0.5) / scale - 0.5; };
-                const Position at = frames.plan.frames[i].mapping.Map(onReference(x), onReference(y));
+                const Position on{(x + 0.5) / scale - 0.5, (y + 0.5) / scale - 0.5};
+                const Position at = frames.plan.frames[i].mapping.Map(on.x, on.y);
                 const bool isInside = at.x >= 0.0 && at.x <= kWidth - 1 && at.y >= 0.0 && at.y < kHeight;
                 const double v = isInside ? frames.images[i].GetPixelGrayRaw(at.x, at.y, p) : std::nan("");
                 const Normalisation& normalisation = frames.plan.frames[i].normalisation[p];
-                values.push_back(v * normalisation.factor + normalisation.offset);
+                values.push_back(v * normalisation.factor + normalisation.OffsetAt(on.x, on.y));
             }
             std::erase_if(values, [](double v) { return std::isnan(v); });
             std::sort(values.begin(), values.end());
