@@ -9,6 +9,13 @@
 
 namespace corvane::stack {
 
+/// What rejection leaves of the values of a light.
+struct RejectedValues {
+    long long values = 0; ///< on the grid, of all planes
+    long long low = 0;    ///< dropped since they were too low
+    long long high = 0;   ///< or too high
+};
+
 /// What became of one light.
 struct FrameReport {
     std::string file;
@@ -34,7 +41,8 @@ struct FrameReport {
     double noise = 0.0;                ///< standard deviation of the sky [raw units]
     std::optional<double> fluxRatio{}; ///< light of the stars in common, over that in the reference
     /// @}
-    double weight = 1.0; ///< in the clipped mean, the largest being 1; 0 when left out
+    double weight = 1.0;                      ///< in the clipped mean, the largest being 1; 0 when left out
+    std::optional<RejectedValues> rejected{}; ///< unset when that was not counted
 
     void LeaveOut(std::string why)
     {

@@ -1,16 +1,19 @@
 #pragma once
 
 #include <cmath>
+#include <limits>
+#include <numbers>
 
 #include "corvane/combine/rejection.h"
+#include "corvane/combine/statistic.h"
 
 namespace corvane {
 
 inline constexpr int kFewestClipped = 3; // of fewer values nothing is dropped
 
 /// The sample standard deviations of what counts of a block, of which valueOf(v, k) is taken; 0 of fewer than 2.
-template <class ValueOf>
-void DeviationsOfKept(const Block<double>& values, const Kept& kept, ValueOf valueOf, double* deviations)
+template <class T, class ValueOf>
+void DeviationsOfKept(const Block<T>& values, const Kept& kept, ValueOf valueOf, double* deviations)
 {
     double mean[kColumns] = {};
     double squares[kColumns] = {};
@@ -30,6 +33,22 @@ void DeviationsOfKept(const Block<double>& values, const Kept& kept, ValueOf val
     }
     for (int k = 0; k < kColumns; ++k) {
         deviations[k] = kept.count[k] > 1 ? std::sqrt(squares[k] / (kept.count[k] - 1)) : 0.0;
+    }
+}
+
+/// The standard deviations of a mean, median or sum of what counts of a block, by the sample deviation of that; NaN of
+/// fewer than 2 values, and of what is no such statistic. That of the median is the one of many normal values.
+template <class T>
+void NoiseOfKept(CombineBy by, const Block<T>& values, const Kept& kept, double* noise)
+{
+    const bool isTold = by != CombineBy::kMin && by != CombineBy::kMax;
+    const double ofMean = by == CombineBy::kMedian ? std::sqrt(std::numbers::pi / 2.0) : 1.0;
+    DeviationsOfKept(
+        values, kept, [](double v, int) { return v; }, noise);
+    for (int k = 0; k < kColumns; ++k) {
+        const double root = std::sqrt(static_cast<double>(kept.count[k]));
+        const double factor = by == CombineBy::kSum ? root : ofMean / root;
+        noise[k] = isTold && kept.count[k] > 1 ? factor * noise[k] : std::numeric_limits<double>::quiet_NaN();
     }
 }
 

@@ -4,6 +4,8 @@
 #include <limits>
 #include <utility>
 
+#include "corvane/combine/kept_moments.h"
+
 namespace corvane {
 namespace {
 
@@ -63,11 +65,15 @@ struct RowCombiner::Pixels {
     bool wantsBounds = false;
     double keptLow[kColumns];
     double keptHigh[kColumns];
+    bool wantsNoise;
+    double noise[kColumns];
 
-    explicit Pixels(const CombinedRow& result) : wantsBounds(result.keptLow != nullptr)
+    explicit Pixels(const CombinedRow& result)
+        : wantsBounds(result.keptLow != nullptr), wantsNoise(result.noise != nullptr)
     {
         std::fill_n(keptLow, wantsBounds ? kColumns : 0, -std::numeric_limits<double>::infinity());
         std::fill_n(keptHigh, wantsBounds ? kColumns : 0, std::numeric_limits<double>::infinity());
+        std::fill_n(noise, wantsNoise ? kColumns : 0, std::numeric_limits<double>::quiet_NaN());
     }
 };
 
@@ -142,7 +148,12 @@ int RowCombiner::CombineBlocks(const Block<T>& block, int count, const CombinedR
 // A median rounded to float is the median of the values rounded to float, and floats sort at twice the speed.
 void RowCombiner::TakeStatistic(const Block<float>& block, bool isWhole, Pixels& pixels) const
 {
-    block.Apply(isWhole ? whole_ : sorting_);
+    block.Apply(isWhole && !pixels.wantsNoise ? whole_ : sorting_);
+    if (pixels.wantsNoise) {
+        Kept all;
+        std::copy_n(pixels.count, kColumns, all.count);
+        NoiseOfKept(CombineBy::kMedian, block, all, pixels.noise);
+    }
     if (isWhole) {
         std::copy_n(block.Row(block.frames / 2), kColumns, pixels.statistic);
         return;
@@ -164,6 +175,9 @@ void RowCombiner::TakeStatistic(const Block<double>& block, bool isWhole, Pixels
         std::copy_n(pixels.count, kColumns, kept.count);
     }
     statistic_->Take(sorted, kept, pixels.statistic);
+    if (pixels.wantsNoise) {
+        statistic_->SetNoise(sorted, kept, pixels.statistic, pixels.noise);
+    }
     const bool keepsNan = coverage_ == Coverage::kAll && byFrame_.empty() && block.frames > 1;
     for (int k = 0; k < kColumns; ++k) {
         const bool isClipped = kept.count[k] != 0;
@@ -193,6 +207,11 @@ void RowCombiner::Store(const Pixels& pixels, bool isWhole, int begin, int colum
     const int needed = coverage_ == Coverage::kAll && !isWhole ? static_cast<int>(frames_.size()) : 0;
     for (int k = 0; k < columns && needed > 0; ++k) {
         values[k] = pixels.count[k] < needed ? Gap(begin + k) : values[k];
+    }
+    for (int k = 0; k < columns && result.noise != nullptr; ++k) {
+        const bool isTold = pixels.count[k] >= needed;
+        result.noise[begin + k] =
+            isTold ? static_cast<float>(pixels.noise[k]) : std::numeric_limits<float>::quiet_NaN();
     }
     StoreEach(pixels.count, begin, columns, result.coverage);
     StoreEach(pixels.low, begin, columns, result.rejectedLow);

@@ -50,6 +50,7 @@ struct CombinedRow {
     float* rejectedHigh = nullptr; ///< and at the upper one; the median drops none
     double* keptLow = nullptr;     ///< the lowest value that counts; minus infinity where none is dropped
     double* keptHigh = nullptr;    ///< the highest one; infinity where none is dropped
+    float* noise = nullptr;        ///< standard deviation of the value; NaN where it cannot be told
 };
 
 /// Combines rows of frames that may lack pixels, pixel by pixel, with a weight for each frame.
@@ -62,6 +63,15 @@ struct CombinedRow {
 /// - Weights count in the mean alone: the sum of weight * value of what is kept, by the sum of those weights. They take
 ///   no part in the clipping. A frame of which the weight is not above 0 is left out as if it were not there; other
 ///   statistics ignore that too.
+///
+/// The noise of a value is told by those that count, of which at least 2 must be there, v of weight w:
+/// - of the mean: the root of the sum of w^2 (v - mean)^2, by (sum w)^2 - sum w^2. That is s / sqrt(n) for n values of
+///   equal weights and sample deviation s, and right on average where weights go by 1 / noise^2, whatever the lights'
+///   noise. Of a sum it is s sqrt(n); of a median sqrt(pi / 2) s / sqrt(n), up to a twelfth too much for few values.
+/// - It is as uncertain as a deviation of n values: by 1 part in sqrt(2 n - 2). Rejection drops good values, too, of which
+///   it does not know: of normal values it is 8 % too low when 5 of them go through winsorized deviations, 2 % when 24 go
+///   through deviations.
+/// - The largest and the smallest value have none, nor pixels that show no statistic.
 ///
 /// The values of a block of pixels are sorted together by a network of minima and maxima, missing ones as infinities
 /// behind the others, so the work per pixel hardly depends on the values or on how many are missing. What counts of them

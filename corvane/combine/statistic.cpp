@@ -1,14 +1,26 @@
 #include "corvane/combine/statistic.h"
 
+#include <cmath>
 #include <limits>
 #include <utility>
+
+#include "corvane/combine/kept_moments.h"
 
 namespace corvane {
 namespace {
 
+/// A statistic that takes no weights.
+template <CombineBy by>
+class Even : public Statistic {
+    void SetNoise(const SortedBlock& block, const Kept& kept, const double*, double* noise) const override
+    {
+        NoiseOfKept(by, block.values, kept, noise);
+    }
+};
+
 /// The value at one of the places that count, which placeOf(count) chooses.
-template <auto placeOf>
-class ValueAt final : public Statistic {
+template <CombineBy by, auto placeOf>
+class ValueAt final : public Even<by> {
     void Take(const SortedBlock& block, const Kept& kept, double* result) const override
     {
         for (int k = 0; k < kColumns; ++k) {
@@ -18,14 +30,14 @@ class ValueAt final : public Statistic {
     }
 };
 
-using Median = ValueAt<[](int count) { return count / 2; }>;
-using Largest = ValueAt<[](int count) { return count - 1; }>;
-using Smallest = ValueAt<[](int) { return 0; }>;
+using Median = ValueAt<CombineBy::kMedian, [](int count) { return count / 2; }>;
+using Largest = ValueAt<CombineBy::kMax, [](int count) { return count - 1; }>;
+using Smallest = ValueAt<CombineBy::kMin, [](int) { return 0; }>;
 
 // The sum carries its rounding error along, so that it is as exact as one in extended precision.
 // D. E. Knuth, The Art of Computer Programming 2, 1969, section 4.2.2.
-template <bool isMean>
-class Sum final : public Statistic {
+template <CombineBy by>
+class Sum final : public Even<by> {
     void Take(const SortedBlock& block, const Kept& kept, double* result) const override
     {
         double sum[kColumns] = {};
@@ -40,7 +52,7 @@ class Sum final : public Statistic {
             }
         }
         for (int k = 0; k < kColumns; ++k) {
-            result[k] = (sum[k] + error[k]) / (isMean ? kept.count[k] : 1);
+            result[k] = (sum[k] + error[k]) / (by == CombineBy::kMean ? kept.count[k] : 1);
         }
     }
 };
@@ -87,17 +99,55 @@ public:
 
     void Take(const SortedBlock& block, const Kept& kept, double* result) const override
     {
-        const KeptValues values(block, kept);
-        if (values.HasGaps()) {
-            TakeOf(
-                block, [&](int k, double v) { return values.Has(k, v); }, result);
-        } else {
-            TakeOf(
-                block, [&](int k, double v) { return values.IsWithin(k, v); }, result);
+        WithKept(block, kept, [&](auto has) { TakeOf(block, has, result); });
+    }
+
+    /// Each value scatters about the mean by the noise of its own frame, so frames may differ in it. What the mean has
+    /// taken of the scatter is given back, as of weights that go by the noise.
+    void SetNoise(const SortedBlock& block, const Kept& kept, const double* result, double* noise) const override
+    {
+        WithKept(block, kept, [&](auto has) { SetNoiseOf(block, has, result, noise); });
+        for (int k = 0; k < kColumns; ++k) {
+            noise[k] = kept.count[k] > 1 ? noise[k] : std::numeric_limits<double>::quiet_NaN();
         }
     }
 
 private:
+    /// Calls visit with what tells whether a value of a pixel counts.
+    template <class Visit>
+    static void WithKept(const SortedBlock& block, const Kept& kept, Visit visit)
+    {
+        const KeptValues values(block, kept);
+        if (values.HasGaps()) {
+            visit([&](int k, double v) { return values.Has(k, v); });
+        } else {
+            visit([&](int k, double v) { return values.IsWithin(k, v); });
+        }
+    }
+
+    template <class Has>
+    void SetNoiseOf(const SortedBlock& block, Has has, const double* result, double* noise) const
+    {
+        const Block<const double> frames{block.byFrame, block.values.frames};
+        double squares[kColumns] = {};
+        double weights[kColumns] = {};
+        double products[kColumns] = {};
+        for (int i = 0; i < frames.frames; ++i) {
+            const double weight = weights_[static_cast<std::size_t>(i)];
+            for (int k = 0; k < kColumns; ++k) {
+                const double v = frames.Row(i)[k];
+                const double used = has(k, v) ? weight : 0.0;
+                const double off = has(k, v) ? weight * (v - result[k]) : 0.0;
+                products[k] += used * weights[k];
+                weights[k] += used;
+                squares[k] += off * off;
+            }
+        }
+        for (int k = 0; k < kColumns; ++k) {
+            noise[k] = std::sqrt(squares[k] / (2.0 * products[k]));
+        }
+    }
+
     template <class Has>
     void TakeOf(const SortedBlock& block, Has has, double* result) const
     {
@@ -128,13 +178,13 @@ std::unique_ptr<const Statistic> StatisticOfKept(CombineBy by)
     case CombineBy::kMedian:
         return std::make_unique<Median>();
     case CombineBy::kSum:
-        return std::make_unique<Sum<false>>();
+        return std::make_unique<Sum<CombineBy::kSum>>();
     case CombineBy::kMax:
         return std::make_unique<Largest>();
     case CombineBy::kMin:
         return std::make_unique<Smallest>();
     default:
-        return std::make_unique<Sum<true>>();
+        return std::make_unique<Sum<CombineBy::kMean>>();
     }
 }
 

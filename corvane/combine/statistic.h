@@ -13,6 +13,9 @@ public:
     virtual ~Statistic() = default;
     /// Sets the value of each pixel of a block.
     virtual void Take(const SortedBlock& block, const Kept& kept, double* result) const = 0;
+    /// Sets the standard deviation of that value, as what counts tells it by how it scatters; NaN where that is fewer
+    /// than 2 values, and of a largest or smallest one.
+    virtual void SetNoise(const SortedBlock& block, const Kept& kept, const double* result, double* noise) const = 0;
 };
 
 /// What is made of the values that count.

@@ -23,7 +23,8 @@ namespace {
 /// Whether several threads may write rows of what combining fills.
 bool MayShare(const CombineTarget& target)
 {
-    const CStlImage* const images[] = {&target.image, target.coverage, target.rejectedLow, target.rejectedHigh};
+    const CStlImage* const images[] = {&target.image, target.coverage, target.rejectedLow, target.rejectedHigh,
+                                       target.noise};
     return std::all_of(std::begin(images), std::end(images),
                        [](const CStlImage* image) { return image == nullptr || MayShareWork(*image, {}); });
 }
@@ -103,13 +104,19 @@ void BandCombiner::Combine(const Run& run, const char* text)
     const int threads = ThreadsFor(static_cast<long long>(rows) * columns * count, run.Threads());
     const int readers = std::min(threads, count);
     const int writers = MayShare(target_) ? std::min(threads, rows) : 1;
-    std::generate_n(std::back_inserter(benches_), writers, [this] { return Workbench(plan_); });
+    std::generate_n(std::back_inserter(benches_), writers,
+                    [this] { return Workbench(plan_, target_.tally != nullptr); });
     for (int left = 0; left < width_; left += columns) {
         OpenStrip(left, std::min(left + columns, width_), rows);
         for (int first = firstRow_; first < endRow_; first += rows) {
             const int last = std::min(first + rows, endRow_) - 1;
             ReadBand(first, last, readers, stage);
             CombineBand(first, last, writers, stage);
+        }
+    }
+    for (const Workbench& bench : benches_) {
+        if (bench.tally) {
+            target_.tally->Add(*bench.tally);
         }
     }
     if (HasBlanks()) {
@@ -249,9 +256,14 @@ void BandCombiner::Combine(const Stretch& stretch, Workbench& bench) const
     for (std::size_t i = 0; i < frames_.size(); ++i) {
         Sample(frames_[i], stretch, bench.Values(i), bench.Valid(i));
     }
-    const CombinedRow result{In(&target_.image, stretch), In(target_.coverage, stretch),
-                             In(target_.rejectedLow, stretch), In(target_.rejectedHigh, stretch)};
+    const CombinedRow result{In(&target_.image, stretch),       In(target_.coverage, stretch),
+                             In(target_.rejectedLow, stretch),  In(target_.rejectedHigh, stretch),
+                             bench.tally ? bench.low : nullptr, bench.tally ? bench.high : nullptr,
+                             In(target_.noise, stretch)};
     bench.fewest = std::min(bench.fewest, bench.combiner.Combine(bench.lines.data(), stretch.count, result));
+    if (bench.tally) {
+        bench.tally->Add(stretch.x, stretch.row, stretch.count, bench.lines, bench.low, bench.high);
+    }
 }
 
 void BandCombiner::Sample(const PlacedFrame& frame, const Stretch& stretch, double* values, int* valid) const

@@ -58,6 +58,8 @@ struct CombinePlan {
     std::uint64_t memory = std::numeric_limits<std::uint64_t>::max();
 };
 
+class RejectionTally;
+
 /// What combining fills: an image of any band of the grid's rows. The counts have its size; each as `CombinedRow` tells,
 /// null for those that are not wanted.
 struct CombineTarget {
@@ -66,6 +68,8 @@ struct CombineTarget {
     CStlImage* coverage = nullptr;
     CStlImage* rejectedLow = nullptr;
     CStlImage* rejectedHigh = nullptr;
+    CStlImage* noise = nullptr;
+    RejectionTally* tally = nullptr; ///< of the plan; null: nothing is counted
 };
 
 /// Combines frames of the target's planes into it, a band of rows at a time; `text` names the stage of the run.

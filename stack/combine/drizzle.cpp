@@ -35,8 +35,8 @@ CombinePlan Judging(CombinePlan plan)
 /// Whether several threads may write rows of what drizzling fills.
 bool MayShare(const DrizzleTarget& target)
 {
-    const CStlImage* const images[] = {&target.image, target.weights, target.coverage, target.rejectedLow,
-                                       target.rejectedHigh};
+    const CStlImage* const images[] = {&target.image,      target.weights,      target.coverage,
+                                       target.rejectedLow, target.rejectedHigh, target.noise};
     return std::all_of(std::begin(images), std::end(images),
                        [](const CStlImage* image) { return image == nullptr || MayShareWork(*image, {}); });
 }
@@ -112,6 +112,9 @@ void Drizzler::Drop(const Run& run, const char* text)
     Stage stage(run, text, steps);
     for (const RowSpan& band : bands) {
         DropBand(band, run, stage);
+    }
+    if (target_.tally != nullptr) {
+        judged_.AddTo(*target_.tally);
     }
     target_.image.SetBlankUsed(1);
     target_.image.SetBlank(plan_.judged.blank);
@@ -195,10 +198,10 @@ void Drizzler::DropBand(const RowSpan& band, const Run& run, Stage& stage)
     const int readers = std::min(run.Threads(), count);
     platform::ForBlocks(
         count, readers, [&](int i) { Read(frames_[i], judged); }, tickFrame);
-    judged_.Begin(judged, run.Threads());
+    judged_.Begin(judged, run.Threads(), target_.tally != nullptr);
     forRows(judged, reference_.width, [&](int row, int thread) {
         const bool isOwn = row >= band.first && row < band.end;
-        judged_.Judge(row, thread, isOwn ? target_.rejectedLow : nullptr, isOwn ? target_.rejectedHigh : nullptr,
+        judged_.Judge(row, thread, isOwn, target_.rejectedLow, target_.rejectedHigh,
                       [&](std::size_t i) -> const RowWindow& { return frames_[i].window; });
     });
     platform::ForBlocks(
@@ -252,12 +255,12 @@ void Drizzler::FillRow(int row) const
     };
     for (int plane = 0; plane < target_.image.GetPlanes(); ++plane) {
         for (int x = 0; x < plan_.grid.width; x += kDropStretch) {
-            DropSums sums(x, row, std::min(kDropStretch, plan_.grid.width - x));
+            DropSums sums(x, row, std::min(kDropStretch, plan_.grid.width - x), target_.noise != nullptr);
             for (const DroppedFrame& frame : frames_) {
                 frame.rows.Add(plane, sums);
             }
             sums.Store(plan_.judged.blank, at(&target_.image, x, plane), at(target_.weights, x, plane),
-                       at(target_.coverage, x, plane));
+                       at(target_.coverage, x, plane), at(target_.noise, x, plane));
         }
     }
 }

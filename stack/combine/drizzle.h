@@ -27,6 +27,8 @@ struct DrizzleTarget {
     CStlImage* coverage = nullptr;     ///< of its size: frames of which something fell into the pixel
     CStlImage* rejectedLow = nullptr;  ///< of the reference's size, as `CombineTarget`'s
     CStlImage* rejectedHigh = nullptr; ///< the same
+    CStlImage* noise = nullptr;        ///< of its size: standard deviation of the value, or NaN
+    RejectionTally* tally = nullptr;   ///< of the plan by which values are judged
 };
 
 /// Drops the pixels of frames, made smaller, onto a grid, where each counts by the part of it that falls into a pixel.
@@ -38,6 +40,11 @@ struct DrizzleTarget {
 /// First the values are judged, as `CombineFrames` judges them with `Coverage::kAny`, on a grid as fine as the reference;
 /// the plain median as if it was clipped. A pixel is dropped when the pixel of that grid on which its middle lies has
 /// kept the frame's value. Pixels of which the value there is not known, as beside a blank, are not dropped.
+///
+/// The noise of a pixel is told by how the values v that fall into it scatter, each with the noise that the weight w of its
+/// frame stands for and with the part a of its drop: with u = w a and their sum W, the root of
+/// sum u (v - mean)^2 / (sum a - sum u a / W) * sum u a / W^2. The slope of a star across the pixel counts as noise, too.
+/// Drops of 2 frames must be there, or it is NaN.
 ///
 /// The order of frames is kept for each pixel, rows are worked on side by side: the bits are the same for any number of
 /// threads and any height of bands. Throws what `CombineFrames` throws.

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <type_traits>
 
 namespace corvane::stack {
 
@@ -16,7 +18,17 @@ double Bounded(double position)
 
 } // namespace
 
-void DropSums::Store(int blank, float* means, float* weights, float* coverage) const
+double DropSums::Noise(int i) const
+{
+    if (frames[i] < 2) {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+    const double squares = std::max(square[i] - value[i] * value[i] / weight[i], 0.0);
+    const double free = parts[i] - worth[i] / weight[i];
+    return std::sqrt(squares / free * worth[i]) / weight[i];
+}
+
+void DropSums::Store(int blank, float* means, float* weights, float* coverage, float* noise) const
 {
     for (int i = 0; i < count; ++i) {
         means[i] = weight[i] > 0.0 ? static_cast<float>(value[i] / weight[i]) : static_cast<float>(blank);
@@ -26,6 +38,9 @@ void DropSums::Store(int blank, float* means, float* weights, float* coverage) c
     }
     if (coverage != nullptr) {
         std::copy_n(frames, count, coverage);
+    }
+    for (int i = 0; i < count && noise != nullptr; ++i) {
+        noise[i] = static_cast<float>(Noise(i));
     }
 }
 
@@ -51,6 +66,30 @@ void DroppedRows::PointParts(const int* columns, const int* rows, const DropSums
     }
 }
 
+/// Adds one drop to each pixel, where there is one.
+template <class Noisy>
+void DroppedRows::AddDrops(int plane, const int* columns, const int* rows, const double* parts, Noisy isNoisy,
+                           int* seen, DropSums& sums) const
+{
+    const float* const samples = samples_.data() + Index(plane, rows_.first);
+    for (int i = 0; i < sums.count; ++i) {
+        const bool isInside =
+            (columns[i] >= 0) & (columns[i] < width_) & (rows[i] >= rows_.first) & (rows[i] < rows_.end);
+        const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(rows[i] - rows_.first) * width_ + columns[i];
+        const float v = samples[isInside ? at : 0];
+        const bool has = isInside & (parts[i] > 0.0) & (v == v); // NOLINT(misc-redundant-expression): false for NaN
+        const double weight = has ? parts[i] * weight_ : 0.0;
+        sums.value[i] += has ? weight * v : 0.0;
+        sums.weight[i] += weight;
+        seen[i] |= has ? 1 : 0;
+        if constexpr (isNoisy) {
+            sums.square[i] += has ? weight * v * v : 0.0;
+            sums.parts[i] += has ? parts[i] : 0.0;
+            sums.worth[i] += weight * parts[i];
+        }
+    }
+}
+
 void DroppedRows::Add(int plane, DropSums& sums) const
 {
     if (!(weight_ > 0.0) || rows_.first == rows_.end) {
@@ -69,7 +108,6 @@ void DroppedRows::Add(int plane, DropSums& sums) const
             y[i] = Bounded(at.y);
         }
     });
-    const float* const samples = samples_.data() + Index(plane, rows_.first);
     int seen[kDropStretch] = {};
     int columns[kDropStretch];
     int rows[kDropStretch];
@@ -85,17 +123,8 @@ void DroppedRows::Add(int plane, DropSums& sums) const
             b[i] = y[i] - rows[i];
         }
         kernel_ == DropKernel::kPoint ? PointParts(columns, rows, sums, parts) : drop.Parts(a, b, count, parts);
-        for (int i = 0; i < count; ++i) {
-            const bool isInside =
-                (columns[i] >= 0) & (columns[i] < width_) & (rows[i] >= rows_.first) & (rows[i] < rows_.end);
-            const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(rows[i] - rows_.first) * width_ + columns[i];
-            const float v = samples[isInside ? at : 0];
-            const bool has = isInside & (parts[i] > 0.0) & (v == v); // NOLINT(misc-redundant-expression): false for NaN
-            const double weight = has ? parts[i] * weight_ : 0.0;
-            sums.value[i] += has ? weight * v : 0.0;
-            sums.weight[i] += weight;
-            seen[i] |= has ? 1 : 0;
-        }
+        sums.wantsNoise ? AddDrops(plane, columns, rows, parts, std::true_type(), seen, sums)
+                        : AddDrops(plane, columns, rows, parts, std::false_type(), seen, sums);
     }
     for (int i = 0; i < count; ++i) {
         sums.frames[i] += seen[i];

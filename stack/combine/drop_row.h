@@ -20,10 +20,20 @@ struct DropSums {
     double value[kDropStretch] = {};  ///< sums of weight times value
     double weight[kDropStretch] = {}; ///< sums of weight
     int frames[kDropStretch] = {};    ///< of which something has fallen into the pixel
+    /// @name What the noise is told by, if it is wanted
+    /// @{
+    bool wantsNoise;
+    double square[kDropStretch] = {}; ///< sums of weight times value squared
+    double parts[kDropStretch] = {};  ///< sums of parts of drops
+    double worth[kDropStretch] = {};  ///< sums of weight times part squared
+    /// @}
 
-    DropSums(int left, int y, int columns) : x(left), row(y), count(columns) {}
-    /// Stores means, weights and numbers of frames; null for those that are not wanted.
-    void Store(int blank, float* means, float* weights, float* coverage) const;
+    DropSums(int left, int y, int columns, bool withNoise) : x(left), row(y), count(columns), wantsNoise(withNoise) {}
+    /// Stores means, weights, numbers of frames and noise; null for those that are not wanted.
+    void Store(int blank, float* means, float* weights, float* coverage, float* noise) const;
+
+private:
+    double Noise(int i) const;
 };
 
 /// The rows of a frame that are in memory, to be dropped onto a grid.
@@ -43,6 +53,9 @@ private:
     {
         return (static_cast<std::ptrdiff_t>(plane) * (rows_.end - rows_.first) + (y - rows_.first)) * width_;
     }
+    template <class Noisy>
+    void AddDrops(int plane, const int* columns, const int* rows, const double* parts, Noisy isNoisy, int* seen,
+                  DropSums& sums) const;
     void PointParts(const int* columns, const int* rows, const DropSums& sums, double* parts) const;
 
     Mapping onGrid_;

@@ -5,21 +5,19 @@
 
 namespace corvane::stack {
 
-void JudgedRows::Begin(const RowSpan& rows, int threads)
+void JudgedRows::Begin(const RowSpan& rows, int threads, bool countsRejected)
 {
     rows_ = rows;
     kept_.assign(Index(plan_.frames.size(), 0, 0, rows.first), 0);
     while (static_cast<int>(benches_.size()) < threads) {
-        benches_.emplace_back(plan_);
+        benches_.emplace_back(plan_, countsRejected);
     }
 }
 
-void JudgedRows::Judge(int row, int thread, CStlImage* low, CStlImage* high, const WindowOf& windowOf)
+void JudgedRows::Judge(int row, int thread, bool isOwn, CStlImage* low, CStlImage* high, const WindowOf& windowOf)
 {
     Workbench& bench = benches_[static_cast<std::size_t>(thread)];
     float values[kStretch];
-    double least[kStretch];
-    double greatest[kStretch];
     for (int plane = 0; plane < planes_; ++plane) {
         for (int x = 0; x < plan_.grid.width; x += kStretch) {
             const int count = std::min(kStretch, plan_.grid.width - x);
@@ -29,16 +27,29 @@ void JudgedRows::Judge(int row, int thread, CStlImage* low, CStlImage* high, con
                 Normalise(plan_.frames[i], plan_.grid, {x, row, plane, count}, bench.Values(i), bench.Valid(i));
             }
             const auto in = [&](CStlImage* image) {
-                return image != nullptr ? image->GetImageAdr(x, row, plane) : nullptr;
+                return image != nullptr && isOwn ? image->GetImageAdr(x, row, plane) : nullptr;
             };
-            bench.combiner.Combine(bench.lines.data(), count, {values, nullptr, in(low), in(high), least, greatest});
+            bench.combiner.Combine(bench.lines.data(), count,
+                                   {values, nullptr, in(low), in(high), bench.low, bench.high});
+            if (bench.tally && isOwn) {
+                bench.tally->Add(x, row, count, bench.lines, bench.low, bench.high);
+            }
             for (std::size_t i = 0; i < plan_.frames.size(); ++i) {
                 for (int k = 0; k < count; ++k) {
                     const double v = bench.Values(i)[k];
-                    const bool isKept = (bench.Valid(i)[k] != 0) & (v >= least[k]) & (v <= greatest[k]);
+                    const bool isKept = (bench.Valid(i)[k] != 0) & (v >= bench.low[k]) & (v <= bench.high[k]);
                     kept_[Index(i, plane, x + k, row)] |= static_cast<std::uint8_t>((isKept ? 1 : 0) << (k % 8));
                 }
             }
+        }
+    }
+}
+
+void JudgedRows::AddTo(RejectionTally& tally) const
+{
+    for (const Workbench& bench : benches_) {
+        if (bench.tally) {
+            tally.Add(*bench.tally);
         }
     }
 }

@@ -18,9 +18,12 @@ public:
     JudgedRows(const CombinePlan& plan, int planes) : plan_(plan), planes_(planes) {}
 
     /// Begins with other rows, which are judged by so many threads.
-    void Begin(const RowSpan& rows, int threads);
-    /// Judges a row; the counts of what is rejected go into images of the grid's size, unless these are null.
-    void Judge(int row, int thread, CStlImage* low, CStlImage* high, const WindowOf& windowOf);
+    void Begin(const RowSpan& rows, int threads, bool countsRejected);
+    /// Judges a row. What is rejected is counted: in images of the grid's size, unless these are null, and if it
+    /// `isOwn`, no row that is judged for others, in the tally of rows that began with one.
+    void Judge(int row, int thread, bool isOwn, CStlImage* low, CStlImage* high, const WindowOf& windowOf);
+    /// Adds what all threads have counted.
+    void AddTo(RejectionTally& tally) const;
     /// Whether the value of the frame on the pixel at which a position lies is kept; false outside of the rows.
     bool Has(std::size_t frame, int plane, const Position& at) const;
 

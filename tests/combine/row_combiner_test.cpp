@@ -15,14 +15,35 @@ namespace {
 constexpr double kBlank = -77.0;
 constexpr int kWidth = 53;
 
-/// What a pixel should show: value, coverage, rejected low and high.
-using Shown = std::array<double, 4>;
+/// What a pixel should show: value, coverage, rejected low and high, noise.
+using Shown = std::array<double, 5>;
+
+/// The noise of a mean or median of values with their weights, by its definition.
+double PlainNoise(const std::vector<std::pair<double, double>>& kept, CombineMethod method)
+{
+    const bool isMean = method == CombineMethod::kClippedMean;
+    double sum = 0.0;
+    double weights = 0.0;
+    double squares = 0.0;
+    double scatter = 0.0;
+    for (const auto& [v, weight] : kept) {
+        const double w = isMean ? weight : 1.0;
+        sum += w * v;
+        weights += w;
+        squares += w * w;
+    }
+    for (const auto& [v, weight] : kept) {
+        scatter += std::pow((isMean ? weight : 1.0) * (v - sum / weights), 2);
+    }
+    const double noise = std::sqrt(scatter / (weights * weights - squares) * (isMean ? 1.0 : std::acos(-1.0) / 2.0));
+    return kept.size() > 1 ? noise : std::nan("");
+}
 
 /// The definition for values with their weights, and what a mean gives of which nothing is kept.
 Shown PlainPixel(std::vector<std::pair<double, double>> values, CombineMethod method, std::optional<double> ofNothing)
 {
     if (values.empty()) {
-        return {kBlank, 0.0, 0.0, 0.0};
+        return {kBlank, 0.0, 0.0, 0.0, std::nan("")};
     }
     const auto n = static_cast<double>(values.size());
     std::sort(values.begin(), values.end());
@@ -37,7 +58,8 @@ Shown PlainPixel(std::vector<std::pair<double, double>> values, CombineMethod me
     if (method == CombineMethod::kMedian || kept.empty()) {
         const double least =
             method == CombineMethod::kClippedMean ? ofNothing.value_or(values[0].first) : values[0].first;
-        return {method == CombineMethod::kMedian ? median : least, n, 0.0, 0.0};
+        const bool isMedian = method == CombineMethod::kMedian;
+        return {isMedian ? median : least, n, 0.0, 0.0, isMedian ? PlainNoise(values, method) : std::nan("")};
     }
     double sum = 0.0;
     double weights = 0.0;
@@ -47,7 +69,8 @@ Shown PlainPixel(std::vector<std::pair<double, double>> values, CombineMethod me
     }
     const auto low = std::find(values.begin(), values.end(), kept[0]) - values.begin();
     return {method == CombineMethod::kClippedMean ? sum / weights : kept[kept.size() / 2].first, n,
-            static_cast<double>(low), n - static_cast<double>(low) - static_cast<double>(kept.size())};
+            static_cast<double>(low), n - static_cast<double>(low) - static_cast<double>(kept.size()),
+            PlainNoise(kept, method)};
 }
 
 /// Rows of frames with gaps, NaN, equal values, outliers and an infinity; a column that no frame has, and one with values
@@ -86,7 +109,10 @@ struct Rows {
         const bool isPlain = std::all_of(weights.begin(), weights.end(), [](double w) { return w == 1.0; });
         const bool isUnknown = coverage == Coverage::kAll && isPlain && there.size() > 1;
         Shown shown = PlainPixel(there, method, isUnknown ? std::optional(std::nan("")) : std::nullopt);
-        shown[0] = coverage == Coverage::kAll ? gap.value_or(shown[0]) : shown[0];
+        if (coverage == Coverage::kAll && gap) {
+            shown[0] = *gap;
+            shown[4] = std::nan("");
+        }
         return shown;
     }
 
@@ -98,13 +124,20 @@ struct Rows {
 
 void Check(const Rows& rows, CombineMethod method, Coverage coverage)
 {
-    std::vector<std::vector<float>> got(4, std::vector<float>(kWidth, 99.0F));
+    std::vector<std::vector<float>> got(5, std::vector<float>(kWidth, 99.0F));
     RowCombiner combiner(method, coverage, rows.weights, kBlank);
     const int least =
-        combiner.Combine(rows.lines.data(), kWidth, {got[0].data(), got[1].data(), got[2].data(), got[3].data()});
+        combiner.Combine(rows.lines.data(), kWidth,
+                         {got[0].data(), got[1].data(), got[2].data(), got[3].data(), nullptr, nullptr, got[4].data()});
     for (int i = 0; i < 4 * kWidth; ++i) {
         const auto expected = static_cast<float>(rows.Expected(i / 4, method, coverage)[i % 4]);
         ASSERT_TRUE(test::Near(got[i % 4][i / 4], expected, 1)) << "x " << i / 4 << ", " << i % 4;
+    }
+    for (int x = 0; x < kWidth; ++x) { // of floats for the median: 1e-6 of values up to 12000
+        const double expected = rows.Expected(x, method, coverage)[4];
+        ASSERT_TRUE(std::isfinite(expected) ? std::fabs(got[4][x] - expected) < 1e-3 + 1e-6 * expected
+                                            : !std::isfinite(got[4][x]))
+            << "x " << x << ", noise " << got[4][x] << ", not " << expected;
     }
     EXPECT_EQ(static_cast<float>(least), *std::min_element(got[1].begin(), got[1].end()));
 }

@@ -82,16 +82,18 @@ struct Drizzled {
         plan.grid.height = static_cast<int>(std::lround(images[0].GetHeight() * scale));
         result = CStlImage(-32, plan.grid.width, plan.grid.height, planes, 1.0, 0.0, 1);
         weights = CStlImage(result);
+        noise = CStlImage(result);
         ImageSource source(sources);
         Run run;
         run.threads = threads;
-        DrizzleFrames(plan, source, {result, &weights}, run);
+        DrizzleFrames(plan, source, {result, &weights, nullptr, nullptr, nullptr, &noise}, run);
     }
 
     DrizzlePlan plan;
     std::vector<CStlImage> images;
     CStlImage result;
     CStlImage weights;
+    CStlImage noise;
 };
 
 } // namespace
@@ -203,10 +205,12 @@ TEST(Drizzle, DropsNoHitsAndTheSameForAnyBandsAndThreads)
     frames.plan.patterns.assign(14, BayerPattern::kGrbg);
     frames.Drizzle();
     const test::Plain first(frames.result);
+    const test::Plain firstNoise(frames.noise);
     EXPECT_LT(*std::max_element(first.samples.begin(), first.samples.end()), 301.0F);
     frames.plan.judged.memory = 600000;
     frames.Drizzle(3);
     EXPECT_TRUE(test::Agree(frames.result, first));
+    EXPECT_TRUE(test::Agree(frames.noise, firstNoise));
     frames.plan.judged.frames.resize(1); // GRBG: red is right of the first pixel, blue below it
     frames.plan.drop = 0.5;
     frames.Drizzle();
@@ -215,6 +219,31 @@ TEST(Drizzle, DropsNoHitsAndTheSameForAnyBandsAndThreads)
     EXPECT_EQ(at(5, 4, 0), frames.images[0].GetPixelGrayRaw(5, 4, 0));
     EXPECT_EQ(at(4, 4, 1), frames.images[0].GetPixelGrayRaw(4, 4, 1));
     EXPECT_EQ(at(4, 5, 2), frames.images[0].GetPixelGrayRaw(4, 5, 2));
+}
+
+TEST(Drizzle, TellsTheNoiseOfFramesThatDifferInIt)
+{
+    Drizzled frames;
+    frames.plan.grid.scale = 2.0;
+    for (int i = 0; i < 12; ++i) {
+        const CStlImage image = test::RandomImage({140, 60}, 1, i); // of mean 140
+        const double times = 1.0 + i % 2;
+        frames.Add(Make(140, 60, 1, [&](int x, int y, int) { return (image.GetPixelGrayRaw(x, y, 0) - 140) * times; }),
+                   Alignment::Turned(0.37 * i, -0.23 * i, 0.5 * i, kCentre));
+        frames.plan.judged.frames.back().weight = 1.0 / (times * times);
+    }
+    frames.Drizzle();
+    double told = 0.0;
+    double mean = 0.0;
+    double squares = 0.0;
+    constexpr int kCount = 200 * 80; // where all frames are
+    for (int i = 0; i < kCount; ++i) {
+        const double v = frames.result.GetPixelGrayRaw(40 + i % 200, 20 + i / 200, 0);
+        told += std::pow(frames.noise.GetPixelGrayRaw(40 + i % 200, 20 + i / 200, 0), 2);
+        mean += v / kCount;
+        squares += v * v;
+    }
+    EXPECT_NEAR(told / (squares - kCount * mean * mean), 1.0, 0.05);
 }
 
 using DrizzleTest = Night;
