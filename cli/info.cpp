@@ -138,6 +138,9 @@ Json Describe(const std::string& file)
         json["cube"] = {{"axes", info.axes}, {"plane", info.plane}};
     }
     AddExtension(json, info.extension);
+    for (const std::string& part : reader->Parts()) {
+        json["hdus"].push_back(part);
+    }
     AddIfKnown(json, "blank_value", info.blank);
     AddHeader(json, info.header);
     AddRecord(json, *reader);
@@ -241,6 +244,9 @@ void Print(const Json& json)
                             json["rows"].get<std::string>());
     if (json.contains("extension")) {
         PrintExtension(json["extension"]);
+    }
+    for (const Json& part : json.value("hdus", Json::array())) {
+        PrintLine("HDU", part.get<std::string>());
     }
     PrintIfKnown(json, "blank_value", "blank");
     PrintIfKnown(json, "object", "object");

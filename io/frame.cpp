@@ -164,17 +164,35 @@ Frame Load(const std::string& path)
     return frame;
 }
 
-void Save(const std::string& path, const CStlImage& image, const Header& header, const SaveOptions& options)
+bool HoldsExtensions(const std::string& path)
+{
+    return Contains(Formats().front().extensions, ExtensionOf(path));
+}
+
+void Save(const std::string& path, const CStlImage& image, const Header& header, const SaveOptions& options,
+          const std::vector<Extension>& extensions)
 {
     try {
         SaveOptions chosen = options;
         const Format& format = ChooseFormat(path, chosen);
+        if (!extensions.empty() && !HoldsExtensions(path)) {
+            throw NameError(path, "a file of this format holds one image; FITS holds several");
+        }
         if (image.GetPixelCount() == 0) {
             throw FileError(path, "the image has no samples");
         }
         OutputFile file(path);
         const Storage storage = ChooseStorage(path, image, chosen, format.integers);
-        format.write(file, image, OutputHeader(image, header, storage, format.integers), storage);
+        Header output = OutputHeader(image, header, storage, format.integers);
+        if (!extensions.empty()) {
+            output.Set("EXTEND", true, "there are extensions");
+        }
+        format.write(file, image, output, storage);
+        for (const Extension& extension : extensions) {
+            const Storage floats = ChooseStorage(path, extension.image, {-32}, format.integers);
+            WriteFitsExtension(file, extension.name, extension.image,
+                               OutputHeader(extension.image, extension.header, floats, format.integers), floats);
+        }
         file.Commit();
     } catch (const std::bad_alloc&) {
         throw FileError(path, "there is no memory to write it");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"
@@ -43,6 +44,16 @@ struct SaveOptions {
     SampleScale scale = SampleScale::kCounts;
 };
 
+/// A further image of a FITS file.
+struct Extension {
+    std::string name; ///< by which it is opened: `m31.fits[NOISE]`
+    const CStlImage& image;
+    Header header{};
+};
+
+/// True for a path whose format holds further images.
+CORVANE_VISIBLE bool HoldsExtensions(const std::string& path);
+
 /// Writes a frame; the extension chooses the format: .fits, .fit, .fts; .tif, .tiff; .png.
 ///
 /// - The file appears whole or not at all: see OutputFile. Throws Error.
@@ -56,8 +67,10 @@ struct SaveOptions {
 ///   are written as CBLACK and CWHITE (CBLACK2, CWHITE2, CBLACK3, CWHITE3 for the other planes) when the image has its
 ///   own. All other cards are carried over, in TIFF and PNG as text of the image description, except those that
 ///   describe the layout of the file they came from.
+/// - Further images follow the first as 32-bit floats, which all counts up to 2^24 are; other formats than FITS refuse
+///   them.
 CORVANE_VISIBLE void Save(const std::string& path, const CStlImage& image, const Header& header,
-                          const SaveOptions& options = {});
+                          const SaveOptions& options = {}, const std::vector<Extension>& extensions = {});
 
 /// Throws the Error that `Save` would throw for the path alone: its extension, bits that the format lacks, a scale for
 /// floats, its folder.

@@ -9,13 +9,13 @@
 
 namespace corvane::io {
 
-void SavePicture(const std::string& path, const CStlImage& image, bool bottomUp)
+namespace {
+
+void WritePicture(PngFile& file, const CStlImage& image, bool bottomUp)
 {
     const int planes = image.IsColor() != 0 ? 3 : 1;
     const int width = image.GetWidth();
     const int height = image.GetHeight();
-    OutputFile output(path);
-    PngFile file(output);
     StartPng(file, {width, height, planes, 8}, "");
     std::vector<png_byte> row(static_cast<std::size_t>(width) * planes);
     for (int i = 0; i < height; ++i) {
@@ -30,7 +30,24 @@ void SavePicture(const std::string& path, const CStlImage& image, bool bottomUp)
         file.Run("cannot be written as PNG", [&](png_structp png, png_infop) { png_write_row(png, row.data()); });
     }
     file.Run("cannot be written as PNG", [](png_structp png, png_infop info) { png_write_end(png, info); });
+}
+
+} // namespace
+
+void SavePicture(const std::string& path, const CStlImage& image, bool bottomUp)
+{
+    OutputFile output(path);
+    PngFile file(output);
+    WritePicture(file, image, bottomUp);
     output.Commit();
+}
+
+std::string EncodePicture(const CStlImage& image, bool bottomUp)
+{
+    std::string bytes;
+    PngFile file(bytes);
+    WritePicture(file, image, bottomUp);
+    return bytes;
 }
 
 } // namespace corvane::io

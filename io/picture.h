@@ -13,4 +13,7 @@ namespace corvane::io {
 /// whole or not at all. Throws Error.
 CORVANE_VISIBLE void SavePicture(const std::string& path, const CStlImage& image, bool bottomUp);
 
+/// The same PNG, in memory.
+CORVANE_VISIBLE std::string EncodePicture(const CStlImage& image, bool bottomUp);
+
 } // namespace corvane::io

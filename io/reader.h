@@ -87,6 +87,9 @@ public:
     /// Reads the whole of the file and tells where it contradicts itself: sums that do not hold. Empty when it does not.
     virtual std::string Contradiction() { return {}; }
 
+    /// What a file of several parts holds, part after part, as "1 NOISE: 721 x 720"; empty for a frame alone.
+    virtual std::vector<std::string> Parts() { return {}; }
+
     /// Releases the file and all memory but the header; the next read opens it again.
     virtual void Close() = 0;
 

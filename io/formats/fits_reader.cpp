@@ -47,6 +47,29 @@ StoredScale ReadScale(const FitsKeys& keys)
     return scale;
 }
 
+/// The labels of the first HDUs.
+std::vector<std::string> LabelHdus(FitsFile& file)
+{
+    constexpr int kMost = 12;
+    std::vector<std::string> labels;
+    for (int hdu = 0; hdu < kMost && file.MoveTo(hdu); ++hdu) {
+        labels.push_back(file.Hdu().Label());
+    }
+    if (!file.Trouble().empty()) {
+        labels.push_back("then " + file.Trouble());
+    }
+    return labels;
+}
+
+std::string ListHdus(FitsFile& file)
+{
+    std::string list;
+    for (const std::string& label : LabelHdus(file)) {
+        list += (list.empty() ? "" : "; ") + label;
+    }
+    return list;
+}
+
 class FitsReader : public FrameReader {
 public:
     FitsReader(FrameInfo info, std::string path, FitsView view, std::unique_ptr<FitsFile> file)
@@ -68,6 +91,13 @@ public:
         default:
             return "the data do not have the sum that the header states";
         }
+    }
+
+    std::vector<std::string> Parts() override
+    {
+        FitsFile file(Path(), path_);
+        std::vector<std::string> labels = LabelHdus(file);
+        return labels.size() > 1 ? labels : std::vector<std::string>();
     }
 
     void Close() override
@@ -106,16 +136,6 @@ private:
     std::unique_ptr<FitsFile> file_;
     std::unique_ptr<FitsSamples> samples_; ///< of the file
 };
-
-std::string ListHdus(FitsFile& file)
-{
-    constexpr int kMost = 12;
-    std::string list;
-    for (int hdu = 0; hdu < kMost && file.MoveTo(hdu); ++hdu) {
-        list += (hdu == 0 ? "" : "; ") + file.Hdu().Label();
-    }
-    return file.Trouble().empty() ? list : list + "; then " + file.Trouble();
-}
 
 /// Goes to the first HDU that holds an image of two axes or more.
 FitsImage FindFirstImage(FitsFile& file)

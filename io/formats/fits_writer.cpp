@@ -38,13 +38,11 @@ void PadTo(OutputFile& file, std::size_t written, char filler)
     file.Write(padding.data(), padding.size());
 }
 
-Header LayoutCards(const CImage& image, const Storage& storage)
+/// Adds the cards that tell how samples are stored.
+void AddLayout(const CImage& image, const Storage& storage, Header& layout)
 {
     const int bits = storage.bits;
-    const double offset = CountOffset(bits);
-    Header layout;
     const bool cube = image.GetPlanes() > 1;
-    layout.Set("SIMPLE", true, "conforms to the FITS standard");
     layout.Set("BITPIX", bits, bits < 0 ? "bits per sample, floating point" : "bits per sample");
     layout.Set("NAXIS", cube ? 3 : 2, "number of axes");
     layout.Set("NAXIS1", image.GetWidth(), "samples in a row");
@@ -52,6 +50,12 @@ Header LayoutCards(const CImage& image, const Storage& storage)
     if (cube) {
         layout.Set("NAXIS3", image.GetPlanes(), "planes");
     }
+}
+
+/// Adds the cards that tell what the stored numbers stand for.
+void AddScale(const Storage& storage, Header& layout)
+{
+    const double offset = CountOffset(storage.bits);
     if (storage.isScaled) {
         layout.Set("BZERO", storage.zero + storage.step * offset, "sample = BZERO + BSCALE * stored integer");
         layout.Set("BSCALE", storage.step);
@@ -62,7 +66,6 @@ Header LayoutCards(const CImage& image, const Storage& storage)
     if (storage.hasBlank) {
         layout.Set("BLANK", static_cast<long long>(-offset), "stored value of undefined samples");
     }
-    return layout;
 }
 
 void WriteHeader(OutputFile& file, const Header& layout, const Header& header)
@@ -102,12 +105,35 @@ void WriteSamples(OutputFile& file, const CImage& image, const Storage& storage)
     PadTo(file, static_cast<std::size_t>(image.GetPixelCount()) * sizeof(T), '\0');
 }
 
+void WriteHdu(OutputFile& file, const Header& layout, const CStlImage& image, const Header& header,
+              const Storage& storage)
+{
+    WriteHeader(file, layout, header);
+    WithSampleType(storage.bits, false, [&](auto type) { WriteSamples<decltype(type)>(file, image, storage); });
+}
+
 } // namespace
 
 void WriteFits(OutputFile& file, const CStlImage& image, const Header& header, const Storage& storage)
 {
-    WriteHeader(file, LayoutCards(image, storage), header);
-    WithSampleType(storage.bits, false, [&](auto type) { WriteSamples<decltype(type)>(file, image, storage); });
+    Header layout;
+    layout.Set("SIMPLE", true, "conforms to the FITS standard");
+    AddLayout(image, storage, layout);
+    AddScale(storage, layout);
+    WriteHdu(file, layout, image, header, storage);
+}
+
+void WriteFitsExtension(OutputFile& file, const std::string& name, const CStlImage& image, const Header& header,
+                        const Storage& storage)
+{
+    Header layout;
+    layout.Set("XTENSION", "IMAGE   ", "an image");
+    AddLayout(image, storage, layout);
+    layout.Set("PCOUNT", 0);
+    layout.Set("GCOUNT", 1);
+    AddScale(storage, layout);
+    layout.Set("EXTNAME", name);
+    WriteHdu(file, layout, image, header, storage);
 }
 
 } // namespace corvane::io

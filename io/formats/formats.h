@@ -27,6 +27,9 @@ bool IsFromCamera(const std::string& path);
 /// @name Writing an image in one format
 /// @{
 void WriteFits(OutputFile& file, const CStlImage& image, const Header& header, const Storage& storage);
+/// The same of an image behind others of the file.
+void WriteFitsExtension(OutputFile& file, const std::string& name, const CStlImage& image, const Header& header,
+                        const Storage& storage);
 void WriteTiff(OutputFile& file, const CStlImage& image, const Header& header, const Storage& storage);
 void WritePng(OutputFile& output, const CStlImage& image, const Header& header, const Storage& storage);
 /// @}

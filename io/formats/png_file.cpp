@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <new>
 #include <system_error>
+#include <utility>
 
 #include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
@@ -32,7 +33,17 @@ PngFile::PngFile(const std::string& path)
     png_set_chunk_malloc_max(png_, std::clamp<png_alloc_size_t>(MemoryBudget() / kMostChunks, 1 << 20, 8 << 20));
 }
 
-PngFile::PngFile(OutputFile& output) : path_(output.Path()), output_(&output), reads_(false)
+PngFile::PngFile(OutputFile& output)
+    : PngFile(output.Path(), [&output](const void* bytes, std::size_t count) { output.Write(bytes, count); })
+{}
+
+PngFile::PngFile(std::string& bytes)
+    : PngFile("picture",
+              [&bytes](const void* more, std::size_t count) { bytes.append(static_cast<const char*>(more), count); })
+{}
+
+PngFile::PngFile(std::string path, std::function<void(const void* bytes, std::size_t count)> write)
+    : path_(std::move(path)), write_(std::move(write)), reads_(false)
 {
     png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, this, &PngFile::OnError, &PngFile::OnWarning);
     info_ = png_ == nullptr ? nullptr : png_create_info_struct(png_);
@@ -63,7 +74,7 @@ void PngFile::OnWrite(png_structp png, png_bytep bytes, png_size_t count)
 {
     auto* self = static_cast<PngFile*>(png_get_io_ptr(png));
     try {
-        self->output_->Write(bytes, count);
+        self->write_(bytes, count);
     } catch (...) {
         self->failure_ = std::current_exception();
     }

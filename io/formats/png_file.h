@@ -3,6 +3,7 @@
 #include <csetjmp>
 #include <cstdio>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -20,6 +21,8 @@ class PngFile {
 public:
     explicit PngFile(const std::string& path);
     explicit PngFile(OutputFile& output);
+    /// Appends what is written to `bytes`.
+    explicit PngFile(std::string& bytes);
     ~PngFile();
     PngFile(const PngFile&) = delete;
     PngFile& operator=(const PngFile&) = delete;
@@ -38,6 +41,7 @@ public:
     }
 
 private:
+    PngFile(std::string path, std::function<void(const void* bytes, std::size_t count)> write);
     [[noreturn]] static void OnError(png_structp png, png_const_charp message);
     static void OnWarning(png_structp, png_const_charp) {}
     static void OnWrite(png_structp png, png_bytep bytes, png_size_t count);
@@ -47,8 +51,8 @@ private:
     std::string path_;
     char message_[256] = "";
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_{nullptr, &std::fclose};
-    OutputFile* output_ = nullptr;
-    std::exception_ptr failure_; ///< of the output file, kept while libpng's own frames are on the stack
+    std::function<void(const void* bytes, std::size_t count)> write_{};
+    std::exception_ptr failure_; ///< of writing, kept while libpng's own frames are on the stack
     bool reads_;
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;

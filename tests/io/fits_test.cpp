@@ -47,6 +47,23 @@ TEST_F(Fits, ReadsEveryKindOfSample)
     }
 }
 
+TEST_F(Fits, SavesFurtherImagesThatAreOpenedByName)
+{
+    const auto image = Make(7, 5, 1, [](int x, int y, int) { return x + 10 * y; });
+    const auto noise = Make(4, 3, 3, [](int x, int y, int p) { return x == y ? NAN : x + 0.5 + p; });
+    corvane::io::Header header;
+    header.Set("BUNIT", "adu");
+    Save(Path("a.fits"), image, {}, {16}, {{"COVERAGE", image}, {"NOISE", noise, header}});
+    const Frame second = Load(Path("a.fits[NOISE]"));
+    EXPECT_PRED2(SameSamples, Samples(second.image), Samples(noise));
+    EXPECT_EQ(second.header.Text("BUNIT"), "adu");
+    EXPECT_EQ(Samples(Load(Path("a.fits")).image), Samples(image));
+    EXPECT_EQ(OpenFrame(Path("a.fits"))->Parts(),
+              (std::vector<std::string>{"0: 7 x 5", "1 COVERAGE: 7 x 5", "2 NOISE: 4 x 3 x 3"}));
+    EXPECT_EQ(Read("a.fits").size() % 2880, 0U);
+    ExpectError([&] { Save(Path("a.tif"), image, {}, {}, {{"NOISE", noise}}); }, Path("a.tif"), "holds one image");
+}
+
 TEST_F(Fits, SavesEveryKindOfSample)
 {
     // Blank 0 is none; of what is loaded, -1.
