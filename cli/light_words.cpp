@@ -64,7 +64,8 @@ stack::Options OptionsOf(const LightWords& words)
         std::filesystem::exists(words.masters, ignored) && !std::filesystem::is_directory(words.masters, ignored)) {
         throw NameError(words.masters, "is no folder");
     }
-    if (!words.report.empty()) {
+    options.wantsReport = !words.report.empty();
+    if (options.wantsReport) {
         CheckReport(words.report);
     }
     return options;

@@ -45,14 +45,35 @@ Table TableOf(const stack::Registration& lights)
                      {"flux_ratio", 4},
                      {"weight", 4},
                      {"reason", kWords},
-                     {"transform", kWords}};
+                     {"transform", kWords},
+                     {"values", 0},
+                     {"rejected_low", 0},
+                     {"rejected_high", 0}};
     for (std::size_t i = 0; i < lights.frames.size(); ++i) {
         const stack::FrameReport& light = lights.frames[i];
-        table.rows.push_back({light.file, light.used, static_cast<int>(i) == lights.referenceLight, light.dx, light.dy,
-                              light.angle, light.scale, light.residual, static_cast<double>(light.matched),
-                              static_cast<double>(light.stars), light.fwhm, light.background, light.noise,
-                              light.fluxRatio ? Cell(*light.fluxRatio) : Cell(), light.weight, light.reason,
-                              TransformOf(light)});
+        const auto count = [&](long long stack::RejectedValues::*which) {
+            return light.rejected ? Cell(static_cast<double>((*light.rejected).*which)) : Cell();
+        };
+        table.rows.push_back({light.file,
+                              light.used,
+                              static_cast<int>(i) == lights.referenceLight,
+                              light.dx,
+                              light.dy,
+                              light.angle,
+                              light.scale,
+                              light.residual,
+                              static_cast<double>(light.matched),
+                              static_cast<double>(light.stars),
+                              light.fwhm,
+                              light.background,
+                              light.noise,
+                              light.fluxRatio ? Cell(*light.fluxRatio) : Cell(),
+                              light.weight,
+                              light.reason,
+                              TransformOf(light),
+                              count(&stack::RejectedValues::values),
+                              count(&stack::RejectedValues::low),
+                              count(&stack::RejectedValues::high)});
     }
     return table;
 }
@@ -116,6 +137,16 @@ void WriteReport(const std::string& path, const stack::Registration& lights)
     io::OutputFile file(path);
     file.Write(text.data(), text.size());
     file.Commit();
+}
+
+std::string DepthText(const stack::Registration& lights)
+{
+    if (!lights.depth) {
+        return "";
+    }
+    const auto& [light, ideal, stack] = *lights.depth;
+    return Formatted("noise of the sky: %.4g in the stack", stack) + Formatted(", %.4g in a light", light) +
+           Formatted(", %.4g in their best mean", ideal) + Formatted(" (%+.1f %%)\n", 100.0 * (stack / ideal - 1.0));
 }
 
 std::string LightsText(const stack::Options& options, const stack::Registration& lights, bool all)

@@ -13,6 +13,9 @@ void CheckReport(const std::string& path);
 /// nothing but a browser. Throws Error.
 void WriteReport(const std::string& path, const stack::Registration& lights);
 
+/// How deep a stack is, as a line for people; empty when that is not known.
+std::string DepthText(const stack::Registration& lights);
+
 /// The lights for people: how many are used, how each is placed or why it is left out, notes and times. `all` tells of
 /// lights that need no placing, too.
 std::string LightsText(const stack::Options& options, const stack::Registration& lights, bool all);

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "cli/report_pictures.h"
 #include "cli/svg.h"
 #include "corvane/core/text.h"
 #include "stack/names.h"
@@ -152,6 +153,49 @@ std::string TableCell(const std::string& text)
     return "<td>" + text + "</td>";
 }
 
+/// What part of a light's values was dropped.
+double Percent(const FrameReport& light, long long stack::RejectedValues::*which)
+{
+    const stack::RejectedValues values = light.rejected.value_or(stack::RejectedValues());
+    return values.values > 0 ? 100.0 * static_cast<double>(values.*which) / static_cast<double>(values.values)
+                             : std::nan("");
+}
+
+std::string PercentText(const FrameReport& light, long long stack::RejectedValues::*which)
+{
+    const double percent = Percent(light, which);
+    return std::isnan(percent) ? "" : NumberText(percent, 3);
+}
+
+/// What the stack comes to: how deep it is, and what was dropped in all.
+std::string StackText(const stack::Registration& lights)
+{
+    std::string text;
+    if (lights.depth) {
+        const auto& [light, ideal, stack] = *lights.depth;
+        const auto used = std::count_if(lights.frames.begin(), lights.frames.end(),
+                                        [](const FrameReport& frame) { return frame.used; });
+        text += "<p>Noise of the sky [raw units]: " + NumberText(light, 3) + " in a light, " + NumberText(stack, 3) +
+                " in the stack, which is " + NumberText(light / stack, 2) + " times deeper; the root of " +
+                std::to_string(used) + " is " + NumberText(std::sqrt(static_cast<double>(used)), 2) +
+                ". The best mean of these lights has " + NumberText(ideal, 3) + ", so the stack has " +
+                NumberText(100.0 * (stack / ideal - 1.0), 1) +
+                " % more. Interpolation evens out noise between neighbours, by which a stack can have less.</p>\n";
+    }
+    stack::RejectedValues all;
+    for (const FrameReport& frame : lights.frames) {
+        const stack::RejectedValues values = frame.rejected.value_or(stack::RejectedValues());
+        all.values += values.values;
+        all.low += values.low;
+        all.high += values.high;
+    }
+    if (all.values > 0) {
+        text += "<p>Dropped of " + std::to_string(all.values) + " values: " + std::to_string(all.low) +
+                " since they were too low, " + std::to_string(all.high) + " since they were too high.</p>\n";
+    }
+    return text;
+}
+
 std::string Row(const stack::Registration& lights, std::size_t i)
 {
     const FrameReport& light = lights.frames[i];
@@ -166,15 +210,17 @@ std::string Row(const stack::Registration& lights, std::size_t i)
     row += TableCell(std::to_string(light.matched)) + TableCell(std::to_string(light.stars)) +
            TableCell(NumberText(light.fwhm, 2)) + TableCell(NumberText(light.background, 1)) +
            TableCell(NumberText(light.noise, 2)) + TableCell(light.fluxRatio ? NumberText(*light.fluxRatio, 3) : "") +
-           TableCell(NumberText(light.weight, 3));
+           TableCell(NumberText(light.weight, 3)) + TableCell(PercentText(light, &stack::RejectedValues::low)) +
+           TableCell(PercentText(light, &stack::RejectedValues::high));
     return row + "<td class=\"text\">" + (isReference ? "reference" : EscapedXml(light.reason)) + "</td></tr>\n";
 }
 
 std::string TableText(const stack::Registration& lights)
 {
     std::string text = "<table>\n<tr>";
-    for (const char* name : {"", "light", "dx", "dy", "turn [degrees]", "scale", "residual", "transform", "matched",
-                             "stars", "FWHM", "background", "noise", "flux", "weight", ""}) {
+    for (const char* name :
+         {"", "light", "dx", "dy", "turn [degrees]", "scale", "residual", "transform", "matched", "stars", "FWHM",
+          "background", "noise", "flux", "weight", "dropped low [%]", "dropped high [%]", ""}) {
         text += std::string("<th>") + name + "</th>";
     }
     text += "</tr>\n";
@@ -190,6 +236,8 @@ constexpr const char* kPageHead =
     ".plots { display: flex; flex-wrap: wrap; gap: 1em; align-items: flex-start; }\n"
     "table { border-collapse: collapse; font-size: 90%; }\n"
     "th, td { padding: 0.2em 0.6em; text-align: right; border-bottom: 1px solid #ddd; }\n"
+    ".strip { display: flex; flex-wrap: wrap; gap: 4px; }\n.strip img { border: 3px solid #2d4b9b; }\n"
+    ".strip .out { border-color: #d7412d; opacity: 0.6; }\nfigure { margin: 0; }\n"
     ".text { text-align: left; }\n.out { color: #b03020; }\n</style></head>\n<body>\n";
 
 } // namespace
@@ -200,6 +248,7 @@ std::string ReportPage(const stack::Registration& lights)
         std::count_if(lights.frames.begin(), lights.frames.end(), [](const FrameReport& light) { return light.used; });
     std::string page = kPageHead;
     page += "<h1>" + std::to_string(lights.frames.size()) + " lights, " + std::to_string(used) + " used</h1>\n";
+    page += StackText(lights) + LightPictures(lights);
     page += "<p>Blue: used. Red: left out. A point tells its light under the mouse.</p>\n<div class=\"plots\">\n";
     page += DrawDrift(lights);
     page += DrawSeries(lights, "Turn [degrees]", true, [](const FrameReport& light) { return light.angle; });
@@ -210,7 +259,11 @@ std::string ReportPage(const stack::Registration& lights)
     page += DrawSeries(lights, "Residual [pixels]", true, [](const FrameReport& light) { return light.residual; });
     page += DrawSeries(lights, "Light of the stars, over the reference's", true,
                        [](const FrameReport& light) { return light.fluxRatio.value_or(std::nan("")); });
-    page += "</div>\n" + TableText(lights);
+    page += DrawSeries(lights, "Weight", true, [](const FrameReport& light) { return light.weight; });
+    page += DrawSeries(lights, "Values dropped [%]", true, [](const FrameReport& light) {
+        return Percent(light, &stack::RejectedValues::low) + Percent(light, &stack::RejectedValues::high);
+    });
+    page += RejectedPicture(lights) + "</div>\n" + TableText(lights);
     for (const std::string& note : lights.notes) {
         page += "<p>Note: " + EscapedXml(note) + "</p>\n";
     }

@@ -33,8 +33,10 @@ struct StackWords {
     Output output;
     std::string preview;
     std::string coverageMap;
-    std::string rejectMap;
+    std::string noiseMap;
     std::string weightMap;
+    std::string rejectMap;
+    bool withMaps = false;
     std::string registered;
     std::vector<std::string> follow;
     bool wantsBoth = false;
@@ -51,16 +53,34 @@ struct StackWords {
     /// What is written besides the stack; those of an empty name are not wanted.
     std::vector<std::string> Others() const
     {
-        return {preview, coverageMap, rejectMap, weightMap, lights.report, Stars()};
+        return {preview, coverageMap, noiseMap, weightMap, rejectMap, lights.report, Stars()};
     }
+};
+
+/// What is known of each sample of a stack.
+struct Map {
+    std::string StackWords::*file; ///< where it is written
+    CStlImage stack::Result::*image;
+    const char* unit; ///< of its samples; null: that of the stack's
+    const char* what;
+    const char* extension; ///< its name in the file of the stack
+};
+
+constexpr Map kMaps[] = {
+    {&StackWords::coverageMap, &stack::Result::coverage, "lights", "coverage", "COVERAGE"},
+    {&StackWords::noiseMap, &stack::Result::noise, nullptr, "noise", "NOISE"},
+    {&StackWords::weightMap, &stack::Result::weights, "lights", "weights", "WEIGHTS"},
+    {&StackWords::rejectMap, &stack::Result::rejected, "values", "rejected", "REJECTED"},
 };
 
 /// The words for one of several stacks, whose files are called after its filter, too.
 StackWords WordsFor(StackWords words, const std::string& filter)
 {
-    for (std::string* path : {&words.output.path, &words.preview, &words.coverageMap, &words.rejectMap,
-                              &words.weightMap, &words.lights.report}) {
+    for (std::string* path : {&words.output.path, &words.preview, &words.lights.report}) {
         *path = NameFor(*path, filter);
+    }
+    for (const Map& map : kMaps) {
+        words.*map.file = NameFor(words.*map.file, filter);
     }
     return words;
 }
@@ -69,9 +89,13 @@ StackWords WordsFor(StackWords words, const std::string& filter)
 stack::Options AskedOptions(const StackWords& words)
 {
     stack::Options options = OptionsOf(words.lights);
-    options.wantsCoverage = !words.coverageMap.empty();
-    options.wantsRejected = !words.rejectMap.empty();
-    options.wantsWeights = !words.weightMap.empty();
+    if (words.withMaps) {
+        stack::WantAllMaps(options);
+    }
+    options.wantsCoverage |= !words.coverageMap.empty();
+    options.wantsNoise |= !words.noiseMap.empty();
+    options.wantsWeights |= !words.weightMap.empty();
+    options.wantsRejected |= !words.rejectMap.empty();
     options.registered = words.registered;
     options.wantsBoth = words.wantsBoth;
     for (const std::string& place : words.follow) {
@@ -88,9 +112,12 @@ void CheckFiles(const StackWords& words, const std::vector<std::string>& inputs,
     if (!words.preview.empty()) {
         CheckPicture(words.preview);
     }
-    for (const std::string& map : {words.coverageMap, words.rejectMap, words.weightMap}) {
-        if (!map.empty()) {
-            io::CheckSave(map, {});
+    if (words.withMaps && !io::HoldsExtensions(words.output.path)) {
+        throw NameError(words.output.path, "its format holds one image; --with-maps takes FITS");
+    }
+    for (const Map& map : kMaps) {
+        if (const std::string& file = words.*map.file; !file.empty()) {
+            io::CheckSave(file, {});
         }
     }
     std::vector<std::string> others = words.Others();
@@ -131,14 +158,32 @@ private:
 };
 
 // The rows of a map run as those of the stack.
-void SaveCounts(const std::string& path, const CStlImage& counts, const char* unit, const io::Header& stack)
+io::Header HeaderOf(const Map& map, const io::Header& stack)
 {
     io::Header header;
-    header.Set("BUNIT", unit);
-    if (const std::optional<std::string> order = stack.Text("ROWORDER")) {
-        header.Set("ROWORDER", *order);
+    const std::optional<std::string> unit = map.unit != nullptr ? map.unit : stack.Text("BUNIT");
+    for (const auto& [keyword, text] : {std::pair("BUNIT", unit), std::pair("ROWORDER", stack.Text("ROWORDER"))}) {
+        if (text) {
+            header.Set(keyword, *text);
+        }
     }
-    io::Save(path, counts, header, {});
+    return header;
+}
+
+/// The maps that are part of the file of the stack; those on its grid lie where it does on the sky.
+std::vector<io::Extension> ExtensionsOf(const CStlImage& image, stack::Result& result)
+{
+    std::vector<io::Extension> extensions;
+    for (const Map& map : kMaps) {
+        CStlImage& samples = result.*map.image;
+        if (samples.GetWidth() == image.GetWidth() && samples.GetHeight() == image.GetHeight()) {
+            samples.SetCoordinates(image.GetCoordinates());
+        }
+        if (samples.GetPlanes() > 0) {
+            extensions.push_back({map.extension, samples, HeaderOf(map, result.header)});
+        }
+    }
+    return extensions;
 }
 
 // The stack comes last, so that everything else can be taken back when it cannot be written.
@@ -158,17 +203,11 @@ void SaveAll(const StackWords& words, const stack::Options& options, stack::Resu
         SavePreview(words.preview, frame);
         others.Add(words.preview);
     }
-    if (!words.coverageMap.empty()) {
-        SaveCounts(words.coverageMap, result.coverage, "lights", result.header);
-        others.Add(words.coverageMap);
-    }
-    if (!words.rejectMap.empty()) {
-        SaveCounts(words.rejectMap, result.rejected, "values", result.header);
-        others.Add(words.rejectMap);
-    }
-    if (!words.weightMap.empty()) {
-        SaveCounts(words.weightMap, result.weights, "lights", result.header);
-        others.Add(words.weightMap);
+    for (const Map& map : kMaps) {
+        if (const std::string& file = words.*map.file; !file.empty()) {
+            io::Save(file, result.*map.image, HeaderOf(map, result.header), {});
+            others.Add(file);
+        }
     }
     if (!words.lights.report.empty()) {
         WriteReport(words.lights.report, result);
@@ -178,7 +217,9 @@ void SaveAll(const StackWords& words, const stack::Options& options, stack::Resu
         io::Save(words.Stars(), result.stars, result.starsHeader, words.output.save);
         others.Add(words.Stars());
     }
-    io::Save(words.output.path, frame.image, result.header, words.output.save);
+    const std::vector<io::Extension> maps =
+        words.withMaps ? ExtensionsOf(frame.image, result) : std::vector<io::Extension>();
+    io::Save(words.output.path, frame.image, result.header, words.output.save, maps);
     others.Keep();
 }
 
@@ -200,9 +241,9 @@ std::string OutputsText(const StackWords& words)
     add("stars", words.Stars());
     add("registered", words.registered);
     add("preview", words.preview);
-    add("coverage", words.coverageMap);
-    add("rejected", words.rejectMap);
-    add("weights", words.weightMap);
+    for (const Map& map : kMaps) {
+        add(map.what, words.*map.file);
+    }
     add("report", words.lights.report);
     return text;
 }
@@ -213,7 +254,7 @@ void StackOne(const StackWords& words, const stack::Options& options, const Sess
     ThrowIfCancelled();
     SaveAll(words, options, result);
     if (!session.quiet) {
-        std::cout << LightsText(options, result, session.verbose) << CombinedText(options, result)
+        std::cout << LightsText(options, result, session.verbose) << CombinedText(options, result) << DepthText(result)
                   << OutputsText(words);
     }
 }
@@ -261,6 +302,14 @@ void AddOutputs(CLI::App& command, StackWords& words)
     command.add_option("--preview", words.preview, "Write a picture of the stack, too")->type_name("OUT.png");
     command.add_option("--coverage-map", words.coverageMap, "Write how many lights have each pixel, too")
         ->type_name("FILE");
+    command
+        .add_option("--noise-map", words.noiseMap,
+                    "Write the noise of each pixel, too, as the values that count there tell it")
+        ->type_name("FILE");
+    command.add_flag(
+        "--with-maps", words.withMaps,
+        "Keep all such maps in the stack itself, as FITS extensions: COVERAGE, NOISE, REJECTED, and WEIGHTS "
+        "of a drizzled one");
     command
         .add_option("--reject-map", words.rejectMap,
                     "Write how many values the clipping dropped, too: below, above, together")

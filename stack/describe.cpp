@@ -30,13 +30,14 @@ struct Times {
     int exposures = 0;
     double live = 0.0;
     std::optional<double> first;
-    int starts = 0;
-    double middles = 0.0; ///< sum of the middles of the exposures, as seconds after `first`
+    double weights = 0.0; ///< of those that say when they began
+    double middles = 0.0; ///< sum of weight times the middle of their exposures, as seconds after `first`
 
-    void Add(const std::optional<double>& start, const std::optional<double>& exposure);
+    void Add(const std::optional<double>& start, const std::optional<double>& exposure, double weight);
+    double Middle() const { return *first + (weights > 0.0 ? middles / weights : 0.0); }
 };
 
-void Times::Add(const std::optional<double>& start, const std::optional<double>& exposure)
+void Times::Add(const std::optional<double>& start, const std::optional<double>& exposure, double weight)
 {
     ++frames;
     if (exposure) {
@@ -45,11 +46,11 @@ void Times::Add(const std::optional<double>& start, const std::optional<double>&
     }
     if (start) {
         if (!first || *start < *first) {
-            middles += starts * (first.value_or(*start) - *start);
+            middles += weights * (first.value_or(*start) - *start);
             first = start;
         }
-        ++starts;
-        middles += *start - *first + exposure.value_or(0.0) / 2.0;
+        weights += weight;
+        middles += weight * (*start - *first + exposure.value_or(0.0) / 2.0);
     }
 }
 
@@ -58,7 +59,7 @@ Times CollectTimes(const Plan& plan, const std::vector<FrameReport>& frames)
     Times times;
     for (int i = 0; i < plan.lights.Count(); ++i) {
         if (frames[i].used) {
-            times.Add(io::ObservationTime(plan.lights.Info(i).header), plan.exposures[i]);
+            times.Add(io::ObservationTime(plan.lights.Info(i).header), plan.exposures[i], frames[i].weight);
         }
     }
     return times;
@@ -84,8 +85,7 @@ void SetTimes(const Times& times, const std::optional<double>& exposure, io::Hea
     if (times.first) {
         RemoveCards(kStartCards, header);
         header.Set("DATE-OBS", io::FormatTime(*times.first), "start of the earliest frame");
-        header.Set("DATE-AVG", io::FormatTime(*times.first + times.middles / times.starts),
-                   "mean of the middles of the frames");
+        header.Set("DATE-AVG", io::FormatTime(times.Middle()), "mean of the middles of the frames, by weight");
     }
 }
 

@@ -105,6 +105,17 @@ void CheckRejection(const Options& options)
     }
 }
 
+void CheckNoise(const Options& options)
+{
+    if (options.wantsNoise && !TellsNoise(options)) {
+        const bool dropsEnds = options.reject.method == RejectMethod::kMinMax;
+        throw ParameterError(dropsEnds ? "reject" : "combine",
+                             dropsEnds ? NameOf(kRejectNames, RejectMethod::kMinMax)
+                                       : NameOf(kCombineNames, CombineOf(options)),
+                             "it leaves nothing to tell the noise by, which a map is asked of");
+    }
+}
+
 /// Options that do nothing without another one.
 void CheckCompany(const Options& options)
 {
@@ -228,6 +239,22 @@ WeightMethod WeightOf(const Options& options)
     return options.weight.value_or(tellsQuality ? WeightMethod::kSnr : WeightMethod::kNone);
 }
 
+bool TellsNoise(const Options& options)
+{
+    const CombineBy by = CombineOf(options);
+    return options.method || (by != CombineBy::kMax && by != CombineBy::kMin &&
+                              AskedRejection(options.reject, by) != RejectMethod::kMinMax);
+}
+
+void WantAllMaps(Options& options)
+{
+    options.wantsCoverage = true;
+    options.wantsWeights = options.drizzle.has_value();
+    options.wantsNoise = TellsNoise(options);
+    options.wantsRejected = options.method ? *options.method != CombineMethod::kMedian
+                                           : AskedRejection(options.reject, CombineOf(options)) != RejectMethod::kNone;
+}
+
 CombineRule RuleOf(const Options& options, int lights)
 {
     return options.method ? CombineRule(*options.method) : MakeRule(options.reject, CombineOf(options), lights);
@@ -247,6 +274,7 @@ void CheckOptions(const Options& options)
     CheckDrizzle(options);
     CheckCompany(options);
     CheckRejection(options);
+    CheckNoise(options);
     if (!NamesFolder(options)) {
         CheckReference(options);
         CheckSets(options);

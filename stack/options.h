@@ -140,6 +140,8 @@ struct Options : CalibrationSet {
     bool cosmetic = false;      ///< pixels that are hot in the darks are mended
     bool wantsCoverage = false; ///< count how many lights have each pixel
     bool wantsRejected = false; ///< count how many of their values the clipping drops
+    bool wantsNoise = false;    ///< tell the noise of each pixel
+    bool wantsReport = false;   ///< find out what else a report shows: see `Registration`
     /// @}
     double pedestal = 0.0; ///< added to the lights before a dark is taken off [raw units, 0..1e9]
 };
@@ -167,6 +169,13 @@ CORVANE_VISIBLE CombineBy CombineOf(const Options& options);
 
 /// What lights count by.
 WeightMethod WeightOf(const Options& options);
+
+/// Whether the noise of each pixel can be told: not that of a largest or smallest value, nor when ends are dropped, which
+/// good values are, too.
+CORVANE_VISIBLE bool TellsNoise(const Options& options);
+
+/// Asks for all that can be known of each sample of such a stack.
+CORVANE_VISIBLE void WantAllMaps(Options& options);
 
 /// What becomes of the values of so many lights.
 CombineRule RuleOf(const Options& options, int lights);

@@ -1,6 +1,7 @@
 #include "stack/prepared_lights.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <map>
 #include <set>
@@ -8,12 +9,14 @@
 
 #include "corvane/core/error.h"
 #include "corvane/core/text.h"
+#include "io/metadata.h"
 #include "stack/calibrate/cosmetic.h"
 #include "stack/calibrate/masters.h"
 #include "stack/calibrate/raw_lights.h"
 #include "stack/combine/local_sky.h"
 #include "stack/register/align_shift.h"
 #include "stack/register/align_stars.h"
+#include "stars/robust.h"
 
 namespace corvane::stack {
 
@@ -86,6 +89,7 @@ void PreparedLights::MendHotPixels(const std::vector<Masters>& sets)
 void PreparedLights::Register()
 {
     seen_ = MeasureLights(options_, *frames_, RawLights(plan_.lights), result_.frames, run_);
+    TakeThumbnails();
     ApplyLimits(options_, result_.frames);
     result_.referenceLight = ReferenceIndex(options_);
     const bool isAlone = plan_.lights.Count() == 1 && options_.onto.empty();
@@ -97,6 +101,14 @@ void PreparedLights::Register()
     FollowTheirMotion();
     SetWeights();
     stopwatch_.End("align");
+}
+
+void PreparedLights::TakeThumbnails()
+{
+    result_.isBottomUp = io::IsBottomUp(plan_.lights.Info(0).header);
+    for (SeenLight& light : seen_) {
+        result_.thumbnails.push_back(std::move(light.thumbnail));
+    }
 }
 
 void PreparedLights::AlignByTheirStars()
@@ -141,14 +153,36 @@ std::vector<Normalisation> PreparedLights::NormalisationsOf(std::size_t light) c
     return normalisations;
 }
 
+/// The noise of a plane of a light that was measured, once it is brought to the brightness of the reference.
+double PreparedLights::NoiseOf(std::size_t light, std::size_t plane) const
+{
+    const std::vector<Normalisation> normalisations = NormalisationsOf(light);
+    return seen_[light].levels[plane].noise * (normalisations.empty() ? 1.0 : normalisations[plane].factor);
+}
+
+std::optional<Depth> PreparedLights::DepthOf(const CStlImage& stack) const
+{
+    const CombineBy by = CombineOf(options_);
+    const bool isOfKind = options_.method || by == CombineBy::kMean || by == CombineBy::kMedian;
+    if (!options_.wantsReport || !isOfKind || options_.drizzle) {
+        return std::nullopt;
+    }
+    const int plane = stars::StarPlane(stack);
+    std::vector<double> noises;
+    double worth = 0.0;
+    for (const int light : UsedFrames(result_.frames)) {
+        noises.push_back(NoiseOf(static_cast<std::size_t>(light), static_cast<std::size_t>(plane)));
+        worth += 1.0 / (noises.back() * noises.back());
+    }
+    return Depth{stars::MeasureLevel(noises).median, 1.0 / std::sqrt(worth), MeasureFrame(stack, plane).noise};
+}
+
 void PreparedLights::SetWeights()
 {
     std::vector<FrameQuality> qualities;
     for (std::size_t i = 0; i < result_.frames.size(); ++i) {
         const FrameReport& report = result_.frames[i];
-        const std::vector<Normalisation> normalisations = NormalisationsOf(i);
-        const double factor = normalisations.empty() ? 1.0 : normalisations.front().factor;
-        const double noise = seen_.empty() || seen_[i].levels.empty() ? 0.0 : seen_[i].levels.front().noise * factor;
+        const double noise = seen_.empty() || seen_[i].levels.empty() ? 0.0 : NoiseOf(i, 0);
         const double stars = options_.align == AlignMethod::kStars ? report.matched : report.stars;
         qualities.push_back(report.used ? FrameQuality{noise, report.fwhm, stars} : FrameQuality{});
     }

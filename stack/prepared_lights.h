@@ -28,6 +28,9 @@ public:
     /// How each of the lights that are used is combined, after `Register`: on the stars, or on what the options follow.
     std::vector<Placement> Placements(bool followsMotion) const;
 
+    /// How deep the finished stack of these lights is; unset where that was not asked for, or the stack is of another kind.
+    std::optional<Depth> DepthOf(const CStlImage& stack) const;
+
     const Plan& GetPlan() const { return plan_; }
     LightFrames& Frames() { return *frames_; }
 
@@ -38,7 +41,9 @@ private:
     std::vector<Normalisation> NormalisationsOf(std::size_t light) const;
     Mapping MappingOf(std::size_t light, bool followsMotion) const;
     void AddFields(Placement& placement, const Mapping& reference) const;
+    double NoiseOf(std::size_t light, std::size_t plane) const;
     void SetWeights();
+    void TakeThumbnails();
     void AlignByTheirStars();
     void FollowTheirMotion();
 

@@ -11,6 +11,7 @@
 #include "stack/canvas.h"
 #include "stack/combine/combine.h"
 #include "stack/combine/drizzle.h"
+#include "stack/combine/rejection_tally.h"
 #include "stack/describe.h"
 #include "stack/prepared_lights.h"
 #include "stack/registered.h"
@@ -164,6 +165,17 @@ CombinePlan PlanOf(const Options& options, const PreparedLights& lights, bool fo
             .memory = plan.lights.BandMemory()};
 }
 
+void TakeRejected(const RejectionTally& tally, const CombinePlan& combining, Registration& result)
+{
+    const std::vector<RejectedValues>& rejected = tally.OfFrames();
+    for (std::size_t i = 0; i < rejected.size(); ++i) {
+        result.frames[static_cast<std::size_t>(combining.frames[i].frame)].rejected = rejected[i];
+    }
+    if (!rejected.empty()) {
+        result.rejectedPlaces = tally.Picture();
+    }
+}
+
 void Combine(const Options& options, PreparedLights& lights, const CombinePlan& combining, Result& result,
              const Run& run)
 {
@@ -177,6 +189,9 @@ void Combine(const Options& options, PreparedLights& lights, const CombinePlan& 
     };
     result.coverage = make(options.wantsCoverage, grid);
     result.weights = make(options.wantsWeights, grid);
+    result.noise = make(options.wantsNoise, grid);
+    RejectionTally tally(combining);
+    RejectionTally* const wantedTally = options.wantsReport ? &tally : nullptr;
     CStlImage low(make(options.wantsRejected, combining.grid));
     CStlImage high(make(options.wantsRejected, combining.grid));
     const auto wanted = [](CStlImage& counts) { return counts.GetPlanes() > 0 ? &counts : nullptr; };
@@ -186,17 +201,24 @@ void Combine(const Options& options, PreparedLights& lights, const CombinePlan& 
     }
     if (options.drizzle) {
         DrizzleFrames({combining, grid, options.drop, options.dropShape, plan.patterns}, watched,
-                      {result.image, wanted(result.weights), wanted(result.coverage), wanted(low), wanted(high)}, run,
-                      "Dropping lights...");
+                      {result.image, wanted(result.weights), wanted(result.coverage), wanted(low), wanted(high),
+                       wanted(result.noise), wantedTally},
+                      run, "Dropping lights...");
     } else {
-        CombineFrames(combining, watched, {result.image, 0, wanted(result.coverage), wanted(low), wanted(high)}, run,
-                      "Combining lights...");
+        CombineFrames(
+            combining, watched,
+            {result.image, 0, wanted(result.coverage), wanted(low), wanted(high), wanted(result.noise), wantedTally},
+            run, "Combining lights...");
     }
     result.image.UnlockAll();
+    if (options.wantsReport) {
+        TakeRejected(tally, combining, result);
+    }
     LeaveOutEmpty(watched, options.coverage, result.frames);
     if (options.wantsRejected) {
         result.rejected = JoinRejected(low, high);
     }
+    result.depth = lights.DepthOf(result.image);
 }
 
 /// Stacks the stars that the stack does not follow, of the same lights.

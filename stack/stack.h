@@ -23,6 +23,13 @@ struct Lap {
     double seconds = 0.0;
 };
 
+/// How much noise the sky has, of the plane in which stars are looked for, by `MeasureFrame`.
+struct Depth {
+    double light = 0.0; ///< median of the lights that are used, brought to the brightness of the reference [raw units]
+    double ideal = 0.0; ///< of their best mean: 1 / sqrt(sum of 1 / noise^2), or light / sqrt(n) for n that are alike
+    double stack = 0.0; ///< measured
+};
+
 /// What is known of the lights of a job.
 struct Registration {
     std::vector<FrameReport> frames;     ///< one for each light, in their order
@@ -30,6 +37,13 @@ struct Registration {
     std::optional<PixelPlace> reference; ///< centre of the patch that was found in the others; unset without one
     std::vector<std::string> notes;      ///< all that the run was told, one sentence each
     std::vector<Lap> laps;
+    /// @name What a report shows besides, when it was asked for
+    /// @{
+    std::vector<CStlImage> thumbnails; ///< of each light: a plane, made small; empty images of those that were not read
+    bool isBottomUp = false;           ///< the first row of all images belongs at the bottom
+    CStlImage rejectedPlaces;   ///< values dropped, by place on the grid, made small; empty: nothing was rejected
+    std::optional<Depth> depth; ///< of means and medians, except by drizzle, whose pixels are others
+    /// @}
 };
 
 /// A finished stack.
@@ -42,11 +56,12 @@ struct Result : Registration {
     CStlImage stars;
     io::Header starsHeader;
     /// @}
-    /// @name Counts for each sample of the stack, when they were asked for; empty images otherwise
+    /// @name What is known of each sample of the stack, when it was asked for; empty images otherwise
     /// @{
     CStlImage coverage; ///< lights that have it
     CStlImage weights;  ///< by drizzle: weights times parts of drops
     CStlImage rejected; ///< values that the clipping dropped, of all planes: below, above, and both in three planes
+    CStlImage noise; ///< standard deviation as `CombinedRow` and, by drizzle, `DrizzleFrames` tell it; NaN: not known
     /// @}
 };
 

@@ -8,6 +8,7 @@
 
 #include "corvane/core/text.h"
 #include "corvane/platform/workers.h"
+#include "stack/register/thumbnail.h"
 #include "stars/full_well.h"
 #include "stars/robust.h"
 #include "stars/sky_blocks.h"
@@ -18,12 +19,15 @@ namespace {
 
 constexpr std::size_t kStarsKept = 400; // of each light: more do not make a match more exact, and lights are many
 constexpr double kLeastSpread = 0.01;   // of the median
+constexpr std::size_t kManyLights = 200;
+constexpr int kThumbnailSize = 96; // longer side [pixels]; half of it of many lights, so that a page loads at once
 
 /// What the options need to know of lights.
 struct Wanted {
     bool stars;
     bool levels;
     bool sky;
+    int thumbnailSize; ///< 0: none
 
     explicit Wanted(const Options& options)
     {
@@ -32,8 +36,11 @@ struct Wanted {
         const bool weighsNoise = weight == WeightMethod::kNoise || weight == WeightMethod::kSnr;
         stars = options.align == AlignMethod::kStars || weighsSharpness || weight == WeightMethod::kStars ||
                 options.rejectFwhm || options.rejectStars || options.rejectBackground;
-        levels = NormaliseOf(options) != NormaliseMethod::kNone || weighsNoise;
+        levels = NormaliseOf(options) != NormaliseMethod::kNone || weighsNoise || options.wantsReport;
         sky = NormaliseOf(options) == NormaliseMethod::kLocal;
+        thumbnailSize = !options.wantsReport                  ? 0
+                        : options.lights.size() > kManyLights ? kThumbnailSize / 2
+                                                              : kThumbnailSize;
     }
 
     bool Anything() const { return stars || levels; }
@@ -57,6 +64,9 @@ SeenLight Measure(LightFrames& frames, RawLights& raw, int light, const Wanted& 
 {
     CStlImage image(frames.ReadImage(light, run));
     SeenLight seen;
+    if (wanted.thumbnailSize > 0) {
+        seen.thumbnail = Thumbnail(image, stars::StarPlane(image), wanted.thumbnailSize);
+    }
     for (int plane = 0; plane < image.GetPlanes() && wanted.levels; ++plane) {
         seen.levels.push_back(MeasureFrame(image, plane));
     }

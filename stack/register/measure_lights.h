@@ -18,6 +18,7 @@ struct SeenLight {
     std::vector<stars::FieldStar> stars; ///< the brightest of those that can be used, then of the others
     std::vector<FrameLevel> levels;      ///< of each plane
     std::vector<stars::CellGrid> sky;    ///< of each plane, to normalise locally: a number for 256 samples
+    CStlImage thumbnail;                 ///< for a report
 };
 
 /// Measures of every light what the options ask for, and enters it in the reports. Of a light without a defined sample

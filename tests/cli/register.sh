@@ -26,6 +26,13 @@ check 0 '5 used, 1 rejected.*night/light_002.fits .*\(reference\)' \
 for tag in html head body svg g title text table tr td th; do
     [[ $(grep -oE "<${tag}[ >]" r.html | wc -l) -eq $(grep -o "</$tag>" r.html | wc -l) ]] || fail "r.html: <$tag> stays open"
 done
+check 0 'rejected: .*noise of the sky: .* in the stack' stack "${lights[@]}" "$other" -o s.fits --with-maps --report s.html
+[[ $(grep -c '<img title="night/light_00' s.html) -eq 5 && $(grep -c 'class="out" title="other' s.html) -eq 1 &&
+    $(grep -c 'src="data:image/png;base64,iVBORw0KGgo' s.html) -eq 7 && $(grep -o '<img ' s.html | wc -l) -eq 7 ]] ||
+    fail 's.html shows other lights, or not where values were rejected'
+check 0 'HDU +3 REJECTED: 400 x 300 x 3' info 's.fits[NOISE]'
+said=$("$CORVANE" stack "${lights[@]}" "$other" -o s.fits)
+[[ $(grep -c 'rejected: ' <<<"$said") -eq 1 ]] || fail "a light that was left out is named other than once: $said"
 check 0 '^$' register -q "${lights[@]}" --report r.json
 [[ $(grep -c '"file": "night/light_00[1-5].fits"' r.json) -eq 5 ]] || fail 'r.json'
 check 1 'rejected: ' register "$other" "${lights[1]}" --report r.csv

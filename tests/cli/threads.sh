@@ -10,7 +10,7 @@ night() {
     shift 2
     for run in $runs; do
         check 0 '4 lights, [2-4] used.*stack: ' stack night/light* -o "$run.fits" --bias night/bias* \
-            --dark night/dark* --flat night/flat* --cosmetic --coverage-map "$run.map.fits" --report "$run.csv" \
+            --dark night/dark* --flat night/flat* --cosmetic --with-maps --coverage-map "$run.map.fits" --report "$run.csv" \
             --threads "${run%:*}" --memory "${run#*:}" "$@"
         for made in fits map.fits csv; do
             cmp "1:1G.$made" "$run.$made" || fail "$run: another $made than with one thread"

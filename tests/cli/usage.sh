@@ -46,11 +46,11 @@ apply a.fits invert -o|out;out.jpg;out.png,,--bits,,32
 render a.fits -o|out.jpg;out.fits;out.png,,--levels,,5,x
 split a.fits -o out.fits --component|q
 split a.fits --component r -o|out.jpg
-stack a.fits -o|out.jpg;a.fits;./a.fits;out.fits,,--preview,,out.jpg;out.png,,--preview,,./out.png
+stack a.fits -o|out.tif,,--with-maps;out.jpg;a.fits;./a.fits;out.fits,,--preview,,out.jpg;out.png,,--preview,,./out.png
 stack a.fits b.fits -o out.fits|a.fits;--size,,4;--search,,-1;--pedestal,,nan;--star,,5;--star,,5,6;--combine,,median,--weight,,fwhm
 stack a.fits b.fits -o out.fits|--reject,,esd,,--low,,2;--drizzle,,2,,--combine,,max;--reject,,minmax,,--high,,1.5;--reject,,minmax,,--iterations,,3;--method,,median,,--combine,,sum
 stack a.fits b.fits -o out.fits|--scale,,--align,,none;--cosmetic;--flat-dark,,f;--reference,,c;--bayer,,X;--memory,,1x
-stack a.fits b.fits -o out.fits|--coverage-map,,m.jpg;--reject-map,,out.fits;--report,,r.txt;--reject-fwhm,,-1
+stack a.fits b.fits -o out.fits|--coverage-map,,m.jpg;--noise-map,,n.fits,,--combine,,max;--reject-map,,out.fits;--report,,r.txt;--reject-fwhm,,-1
 register a.fits b.fits|--report,,r.txt;--report,,a.fits;--search,,9999;--align,,up
 composite a b -o out.fits|--mode,,no;--mode,,sum,,--ratio,,7;--mode,,sum,,--rect,,1:2:3;--mode,,sum,,--points,,1,2
 composite a b -o out.fits --mode desaturate|--ratio,,2,,--angle,,91

@@ -1,3 +1,5 @@
+#include <numeric>
+
 #include "corvane/colour/demosaic.h"
 #include "tests/stack/test_night.h"
 #include "tests/support/plain.h"
@@ -25,11 +27,38 @@ TEST_F(PreparedLightsTest, WeightsByNoiseAndCountsWhatIsClipped)
     options.method = CombineMethod::kClippedMean;
     options.weight = WeightMethod::kNoise;
     options.wantsRejected = true;
+    options.wantsNoise = true;
+    options.wantsReport = true;
     const Result result = stack::Stack(options);
     EXPECT_NEAR(MeasureFrame(result.image, 0).noise * std::sqrt(precision), 1.0, 0.1); // 1.6 without weights
     EXPECT_NEAR(result.frames[4].weight, 1.0 / 16.0, 0.005);
     EXPECT_EQ(result.rejected.GetPixelGrayRaw(70, 9, 1), 1.0);
     EXPECT_EQ(result.rejected.GetPixelGrayRaw(30, 40, 0), 1.0);
+    const auto sumOf = [](const CStlImage& image, int plane) {
+        const std::vector<float> samples = test::Samples(image);
+        const auto begin = samples.begin() + plane * image.GetWidth() * image.GetHeight();
+        return std::accumulate(begin, begin + image.GetWidth() * image.GetHeight(), 0.0);
+    };
+    RejectedValues all;
+    for (const FrameReport& frame : result.frames) {
+        all.low += frame.rejected->low;
+        all.high += frame.rejected->high;
+        EXPECT_EQ(frame.rejected->values, 300 * 300);
+    }
+    EXPECT_EQ(all.low, sumOf(result.rejected, 0));
+    EXPECT_EQ(all.high, sumOf(result.rejected, 1));
+    EXPECT_EQ(all.low + all.high, sumOf(result.rejectedPlaces, 0));
+    EXPECT_GE(result.rejectedPlaces.GetPixelGrayRaw(70 / 2, 9 / 2, 0), 1.0); // a pixel for 2 x 2
+    double variance = 0.0;
+    for (const float noise : test::Samples(result.noise)) {
+        variance += noise * noise / (300.0 * 300.0);
+    }
+    EXPECT_NEAR(variance * precision, 1.0, 0.05); // 1.6 if lights were alike in noise
+    EXPECT_NEAR(result.depth->ideal * std::sqrt(precision), 1.0, 0.03);
+    EXPECT_EQ(result.depth->stack, MeasureFrame(result.image, 0).noise);
+    const CStlImage& small = result.thumbnails[6];
+    EXPECT_EQ(std::pair(small.GetWidth(), small.GetHeight()), std::pair(75, 75));
+    EXPECT_GT(small.GetPixelGrayRaw(70 / 4, 9 / 4, 0), 250.0); // 5000 among 16 pixels
 }
 
 TEST_F(PreparedLightsTest, MendsHotPixelsAmongThoseOfTheirFilter)

@@ -54,6 +54,10 @@ TEST_F(WholeStackTest, HeaderTellsWhatTheStackIsMadeOf)
         told += header.Text(keyword).value_or("none") + ' ';
     }
     EXPECT_EQ(told, "M 31 3 3 60.0 181.0 BDFX -120.0 none none none 2024-07-30T22:40:00.000 2024-07-30T22:44:30.333 ");
+    options.weight = WeightMethod::kNoise; // next to none for the last
+    options.lights[2] =
+        Save("noisy.fits", Sky(20, 16, 1, {}), 61.0, [&](io::Header& last) { last.Set("DATE-OBS", starts[2]); });
+    EXPECT_EQ(stack::Stack(options).header.Text("DATE-AVG"), "2024-07-30T22:42:30.000");
     EXPECT_EQ(header.History().at(0),
               "stack --method clipped-mean --align none --normalise none --weight none --coverage any "
               "--interpolate lanczos3 --pedestal 20");
@@ -163,6 +167,8 @@ TEST_F(WholeStackTest, WrongInputIsAnErrorThatNamesIt)
          "light.fits: star = 20,3: must lie within the lights, 0,0 to 19,15"},
         {[](Options& o) { o.referenceFile = "other.fits"; }, "reference = other.fits: it takes one"},
         {[](Options& o) { o.cosmetic = true; }, "cosmetic = alone: it takes darks"},
+        {[](Options& o) { o.wantsNoise = true, o.combine = CombineBy::kMax; }, "combine = max: it leaves nothing to"},
+        {[](Options& o) { o.wantsNoise = true, o.reject.method = RejectMethod::kMinMax; }, "reject = minmax: it le"},
         {[&](Options& o) { o.lights = {mosaic}, o.mosaic = MosaicUse::kKeep; },
          "mosaic.fits: is a mosaic, which bayer = none keeps"},
         {[&](Options& o) { o.lights = {xtrans}; }, "xtrans.fits: its mosaic XTRANS is no Bayer pattern"},

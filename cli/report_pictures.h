@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+#include "stack/stack.h"
+
+namespace corvane::cli {
+
+/// Small pictures of the lights, each through levels of its own, for a page; empty when there are none. Those that are
+/// left out are marked, and each tells its light under the mouse.
+std::string LightPictures(const stack::Registration& lights);
+
+/// Where on the stack values were dropped, as a picture for a page; empty when that was not counted.
+std::string RejectedPicture(const stack::Registration& lights);
+
+} // namespace corvane::cli
