@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string>
 
+#include "catalogue/cosmic_rays.h"
 #include "catalogue/display_levels.h"
 #include "catalogue/fill.h"
 #include "catalogue/made.h"
@@ -212,7 +213,7 @@ Operation Contour()
 
 std::vector<Operation> DevelopOperations()
 {
-    return {Development(), SmoothBackground(), Posterize(), HotPixels(), Fill(), Contour()};
+    return {Development(), SmoothBackground(), Posterize(), HotPixels(), CosmicRays(), Fill(), Contour()};
 }
 
 } // namespace corvane::catalogue

@@ -241,6 +241,7 @@ Value ParseValue(const Parameter& parameter, std::string_view text)
         return ParseRectangle(parameter, text);
     case Kind::Image:
     case Kind::CurveFile:
+    case Kind::Output:
         break;
     }
     return std::string(text);
@@ -313,6 +314,7 @@ std::string AllowedText(const Parameter& parameter)
         return kRectangleForm;
     case Kind::Image:
     case Kind::CurveFile:
+    case Kind::Output:
         break;
     }
     return "the name of a file";

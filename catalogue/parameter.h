@@ -30,6 +30,7 @@ enum class Kind {
     Numbers,
     Image,     ///< an image: the name of its file, held as text; or one in memory
     CurveFile, ///< the name of a text file with a curve, held as text; see `ReadPoints`
+    Output,    ///< an image that is written besides: the name of its file, held as text
     Curve,     ///< x:y/x:y/... with at least two points within 0 and 1, x rising
     Rectangle, ///< left:top:right:bottom in pixels, right and bottom exclusive, never empty
 };

@@ -1,5 +1,7 @@
 #include "catalogue/step.h"
 
+#include <algorithm>
+#include <initializer_list>
 #include <map>
 #include <optional>
 #include <utility>
@@ -200,6 +202,18 @@ std::string CommandText(const Operation& operation, const Inputs& inputs, const 
     return text;
 }
 
+std::vector<std::string> FilesOfKinds(std::initializer_list<Kind> kinds, const Arguments& arguments)
+{
+    std::vector<std::string> files;
+    for (const Argument& argument : arguments.List()) {
+        const auto* file = std::get_if<std::string>(&argument.value);
+        if (file != nullptr && std::find(kinds.begin(), kinds.end(), argument.parameter->kind) != kinds.end()) {
+            files.push_back(*file);
+        }
+    }
+    return files;
+}
+
 } // namespace
 
 Arguments MakeArguments(const Operation& operation, const Settings& settings)
@@ -237,15 +251,12 @@ std::string ToText(const Step& step)
 
 std::vector<std::string> FilesOf(const Arguments& arguments)
 {
-    std::vector<std::string> files;
-    for (const Argument& argument : arguments.List()) {
-        const Kind kind = argument.parameter->kind;
-        const auto* file = std::get_if<std::string>(&argument.value);
-        if (file != nullptr && (kind == Kind::Image || kind == Kind::CurveFile)) {
-            files.push_back(*file);
-        }
-    }
-    return files;
+    return FilesOfKinds({Kind::Image, Kind::CurveFile}, arguments);
+}
+
+std::vector<std::string> WrittenFilesOf(const Arguments& arguments)
+{
+    return FilesOfKinds({Kind::Output}, arguments);
 }
 
 void CheckFiles(const Arguments& arguments)
@@ -256,6 +267,9 @@ void CheckFiles(const Arguments& arguments)
         } else if (argument.parameter->kind == Kind::Image && std::holds_alternative<std::string>(argument.value)) {
             io::OpenFrame(std::get<std::string>(argument.value));
         }
+    }
+    for (const std::string& file : WrittenFilesOf(arguments)) {
+        io::CheckSave(file);
     }
 }
 

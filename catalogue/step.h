@@ -43,7 +43,11 @@ CORVANE_VISIBLE std::string ToText(const Step& step);
 /// The files that an operation will read besides its inputs.
 CORVANE_VISIBLE std::vector<std::string> FilesOf(const Arguments& arguments);
 
-/// Opens these files, so that one that is missing or none of its kind is told before any work. Throws Error.
+/// The files that it will write besides its outputs.
+CORVANE_VISIBLE std::vector<std::string> WrittenFilesOf(const Arguments& arguments);
+
+/// Opens the files that are read, so that one that is missing or none of its kind is told before any work, and judges
+/// the names of those that are written. Throws Error.
 CORVANE_VISIBLE void CheckFiles(const Arguments& arguments);
 
 /// Runs the step on the frame and adds one HISTORY line, `corvane apply STEP`. Throws Error, before any work, when the

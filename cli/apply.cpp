@@ -37,14 +37,16 @@ void RunStep(const catalogue::Step& step, io::Frame& frame, const std::string& i
     ThrowIfCancelled();
 }
 
-std::vector<std::string> InputsOf(const ApplyOptions& options, const std::vector<catalogue::Step>& steps)
+/// The files that steps read, or those that they write.
+std::vector<std::string> FilesOf(const std::vector<catalogue::Step>& steps,
+                                 std::vector<std::string> (*filesOf)(const catalogue::Arguments&))
 {
-    std::vector<std::string> inputs{options.input};
+    std::vector<std::string> all;
     for (const catalogue::Step& step : steps) {
-        const std::vector<std::string> files = catalogue::FilesOf(step.arguments);
-        inputs.insert(inputs.end(), files.begin(), files.end());
+        const std::vector<std::string> files = filesOf(step.arguments);
+        all.insert(all.end(), files.begin(), files.end());
     }
-    return inputs;
+    return all;
 }
 
 int Apply(const ApplyOptions& options, const Run& run)
@@ -54,16 +56,23 @@ int Apply(const ApplyOptions& options, const Run& run)
     }
     const std::vector<catalogue::Step> steps = ParseSteps(options.steps);
     io::CheckSave(options.output.path, options.output.save);
-    CheckOutputs(options.output, InputsOf(options, steps));
+    std::vector<std::string> inputs = FilesOf(steps, catalogue::FilesOf);
+    inputs.push_back(options.input);
+    CheckOutputs(options.output, inputs, FilesOf(steps, catalogue::WrittenFilesOf));
     for (const catalogue::Step& step : steps) {
         catalogue::CheckFiles(step.arguments);
     }
     io::Frame frame = io::Load(options.input);
     ThrowIfCancelled();
+    Provisional others;
     for (const catalogue::Step& step : steps) {
         RunStep(step, frame, options.input, run);
+        for (const std::string& file : catalogue::WrittenFilesOf(step.arguments)) {
+            others.Add(file);
+        }
     }
     io::Save(options.output.path, frame.image, frame.header, options.output.save);
+    others.Keep();
     return kDone;
 }
 

@@ -51,6 +51,7 @@ std::string TypeName(const Parameter& parameter)
     }
     case Kind::Image:
     case Kind::CurveFile:
+    case Kind::Output:
         return "FILE";
     case Kind::Flag:
     case Kind::Text:

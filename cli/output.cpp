@@ -96,4 +96,12 @@ void CheckOutputs(const Output& image, const std::vector<std::string>& inputs, c
     }
 }
 
+Provisional::~Provisional()
+{
+    for (const std::string& file : files_) {
+        std::error_code ignored;
+        fs::remove(file, ignored);
+    }
+}
+
 } // namespace corvane::cli

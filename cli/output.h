@@ -33,4 +33,19 @@ void AddTableFlags(CLI::App& command, bool& json, bool& csv);
 void CheckOutputs(const Output& image, const std::vector<std::string>& inputs,
                   const std::vector<std::string>& others = {});
 
+/// Takes files away again unless they are kept.
+class Provisional {
+public:
+    Provisional() = default;
+    ~Provisional();
+    Provisional(const Provisional&) = delete;
+    Provisional& operator=(const Provisional&) = delete;
+
+    void Add(const std::string& file) { files_.push_back(file); }
+    void Keep() { files_.clear(); }
+
+private:
+    std::vector<std::string> files_;
+};
+
 } // namespace corvane::cli

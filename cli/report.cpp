@@ -48,7 +48,8 @@ Table TableOf(const stack::Registration& lights)
                      {"transform", kWords},
                      {"values", 0},
                      {"rejected_low", 0},
-                     {"rejected_high", 0}};
+                     {"rejected_high", 0},
+                     {"cosmic_hits", 0}};
     for (std::size_t i = 0; i < lights.frames.size(); ++i) {
         const stack::FrameReport& light = lights.frames[i];
         const auto count = [&](long long stack::RejectedValues::*which) {
@@ -73,7 +74,8 @@ Table TableOf(const stack::Registration& lights)
                               TransformOf(light),
                               count(&stack::RejectedValues::values),
                               count(&stack::RejectedValues::low),
-                              count(&stack::RejectedValues::high)});
+                              count(&stack::RejectedValues::high),
+                              light.cosmicHits ? Cell(1.0 * *light.cosmicHits) : Cell()});
     }
     return table;
 }

@@ -136,27 +136,6 @@ void SavePreview(const std::string& path, io::Frame& frame)
     frame.image.SetOwnLevel(ownLevel);
 }
 
-/// Takes files away again unless they are kept.
-class Provisional {
-public:
-    Provisional() = default;
-    ~Provisional()
-    {
-        for (const std::string& file : files_) {
-            std::error_code ignored;
-            std::filesystem::remove(file, ignored);
-        }
-    }
-    Provisional(const Provisional&) = delete;
-    Provisional& operator=(const Provisional&) = delete;
-
-    void Add(const std::string& file) { files_.push_back(file); }
-    void Keep() { files_.clear(); }
-
-private:
-    std::vector<std::string> files_;
-};
-
 // The rows of a map run as those of the stack.
 io::Header HeaderOf(const Map& map, const io::Header& stack)
 {

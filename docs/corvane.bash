@@ -25,7 +25,7 @@ _corvane_words() {
     'stack --coverage') echo 'any all' ;;
     'stack --interpolate') echo 'bilinear bicubic lanczos3 lanczos4' ;;
     'stack --drop-shape') echo 'square point' ;;
-    'register options') echo '--help --verbose --quiet --threads --bias --dark --flat --flat-dark --pedestal --cosmetic --bayer --filter --allow-mixed --debayer --align --reference --onto --scale --transform --star --size --search --reject-fwhm --reject-stars --reject-background --report --masters --memory' ;;
+    'register options') echo '--help --verbose --quiet --threads --bias --dark --flat --flat-dark --pedestal --cosmetic --cosmic --bayer --filter --allow-mixed --debayer --align --reference --onto --scale --transform --star --size --search --reject-fwhm --reject-stars --reject-background --report --masters --memory' ;;
     'register --bayer') echo 'RGGB GRBG GBRG BGGR none' ;;
     'register --debayer') echo 'edge-aware bilinear' ;;
     'register --align') echo 'stars shift none' ;;
@@ -134,6 +134,7 @@ _corvane_words() {
     'hot-pixels shape') echo 'cross square3 square5 0 1 2' ;;
     'hot-pixels hot') echo 'yes no' ;;
     'hot-pixels cool') echo 'yes no' ;;
+    'cosmic-rays:') echo 'sigma= fraction= limit= gain= read-noise= iterations= mask-file=' ;;
     'fill:') echo 'with= value=' ;;
     'fill with') echo 'neighbours sky value' ;;
     'contour:') echo 'levels= overlay= rect=' ;;
@@ -160,8 +161,8 @@ _corvane_words() {
     'expand:') echo 'x= y=' ;;
     'commands') echo 'info stats render apply stack register composite mosaic match rgb cmy lrgb split stars find-stars ops help' ;;
     'help help') echo 'info stats render apply stack register composite mosaic match rgb cmy lrgb split stars find-stars ops help' ;;
-    'steps') echo 'invert auto-levels levels clip brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp smooth-background posterize hot-pixels fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
-    'ops ops') echo 'invert auto-levels levels clip brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp smooth-background posterize hot-pixels fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
+    'steps') echo 'invert auto-levels levels clip brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp smooth-background posterize hot-pixels cosmic-rays fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
+    'ops ops') echo 'invert auto-levels levels clip brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp smooth-background posterize hot-pixels cosmic-rays fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
     esac
 }
 

@@ -249,8 +249,8 @@ std::string ParametersText(const Options& options, const Plan& plan, int used, c
            NameOf(kWeightNames, WeightOf(options)) + GridText(options) + " --coverage " +
            NameOf(kCoverageNames, options.coverage) + " --interpolate " +
            NameOf(kInterpolationNames, options.interpolation) + DrizzleText(options) +
-           (options.cosmetic ? " --cosmetic" : "") + (options.allowMixed ? " --allow-mixed" : "") + " --pedestal " +
-           NumberText(options.pedestal);
+           (options.cosmetic ? " --cosmetic" : "") + (options.cosmic ? " --cosmic" : "") +
+           (options.allowMixed ? " --allow-mixed" : "") + " --pedestal " + NumberText(options.pedestal);
 }
 
 void AddHistory(const Options& options, const Plan& plan, int used, const Registration& result, io::Header& header)

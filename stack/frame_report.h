@@ -40,6 +40,7 @@ struct FrameReport {
     double background = 0.0;           ///< level of the sky [raw units]
     double noise = 0.0;                ///< standard deviation of the sky [raw units]
     std::optional<double> fluxRatio{}; ///< light of the stars in common, over that in the reference
+    std::optional<int> cosmicHits{};   ///< samples that cosmic rays had hit and that were mended, when it was asked for
     /// @}
     double weight = 1.0;                      ///< in the clipped mean, the largest being 1; 0 when left out
     std::optional<RejectedValues> rejected{}; ///< unset when that was not counted

@@ -75,6 +75,7 @@ std::vector<Parameter> LightParameters()
     return {NumberParameter("pedestal", "added before a dark is taken off, so that noise below 0 is kept", "counts",
                             {0.0, kMaxPedestal}, usual.pedestal),
             FlagParameter("cosmetic", "replace the pixels that are hot in the darks", false),
+            FlagParameter("cosmic", "replace what cosmic rays have hit in single lights", false),
             {.name = "bayer",
              .kind = Kind::Choice,
              .summary = "filters of the first pixels, two rows of two; none keeps the filter mosaic",
@@ -261,6 +262,7 @@ Options OptionsOf(const Files& files, const Arguments& arguments)
     SetCombining(arguments, options);
     options.pedestal = arguments.Number("pedestal");
     options.cosmetic = arguments.Flag("cosmetic");
+    options.cosmic = arguments.Flag("cosmic");
     options.filter = arguments.InWords("filter");
     options.allowMixed = arguments.Flag("allow-mixed");
     options.rejectFwhm = NumberOf(arguments, "reject-fwhm");

@@ -138,6 +138,7 @@ struct Options : CalibrationSet {
     DropKernel dropShape = DropKernel::kSquare;
     bool wantsWeights = false;  ///< by drizzle: what has fallen into each pixel
     bool cosmetic = false;      ///< pixels that are hot in the darks are mended
+    bool cosmic = false;        ///< what cosmic rays have hit in a single light is mended
     bool wantsCoverage = false; ///< count how many lights have each pixel
     bool wantsRejected = false; ///< count how many of their values the clipping drops
     bool wantsNoise = false;    ///< tell the noise of each pixel

@@ -10,7 +10,9 @@
 #include "corvane/core/error.h"
 #include "corvane/core/text.h"
 #include "io/metadata.h"
+#include "corvane/platform/workers.h"
 #include "stack/calibrate/cosmetic.h"
+#include "stack/calibrate/cosmic_hits.h"
 #include "stack/calibrate/masters.h"
 #include "stack/calibrate/raw_lights.h"
 #include "stack/combine/local_sky.h"
@@ -47,8 +49,12 @@ PreparedLights::PreparedLights(const Options& options, Registration& result, Sto
     if (options_.cosmetic) {
         MendHotPixels(masters.sets);
     }
-    frames_.emplace(*calibrated_, plan_.patterns, options_.demosaic);
     stopwatch_.End("masters");
+    if (options_.cosmic) {
+        MendCosmicHits();
+        stopwatch_.End("cosmic rays");
+    }
+    frames_.emplace(*calibrated_, plan_.patterns, options_.demosaic);
 }
 
 void PreparedLights::AddNote(const std::string& text)
@@ -84,6 +90,40 @@ void PreparedLights::MendHotPixels(const std::vector<Masters>& sets)
         pixels.push_back(found[dark]);
     }
     calibrated_->MendHotPixels(std::move(pixels));
+}
+
+void PreparedLights::MendCosmicHits()
+{
+    constexpr int kLightsHeld = 5; // a light and, of its size, what finding takes
+    const int count = plan_.lights.Count();
+    std::vector<LightHits> hits(static_cast<std::size_t>(count));
+    const auto find = [&](int i) {
+        LightHits& found = hits[static_cast<std::size_t>(i)];
+        found = FindCosmicHits(*calibrated_, i, plan_.isMosaic, run_);
+        result_.frames[static_cast<std::size_t>(i)].cosmicHits = static_cast<int>(CountOf(found));
+        if (AreTooMany(found, calibrated_->Facts(i))) {
+            found.clear();
+        }
+    };
+    const int atOnce = LightFrames(*calibrated_, {}, options_.demosaic).AtOnce(run_, kLightsHeld);
+    Stage stage(run_, "Finding cosmic rays...", count);
+    platform::ForBlocks(count, atOnce, find, [&](int) { stage.Step(); });
+    NoteCosmicHits(hits);
+    calibrated_->MendCosmicHits(std::move(hits));
+}
+
+void PreparedLights::NoteCosmicHits(const std::vector<LightHits>& mended)
+{
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < mended.size(); ++i) {
+        FrameReport& report = result_.frames[i];
+        count += CountOf(mended[i]);
+        if (*report.cosmicHits > 0 && mended[i].empty()) {
+            AddNote(report.file + ": more than 1 % of its samples are as sharp as hits of cosmic rays; they stay");
+            report.cosmicHits = 0;
+        }
+    }
+    AddNote("samples that cosmic rays had hit, which were mended: " + std::to_string(count));
 }
 
 void PreparedLights::Register()

@@ -38,6 +38,8 @@ private:
     void AddNote(const std::string& text);
     void NoteFlatGaps(const std::vector<Masters>& sets);
     void MendHotPixels(const std::vector<Masters>& sets);
+    void MendCosmicHits();
+    void NoteCosmicHits(const std::vector<LightHits>& mended);
     std::vector<Normalisation> NormalisationsOf(std::size_t light) const;
     Mapping MappingOf(std::size_t light, bool followsMotion) const;
     void AddFields(Placement& placement, const Mapping& reference) const;

@@ -19,7 +19,7 @@ namespace corvane::stack {
 
 /// One part of the work and how long it took.
 struct Lap {
-    std::string name; ///< "check", "masters", "align", "combine"
+    std::string name; ///< "check", "masters", "cosmic rays", "align", "combine"
     double seconds = 0.0;
 };
 

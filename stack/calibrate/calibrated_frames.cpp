@@ -1,6 +1,7 @@
 #include "stack/calibrate/calibrated_frames.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace corvane::stack {
@@ -10,6 +11,12 @@ namespace {
 constexpr int kRowsAtOnce = 64; // stay in a near cache from reading to the last step
 
 } // namespace
+
+std::size_t CountOf(const LightHits& hits)
+{
+    return std::accumulate(hits.begin(), hits.end(), std::size_t{0},
+                           [](std::size_t sum, const auto& plane) { return sum + plane.size(); });
+}
 
 CalibratedFrames::CalibratedFrames(FrameSet& frames, MasterSets masters, double pedestal,
                                    const std::vector<double>& darkScales)
@@ -26,7 +33,8 @@ bool CalibratedFrames::AreRaw() const
 {
     const auto isEmpty = [](const Masters& masters) { return masters.IsEmpty(); };
     const auto hasNone = [](const HotPixels& pixels) { return pixels.Count() == 0; };
-    return pedestal_ == 0.0 && std::all_of(masters_.sets.begin(), masters_.sets.end(), isEmpty) &&
+    return pedestal_ == 0.0 && cosmicHits_.empty() &&
+           std::all_of(masters_.sets.begin(), masters_.sets.end(), isEmpty) &&
            std::all_of(hotPixels_.begin(), hotPixels_.end(), hasNone);
 }
 
@@ -47,6 +55,23 @@ void CalibratedFrames::ReadPart(int frame, int firstRow, int rowCount, float* sa
         } else {
             ReadMended(frame, firstRow + row, rows, part, planeStride, buffer);
         }
+    }
+    if (!cosmicHits_.empty()) {
+        MendHits(frame, firstRow, rowCount, samples, planeStride);
+    }
+}
+
+/// Mends the samples that cosmic rays have hit, in rows that are otherwise ready.
+void CalibratedFrames::MendHits(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) const
+{
+    const std::ptrdiff_t width = frames_.Info(frame).width;
+    for (const std::vector<CosmicHit>& hits : cosmicHits_[static_cast<std::size_t>(frame)]) {
+        const auto isAbove = [](const CosmicHit& hit, int row) { return hit.y < row; };
+        auto hit = std::lower_bound(hits.begin(), hits.end(), firstRow, isAbove);
+        for (; hit != hits.end() && hit->y < firstRow + rowCount; ++hit) {
+            samples[(hit->y - firstRow) * width + hit->x] = hit->mended;
+        }
+        samples += planeStride;
     }
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "corvane/filter/cosmic_rays.h"
 #include "stack/calibrate/calibrate.h"
 #include "stack/calibrate/cosmetic.h"
 #include "stack/calibrate/frame_set.h"
@@ -19,6 +20,12 @@ struct MasterSets {
     std::size_t IndexFor(int frame) const { return setOf.empty() ? 0 : setOf[static_cast<std::size_t>(frame)]; }
 };
 
+/// The samples of a light that cosmic rays have hit, and what they become: of each plane, row by row.
+using LightHits = std::vector<std::vector<CosmicHit>>;
+
+/// How many there are in all planes.
+std::size_t CountOf(const LightHits& hits);
+
 /// Frames on disk as they are after calibration.
 class CalibratedFrames : public FrameSource {
 public:
@@ -27,6 +34,9 @@ public:
 
     /// From now on rows are read with these pixels mended after calibration, which the darks of each set of masters told.
     void MendHotPixels(std::vector<HotPixels> pixels) { hotPixels_ = std::move(pixels); }
+
+    /// From now on these samples of each frame are read as mended, after hot pixels.
+    void MendCosmicHits(std::vector<LightHits> hits) { cosmicHits_ = std::move(hits); }
 
     /// True when frames are read as their files have them.
     bool AreRaw() const;
@@ -48,6 +58,7 @@ private:
     void ReadCalibrated(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);
     void ReadMended(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride,
                     std::vector<float>& buffer);
+    void MendHits(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) const;
 
     const HotPixels& HotPixelsOf(int frame) const { return hotPixels_[masters_.IndexFor(frame)]; }
 
@@ -55,7 +66,8 @@ private:
     MasterSets masters_;
     double pedestal_;
     std::vector<FrameCalibration> calibrations_;
-    std::vector<HotPixels> hotPixels_; ///< of each set of masters
+    std::vector<HotPixels> hotPixels_;  ///< of each set of masters
+    std::vector<LightHits> cosmicHits_; ///< of each frame; empty: they stay
 };
 
 } // namespace corvane::stack

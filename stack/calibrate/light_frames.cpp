@@ -125,7 +125,7 @@ CStlImage LightFrames::ReadImage(int frame, const Run& run)
     return image;
 }
 
-int LightFrames::AtOnce(const Run& run) const
+int LightFrames::AtOnce(const Run& run, int times) const
 {
     const FrameSet& lights = frames_.Stored();
     const std::uint64_t light = sizeof(float) * static_cast<std::uint64_t>(Width()) *
@@ -134,7 +134,8 @@ int LightFrames::AtOnce(const Run& run) const
     const std::uint64_t room =
         std::min({left, lights.BandMemory(), light * static_cast<std::uint64_t>(lights.Count())});
     const auto most = static_cast<std::uint64_t>(std::min(run.Threads(), lights.Count()));
-    const int atOnce = static_cast<int>(std::clamp<std::uint64_t>(room / (2 * light), 1, most));
+    const int atOnce =
+        static_cast<int>(std::clamp<std::uint64_t>(room / (static_cast<std::uint64_t>(times) * light), 1, most));
     return 2 * atOnce < run.Threads() ? 1 : atOnce;
 }
 

@@ -30,9 +30,9 @@ public:
     /// Reads all of a light into an image of its own, which declares the frame's blank. Of the run only its threads
     /// count.
     CStlImage ReadImage(int frame, const Run& run);
-    /// How many lights to hold side by side, twice each, where several threads work on them: no more than take what
-    /// combining them takes. 1 where the threads had better share in each.
-    int AtOnce(const Run& run) const;
+    /// How many lights to hold side by side, so many times each, where several threads work on them: no more than take
+    /// what combining them takes. 1 where the threads had better share in each.
+    int AtOnce(const Run& run, int times = 2) const;
 
 private:
     void ReadPart(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride);

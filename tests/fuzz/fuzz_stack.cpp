@@ -48,6 +48,7 @@ stack::Options Asked(unsigned char how)
     options.align = kAligns[how / 3 % 3];
     options.mosaic = how / 9 % 2 != 0 ? MosaicUse::kKeep : MosaicUse::kAuto;
     options.cosmetic = how / 18 % 2 != 0;
+    options.cosmic = how / 36 % 2 != 0;
     options.size = 16;
     options.search = 8;
     options.wantsCoverage = true;

@@ -31,7 +31,8 @@ TEST(StackOperation, AsksForWhatIsGivenAndForTheDefaultsOfOptions)
                                           {"reference", "b.fits"},
                                           {"normalise", "none"},
                                           {"reject-stars", 3},
-                                          {"cosmetic", true}});
+                                          {"cosmetic", true},
+                                          {"cosmic", true}});
     EXPECT_EQ(asked.mosaic, MosaicUse::kPattern);
     EXPECT_EQ(asked.pattern, BayerPattern::kGbrg);
     EXPECT_EQ(asked.reference->x, 246);
@@ -39,7 +40,7 @@ TEST(StackOperation, AsksForWhatIsGivenAndForTheDefaultsOfOptions)
     EXPECT_EQ(asked.referenceFile, "b.fits");
     EXPECT_EQ(asked.normalise, NormaliseMethod::kNone);
     EXPECT_EQ(asked.rejectStars, 3.0);
-    EXPECT_TRUE(asked.cosmetic);
+    EXPECT_TRUE(asked.cosmetic && asked.cosmic);
     EXPECT_EQ(Asked("stack", {{"bayer", "none"}, {"align", "none"}}).mosaic, MosaicUse::kKeep);
     EXPECT_EQ(test::ErrorOf([] {
                   Asked("register", {{"method", "median"}});

@@ -15,7 +15,8 @@ using Texts = std::vector<std::string>;
 const std::map<Kind, Texts> kValues{{Kind::Flag, {"yes", "no"}},
                                     {Kind::Text, {"Vega,, 8.3", "{g@&S}"}},
                                     {Kind::Curve, {"0:0.1/0.3:0.6/1:0.9", "0:1/0.7:0.2/1:0"}},
-                                    {Kind::Rectangle, {"9:11:74:60", "70:3:131:96"}}};
+                                    {Kind::Rectangle, {"9:11:74:60", "70:3:131:96"}},
+                                    {Kind::Output, {}}};
 
 // The largest values that are worth their memory or their time.
 const std::map<std::string, double> kMost{{"width", 200.0}, {"height", 150.0}, {"factor", 1.7},
@@ -29,6 +30,7 @@ const std::set<std::string> kCombinations{"resize:width=57,height=140,method=cub
                                           "draw-text:text=Vega 8.3,x=50,y=40,height=13.5,angle=33.3,align=centre",
                                           "false-color:low=3000.5,high=900,cycles=3",
                                           "fill:with=value,value=7.5",
+                                          "cosmic-rays:sigma=1,limit=0.1,gain=0.05,read-noise=3,iterations=2",
                                           "lucy:sigma=1.3,rect=9:11:74:60",
                                           "maxent:sigma=1.3,noise=70,rect=9:11:74:60"};
 
