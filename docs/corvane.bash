@@ -9,7 +9,7 @@ _corvane_words() {
     'apply --bits') echo '-64 -32 8 16 32' ;;
     'apply --scale') echo 'levels minmax none unit' ;;
     'apply --bits-scale') echo 'levels minmax none unit' ;;
-    'stack options') echo '--help --verbose --quiet --threads --output --overwrite --preview --coverage-map --noise-map --with-maps --reject-map --weight-map --registered --follow --both --plan --json --bits --bits-scale --bias --dark --flat --flat-dark --pedestal --cosmetic --bayer --filter --allow-mixed --debayer --align --reference --onto --scale --transform --star --size --search --reject-fwhm --reject-stars --reject-background --combine --reject --low --high --iterations --method --normalise --weight --canvas --coverage --interpolate --drizzle --drop --drop-shape --report --masters --memory' ;;
+    'stack options') echo '--help --verbose --quiet --threads --output --overwrite --preview --coverage-map --noise-map --with-maps --reject-map --weight-map --registered --follow --both --plan --json --bits --bits-scale --bias --dark --flat --flat-dark --pedestal --cosmetic --cosmic --bayer --filter --allow-mixed --debayer --align --reference --onto --scale --transform --star --size --search --reject-fwhm --reject-stars --reject-background --combine --reject --low --high --iterations --method --normalise --weight --canvas --coverage --interpolate --drizzle --drop --drop-shape --report --masters --memory' ;;
     'stack --bits') echo '-64 -32 8 16 32' ;;
     'stack --bits-scale') echo 'levels minmax none unit' ;;
     'stack --bayer') echo 'RGGB GRBG GBRG BGGR none' ;;

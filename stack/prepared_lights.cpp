@@ -9,8 +9,8 @@
 
 #include "corvane/core/error.h"
 #include "corvane/core/text.h"
-#include "io/metadata.h"
 #include "corvane/platform/workers.h"
+#include "io/metadata.h"
 #include "stack/calibrate/cosmetic.h"
 #include "stack/calibrate/cosmic_hits.h"
 #include "stack/calibrate/masters.h"
