@@ -38,8 +38,8 @@ void RunStep(const catalogue::Step& step, io::Frame& frame, const std::string& i
 }
 
 /// The files that steps read, or those that they write.
-std::vector<std::string> FilesOf(const std::vector<catalogue::Step>& steps,
-                                 std::vector<std::string> (*filesOf)(const catalogue::Arguments&))
+std::vector<std::string> FilesOfSteps(const std::vector<catalogue::Step>& steps,
+                                      std::vector<std::string> (*filesOf)(const catalogue::Arguments&))
 {
     std::vector<std::string> all;
     for (const catalogue::Step& step : steps) {
@@ -56,9 +56,9 @@ int Apply(const ApplyOptions& options, const Run& run)
     }
     const std::vector<catalogue::Step> steps = ParseSteps(options.steps);
     io::CheckSave(options.output.path, options.output.save);
-    std::vector<std::string> inputs = FilesOf(steps, catalogue::FilesOf);
+    std::vector<std::string> inputs = FilesOfSteps(steps, catalogue::FilesOf);
     inputs.push_back(options.input);
-    CheckOutputs(options.output, inputs, FilesOf(steps, catalogue::WrittenFilesOf));
+    CheckOutputs(options.output, inputs, FilesOfSteps(steps, catalogue::WrittenFilesOf));
     for (const catalogue::Step& step : steps) {
         catalogue::CheckFiles(step.arguments);
     }

@@ -35,7 +35,7 @@ std::string ImageTag(const CStlImage& image, bool isBottomUp, const std::string&
 }
 
 /// The text as the value of an attribute.
-std::string Quoted(const std::string& text)
+std::string AttributeValue(const std::string& text)
 {
     std::string quoted;
     for (const char letter : EscapedXml(text)) {
@@ -56,7 +56,7 @@ std::string LightPictures(const stack::Registration& lights)
             catalogue::RunStep(catalogue::ParseStep("auto-levels"), frame, {});
             const std::string hint = light.file + (light.used ? "" : ": " + light.reason);
             text += ImageTag(frame.image, lights.isBottomUp,
-                             (light.used ? "" : " class=\"out\"") + std::string(" title=") + Quoted(hint)) +
+                             (light.used ? "" : " class=\"out\"") + std::string(" title=") + AttributeValue(hint)) +
                     "\n";
         }
     }

@@ -13,12 +13,12 @@ namespace corvane::stars {
 
 namespace {
 
-constexpr int kBlock = 16; // pixels: finer than nebulae, and with samples enough to tell stars from them
+constexpr int kBlockSide = 16; // pixels: finer than nebulae, and with samples enough to tell stars from them
 
 /// What of a length whole blocks take: their middles are where a grid of cells has them.
 int InBlocks(int length)
 {
-    return std::max(length / kBlock * kBlock, std::min(length, kBlock));
+    return std::max(length / kBlockSide * kBlockSide, std::min(length, kBlockSide));
 }
 
 /// The value of a block; NaN when it is not known.
@@ -50,7 +50,7 @@ double MiddleMean(std::vector<float>& values)
 
 CellGrid MeasureSkyBlocks(const CStlImage& image, int plane, const Run& run)
 {
-    CellGrid blocks(InBlocks(image.GetWidth()), InBlocks(image.GetHeight()), kBlock);
+    CellGrid blocks(InBlocks(image.GetWidth()), InBlocks(image.GetHeight()), kBlockSide);
     const auto measureRow = [&](int row) {
         std::vector<float> samples;
         for (int column = 0; column < blocks.Columns(); ++column) {

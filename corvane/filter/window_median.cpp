@@ -9,8 +9,8 @@ namespace {
 
 constexpr int kReach = 2;
 constexpr int kSize = 2 * kReach + 1;
-constexpr int kBlock = 64; // columns whose lists stay in the nearest cache
-constexpr int kWide = kBlock + 2 * kReach;
+constexpr int kMedianBlock = 64; // columns whose lists stay in the nearest cache
+constexpr int kWide = kMedianBlock + 2 * kReach;
 
 /// The columns of five rows in ascending order, from the first window of a block to the last.
 struct SortedColumns {
@@ -78,7 +78,7 @@ void MediansOf25(const PlaneView& plane, int y, int first, int end, float* media
 {
     const bool isInside = y >= kReach && y + kReach < plane.height;
     for (int x = first; x < end;) {
-        const int inner = std::min({isInside ? plane.width - kReach - x : 0, end - x, kBlock});
+        const int inner = std::min({isInside ? plane.width - kReach - x : 0, end - x, kMedianBlock});
         if (x < kReach || inner <= 0) {
             *medians++ = MedianAbout(plane, x++, y, kReach, plane);
         } else {
