@@ -152,7 +152,7 @@ Json Describe(const std::string& file)
 }
 
 // Enough digits for a coordinate; samples are floats, which seven digits tell.
-std::string NumberText(const Json& number, int digits = 10)
+std::string FigureText(const Json& number, int digits = 10)
 {
     char text[32];
     std::snprintf(text, sizeof text, "%.*g", digits, number.get<double>());
@@ -161,7 +161,7 @@ std::string NumberText(const Json& number, int digits = 10)
 
 std::string SampleText(const Json& sample)
 {
-    return NumberText(sample, 7);
+    return FigureText(sample, 7);
 }
 
 void PrintLine(const std::string& name, const std::string& text)
@@ -173,7 +173,7 @@ void PrintIfKnown(const Json& json, const char* key, const char* name, const cha
 {
     if (json.contains(key)) {
         const Json& value = json[key];
-        PrintLine(name, (value.is_string() ? value.get<std::string>() : NumberText(value)) + unit);
+        PrintLine(name, (value.is_string() ? value.get<std::string>() : FigureText(value)) + unit);
     }
 }
 
@@ -185,8 +185,8 @@ std::string CoordinateText(const Json& axis)
     const auto withUnit = [](const std::string& number, const std::string& name) {
         return name.empty() ? number : number + " " + name;
     };
-    return withUnit(NumberText(axis["value"]), unit) + " at pixel " + NumberText(axis["pixel"]) + ", " +
-           withUnit(NumberText(step, 5), isAngle ? "arcsec" : unit) + " per pixel";
+    return withUnit(FigureText(axis["value"]), unit) + " at pixel " + FigureText(axis["pixel"]) + ", " +
+           withUnit(FigureText(step, 5), isAngle ? "arcsec" : unit) + " per pixel";
 }
 
 std::string StatisticsText(const Json& plane)

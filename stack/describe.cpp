@@ -200,13 +200,11 @@ std::string CombineText(const Options& options, int lights)
     if (options.method) {
         return std::string(" --method ") + NameOf(kMethodNames, *options.method);
     }
-    const RejectOptions& reject = options.reject;
-    const RejectMethod method = ChosenRejection(reject, CombineOf(options), lights);
+    const RejectOptions reject = SettledRejection(options.reject, CombineOf(options), lights);
     std::string text = std::string(" --combine ") + NameOf(kCombineNames, CombineOf(options)) + " --reject " +
-                       NameOf(kRejectNames, method);
-    if (method != RejectMethod::kNone && method != RejectMethod::kEsd) {
-        text +=
-            " --low " + NumberText(LimitOf(method, reject.low)) + " --high " + NumberText(LimitOf(method, reject.high));
+                       NameOf(kRejectNames, *reject.method);
+    if (reject.method != RejectMethod::kNone && reject.method != RejectMethod::kEsd) {
+        text += " --low " + NumberText(*reject.low) + " --high " + NumberText(*reject.high);
     }
     return text + (reject.iterations > 0 ? " --iterations " + std::to_string(reject.iterations) : "");
 }

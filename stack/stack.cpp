@@ -197,7 +197,7 @@ void Combine(const Options& options, PreparedLights& lights, const CombinePlan& 
     const auto wanted = [](CStlImage& counts) { return counts.GetPlanes() > 0 ? &counts : nullptr; };
     if (!options.method) {
         const int used = static_cast<int>(combining.frames.size());
-        result.rejection = ChosenRejection(options.reject, CombineOf(options), used);
+        result.rejection = SettledRejection(options.reject, CombineOf(options), used).method;
     }
     if (options.drizzle) {
         DrizzleFrames({combining, grid, options.drop, options.dropShape, plan.patterns}, watched,

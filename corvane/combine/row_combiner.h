@@ -69,7 +69,7 @@ struct CombinedRow {
 ///   equal weights and sample deviation s, and right on average where weights go by 1 / noise^2, whatever the lights'
 ///   noise. Of a sum it is s sqrt(n); of a median sqrt(pi / 2) s / sqrt(n), up to a twelfth too much for few values.
 /// - It is as uncertain as a deviation of n values: by 1 part in sqrt(2 n - 2). Rejection drops good values, too, of which
-///   it does not know: of normal values it is 8 % too low when 5 of them go through winsorized deviations, 2 % when 24 go
+///   it does not know: of normal values it is 9 % too low when 5 of them go through winsorized deviations, 1 % when 24 go
 ///   through deviations.
 /// - The largest and the smallest value have none, nor pixels that show no statistic.
 ///

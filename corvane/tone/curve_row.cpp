@@ -25,14 +25,14 @@ CurveRow::CurveRow(const DisplayScale& scale, const std::vector<Curve>& curves)
 /// Finds the samples between the levels; false when there are none, or when the levels are not in order.
 bool CurveRow::FindInside()
 {
-    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    constexpr float kAbove = std::numeric_limits<float>::infinity();
     low_ = static_cast<float>(scale_.min);
     if (scale_.To256(low_) < 0.0) {
-        low_ = std::nextafter(low_, kInfinity);
+        low_ = std::nextafter(low_, kAbove);
     }
     high_ = static_cast<float>(scale_.min + scale_.range);
     if (scale_.To256(high_) > 255.0) {
-        high_ = std::nextafter(high_, -kInfinity);
+        high_ = std::nextafter(high_, -kAbove);
     }
     return scale_.range > 0.0 && low_ <= high_ && scale_.To256(low_) >= 0.0 && scale_.To256(high_) <= 255.0;
 }

@@ -7,16 +7,24 @@ namespace corvane::stack {
 namespace {
 
 constexpr int kFewestJudged = 3; // lights
+constexpr int kSeveral = 10;
 constexpr int kMany = 20;
 constexpr double kUsualSigmas = 3.0;
+constexpr double kSigmasOfSeveral = 4.0;
 constexpr double kUsualEnds = 1.0;
 
-std::unique_ptr<const Rejection> MakeRejection(RejectMethod method, const RejectOptions& options, int lights)
+RejectMethod AutomaticMethod(int lights)
 {
-    const double low = LimitOf(method, options.low);
-    const double high = LimitOf(method, options.high);
-    const ClipLimits limits{low, high, options.iterations};
-    switch (method) {
+    return lights < kFewestJudged ? RejectMethod::kNone
+           : lights < kMany       ? RejectMethod::kWinsorized
+                                  : RejectMethod::kSigma;
+}
+
+/// By options of which all are set.
+std::unique_ptr<const Rejection> MakeRejection(const RejectOptions& options, int lights)
+{
+    const ClipLimits limits{*options.low, *options.high, options.iterations};
+    switch (*options.method) {
     case RejectMethod::kSigma:
         return ClipByDeviation(limits);
     case RejectMethod::kWinsorized:
@@ -28,7 +36,7 @@ std::unique_ptr<const Rejection> MakeRejection(RejectMethod method, const Reject
     case RejectMethod::kMad:
         return ClipByMedianDeviation(limits);
     case RejectMethod::kMinMax:
-        return DropEnds(static_cast<int>(low), static_cast<int>(high));
+        return DropEnds(static_cast<int>(limits.low), static_cast<int>(limits.high));
     default:
         return nullptr;
     }
@@ -41,25 +49,22 @@ RejectMethod AskedRejection(const RejectOptions& options, CombineBy combine)
     return options.method.value_or(combine == CombineBy::kMean ? RejectMethod::kAuto : RejectMethod::kNone);
 }
 
-RejectMethod ChosenRejection(const RejectOptions& options, CombineBy combine, int lights)
+RejectOptions SettledRejection(const RejectOptions& options, CombineBy combine, int lights)
 {
     const RejectMethod asked = AskedRejection(options, combine);
-    if (asked != RejectMethod::kAuto) {
-        return asked;
-    }
-    return lights < kFewestJudged ? RejectMethod::kNone
-           : lights < kMany       ? RejectMethod::kWinsorized
-                                  : RejectMethod::kSigma;
+    const bool isAuto = asked == RejectMethod::kAuto;
+    const double usual = asked == RejectMethod::kMinMax                   ? kUsualEnds
+                         : isAuto && lights >= kSeveral && lights < kMany ? kSigmasOfSeveral
+                                                                          : kUsualSigmas;
+    return {.method = isAuto ? AutomaticMethod(lights) : asked,
+            .low = options.low.value_or(usual),
+            .high = options.high.value_or(usual),
+            .iterations = options.iterations};
 }
 
 CombineRule MakeRule(const RejectOptions& options, CombineBy combine, int lights)
 {
-    return {combine, MakeRejection(ChosenRejection(options, combine, lights), options, lights)};
-}
-
-double LimitOf(RejectMethod method, const std::optional<double>& limit)
-{
-    return limit.value_or(method == RejectMethod::kMinMax ? kUsualEnds : kUsualSigmas);
+    return {combine, MakeRejection(SettledRejection(options, combine, lights), lights)};
 }
 
 } // namespace corvane::stack

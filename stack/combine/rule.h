@@ -9,7 +9,7 @@ namespace corvane::stack {
 
 /// How values that do not count are told from those that do; see `corvane/combine/rejection.h` for each.
 enum class RejectMethod {
-    kAuto, ///< by the number of lights, as `ChosenRejection` tells
+    kAuto, ///< by the number of lights, as `SettledRejection` tells
     kNone,
     kSigma,      ///< `ClipByDeviation`
     kWinsorized, ///< `ClipByWinsorizedDeviation`
@@ -22,25 +22,25 @@ enum class RejectMethod {
 /// What is rejected, and by which limits.
 struct RejectOptions {
     std::optional<RejectMethod> method{}; ///< unset: auto for the mean, none for what else is made of the values
-    std::optional<double> low{};          ///< scales below the middle, or how many of the lowest; unset: 3, or 1
-    std::optional<double> high{};         ///< the same above
-    int iterations = 0;                   ///< at most; 0: until nothing changes
+    std::optional<double>
+        low{}; ///< scales below the middle, or how many of the lowest; unset: as `SettledRejection` tells; else 3, or 1
+    std::optional<double> high{}; ///< the same above
+    int iterations = 0;           ///< at most; 0: until nothing changes
 };
 
 /// The method that the options ask for, which may be auto.
 RejectMethod AskedRejection(const RejectOptions& options, CombineBy combine);
 
-/// The method for so many lights, one other than auto.
+/// The options with all set for so many lights, the method one other than auto.
 ///
-/// Of two lights nothing tells which is right, so none. From three on winsorized deviations, whose scale an outlier hardly
-/// widens. From 20 on deviations: they need more than eleven values for one to lie 3 of them off, and pass over some hits
-/// below 20, but of good values they keep more, which is worth 2 % of depth.
-RejectMethod ChosenRejection(const RejectOptions& options, CombineBy combine, int lights);
+/// Auto takes none for two lights, of which nothing tells which is right, and from three on winsorized deviations, whose
+/// scale an outlier hardly widens. From 10 on its limits are 4: few values tell their own deviation poorly, so that 3 drops
+/// 1 good value of 100, the far ones, and that costs 4 % of depth where 4 costs 1 %; of fewer than 10 lights 4 leaves some
+/// hits. From 20 on it takes deviations, which cost least time: they need more than eleven values for one to lie 3 of
+/// them off, and pass over some hits below 20.
+RejectOptions SettledRejection(const RejectOptions& options, CombineBy combine, int lights);
 
 /// What becomes of the values that so many lights have at a pixel.
 CombineRule MakeRule(const RejectOptions& options, CombineBy combine, int lights);
-
-/// The limit that holds for a method, given that of the options.
-double LimitOf(RejectMethod method, const std::optional<double>& limit);
 
 } // namespace corvane::stack

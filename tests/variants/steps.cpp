@@ -58,7 +58,9 @@ bool PrintSteps()
         }
         left.insert(operation.name);
         for (const Parameter& parameter : operation.parameters) {
-            left.insert(operation.name + " " + parameter.name);
+            if (parameter.kind != Kind::Output) { // a file that is written beside what the step makes
+                left.insert(operation.name + " " + parameter.name);
+            }
         }
     }
     for (const char* name : {"mono", "colour", "undefined", "undefined colour"}) {

@@ -271,6 +271,29 @@ TEST_F(StackTest, CombinesWhatTheRejectionLeaves)
     }
 }
 
+TEST_F(StackTest, LimitsOfRejectionGoByTheNumberOfLights)
+{
+    const struct {
+        int lights;
+        double far; // of 1, 2, 3 ...
+        bool isKept;
+    } cases[] = {{2, 900.0, true}, {9, 16.0, false}, {9, 12.0, true}, {10, 16.0, true}, {10, 20.0, false}};
+    for (const auto& [lights, far, isKept] : cases) {
+        Options options;
+        options.align = AlignMethod::kNone;
+        double sum = 0.0;
+        for (int i = 0; i < lights; ++i) {
+            const double value = i == 0 ? far : i;
+            const CStlImage light = Make(8, 8, 1, [&](int, int, int) { return value; });
+            options.lights.push_back(Save("light" + std::to_string(i) + ".fits", light));
+            sum += value;
+        }
+        const double mean = isKept ? sum / lights : (sum - far) / (lights - 1);
+        EXPECT_FLOAT_EQ(stack::Stack(options).image.GetPixelGrayRaw(1, 1, 0), static_cast<float>(mean))
+            << lights << " lights, " << far;
+    }
+}
+
 #if __has_include(<sys/resource.h>)
 TEST_F(StackTest, TakesMoreLightsThanFilesMayBeOpen)
 {
