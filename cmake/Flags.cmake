@@ -42,15 +42,16 @@ function(corvane_precompile target)
         <optional> <string> <utility> <vector> ${ARGN})
 endfunction()
 
-# All at once, the sources of a folder are compiled as one file: quicker for all of them, slower after a change. The build
-# for Windows keeps them apart, so that no source goes without a header that it needs.
+# All at once, the sources of a folder are compiled as one file: quicker for all of them, slower after a change.
 function(corvane_join target)
-    if(CORVANE_BUILDS_ALL AND NOT CORVANE_LIBRARY_ONLY)
+    if(CORVANE_BUILDS_ALL)
         get_target_property(sources ${target} SOURCES)
         foreach(source IN LISTS sources)
+            cmake_path(ABSOLUTE_PATH source NORMALIZE)
+            cmake_path(RELATIVE_PATH source BASE_DIRECTORY ${PROJECT_SOURCE_DIR})
             cmake_path(GET source PARENT_PATH folder)
-            cmake_path(GET folder FILENAME group)
-            set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${group})
+            string(MAKE_C_IDENTIFIER "${folder}" group)
+            set_source_files_properties(${PROJECT_SOURCE_DIR}/${source} PROPERTIES UNITY_GROUP ${group})
         endforeach()
         set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
     endif()

@@ -30,9 +30,10 @@ float ValueOf(const CStlImage& image, int plane, const CRect& area, std::vector<
         const float* const row = image.GetImageAdr(0, y, plane, 1);
         std::copy_if(row + area.left, row + area.right, std::back_inserter(samples), isDefined);
     }
-    const auto places = static_cast<std::size_t>((area.right - area.left) * (area.bottom - area.top));
-    return samples.empty() || 8 * samples.size() < 7 * places ? std::numeric_limits<float>::quiet_NaN()
-                                                              : static_cast<float>(MiddleMean(samples));
+    const int places = area.Width() * area.Height();
+    return samples.empty() || 8 * static_cast<int>(samples.size()) < 7 * places
+               ? std::numeric_limits<float>::quiet_NaN()
+               : static_cast<float>(MiddleMean(samples));
 }
 
 } // namespace

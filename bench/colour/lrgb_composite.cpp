@@ -38,7 +38,7 @@ double Mean(const Frames& frames, int x, int y, int plane)
     return (frames.luminance.GetPixelGrayRaw(x, y, 0) + frames.colour.GetPixelGrayRaw(x, y, plane)) * 0.5;
 }
 
-void TimeComposite(Run& run, int average)
+void TimeLrgbComposite(Run& run, int average)
 {
     Frames frames;
     CImgLrgbCmpst result(frames.colour);
@@ -52,8 +52,8 @@ void TimeComposite(Run& run, int average)
     run.Time(result.GetImageSize(), combine);
 }
 
-const Line lab("colour/LrgbComposite/L*a*b*", {}, [](Run& run) { TimeComposite(run, 0); });
-const Line average("colour/LrgbComposite/average", {}, [](Run& run) { TimeComposite(run, 1); });
+const Line lab("colour/LrgbComposite/L*a*b*", {}, [](Run& run) { TimeLrgbComposite(run, 0); });
+const Line average("colour/LrgbComposite/average", {}, [](Run& run) { TimeLrgbComposite(run, 1); });
 
 } // namespace
 } // namespace corvane::bench

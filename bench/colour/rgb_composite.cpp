@@ -9,7 +9,7 @@ namespace corvane::bench {
 namespace {
 
 /// Combines three skies, of which the second and the third are moved and turned by so much and twice as much.
-void TimeComposite(Run& run, double shift, double degrees)
+void TimeRgbComposite(Run& run, double shift, double degrees)
 {
     const int size = Size(2048, 61);
     Sky r(size, size, 1, 1);
@@ -33,9 +33,9 @@ void TimeComposite(Run& run, double shift, double degrees)
     run.Time(result.GetImageSize(), combine);
 }
 
-const Line whole("colour/RgbComposite/whole shifts", {}, [](Run& run) { TimeComposite(run, 3.0, 0.0); });
-const Line fractional("colour/RgbComposite/fractional shifts", {}, [](Run& run) { TimeComposite(run, 3.3, 0.0); });
-const Line turned("colour/RgbComposite/turns", {}, [](Run& run) { TimeComposite(run, 3.3, 0.7); });
+const Line whole("colour/RgbComposite/whole shifts", {}, [](Run& run) { TimeRgbComposite(run, 3.0, 0.0); });
+const Line fractional("colour/RgbComposite/fractional shifts", {}, [](Run& run) { TimeRgbComposite(run, 3.3, 0.0); });
+const Line turned("colour/RgbComposite/turns", {}, [](Run& run) { TimeRgbComposite(run, 3.3, 0.7); });
 
 } // namespace
 } // namespace corvane::bench

@@ -18,7 +18,7 @@ void TimeYellow(Run& run)
     run.Time(result.GetImageSize(), separate);
 }
 
-const Line line("colour/Separation/yellow", TimesMemcpy(2.0), TimeYellow);
+const Line yellow("colour/Separation/yellow", TimesMemcpy(2.0), TimeYellow);
 
 } // namespace
 } // namespace corvane::bench

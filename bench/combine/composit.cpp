@@ -58,11 +58,13 @@ void TimeDesaturate(Run& run, int radius)
 }
 
 const Line asItLies("combine/Composit/sum", {}, [](Run& run) { TimeSum(run, {0.0, 0.0, 0.0}, 0); });
-const Line wholeShift("combine/Composit/sum, whole shift", {}, [](Run& run) { TimeSum(run, {7.0, -5.0, 0.0}, 0); });
+const Line compositWholeShift("combine/Composit/sum, whole shift", {}, [](Run& run) {
+    TimeSum(run, {7.0, -5.0, 0.0}, 0);
+});
 const Line fractionalShift("combine/Composit/sum, fractional shift", {}, [](Run& run) {
     TimeSum(run, {7.3, -5.6, 0.0}, 0);
 });
-const Line turn("combine/Composit/sum, turn", {}, [](Run& run) { TimeSum(run, {7.3, -5.6, 33.3}, 0); });
+const Line compositTurn("combine/Composit/sum, turn", {}, [](Run& run) { TimeSum(run, {7.3, -5.6, 33.3}, 0); });
 const Line displaySpace("combine/Composit/sum, display space", {}, [](Run& run) { TimeSum(run, {7.0, -5.0, 0.0}, 1); });
 const Line desaturate("combine/Composit/desaturate", {}, [](Run& run) { TimeDesaturate(run, 0); });
 const Line desaturateNear("combine/Composit/desaturate, radius 2", {}, [](Run& run) { TimeDesaturate(run, 2); });

@@ -8,7 +8,7 @@
 namespace corvane::bench {
 namespace {
 
-const Line search("combine/cut-out/64 x 64 in 2048 x 2048", {}, [](Run& run) {
+const Line inLarge("combine/cut-out/64 x 64 in 2048 x 2048", {}, [](Run& run) {
     const int size = Size(2048, 160);
     const int side = 64;
     const double offsetX = size / 3 + 0.3;

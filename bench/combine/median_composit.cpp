@@ -105,7 +105,7 @@ std::deque<Line> MakeLines()
     return lines;
 }
 
-const std::deque<Line> lines = MakeLines();
+const std::deque<Line> medianLines = MakeLines();
 
 } // namespace
 } // namespace corvane::bench

@@ -33,8 +33,8 @@ void TimeLighter(Run& run, double dx, double degrees)
     run.Time(canvas.GetImageSize(), join);
 }
 
-const Line wholeShift("combine/Mosic/lighter, whole shift", {}, [](Run& run) { TimeLighter(run, 0.0, 0.0); });
-const Line turn("combine/Mosic/lighter, turn", {}, [](Run& run) { TimeLighter(run, 0.5, 1.5); });
+const Line mosicWholeShift("combine/Mosic/lighter, whole shift", {}, [](Run& run) { TimeLighter(run, 0.0, 0.0); });
+const Line mosicTurn("combine/Mosic/lighter, turn", {}, [](Run& run) { TimeLighter(run, 0.5, 1.5); });
 
 } // namespace
 } // namespace corvane::bench

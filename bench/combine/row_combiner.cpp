@@ -95,7 +95,7 @@ void TimeKind(Run& run, const Kind& kind)
     run.Time(rows.Bytes(), [&] { rows.Stack(target, combiner); });
 }
 
-std::deque<Line> MakeLines()
+std::deque<Line> MakeRowCombinerLines()
 {
     std::deque<Line> lines;
     for (const Kind& kind : kKinds) {
@@ -105,7 +105,7 @@ std::deque<Line> MakeLines()
     return lines;
 }
 
-const std::deque<Line> lines = MakeLines();
+const std::deque<Line> rowCombinerLines = MakeRowCombinerLines();
 
 } // namespace
 } // namespace corvane::bench

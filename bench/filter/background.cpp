@@ -12,7 +12,7 @@ double Faded(double place, double level, double fade)
     return place > level - fade ? 1.0 - (place - (level - fade)) / fade : 1.0;
 }
 
-const Line mono("filter/BackgroundSmoothing/mono", {}, [](Run& run) {
+const Line backgroundMono("filter/BackgroundSmoothing/mono", {}, [](Run& run) {
     CStlImage& frame = LargeFrame();
     TimeOperation<CImgFilter>(
         run, frame, [&](auto& result, auto... to) { result.BkgSmooth(kLevel, 1, 1.0, to...); },
@@ -23,7 +23,7 @@ const Line mono("filter/BackgroundSmoothing/mono", {}, [](Run& run) {
         });
 });
 
-const Line colour("filter/BackgroundSmoothing/colour", {}, [](Run& run) {
+const Line backgroundColour("filter/BackgroundSmoothing/colour", {}, [](Run& run) {
     CStlImage& frame = ColourFrame();
     const double level = frame.To256(kLevel, 0);
     TimeOperation<CImgFilter>(

@@ -8,7 +8,7 @@
 namespace corvane::bench {
 namespace {
 
-const Line mono("filter/Contour/mono", {}, [](Run& run) {
+const Line contourMono("filter/Contour/mono", {}, [](Run& run) {
     constexpr int kLevels = 9;
     CStlImage& frame = LargeFrame();
     TimeOperation<CImgFilter>(

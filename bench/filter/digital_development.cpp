@@ -33,7 +33,8 @@ void TimeDevelopment(Run& run, CStlImage& frame, int selector)
     run.Time(frame.GetImageSize(), filter);
 }
 
-const Line mono("filter/DigitalDevelopment/mono", {}, [](Run& run) { TimeDevelopment(run, LargeFrame(), 0); });
+const Line digitalDevelopmentMono("filter/DigitalDevelopment/mono", {},
+                                  [](Run& run) { TimeDevelopment(run, LargeFrame(), 0); });
 
 void TimeColour(Run& run, int selector)
 {
@@ -42,7 +43,7 @@ void TimeColour(Run& run, int selector)
 }
 
 const Line green("filter/DigitalDevelopment/colour by green", {}, [](Run& run) { TimeColour(run, 1); });
-const Line all("filter/DigitalDevelopment/colour by all", {}, [](Run& run) { TimeColour(run, 3); });
+const Line digitalDevelopmentAll("filter/DigitalDevelopment/colour by all", {}, [](Run& run) { TimeColour(run, 3); });
 
 } // namespace
 } // namespace corvane::bench

@@ -22,7 +22,7 @@ void TimeLaplacian(Run& run, int type)
 }
 
 const Line direct("filter/Laplacian/4 neighbours", TimesMemcpy(2.5), [](Run& run) { TimeLaplacian(run, 0); });
-const Line all("filter/Laplacian/8 neighbours", TimesMemcpy(2.5), [](Run& run) { TimeLaplacian(run, 1); });
+const Line laplacianAll("filter/Laplacian/8 neighbours", TimesMemcpy(2.5), [](Run& run) { TimeLaplacian(run, 1); });
 const Line weighted("filter/Laplacian/weighted", TimesMemcpy(2.5), [](Run& run) { TimeLaplacian(run, 2); });
 
 } // namespace

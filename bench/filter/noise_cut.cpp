@@ -23,8 +23,8 @@ void TimeNoiseCut(Run& run, int type)
         });
 }
 
-const Line square3("filter/NoiseCut/3 x 3", {}, [](Run& run) { TimeNoiseCut(run, 1); });
-const Line square5("filter/NoiseCut/5 x 5", {}, [](Run& run) { TimeNoiseCut(run, 2); });
+const Line noiseCutSquare3("filter/NoiseCut/3 x 3", {}, [](Run& run) { TimeNoiseCut(run, 1); });
+const Line noiseCutSquare5("filter/NoiseCut/5 x 5", {}, [](Run& run) { TimeNoiseCut(run, 2); });
 
 } // namespace
 } // namespace corvane::bench

@@ -33,8 +33,8 @@ void TimePosterize(Run& run, CStlImage& frame)
         });
 }
 
-const Line mono("filter/Posterize/mono", {}, [](Run& run) { TimePosterize(run, LargeFrame()); });
-const Line colour("filter/Posterize/colour", {}, [](Run& run) { TimePosterize(run, ColourFrame()); });
+const Line posterizeMono("filter/Posterize/mono", {}, [](Run& run) { TimePosterize(run, LargeFrame()); });
+const Line posterizeColour("filter/Posterize/colour", {}, [](Run& run) { TimePosterize(run, ColourFrame()); });
 
 } // namespace
 } // namespace corvane::bench

@@ -26,9 +26,9 @@ void TimeSharp(Run& run, int type)
         [&](int x, int y, int plane) { return PlainSharp(Window(frame, x, y, plane, type), kStrength); });
 }
 
-const Line cross("filter/Sharp/cross", {}, [](Run& run) { TimeSharp(run, 0); });
-const Line square3("filter/Sharp/3 x 3", TimesMemcpy(2.5), [](Run& run) { TimeSharp(run, 1); });
-const Line square5("filter/Sharp/5 x 5", {}, [](Run& run) { TimeSharp(run, 2); });
+const Line sharpenCross("filter/Sharp/cross", {}, [](Run& run) { TimeSharp(run, 0); });
+const Line sharpenSquare3("filter/Sharp/3 x 3", TimesMemcpy(2.5), [](Run& run) { TimeSharp(run, 1); });
+const Line sharpenSquare5("filter/Sharp/5 x 5", {}, [](Run& run) { TimeSharp(run, 2); });
 
 const Line sharpEdge("filter/SharpEdge/3 x 3", {}, [](Run& run) {
     CStlImage& frame = LargeFrame();

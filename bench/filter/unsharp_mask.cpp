@@ -22,9 +22,10 @@ void TimeUnsharp(Run& run, int type, double factor)
         });
 }
 
-const Line square3("filter/UnsharpMask/3 x 3", TimesMemcpy(2.5),
-                   [](Run& run) { TimeUnsharp(run, 1, 0.1111111111111111); });
-const Line square5("filter/UnsharpMask/5 x 5", {}, [](Run& run) { TimeUnsharp(run, 2, 0.047619047619047616); });
+const Line unsharpMaskSquare3("filter/UnsharpMask/3 x 3", TimesMemcpy(2.5),
+                              [](Run& run) { TimeUnsharp(run, 1, 0.1111111111111111); });
+const Line unsharpMaskSquare5("filter/UnsharpMask/5 x 5", {},
+                              [](Run& run) { TimeUnsharp(run, 2, 0.047619047619047616); });
 
 } // namespace
 } // namespace corvane::bench

@@ -22,8 +22,9 @@ void TimeCanvas(Run& run, int widthChange, int heightChange)
     });
 }
 
-const Line larger("geometry/Resize/larger canvas", TimesMemcpy(1.2), [](Run& run) { TimeCanvas(run, 200, 100); });
-const Line smaller("geometry/Resize/smaller canvas", TimesMemcpy(1.2), [](Run& run) { TimeCanvas(run, -20, -10); });
+const Line resizeLarger("geometry/Resize/larger canvas", TimesMemcpy(1.2), [](Run& run) { TimeCanvas(run, 200, 100); });
+const Line resizeSmaller("geometry/Resize/smaller canvas", TimesMemcpy(1.2),
+                         [](Run& run) { TimeCanvas(run, -20, -10); });
 
 } // namespace
 } // namespace corvane::bench

@@ -27,8 +27,8 @@ void TimeResize(Run& run, double factor)
 }
 
 const Line half("geometry/Resolution/to 0.5", TimesMemcpy(2.0), [](Run& run) { TimeResize(run, 0.5); });
-const Line smaller("geometry/Resolution/to 0.7", {}, [](Run& run) { TimeResize(run, 0.7); });
-const Line larger("geometry/Resolution/to 1.5", TimesMemcpy(6.0), [](Run& run) { TimeResize(run, 1.5); });
+const Line resolutionSmaller("geometry/Resolution/to 0.7", {}, [](Run& run) { TimeResize(run, 0.7); });
+const Line resolutionLarger("geometry/Resolution/to 1.5", TimesMemcpy(6.0), [](Run& run) { TimeResize(run, 1.5); });
 
 } // namespace
 } // namespace corvane::bench

@@ -56,7 +56,7 @@ void MeasureOverscan(Run& run, int clip)
 }
 
 // The time holds that of the automatic levels at the end, which is most of it.
-const Line mean("measure/Overscan/mean", {}, [](Run& run) { MeasureOverscan(run, 0); });
+const Line overscanMean("measure/Overscan/mean", {}, [](Run& run) { MeasureOverscan(run, 0); });
 const Line clipped("measure/Overscan/clipped", {}, [](Run& run) { MeasureOverscan(run, 1); });
 
 } // namespace

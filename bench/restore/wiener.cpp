@@ -23,7 +23,7 @@ void TimeWiener(Run& run)
         stars.GetImageSize(), [&] { return CImgWiener(stars); }, filter);
 }
 
-const Line line("restore/Wiener, 2048 x 2048", Seconds(0.08), TimeWiener);
+const Line wiener("restore/Wiener, 2048 x 2048", Seconds(0.08), TimeWiener);
 
 } // namespace
 } // namespace corvane::bench

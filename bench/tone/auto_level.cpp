@@ -62,7 +62,7 @@ void TimeChoice(Run& run, CImgAutoLevel& image, const Spread& spread)
     run.Time(image.GetImageSize(), choose);
 }
 
-const Line mono("tone/AutoLevel/mono", {}, [](Run& run) {
+const Line autoLevelMono("tone/AutoLevel/mono", {}, [](Run& run) {
     CImgAutoLevel image(LargeFrame());
     const auto values = GridValues(image, [&](int x, int y) { return image.GetPixelGrayRaw(x, y, 0); });
     Spread spread = PlainSpread(values, Spread());
@@ -73,7 +73,7 @@ const Line mono("tone/AutoLevel/mono", {}, [](Run& run) {
     TimeChoice(run, image, spread);
 });
 
-const Line colour("tone/AutoLevel/colour", {}, [](Run& run) {
+const Line autoLevelColour("tone/AutoLevel/colour", {}, [](Run& run) {
     CImgAutoLevel image(ColourFrame());
     const auto sample = [&](int x, int y, int plane) {
         return static_cast<double>(image.GetPixelGrayRaw(x, y, plane));

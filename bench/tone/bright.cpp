@@ -15,9 +15,9 @@ void TimeBright(Run& run, CStlImage& frame)
         });
 }
 
-const Line mono("tone/Bright/mono", TimesMemcpy(1.5), [](Run& run) { TimeBright(run, LargeFrame()); });
+const Line brightMono("tone/Bright/mono", TimesMemcpy(1.5), [](Run& run) { TimeBright(run, LargeFrame()); });
 
-const Line colour("tone/Bright/colour", TimesMemcpy(1.5), [](Run& run) { TimeBright(run, ColourFrame()); });
+const Line brightColour("tone/Bright/colour", TimesMemcpy(1.5), [](Run& run) { TimeBright(run, ColourFrame()); });
 
 } // namespace
 } // namespace corvane::bench

@@ -62,7 +62,7 @@ const Line dark = Mono("half below black", 256, 1000.3, 1400.7);
 // Round levels may put steps on whole counts, and rounding there asks for a division.
 const Line whole = Mono("steps on samples", 4096, 890.0, 6000.0);
 
-const Line colour("tone/ToneCurve/colour", {}, [](Run& run) { TimeCurves(run, ColourFrame(), 256); });
+const Line toneCurveColour("tone/ToneCurve/colour", {}, [](Run& run) { TimeCurves(run, ColourFrame(), 256); });
 
 } // namespace
 } // namespace corvane::bench

@@ -27,7 +27,8 @@ public:
     double FineStructure(int x, int y) const
     {
         return filter::FineStructure(mosaic_, x, y, [this](int nx, int ny) {
-            const HitFinder& own = filters_[static_cast<std::size_t>(ny % kFilters * kFilters + nx % kFilters)];
+            const int filter = ny % kFilters * kFilters + nx % kFilters;
+            const HitFinder& own = filters_[static_cast<std::size_t>(filter)];
             return static_cast<float>(own.Samples()(nx / kFilters, ny / kFilters) - own.Noise().sky);
         });
     }

@@ -179,7 +179,8 @@ bool HitFinder::IsHit(const Place& place, const FineStructureAt& otherwise) cons
     const std::ptrdiff_t i = At(x, y);
     const double noise = NoiseAt(i);
     const double sharpness = Sharpness(x, y);
-    if (!(sharpness > limits_.sigma && samples_[i] - beneath_[i] > limits_.sigma * noise)) {
+    const bool standsOut = sharpness > limits_.sigma && samples_[i] - beneath_[i] > limits_.sigma * noise;
+    if (!standsOut) {
         return false;
     }
     const PlaneView view = View(samples_);
@@ -203,7 +204,7 @@ Places HitFinder::TakeIn(const Places& found)
 
 Places HitFinder::Mend(const Places& found)
 {
-    const Places hits = About(TakeIn(found), kWindow, [&](int x, int y) { return hits_[At(x, y)] != 0; });
+    Places hits = About(TakeIn(found), kWindow, [&](int x, int y) { return hits_[At(x, y)] != 0; });
     for (const auto& [y, x] : hits) {
         const float median = MedianAbout(View(samples_), x, y, kWindow, [&](int nx, int ny) {
             return hits_[At(nx, ny)] != 0 ? kNaN : samples_[At(nx, ny)];

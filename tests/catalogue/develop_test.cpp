@@ -12,7 +12,7 @@ namespace corvane::catalogue {
 namespace {
 
 /// A frame whose levels, in the first plane from 10.25, come from its file or not.
-io::Frame MakeFrame(int planes, int ownLevel)
+io::Frame LevelledFrame(int planes, int ownLevel)
 {
     io::Frame frame;
     frame.image = test::RandomImage({60, 50}, planes, 8);
@@ -26,11 +26,11 @@ TEST(Develop, ChoosesLevelsForAFrameThatHasNone)
     for (const char* const step : {"ddp", "smooth-background", "posterize", "contour", "brightness", "balance", "curve",
                                    "reduce-tone", "false-color"}) {
         for (const int planes : step == std::string("false-color") ? std::vector{1} : std::vector{1, 3}) {
-            io::Frame kept = MakeFrame(planes, 1);
+            io::Frame kept = LevelledFrame(planes, 1);
             catalogue::RunStep(ParseStep(step), kept, {});
             EXPECT_EQ(kept.image.GetLevelMin(0), 10.25) << step;
             EXPECT_EQ(kept.image.GetLevelMax(planes - 1), planes == 1 ? 211.5 : 185.5) << step;
-            io::Frame given = MakeFrame(planes, 0);
+            io::Frame given = LevelledFrame(planes, 0);
             catalogue::RunStep(ParseStep(step), given, {});
             EXPECT_NE(given.image.GetLevelMin(0), 10.25) << step;
             EXPECT_NE(given.image.HasOwnLevel(), 0) << step;
@@ -41,7 +41,7 @@ TEST(Develop, ChoosesLevelsForAFrameThatHasNone)
 TEST(Develop, DividesByThePlaneThatIsNamed)
 {
     for (const auto& [word, selector] : {std::pair("red", 0), {"green", 1}, {"blue", 2}, {"all", 3}}) {
-        io::Frame frame = MakeFrame(3, 1);
+        io::Frame frame = LevelledFrame(3, 1);
         CImgFilter expected(frame.image);
         int plane = selector;
         expected.DigitalDvlp(400.0, 0.5, &frame.image, &plane, nullptr, 0);
@@ -83,9 +83,9 @@ TEST(Develop, RefusesWhatWouldDivideByZeroOrSpreadNaN)
     const auto errorOf = [](io::Frame frame, const char* step) {
         return test::ErrorOf<Error>([&] { catalogue::RunStep(ParseStep(step), frame, {}); });
     };
-    EXPECT_EQ(errorOf(MakeFrame(1, 1), "ddp:offset=10"),
+    EXPECT_EQ(errorOf(LevelledFrame(1, 1), "ddp:offset=10"),
               "ddp: offset = 10: must be above the level min of the image, 10.25");
-    io::Frame frame = MakeFrame(3, 1);
+    io::Frame frame = LevelledFrame(3, 1);
     frame.image.SetPixelGrayRaw(3, 3, NAN, 0);
     EXPECT_EQ(errorOf(std::move(frame), "ddp"),
               "ddp: image: has undefined samples in its first plane; fill them with the step fill");

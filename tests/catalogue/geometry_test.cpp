@@ -17,7 +17,7 @@ constexpr int kHeight = 64;
 
 using Place = std::array<double, 2>;
 
-double Value(const io::Header& header, const std::string& keyword, double otherwise)
+double CardValue(const io::Header& header, const std::string& keyword, double otherwise)
 {
     return header.Number(keyword).value_or(otherwise);
 }
@@ -28,7 +28,7 @@ double Distortion(const io::Header& header, const std::string& name, double u, d
     double sum = 0.0;
     for (int i = 0; i < 100; ++i) {
         const std::string keyword = name + "_" + std::to_string(i / 10) + "_" + std::to_string(i % 10);
-        sum += Value(header, keyword, 0.0) * std::pow(u, i / 10) * std::pow(v, i % 10);
+        sum += CardValue(header, keyword, 0.0) * std::pow(u, i / 10) * std::pow(v, i % 10);
     }
     return sum;
 }
@@ -36,16 +36,16 @@ double Distortion(const io::Header& header, const std::string& name, double u, d
 /// Where a pixel counted from 0 lies on the plane that touches the sky at the reference value [degrees].
 Place OnSky(const io::Header& header, Place pixel)
 {
-    const double p = pixel[0] + 1.0 - Value(header, "CRPIX1", 0.0);
-    const double q = pixel[1] + 1.0 - Value(header, "CRPIX2", 0.0);
+    const double p = pixel[0] + 1.0 - CardValue(header, "CRPIX1", 0.0);
+    const double q = pixel[1] + 1.0 - CardValue(header, "CRPIX2", 0.0);
     const double u = p + Distortion(header, "A", p, q);
     const double v = q + Distortion(header, "B", p, q);
-    const double dx = Value(header, "CDELT1", 1.0);
-    const double dy = Value(header, "CDELT2", 1.0);
-    const double turn = Value(header, "CROTA2", 0.0) * 3.14159265358979323846 / 180.0;
+    const double dx = CardValue(header, "CDELT1", 1.0);
+    const double dy = CardValue(header, "CDELT2", 1.0);
+    const double turn = CardValue(header, "CROTA2", 0.0) * 3.14159265358979323846 / 180.0;
     const auto element = [&](const std::string& place, double scale, double turned) {
-        const double pc = header.Has("PC" + place) ? scale * Value(header, "PC" + place, 0.0) : turned;
-        return Value(header, "CD" + place, pc);
+        const double pc = header.Has("PC" + place) ? scale * CardValue(header, "PC" + place, 0.0) : turned;
+        return CardValue(header, "CD" + place, pc);
     };
     return {element("1_1", dx, dx * std::cos(turn)) * u + element("1_2", dx, -dy * std::sin(turn)) * v,
             element("2_1", dy, dx * std::sin(turn)) * u + element("2_2", dy, dy * std::cos(turn)) * v};
@@ -127,8 +127,8 @@ TEST_F(Geometry, GivesNoCoordinatesToAnImageWithoutThem)
 /// The filter over a pixel, from the cards.
 char FilterAt(const io::Header& header, int x, int y)
 {
-    const int i = (x + static_cast<int>(Value(header, "XBAYROFF", 0.0))) % 2;
-    const int j = (y + static_cast<int>(Value(header, "YBAYROFF", 0.0))) % 2;
+    const int i = (x + static_cast<int>(CardValue(header, "XBAYROFF", 0.0))) % 2;
+    const int j = (y + static_cast<int>(CardValue(header, "YBAYROFF", 0.0))) % 2;
     return header.Text("BAYERPAT").value_or("????")[static_cast<std::size_t>(2 * j + i)];
 }
 

@@ -19,7 +19,7 @@ using Stars = std::vector<Star>;
 const Stars kStars = {{40.3, 52.8}, {171.6, 30.2}, {120.1, 90.7}, {60.4, 130.9}, {180.2, 140.4}};
 
 /// Stars of sigma 2 on a level.
-io::Frame Field(int width, int height, const Stars& stars, int planes = 1, double level = 100.0)
+io::Frame DrawnField(int width, int height, const Stars& stars, int planes = 1, double level = 100.0)
 {
     io::Frame frame;
     frame.image = test::Make(width, height, planes, [&](int x, int y, int) {
@@ -103,7 +103,7 @@ TEST(Placement, BringsTheStarsOfATurnedFieldIntoTheirPlaces)
     for (const auto& [degrees, stars, dx, dy] : cases) {
         SCOPED_TRACE(degrees);
         const Stars moved = Moved(degrees, {140.3, 155.8});
-        const auto [base, fit] = Join("composite", Field(220, 180, kStars), Field(300, 310, moved),
+        const auto [base, fit] = Join("composite", DrawnField(220, 180, kStars), DrawnField(300, 310, moved),
                                       {{"mode", "blend"},
                                        {"ratio", 1}, // the overlay alone
                                        {"dx", dx},
@@ -128,14 +128,14 @@ TEST(Mosaic, HoldsBothImagesWhole)
                                                 {{{"angle", 90}}, CRect(0, -10, 220, 180)},
                                                 {{{"angle", 180}}, CRect(0, 0, 220, 180)}};
     for (auto [settings, canvas] : cases) { // counted from the first image's corner
-        io::Frame first = Field(220, 180, kStars);
+        io::Frame first = DrawnField(220, 180, kStars);
         first.image.SetType("RA---TAN", 0);
         first.image.SetType("DEC--TAN", 1);
         first.image.SetCRVal(0, 10.0);
         first.image.SetCRVal(1, 20.0);
         first.image.SetCRPix(0, 5.0);
         settings.push_back({"mode", "under"});
-        const CStlImage image = Join("mosaic", std::move(first), Field(100, 80, {}), settings).frame.image;
+        const CStlImage image = Join("mosaic", std::move(first), DrawnField(100, 80, {}), settings).frame.image;
         SCOPED_TRACE(ToText(settings.front().value));
         EXPECT_EQ(image.GetWidth(), canvas.Width());
         EXPECT_EQ(image.GetHeight(), canvas.Height());
@@ -149,7 +149,7 @@ TEST(Mosaic, HoldsBothImagesWhole)
 TEST(Pair, BringsTheSecondImageIntoTheOrderOfRowsOfTheFirst)
 {
     const auto field = [](bool isTurned, int width, int height, const Stars& stars) {
-        io::Frame frame = Field(width, height, stars);
+        io::Frame frame = DrawnField(width, height, stars);
         CImgFlip turned(frame.image);
         turned.Do(0, &frame.image, 0);
         frame.header.Set("ROWORDER", isTurned ? "TOP-DOWN" : "BOTTOM-UP");
@@ -194,7 +194,8 @@ TEST(Mosaic, FollowsItsOptions)
         settings.insert(settings.end(), {{"dx", 2}, {"dy", 2}});
         for (const int planes : {1, 3}) {
             const CStlImage image =
-                Join("mosaic", Field(4, 4, {}, planes, 10.0), Field(4, 4, {}, planes, 30.0), settings).frame.image;
+                Join("mosaic", DrawnField(4, 4, {}, planes, 10.0), DrawnField(4, 4, {}, planes, 30.0), settings)
+                    .frame.image;
             SCOPED_TRACE(ToText(settings.front().value));
             EXPECT_FLOAT_EQ(image.GetPixelGrayRaw(3, 3, planes - 1), both) << planes;
             EXPECT_FLOAT_EQ(image.GetPixelGrayRaw(5, 0, planes - 1), nowhere) << planes;
@@ -220,14 +221,14 @@ TEST(Composite, FollowsItsOptions)
         {{{"mode", "desaturate"}, {"ratio", 0.1}, {"fraction", 1}, {"radius", 1}}, 3.0F},
         {{{"mode", "sum"}, {"rect", CRect(0, 0, 1, 1)}}, 10.0F}};
     for (const auto& [settings, expected] : cases) {
-        const Joined joined = Join("composite", Field(5, 5, {}, 3, 10.0), Field(5, 5, {}, 3, 30.0), settings);
+        const Joined joined = Join("composite", DrawnField(5, 5, {}, 3, 10.0), DrawnField(5, 5, {}, 3, 30.0), settings);
         EXPECT_FLOAT_EQ(joined.frame.image.GetPixelGrayRaw(2, 2, 2), expected) << ToText(settings.front().value);
     }
 }
 
 TEST(Match, FindsACutOutToATenthOfAPixel)
 {
-    const std::vector<double> place = Match(Field(40, 40, Moved(0.0, {9.7, 19.2})), Field(220, 180, kStars),
+    const std::vector<double> place = Match(DrawnField(40, 40, Moved(0.0, {9.7, 19.2})), DrawnField(220, 180, kStars),
                                             {{"start", std::vector{98.0, 73.0}}, {"range", 16}});
     EXPECT_NEAR(place[0], 100.3, 0.11);
     EXPECT_NEAR(place[1], 70.8, 0.11);
@@ -253,7 +254,7 @@ TEST(Pair, RefusesWhatMakesNoSense)
         {{{"radius", 3}}, "composite: radius = 3: must be 0 to 2"},
         {{{"rect", CRect(0, 0, 999, 9)}}, "composite: rect = 0:0:999:9: must lie within the image, 0:0:220:180"},
     };
-    const io::Frame field = Field(220, 180, kStars);
+    const io::Frame field = DrawnField(220, 180, kStars);
     for (auto [settings, error] : cases) {
         settings.push_back({"mode", "sum"});
         EXPECT_EQ(test::ErrorOf<Error>([&] { Join("composite", field, field, settings); }), error);

@@ -16,7 +16,7 @@ namespace {
 using namespace corvane::test;
 
 /// A sky of 100 with a star of sigma 1.5 at (40, 50), others about it, and noise.
-io::Frame MakeFrame(int planes = 1)
+io::Frame FrameWithStar(int planes = 1)
 {
     Random random(6);
     Field field = StarField(96, 9);
@@ -32,14 +32,14 @@ io::Frame MakeFrame(int planes = 1)
     return frame;
 }
 
-CStlImage After(const std::string& step, io::Frame frame = MakeFrame())
+CStlImage Restored(const std::string& step, io::Frame frame = FrameWithStar())
 {
     RunStep(ParseStep(step), frame, {});
     return frame.image;
 }
 
 /// Where the star lies, by its centroid along one axis.
-double Centroid(const CStlImage& image, int axis)
+double StarPlace(const CStlImage& image, int axis)
 {
     CRect box(36, 46, 45, 55);
     double at[2] = {};
@@ -47,31 +47,31 @@ double Centroid(const CStlImage& image, int axis)
     return at[axis];
 }
 
-std::string ErrorOf(const std::string& step, const io::Frame& frame = MakeFrame())
+std::string ErrorOf(const std::string& step, const io::Frame& frame = FrameWithStar())
 {
-    return test::ErrorOf<Error>([&] { After(step, frame); });
+    return test::ErrorOf<Error>([&] { Restored(step, frame); });
 }
 
 TEST(Restoration, LucyTakesItsNumbersFromTheStepOrTheHeader)
 {
-    io::Frame frame = MakeFrame(3);
+    io::Frame frame = FrameWithStar(3);
     CImgLucy expected(frame.image);
     CRect rect(10, 20, 80, 90);
     ASSERT_EQ(expected.Do(1.5, 1.6, 6.0, 4, &rect, 0), 1);
     const std::string rest = ",iterations=4,rect=10:20:80:90";
-    EXPECT_EQ(Samples(After("lucy:sigma=1.5,gain=1.6,read-noise=6" + rest, frame)), Samples(expected));
-    EXPECT_NE(Samples(After("lucy:sigma=1.5" + rest, frame)), Samples(expected));
+    EXPECT_EQ(Samples(Restored("lucy:sigma=1.5,gain=1.6,read-noise=6" + rest, frame)), Samples(expected));
+    EXPECT_NE(Samples(Restored("lucy:sigma=1.5" + rest, frame)), Samples(expected));
     frame.header.Set("EGAIN", 0.4);
     frame.header.Set("RDNOISE", 3.0);
     frame.header.Set("NCOMBINE", 4);
-    EXPECT_EQ(Samples(After("lucy:sigma=1.5" + rest, frame)), Samples(expected));
-    EXPECT_NEAR(After("lucy:fwhm=3.5322" + rest, frame).GetPixelGrayRaw(40, 50, 1), expected.GetPixelGrayRaw(40, 50, 1),
-                2.0);
+    EXPECT_EQ(Samples(Restored("lucy:sigma=1.5" + rest, frame)), Samples(expected));
+    EXPECT_NEAR(Restored("lucy:fwhm=3.5322" + rest, frame).GetPixelGrayRaw(40, 50, 1),
+                expected.GetPixelGrayRaw(40, 50, 1), 2.0);
 }
 
 TEST(Restoration, MeasuresTheStarsThatCount)
 {
-    io::Frame frame = MakeFrame();
+    io::Frame frame = FrameWithStar();
     EXPECT_NEAR(MeasureNoise(frame.image), std::sqrt(100.0 / 1.6 + 36.0 / 1.6 / 1.6), 1.5);
     for (int i = 0; i < 96; ++i) { // a trail, hot pixels, and a column that is saturated
         for (int d = -1; d <= 1; ++d) {
@@ -81,36 +81,36 @@ TEST(Restoration, MeasuresTheStarsThatCount)
         frame.image.SetPixelGrayRaw(93, i, 9000.0F, 0);
     }
     EXPECT_NEAR(MeasureStarSigma(frame.image), 1.6, 0.15); // a pixel adds to the blur
-    EXPECT_EQ(Samples(After("lucy")), Samples(After("lucy:fwhm=auto")));
+    EXPECT_EQ(Samples(Restored("lucy")), Samples(Restored("lucy:fwhm=auto")));
 }
 
 TEST(Restoration, WienerKeepsFluxLevelsAndPlaces)
 {
-    const io::Frame before = MakeFrame(3);
+    const io::Frame before = FrameWithStar(3);
     for (const std::string rect : {"", ",rect=8:8:90:93"}) {
-        const CStlImage after = After("wiener:sigma=1.5" + rect, before);
+        const CStlImage after = Restored("wiener:sigma=1.5" + rect, before);
         EXPECT_NEAR(after.GetAvrGrayRaw(2) / before.image.GetAvrGrayRaw(2), 1.0, rect.empty() ? 5e-3 : 0.02) << rect;
         EXPECT_EQ(after.GetLevelMin(2), 92.0);
         EXPECT_EQ(after.GetLevelMax(2), 300.0);
         EXPECT_GT(after.GetPixelGrayRaw(40, 50, 2), 1.5F * before.image.GetPixelGrayRaw(40, 50, 2));
-        EXPECT_NEAR(Centroid(after, 0), 40.0, 0.05);
+        EXPECT_NEAR(StarPlace(after, 0), 40.0, 0.05);
         EXPECT_EQ(after.GetPixelGrayRaw(7, 50, 1) == before.image.GetPixelGrayRaw(7, 50, 1), !rect.empty());
     }
 }
 
 TEST(Restoration, MaxentKeepsStarsWhereTheCoordinatesHaveThem)
 {
-    io::Frame before = MakeFrame();
+    io::Frame before = FrameWithStar();
     double is = 0.0;
-    EXPECT_EQ(After("maxent:sigma=1.5,iterations=3", before).GetCRPix(0, &is), 0);
+    EXPECT_EQ(Restored("maxent:sigma=1.5,iterations=3", before).GetCRPix(0, &is), 0);
     before.image.SetCRPix(0, 31.0);
     before.image.SetCRPix(1, 31.0);
     for (const char* kept : {"", ",resample=yes", ",rect=8:8:90:93"}) {
-        const CStlImage after = After(std::string("maxent:sigma=1.5,iterations=30") + kept, before);
+        const CStlImage after = Restored(std::string("maxent:sigma=1.5,iterations=30") + kept, before);
         for (int axis = 0; axis < 2; ++axis) {
             after.GetCRPix(axis, &is);
             EXPECT_NEAR(is, *kept == '\0' ? 30.5 : 31.0, 1e-12) << kept;
-            EXPECT_NEAR(Centroid(after, axis) - is, Centroid(before.image, axis) - 31.0, 0.04) << kept;
+            EXPECT_NEAR(StarPlace(after, axis) - is, StarPlace(before.image, axis) - 31.0, 0.04) << kept;
         }
         EXPECT_GT(after.GetPixelGrayRaw(40, 50, 0), 1.2F * before.image.GetPixelGrayRaw(40, 50, 0));
     }
@@ -118,10 +118,10 @@ TEST(Restoration, MaxentKeepsStarsWhereTheCoordinatesHaveThem)
 
 TEST(Restoration, RefusesWhatItWouldSpoil)
 {
-    io::Frame odd = MakeFrame(3);
+    io::Frame odd = FrameWithStar(3);
     odd.image.SetPixelGrayRaw(12, 7, INFINITY, 1);
     odd.image.SetPixelGrayRaw(0, 8, NAN, 1);
-    io::Frame blank = MakeFrame();
+    io::Frame blank = FrameWithStar();
     Write(Field(96, 96, 7.0), blank.image);
     EXPECT_EQ(ErrorOf("lucy", blank), "lucy: fwhm = auto: there is no star to measure; give sigma or fwhm");
     EXPECT_EQ(ErrorOf("maxent:sigma=2", blank), "maxent: image: shows no noise to measure; give noise");
@@ -183,7 +183,7 @@ TEST(Restoration, TellsItsIterationsAndStopsWithoutAMessageBox)
                                            last = StateOf(*event);
                                        }
                                    }};
-        io::Frame frame = MakeFrame();
+        io::Frame frame = FrameWithStar();
         io::Frame other = frame;
         RunStep(ParseStep(step), frame, run);
         EXPECT_EQ(last.iteration, 3) << step;

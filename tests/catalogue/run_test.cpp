@@ -9,20 +9,20 @@
 namespace corvane::catalogue {
 namespace {
 
-constexpr int kWidth = 5;
-constexpr int kHeight = 3;
+constexpr int kColumns = 5;
+constexpr int kLines = 3;
 
 // Samples tell their place: 100 * plane + 10 * y + x.
-io::Frame MakeFrame(int planes, int width = kWidth)
+io::Frame FrameOfPlaces(int planes, int width = kColumns)
 {
     io::Frame frame;
-    frame.image = test::Make(width, kHeight, planes, [](int x, int y, int p) { return 100 * p + 10 * y + x; });
+    frame.image = test::Make(width, kLines, planes, [](int x, int y, int p) { return 100 * p + 10 * y + x; });
     return frame;
 }
 
-io::Frame After(const std::string& step, int planes = 1)
+io::Frame AfterStep(const std::string& step, int planes = 1)
 {
-    io::Frame frame = MakeFrame(planes);
+    io::Frame frame = FrameOfPlaces(planes);
     RunStep(ParseStep(step), frame, {});
     return frame;
 }
@@ -40,7 +40,7 @@ struct Samples {
 
 void Expect(const Samples& c, int ownLevel)
 {
-    io::Frame frame = MakeFrame(c.planes);
+    io::Frame frame = FrameOfPlaces(c.planes);
     frame.image.SetOwnLevel(ownLevel);
     RunStep(ParseStep(c.step), frame, {});
     EXPECT_FLOAT_EQ(frame.image.GetPixelGrayRaw(0, 0, c.plane), c.first) << c.step;
@@ -105,7 +105,7 @@ TEST(Run, ChangesTheSamplesThatItShould)
     for (const Samples& c : cases) {
         Expect(c, 0);
     }
-    const io::Frame grey = After("to-gray", 3);
+    const io::Frame grey = AfterStep("to-gray", 3);
     EXPECT_EQ(grey.image.GetPlanes(), 1);
     EXPECT_NEAR(grey.image.GetPixelGrayRaw(4, 2, 0), 0.299 * 24 + 0.587 * 124 + 0.114 * 224, 1e-3);
 }
@@ -137,7 +137,7 @@ TEST(Run, SaturatesEachHueByItsGain)
 {
     // Red 0, green 100 and blue 200 have an a and a b below 0.
     for (const auto& [gains, changes] : {std::pair{"red=0,yellow=0", false}, {"green=0", true}, {"blue=0", true}}) {
-        io::Frame frame = MakeFrame(3);
+        io::Frame frame = FrameOfPlaces(3);
         frame.image.SetOwnLevel(1);
         catalogue::RunStep(ParseStep(std::string("saturate:gain=1,") + gains), frame, {});
         EXPECT_EQ(std::fabs(frame.image.GetPixelGrayRaw(0, 0, 1) - 100.0) > 1.0, changes) << gains;
@@ -147,7 +147,7 @@ TEST(Run, SaturatesEachHueByItsGain)
 TEST(Run, LeavesUndefinedWhatWasBlank)
 {
     for (const char* const step : {"vignette:k=0.1", "lab"}) {
-        io::Frame frame = MakeFrame(3);
+        io::Frame frame = FrameOfPlaces(3);
         frame.image.SetBlankUsed(1);
         frame.image.SetBlank(124); // the last sample of plane 1
         catalogue::RunStep(ParseStep(step), frame, {});
@@ -162,7 +162,7 @@ TEST(Run, FillsWhatIsUndefined)
                                                    {"fill:with=sky", 112.0F},
                                                    {"fill:with=value,value=-3", -3.0F}};
     for (const auto& [step, filled] : cases) {
-        io::Frame frame = MakeFrame(3);
+        io::Frame frame = FrameOfPlaces(3);
         frame.image.SetBlankUsed(1);
         frame.image.SetBlank(124); // the last sample of plane 1, in the corner
         frame.image.SetPixelGrayRaw(0, 1, INFINITY, 0);
@@ -175,8 +175,8 @@ TEST(Run, FillsWhatIsUndefined)
 
 TEST(Run, SetsLevelsOfThePlanesThatItShould)
 {
-    const CStlImage every = After("levels:min=-1,max=9", 3).image;
-    const CStlImage one = After("levels:min=-1,max=9,plane=1", 3).image;
+    const CStlImage every = AfterStep("levels:min=-1,max=9", 3).image;
+    const CStlImage one = AfterStep("levels:min=-1,max=9,plane=1", 3).image;
     for (int plane = 0; plane < 3; ++plane) {
         EXPECT_EQ(every.GetLevelMin(plane), -1.0);
         EXPECT_EQ(every.GetLevelRange(plane), 10.0);
@@ -184,37 +184,37 @@ TEST(Run, SetsLevelsOfThePlanesThatItShould)
     }
     EXPECT_TRUE(every.HasOwnLevel());
     // The samples 0..4, 10..14, 20..24: mean 12, variance 68 + 2/3; 100 sigma are cut to the data.
-    const CStlImage automatic = After("auto-levels:low=0.5,high=100").image;
+    const CStlImage automatic = AfterStep("auto-levels:low=0.5,high=100").image;
     EXPECT_NEAR(automatic.GetLevelMin(0), 12.0 - 0.5 * std::sqrt(206.0 / 3.0), 1e-9);
     EXPECT_EQ(automatic.GetLevelMax(0), 24.0);
 }
 
 TEST_F(RunWithFiles, CalibratesWithFramesFromFiles)
 {
-    io::Frame one = MakeFrame(1);
+    io::Frame one = FrameOfPlaces(1);
     one.image.SetLevel(0, 2.0, 4.0);
     one.image.CutOutOfLevel(); // 2, 2, 2, 3, 4, then all 4: mean 53 / 15
     io::Save(Path("calibration,1.fits"), one.image, {});
     const std::string argument = "file=" + Path("calibration,,1.fits");
     for (const int planes : {1, 3}) {
-        const CStlImage dark = After("dark:" + argument, planes).image;
+        const CStlImage dark = AfterStep("dark:" + argument, planes).image;
         EXPECT_FLOAT_EQ(dark.GetPixelGrayRaw(4, 2, planes - 1), static_cast<float>(100 * planes - 80));
         EXPECT_FLOAT_EQ(dark.GetPixelGrayRaw(1, 0, 0), 0.0F);
-        const CStlImage flat = After("flat:" + argument, planes).image;
+        const CStlImage flat = AfterStep("flat:" + argument, planes).image;
         EXPECT_FLOAT_EQ(flat.GetPixelGrayRaw(3, 0, 0), static_cast<float>(53.0 / 15.0));
     }
 }
 
 TEST_F(RunWithFiles, BringsCalibrationFramesIntoTheOrderOfRowsOfTheImage)
 {
-    io::Frame calibration = MakeFrame(1); // the image upside down, one column to the left
+    io::Frame calibration = FrameOfPlaces(1); // the image upside down, one column to the left
     calibration.image =
-        test::Make(kWidth, kHeight, 1, [](int x, int y, int) { return 10 * (kHeight - 1 - y) + x + 1; });
+        test::Make(kColumns, kLines, 1, [](int x, int y, int) { return 10 * (kLines - 1 - y) + x + 1; });
     for (const char* const order : {"TOP-DOWN", "BOTTOM-UP", ""}) {
         calibration.header.Set("ROWORDER", order);
         io::Save(Path("calibration.fits"), calibration.image, calibration.header);
         for (const char* const step : {"dark", "flat"}) {
-            io::Frame frame = MakeFrame(1);
+            io::Frame frame = FrameOfPlaces(1);
             frame.header.Set("ROWORDER", "BOTTOM-UP");
             frame.image.SetOrgFileName("light.fits");
             std::string notes;
@@ -233,12 +233,12 @@ TEST_F(RunWithFiles, BringsCalibrationFramesIntoTheOrderOfRowsOfTheImage)
 TEST_F(RunWithFiles, LeavesUndefinedSamplesOutOfTheFlat)
 {
     for (const auto& [hole, bits] : {std::pair{NAN, -32}, {INFINITY, -32}, {-INFINITY, -32}, {NAN, 16}}) {
-        io::Frame flat = MakeFrame(3);
+        io::Frame flat = FrameOfPlaces(3);
         flat.image.SetPixelGrayRaw(0, 0, 12.0F, 0); // no sample is 0, which integers keep for what is undefined
         flat.image.SetPixelGrayRaw(2, 1, hole, 0);
         flat.image.SetPixelGrayRaw(4, 2, hole, 2);
         io::Save(Path("flat.fits"), flat.image, {}, {bits});
-        io::Frame frame = MakeFrame(3);
+        io::Frame frame = FrameOfPlaces(3);
         std::string notes;
         catalogue::RunStep(ParseStep("flat:file=" + Path("flat.fits")), frame,
                            {.diagnostics = [&](const Diagnostic& told) { notes += std::get<Note>(told).text; }});
@@ -256,7 +256,7 @@ TEST_F(RunWithFiles, LeavesUndefinedSamplesOutOfTheFlat)
 TEST(Run, WritesTextToBeReadOnTheScreen)
 {
     for (const bool isTopDown : {false, true}) {
-        io::Frame frame = MakeFrame(1, 20);
+        io::Frame frame = FrameOfPlaces(1, 20);
         if (isTopDown) {
             frame.header.Set("ROWORDER", "TOP-DOWN");
         }
@@ -268,14 +268,14 @@ TEST(Run, WritesTextToBeReadOnTheScreen)
 
 TEST(Run, DebayersByTheHeaderAndTakesItsCardsAway)
 {
-    io::Frame frame = MakeFrame(1);
+    io::Frame frame = FrameOfPlaces(1);
     frame.header.Set("BAYERPAT", "RGGB");
     frame.header.Set("XBAYROFF", 1); // the first pixel is green, with red beside it and blue below
     catalogue::RunStep(ParseStep("debayer:method=bilinear"), frame, {});
     EXPECT_EQ(frame.image.GetPixelGrayRaw(0, 0, 0), 1.0F);
     EXPECT_EQ(frame.image.GetPixelGrayRaw(0, 0, 2), 10.0F);
     EXPECT_FALSE(frame.header.Has("BAYERPAT") || frame.header.Has("XBAYROFF"));
-    frame = MakeFrame(1);
+    frame = FrameOfPlaces(1);
     frame.header.Set("BAYERPAT", "XTRANS");
     EXPECT_THROW(catalogue::RunStep(ParseStep("debayer"), frame, {}), Error);
 }
@@ -284,8 +284,8 @@ TEST_F(RunWithFiles, RefusesWhatDoesNotFitTheFrame)
 {
     const std::string wide = Path("wide.fits");
     const std::string colour = Path("colour.fits");
-    io::Save(wide, MakeFrame(1, 7).image, {});
-    io::Save(colour, MakeFrame(3).image, {});
+    io::Save(wide, FrameOfPlaces(1, 7).image, {});
+    io::Save(colour, FrameOfPlaces(3).image, {});
     const std::string nothing = Path("nothing.fits");
     io::Save(nothing, test::Make(5, 3, 1, [](int, int, int) { return NAN; }), {});
     const std::tuple<std::string, int, std::string> cases[] = {
@@ -318,13 +318,13 @@ TEST_F(RunWithFiles, RefusesWhatDoesNotFitTheFrame)
         {"flat:file=" + nothing, 1, "flat: file = " + nothing + ": has no sample that is defined"},
     };
     for (const auto& [step, planes, error] : cases) {
-        EXPECT_EQ(test::ErrorOf<Error>([&] { After(step, planes); }), error);
+        EXPECT_EQ(test::ErrorOf<Error>([&] { AfterStep(step, planes); }), error);
     }
 }
 
 TEST_F(RunWithFiles, StatisticsLeaveOutBlanksAndWhatIsNotFinite)
 {
-    io::Frame frame = MakeFrame(3);
+    io::Frame frame = FrameOfPlaces(3);
     frame.image.SetPixelGrayRaw(0, 0, NAN, 0);
     frame.image.SetPixelGrayRaw(1, 0, INFINITY, 0);
     io::Save(Path("statistics.fits"), frame.image, {});

@@ -35,7 +35,7 @@ auto UnlessRefused(Work work) -> std::optional<decltype(work())>
     }
 }
 
-std::optional<io::Frame> After(const Step& step, io::Frame frame)
+std::optional<io::Frame> Outcome(const Step& step, io::Frame frame)
 {
     return UnlessRefused([&] {
         RunStep(step, frame, {});
@@ -121,7 +121,7 @@ protected:
             for (int column = 0; column < 4; ++column) {
                 const CRect tile(kTileColumns[column], kTileRows[row], kTileColumns[column + 1], kTileRows[row + 1]);
                 const CRect cut = CutFor(footprint, tile, kFrameWidth, kFrameHeight);
-                const std::optional<io::Frame> part = After(StepFor(cut, step, frame), Cut(frame, cut));
+                const std::optional<io::Frame> part = Outcome(StepFor(cut, step, frame), Cut(frame, cut));
                 if (!part || part->image.GetWidth() != cut.Width() || part->image.GetHeight() != cut.Height() ||
                     !HaveSameLevels(part->image, whole.image)) {
                     return false;
@@ -154,7 +154,7 @@ protected:
         }
         const bool hasLevels = frame.image.HasOwnLevel() != 0;
         const bool mayBeCut = footprint.MayBeCut(hasLevels);
-        const std::optional<io::Frame> whole = After(step, frame);
+        const std::optional<io::Frame> whole = Outcome(step, frame);
         if (!whole) {
             return;
         }
@@ -196,7 +196,7 @@ private:
     void CheckLevels(const Step& step, const Footprint& footprint, const io::Frame& frame, const CStlImage& image)
     {
         const auto areRead = [&] {
-            const std::optional<io::Frame> other = After(step, WithLevels(frame, 900.3, 60000.9));
+            const std::optional<io::Frame> other = Outcome(step, WithLevels(frame, 900.3, 60000.9));
             return !other || !AreSame(other->image, image);
         };
         if (footprint.levels == LevelUse::Unread) {

@@ -4,7 +4,7 @@ source "$(dirname "$0")/check.bash"
 # night BAYER RUNS OPTION...: stacks a night of a filter mosaic, or of none, with so many threads and so much memory.
 night() {
     rm -rf night [0-9]* # of the night before
-    "$MAKE_NIGHT" --lights 4 --darks 2 --flats 2 --bias 2 --size 640x420 --stars 200 --turn 0.5 --bayer "$1" night \
+    "$MAKE_NIGHT" --lights 4 --darks 2 --flats 2 --bias 2 --size 400x280 --stars 120 --turn 0.5 --bayer "$1" night \
         >/dev/null || fail make-night
     local runs=$2
     shift 2
@@ -18,8 +18,8 @@ night() {
     done
 }
 
-night '' '1:1G 2:1G 3:6M 7:1G 32:8M' --method clipped-mean --weight noise --normalise local
-night RGGB '1:1G 2:1G 3:6M 7:1G 32:8M'
-night '' '1:1G 3:6M' --align shift --method clipped-median
-night RGGB '1:1G 3:6M 7:40M' --drizzle 1.5 --interpolate lanczos4 --normalise local
+night '' '1:1G 2:1G 3:3M 7:1G 32:4M' --method clipped-mean --weight noise --normalise local
+night RGGB '1:1G 2:1G 3:3M 7:1G 32:4M'
+night '' '1:1G 3:3M' --align shift --method clipped-median
+night RGGB '1:1G 3:8M' --drizzle 1.5 --interpolate lanczos4 --normalise local
 finish

@@ -15,7 +15,7 @@ using namespace corvane::test;
 namespace {
 
 /// The arguments of one call, but for images and rectangle.
-struct Call {
+struct CompositCall {
     double dx;
     double dy;
     double angle;
@@ -29,7 +29,7 @@ struct Call {
     bool IsDisplay() const { return display != 0 || mode < 0 || mode > 9; }
 };
 
-CImgComposit Composite(const CStlImage& before, CStlImage& base, CStlImage& overlay, const Call& c,
+CImgComposit Composite(const CStlImage& before, CStlImage& base, CStlImage& overlay, const CompositCall& c,
                        CRect* rect = nullptr)
 {
     CImgComposit result(before);
@@ -38,7 +38,7 @@ CImgComposit Composite(const CStlImage& before, CStlImage& base, CStlImage& over
     return result;
 }
 
-double Combined(const Call& c, bool colour, double a, double b, double blank)
+double Combined(const CompositCall& c, bool colour, double a, double b, double blank)
 {
     const double shown = !colour && b <= 0.0 ? 0.0 : a * std::clamp(b, 0.0, 255.0) / 255.0;
     const double guarded = colour || !c.display ? a / b : a / (std::clamp(b, 0.001, 255.0) / 255.0);
@@ -55,7 +55,7 @@ double Combined(const Call& c, bool colour, double a, double b, double blank)
 }
 
 /// The composite in its plain form.
-Plain Expected(const CStlImage& before, const CStlImage& base, const CStlImage& overlay, const Call& c)
+Plain PlainComposit(const CStlImage& before, const CStlImage& base, const CStlImage& overlay, const CompositCall& c)
 {
     Plain expected(before);
     if (base.IsBlankUsed() || overlay.IsBlankUsed() || c.dx != 0.0 || c.dy != 0.0 || c.angle != 0.0) {
@@ -87,7 +87,8 @@ Plain Expected(const CStlImage& before, const CStlImage& base, const CStlImage& 
 }
 
 /// Mode 9 in its plain form.
-Plain ExpectedDesaturated(const CStlImage& before, const CStlImage& base, const CStlImage& overlay, const Call& c)
+Plain ExpectedDesaturated(const CStlImage& before, const CStlImage& base, const CStlImage& overlay,
+                          const CompositCall& c)
 {
     Plain r(before);
     const Plain first(base);
@@ -154,10 +155,10 @@ TEST(Composit, AgreesWithThePlainFormWhateverTheImagesAndTheMode)
         CStlImage before(base);
         before.CImage::SetLevel(0, 3.5, 251.0);
         const auto& [dx, dy, angle] = kPlaces[random.Whole(0, 5)];
-        const Call call{
+        const CompositCall call{
             dx, dy, angle, random.Whole(-1, 10), random.Whole(0, 1), random.Whole(0, 1), 1.3, 0.7, random.Whole(-1, 3)};
-        const Plain expected =
-            call.mode == 9 ? ExpectedDesaturated(before, base, overlay, call) : Expected(before, base, overlay, call);
+        const Plain expected = call.mode == 9 ? ExpectedDesaturated(before, base, overlay, call)
+                                              : PlainComposit(before, base, overlay, call);
         const CImgComposit result = Composite(before, base, overlay, call);
         ASSERT_TRUE(Agree(result, expected, 1, 1e-9)) << i << ", mode " << call.mode;
         ASSERT_EQ(result.IsBlankUsed() != 0, expected.blankUsed);
@@ -170,8 +171,8 @@ TEST(Composit, KeepsToTheRectangleAndToWhatTheBaseHas)
     CStlImage base = RandomImage({17, 13}, 1, 1);
     CStlImage overlay = RandomImage({19, 11}, 3, 2);
     for (const CStlImage& before : {RandomImage({17, 13}, 1, 3), RandomImage({23, 20}, 3, 4)}) {
-        const Call mean{0.5, 0.5, 3.0, 1};
-        EXPECT_TRUE(Agree(Composite(before, base, overlay, mean), Expected(before, base, overlay, mean), 1));
+        const CompositCall mean{0.5, 0.5, 3.0, 1};
+        EXPECT_TRUE(Agree(Composite(before, base, overlay, mean), PlainComposit(before, base, overlay, mean), 1));
         for (const int mode : {1, 9}) {
             ExpectToKeepToRects(before, [&](CRect* rect) {
                 return Composite(before, base, overlay, {0.5, 0.5, 3.0, mode}, rect);
@@ -212,7 +213,7 @@ TEST(Composit, IsHarmlessWhateverTheArguments)
     CStlImage empty;
     for (const double odd : {static_cast<double>(NAN), HUGE_VAL, -HUGE_VAL, 1e300, 2147483647.0}) {
         for (const int mode : {kMin, 0, 9}) {
-            const Call call{odd, odd, mode == 0 ? odd : 0.0, mode, 0, 0, odd, odd, kMin};
+            const CompositCall call{odd, odd, mode == 0 ? odd : 0.0, mode, 0, 0, odd, odd, kMin};
             const CImgComposit result = Composite(base, base, base, call);
             const double undefined = mode == 0 ? result.GetBlank() : result.GetLevelMin(1);
             const double v = mode == 9 ? base.GetPixelGrayRaw(3, 3, 1) : undefined;

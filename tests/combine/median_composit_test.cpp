@@ -71,7 +71,7 @@ void PlainRow(Plain& target, int row, std::vector<Frame>& frames, std::size_t me
 }
 
 /// Stacks the frames both ways and compares target and frames.
-void Check(const std::vector<Frame>& frames, Size size, int planes)
+void CheckFrames(const std::vector<Frame>& frames, Size size, int planes)
 {
     for (const std::size_t method : {0, 1, 2}) {
         SCOPED_TRACE(testing::Message() << frames.size() << " frames, method " << method);
@@ -114,10 +114,10 @@ TEST(MedianComposit, PlacedFramesWithBlanksAndDifferentSizes)
             }
             frames.push_back({image, shifts[i], shifts[5 - i], i % 2 == 0 ? 0.0 : 3.5 * i});
         }
-        Check(frames, {19, 14}, planes);
+        CheckFrames(frames, {19, 14}, planes);
         Sprinkle(frames[2].image, {0.5F}, 73);
-        Check({{frames[2].image, -4.0}, {frames[0].image}}, {19, 2}, planes); // outside at the end of row 0
-        Check({frames.begin() + 2, frames.begin() + 4}, {641, 3}, planes);
+        CheckFrames({{frames[2].image, -4.0}, {frames[0].image}}, {19, 2}, planes); // outside at the end of row 0
+        CheckFrames({frames.begin() + 2, frames.begin() + 4}, {641, 3}, planes);
     }
 }
 

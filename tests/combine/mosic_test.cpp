@@ -11,7 +11,7 @@ using namespace corvane::test;
 namespace {
 
 /// The arguments of one call, but for images and rectangle.
-struct Call {
+struct MosicCall {
     int ox;
     int oy;
     double dx;
@@ -24,7 +24,7 @@ struct Call {
     float outside[1] = {12.5F};
 };
 
-CImgMosic Joined(const CStlImage& canvas, CStlImage& first, CStlImage& second, Call c, CRect* rect = nullptr)
+CImgMosic Joined(const CStlImage& canvas, CStlImage& first, CStlImage& second, MosicCall c, CRect* rect = nullptr)
 {
     CImgMosic result(canvas);
     result.Do(&first, c.ox, c.oy, &second, c.dx, c.dy, c.angle, c.mode, c.key, c.outside, c.display, c.average, rect,
@@ -32,7 +32,7 @@ CImgMosic Joined(const CStlImage& canvas, CStlImage& first, CStlImage& second, C
     return result;
 }
 
-bool SecondShows(const Plain& canvas, const Call& c, const double* a, const double* b)
+bool SecondShows(const Plain& canvas, const MosicCall& c, const double* a, const double* b)
 {
     const double ofA = canvas.Bright([&](int p) { return a[p]; });
     const double ofB = canvas.Bright([&](int p) { return b[p]; });
@@ -47,7 +47,7 @@ bool SecondShows(const Plain& canvas, const Call& c, const double* a, const doub
 }
 
 /// The mosaic in its plain form.
-Plain Expected(const CStlImage& canvas, const CStlImage& first, const CStlImage& second, const Call& c)
+Plain PlainMosic(const CStlImage& canvas, const CStlImage& first, const CStlImage& second, const MosicCall& c)
 {
     const Plain before(canvas);
     const double outside = c.display ? c.outside[0] : 0.0;
@@ -67,7 +67,7 @@ Plain Expected(const CStlImage& canvas, const CStlImage& first, const CStlImage&
 
 TEST(Mosic, AgreesWithThePlainFormInEveryMode)
 {
-    const Call calls[] = {
+    const MosicCall calls[] = {
         {0, 0, 0.0, 0.0, 0.0, 0}, {3, 2, 7.0, -4.0, 0.0, 0}, {-2, 5, 2.5, 3.25, 0.0, 0}, {4, 4, 3.0, 1.0, -33.3, 0}};
     for (int kind = 0; kind < 8; ++kind) {
         const CStlImage canvas = RandomImage({29, 23}, kind % 2 == 0 ? 1 : 3, 1);
@@ -80,12 +80,13 @@ TEST(Mosic, AgreesWithThePlainFormInEveryMode)
             const float off = 0.0604F * static_cast<float>(i % 16);
             second.SetPixelGrayRaw(3, i % 16, calls[0].key[i / 16] + off, i / 16);
         }
-        for (Call call : calls) {
+        for (MosicCall call : calls) {
             for (int i = 0; i < 7 * 4; ++i) {
                 call.mode = i % 7 - 1;
                 call.display = i / 7 % 2;
                 call.average = i / 14;
-                ASSERT_TRUE(Agree(Joined(canvas, first, second, call), Expected(canvas, first, second, call), 1, 1e-9))
+                ASSERT_TRUE(
+                    Agree(Joined(canvas, first, second, call), PlainMosic(canvas, first, second, call), 1, 1e-9))
                     << "kind " << kind << ", mode " << call.mode << ", " << call.display << call.average;
             }
         }
@@ -110,7 +111,7 @@ TEST(Mosic, ReportsRowsAndTakesNullForZero)
     const CStlImage before(canvas);
     canvas.Do(&first, 1, 1, &first, 0.5, 0.5, 0.0, 1, nullptr, nullptr, 1, 0, nullptr, 1);
     EXPECT_EQ(window.Take(), Counted("Creating mosaic...", 5, {1, 1, 1, 1, 1}));
-    EXPECT_TRUE(Agree(canvas, Expected(before, first, first, {1, 1, 0.5, 0.5, 0.0, 1, 1, 0, {}, {}}), 1, 1e-9));
+    EXPECT_TRUE(Agree(canvas, PlainMosic(before, first, first, {1, 1, 0.5, 0.5, 0.0, 1, 1, 0, {}, {}}), 1, 1e-9));
 }
 
 TEST(Mosic, IsHarmlessWhateverTheArguments)
@@ -119,7 +120,7 @@ TEST(Mosic, IsHarmlessWhateverTheArguments)
     CStlImage first = RandomImage({7, 5}, 3, 1);
     CStlImage empty;
     for (const double odd : {static_cast<double>(NAN), HUGE_VAL, -1e300}) {
-        const Call call{kMost, -kMost, odd, odd, odd, kMost};
+        const MosicCall call{kMost, -kMost, odd, odd, odd, kMost};
         EXPECT_EQ(Samples(Joined(first, first, first, call)), std::vector<float>(105, 0.0F));
         EXPECT_EQ(Samples(Joined(first, empty, empty, call)), std::vector<float>(105, 0.0F));
         EXPECT_EQ(Samples(Joined(empty, first, first, call)).size(), 0U);

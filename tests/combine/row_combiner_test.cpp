@@ -122,7 +122,7 @@ struct Rows {
     std::vector<CombineLine> lines;
 };
 
-void Check(const Rows& rows, CombineMethod method, Coverage coverage)
+void CheckRows(const Rows& rows, CombineMethod method, Coverage coverage)
 {
     std::vector<std::vector<float>> got(5, std::vector<float>(kWidth, 99.0F));
     RowCombiner combiner(method, coverage, rows.weights, kBlank);
@@ -152,8 +152,8 @@ TEST(RowCombiner, TakeTheStatisticOfWhatIsThere)
             for (const auto method :
                  {CombineMethod::kMedian, CombineMethod::kClippedMedian, CombineMethod::kClippedMean}) {
                 SCOPED_TRACE(testing::Message() << n << " frames, gaps " << gaps << ", " << static_cast<int>(method));
-                Check(rows, method, Coverage::kAny);
-                Check(rows, method, Coverage::kAll);
+                CheckRows(rows, method, Coverage::kAny);
+                CheckRows(rows, method, Coverage::kAll);
             }
         }
     }

@@ -19,7 +19,7 @@ using Values = std::valarray<double>;
 constexpr double kSigma = 1.2;
 constexpr double kGain = 1.6;
 constexpr double kReadNoise = 6.0;
-constexpr double kNoise = kReadNoise * kReadNoise / kGain;
+constexpr double kReadVariance = kReadNoise * kReadNoise / kGain;
 
 /// The iteration in double precision, on the grid, with direct sums.
 class PlainLucy {
@@ -47,7 +47,7 @@ public:
     {
         const Values model = Blurred(estimate_, taps_).v;
         Field ratio = data_;
-        ratio.v = (data_.v + kNoise) / (model + kNoise) * weight_.v;
+        ratio.v = (data_.v + kReadVariance) / (model + kReadVariance) * weight_.v;
         Field step = data_;
         step.v = estimate_.v * Blurred(ratio, taps_, -1).v / sensitivity_.v - estimate_.v;
         Field modelStep = Blurred(step, taps_);
@@ -68,7 +68,7 @@ private:
         if (mode_ == LucyMode::kAccelerated || isFirst) {
             return Search(model, modelStep, 1.0, Limit(step));
         }
-        const Values curvature = weight_.v / (model + kNoise) * modelStep_.v;
+        const Values curvature = weight_.v / (model + kReadVariance) * modelStep_.v;
         const double share = -(curvature * modelStep).sum() / (curvature * modelStep_.v).sum();
         const Values turbo = step + share * step_.v;
         if (Limit(turbo) < 1.0) {
@@ -94,8 +94,8 @@ private:
         double c = 1.0;
         double move = 1.0;
         for (int round = 0; std::fabs(move) > 0.01 && round < 20; ++round) {
-            const Values p = (model + c * modelStep) * weight_.v + kNoise;
-            const Values q = data_.v * weight_.v + kNoise;
+            const Values p = (model + c * modelStep) * weight_.v + kReadVariance;
+            const Values q = data_.v * weight_.v + kReadVariance;
             const Values change = weight_.v * modelStep / p;
             const double newton = ((q - p) * change).sum() / (change * change * q).sum();
             move = c + newton >= most ? (most - c) * 0.5 : c + newton <= least ? (least - c) * 0.5 : newton;

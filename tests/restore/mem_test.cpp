@@ -13,14 +13,14 @@ using namespace corvane::test;
 
 namespace {
 
-constexpr double kSigma = 1.5;
+constexpr double kBlur = 1.5;
 constexpr double kNoise = 10.0;
 constexpr int kSize = 128;
 
 /// With a function that has its centre on a sample.
 int RestoreOnGrid(Field& field, int iterations)
 {
-    const std::vector<float> psf = GaussPsf(kSigma, 63);
+    const std::vector<float> psf = GaussPsf(kBlur, 63);
     std::vector<float> plane(std::begin(field.v), std::end(field.v));
     const MemJob job{.width = field.width,
                      .height = field.height,
@@ -40,11 +40,11 @@ TEST(Mem, FitsTheDataToTheNoiseAndComesCloserToTheTruth)
 {
     Random random(12);
     const Field truth = StarField(kSize, 11);
-    const Field data = Exposed(Blurred(truth, GaussTaps(kSigma)), 0.0, kNoise, random);
+    const Field data = Exposed(Blurred(truth, GaussTaps(kBlur)), 0.0, kNoise, random);
     Field result = data;
     ASSERT_EQ(RestoreOnGrid(result, 200), kMemDone);
     EXPECT_LT(RmsError(result, truth), 0.5 * RmsError(data, truth)); // with the best constant, Wiener leaves 0.78
-    const Field model = Blurred(result, GaussTaps(kSigma));
+    const Field model = Blurred(result, GaussTaps(kBlur));
     double chiSquare = 0.0; // away from the edges, beyond which only the engine knows the light
     for (int i = 0; i < 108 * 108; ++i) {
         const std::size_t at = data.Index(10 + i % 108, 10 + i / 108);
@@ -68,7 +68,7 @@ TEST(Mem, LeavesAFaintFieldItsFlux)
     for (const auto& [mean, expected] : {std::pair{47.0, 47.0}, {1e-6, 1e-6}, {0.0, 1000.0}}) {
         for (const int iterations : {0, 5}) {
             Write(Field(24, 18, mean), image);
-            ASSERT_EQ(image.Do(kSigma, 1000.0, iterations, nullptr, 0), 1);
+            ASSERT_EQ(image.Do(kBlur, 1000.0, iterations, nullptr, 0), 1);
             EXPECT_NEAR(image.GetPixelGrayRaw(3, 4, 0), expected, 1e-5 * expected) << iterations;
         }
     }
@@ -79,13 +79,13 @@ TEST(Mem, ReportsWhatItDoes)
     CImgMem image(StarFrame(24, 18, 1));
     std::string report;
     const corvane::Run run{.diagnostics = [&](const Diagnostic& d) { report += ReportOf(std::get<RestoreEvent>(d)); }};
-    image.Do(kSigma, 1e-3, 1, nullptr, false, run);
+    image.Do(kBlur, 1e-3, 1, nullptr, false, run);
     const std::string numbers = std::string(report).substr(0, report.find("factor"));
     EXPECT_EQ(numbers, "array dimension                       4096\nnumber of data                         432\n"
                        "number of unknowns                    4096\nnumber of work-arrays                   10\n");
     EXPECT_NE(report.find("\nfactor to o(1)-scale    "), std::string::npos);
     EXPECT_NE(report.find("\nmain iter                    1     g function "), std::string::npos) << report;
-    EXPECT_EQ(image.Do(kSigma, 1e-30, 1, nullptr, false, {}), Restored::kNotANumber);
+    EXPECT_EQ(image.Do(kBlur, 1e-30, 1, nullptr, false, {}), Restored::kNotANumber);
 }
 
 TEST(Mem, ReadsAStatusDigitByDigit)
@@ -99,7 +99,7 @@ TEST(Mem, ReadsAStatusDigitByDigit)
 
 TEST(Mem, TellsItsProgressAndStopsForEsc)
 {
-    const auto restore = [](CImgMem& image) { return image.Do(kSigma, 1e-3, 2, nullptr, 1); };
+    const auto restore = [](CImgMem& image) { return image.Do(kBlur, 1e-3, 2, nullptr, 1); };
     const std::string end = " (press ESC to cancel)";
     const auto texts = [&](const std::string& plane, const std::string& applying) {
         return std::vector<std::string>{"0:Starting Maximum Entropy processing" + plane,
@@ -119,19 +119,19 @@ TEST(Mem, TellsItsProgressAndStopsForEsc)
 TEST(Mem, TakesRectanglesSmallImagesAndWhatIsNoNumber)
 {
     const CStlImage source = StarFrame(24, 18, 3);
-    ExpectOnlyInside<CImgMem>(source, [](CImgMem& image, CRect* rect) { return image.Do(kSigma, 5.0, 3, rect, 0); });
+    ExpectOnlyInside<CImgMem>(source, [](CImgMem& image, CRect* rect) { return image.Do(kBlur, 5.0, 3, rect, 0); });
     constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
     for (const double odd : {0.0, kNaN, 1e300}) {
         CImgMem result(source);
-        EXPECT_EQ(result.Do(kSigma, odd, 3, nullptr, 0), 1);
+        EXPECT_EQ(result.Do(kBlur, odd, 3, nullptr, 0), 1);
         EXPECT_EQ(Samples(result), Samples(source));
         EXPECT_EQ(result.Do(odd, 5.0, 3, nullptr, 0), 1);
     }
     for (const Size size : {Size{1, 1}, {1, 7}, {97, 1}}) {
         CImgMem small(RandomImage(size, 1, 3));
-        EXPECT_EQ(small.Do(kSigma, 20.0, 5, nullptr, 0), 1);
+        EXPECT_EQ(small.Do(kBlur, 20.0, 5, nullptr, 0), 1);
         EXPECT_GT(small.GetPixelGrayRaw(0, 0, 0), 0.0F);
         small.SetPixelGrayRaw(0, 0, static_cast<float>(kNaN), 0);
-        EXPECT_EQ(small.Do(kSigma, 20.0, 5, nullptr, 0), 1);
+        EXPECT_EQ(small.Do(kBlur, 20.0, 5, nullptr, 0), 1);
     }
 }

@@ -52,7 +52,7 @@ struct Glow {
     double b = 1.4;
 };
 
-void Add(const Glow& glow, CStlImage& image)
+void AddGlow(const Glow& glow, CStlImage& image)
 {
     for (int i = 0; i < kSize * kSize; ++i) {
         const double dx = i % kSize - glow.x;
@@ -163,15 +163,15 @@ TEST(FindStars, TakesTheWidthOfStarsAndNotOfKnotsOrHits)
         settings.cosmicHits = hits;
         settings.hotPixels = 1e-5 * hits;
         CStlImage light = LightOf(settings);
-        Add(Glow{200, 200, glow, 40, 40}, light);
+        AddGlow(Glow{200, 200, glow, 40, 40}, light);
         test::Random random(5);
         for (int i = 0; i < knots; ++i) {
             const double away = random.Between(0.0, 110.0);
             const double turn = random.Between(0.0, 6.28);
             const double wide = fwhm / 2.355 * random.Between(1.3, 3.3);
-            Add(Glow{200 + away * std::cos(turn), 200 + away * std::sin(turn), random.Between(500.0, 5000.0), wide,
-                     wide * random.Between(1.0, 1.3)},
-                light);
+            AddGlow(Glow{200 + away * std::cos(turn), 200 + away * std::sin(turn), random.Between(500.0, 5000.0), wide,
+                         wide * random.Between(1.0, 1.3)},
+                    light);
         }
         const double expected = FittedFwhm(light, settings, isClear);
         EXPECT_NEAR(FindFieldStars(light, 0).fwhm / expected, 1.0, 0.05);
@@ -219,7 +219,7 @@ TEST(FindStars, MarksWhatIsNoStarToMeasureWith)
     for (const auto& c : cases) {
         CStlImage image(light);
         for (const Glow& glow : c.glows) {
-            Add(glow, image);
+            AddGlow(glow, image);
         }
         image.CutOutOfLevel();
         for (const CRect& area : c.areas) {
@@ -237,7 +237,7 @@ TEST(FindStars, MarksWhatIsNoStarToMeasureWith)
 TEST(FindStars, IsNotFloodedByATrail)
 {
     CStlImage image = LightOf(Lattice(night::Profile::kMoffat, 3.3, 30.0, 20.0));
-    Add(Glow{200, 220, 900, 1e6}, image);
+    AddGlow(Glow{200, 220, 900, 1e6}, image);
     const StarField field = FindFieldStars(image, 0);
     const auto isLong = [](const FieldStar& star) {
         return star.isElongated && std::fabs(star.y - star.x - 20.0) < 3.0;
@@ -251,7 +251,7 @@ TEST(FindStars, KnowsTheCeilingOfWholeNumbers)
     for (const auto& [bits, ceiling, isSaturated] :
          {std::tuple(16, 65535.0F, true), {16, 60000.0F, false}, {-32, 65535.0F, false}}) {
         CStlImage image = LightOf(Lattice(night::Profile::kGaussian, 3.3, 20.0, 10.0));
-        Add(Glow{200, 200, 40000}, image);
+        AddGlow(Glow{200, 200, 40000}, image);
         image.SetPixelGrayRaw(200, 200, ceiling, 0);
         image.SetOrgBitsPixel(bits);
         EXPECT_EQ(StarAt(FindFieldStars(image, 0), 200, 200)->isSaturated, isSaturated) << bits << " bits, " << ceiling;

@@ -10,7 +10,7 @@ namespace corvane::stars {
 namespace {
 
 using test::Random;
-using Field = std::vector<FieldStar>;
+using Stars = std::vector<FieldStar>;
 
 constexpr int kSide = 1000;
 const CfPoint kCentre(480, 510);
@@ -33,7 +33,7 @@ Alignment Placed(double dx, double dy, double degrees, double scale = 1.0)
     return alignment;
 }
 
-void Add(Field& field, double x, double y)
+void AddInside(Stars& field, double x, double y)
 {
     if (std::min(x, y) >= 0.0 && std::max(x, y) < kSide) {
         field.push_back({.x = x, .y = y});
@@ -41,11 +41,11 @@ void Add(Field& field, double x, double y)
 }
 
 /// Both frames' stars of a sky that is larger than they are; what comes first is seen by one of them alone.
-std::pair<Field, Field> Frames(const Case& c, std::uint64_t seed)
+std::pair<Stars, Stars> Frames(const Case& c, std::uint64_t seed)
 {
     Random random(seed);
-    Field reference;
-    Field frame;
+    Stars reference;
+    Stars frame;
     for (int i = 0; i < 25 * c.stars; ++i) {
         const int x = random.Whole(-2 * kSide, 3 * kSide - 1);
         const int y = random.Whole(-2 * kSide, 3 * kSide - 1);
@@ -55,10 +55,10 @@ std::pair<Field, Field> Frames(const Case& c, std::uint64_t seed)
         at.x += c.distortion * std::pow(fromCentre / (kSide / 2), 3.0);
         const double kind = random.Between(0.0, 1.0 + c.missing);
         if (kind >= c.missing) {
-            Add(reference, x + error(), y + error());
+            AddInside(reference, x + error(), y + error());
         }
         if (kind < c.missing || kind > 2.0 * c.missing) {
-            Add(frame, (c.isMirrored ? 2.0 * kCentre.x - at.x : at.x) + error(), at.y + error());
+            AddInside(frame, (c.isMirrored ? 2.0 * kCentre.x - at.x : at.x) + error(), at.y + error());
         }
     }
     return {reference, frame};
@@ -77,17 +77,17 @@ void ExpectTruth(const FieldMatch& match, const Case& c, double tolerance)
 
 /// So many stars, each where place(random) says.
 template <class Place>
-Field Scattered(int stars, std::uint64_t seed, Place place)
+Stars Scattered(int stars, std::uint64_t seed, Place place)
 {
     Random random(seed);
-    Field field(static_cast<std::size_t>(stars));
+    Stars field(static_cast<std::size_t>(stars));
     for (FieldStar& star : field) {
         std::tie(star.x, star.y) = place(random);
     }
     return field;
 }
 
-Field Evenly(int stars, std::uint64_t seed)
+Stars Evenly(int stars, std::uint64_t seed)
 {
     return Scattered(stars, seed,
                      [](Random& random) { return std::pair(random.Between(0, kSide), random.Between(0, kSide)); });
@@ -127,7 +127,7 @@ TEST(MatchFields, FitsAllStarsButOutliers)
     auto [reference, frame] = Frames(c, 4);
     const int all = MatchFields(reference, frame, kCentre).stars;
     EXPECT_GT(all, 1500);
-    Field doubled = reference;
+    Stars doubled = reference;
     for (const FieldStar& star : reference) {
         doubled.push_back({.x = star.x + 0.3, .y = star.y});
     }
@@ -164,7 +164,7 @@ TEST(MatchFields, TakesSaturatedStarsOnlyWhenFewAreLeft)
         star.isSaturated = true;
     }
     EXPECT_EQ(MatchFields(reference, frame, kCentre).stars, all);
-    Field others = Evenly(40, 6);
+    Stars others = Evenly(40, 6);
     others.insert(others.end(), frame.begin(), frame.end());
     EXPECT_NE(MatchFields(reference, others, kCentre).reason, "");
     for (FieldStar& star : frame) {
@@ -190,7 +190,7 @@ TEST(MatchFields, NamesNoMatchOfOtherFieldsAndOfWhatOnlyLooksLikeOne)
         const double angle = random.Between(0, 7);
         return std::pair(500 + 400 * r * r * r * std::cos(angle), 500 + 400 * r * r * r * std::sin(angle));
     };
-    const auto expectNone = [](const Field& reference, const Field& frame, MatchOptions options = {}) {
+    const auto expectNone = [](const Stars& reference, const Stars& frame, MatchOptions options = {}) {
         EXPECT_NE(MatchFields(reference, frame, kCentre, options).reason, "") << reference.size();
     };
     for (const int stars : {3, 4, 6, 10, 25, 100, 200}) {
@@ -203,7 +203,7 @@ TEST(MatchFields, NamesNoMatchOfOtherFieldsAndOfWhatOnlyLooksLikeOne)
         expectNone(Scattered(150, seed, line), Scattered(150, seed, line));
         expectNone(Scattered(200, seed, trail), Scattered(200, seed + 50, trail));
         expectNone(Scattered(100, seed, cluster), Scattered(100, seed + 50, cluster));
-        expectNone(Evenly(200, seed), Field(200, {.x = 5.0, .y = 5.0}));
+        expectNone(Evenly(200, seed), Stars(200, {.x = 5.0, .y = 5.0}));
     }
     const Case mirrored{"", 100, 0.0, 0.0, Placed(5.0, 3.0, 2.0), {}, true};
     const auto [reference, frame] = Frames(mirrored, 6);
@@ -211,7 +211,7 @@ TEST(MatchFields, NamesNoMatchOfOtherFieldsAndOfWhatOnlyLooksLikeOne)
     EXPECT_EQ(MatchFields(Evenly(2, 1), frame, kCentre).reason,
               "the reference has 2 usable stars, and 3 are the least");
     expectNone({}, {});
-    expectNone(frame, Field(50, {.x = std::numeric_limits<double>::quiet_NaN(), .y = 1e300}));
+    expectNone(frame, Stars(50, {.x = std::numeric_limits<double>::quiet_NaN(), .y = 1e300}));
 }
 
 } // namespace corvane::stars

@@ -13,8 +13,6 @@ namespace corvane::stars {
 
 namespace {
 
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-
 /// A sky of 1000 that rises by 100 across the frame, with noise 8 and a star in every 28 x 28 samples.
 CStlImage StarrySky(int width, int height)
 {
@@ -60,7 +58,7 @@ TEST(SkyMesh, SortsSamplesOfEitherSign)
 
 TEST(SkyMesh, TakesWhatIsUnknownFromTheCellsAround)
 {
-    for (const float value : {kNaN, std::numeric_limits<float>::infinity(), -5.0F, 0.0F}) {
+    for (const float value : {NAN, std::numeric_limits<float>::infinity(), -5.0F, 0.0F}) {
         SCOPED_TRACE(value); // undefined, blank, and a border of one value
         CStlImage sky = StarrySky(611, 403);
         sky.SetBlank(-5);

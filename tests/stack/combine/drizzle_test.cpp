@@ -58,8 +58,8 @@ double Part(const Alignment& onGrid, double size, int n, int m, int x, int y)
     return Area(Clip(drop, [=](const Position& p) { return y + 0.5 - p.y; })) / whole;
 }
 
-constexpr int kWidth = 40;
-constexpr int kHeight = 31;
+constexpr int kDropsAcross = 40;
+constexpr int kDropsDown = 31;
 const CfPoint kCentre(20, 15);
 
 /// Frames in memory and what becomes of them.
@@ -113,7 +113,7 @@ TEST(Drizzle, EqualsPolygonsClippedOneByOne)
         for (const int i : {0, 1, 2}) {
             Alignment alignment = Alignment::Turned(0.3 * i, -1.7 * i, degrees * i, kCentre);
             alignment.scale = 1.0 + 0.1 * i;
-            frames.Add(test::RandomImage({kWidth, kHeight}, 1, i), alignment);
+            frames.Add(test::RandomImage({kDropsAcross, kDropsDown}, 1, i), alignment);
             frames.plan.judged.frames.back().weight = 1.0 - 0.3 * i;
         }
         frames.images[1].SetPixelGrayRaw(20, 15, NAN, 0);
@@ -124,15 +124,15 @@ TEST(Drizzle, EqualsPolygonsClippedOneByOne)
             const auto& [frame, mapping, normalisation, weight] = frames.plan.judged.frames[i];
             const Alignment& alignment = *mapping.AsAlignment();
             const Alignment onGrid = *OnGrid(alignment, {0, 0, scale}).AsAlignment();
-            for (int k = 0; k < kWidth * kHeight; ++k) {
-                const int n = k % kWidth;
-                const int m = k / kWidth;
+            for (int k = 0; k < kDropsAcross * kDropsDown; ++k) {
+                const int n = k % kDropsAcross;
+                const int m = k / kDropsAcross;
                 const Position near = alignment.Back(n, m);
                 const double rx = std::floor(near.x + 0.5);
                 const double ry = std::floor(near.y + 0.5);
                 const Position judged = alignment.Map(rx, ry);
-                const bool isThere = rx >= 0 && ry >= 0 && rx < kWidth && ry < kHeight && judged.x >= 0.0 &&
-                                     judged.y >= 0.0 && judged.x <= kWidth - 1 && judged.y < kHeight;
+                const bool isThere = rx >= 0 && ry >= 0 && rx < kDropsAcross && ry < kDropsDown && judged.x >= 0.0 &&
+                                     judged.y >= 0.0 && judged.x <= kDropsAcross - 1 && judged.y < kDropsDown;
                 if (!isThere || std::isnan(frames.images[i].GetPixelGrayRaw(judged.x, judged.y, 0))) {
                     continue;
                 }
@@ -172,8 +172,8 @@ TEST(Drizzle, KeepsConstantsAndTheFluxOfStars)
                 const auto alignment = Alignment::Turned(i % 4 / 4.0 + random.Between(0, 0.01),
                                                          i / 4 / 4.0 + random.Between(0, 0.01), degrees, kCentre);
                 const Position at = alignment.Map(20.3, 15.1);
-                constant.Add(Make(kWidth, kHeight, 1, [](int, int, int) { return 1234.5; }), alignment);
-                stars.Add(Make(kWidth, kHeight, 1,
+                constant.Add(Make(kDropsAcross, kDropsDown, 1, [](int, int, int) { return 1234.5; }), alignment);
+                stars.Add(Make(kDropsAcross, kDropsDown, 1,
                                [&](int x, int y, int) {
                                    return 1e4 * std::exp(-(std::pow(x - at.x, 2) + std::pow(y - at.y, 2)) / 3.0);
                                }),
