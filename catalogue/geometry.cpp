@@ -199,16 +199,6 @@ void RunResize(io::Frame& frame, const Arguments& arguments, const Run& run)
     FinishResampling(frame, result, {{width / image.GetWidth(), 0.0, 0.0, height / image.GetHeight()}, 0.0, 0.0});
 }
 
-/// Multiplies what the header says of one pixel.
-void ScaleCards(io::Header& header, std::initializer_list<const char*> names, double factor)
-{
-    for (const char* name : names) {
-        if (const auto value = header.Number(name)) {
-            header.Set(name, *value * factor);
-        }
-    }
-}
-
 void RunBin(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     CStlImage& image = frame.image;
@@ -221,8 +211,12 @@ void RunBin(io::Frame& frame, const Arguments& arguments, const Run& run)
     }
     CImgSoftBinning result(image);
     RequireDone(result.Do(x, y, keepPartial, arguments.Flag("scale-levels"), image, run));
-    ScaleCards(frame.header, {"XBINNING", "XPIXSZ"}, x);
-    ScaleCards(frame.header, {"YBINNING", "YPIXSZ"}, y);
+    for (const auto& [name, factor] : {std::pair("XBINNING", x), std::pair("YBINNING", y)}) {
+        if (const auto binning = frame.header.Number(name)) {
+            frame.header.Set(name, *binning * factor);
+        }
+    }
+    io::ScalePixelSize(frame.header, x, y);
     // The new pixel lies in the middle of its block.
     FinishResampling(frame, result, {{1.0 / x, 0.0, 0.0, 1.0 / y}, (1.0 - x) * 0.5 / x, (1.0 - y) * 0.5 / y});
 }

@@ -277,7 +277,8 @@ int Stack(const StackWords& words, const Session& session)
 
 void AddOutputs(CLI::App& command, StackWords& words)
 {
-    AddOutput(command, words.output, "The stack to write: .fits, .tif or .png");
+    AddOutput(command, words.output, "The stack to write: .fits, .tif or .png; only --plan can do without");
+    command.get_option("--output")->required(false);
     command.add_option("--preview", words.preview, "Write a picture of the stack, too")->type_name("OUT.png");
     command.add_option("--coverage-map", words.coverageMap, "Write how many lights have each pixel, too")
         ->type_name("FILE");
@@ -323,7 +324,15 @@ void AddStack(CLI::App& app, Session& session)
     CLI::App& command = AddCommand(app, session, operation);
     AddOutputs(command, *words);
     AddLightOptions(command, operation, words->lights);
-    command.callback([&session, words] { session.work = [&session, words] { return Stack(*words, session); }; });
+    command.callback([&session, words] {
+        if (words->output.path.empty()) {
+            if (!words->plan) {
+                throw CLI::RequiredError("--output");
+            }
+            words->output.path = "stack.fits";
+        }
+        session.work = [&session, words] { return Stack(*words, session); };
+    });
 }
 
 } // namespace corvane::cli

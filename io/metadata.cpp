@@ -156,6 +156,21 @@ std::optional<double> PixelSize(const Header& header)
     return FirstNumber(header, {"XPIXSZ", "PIXSIZE1", "XPIXELSZ"});
 }
 
+void ScalePixelSize(Header& header, double x, double y)
+{
+    const auto scale = [&header](const char* name, double factor) {
+        if (const auto size = header.Number(name)) {
+            header.Set(name, *size * factor);
+        }
+    };
+    for (const char* name : {"XPIXSZ", "PIXSIZE1", "XPIXELSZ"}) {
+        scale(name, x);
+    }
+    for (const char* name : {"YPIXSZ", "PIXSIZE2", "YPIXELSZ"}) {
+        scale(name, y);
+    }
+}
+
 std::optional<std::string> Filter(const Header& header)
 {
     return FirstText(header, {"FILTER", "FILTER1", "FILTNAM"});

@@ -25,6 +25,8 @@ CORVANE_VISIBLE std::optional<double> Gain(const Header& header);
 CORVANE_VISIBLE std::optional<double> ElectronsPerCount(const Header& header);
 /// Pixel size [micrometres]: XPIXSZ, PIXSIZE1, XPIXELSZ.
 CORVANE_VISIBLE std::optional<double> PixelSize(const Header& header);
+/// Multiplies the pixel size that a header states, and that along y: YPIXSZ, PIXSIZE2, YPIXELSZ.
+CORVANE_VISIBLE void ScalePixelSize(Header& header, double x, double y);
 /// Name of the filter: FILTER, FILTER1, FILTNAM.
 CORVANE_VISIBLE std::optional<std::string> Filter(const Header& header);
 /// @}

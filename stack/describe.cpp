@@ -282,6 +282,9 @@ io::Header DescribeStack(const Options& options, const Plan& plan, const Registr
     if (!plan.onto.IsEmpty()) {
         io::TakeCoordinates(plan.onto.Info(0).header, header);
     }
+    if (options.drizzle) {
+        io::ScalePixelSize(header, 1.0 / *options.drizzle, 1.0 / *options.drizzle);
+    }
     AddHistory(options, plan, times.frames, result, header);
     return header;
 }

@@ -18,6 +18,12 @@ std::string LightsLike(const HeaderFacts& light)
            (light.exposure ? " with " + NumberText(*light.exposure) + " s" : "");
 }
 
+/// True for a light whose header says that it went through frames of a kind before.
+bool IsDone(FrameKind kind, const HeaderFacts& light)
+{
+    return kind == FrameKind::kFlat ? light.HasLostVignetting() : light.HasLostBias();
+}
+
 std::vector<std::string> UseOf(FrameGroup* group)
 {
     if (group == nullptr) {
@@ -66,10 +72,28 @@ CalibrationSet CalibrationChoice::For(const HeaderFacts& light)
     return set;
 }
 
+/// Whether a light goes without frames of a kind because it went through such before; named ones are refused then.
+bool CalibrationChoice::IsSpared(FrameKind kind, const HeaderFacts& light)
+{
+    if (groups_[kind].empty() || !IsDone(kind, light)) {
+        return false;
+    }
+    if (groups_[kind].front().IsDemanded() || refusals_.MayMix()) { // of a kind all are demanded or none
+        refusals_.Refuse(light.file,
+                         "went through a " + std::string(NameOf(kind)) + " before: CALSTAT = " + light.calibration);
+        return false;
+    }
+    refusals_.Warn(LightsLike(light) + " go without " + NameOf(kind) + ": CALSTAT = " + light.calibration);
+    return true;
+}
+
 /// The group that suits best; where none does, `Settle` has the word.
 template <class Measure>
 FrameGroup* CalibrationChoice::Choose(FrameKind kind, const HeaderFacts& light, const Measure& fitOf)
 {
+    if (IsSpared(kind, light)) {
+        return nullptr;
+    }
     FrameGroup* best = nullptr;
     Fit bestFit;
     for (FrameGroup& group : groups_[kind]) {
@@ -104,14 +128,14 @@ void CalibrationChoice::SetFlats(const HeaderFacts& light, const FrameGroup* bia
     if (flats == nullptr) {
         return;
     }
-    set.flatsAreCalibrated = flats->common.isCalibrated;
+    set.flatsAreCalibrated = flats->common.HasLostBias();
     if (set.flatsAreCalibrated) {
         return;
     }
     FrameGroup* const dark = DarkOfFlats(*flats);
     set.flatDarks = UseOf(dark);
     const std::string fault = bias == nullptr ? "" : FitOfBias(*bias, flats->common).fault;
-    if (dark != nullptr || fault.empty()) {
+    if (dark != nullptr || (bias != nullptr && fault.empty())) {
         return;
     }
     for (FrameGroup& other : groups_[FrameKind::kBias]) {
@@ -119,6 +143,9 @@ void CalibrationChoice::SetFlats(const HeaderFacts& light, const FrameGroup* bia
             set.flatDarks = UseOf(&other);
             return;
         }
+    }
+    if (bias == nullptr) {
+        return;
     }
     if (bias->IsDemanded() || refusals_.MayMix()) {
         refusals_.Refuse(bias->common.file, "the bias has " + fault + " as the flat " + flats->common.file);
@@ -154,6 +181,9 @@ FrameGroup* CalibrationChoice::DarkOfFlats(const FrameGroup& flats)
 
 std::string CalibrationChoice::FaultOf(FrameKind kind, const FrameGroup& group, const HeaderFacts& light) const
 {
+    if (kind != FrameKind::kFlatDark && IsDone(kind, light)) {
+        return "the lights went through such before";
+    }
     switch (kind) {
     case FrameKind::kFlat:
         return FitOfFlat(group, light, sessions_).fault;

@@ -38,6 +38,7 @@ public:
     void TellUnused(const HeaderFacts& light, SortedNight& night);
 
 private:
+    bool IsSpared(FrameKind kind, const HeaderFacts& light);
     template <class Measure>
     FrameGroup* Choose(FrameKind kind, const HeaderFacts& light, const Measure& fitOf);
     FrameGroup* Settle(FrameKind kind, const HeaderFacts& light, FrameGroup& group, const std::string& fault);

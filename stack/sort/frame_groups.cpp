@@ -44,7 +44,7 @@ bool Belongs(const FoundFrame& frame, const std::optional<int>& session, FrameKi
     const bool isAsWarm = std::any_of(group.frames.begin(), group.frames.end(), [&](const FoundFrame* other) {
         return TemperaturesMatch(facts.temperature, other->facts.temperature);
     });
-    return facts.isMaster == group.common.isMaster && facts.isCalibrated == group.common.isCalibrated &&
+    return facts.isMaster == group.common.isMaster && facts.HasLostBias() == group.common.HasLostBias() &&
            (kind != FrameKind::kDark || isAsWarm) && (kind != FrameKind::kFlat || session == group.session);
 }
 
@@ -61,7 +61,9 @@ void Join(const FoundFrame& frame, FrameGroup& group)
     keep(group.common.exposure, facts.exposure);
     keep(group.common.temperature, facts.temperature);
     keep(group.common.time, facts.time);
-    group.common.isCalibrated = group.common.isCalibrated && facts.isCalibrated;
+    if (!facts.HasLostBias()) {
+        group.common.calibration = facts.calibration;
+    }
     group.frames.push_back(&frame);
 }
 

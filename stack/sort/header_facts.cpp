@@ -40,7 +40,7 @@ HeaderFacts FactsOf(const io::FrameInfo& frame, const std::string& file, const s
     facts.kind = facts.stated ? facts.stated : KindByName(file, root);
     facts.isMaster = StatesMaster(header) || header.Number("NCOMBINE").value_or(0.0) > 1.0 ||
                      header.Number("STACKCNT").value_or(0.0) > 1.0;
-    facts.isCalibrated = TextOf(header.Text("CALSTAT")).find_first_of("BD") != std::string::npos;
+    facts.calibration = TextOf(header.Text("CALSTAT"));
     const auto offset = header.Number("OFFSET");
     facts.facts = {TextOf(header.Text("INSTRUME")),
                    SizeText(frame.width, frame.height),

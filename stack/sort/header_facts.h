@@ -29,13 +29,15 @@ struct HeaderFacts {
     std::optional<FrameKind> stated;             ///< what the header says that it is
     std::optional<FrameKind> kind;               ///< the same, or what names say
     bool isMaster = false;                       ///< made of several frames
-    bool isCalibrated = false;                   ///< has lost its bias: CALSTAT has a B or D
+    std::string calibration;                     ///< letters of what it went through, as in CALSTAT
     std::array<std::string, kFactCount> facts{}; ///< in words; empty where the header is silent
     std::optional<double> exposure;              ///< [s]
     std::optional<double> temperature;           ///< [degrees Celsius]
     std::optional<double> time;                  ///< start of the exposure [s since 1970]
 
     const std::string& Of(Fact fact) const { return facts[static_cast<std::size_t>(fact)]; }
+    bool HasLostBias() const { return calibration.find_first_of("BD") != std::string::npos; }
+    bool HasLostVignetting() const { return calibration.find('F') != std::string::npos; }
 };
 
 /// What an open frame says; names tell the kind of one that does not, from the folder `root` downwards.

@@ -32,9 +32,10 @@ for words in 'Ha 0 1' 'Ha 2 2' 'O 2 3'; do
     read -r filter day seed <<<"$words"
     make_night --filter "$filter" --day "$day" --exposure $((60 + day)) --seed 1 --drift $((seed * 2)) "two/$filter$day"
 done
-check 0 'two_Ha.fits +Ha +3 +60 +180 +2024-03-09 .* 3 from two/Ha0/flat.*two_Ha.fits +Ha +3 +62 .*Ha2/flat.*two_O.fits' \
-    stack two -o two.fits --plan
-[[ ! -e two_Ha.fits ]] || fail 'a plan wrote something'
+check 0 'stack_Ha.fits +Ha +3 +60 +180 +2024-03-09 .* 3 from two/Ha0/flat.*stack_Ha.fits +Ha +3 +62 .*Ha2/flat.*stack_O.fits' \
+    stack two --plan
+[[ ! -e stack_Ha.fits ]] || fail 'a plan wrote something'
+check 2 'output is required' stack two
 check 0 '"output": "two_O.fits".*"flats": \[[^]]*two/O2/flat_001.fits' stack two -o two.fits --plan --json
 check 0 'stack: two_Ha.fits.*preview: p_Ha.png.*stack: two_O.fits.*preview: p_O.png' stack two -o two.fits --preview p.png
 check 0 '^$' stack -q two -o one.fits --filter o

@@ -1,4 +1,5 @@
-// In place of files: frames made in memory, so that operations which read some run without any file format.
+// In place of files: frames made in memory, so that operations which read some run without any file format. Nothing is
+// written.
 
 #include <memory>
 #include <utility>
@@ -22,6 +23,11 @@ private:
 
 } // namespace
 
+void FrameReader::ReadRows(int plane, int firstRow, int rowCount, float* samples)
+{
+    Read(plane, firstRow, rowCount, samples);
+}
+
 std::unique_ptr<FrameReader> OpenFrame(const std::string& path, Cubes)
 {
     return std::make_unique<NamedFrame>(
@@ -33,6 +39,17 @@ Frame Load(const std::string& path)
     Frame frame = MakeNamedFrame(path);
     ReadCoordinates(frame.header, frame.image);
     return frame;
+}
+
+void CheckSave(const std::string& path, const SaveOptions&)
+{
+    throw FileError(path, "is not written here");
+}
+
+void Save(const std::string& path, const CStlImage&, const Header&, const SaveOptions& options,
+          const std::vector<Extension>&)
+{
+    CheckSave(path, options);
 }
 
 } // namespace corvane::io

@@ -254,6 +254,7 @@ TEST_F(DrizzleTest, StacksOntoAFinerGridOfTheSky)
         header.Set("CRPIX1", 11.0);
         header.Set("CRVAL1", 80.0);
         header.Set("CDELT1", 0.5);
+        header.Set("XPIXSZ", 3.76);
     };
     Options options;
     options.align = AlignMethod::kNone;
@@ -269,6 +270,7 @@ TEST_F(DrizzleTest, StacksOntoAFinerGridOfTheSky)
     EXPECT_EQ(result.rejected.GetWidth(), 30);
     const auto& axis = result.image.GetCoordinates().axes[0]; // the middle of pixel 11 is the corner of two now
     EXPECT_EQ(std::pair(axis.referencePixel.value(), axis.increment.value()), std::pair(21.5, 0.25));
+    EXPECT_EQ(result.header.Number("XPIXSZ"), 1.88);
     options.drizzle = 4.1;
     EXPECT_EQ(ErrorOf([&] { CheckOptions(options); }), "drizzle = 4.1: must be 0.5 to 4");
     options.drizzle.reset();

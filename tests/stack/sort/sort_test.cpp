@@ -120,6 +120,8 @@ TEST_F(SortTest, GivesEachLightWhatSuitsIt)
     Put("n/l4.fits", "LIGHT", 30, {{"FILTER", "O"}, {"DATE-OBS", second}});
     Put("n/l5.fits", "LIGHT", 300, {{"FILTER", "Ha"}}, 100.0, 6);
     Put("n/old.fits", "LIGHT", 300, {{"FILTER", "Ha"}, {"NCOMBINE", "9"}});
+    Put("n/l6.fits", "LIGHT", 30, {{"FILTER", "S"}, {"DATE-OBS", second}, {"CALSTAT", "BD"}});
+    Put("n/f4.fits", "FLAT", 2, {{"FILTER", "S"}});
     Put("n/d1.fits", "DARK", 300, {{"CCD-TEMP", "-9"}});
     Put("n/d2.fits", "DARK", 300, {{"CCD-TEMP", "5"}});
     Put("n/d3.fits", "DARK", 60, {{"CCD-TEMP", cold}});
@@ -141,11 +143,12 @@ TEST_F(SortTest, GivesEachLightWhatSuitsIt)
     const std::string told = Told(night);
     for (const char* line :
          {"l2 | d1 | f2 | e1 | b1\n", "l1 | d1 | f1 | b2 | b1\n", "l3 | d3 | f2 | e1 | b1\n", "O: l4 | d3 |  |  | b1\n",
-          "l5: is 6 x 6, most lights are 8 x 8\n", "old: is a stack\n", "what: nothing tells what it is",
-          "readme.txt: ", "d4: gain 2, not 1\n", "f3: filter R, not HA\n", "d2: others suit the lights better\n"}) {
+          "S: l6 |  | f4 | e1 | \n", "l5: is 6 x 6, most lights are 8 x 8\n", "old: is a stack\n",
+          "what: nothing tells what it is", "readme.txt: ", "d4: gain 2, not 1\n", "f3: filter R, not HA\n",
+          "d2: others suit the lights better\n"}) {
         EXPECT_PRED2(Holds, told, line);
     }
-    ASSERT_EQ(night.stacks.size(), 2U);
+    ASSERT_EQ(night.stacks.size(), 3U);
     EXPECT_EQ(night.stacks[0].options.sets.size(), 3U);
     EXPECT_TRUE(night.stacks[1].options.sets.empty());
     EXPECT_FALSE(night.warnings.empty());
@@ -156,6 +159,7 @@ TEST_F(SortTest, RefusesWhatDoesNotGoTogetherUnlessItMay)
     const std::string light = Put("l1.fits", "LIGHT", 60, {{"FILTER", "Ha"}, {"CCD-TEMP", "0"}});
     const std::string other = Put("l2.fits", "LIGHT", 60, {{"FILTER", "O"}});
     const std::string loud = Put("l3.fits", "LIGHT", 60, {{"GAIN", "5"}});
+    const std::string done = Put("l4.fits", "LIGHT", 60, {{"CALSTAT", "DF"}});
     const std::string dark = Put("d1.fits", "DARK", 60);
     const std::string silent = Put("d2.fits", "", 0.0, {{"GAIN", ""}, {"INSTRUME", ""}});
     const std::string camera = Put("d3.fits", "DARK", 60, {{"INSTRUME", "D"}});
@@ -168,6 +172,8 @@ TEST_F(SortTest, RefusesWhatDoesNotGoTogetherUnlessItMay)
     const Case cases[] = {
         {[&](Options& o) { o.darks = {camera}; }, "d3.fits: the dark has camera D, not C as the light"},
         {[&](Options& o) { o.darks = {silent}; }, kNone},
+        {[&](Options& o) { o.lights = {done}, o.darks = {dark}; }, "l4.fits: went through a dark before: CALSTAT = DF"},
+        {[&](Options& o) { o.lights = {done}, o.flats = {flat}; }, "l4.fits: went through a flat before"},
         {[&](Options& o) { o.flats = {flat}; }, "f1.fits: the flat has filter O, not Ha as the light"},
         {[&](Options& o) { o.darks = {other}; }, "l2.fits: is named as a dark, but its header calls it a light"},
         {[&](Options& o) { o.darks = {light}; }, "l1.fits: is named as a light, too"},
