@@ -73,24 +73,49 @@ constexpr double ExpSeries(double r)
     return Polynomial(kPerFactorial, r);
 }
 
+/// An exponent, brought between `kLeast` and `kMost`, as whole * ln 2 + rest, the rest at most ln 2 / 2 in size.
+struct ReducedExponent {
+    static constexpr double kLeast = -708.0; ///< powers of less would lose digits
+    static constexpr double kMost = 709.0;   ///< powers of more are infinite
+
+    NearestWhole whole;
+    double rest;
+
+    explicit constexpr ReducedExponent(double x) : whole(Within(x) * 0x1.71547652b82fep+0), rest(Rest(Within(x))) {}
+
+private:
+    static constexpr double Within(double x) { return std::min(std::max(x, kLeast), kMost); }
+    constexpr double Rest(double x) const
+    {
+        // ln 2 in two parts, the first with so few digits that k times it is exact.
+        constexpr double kLn2High = 0x1.62e42feep-1;
+        constexpr double kLn2Low = 0x1.a39ef35793c76p-33;
+        const double k = whole.Value();
+        return (x - k * kLn2High) - k * kLn2Low;
+    }
+};
+
 /// e to the power x, within 2 units in the last place, in plain arithmetic: the system's mathematical library rounds
 /// differently from one machine to the next. Without branches, so that a loop over it vectorises.
 ///
 /// Below -708, where the result would lose digits, it is 0; above 709 it is infinite. NaN stays NaN.
 constexpr double Exp(double x)
 {
-    constexpr double kLeast = -708.0;
-    constexpr double kMost = 709.0;
-    constexpr double kPerLn2 = 0x1.71547652b82fep+0;
-    // ln 2 in two parts, the first with so few digits that k times it is exact.
-    constexpr double kLn2High = 0x1.62e42feep-1;
-    constexpr double kLn2Low = 0x1.a39ef35793c76p-33;
+    const ReducedExponent reduced(x);
+    const double result = ExpSeries(reduced.rest) * reduced.whole.PowerOfTwo();
+    const double atMost = x > ReducedExponent::kMost ? std::numeric_limits<double>::infinity() : result;
+    return x < ReducedExponent::kLeast ? 0.0 : atMost;
+}
 
-    const double within = std::min(std::max(x, kLeast), kMost);
-    const NearestWhole whole(within * kPerLn2);
-    const double k = whole.Value();
-    const double result = ExpSeries((within - k * kLn2High) - k * kLn2Low) * whole.PowerOfTwo();
-    return x < kLeast ? 0.0 : (x > kMost ? std::numeric_limits<double>::infinity() : result);
+/// e to the power x less 1, which keeps its digits where x is close to 0: within 4 units in the last place. Above 709 it
+/// is infinite; NaN stays NaN.
+constexpr double Expm1(double x)
+{
+    const ReducedExponent reduced(x);
+    const double series = PolynomialPart<1, kPerFactorial.size() - 1>(kPerFactorial, reduced.rest) * reduced.rest;
+    const double power = reduced.whole.PowerOfTwo();
+    const double result = series * power + (power - 1.0);
+    return x > ReducedExponent::kMost ? std::numeric_limits<double>::infinity() : result;
 }
 
 } // namespace corvane

@@ -62,6 +62,17 @@ constexpr BinaryLogarithm Log2(double x)
     return Log2OfNormal(x * scale, scale == 1.0 ? 1023.0 : 1023.0 + 54.0);
 }
 
+/// The natural logarithm of 1 + x for a finite x above -1, which keeps its digits where x is close to 0: within 4 units in
+/// the last place. A number for other finite x.
+constexpr double Log1p(double x)
+{
+    constexpr double kLn2 = 0x1.62e42fefa39efp-1;
+
+    const double sum = 1.0 + x;
+    const BinaryLogarithm log = Log2OfNormal(sum);
+    return (log.whole + log.fraction) * kLn2 + (x - (sum - 1.0)) / sum; // with what the sum has lost of x
+}
+
 /// A power and its binary logarithm; the power is one where that is from -1022 to 1023.
 struct Power {
     double value;

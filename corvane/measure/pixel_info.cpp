@@ -1,14 +1,13 @@
 #include "corvane/measure/pixel_info.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <limits>
-#include <numeric>
 #include <vector>
 
 #include "corvane/core/blank.h"
 #include "corvane/core/fold.h"
+#include "corvane/core/middle_two.h"
 #include "corvane/measure/clamped_region.h"
 
 using namespace corvane;
@@ -16,58 +15,6 @@ using namespace corvane;
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-/// A whole number for each float, in their order; NaN of either sign comes last.
-std::uint32_t KeyOf(float v)
-{
-    constexpr std::uint32_t kSign = 0x80000000U;
-    constexpr std::uint32_t kNaNKey = 0xFFC00000U;
-    const auto bits = std::bit_cast<std::uint32_t>(v);
-    const std::uint32_t key = bits & kSign ? ~bits : bits | kSign;
-    return v == v ? key : kNaNKey;
-}
-
-float FloatOf(std::uint32_t key)
-{
-    constexpr std::uint32_t kSign = 0x80000000U;
-    return std::bit_cast<float>(key & kSign ? key ^ kSign : ~key);
-}
-
-constexpr std::size_t kHalves = 0x10000; ///< values of one half of the bits of keys
-constexpr std::uint32_t kNoBin = 0xFFFFFFFFU;
-
-/// Counts binOf(sample) of each sample, as often as the weight says; kNoBin is not counted.
-template <class BinOf>
-void CountHalves(const float* samples, int length, std::uint64_t weight, BinOf binOf, std::uint64_t* counts)
-{
-    constexpr int kBlock = 512;
-    for (int begin = 0; begin < length; begin += kBlock) {
-        std::uint32_t bins[kBlock];
-        const int size = std::min(kBlock, length - begin);
-        for (int i = 0; i < size; ++i) {
-            bins[i] = binOf(samples[begin + i]);
-        }
-        // Those that count move together first: a branch for each would be foreseen badly.
-        int counted = 0;
-        for (int i = 0; i < size; ++i) {
-            bins[counted] = bins[i];
-            counted += bins[i] != kNoBin;
-        }
-        for (int i = 0; i < counted; ++i) {
-            counts[bins[i]] += weight;
-        }
-    }
-}
-
-/// The bin that holds the element of a rank; the rank becomes that within the bin. The rank must be below the total.
-std::uint32_t FindBin(const std::vector<std::uint64_t>& counts, std::uint64_t& rank)
-{
-    std::uint32_t bin = 0;
-    for (; rank >= counts[bin]; ++bin) {
-        rank -= counts[bin];
-    }
-    return bin;
-}
 
 struct Measures {
     double max;
@@ -146,22 +93,12 @@ private:
         });
     }
 
-    /// The element count / 2 in order: the upper half of its bits is found first, then the lower half among those.
+    /// The element count / 2 in order.
     double Median() const
     {
-        const auto upper = Count([this](float v) { return isBlank_(v) ? kNoBin : KeyOf(v) >> 16; });
-        const std::uint64_t total = std::accumulate(upper.begin(), upper.end(), std::uint64_t{0});
-        if (total == 0) {
-            return kNaN;
-        }
-        std::uint64_t rank = total / 2;
-        const std::uint32_t high = FindBin(upper, rank);
-        const auto lower = Count([&](float v) {
-            const std::uint32_t key = KeyOf(v);
-            const bool isElsewhere = (key >> 16 != high) | isBlank_(v);
-            return isElsewhere ? kNoBin : key & 0xFFFFU;
-        });
-        return FloatOf(high << 16 | FindBin(lower, rank));
+        const auto middle = MiddleTwo([this](auto binOf) { return Count(binOf); },
+                                      [isBlank = isBlank_](float v) { return isBlank(v) ? kNoKey : KeyOf(v); });
+        return middle ? middle->second : kNaN;
     }
 
     const CStlImage& image_;

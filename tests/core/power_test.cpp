@@ -32,3 +32,19 @@ TEST(Power, AgreesWithTheLibrarysOwnOverTheWholeRange)
         EXPECT_TRUE(test::Same(1.0 / Cbrt(x), 1.0 / x)) << x; // so that zeros show their sign
     }
 }
+
+TEST(Power, LogarithmsAndPowersCloseToOneKeepTheirDigits)
+{
+    test::Random random(5);
+    for (int i = 0; i < 200000; ++i) {
+        const double x = std::ldexp(random.Between(-1.0, 1.0), random.Whole(-300, 40));
+        if (x > -1.0) {
+            ASSERT_NEAR(Log1p(x) / std::log1p(x), 1.0, 9e-16) << x;
+        }
+        if (std::fabs(x) < 700.0) {
+            ASSERT_NEAR(Expm1(x) / std::expm1(x), 1.0, 9e-16) << x;
+        }
+    }
+    EXPECT_EQ(Expm1(-1e9), -1.0);
+    EXPECT_EQ(Expm1(1e9), HUGE_VAL);
+}
