@@ -15,8 +15,9 @@ constexpr std::size_t kLeastWord = 3; // letters; fewer are in every other summa
 
 // What people call what they look for, and the names of the operations that serve.
 constexpr std::pair<const char*, const char*> kMeanings[] = {
-    {"stretch asinh arcsinh log gamma sqrt histogram screen-stretch stf", "curve auto-levels ddp"},
-    {"black white autostretch range window normalize normalise scale-levels", "auto-levels levels clip"},
+    {"stretch asinh log gamma sqrt screen-stretch", "autostretch asinh mtf ghs curve ddp"},
+    {"histogram", "equalise auto-levels curve"},
+    {"black white range window normalize normalise scale-levels", "auto-levels levels clip"},
     {"blur smooth denoise noise noise-reduction", "gaussian mean median"},
     {"convolve lowpass box average boxcar", "gaussian mean"},
     {"deconvolution deconv restore restoration deblur rl richardson", "lucy maxent wiener"},
@@ -71,6 +72,7 @@ bool Holds(const Operation& operation, const std::string& word)
 const std::vector<Group>& Groups()
 {
     static const std::vector<Group> groups{{"Levels", ToneOperations},
+                                           {"Stretches", StretchOperations},
                                            {"Brightness and numbers", AdjustOperations},
                                            {"Calibration", CalibrationOperations},
                                            {"Calibration", MeasureOperations},

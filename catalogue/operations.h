@@ -18,6 +18,7 @@ CORVANE_VISIBLE const Operation& FindOperation(std::string_view name);
 /// @name The groups that `Operations` gathers
 /// @{
 std::vector<Operation> ToneOperations();
+std::vector<Operation> StretchOperations();
 std::vector<Operation> AdjustOperations();
 std::vector<Operation> CalibrationOperations();
 std::vector<Operation> MeasureOperations();
