@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/colour_header.h"
+#include "catalogue/image_beside.h"
 #include "catalogue/restoration.h"
 #include "corvane/core/blank.h"
 #include "corvane/core/error.h"
@@ -80,25 +80,15 @@ SampleNoise NoiseOf(const io::Frame& frame, int plane, const Arguments& argument
     return *noise;
 }
 
-/// An image of zeros, as large as another.
-CStlImage EmptyMask(const CStlImage& image)
-{
-    CStlImage mask(-32, image.GetWidth(), image.GetHeight(), image.GetPlanes(), 1.0, 0.0, 1);
-    mask.SetCoordinates(image.GetCoordinates());
-    return mask;
-}
-
 void SaveMask(const std::string& path, const std::vector<std::vector<CosmicHit>>& hits, const io::Frame& frame)
 {
-    CStlImage mask = EmptyMask(frame.image);
+    CStlImage mask = EmptyLike(frame.image);
     for (std::size_t plane = 0; plane < hits.size(); ++plane) {
         for (const CosmicHit& hit : hits[plane]) {
             mask.SetPixelGrayRaw(hit.x, hit.y, 1.0F, static_cast<int>(plane));
         }
     }
-    io::Header header = frame.header;
-    DropExtremes(header);
-    io::Save(path, mask, header, {.bits = 8});
+    SaveBeside(path, mask, frame, 8);
 }
 
 void RunCosmicRays(io::Frame& frame, const Arguments& arguments, const Run& run)

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string>
 
+#include "catalogue/background.h"
 #include "catalogue/cosmic_rays.h"
 #include "catalogue/display_levels.h"
 #include "catalogue/fill.h"
@@ -213,7 +214,7 @@ Operation Contour()
 
 std::vector<Operation> DevelopOperations()
 {
-    return {Development(), SmoothBackground(), Posterize(), HotPixels(), CosmicRays(), Fill(), Contour()};
+    return {Development(), Background(), SmoothBackground(), Posterize(), HotPixels(), CosmicRays(), Fill(), Contour()};
 }
 
 } // namespace corvane::catalogue

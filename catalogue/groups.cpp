@@ -28,7 +28,7 @@ constexpr std::pair<const char*, const char*> kMeanings[] = {
     {"dilate dilation", "maximum"},
     {"calibrate calibration bias offset pedestal", "dark overscan subtract flat"},
     {"vignetting", "vignette flat"},
-    {"background sky gradient-removal", "smooth-background subtract"},
+    {"background sky gradient gradients gradient-removal flatten", "background smooth-background subtract"},
     {"grayscale greyscale grey gray mono monochrome luminance", "to-grey"},
     {"rgb colour color", "to-color balance saturate"},
     {"white-balance wb", "balance"},

@@ -72,17 +72,6 @@ _corvane_words() {
     'auto-levels per-plane') echo 'yes no' ;;
     'levels:') echo 'min= max= plane=' ;;
     'clip:') echo 'min= max=' ;;
-    'autostretch:') echo 'shadows= target= linked=' ;;
-    'autostretch linked') echo 'yes no' ;;
-    'mtf:') echo 'mid= low= high= rect=' ;;
-    'asinh:') echo 'k= per-plane= low= high= rect=' ;;
-    'asinh per-plane') echo 'yes no' ;;
-    'log:') echo 'k= low= high= rect=' ;;
-    'gamma:') echo 'g= low= high= rect=' ;;
-    'ghs:') echo 'd= b= lp= sp= hp= inverse= low= high= rect=' ;;
-    'ghs inverse') echo 'yes no' ;;
-    'equalise:') echo 'per-plane= low= high= rect=' ;;
-    'equalise per-plane') echo 'yes no' ;;
     'brightness:') echo 'brightness= contrast= centre= rect=' ;;
     'balance:') echo 'red= green= blue= rect=' ;;
     'curve:') echo 'points= file= red= green= blue= entries= rect=' ;;
@@ -138,6 +127,9 @@ _corvane_words() {
     'wiener fwhm') echo 'auto' ;;
     'ddp:') echo 'offset= weight= plane= rect=' ;;
     'ddp plane') echo 'red green blue all' ;;
+    'background:') echo 'mode= model= degree= model-file=' ;;
+    'background mode') echo 'subtract divide' ;;
+    'background model') echo 'polynomial spline mesh' ;;
     'smooth-background:') echo 'level= shape= weight= rect=' ;;
     'smooth-background shape') echo 'cross square3 square5 0 1 2' ;;
     'posterize:') echo 'steps= rect=' ;;
@@ -172,8 +164,8 @@ _corvane_words() {
     'expand:') echo 'x= y=' ;;
     'commands') echo 'info stats render apply stack register composite mosaic match rgb cmy lrgb split stars find-stars ops help' ;;
     'help help') echo 'info stats render apply stack register composite mosaic match rgb cmy lrgb split stars find-stars ops help' ;;
-    'steps') echo 'invert auto-levels levels clip autostretch mtf asinh log gamma ghs equalise brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp smooth-background posterize hot-pixels cosmic-rays fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
-    'ops ops') echo 'invert auto-levels levels clip autostretch mtf asinh log gamma ghs equalise brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp smooth-background posterize hot-pixels cosmic-rays fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
+    'steps') echo 'invert auto-levels levels clip brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp background smooth-background posterize hot-pixels cosmic-rays fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
+    'ops ops') echo 'invert auto-levels levels clip brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp background smooth-background posterize hot-pixels cosmic-rays fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
     esac
 }
 

@@ -1,0 +1,117 @@
+#include "stars/sky_model.h"
+
+#include <cmath>
+#include <random>
+
+#include "tests/support/images.h"
+
+namespace corvane::stars {
+
+namespace {
+
+constexpr int kSkySide = 400;
+
+/// A polynomial of a degree, -1 to 1 across the frame, in 870..1150.
+double Gradient(double u, double v, int degree)
+{
+    return 1000.0 + 90.0 * u - 35.0 * v - (degree > 1 ? 30.0 * u * u + 20.0 * v * v - 25.0 * u * v : 0.0) +
+           (degree > 2 ? 25.0 * u * u * u - 20.0 * u * v * v : 0.0) + (degree > 3 ? 20.0 * u * u * v * v : 0.0);
+}
+
+double Unit(int i)
+{
+    return 2.0 * i / (kSkySide - 1) - 1.0;
+}
+
+/// Light that fills half of the frame, of a brightness up to 80.
+double Nebula(int x, int y)
+{
+    const double r = std::hypot(Unit(x) - 0.2, Unit(y) + 0.1) / 0.8;
+    return r < 1.0 ? 40.0 * (1.0 + std::cos(3.14159265 * r)) : 0.0;
+}
+
+/// The gradient with noise, stars from 1 in 150 square pixels on, and the nebula.
+CStlImage Frame(int degree, double noise, bool hasNebula)
+{
+    std::mt19937 random(4);
+    std::normal_distribution<double> normal;
+    return test::Make(kSkySide, kSkySide, 1, [&](int x, int y, int) {
+        const double square = std::pow(x % 31 - 14, 2) + std::pow(y % 29 - 11, 2);
+        const double star = noise > 0.0 ? (x / 31 * 37 + y / 29 * 53) % 61 * 40.0 * std::exp(-square / 4.0) : 0.0;
+        return Gradient(Unit(x), Unit(y), degree) + star + (noise > 0.0 ? noise * normal(random) : 0.0) +
+               (hasNebula ? Nebula(x, y) : 0.0);
+    });
+}
+
+/// The largest difference of a model and a sky, both above their medians.
+double WorstOf(const SkyModel& model, const SkyModel& sky)
+{
+    std::vector<double> row(kSkySide);
+    std::vector<double> expected(kSkySide);
+    double worst = 0.0;
+    for (int y = 0; y < kSkySide; ++y) {
+        model.FillRow(y, row.data());
+        sky.FillRow(y, expected.data());
+        for (int x = 0; x < kSkySide; ++x) {
+            worst = std::max(worst, std::fabs(row[x] - model.Median() - expected[x] + sky.Median()));
+        }
+    }
+    return worst;
+}
+
+} // namespace
+
+TEST(SkyModel, RecoversPolynomialsIntoTheCorners)
+{
+    for (const int degree : {1, 2, 3, 4}) {
+        SCOPED_TRACE(degree);
+        const SkyModel clean = *FitSkyModel(Frame(degree, 0.0, false), 0, SkyForm::kPolynomial, degree);
+        std::vector<double> row(kSkySide);
+        for (int y = 0; y < kSkySide; ++y) {
+            clean.FillRow(y, row.data());
+            for (int x = 0; x < kSkySide; ++x) {
+                ASSERT_NEAR(row[x], Gradient(Unit(x), Unit(y), degree), 2e-4) << x << ", " << y;
+            }
+        }
+        const CStlImage starry = Frame(degree, 8.0, false);
+        EXPECT_LT(WorstOf(*FitSkyModel(starry, 0, SkyForm::kPolynomial, degree), clean), degree > 2 ? 1.2 : 0.8);
+        EXPECT_LT(WorstOf(*FitSkyModel(starry, 0, SkyForm::kSpline, degree), clean), 4.0);
+        EXPECT_LT(WorstOf(*FitSkyModel(starry, 0, SkyForm::kMesh, degree), clean), 12.0);
+        if (degree < 4) {
+            EXPECT_LT(WorstOf(*FitSkyModel(starry, 0, SkyForm::kPolynomial, std::nullopt), clean), 1.2);
+        }
+    }
+}
+
+TEST(SkyModel, LeavesTheLightOfANebulaInHalfOfTheFrame)
+{
+    for (const int degree : {1, 2}) {
+        const SkyModel with = *FitSkyModel(Frame(degree, 8.0, true), 0, SkyForm::kPolynomial, std::nullopt);
+        const SkyModel without = *FitSkyModel(Frame(degree, 8.0, false), 0, SkyForm::kPolynomial, std::nullopt);
+        double light = 0.0;
+        double lost = 0.0;
+        std::vector<double> row(kSkySide);
+        std::vector<double> expected(kSkySide);
+        for (int y = 0; y < kSkySide; ++y) {
+            with.FillRow(y, row.data());
+            without.FillRow(y, expected.data());
+            for (int x = 0; x < kSkySide; ++x) {
+                light += Nebula(x, y);
+                lost += row[x] - expected[x];
+            }
+        }
+        EXPECT_LT(std::fabs(lost / light), 0.02) << degree;
+    }
+}
+
+TEST(SkyModel, KnowsNoSkyWithoutSamplesAndAnyOfOne)
+{
+    for (const SkyForm form : {SkyForm::kMesh, SkyForm::kPolynomial, SkyForm::kSpline}) {
+        EXPECT_FALSE(FitSkyModel(test::Make(30, 20, 1, [](int, int, int) { return NAN; }), 0, form, 2));
+        std::vector<double> row(1);
+        FitSkyModel(test::Make(1, 1, 1, [](int, int, int) { return 7.0; }), 0, form, 2)->FillRow(0, row.data());
+        EXPECT_NEAR(row[0], 7.0, 1e-12);
+    }
+}
+
+} // namespace corvane::stars
