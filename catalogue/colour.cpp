@@ -2,6 +2,7 @@
 #include <memory>
 #include <vector>
 
+#include "catalogue/colour_balance.h"
 #include "catalogue/display_levels.h"
 #include "catalogue/operations.h"
 #include "catalogue/undefined.h"
@@ -131,6 +132,9 @@ std::vector<Operation> ColourOperations()
          .footprint = Always({}),
          .aliases = {"to-colour"},
          .run = RunConversion<&CStlImage::ToColor>},
+        NeutralSky(),
+        WhiteBalance(),
+        TakeOffGreen(),
         Saturate(),
         ToLabPlanes(),
     };
