@@ -52,8 +52,8 @@ std::optional<double> LightOf(const CStlImage& image, int plane, const FieldStar
             }
         }
     }
-    const double light = sum - count * MedianOf(ring);
-    return light > 0.0 && !ring.empty() ? std::optional(light) : std::nullopt;
+    const double light = ring.empty() ? 0.0 : sum - count * MedianOf(ring);
+    return light > 0.0 ? std::optional(light) : std::nullopt;
 }
 
 } // namespace
