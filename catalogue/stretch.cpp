@@ -89,12 +89,16 @@ Operation Pointwise(const char* name, const char* summary, const std::string& he
             .run = run};
 }
 
+constexpr const char* kAsinhCurve = "asinh";
+
 CStlImage RunAutoStretch(const CStlImage& image, const Arguments& arguments, const Run& run)
 {
     CStlImage result(image);
     const AutoStretchLimits limits{.shadows = arguments.Number("shadows"),
                                    .target = arguments.Number("target"),
-                                   .linked = arguments.Flag("linked")};
+                                   .linked = arguments.Flag("linked"),
+                                   .curve = arguments.Text("curve") == kAsinhCurve ? AutoStretchCurve::kAsinh
+                                                                                   : AutoStretchCurve::kMidtone};
     AutoStretch(result, image, limits, run);
     result.SetOwnLevel(1);
     return result;
@@ -108,7 +112,8 @@ Operation AutoStretchStep()
             .help =
                 "Black is put so far below the median, in standard deviations of the noise (1.4826 times the median "
                 "absolute deviation), and white on the largest sample; they become the display levels. A midtone "
-                "stretch between them, as of mtf, brings the median to the target. A frame that is mostly bright is "
+                "stretch between them, as of mtf, or asinh, brings the median to the target. A frame that is mostly "
+                "bright is "
                 "treated as its negative would be. Blanks and NaN stay and do not count.",
             .parameters = {NumberParameter("shadows", "where black lies, from the median", "standard deviations",
                                            {-100.0, 0.0}, usual.shadows),
@@ -117,7 +122,9 @@ Operation AutoStretchStep()
                            FlagParameter(
                                "linked",
                                "one stretch for all planes, by the means of their statistics, so that colours stay",
-                               usual.linked)},
+                               usual.linked),
+                           ChoiceParameter("curve", "what lifts the median; asinh keeps the colours of stars",
+                                           {"mtf", kAsinhCurve}, "mtf")},
             .footprint = Always({.statistics = true}),
             .aliases = {"auto-stretch", "stf"},
             .run = RunAutoStretch};

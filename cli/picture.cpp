@@ -1,30 +1,73 @@
 #include "cli/picture.h"
 
-#include <filesystem>
+#include <algorithm>
+#include <set>
+
+#include <CLI/Validators.hpp>
 
 #include "catalogue/step.h"
-#include "corvane/core/ascii.h"
-#include "corvane/core/error.h"
 #include "io/metadata.h"
-#include "io/output_file.h"
-#include "io/picture.h"
 
 namespace corvane::cli {
+namespace {
 
-void CheckPicture(const std::string& path)
+void RunText(const std::string& step, io::Frame& frame)
 {
-    if (!SameWord(std::filesystem::path(path).extension().string(), ".png")) {
-        throw NameError(path, "is no name for a picture; it must end with .png");
-    }
-    io::OutputFile::Check(path);
+    catalogue::RunStep(catalogue::ParseStep(step), frame, {});
 }
 
-void SavePicture(const std::string& path, io::Frame& frame, const std::string& levels)
+/// Makes a frame no longer than that: blocks become one pixel first, of which interpolating would leave some out.
+void Reduce(io::Frame& frame, int size)
 {
-    if (!levels.empty()) {
-        catalogue::RunStep(catalogue::ParseStep(levels), frame, {});
+    const int width = frame.image.GetWidth();
+    const int height = frame.image.GetHeight();
+    const int longest = std::max(width, height);
+    if (size == 0 || longest <= size) {
+        return;
     }
-    io::SavePicture(path, frame.image, io::IsBottomUp(frame.header));
+    const auto side = [&](int length) {
+        return std::to_string(std::max(static_cast<int>(1.0 * length * size / longest + 0.5), 1));
+    };
+    if (const int block = std::min(longest / size, std::min(width, height)); block > 1) {
+        RunText("bin:x=" + std::to_string(block), frame);
+    }
+    RunText("resize:width=" + side(width) + ",height=" + side(height), frame);
+}
+
+/// The step that makes a picture of a frame; empty for the levels that it has. Each plane by itself: so the sky is grey.
+std::string StepFor(const PictureWords& words, const CStlImage& image)
+{
+    if (image.HasOwnLevel() != 0 && (words.stretch.empty() || words.stretch == "linear")) {
+        return {};
+    }
+    if (words.stretch == "linear") {
+        return image.IsColor() != 0 ? "auto-levels:per-plane=yes" : "auto-levels";
+    }
+    return words.stretch == "asinh" ? "autostretch:linked=no,curve=asinh" : "autostretch:linked=no";
+}
+
+} // namespace
+
+CLI::Option* AddStretch(CLI::App& command, PictureWords& words)
+{
+    return command
+        .add_option("--stretch", words.stretch,
+                    "How brightness is shown: auto (the sky dark grey, as the step autostretch), asinh (the same with "
+                    "the colours of stars) or linear. Without it, a frame that carries display levels is shown with "
+                    "those, and any other by auto")
+        ->check(CLI::IsMember(std::set<std::string>{"auto", "linear", "asinh"}))
+        ->type_name("auto|linear|asinh");
+}
+
+void SavePicture(const std::string& path, const io::Frame& frame, const PictureWords& words,
+                 const std::optional<std::string>& levels)
+{
+    io::Frame shown{frame.image.Shared(), frame.header};
+    Reduce(shown, words.size);
+    if (const std::string step = levels ? *levels : StepFor(words, shown.image); !step.empty()) {
+        RunText(step, shown);
+    }
+    io::SavePicture(path, shown.image, io::IsBottomUp(shown.header), words.format);
 }
 
 } // namespace corvane::cli

@@ -1,16 +1,29 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include <CLI/App.hpp>
+
 #include "io/frame.h"
+#include "io/picture.h"
 
 namespace corvane::cli {
 
-/// Throws the Error that `SavePicture` would throw for the path alone, NameError unless it ends with .png.
-void CheckPicture(const std::string& path);
+/// How a frame becomes a picture.
+struct PictureWords {
+    std::string stretch{}; ///< auto, linear or asinh; empty: the levels that the frame has of its own, else auto
+    int size = 0;          ///< the longer side at most [pixels]; 0: as it is
+    io::PictureFormat format{};
+};
 
-/// Writes the frame as a picture for the screen, the right way up. `levels` is a catalogue step that sets the display
-/// levels first, as "auto-levels"; with an empty text they are used as they are. Throws Error.
-void SavePicture(const std::string& path, io::Frame& frame, const std::string& levels);
+/// Adds `--stretch`.
+CLI::Option* AddStretch(CLI::App& command, PictureWords& words);
+
+/// Writes the frame as a picture for the screen, the right way up; the frame itself stays. `levels` is a catalogue step
+/// that sets the display levels in place of a stretch, as "auto-levels"; with an empty text they are used as they are.
+/// Throws Error.
+void SavePicture(const std::string& path, const io::Frame& frame, const PictureWords& words,
+                 const std::optional<std::string>& levels = {});
 
 } // namespace corvane::cli

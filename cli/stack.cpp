@@ -32,6 +32,7 @@ struct StackWords {
     LightWords lights;
     Output output;
     std::string preview;
+    PictureWords picture; // how the preview shows the stack
     std::string coverageMap;
     std::string noiseMap;
     std::string weightMap;
@@ -110,7 +111,7 @@ void CheckFiles(const StackWords& words, const std::vector<std::string>& inputs,
 {
     io::CheckSave(words.output.path, words.output.save);
     if (!words.preview.empty()) {
-        CheckPicture(words.preview);
+        io::CheckPicture(words.preview, words.picture.format);
     }
     if (words.withMaps && !io::HoldsExtensions(words.output.path)) {
         throw NameError(words.output.path, "its format holds one image; --with-maps takes FITS");
@@ -123,17 +124,6 @@ void CheckFiles(const StackWords& words, const std::vector<std::string>& inputs,
     std::vector<std::string> others = words.Others();
     others.insert(others.end(), registered.begin(), registered.end());
     CheckOutputs(words.output, inputs, others);
-}
-
-// The picture's levels are its own: the stack is written the same with and without one.
-void SavePreview(const std::string& path, io::Frame& frame)
-{
-    const int ownLevel = frame.image.HasOwnLevel();
-    frame.image.SetOrgLevel();
-    // Each plane of its own makes the sky grey.
-    SavePicture(path, frame, frame.image.IsColor() != 0 ? "auto-levels:per-plane=yes" : "auto-levels");
-    frame.image.RestoreOrgLevel();
-    frame.image.SetOwnLevel(ownLevel);
 }
 
 // The rows of a map run as those of the stack.
@@ -179,7 +169,7 @@ void SaveAll(const StackWords& words, const stack::Options& options, stack::Resu
         }
     }
     if (!words.preview.empty()) {
-        SavePreview(words.preview, frame);
+        SavePicture(words.preview, frame, words.picture);
         others.Add(words.preview);
     }
     for (const Map& map : kMaps) {
@@ -279,7 +269,9 @@ void AddOutputs(CLI::App& command, StackWords& words)
 {
     AddOutput(command, words.output, "The stack to write: .fits, .tif or .png; only --plan can do without");
     command.get_option("--output")->required(false);
-    command.add_option("--preview", words.preview, "Write a picture of the stack, too")->type_name("OUT.png");
+    command.add_option("--preview", words.preview, "Write a picture of the stack, too: .png, .jpg or .tif")
+        ->type_name("OUT.png");
+    AddStretch(command, words.picture);
     command.add_option("--coverage-map", words.coverageMap, "Write how many lights have each pixel, too")
         ->type_name("FILE");
     command

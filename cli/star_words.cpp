@@ -26,7 +26,7 @@ catalogue::Arguments CheckedArguments(const StarWords& words, const std::vector<
 {
     catalogue::Arguments arguments = catalogue::MakeArguments(*words.operation, words.settings);
     if (!words.map.empty()) {
-        CheckPicture(words.map);
+        io::CheckPicture(words.map);
     }
     CheckOutputs({}, {words.Input()}, outputs);
     return arguments;

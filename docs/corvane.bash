@@ -4,12 +4,15 @@ _corvane_words() {
     'corvane options') echo '--help --version --verbose --quiet --threads' ;;
     'info options') echo '--help --verbose --quiet --threads --json' ;;
     'stats options') echo '--help --verbose --quiet --threads --rect --json --csv' ;;
-    'render options') echo '--help --verbose --quiet --threads --output --overwrite --levels' ;;
+    'render options') echo '--help --verbose --quiet --threads --output --overwrite --stretch --levels --size --quality --bits' ;;
+    'render --stretch') echo 'asinh auto linear' ;;
+    'render --bits') echo '8 16' ;;
     'apply options') echo '--help --verbose --quiet --threads --output --overwrite --bits --scale --bits-scale' ;;
     'apply --bits') echo '-64 -32 8 16 32' ;;
     'apply --scale') echo 'levels minmax none unit' ;;
     'apply --bits-scale') echo 'levels minmax none unit' ;;
-    'stack options') echo '--help --verbose --quiet --threads --output --overwrite --preview --coverage-map --noise-map --with-maps --reject-map --weight-map --registered --follow --both --plan --json --bits --bits-scale --bias --dark --flat --flat-dark --pedestal --cosmetic --cosmic --bayer --filter --allow-mixed --debayer --align --reference --onto --scale --transform --star --size --search --reject-fwhm --reject-stars --reject-background --combine --reject --low --high --iterations --method --normalise --weight --canvas --coverage --interpolate --drizzle --drop --drop-shape --report --masters --memory' ;;
+    'stack options') echo '--help --verbose --quiet --threads --output --overwrite --preview --stretch --coverage-map --noise-map --with-maps --reject-map --weight-map --registered --follow --both --plan --json --bits --bits-scale --bias --dark --flat --flat-dark --pedestal --cosmetic --cosmic --bayer --filter --allow-mixed --debayer --align --reference --onto --scale --transform --star --size --search --reject-fwhm --reject-stars --reject-background --combine --reject --low --high --iterations --method --normalise --weight --canvas --coverage --interpolate --drizzle --drop --drop-shape --report --masters --memory' ;;
+    'stack --stretch') echo 'asinh auto linear' ;;
     'stack --bits') echo '-64 -32 8 16 32' ;;
     'stack --bits-scale') echo 'levels minmax none unit' ;;
     'stack --bayer') echo 'RGGB GRBG GBRG BGGR none' ;;
@@ -72,6 +75,18 @@ _corvane_words() {
     'auto-levels per-plane') echo 'yes no' ;;
     'levels:') echo 'min= max= plane=' ;;
     'clip:') echo 'min= max=' ;;
+    'autostretch:') echo 'shadows= target= linked= curve=' ;;
+    'autostretch linked') echo 'yes no' ;;
+    'autostretch curve') echo 'mtf asinh' ;;
+    'mtf:') echo 'mid= low= high= rect=' ;;
+    'asinh:') echo 'k= per-plane= low= high= rect=' ;;
+    'asinh per-plane') echo 'yes no' ;;
+    'log:') echo 'k= low= high= rect=' ;;
+    'gamma:') echo 'g= low= high= rect=' ;;
+    'ghs:') echo 'd= b= lp= sp= hp= inverse= low= high= rect=' ;;
+    'ghs inverse') echo 'yes no' ;;
+    'equalise:') echo 'per-plane= low= high= rect=' ;;
+    'equalise per-plane') echo 'yes no' ;;
     'brightness:') echo 'brightness= contrast= centre= rect=' ;;
     'balance:') echo 'red= green= blue= rect=' ;;
     'curve:') echo 'points= file= red= green= blue= entries= rect=' ;;
@@ -88,10 +103,6 @@ _corvane_words() {
     'overscan:') echo 'rect= clip=' ;;
     'overscan clip') echo 'yes no' ;;
     'vignette:') echo 'k= base= x= y= rect=' ;;
-    'neutral-sky:') echo 'value=' ;;
-    'white-balance:') echo 'red= green= blue=' ;;
-    'scnr:') echo 'mode= strength=' ;;
-    'scnr mode') echo 'average maximum' ;;
     'saturate:') echo 'gain= red= green= yellow= blue= rect=' ;;
     'debayer:') echo 'pattern= method=' ;;
     'debayer pattern') echo 'auto RGGB GRBG GBRG BGGR' ;;
@@ -131,9 +142,6 @@ _corvane_words() {
     'wiener fwhm') echo 'auto' ;;
     'ddp:') echo 'offset= weight= plane= rect=' ;;
     'ddp plane') echo 'red green blue all' ;;
-    'background:') echo 'mode= model= degree= model-file=' ;;
-    'background mode') echo 'subtract divide' ;;
-    'background model') echo 'polynomial spline mesh' ;;
     'smooth-background:') echo 'level= shape= weight= rect=' ;;
     'smooth-background shape') echo 'cross square3 square5 0 1 2' ;;
     'posterize:') echo 'steps= rect=' ;;
@@ -168,8 +176,8 @@ _corvane_words() {
     'expand:') echo 'x= y=' ;;
     'commands') echo 'info stats render apply stack register composite mosaic match rgb cmy lrgb split stars find-stars ops help' ;;
     'help help') echo 'info stats render apply stack register composite mosaic match rgb cmy lrgb split stars find-stars ops help' ;;
-    'steps') echo 'invert auto-levels levels clip brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color neutral-sky white-balance scnr saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp background smooth-background posterize hot-pixels cosmic-rays fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
-    'ops ops') echo 'invert auto-levels levels clip brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color neutral-sky white-balance scnr saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp background smooth-background posterize hot-pixels cosmic-rays fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
+    'steps') echo 'invert auto-levels levels clip autostretch mtf asinh log gamma ghs equalise brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp smooth-background posterize hot-pixels cosmic-rays fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
+    'ops ops') echo 'invert auto-levels levels clip autostretch mtf asinh log gamma ghs equalise brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp smooth-background posterize hot-pixels cosmic-rays fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
     esac
 }
 

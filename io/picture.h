@@ -7,13 +7,25 @@
 
 namespace corvane::io {
 
-/// Writes an 8-bit PNG of the image as it shows on the screen: through its display levels, grey or RGB.
+/// How a picture is stored.
+struct PictureFormat {
+    int bits = 0;     ///< 8 or 16 in each sample; 0: 16 for TIFF, else 8
+    int quality = 90; ///< of a JPEG [1..100]
+};
+
+/// Throws the Error that `SavePicture` would throw for path and format alone: NameError unless the path ends with .png,
+/// .jpg, .jpeg, .tif or .tiff; a JPEG has 8 bits.
+CORVANE_VISIBLE void CheckPicture(const std::string& path, const PictureFormat& format = {});
+
+/// Writes the image as it shows on the screen: through its display levels, grey or RGB, in the format of the path's
+/// extension. A PNG says that its colours are sRGB, which those of a JPEG without a word are.
 ///
 /// With bottomUp the last row comes first in the picture (FITS; `IsBottomUp` tells). NaN shows black. The file appears
 /// whole or not at all. Throws Error.
-CORVANE_VISIBLE void SavePicture(const std::string& path, const CStlImage& image, bool bottomUp);
+CORVANE_VISIBLE void SavePicture(const std::string& path, const CStlImage& image, bool bottomUp,
+                                 const PictureFormat& format = {});
 
-/// The same PNG, in memory.
+/// The picture as a PNG of 8 bits, in memory.
 CORVANE_VISIBLE std::string EncodePicture(const CStlImage& image, bool bottomUp);
 
 } // namespace corvane::io

@@ -92,7 +92,8 @@ AutoStretchPlane StretchOf(const PlaneSpread& spread, const AutoStretchLimits& l
     const double low = hasNoise && !isBright ? spread.median + away : spread.min;
     const double high = hasNoise && isBright ? spread.median - away : spread.max;
     const double target = isBright ? 1.0 - limits.target : limits.target;
-    return {low, high, MidtoneFor((spread.median - low) / (high - low), target)};
+    const double place = (spread.median - low) / (high - low);
+    return {low, high, place, MidtoneFor(place, target)};
 }
 
 } // namespace
@@ -110,7 +111,7 @@ std::vector<AutoStretchPlane> ChooseAutoStretch(const CStlImage& image, const Au
         const AutoStretchPlane chosen = StretchOf(limits.linked ? joint : own.value_or(PlaneSpread()), limits);
         planes.push_back(chosen.low < chosen.high
                              ? chosen
-                             : AutoStretchPlane{image.GetLevelMin(plane), image.GetLevelMax(plane), 0.5});
+                             : AutoStretchPlane{image.GetLevelMin(plane), image.GetLevelMax(plane), 0.5, 0.5});
     }
     return planes;
 }
@@ -119,9 +120,16 @@ void AutoStretch(CStlImage& result, const CStlImage& source, const AutoStretchLi
 {
     const std::vector<AutoStretchPlane> planes = ChooseAutoStretch(source, limits);
     std::vector<StretchFunction> functions;
+    double places = 0.0;
     for (std::size_t plane = 0; plane < planes.size(); ++plane) {
         result.SetLevel(static_cast<int>(plane), planes[plane].low, planes[plane].high);
         functions.push_back(MidtoneStretch(planes[plane].midtone));
+        places += planes[plane].median;
+    }
+    if (limits.curve == AutoStretchCurve::kAsinh) {
+        const double k = AsinhFor(places / static_cast<double>(planes.size()), limits.target);
+        Stretch(result, source, {AsinhStretch(k)}, {.perPlane = false}, nullptr, run);
+        return;
     }
     Stretch(result, source, functions, {}, nullptr, run);
 }

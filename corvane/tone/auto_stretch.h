@@ -8,17 +8,25 @@
 
 namespace corvane {
 
+/// What lifts the median between black and white.
+enum class AutoStretchCurve {
+    kMidtone,
+    kAsinh, ///< as far as it can; one factor for all planes of a pixel, so that stars keep their colours
+};
+
 /// How an image is stretched by its own statistics.
 struct AutoStretchLimits {
     double shadows = -2.8; ///< where black lies from the median [standard deviations of the noise]
     double target = 0.25;  ///< where the median comes to between black and white [above 0, below 1]
     bool linked = true;    ///< one stretch for all planes, so that colours stay
+    AutoStretchCurve curve = AutoStretchCurve::kMidtone;
 };
 
 /// The stretch of one plane: its black and white, which become its levels, and the midtone between them.
 struct AutoStretchPlane {
     double low;     ///< [raw units]
     double high;    ///< [raw units]
+    double median;  ///< its place between them [0..1]
     double midtone; ///< of `MidtoneStretch`
 };
 
@@ -34,8 +42,8 @@ struct AutoStretchPlane {
 CORVANE_VISIBLE std::vector<AutoStretchPlane> ChooseAutoStretch(const CStlImage& image,
                                                                 const AutoStretchLimits& limits);
 
-/// Writes the samples of `source`, stretched so, into `result`, a copy of it, whose levels become black and white.
-/// Blanks and NaN stay. Reports "Stretching...".
+/// Writes the samples of `source`, stretched so, into `result`, a copy of it, whose levels become black and white. The
+/// asinh curve brings the mean of the medians' places to the target where it lies below it. Blanks and NaN stay. Reports "Stretching...".
 CORVANE_VISIBLE void AutoStretch(CStlImage& result, const CStlImage& source, const AutoStretchLimits& limits,
                                  const Run& run);
 

@@ -192,6 +192,17 @@ StretchFunction AsinhStretch(double k)
     return StretchBy([k, scale = 1.0 / Asinh(k)](double x) { return Asinh(k * x) * scale; });
 }
 
+double AsinhFor(double x, double target)
+{
+    double low = 1e-6; // the greater k, the brighter
+    double high = 1e9;
+    for (int i = 0; i < 100; ++i) {
+        const double k = std::sqrt(low * high);
+        (Asinh(k * x) < target * Asinh(k) ? low : high) = k;
+    }
+    return std::sqrt(low * high);
+}
+
 StretchFunction LogStretch(double k)
 {
     return StretchBy([k, scale = 1.0 / Log1p(k)](double x) { return Log1p(k * x) * scale; });

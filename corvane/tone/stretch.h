@@ -35,6 +35,8 @@ CORVANE_VISIBLE StretchFunction MidtoneStretch(double m);
 CORVANE_VISIBLE double MidtoneFor(double x, double target);
 /// asinh(k x) / asinh(k), k above 0.
 CORVANE_VISIBLE StretchFunction AsinhStretch(double k);
+/// The k, from 1e-6 to 1e9, with which `AsinhStretch` brings x [above 0, below 1] closest to `target`.
+CORVANE_VISIBLE double AsinhFor(double x, double target);
 /// log(1 + k x) / log(1 + k), k above 0.
 CORVANE_VISIBLE StretchFunction LogStretch(double k);
 /// x to the power 1 / g, g above 0.

@@ -16,6 +16,22 @@ for levels in auto file 500,700; do
     check 0 '^$' render "${lights[0]}" -o "$levels.png" --levels "$levels"
     check 0 '320 x 240, 1 plane.*PNG, 8 bits' info "$levels.png"
 done
+# A stretch shows more than levels; a stretched frame is shown as it is; other formats and sizes.
+check 0 '^$' render "${lights[0]}" -o stretched.png
+check 0 '^$' apply "${lights[0]}" -o stretched.fits autostretch:linked=no
+check 0 '^$' render stretched.fits -o shown.png
+cmp -s stretched.png shown.png || fail 'a stretched frame is shown otherwise than by the same stretch'
+cmp -s auto.png stretched.png && fail '--stretch makes no difference'
+grep -q sRGB stretched.png || fail 'a picture does not say that it is sRGB'
+check 0 '^$' render stretched.fits -o deep.tif
+check 0 '^$' render stretched.fits -o deep.png --bits 16
+check 0 '320 x 240.*16 bits.*320 x 240.*16 bits' info deep.tif deep.png
+for stretch in auto linear asinh; do
+    check 0 '^$' render "${lights[0]}" -o "small.png" --stretch $stretch --size 100
+    check 0 '100 x 75, 1 plane' info small.png
+    check 0 '^$' render "${lights[0]}" -o "$stretch.jpg" --stretch $stretch --quality 80
+    [[ $(head -c 3 $stretch.jpg | od -An -tx1) == ' ff d8 ff' ]] || fail "$stretch.jpg is no JPEG"
+done
 # Floats in integers: refused, or on the scale that is asked for. FITS gives them back.
 check 0 '^$' apply once.fits -o unit.fits multiply:value=0.0001
 refuse 1 'unit.tif: a TIFF of 16 bits holds counts .*--bits-scale levels' apply unit.fits -o unit.tif --bits 16 to-color

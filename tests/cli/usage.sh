@@ -43,10 +43,10 @@ stats|a,,--threads,,0;a,,--rect,,1:2;a,,--json,,--csv
 ops|nosuch;--nosuch
 apply a.fits -o out.fits|nosuch;invert:x;invert:x=1;clip:min=a;--scale,,twice,,invert;lucy:sigma=99;levels;--bits,,12,,invert
 apply a.fits invert -o|out;out.jpg;out.png,,--bits,,32
-render a.fits -o|out.jpg;out.fits;out.png,,--levels,,5,x
+render a.fits -o|out.gif;out.fits;out.png,,--levels,,5,x;out.png,,--levels,,auto,,--stretch,,auto;out.jpg,,--bits,,16;out.png,,--size,,0
 split a.fits -o out.fits --component|q
 split a.fits --component r -o|out.jpg
-stack a.fits -o|out.tif,,--with-maps;out.jpg;a.fits;./a.fits;out.fits,,--preview,,out.jpg;out.png,,--preview,,./out.png
+stack a.fits -o|out.tif,,--with-maps;out.jpg;a.fits;./a.fits;out.fits,,--preview,,out.gif;out.png,,--preview,,./out.png
 stack a.fits b.fits -o out.fits|a.fits;--size,,4;--search,,-1;--pedestal,,nan;--star,,5;--star,,5,6;--combine,,median,--weight,,fwhm
 stack a.fits b.fits -o out.fits|--reject,,esd,,--low,,2;--drizzle,,2,,--combine,,max;--reject,,minmax,,--high,,1.5;--reject,,minmax,,--iterations,,3;--method,,median,,--combine,,sum
 stack a.fits b.fits -o out.fits|--scale,,--align,,none;--cosmetic;--flat-dark,,f;--reference,,c;--bayer,,X;--memory,,1x
@@ -60,8 +60,8 @@ match a b|--start,,1;--range,,5;--start,,0,0,,--range,,5000;--least,,2;--start,,
 rgb a b c -o|out.jpg;out.fits,,--align,,up;out.fits,,--align,,shift;out.fits,,--size,,3;out.fits,,--outside,,x
 cmy a b c -o out.fits|--shift2,,1;--points,,1,2;--align,,points;--box,,1000
 lrgb a b -o out.fits|--scale,,0;--at,,x;--range,,1
-stars a.fits|--at,,5;--plot,,p.png;--map,,m.jpg;--plane,,5;--sigmas,,0;--limit,,0;--json,,--csv;--map,,x.png,,--plot,,x.png
-find-stars a.png|--map,,a.png;--map,,m.jpg;--saturation,,x;--sigmas,,nan
+stars a.fits|--at,,5;--plot,,p.png;--map,,m.gif;--plane,,5;--sigmas,,0;--limit,,0;--json,,--csv;--map,,x.png,,--plot,,x.png
+find-stars a.png|--map,,a.png;--map,,m.gif;--saturation,,x;--sigmas,,nan
 END
 
 printf '[PrcAutoLevel]\nMin=0.5\nMax = 2 \n' >settings.ini

@@ -263,6 +263,17 @@ TEST_F(Formats, PictureShowsLevelsTheRightWayUp)
         }
         *image.GetImageAdr(2, 1, 0) = NAN;
         for (const bool bottomUp : {false, true}) {
+            SavePicture(Path("a.jpg"), image, bottomUp, {.quality = 100});
+            EXPECT_GT(std::filesystem::file_size(Path("a.jpg")), 100U);
+            for (const char* const name : {"a.tif", "deep.png"}) {
+                SavePicture(Path(name), image, bottomUp, {.bits = 16});
+                const CStlImage deep = Load(Path(name)).image;
+                EXPECT_TRUE(Agree(deep, Plain(image).Map([&](double, int x, int y, int p) {
+                    const double v = image.GetPixelGrayRaw(x, bottomUp ? 3 - y : y, p);
+                    const double shown = (v - image.GetLevelMin(p)) / image.GetLevelRange(p);
+                    return std::isnan(v) ? 0.0 : std::floor(std::clamp(shown, 0.0, 1.0) * 65535.0 + 0.5);
+                })));
+            }
             SavePicture(Path("a.png"), image, bottomUp);
             const CStlImage picture = Load(Path("a.png")).image;
             ASSERT_EQ(picture.GetPlanes(), planes);

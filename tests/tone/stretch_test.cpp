@@ -59,6 +59,7 @@ double Hyperbola(double x, const HyperbolicShape& s)
 
 TEST(Stretch, FunctionsAgreeWithTheirPlainForms)
 {
+    EXPECT_NEAR(At(AsinhStretch(AsinhFor(0.01, 0.25)), 0.01), 0.25, 1e-9);
     for (double x = 0.0; x <= 1.0; x += 1.0 / 1024.0) {
         for (const double m : {1e-4, 0.25, 0.5, 0.9}) {
             EXPECT_NEAR(At(MidtoneStretch(m), x), (m - 1.0) * x / ((2.0 * m - 1.0) * x - m), 1e-12);
