@@ -20,7 +20,7 @@ namespace {
 
 enum class PictureKind { kPng, kJpeg, kTiff, kNone };
 
-PictureKind KindOf(const std::string& path)
+PictureKind PictureKindOf(const std::string& path)
 {
     const std::string extension = std::filesystem::path(path).extension().string();
     const auto is = [&](const char* word) { return SameWord(extension, word); };
@@ -77,7 +77,7 @@ private:
     int planes_;
 };
 
-void WritePng(PngFile& file, const PictureRows& picture, int bits)
+void WritePictureRows(PngFile& file, const PictureRows& picture, int bits)
 {
     constexpr const char* kCannot = "cannot be written as PNG";
     file.Run(kCannot, [](png_structp png, png_infop info) { png_set_sRGB(png, info, PNG_sRGB_INTENT_PERCEPTUAL); });
@@ -131,7 +131,7 @@ Frame CountsOf(const PictureRows& picture, int bits)
 
 void CheckPicture(const std::string& path, const PictureFormat& format)
 {
-    const PictureKind kind = KindOf(path);
+    const PictureKind kind = PictureKindOf(path);
     if (kind == PictureKind::kNone) {
         throw NameError(path, "is no name for a picture; it must end with .png, .jpg or .tif");
     }
@@ -145,7 +145,7 @@ void SavePicture(const std::string& path, const CStlImage& image, bool bottomUp,
 {
     CheckPicture(path, format);
     const PictureRows picture(image, bottomUp);
-    const PictureKind kind = KindOf(path);
+    const PictureKind kind = PictureKindOf(path);
     const int bits = format.bits != 0 ? format.bits : (kind == PictureKind::kTiff ? 16 : 8);
     if (kind == PictureKind::kTiff) {
         const Frame counts = CountsOf(picture, bits);
@@ -160,7 +160,7 @@ void SavePicture(const std::string& path, const CStlImage& image, bool bottomUp,
         output.Write(bytes.data(), bytes.size());
     } else {
         PngFile file(output);
-        WritePng(file, picture, bits);
+        WritePictureRows(file, picture, bits);
     }
     output.Commit();
 }
@@ -169,7 +169,7 @@ std::string EncodePicture(const CStlImage& image, bool bottomUp)
 {
     std::string bytes;
     PngFile file(bytes);
-    WritePng(file, PictureRows(image, bottomUp), 8);
+    WritePictureRows(file, PictureRows(image, bottomUp), 8);
     return bytes;
 }
 

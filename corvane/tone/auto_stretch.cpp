@@ -23,10 +23,15 @@ struct PlaneSpread {
 };
 
 /// Tells samples that count.
-struct DefinedTest {
+struct FiniteTest {
     BlankTest isBlank;
 
-    bool operator()(float v) const { return (std::fabs(v) <= std::numeric_limits<float>::max()) & !isBlank(v); }
+    bool operator()(float v) const
+    {
+        const bool isFinite = std::fabs(v) <= std::numeric_limits<float>::max();
+        const bool isBlankToo = isBlank(v);
+        return isFinite & !isBlankToo;
+    }
 };
 
 /// The median of keyOf(sample) over a plane; nothing where none has a key.
@@ -48,7 +53,7 @@ std::optional<double> MedianOfPlane(const CStlImage& image, int plane, KeyOfSamp
 std::optional<PlaneSpread> SpreadOf(const CStlImage& image, int plane)
 {
     constexpr double kSigmaOfMad = 1.4826; // of normal noise
-    const DefinedTest isDefined{BlankTest(image)};
+    const FiniteTest isDefined{BlankTest(image)};
     const std::optional<double> median =
         MedianOfPlane(image, plane, [=](float v) { return isDefined(v) ? KeyOf(v) : kNoKey; });
     if (!median) {
