@@ -20,7 +20,7 @@ constexpr float kFull = 20000.0F; ///< what saturated samples hold
 
 /// One light of stars in a lattice of 40 pixels, each at another part of a pixel, on a sky of 702 with noise 11.8.
 /// Peaks in units of that noise go from the faintest up by a factor over all the stars.
-night::NightSettings Lattice(night::Profile profile, double fwhm, double faintest, double factor)
+night::NightSettings LatticeNight(night::Profile profile, double fwhm, double faintest, double factor)
 {
     night::NightSettings settings;
     settings.width = settings.height = kSize;
@@ -128,7 +128,7 @@ TEST(FindStars, MeasuresWhatWasDrawn)
                                                                         {6.0, 20.0, 2.0, 0.06, 0.06},
                                                                         {8.0, 8.0, 1.0, 0.2, 0.2}}) {
             SCOPED_TRACE(testing::Message() << "FWHM " << fwhm << ", peak " << faintest);
-            const night::NightSettings settings = Lattice(profile, fwhm, faintest, factor);
+            const night::NightSettings settings = LatticeNight(profile, fwhm, faintest, factor);
             const CStlImage light = LightOf(settings);
             const StarField field = FindFieldStars(light, 0);
             EXPECT_EQ(field.stars.size(), 100u);
@@ -159,7 +159,7 @@ TEST(FindStars, TakesTheWidthOfStarsAndNotOfKnotsOrHits)
                                                            {night::Profile::kGaussian, 1.0, 0.0, 0, 600},
                                                            {night::Profile::kMoffat, 2.5, 0.0, 0, 1000}}) {
         SCOPED_TRACE(testing::Message() << "FWHM " << fwhm << ", hits " << hits);
-        night::NightSettings settings = Lattice(profile, fwhm, 30.0, 20.0);
+        night::NightSettings settings = LatticeNight(profile, fwhm, 30.0, 20.0);
         settings.cosmicHits = hits;
         settings.hotPixels = 1e-5 * hits;
         CStlImage light = LightOf(settings);
@@ -181,7 +181,7 @@ TEST(FindStars, TakesTheWidthOfStarsAndNotOfKnotsOrHits)
 
 TEST(FindStars, FindsFaintStarsAndLittleElse)
 {
-    const night::NightSettings settings = Lattice(night::Profile::kGaussian, 4.0, 4.0, 1.0);
+    const night::NightSettings settings = LatticeNight(night::Profile::kGaussian, 4.0, 4.0, 1.0);
     const StarField field = FindFieldStars(LightOf(settings), 0);
     const auto isFound = [&](const night::Star& truth) { return StarAt(field, truth.x, truth.y) != nullptr; };
     EXPECT_GE(std::count_if(settings.ownStars.begin(), settings.ownStars.end(), isFound), 97);
@@ -190,7 +190,7 @@ TEST(FindStars, FindsFaintStarsAndLittleElse)
 
 TEST(FindStars, MarksWhatIsNoStarToMeasureWith)
 {
-    CStlImage light = LightOf(Lattice(night::Profile::kMoffat, 3.3, 30.0, 20.0));
+    CStlImage light = LightOf(LatticeNight(night::Profile::kMoffat, 3.3, 30.0, 20.0));
     light.SetBlank(static_cast<int>(kBlank));
     light.SetBlankUsed(1);
     light.SetLevel(0, 0.0, kFull);
@@ -236,7 +236,7 @@ TEST(FindStars, MarksWhatIsNoStarToMeasureWith)
 
 TEST(FindStars, IsNotFloodedByATrail)
 {
-    CStlImage image = LightOf(Lattice(night::Profile::kMoffat, 3.3, 30.0, 20.0));
+    CStlImage image = LightOf(LatticeNight(night::Profile::kMoffat, 3.3, 30.0, 20.0));
     AddGlow(Glow{200, 220, 900, 1e6}, image);
     const StarField field = FindFieldStars(image, 0);
     const auto isLong = [](const FieldStar& star) {
@@ -250,7 +250,7 @@ TEST(FindStars, KnowsTheCeilingOfWholeNumbers)
 {
     for (const auto& [bits, ceiling, isSaturated] :
          {std::tuple(16, 65535.0F, true), {16, 60000.0F, false}, {-32, 65535.0F, false}}) {
-        CStlImage image = LightOf(Lattice(night::Profile::kGaussian, 3.3, 20.0, 10.0));
+        CStlImage image = LightOf(LatticeNight(night::Profile::kGaussian, 3.3, 20.0, 10.0));
         AddGlow(Glow{200, 200, 40000}, image);
         image.SetPixelGrayRaw(200, 200, ceiling, 0);
         image.SetOrgBitsPixel(bits);
@@ -261,7 +261,7 @@ TEST(FindStars, KnowsTheCeilingOfWholeNumbers)
 
 TEST(FindStars, KeepsUsableStarsFirst)
 {
-    CStlImage image = LightOf(Lattice(night::Profile::kGaussian, 3.3, 20.0, 10.0));
+    CStlImage image = LightOf(LatticeNight(night::Profile::kGaussian, 3.3, 20.0, 10.0));
     for (int i = 0; i < 50; ++i) { // brighter than any star
         image.SetPixelGrayRaw(40 + 7 * i, 40 + 80 * (i % 5), 60000, 0);
     }
@@ -282,7 +282,7 @@ TEST(FindStars, FindsNothingWhereNothingIs)
             EXPECT_TRUE(FindFieldStars(image, 0).stars.empty()) << value << ", size " << size;
         }
     }
-    night::NightSettings dark = Lattice(night::Profile::kGaussian, 3.0, 1e-6, 1.0);
+    night::NightSettings dark = LatticeNight(night::Profile::kGaussian, 3.0, 1e-6, 1.0);
     dark.hotPixels = 0.002;
     const StarField hot = FindFieldStars(LightOf(dark), 0);
     EXPECT_GT(hot.stars.size(), 50u);
