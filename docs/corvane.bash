@@ -103,6 +103,10 @@ _corvane_words() {
     'overscan:') echo 'rect= clip=' ;;
     'overscan clip') echo 'yes no' ;;
     'vignette:') echo 'k= base= x= y= rect=' ;;
+    'neutral-sky:') echo 'value=' ;;
+    'white-balance:') echo 'red= green= blue=' ;;
+    'scnr:') echo 'mode= strength=' ;;
+    'scnr mode') echo 'average maximum' ;;
     'saturate:') echo 'gain= red= green= yellow= blue= rect=' ;;
     'debayer:') echo 'pattern= method=' ;;
     'debayer pattern') echo 'auto RGGB GRBG GBRG BGGR' ;;
@@ -142,6 +146,9 @@ _corvane_words() {
     'wiener fwhm') echo 'auto' ;;
     'ddp:') echo 'offset= weight= plane= rect=' ;;
     'ddp plane') echo 'red green blue all' ;;
+    'background:') echo 'mode= model= degree= model-file=' ;;
+    'background mode') echo 'subtract divide' ;;
+    'background model') echo 'polynomial spline mesh' ;;
     'smooth-background:') echo 'level= shape= weight= rect=' ;;
     'smooth-background shape') echo 'cross square3 square5 0 1 2' ;;
     'posterize:') echo 'steps= rect=' ;;
@@ -176,8 +183,8 @@ _corvane_words() {
     'expand:') echo 'x= y=' ;;
     'commands') echo 'info stats render apply stack register composite mosaic match rgb cmy lrgb split stars find-stars ops help' ;;
     'help help') echo 'info stats render apply stack register composite mosaic match rgb cmy lrgb split stars find-stars ops help' ;;
-    'steps') echo 'invert auto-levels levels clip autostretch mtf asinh log gamma ghs equalise brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp smooth-background posterize hot-pixels cosmic-rays fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
-    'ops ops') echo 'invert auto-levels levels clip autostretch mtf asinh log gamma ghs equalise brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp smooth-background posterize hot-pixels cosmic-rays fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
+    'steps') echo 'invert auto-levels levels clip autostretch mtf asinh log gamma ghs equalise brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color neutral-sky white-balance scnr saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp background smooth-background posterize hot-pixels cosmic-rays fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
+    'ops ops') echo 'invert auto-levels levels clip autostretch mtf asinh log gamma ghs equalise brightness balance curve reduce-tone false-color add subtract multiply divide dark flat overscan vignette to-grey to-color neutral-sky white-balance scnr saturate lab debayer split mean mean-keep-edges median rank minimum maximum gaussian star-sharpen sharpen sharpen-edges laplacian unsharp lucy maxent wiener ddp background smooth-background posterize hot-pixels cosmic-rays fill contour draw-line draw-text flip rotate rotate90 rotate180 resize bin canvas crop scroll expand' ;;
     esac
 }
 

@@ -18,7 +18,7 @@ namespace corvane::io {
 
 namespace {
 
-enum class PictureKind { kPng, kJpeg, kTiff, kNone };
+enum class PictureKind { kPng, kJpeg, kTiff, kUnknown };
 
 PictureKind PictureKindOf(const std::string& path)
 {
@@ -27,7 +27,7 @@ PictureKind PictureKindOf(const std::string& path)
     return is(".png")                  ? PictureKind::kPng
            : is(".jpg") || is(".jpeg") ? PictureKind::kJpeg
            : is(".tif") || is(".tiff") ? PictureKind::kTiff
-                                       : PictureKind::kNone;
+                                       : PictureKind::kUnknown;
 }
 
 /// An image as the rows of a picture, from the top down, the planes of a pixel side by side.
@@ -132,7 +132,7 @@ Frame CountsOf(const PictureRows& picture, int bits)
 void CheckPicture(const std::string& path, const PictureFormat& format)
 {
     const PictureKind kind = PictureKindOf(path);
-    if (kind == PictureKind::kNone) {
+    if (kind == PictureKind::kUnknown) {
         throw NameError(path, "is no name for a picture; it must end with .png, .jpg or .tif");
     }
     if (kind == PictureKind::kJpeg && format.bits > 8) {
