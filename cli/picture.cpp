@@ -1,6 +1,7 @@
 #include "cli/picture.h"
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 
 #include <CLI/Validators.hpp>
@@ -26,7 +27,7 @@ void Reduce(io::Frame& frame, int size)
         return;
     }
     const auto side = [&](int length) {
-        return std::to_string(std::max(static_cast<int>(1.0 * length * size / longest + 0.5), 1));
+        return std::to_string(std::max(static_cast<int>(std::lround(1.0 * length * size / longest)), 1));
     };
     if (const int block = std::min(longest / size, std::min(width, height)); block > 1) {
         RunText("bin:x=" + std::to_string(block), frame);

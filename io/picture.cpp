@@ -55,7 +55,7 @@ public:
         Visit(row, [&](std::size_t place, const float* sample, int plane) {
             const double shown = (*sample - image_.GetLevelMin(plane)) / image_.GetLevelRange(plane);
             const double within = shown > 0.0 ? std::min(shown, 1.0) : 0.0; // NaN is black
-            samples[place] = static_cast<std::uint16_t>(within * kWhite + 0.5);
+            samples[place] = static_cast<std::uint16_t>(std::floor(within * kWhite + 0.5));
         });
     }
 

@@ -69,8 +69,8 @@ Lattice PlateOver(const SkyCells& sky, int width, int height)
 
 } // namespace
 
-SkyModel::SkyModel(int width, int height, SkyPolynomial polynomial, std::optional<Lattice> rest)
-    : width_(width), polynomial_(std::move(polynomial)), rest_(std::move(rest))
+SkyModel::SkyModel(int width, int height, const SkyPolynomial& polynomial, std::optional<Lattice> rest)
+    : width_(width), polynomial_(polynomial), rest_(std::move(rest))
 {
     constexpr static int kMostPlaces = 256;
     const auto places = [](int size) { return std::min(size, kMostPlaces); };

@@ -21,7 +21,7 @@ enum class SkyForm {
 /// The sky of a plane, as it changes over the frame.
 class CORVANE_VISIBLE SkyModel {
 public:
-    SkyModel(int width, int height, SkyPolynomial polynomial, std::optional<Lattice> rest);
+    SkyModel(int width, int height, const SkyPolynomial& polynomial, std::optional<Lattice> rest);
 
     /// The values along a row of samples, as many as the frame is wide.
     void FillRow(int y, double* values) const;

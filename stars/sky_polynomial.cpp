@@ -60,11 +60,12 @@ bool SkyPolynomial::Fit(const std::vector<Value>& values, int degree, double mos
         return false;
     }
     constexpr int kPlaces = 8; // along each side
-    for (int i = 0; i < (kPlaces + 1) * (kPlaces + 1); ++i) {
-        PowersAt(2.0 * (i % (kPlaces + 1)) / kPlaces - 1.0, 2.0 * (i / (kPlaces + 1)) / kPlaces - 1.0, degree,
-                 powers.data());
-        if (system.Variance(row) > most) {
-            return false;
+    for (int i = 0; i <= kPlaces; ++i) {
+        for (int j = 0; j <= kPlaces; ++j) {
+            PowersAt(2.0 * j / kPlaces - 1.0, 2.0 * i / kPlaces - 1.0, degree, powers.data());
+            if (system.Variance(row) > most) {
+                return false;
+            }
         }
     }
     factors_ = {};

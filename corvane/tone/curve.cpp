@@ -8,18 +8,18 @@
 namespace corvane {
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kUnbounded = std::numeric_limits<double>::infinity();
 
 Curve::End LineBelow(double a, double b, double last)
 {
     return a == b ? Curve::End{0.0, 0.0, a * 255.0, 0.0}
-                  : Curve::End{std::min((b - a) * last, 0.0), 0.0, 0.0, -kInfinity};
+                  : Curve::End{std::min((b - a) * last, 0.0), 0.0, 0.0, -kUnbounded};
 }
 
 Curve::End LineAbove(double a, double b, double last)
 {
     return a == b ? Curve::End{0.0, 255.0, b * 255.0, 255.0}
-                  : Curve::End{std::max((b - a) * last, 0.0), b * 255.0, b * 255.0, kInfinity};
+                  : Curve::End{std::max((b - a) * last, 0.0), b * 255.0, b * 255.0, kUnbounded};
 }
 
 } // namespace
