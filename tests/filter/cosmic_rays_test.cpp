@@ -24,7 +24,7 @@ public:
           height_(image.GetHeight()), samples_(test::Samples(image)), hits_(samples_.size())
     {
         for (float& v : samples_) {
-            v = std::isinf(v) || static_cast<int>(v) == -7 ? NAN : v;
+            v = std::isinf(v) || std::trunc(v) == -7.0F ? NAN : v;
         }
         for (int round = 0; round < limits.iterations; ++round) {
             Round();
