@@ -92,12 +92,14 @@ private:
 
     bool IsSeed(int x, int y, double sharp) const
     {
+        if (!(sharp > limits_.sigma)) {
+            return false; // and what follows takes long
+        }
         const auto own = [&](int i, int k) { return At(i, k); };
         const auto above = [&](int i, int k) { return static_cast<float>(At(i, k) - NoiseOf(i, k).sky); };
         const double mosaic = step_ > 1 ? FineStructure(x, y, 1, above) : kNone;
         const double fine = std::fmax(FineStructure(x, y, step_, own), mosaic) / Noise(x, y);
-        return sharp > limits_.sigma && At(x, y) - Beneath(x, y) > limits_.sigma * Noise(x, y) &&
-               sharp > limits_.limit * std::max(fine, 0.01);
+        return At(x, y) - Beneath(x, y) > limits_.sigma * Noise(x, y) && sharp > limits_.limit * std::max(fine, 0.01);
     }
 
     void Round()
