@@ -130,7 +130,6 @@ Operation Balance()
         }>};
 }
 
-constexpr const char* kChannels[] = {"red", "green", "blue"};
 const Points kStraight{{0.0, 0.0}, {1.0, 1.0}};
 const Points kLift{{0.0, 0.0}, {0.25, 0.5}, {0.6, 0.85}, {1.0, 1.0}};
 

@@ -7,17 +7,16 @@
 #include <vector>
 
 #include "catalogue/background.h"
+#include "catalogue/names.h"
 #include "corvane/core/blank.h"
+#include "corvane/core/defined.h"
 #include "corvane/core/error.h"
 #include "corvane/core/text.h"
 #include "corvane/core/walk.h"
-#include "stars/defined.h"
 #include "stars/star_colours.h"
 
 namespace corvane::catalogue {
 namespace {
-
-constexpr std::array<const char*, 3> kFilters{"red", "green", "blue"};
 
 /// Makes function(plane, sample) of every sample that is not blank, as one stage.
 template <class Function>
@@ -50,14 +49,14 @@ void RunNeutralSky(io::Frame& frame, const Arguments& arguments, const Run& run)
 
 bool AreFactorsGiven(const Arguments& arguments)
 {
-    return std::any_of(kFilters.begin(), kFilters.end(), [&](const char* name) { return arguments.Has(name); });
+    return std::any_of(kChannels.begin(), kChannels.end(), [&](const char* name) { return arguments.Has(name); });
 }
 
 std::array<double, 3> FactorsFor(const CStlImage& image, const Arguments& arguments, const Run& run)
 {
     std::array<double, 3> factors{1.0, 1.0, 1.0};
     if (AreFactorsGiven(arguments)) {
-        std::transform(kFilters.begin(), kFilters.end(), factors.begin(),
+        std::transform(kChannels.begin(), kChannels.end(), factors.begin(),
                        [&](const char* name) { return arguments.Has(name) ? arguments.Number(name) : 1.0; });
         return factors;
     }
@@ -81,7 +80,7 @@ void RunWhiteBalance(io::Frame& frame, const Arguments& arguments, const Run& ru
 /// Takes off green what there is more of than of red and blue.
 template <class Neutral>
 void TakeOffRow(const float* red, float* green, const float* blue, int count, double strength,
-                const stars::DefinedTest& isDefined, Neutral neutral)
+                const DefinedTest& isDefined, Neutral neutral)
 {
     for (int x = 0; x < count; ++x) {
         const double most = neutral(red[x], blue[x]);
@@ -96,7 +95,7 @@ void RunTakeOffGreen(io::Frame& frame, const Arguments& arguments, const Run& ru
     const bool isMaximum = arguments.Text("mode") == "maximum";
     const double strength = arguments.Number("strength");
     CStlImage& image = frame.image;
-    const stars::DefinedTest isDefined(image);
+    const DefinedTest isDefined(image);
     const int count = image.GetWidth();
     Stage stage(run, "Taking off green...", image.GetHeight());
     WalkBlocks(RowBlocks(WorkingArea(image, nullptr)), image, {}, stage, 1, [&](const RowBlock& block) {

@@ -7,7 +7,7 @@
 
 #include "catalogue/image_beside.h"
 #include "catalogue/restoration.h"
-#include "corvane/core/blank.h"
+#include "corvane/core/defined.h"
 #include "corvane/core/error.h"
 #include "io/metadata.h"
 #include "stars/robust.h"
@@ -28,8 +28,7 @@ SkyNoise MeasureSkyNoise(const CStlImage& image, int plane, const SampleLattice&
     const long long count = 1LL * (image.GetWidth() / samples.step) * (image.GetHeight() / samples.step);
     const int rowStep = samples.step * static_cast<int>(count / kMostDraws + 1);
     const int apart = samples.step * kApart;
-    const BlankTest isBlank(image);
-    const auto isDefined = [&](float v) { return std::isfinite(v) && !isBlank(v); };
+    const DefinedTest isDefined(image);
     std::vector<double> values;
     std::vector<double> differences;
     for (int y = samples.top; y < image.GetHeight(); y += rowStep) {

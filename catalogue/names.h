@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,6 +9,9 @@
 #include "corvane/platform/export.h"
 
 namespace corvane::catalogue {
+
+/// The planes of a colour image, as parameters are called that are for one of them.
+inline constexpr std::array<const char*, 3> kChannels{"red", "green", "blue"};
 
 /// The names that somebody who typed `word` probably meant, at most three that are equally near: those that begin with
 /// it, or differ by few letters added, left out, changed or exchanged. Small and capital letters are the same.

@@ -43,31 +43,37 @@ public:
 
     void Read(int row, unsigned char* bytes) const
     {
-        Visit(row, [&](std::size_t place, const float* sample, int plane) {
-            bytes[place] = std::isnan(*sample) ? png_byte{0} : image_.GetPixelGray256(sample, plane);
+        Fill(row, bytes, [this](int plane) {
+            return [this, plane](const float* sample) {
+                return std::isnan(*sample) ? png_byte{0} : image_.GetPixelGray256(sample, plane);
+            };
         });
     }
 
     /// The same in 65,536 steps.
     void Read16(int row, std::uint16_t* samples) const
     {
-        constexpr double kWhite = 65535.0;
-        Visit(row, [&](std::size_t place, const float* sample, int plane) {
-            const double shown = (*sample - image_.GetLevelMin(plane)) / image_.GetLevelRange(plane);
-            const double within = shown > 0.0 ? std::min(shown, 1.0) : 0.0; // NaN is black
-            samples[place] = static_cast<std::uint16_t>(std::floor(within * kWhite + 0.5));
+        Fill(row, samples, [this](int plane) {
+            return [min = image_.GetLevelMin(plane), range = image_.GetLevelRange(plane)](const float* sample) {
+                constexpr double kWhite = 65535.0;
+                const double shown = (*sample - min) / range;
+                const double within = shown > 0.0 ? std::min(shown, 1.0) : 0.0; // NaN is black
+                return static_cast<std::uint16_t>(std::floor(within * kWhite + 0.5));
+            };
         });
     }
 
 private:
-    template <class Take>
-    void Visit(int row, Take take) const
+    /// Gives each sample of a row what shownBy(plane)(sample) is.
+    template <class Step, class ShownBy>
+    void Fill(int row, Step* steps, ShownBy shownBy) const
     {
         for (int plane = 0; plane < planes_; ++plane) {
             const float* const from = RowOf(image_, bottomUp_ ? Height() - 1 - row : row, plane);
-            for (int x = 0; x < Width(); ++x) {
-                take(static_cast<std::size_t>(x) * static_cast<std::size_t>(planes_) + static_cast<std::size_t>(plane),
-                     from + x, plane);
+            const auto shown = shownBy(plane);
+            Step* to = steps + plane;
+            for (int x = 0; x < Width(); ++x, to += planes_) {
+                *to = shown(from + x);
             }
         }
     }

@@ -4,8 +4,8 @@
 #include <limits>
 #include <utility>
 
+#include "corvane/core/defined.h"
 #include "corvane/core/reductions.h"
-#include "stars/defined.h"
 #include "stars/field_blocks.h"
 
 namespace corvane::stars {

@@ -15,21 +15,21 @@ LeastSquares::LeastSquares(std::size_t unknowns) : count_(unknowns), triangle_(u
 
 void LeastSquares::Add(std::span<const double> row, double right)
 {
-    std::vector<double> rest(row.begin(), row.end());
+    rest_.assign(row.begin(), row.end());
     for (std::size_t i = 0; i < count_; ++i) {
-        const double length = std::sqrt(At(i, i) * At(i, i) + rest[i] * rest[i]);
-        if (rest[i] == 0.0 || length == 0.0) {
+        const double length = std::sqrt(At(i, i) * At(i, i) + rest_[i] * rest_[i]);
+        if (rest_[i] == 0.0 || length == 0.0) {
             continue;
         }
         const double cosine = At(i, i) / length;
-        const double sine = rest[i] / length;
+        const double sine = rest_[i] / length;
         const auto turn = [=](double& kept, double& other) {
             const double before = kept;
             kept = cosine * before + sine * other;
             other = cosine * other - sine * before;
         };
         for (std::size_t j = i; j < count_; ++j) {
-            turn(At(i, j), rest[j]);
+            turn(At(i, j), rest_[j]);
         }
         turn(right_[i], right);
     }

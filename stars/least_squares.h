@@ -28,6 +28,7 @@ private:
     std::size_t count_;
     std::vector<double> triangle_;
     std::vector<double> right_;
+    std::vector<double> rest_; ///< of the equation that comes in
 };
 
 } // namespace corvane::stars

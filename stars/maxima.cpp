@@ -5,7 +5,7 @@
 #include <cmath>
 #include <utility>
 
-#include "stars/defined.h"
+#include "corvane/core/defined.h"
 #include "stars/field_blocks.h"
 #include "stars/robust.h"
 

@@ -5,7 +5,7 @@
 #include <limits>
 #include <numeric>
 
-#include "stars/defined.h"
+#include "corvane/core/defined.h"
 #include "stars/field_blocks.h"
 #include "stars/sort_samples.h"
 

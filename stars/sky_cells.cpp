@@ -8,9 +8,9 @@
 #include <optional>
 #include <utility>
 
+#include "corvane/core/defined.h"
 #include "stars/cell_grid.h"
 #include "stars/cell_sky.h"
-#include "stars/defined.h"
 #include "stars/field_blocks.h"
 #include "stars/robust.h"
 #include "stars/sort_samples.h"

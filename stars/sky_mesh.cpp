@@ -4,8 +4,8 @@
 #include <iterator>
 #include <vector>
 
+#include "corvane/core/defined.h"
 #include "stars/cell_sky.h"
-#include "stars/defined.h"
 #include "stars/field_blocks.h"
 #include "stars/sort_samples.h"
 

@@ -2,9 +2,9 @@
 
 #include <vector>
 
+#include "corvane/core/defined.h"
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"
-#include "stars/defined.h"
 
 namespace corvane::stars {
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "stars/defined.h"
+#include "corvane/core/defined.h"
 #include "stars/find_stars.h"
 #include "stars/full_well.h"
 #include "stars/robust.h"

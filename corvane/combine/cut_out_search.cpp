@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "corvane/combine/cut_out_likeness.h"
-#include "corvane/core/blank.h"
 #include "corvane/core/convolver.h"
+#include "corvane/core/defined.h"
 #include "corvane/core/memory_budget.h"
 #include "corvane/resources/string_table.h"
 
@@ -122,8 +122,7 @@ void SumWindows(std::vector<double>& values, std::size_t stride, int window)
 /// one before it in its row, or the first behind it; a row without any is 0. Returns the sum of squares.
 double ReadDeviations(const CStlImage& image, const CRect& part, int plane, int gridWidth, std::vector<float>& grid)
 {
-    const BlankTest isBlank(image);
-    const auto isDefined = [&](float v) { return std::isfinite(v) && !isBlank(v); };
+    const DefinedTest isDefined(image);
     const auto rowOf = [&](int y) -> const float* { return image.GetImageAdr(0, y, plane, 1) + part.left; };
     double sum = 0.0;
     double count = 0.0;

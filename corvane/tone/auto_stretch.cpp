@@ -6,7 +6,7 @@
 #include <limits>
 #include <optional>
 
-#include "corvane/core/blank.h"
+#include "corvane/core/defined.h"
 #include "corvane/core/fold.h"
 #include "corvane/core/middle_two.h"
 #include "corvane/tone/stretch.h"
@@ -20,18 +20,6 @@ struct PlaneSpread {
     double deviation = 0.0; ///< 1.4826 times the median absolute deviation
     double min = 0.0;
     double max = 0.0;
-};
-
-/// Tells samples that count.
-struct FiniteTest {
-    BlankTest isBlank;
-
-    bool operator()(float v) const
-    {
-        const bool isFinite = std::fabs(v) <= std::numeric_limits<float>::max();
-        const bool isBlankToo = isBlank(v);
-        return isFinite & !isBlankToo;
-    }
 };
 
 /// The median of keyOf(sample) over a plane; nothing where none has a key.
@@ -53,7 +41,7 @@ std::optional<double> MedianOfPlane(const CStlImage& image, int plane, KeyOfSamp
 std::optional<PlaneSpread> SpreadOf(const CStlImage& image, int plane)
 {
     constexpr double kSigmaOfMad = 1.4826; // of normal noise
-    const FiniteTest isDefined{BlankTest(image)};
+    const DefinedTest isDefined(image);
     const std::optional<double> median =
         MedianOfPlane(image, plane, [=](float v) { return isDefined(v) ? KeyOf(v) : kNoKey; });
     if (!median) {

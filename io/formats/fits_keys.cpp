@@ -11,8 +11,6 @@
 #include "io/formats/cards.h"
 
 namespace corvane::io {
-namespace {} // namespace
-
 std::string Numbered(const char* name, long long number)
 {
     return name + std::to_string(number);

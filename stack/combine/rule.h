@@ -22,8 +22,8 @@ enum class RejectMethod {
 /// What is rejected, and by which limits.
 struct RejectOptions {
     std::optional<RejectMethod> method{}; ///< unset: auto for the mean, none for what else is made of the values
-    std::optional<double>
-        low{}; ///< scales below the middle, or how many of the lowest; unset: as `SettledRejection` tells; else 3, or 1
+    /// Scales below the middle, or how many of the lowest; unset: as `SettledRejection` tells, else 3, or 1.
+    std::optional<double> low{};
     std::optional<double> high{}; ///< the same above
     int iterations = 0;           ///< at most; 0: until nothing changes
 };

@@ -5,7 +5,7 @@
 
 #include "corvane/core/blank.h"
 
-namespace corvane::stars {
+namespace corvane {
 
 /// Tells samples that are numbers: neither blank nor NaN nor infinite. In single precision, so that a loop over samples
 /// needs no conversion.
@@ -38,4 +38,4 @@ private:
     float blankHigh_;
 };
 
-} // namespace corvane::stars
+} // namespace corvane
