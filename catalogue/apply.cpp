@@ -9,12 +9,18 @@
 namespace corvane {
 namespace {
 
-/// A frame to begin with: a step that makes a new image reads the samples in their place.
-io::Frame FrameFor(const catalogue::Step& first, const CStlImage& image)
+/// An image to begin with: a step that makes a new one reads the samples in their place.
+CStlImage ImageFor(const std::vector<catalogue::Step>& steps, const CStlImage& image)
 {
-    const bool isRead = std::holds_alternative<catalogue::OnImage>(first.operation->run);
-    io::Frame frame;
-    frame.image = isRead ? image.Shared() : CStlImage(image);
+    const bool isRead = !steps.empty() && std::holds_alternative<catalogue::OnImage>(steps.front().operation->run);
+    return isRead ? image.Shared() : CStlImage(image);
+}
+
+io::Frame Applied(io::Frame frame, const std::vector<catalogue::Step>& steps, const Run& run)
+{
+    for (const catalogue::Step& step : steps) {
+        catalogue::RunStep(step, frame, run);
+    }
     return frame;
 }
 
@@ -27,20 +33,17 @@ CStlImage Apply(const CStlImage& image, std::string_view operation, const catalo
 
 CStlImage Apply(const CStlImage& image, const std::vector<catalogue::Step>& steps, const Run& run)
 {
-    return steps.empty() ? CStlImage(image) : Apply(FrameFor(steps.front(), image), steps, run).image;
+    return Applied({ImageFor(steps, image), {}}, steps, run).image;
 }
 
-io::Frame Apply(io::Frame frame, std::string_view operation, const catalogue::Settings& settings, const Run& run)
+io::Frame Apply(const io::Frame& frame, std::string_view operation, const catalogue::Settings& settings, const Run& run)
 {
-    return Apply(std::move(frame), std::vector{catalogue::Step(operation, settings)}, run);
+    return Apply(frame, std::vector{catalogue::Step(operation, settings)}, run);
 }
 
-io::Frame Apply(io::Frame frame, const std::vector<catalogue::Step>& steps, const Run& run)
+io::Frame Apply(const io::Frame& frame, const std::vector<catalogue::Step>& steps, const Run& run)
 {
-    for (const catalogue::Step& step : steps) {
-        catalogue::RunStep(step, frame, run);
-    }
-    return frame;
+    return Applied({ImageFor(steps, frame.image), frame.header}, steps, run);
 }
 
 catalogue::Outputs Apply(std::string_view operation, catalogue::Inputs inputs, const catalogue::Settings& settings,

@@ -27,9 +27,9 @@ namespace corvane {
 CORVANE_VISIBLE CStlImage Apply(const CStlImage& image, std::string_view operation, const catalogue::Settings& settings,
                                 const Run& run = {});
 CORVANE_VISIBLE CStlImage Apply(const CStlImage& image, const std::vector<catalogue::Step>& steps, const Run& run = {});
-CORVANE_VISIBLE io::Frame Apply(io::Frame frame, std::string_view operation, const catalogue::Settings& settings,
+CORVANE_VISIBLE io::Frame Apply(const io::Frame& frame, std::string_view operation, const catalogue::Settings& settings,
                                 const Run& run = {});
-CORVANE_VISIBLE io::Frame Apply(io::Frame frame, const std::vector<catalogue::Step>& steps, const Run& run = {});
+CORVANE_VISIBLE io::Frame Apply(const io::Frame& frame, const std::vector<catalogue::Step>& steps, const Run& run = {});
 
 /// An operation on several images, each under the name of its input; what it makes is under the names of its outputs.
 CORVANE_VISIBLE catalogue::Outputs Apply(std::string_view operation, catalogue::Inputs inputs,

@@ -17,9 +17,9 @@ void AddCards(Header& header, std::string_view text);
 void Inherit(Header& header, const Header& other);
 
 /// Puts the world coordinates of the header's cards into the image's record.
-void ReadCoordinates(const Header& header, CImage& image);
+CORVANE_VISIBLE void ReadCoordinates(const Header& header, CImage& image);
 /// Puts the image's world coordinates, if it has any, in place of the header's.
-void WriteCoordinates(const CImage& image, Header& header);
+CORVANE_VISIBLE void WriteCoordinates(const CImage& image, Header& header);
 
 /// The display levels that a header states for a plane.
 std::optional<Levels> ReadLevels(const Header& header, int plane);

@@ -33,7 +33,7 @@ TEST(Apply, TakesValuesOfEveryKind)
     const CStlImage dark = test::Make(5, 4, 1, [](int, int, int) { return 2; });
     io::Frame frame;
     frame.image = CStlImage(image);
-    frame = Apply(std::move(frame), {Step("dark", {{"frame", AsValue(dark)}}), "crop:rect=1:1:5:4"});
+    frame = Apply(frame, {Step("dark", {{"frame", AsValue(dark)}}), "crop:rect=1:1:5:4"});
     EXPECT_EQ(frame.image.GetPixelGrayRaw(0, 0, 0), 9.0F);
     EXPECT_EQ(frame.header.History().size(), 2U);
     EXPECT_EQ(Apply(image, "crop", {{"rect", CRect(1, 2, 4, 4)}}).GetPixelGrayRaw(0, 0, 0), 21.0F);

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <pybind11/pybind11.h>
+
+namespace corvane::python {
+
+/// Adds `run`, which runs an operation of the catalogue, and `apply`, which runs a list of steps.
+void BindOperations(pybind11::module_& module);
+
+/// Adds `stack` and `register`.
+void BindNight(pybind11::module_& module);
+
+/// Has errors raised as those of corvane.errors.
+void BindErrors(pybind11::module_& module);
+
+} // namespace corvane::python
