@@ -22,9 +22,7 @@ function(corvane_add_library target exportName)
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CORVANE_INSTALL_INCLUDE}>)
     target_compile_features(${target} PUBLIC cxx_std_20)
     corvane_precompile(${target})
-    if(NOT CORVANE_LIBRARY_ONLY) # where they stay apart, so that no source goes without a header that it needs
-        corvane_join(${target})
-    endif()
+    corvane_join(${target})
     target_link_libraries(${target} PUBLIC ${arg_NEEDS}
         PRIVATE $<BUILD_INTERFACE:corvane_flags> $<BUILD_INTERFACE:corvane_warnings>)
     set_target_properties(${target} PROPERTIES
