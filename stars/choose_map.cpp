@@ -1,5 +1,6 @@
 #include "stars/choose_map.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "stars/match_fields.h"
@@ -107,6 +108,17 @@ ChosenMap Simplest(const std::vector<Candidate>& borne, const MapOptions& option
 }
 
 } // namespace
+
+Area CommonArea(const Area& frame, const Area& reference, const Mapping& mapping)
+{
+    const Position corners[] = {mapping.Inverse({frame.left, frame.top}), mapping.Inverse({frame.right, frame.top}),
+                                mapping.Inverse({frame.left, frame.bottom}),
+                                mapping.Inverse({frame.right, frame.bottom})};
+    const auto [left, right] = std::minmax({corners[0].x, corners[1].x, corners[2].x, corners[3].x});
+    const auto [top, bottom] = std::minmax({corners[0].y, corners[1].y, corners[2].y, corners[3].y});
+    return {std::max(left, reference.left), std::max(top, reference.top), std::min(right, reference.right),
+            std::min(bottom, reference.bottom)};
+}
 
 ChosenMap ChooseMap(const std::vector<FieldStar>& reference, const std::vector<FieldStar>& frame,
                     const Alignment& match, const MapOptions& options)

@@ -24,6 +24,9 @@ struct ChosenMap {
     int stars = 0;                 ///< in common; 0 without a map
 };
 
+/// The part of a reference that a frame shows which a mapping lays onto it.
+CORVANE_VISIBLE Area CommonArea(const Area& frame, const Area& reference, const Mapping& mapping);
+
 /// Finds a richer map than the alignment by which `MatchFields` laid a frame onto a reference, where there is one that
 /// the stars bear and need.
 ///

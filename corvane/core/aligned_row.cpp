@@ -197,9 +197,10 @@ PlaneRows WholePlane(const CStlImage& image, int plane)
 }
 
 /// Brings in the pages that columns `x` to before `x + count` of a frame's row y read.
-void BringPages(const CStlImage& image, int plane, const Alignment& alignment, int x, int y, int count)
+void BringPages(const CStlImage& image, int plane, const Mapping& mapping, int x, int y, int count,
+                Interpolation interpolation)
 {
-    const RowSpan rows = RowsTouched(alignment, x, y, count, image.GetWidth(), image.GetHeight());
+    const RowSpan rows = RowsTouched(mapping, x, y, count, image.GetWidth(), image.GetHeight(), interpolation);
     if (!IsPaged(image) || rows.first == rows.end) {
         return;
     }
@@ -229,16 +230,16 @@ void SampleAlignedRow(const CStlImage& image, int plane, const Alignment& alignm
     SampleAlignedStretch(image, plane, alignment, 0, y, count, outside, values, inside);
 }
 
-void SampleAlignedStretch(const CStlImage& image, int plane, const Alignment& alignment, int x, int y, int count,
-                          double outside, double* values, int* inside)
+void SampleAlignedStretch(const CStlImage& image, int plane, const Mapping& mapping, int x, int y, int count,
+                          double outside, double* values, int* inside, Interpolation interpolation)
 {
     constexpr int kPagedColumns = 64; // few, so that the pages that a steep turn reads stay within the budget
-    const int length = IsPaged(image) && !alignment.IsShift() ? kPagedColumns : count;
+    const int length = IsPaged(image) && !mapping.IsShift() ? kPagedColumns : count;
     const PlaneRows rows = WholePlane(image, plane);
     for (int done = 0; done < count; done += length) {
         const int columns = std::min(length, count - done);
-        BringPages(image, plane, alignment, x + done, y, columns);
-        SampleAlignedStretch(rows, alignment, x + done, y, columns, outside, values + done, inside + done);
+        BringPages(image, plane, mapping, x + done, y, columns, interpolation);
+        SampleAlignedStretch(rows, mapping, x + done, y, columns, outside, values + done, inside + done, interpolation);
     }
 }
 
@@ -254,6 +255,19 @@ void SampleAlignedStretch(const PlaneRows& plane, const Mapping& mapping, int x,
         const TurnedStretch stretch(plane, mapping, x + done, y, length);
         stretch.Sample(interpolation, outside, values + done, inside + done);
     }
+}
+
+void LeaveOutWrapped(const Mapping& mapping, int width, int x, int y, int count, int* inside)
+{
+    if (mapping.KeepsColumns()) {
+        return;
+    }
+    const double last = width - 1;
+    mapping.WithMap([&](auto map) {
+        for (int i = 0; i < count; ++i) {
+            inside[i] &= map(x + i, y).x <= last ? 1 : 0;
+        }
+    });
 }
 
 } // namespace corvane

@@ -25,14 +25,20 @@ CORVANE_VISIBLE void SampleAlignedRow(const CStlImage& image, int plane, const A
                                       double outside, double* values, int* inside);
 
 /// The same for `count` columns from x on: values[0] belongs to column x. For callers that take a turned frame in narrow
-/// strips, a band of rows at a time, so that the samples of neighbouring rows are still in the nearest cache.
-CORVANE_VISIBLE void SampleAlignedStretch(const CStlImage& image, int plane, const Alignment& alignment, int x, int y,
-                                          int count, double outside, double* values, int* inside);
+/// strips, a band of rows at a time, so that the samples of neighbouring rows are still in the nearest cache. Under any
+/// map, with an interpolation of choice.
+CORVANE_VISIBLE void SampleAlignedStretch(const CStlImage& image, int plane, const Mapping& mapping, int x, int y,
+                                          int count, double outside, double* values, int* inside,
+                                          Interpolation interpolation = Interpolation::kBilinear);
 
 /// The same from a plane of which those rows are in memory that `RowsTouched` tells for the stretch, with an
 /// interpolation of choice. The same positions are inside for all of them.
 CORVANE_VISIBLE void SampleAlignedStretch(const PlaneRows& plane, const Mapping& mapping, int x, int y, int count,
                                           double outside, double* values, int* inside,
                                           Interpolation interpolation = Interpolation::kBilinear);
+
+/// Takes samples of a stretch out of those inside that lie right of the last column of an image so wide: beyond it, the
+/// sampler goes on to the first sample of the next row.
+CORVANE_VISIBLE void LeaveOutWrapped(const Mapping& mapping, int width, int x, int y, int count, int* inside);
 
 } // namespace corvane

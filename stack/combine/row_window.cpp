@@ -80,15 +80,7 @@ void RowWindow::ReadFollowers(const Reader& read)
 
 void RowWindow::LeaveOutWrapped(int x, int row, int count, int* inside) const
 {
-    if (mapping_.KeepsColumns()) {
-        return;
-    }
-    const double last = width_ - 1;
-    mapping_.WithMap([&](auto map) {
-        for (int i = 0; i < count; ++i) {
-            inside[i] &= map(x + i, row).x <= last ? 1 : 0;
-        }
-    });
+    corvane::LeaveOutWrapped(mapping_, width_, x, row, count, inside);
 }
 
 void RowWindow::Sample(int plane, int x, int row, int count, double outside, double* values, int* inside) const

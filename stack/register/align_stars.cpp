@@ -12,6 +12,7 @@
 #include "stars/choose_map.h"
 #include "stars/match_fields.h"
 #include "stars/robust.h"
+#include "stars/star_partner.h"
 
 namespace corvane::stack {
 
@@ -19,7 +20,6 @@ namespace {
 
 constexpr double kGoodShare = 0.75;       // of the most stars, for a reference
 constexpr std::size_t kMostTries = 5;     // of references that most other lights do not fit
-constexpr double kPairDistance = 2.0;     // pixels between a star and its place in the reference
 constexpr double kLeastLight = 1.0 / 3.0; // of the reference's, for the same exposure
 
 using Stars = std::vector<stars::FieldStar>;
@@ -53,22 +53,12 @@ double ExposureRatio(const std::optional<double>& light, const std::optional<dou
     return ratio > 0.0 && std::isfinite(ratio) ? ratio : 1.0;
 }
 
-/// The usable star where a mapping has one of the reference; null where there is none.
-const stars::FieldStar* PartnerOf(const stars::FieldStar& star, const Stars& stars, const Mapping& mapping)
-{
-    const Position at = mapping.Map(star.x, star.y);
-    const auto found = std::find_if(stars.begin(), stars.end(), [&](const stars::FieldStar& other) {
-        return other.IsUsable() && std::hypot(other.x - at.x, other.y - at.y) < kPairDistance;
-    });
-    return found == stars.end() ? nullptr : &*found;
-}
-
 /// The light of stars in common over that in the reference; empty when there are none.
 std::optional<double> FluxRatio(const Stars& reference, const Stars& stars, const Mapping& mapping)
 {
     std::vector<double> ratios;
     for (const stars::FieldStar& star : reference) {
-        const stars::FieldStar* const found = PartnerOf(star, stars, mapping);
+        const stars::FieldStar* const found = stars::PartnerOf(star, stars, mapping);
         if (star.IsUsable() && found != nullptr && star.flux > 0.0) {
             ratios.push_back(found->flux / star.flux);
         }
@@ -85,26 +75,14 @@ void LeaveOutFaint(double exposureRatio, FrameReport& report)
     }
 }
 
-/// The part of the reference that a light shows.
-stars::Area CommonArea(const stars::Area& light, const stars::Area& reference, const Mapping& mapping)
-{
-    const Position corners[] = {mapping.Inverse({light.left, light.top}), mapping.Inverse({light.right, light.top}),
-                                mapping.Inverse({light.left, light.bottom}),
-                                mapping.Inverse({light.right, light.bottom})};
-    const auto [left, right] = std::minmax({corners[0].x, corners[1].x, corners[2].x, corners[3].x});
-    const auto [top, bottom] = std::minmax({corners[0].y, corners[1].y, corners[2].y, corners[3].y});
-    return {std::max(left, reference.left), std::max(top, reference.top), std::min(right, reference.right),
-            std::min(bottom, reference.bottom)};
-}
-
 /// Enters a richer map than the alignment that the report has, where one is wanted and holds.
 void Bend(const Options& options, const MeasuredLights& lights, const Stars& reference, const Stars& stars,
           FrameReport& report)
 {
     const Alignment match = report.PlacedAbout(lights.centre);
-    const stars::ChosenMap chosen =
-        stars::ChooseMap(reference, stars, match,
-                         {options.transform, options.alignsScale, CommonArea(lights.area, lights.reference, match)});
+    const stars::ChosenMap chosen = stars::ChooseMap(
+        reference, stars, match,
+        {options.transform, options.alignsScale, stars::CommonArea(lights.area, lights.reference, match)});
     if (chosen.map) {
         report.model = chosen.model;
         report.map = chosen.map;
@@ -165,7 +143,7 @@ Stars WithLightOf(const Stars& others, const Stars& field, const Mapping& mappin
 {
     Stars seen;
     for (stars::FieldStar star : field) {
-        if (const stars::FieldStar* const found = PartnerOf(star, others, mapping)) {
+        if (const stars::FieldStar* const found = stars::PartnerOf(star, others, mapping)) {
             star.flux = found->flux;
             seen.push_back(star);
         }
