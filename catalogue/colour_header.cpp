@@ -65,6 +65,11 @@ void DescribeColour(std::vector<io::Frame>& frames, const std::vector<Fit>& fits
     }
 }
 
+bool HaveOwnLevels(const std::vector<io::Frame>& frames)
+{
+    return std::all_of(frames.begin(), frames.end(), [](const io::Frame& f) { return f.image.HasOwnLevel() != 0; });
+}
+
 void DropExtremes(io::Header& header)
 {
     Remove({"DATAMIN", "DATAMAX"}, header);

@@ -12,6 +12,9 @@ namespace corvane::catalogue {
 /// brought each frame, and filter and exposure of each as far as its header says.
 void DescribeColour(std::vector<io::Frame>& frames, const std::vector<Fit>& fits);
 
+/// Whether all frames came with display levels of their own.
+bool HaveOwnLevels(const std::vector<io::Frame>& frames);
+
 /// Takes away the extremes that a header states: the samples are others now.
 void DropExtremes(io::Header& header);
 

@@ -44,7 +44,9 @@ constexpr std::pair<const char*, const char*> kMeanings[] = {
     {"pad border frame", "canvas"},
     {"shift translate move roll", "scroll"},
     {"isophote lines levels-lines", "contour"},
-    {"palette lut colormap pseudocolor pseudocolour heatmap", "false-color"},
+    {"narrowband narrow-band sho hoo hos bicolour bicolor hubble", "palette"},
+    {"halpha h-alpha continuum-subtraction", "continuum"},
+    {"lut colormap pseudocolor pseudocolour heatmap", "false-color"},
     {"multiplication times scale-by", "multiply divide"},
     {"plus sum", "add"},
     {"minus", "subtract"},
@@ -90,6 +92,8 @@ const std::vector<Group>& Groups()
                                            {"Several images: commands of their own", MosaicOperations},
                                            {"Several images: commands of their own", MatchOperations},
                                            {"Several images: commands of their own", ColourCompositeOperations},
+                                           {"Several images: commands of their own", PaletteOperations},
+                                           {"Several images: commands of their own", ContinuumOperations},
                                            {"Measuring: commands of their own", StatsOperations},
                                            {"Measuring: commands of their own", StarOperations}};
     return groups;

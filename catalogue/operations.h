@@ -35,6 +35,8 @@ std::vector<Operation> CompositeOperations();
 std::vector<Operation> MosaicOperations();
 std::vector<Operation> MatchOperations();
 std::vector<Operation> ColourCompositeOperations();
+std::vector<Operation> PaletteOperations();
+std::vector<Operation> ContinuumOperations();
 std::vector<Operation> StatsOperations();
 std::vector<Operation> StarOperations();
 /// @}

@@ -241,6 +241,7 @@ Value ParseValue(const Parameter& parameter, std::string_view text)
         return ParseRectangle(parameter, text);
     case Kind::Image:
     case Kind::CurveFile:
+    case Kind::Matrix:
     case Kind::Output:
         break;
     }
@@ -312,6 +313,8 @@ std::string AllowedText(const Parameter& parameter)
         return std::string(kCurveForm) + ", points from 0:0 to 1:1";
     case Kind::Rectangle:
         return kRectangleForm;
+    case Kind::Matrix:
+        return Joined(parameter.choices) + ", or the name of a file";
     case Kind::Image:
     case Kind::CurveFile:
     case Kind::Output:

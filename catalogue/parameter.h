@@ -31,6 +31,7 @@ enum class Kind {
     Image,     ///< an image: the name of its file, held as text; or one in memory
     CurveFile, ///< the name of a text file with a curve, held as text; see `ReadPoints`
     Output,    ///< an image that is written besides: the name of its file, held as text
+    Matrix,    ///< one of its words, or the name of a text file with a matrix, held as text; see `ReadMixMatrix`
     Curve,     ///< x:y/x:y/... with at least two points within 0 and 1, x rising
     Rectangle, ///< left:top:right:bottom in pixels, right and bottom exclusive, never empty
 };
@@ -50,12 +51,13 @@ struct Parameter {
     std::string unit{};                                ///< empty when it has none
     double min = std::numeric_limits<float>::lowest(); ///< smallest value of a number that is allowed
     double max = std::numeric_limits<float>::max();    ///< largest value of a number that is allowed
-    /// The words of a choice, or those that a number may be given by; the forms of numbers, as X,Y.
+    /// The words of a choice, or those that a number or a matrix may be given by; the forms of numbers, as X,Y.
     std::vector<std::string> choices{};
     std::optional<Value> defaultValue{};
     std::string whenAbsent{};           ///< what an optional parameter without a default means when it is not given
     Value (*readSetting)() = nullptr;   ///< where the user's settings stand before the default: reads them
     std::vector<std::string> aliases{}; ///< other names that are accepted
+    bool isWord = false;                ///< commands take it as a word before the images, not as an option
     bool isShown = true;                ///< false: accepted, but it changes nothing that a person would choose
 
     bool IsRequired() const { return !defaultValue && whenAbsent.empty(); }

@@ -189,14 +189,15 @@ std::string ToText(const Fit& fit)
 {
     const std::string stars = fit.stars == 1 ? "1 star" : std::to_string(fit.stars) + " stars";
     return "aligned by " + stars + ": dx " + NumberText(fit.dx, 3) + ", dy " + NumberText(fit.dy, 3) + ", angle " +
-           NumberText(fit.angle, 4);
+           NumberText(fit.angle, 4) + (fit.scale == 1.0 ? "" : ", scale " + NumberText(fit.scale, 5)) +
+           (fit.isBent ? ", and bent" : "");
 }
 
 Table TableOf(const std::vector<Fit>& fits)
 {
-    Table table{.columns = {{"dx"}, {"dy"}, {"angle"}, {"stars", 0}}};
+    Table table{.columns = {{"dx"}, {"dy"}, {"angle"}, {"stars", 0}, {"scale"}}};
     for (const Fit& fit : fits) {
-        table.rows.push_back({fit.dx, fit.dy, fit.angle, static_cast<double>(fit.stars)});
+        table.rows.push_back({fit.dx, fit.dy, fit.angle, static_cast<double>(fit.stars), fit.scale});
     }
     return table;
 }
@@ -206,7 +207,7 @@ std::vector<Fit> FitsOf(const Table& table)
     std::vector<Fit> fits;
     for (const std::vector<Cell>& row : table.rows) {
         const auto number = [&](std::size_t column) { return std::get<double>(row[column]); };
-        fits.push_back({number(0), number(1), number(2), static_cast<int>(number(3))});
+        fits.push_back({number(0), number(1), number(2), static_cast<int>(number(3)), number(4)});
     }
     return fits;
 }

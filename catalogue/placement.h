@@ -1,9 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "catalogue/operation.h"
+#include "corvane/core/mapping.h"
 #include "io/frame.h"
 
 namespace corvane::catalogue {
@@ -39,7 +41,10 @@ struct Fit {
     double dx;
     double dy;
     double angle;
-    int stars; ///< that it was found by: 0, 1 for a shift, 2 for a shift and a turn
+    int stars; ///< that it was found by: 0, 1 for a shift, 2 for a shift and a turn, more where they were matched
+    double scale = 1.0;           ///< its pixels to one of the first image
+    bool isBent = false;          ///< the map is more than that
+    std::optional<Mapping> map{}; ///< from places in the first image to those in the second, of matched stars
 };
 
 /// @name Parameters of placements
@@ -70,7 +75,7 @@ Fit FitOnto(io::Frame& first, io::Frame& second, const Placement& placement);
 /// The fit in words for a person and for HISTORY.
 CORVANE_VISIBLE std::string ToText(const Fit& fit);
 
-/// Fits as numbers: dx, dy, angle, stars.
+/// Fits as numbers: dx, dy, angle, stars, scale.
 Table TableOf(const std::vector<Fit>& fits);
 /// Fits of such a table.
 CORVANE_VISIBLE std::vector<Fit> FitsOf(const Table& table);

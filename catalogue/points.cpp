@@ -1,68 +1,18 @@
 #include "catalogue/points.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <system_error>
-#include <utility>
 
+#include "catalogue/number_lines.h"
 #include "corvane/core/error.h"
-#include "io/input_file.h"
 
 namespace corvane::catalogue {
 namespace {
 
-constexpr std::uintmax_t kMostFileBytes = 16 << 20; // more is no curve that somebody meant
+constexpr NumberLines kCurveLines{"a curve", "one number or two", 2};
 
 bool IsWithin(double v)
 {
     return v >= 0.0 && v <= 1.0;
-}
-
-/// The numbers of a line.
-std::vector<double> ReadLine(const std::string& file, std::string line, int number)
-{
-    line.resize(std::min(line.find('#'), line.size()));
-    std::replace(line.begin(), line.end(), ',', ' ');
-    std::istringstream stream(line);
-    std::vector<double> numbers;
-    for (std::string word; stream >> word;) {
-        double& v = numbers.emplace_back();
-        const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), v);
-        if (error != std::errc() || end != word.data() + word.size() || numbers.size() > 2) {
-            throw FileError(file, "line " + std::to_string(number) + " is not one number or two");
-        }
-    }
-    return numbers;
-}
-
-std::vector<std::vector<double>> ReadLines(const std::string& file)
-{
-    io::CheckOrdinaryFile(file);
-    std::error_code error;
-    const std::uintmax_t bytes = std::filesystem::file_size(file, error);
-    std::ifstream stream(file);
-    if (error || !stream) {
-        throw FileError(file, "cannot be read");
-    }
-    if (bytes > kMostFileBytes) {
-        throw FileError(file, "is too large for a curve");
-    }
-    std::vector<std::vector<double>> lines;
-    std::string line;
-    for (int number = 1; std::getline(stream, line); ++number) {
-        std::vector<double> numbers = ReadLine(file, line, number);
-        if (!numbers.empty() && !lines.empty() && numbers.size() != lines.front().size()) {
-            throw FileError(file, "line " + std::to_string(number) + " has not as many numbers as those before");
-        }
-        if (!numbers.empty()) {
-            lines.push_back(std::move(numbers));
-        }
-    }
-    return lines;
 }
 
 /// The slopes of the curve at its points.
@@ -114,7 +64,7 @@ std::string FaultOf(const Points& points)
 
 Points ReadPoints(const std::string& file)
 {
-    const std::vector<std::vector<double>> lines = ReadLines(file);
+    const std::vector<std::vector<double>> lines = ReadNumberLines(file, kCurveLines);
     Points points;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         const double place = static_cast<double>(i) / static_cast<double>(std::max<std::size_t>(lines.size(), 2) - 1);

@@ -2,12 +2,17 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
+#include "catalogue/names.h"
+#include "catalogue/onto_grid.h"
 #include "catalogue/row_order.h"
 #include "corvane/core/error.h"
 #include "corvane/core/run.h"
 #include "corvane/core/text.h"
+#include "stars/find_stars.h"
 #include "stars/patch.h"
+#include "stars/place_field.h"
 #include "stars/plane_of.h"
 
 namespace corvane::catalogue {
@@ -19,6 +24,8 @@ bool IsBy(const Registration& registration, const char* word)
 }
 
 constexpr int kMostSearch = 1024; // [pixels]
+constexpr std::size_t kLeastStars = 3;
+constexpr const char* kOtherwise = "; align = none takes frames as they lie";
 
 /// The parameter for something of frame i: points, points2, points3; shift1, shift2.
 std::string NameFor(const char* what, std::size_t i)
@@ -116,17 +123,42 @@ Fit FindShift(const io::Frame& first, int firstPlane, io::Frame& frame, int plan
     return fit;
 }
 
-Fit FitOfOther(std::vector<io::Frame>& frames, std::size_t i, const std::vector<int>& planes,
-               const Registration& registration, const Run& run)
+/// The stars of one plane. Throws Error when there are too few to tell a place by.
+std::vector<stars::FieldStar> StarsOf(const io::Frame& frame, int plane, const Run& run)
 {
-    const Placement placement = PlacementOf(registration, i);
-    if (!IsBy(registration, "shift")) {
-        return FitOnto(frames[0], frames[i], placement);
+    std::vector<stars::FieldStar> stars = stars::FindFieldStars(frame.image, plane, {}, run).stars;
+    if (stars.size() < kLeastStars) {
+        throw FileError(frame.image.GetOrgFileName(), "shows " + std::to_string(stars.size()) +
+                                                          (stars.size() == 1 ? " star" : " stars") +
+                                                          ", and it takes 3 to align by" + kOtherwise);
     }
-    Fit fit = FindShift(frames[0], planes[0], frames[i], planes[i], registration, run);
-    fit.dx += placement.dx;
-    fit.dy += placement.dy;
-    fit.angle = placement.angle;
+    return stars;
+}
+
+/// Matches the stars of a frame with those of the first.
+Fit MatchStars(const io::Frame& first, const std::vector<stars::FieldStar>& firstStars, io::Frame& frame, int plane,
+               const Run& run)
+{
+    const auto stars = StarsOf(frame, plane, run);
+    frame.image.SetDefaultCenter();
+    const stars::FieldPlace place =
+        stars::PlaceField({firstStars, first.image.GetWidth(), first.image.GetHeight()},
+                          {stars, frame.image.GetWidth(), frame.image.GetHeight()}, frame.image.GetStdCtr(), run);
+    const stars::FieldMatch& match = place.match;
+    if (!match.reason.empty()) {
+        throw FileError(frame.image.GetOrgFileName(), std::string("cannot be placed on ") +
+                                                          first.image.GetOrgFileName() +
+                                                          " by its stars: " + match.reason + kOtherwise);
+    }
+    return {match.dx, match.dy, match.angle, place.stars, match.scale, place.isBent, place.mapping};
+}
+
+/// The same fit, moved by hand.
+Fit MovedByHand(Fit fit, const Placement& byHand)
+{
+    fit.dx += byHand.dx;
+    fit.dy += byHand.dy;
+    fit.angle += byHand.angle;
     return fit;
 }
 
@@ -138,9 +170,9 @@ std::vector<Parameter> RegistrationParameters(const std::vector<Parameter>& own,
         {.name = "align",
          .kind = Kind::Choice,
          .summary = "how the frames are brought onto " + names[0] +
-                    ": shift looks for a star, points measures stars that are pointed at",
-         .choices = {"none", "shift", "points"},
-         .defaultValue = std::string("none")},
+                    ": stars matches all stars, shift looks for one, points measures stars that are pointed at",
+         .choices = {"stars", "none", "shift", "points"},
+         .whenAbsent = "stars; none where a shift, a turn or a scale is given by hand"},
         {.name = "at",
          .kind = Kind::Numbers,
          .summary = "align = shift: roughly where the star is in " + names[0],
@@ -168,9 +200,26 @@ std::vector<Parameter> RegistrationParameters(const std::vector<Parameter>& own,
     return parameters;
 }
 
+Parameter StarsOrNone(const std::string& first)
+{
+    return ChoiceParameter("align", "how the others are brought onto " + first + ": by their stars, or as they lie",
+                           {"stars", "none"}, "stars");
+}
+
+std::string AlignmentOf(const Arguments& arguments, std::size_t frames)
+{
+    bool isByHand = std::any_of(arguments.List().begin(), arguments.List().end(), [](const Argument& argument) {
+        return argument.parameter->name == "scale" && std::get<double>(argument.value) != 1.0;
+    });
+    for (std::size_t i = 0; i < frames; ++i) {
+        isByHand |= arguments.Has(NameFor("shift", i)) || arguments.Number(NameFor("angle", i)) != 0.0;
+    }
+    return arguments.Has("align") ? arguments.Text("align") : isByHand ? "none" : "stars";
+}
+
 void CheckRegistration(const Arguments& arguments, std::size_t frames)
 {
-    const std::string& align = arguments.Text("align");
+    const std::string align = AlignmentOf(arguments, frames);
     if ((align == "shift") != arguments.Has("at")) {
         throw arguments.Refusal("at", "belongs to align = shift, which needs it");
     }
@@ -187,7 +236,7 @@ void CheckRegistration(const Arguments& arguments, std::size_t frames)
 
 Registration RegistrationOf(const Arguments& arguments, std::size_t frames)
 {
-    Registration registration{.align = arguments.Text("align"),
+    Registration registration{.align = AlignmentOf(arguments, frames),
                               .at = NumbersOf(arguments, "at"),
                               .size = arguments.Whole("size"),
                               .range = arguments.Whole("range"),
@@ -199,17 +248,47 @@ Registration RegistrationOf(const Arguments& arguments, std::size_t frames)
     return registration;
 }
 
+Registration RegistrationBy(const std::string& align, std::size_t frames)
+{
+    return {.align = align, .frames = std::vector<FramePlace>(frames)};
+}
+
 std::vector<Fit> FitFrames(std::vector<io::Frame>& frames, const std::vector<int>& planes,
                            const Registration& registration, const Run& run)
 {
     Registration inOrder = registration;
+    const bool isByStars = IsBy(registration, "stars");
+    const auto stars = isByStars ? StarsOf(frames[0], planes[0], run) : std::vector<stars::FieldStar>();
     std::vector<Fit> fits(1);
     for (std::size_t i = 1; i < frames.size(); ++i) {
         BringToOrderOf(frames[0], frames[i], run, &inOrder.frames[i].points);
-        fits.push_back(FitOfOther(frames, i, planes, inOrder, run));
+        const Placement byHand = PlacementOf(inOrder, i);
+        if (isByStars) {
+            fits.push_back(MovedByHand(MatchStars(frames[0], stars, frames[i], planes[i], run), byHand));
+        } else if (IsBy(registration, "shift")) {
+            fits.push_back(MovedByHand(FindShift(frames[0], planes[0], frames[i], planes[i], inOrder, run), byHand));
+        } else {
+            fits.push_back(FitOnto(frames[0], frames[i], byHand));
+        }
     }
     fits[0] = FitOfFirst(frames[0], registration);
     return fits;
+}
+
+Mapping MappingOf(const Fit& fit, const io::Frame& frame)
+{
+    return fit.map ? *fit.map : Mapping(Alignment::Turned(fit.dx, fit.dy, fit.angle, frame.image.GetStdCtr()));
+}
+
+Fit BringOnto(const io::Frame& first, io::Frame& frame, const Fit& fit, const FramePlace& byHand,
+              const std::vector<double>& outside, const Run& run)
+{
+    if (!fit.map) {
+        return fit;
+    }
+    frame.image = OntoGrid(frame.image, *fit.map, first.image.GetWidth(), first.image.GetHeight(), outside, run);
+    return {byHand.shift.empty() ? 0.0 : byHand.shift[0], byHand.shift.empty() ? 0.0 : byHand.shift[1], byHand.angle,
+            fit.stars};
 }
 
 } // namespace corvane::catalogue

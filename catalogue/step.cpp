@@ -6,6 +6,7 @@
 #include <optional>
 #include <utility>
 
+#include "catalogue/mix_matrix.h"
 #include "catalogue/names.h"
 #include "catalogue/operations.h"
 #include "catalogue/points.h"
@@ -102,12 +103,18 @@ void AddArgument(const Parameter& parameter, const Given& given, Arguments& argu
     }
 }
 
+bool MayBeMany(const Input& input)
+{
+    return input.count == Count::Several || input.count == Count::Any;
+}
+
 void CheckFrame(const Input& input, const io::Frame& frame)
 {
     const bool isColour = frame.image.IsColor() != 0;
     if (input.planes != Planes::Any && isColour != (input.planes == Planes::Colour)) {
-        throw InputError(input.name, std::string("must have ") + (isColour ? "1 plane" : "3 planes") + "; it has " +
-                                         std::to_string(frame.image.GetPlanes()));
+        const std::string reason = std::string("must have ") + (isColour ? "1 plane" : "3 planes") + "; it has " +
+                                   std::to_string(frame.image.GetPlanes());
+        throw MayBeMany(input) ? FileError(frame.image.GetOrgFileName(), reason) : InputError(input.name, reason);
     }
 }
 
@@ -117,8 +124,7 @@ void CheckInputs(const Operation& operation, const Inputs& inputs)
         const auto found = inputs.find(input.name);
         const std::size_t given = found == inputs.end() ? 0 : found->second.size();
         const bool mayBeNone = input.count == Count::Optional || input.count == Count::Any;
-        const bool mayBeMany = input.count == Count::Several || input.count == Count::Any;
-        if ((given == 0 && !mayBeNone) || (given > 1 && !mayBeMany)) {
+        if ((given == 0 && !mayBeNone) || (given > 1 && !MayBeMany(input))) {
             throw InputError(input.name, given == 0 ? "is missing" : "must be one image");
         }
         for (std::size_t i = 0; i < given; ++i) {
@@ -187,6 +193,9 @@ std::string StepText(const Operation& operation, const Arguments& arguments)
 std::string CommandText(const Operation& operation, const Inputs& inputs, const Arguments& arguments)
 {
     std::string text = "corvane " + operation.name;
+    for (const Argument& argument : arguments.List()) {
+        text += argument.parameter->isWord ? " " + ToText(argument.value) : "";
+    }
     for (const Input& input : operation.inputs) {
         const auto found = inputs.find(input.name);
         for (std::size_t i = 0; found != inputs.end() && i < found->second.size(); ++i) {
@@ -195,19 +204,23 @@ std::string CommandText(const Operation& operation, const Inputs& inputs, const 
     }
     for (const Argument& argument : arguments.List()) {
         const bool isFlag = argument.parameter->kind == Kind::Flag;
-        if (argument.isWritten && (!isFlag || std::get<bool>(argument.value))) {
+        if (argument.isWritten && !argument.parameter->isWord && (!isFlag || std::get<bool>(argument.value))) {
             text += " --" + argument.parameter->name + (isFlag ? "" : " " + ToText(argument.value));
         }
     }
     return text;
 }
 
+/// The files that an argument of one of these kinds names; a word that stands for something built in is none.
 std::vector<std::string> FilesOfKinds(std::initializer_list<Kind> kinds, const Arguments& arguments)
 {
     std::vector<std::string> files;
     for (const Argument& argument : arguments.List()) {
+        const Parameter& parameter = *argument.parameter;
+        const std::vector<std::string>& words = parameter.choices;
         const auto* file = std::get_if<std::string>(&argument.value);
-        if (file != nullptr && std::find(kinds.begin(), kinds.end(), argument.parameter->kind) != kinds.end()) {
+        if (file != nullptr && std::find(kinds.begin(), kinds.end(), parameter.kind) != kinds.end() &&
+            std::find(words.begin(), words.end(), *file) == words.end()) {
             files.push_back(*file);
         }
     }
@@ -251,7 +264,7 @@ std::string ToText(const Step& step)
 
 std::vector<std::string> FilesOf(const Arguments& arguments)
 {
-    return FilesOfKinds({Kind::Image, Kind::CurveFile}, arguments);
+    return FilesOfKinds({Kind::Image, Kind::CurveFile, Kind::Matrix}, arguments);
 }
 
 std::vector<std::string> WrittenFilesOf(const Arguments& arguments)
@@ -264,6 +277,8 @@ void CheckFiles(const Arguments& arguments)
     for (const Argument& argument : arguments.List()) {
         if (argument.parameter->kind == Kind::CurveFile) {
             ReadPoints(std::get<std::string>(argument.value));
+        } else if (argument.parameter->kind == Kind::Matrix) {
+            ReadMixMatrix(std::get<std::string>(argument.value));
         } else if (argument.parameter->kind == Kind::Image && std::holds_alternative<std::string>(argument.value)) {
             io::OpenFrame(std::get<std::string>(argument.value));
         }

@@ -98,6 +98,9 @@ std::string CommandCases(const CLI::App& command)
             values += Case(command.get_name() + " --" + name, ValuesOf(*option, operation));
         }
     }
+    for (const Parameter& parameter : operation == nullptr ? std::vector<Parameter>() : operation->parameters) {
+        values += parameter.isWord ? Case(command.get_name() + " " + command.get_name(), parameter.choices) : "";
+    }
     return Case(command.get_name() + " options", options) + values;
 }
 

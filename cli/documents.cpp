@@ -29,6 +29,7 @@ const char* WordFor(Kind kind)
     case Kind::Image:
         return "image";
     case Kind::CurveFile:
+    case Kind::Matrix:
     case Kind::Output:
         return "file";
     case Kind::Curve:

@@ -51,6 +51,7 @@ std::string TypeName(const Parameter& parameter)
     }
     case Kind::Image:
     case Kind::CurveFile:
+    case Kind::Matrix:
     case Kind::Output:
         return "FILE";
     case Kind::Flag:
@@ -80,6 +81,33 @@ void AddOutputs(CLI::App& command, OperationWords& words)
     const bool hasScale = catalogue::FindNamed(words.operation->parameters, "scale") != nullptr;
     AddOutput(command, words.output, "The image to write: .fits, .tif or .png");
     AddSaveOptions(command, words.output.save, hasScale ? kLongScaleName : kScaleNames);
+}
+
+/// Adds the words that stand before the images.
+void AddWords(CLI::App& command, const Operation& operation, catalogue::Settings& settings)
+{
+    for (const Parameter& parameter : operation.parameters) {
+        if (parameter.isWord) {
+            const auto set = [&settings, name = parameter.name](const std::string& text) {
+                settings.push_back({name, text});
+            };
+            command
+                .add_option_function<std::string>(Upper(parameter.name), set,
+                                                  Sentence(catalogue::DescriptionOf(parameter)))
+                ->required()
+                ->type_name("");
+        }
+    }
+}
+
+/// Those that take several images need one at least.
+void RequireInputs(CLI::App& command, const Operation& operation)
+{
+    for (const catalogue::Input& input : operation.inputs) {
+        if (input.count == catalogue::Count::Several) {
+            command.get_option(Upper(input.name))->required();
+        }
+    }
 }
 
 catalogue::Inputs Load(const OperationWords& words)
@@ -192,6 +220,9 @@ Error OnFiles(const Error& error, const Operation& operation, const catalogue::F
 void AddParameters(CLI::App& command, const Operation& operation, catalogue::Settings& settings)
 {
     for (const Parameter& parameter : operation.parameters) {
+        if (parameter.isWord) {
+            continue;
+        }
         const std::string names = OptionNames(parameter);
         const std::string help = Sentence(catalogue::DescriptionOf(parameter));
         const auto set = [&settings, name = parameter.name](const std::string& text) {
@@ -226,7 +257,9 @@ void AddOperation(CLI::App& app, Session& session, const char* name, const Print
     words->print = print;
     CLI::App& command = AddCommand(app, session, *words->operation);
     AddOutputs(command, *words);
+    AddWords(command, *words->operation, words->settings);
     AddInputs(command, *words->operation, words->files);
+    RequireInputs(command, *words->operation);
     AddParameters(command, *words->operation, words->settings);
     command.callback([&session, words] { session.work = [&session, words] { return Perform(*words, session); }; });
 }

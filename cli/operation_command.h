@@ -28,7 +28,7 @@ std::vector<std::string> FilesOf(const catalogue::Files& files, const catalogue:
 /// An error of work on files: of the file in place of the input, with parameters as options.
 Error OnFiles(const Error& error, const catalogue::Operation& operation, const catalogue::Files& files);
 
-/// Adds the parameters of an operation to a command, `--name` each; what is given goes into the settings.
+/// Adds the parameters of an operation to a command, `--name` each but for words; what is given goes into the settings.
 void AddParameters(CLI::App& command, const catalogue::Operation& operation, catalogue::Settings& settings);
 
 /// Prints what an operation found.

@@ -102,6 +102,20 @@ TEST_F(AnyThreads, MakeTheSameOfStepsAtTheSamePace)
     }
 }
 
+/// Values with which an operation on several images works on noise, which has no stars.
+Settings SettingsOnNoise(const Operation& operation)
+{
+    Settings settings;
+    for (const Parameter& parameter : operation.parameters) {
+        if (parameter.name == "align") {
+            settings.push_back({"align", "none"});
+        } else if (parameter.name == "palette" || parameter.name == "factor") {
+            settings.push_back({parameter.name, parameter.name == "palette" ? Value(std::string("hos")) : Value(0.3)});
+        }
+    }
+    return settings;
+}
+
 TEST_F(AnyThreads, MakeTheSameOfSeveralImages)
 {
     for (const Operation& operation : Operations()) {
@@ -110,9 +124,11 @@ TEST_F(AnyThreads, MakeTheSameOfSeveralImages)
             ExpectOneCourse([&](const corvane::Run& run) {
                 Inputs inputs;
                 for (const Input& input : operation.inputs) {
-                    inputs[input.name].push_back(Frame(planes, 1 + inputs.size()));
+                    for (int i = input.count == Count::Several ? 3 : 1; i > 0; --i) {
+                        inputs[input.name].push_back(Frame(planes, 1 + 5 * i + inputs.size()));
+                    }
                 }
-                Outputs outputs = Apply(operation.name, std::move(inputs), {}, run);
+                Outputs outputs = Apply(operation.name, std::move(inputs), SettingsOnNoise(operation), run);
                 const auto image = outputs.find("image");
                 return image == outputs.end() ? io::Frame() : std::get<io::Frame>(std::move(image->second));
             });

@@ -60,6 +60,9 @@ match a b|--start,,1;--range,,5;--start,,0,0,,--range,,5000;--least,,2;--start,,
 rgb a b c -o|out.jpg;out.fits,,--align,,up;out.fits,,--align,,shift;out.fits,,--size,,3;out.fits,,--outside,,x
 cmy a b c -o out.fits|--shift2,,1;--points,,1,2;--align,,points;--box,,1000
 lrgb a b -o out.fits|--scale,,0;--at,,x;--range,,1
+palette|sho,,-o,,out.fits;-o,,out.fits
+palette sho a b c -o|out.jpg;out.fits,,--align,,shift;out.fits,,--balance,,up;out.fits,,--outside,,x
+continuum a b -o out.fits|--factor,,-1;--align,,up;--shift2,,1,1
 stars a.fits|--at,,5;--plot,,p.png;--map,,m.gif;--plane,,5;--sigmas,,0;--limit,,0;--json,,--csv;--map,,x.png,,--plot,,x.png
 find-stars a.png|--map,,a.png;--map,,m.gif;--saturation,,x;--sigmas,,nan
 END

@@ -1,0 +1,109 @@
+// The light of a line alone: a narrow band without what shines in all colours.
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "catalogue/colour_header.h"
+#include "catalogue/operations.h"
+#include "catalogue/registration.h"
+#include "catalogue/undefined.h"
+#include "corvane/colour/plane_mix.h"
+#include "corvane/core/error.h"
+#include "corvane/core/text.h"
+#include "stars/light_ratio.h"
+#include "stars/sky_model.h"
+
+namespace corvane::catalogue {
+namespace {
+
+constexpr int kLeastRatioStars = 3; // fewer do not tell how far they scatter
+
+/// What the broad band is multiplied by, with words for how it is known.
+struct ContinuumFactor {
+    double value;
+    std::string text;
+};
+
+ContinuumFactor ContinuumFactorOf(const std::vector<io::Frame>& frames, const Fit& fit, const Arguments& arguments,
+                                  const Run& run)
+{
+    if (arguments.Has("factor")) {
+        const double factor = arguments.Number("factor");
+        return {factor, "factor " + NumberText(factor) + ", as given"};
+    }
+    const stars::LightRatio ratio =
+        stars::MeasureLightRatio({frames[0].image, 0}, {frames[1].image, 0}, MappingOf(fit, frames[1]), run);
+    if (ratio.stars < kLeastRatioStars) {
+        throw InputError("broad", "has " + std::to_string(ratio.stars) +
+                                      " bright stars in common with the narrow band, and it takes 3 to tell the factor "
+                                      "by; give factor");
+    }
+    return {ratio.ratio, "factor " + NumberText(ratio.ratio, 6) + " +- " + NumberText(ratio.error, 6) + " by " +
+                             std::to_string(ratio.stars) + " stars"};
+}
+
+double BroadSky(const io::Frame& broad, const Run& run)
+{
+    const auto sky = stars::FitSkyModel(broad.image, 0, stars::SkyForm::kPolynomial, std::nullopt, run);
+    if (!sky) {
+        throw InputError("broad", "shows no sky");
+    }
+    return sky->Median();
+}
+
+/// Takes the broad band, which lies on one grid with it, off the narrow one.
+void TakeOff(const CStlImage& broad, double factor, double sky, CStlImage& narrow, const Run& run)
+{
+    Stage stage(run, "Taking off the continuum...", narrow.GetHeight());
+    MixPlanes({{&narrow, 0, 1.0}, {&broad, 0, -factor}}, factor * sky, narrow, 0, stage);
+}
+
+Outputs RunContinuum(Inputs& inputs, const Arguments& arguments, const Run& run)
+{
+    std::vector<io::Frame> frames;
+    frames.push_back(std::move(inputs["narrow"].front()));
+    frames.push_back(std::move(inputs["broad"].front()));
+    const Registration registration = RegistrationBy(arguments.Text("align"), frames.size());
+    std::vector<Fit> fits = FitFrames(frames, {0, 0}, registration, run);
+    std::for_each(frames.begin(), frames.end(), MarkUndefined);
+    const ContinuumFactor factor = ContinuumFactorOf(frames, fits[1], arguments, run);
+    const double sky = BroadSky(frames[1], run);
+    Fit& fit = fits[1];
+    fit.map = MappingOf(fit, frames[1]); // so that a frame of another size is brought onto the grid, too
+    BringOnto(frames[0], frames[1], fit, {}, {std::numeric_limits<double>::quiet_NaN()}, run);
+    TakeOff(frames[1].image, factor.value, sky, frames[0].image, run);
+    const std::string text = "continuum: " + factor.text + ", sky of the broad band " + NumberText(sky, 3);
+    run.TellNote(text);
+    DropExtremes(frames[0].header);
+    frames[0].header.AddHistory(text);
+    return PairOutputs(frames[0], fit);
+}
+
+} // namespace
+
+std::vector<Operation> ContinuumOperations()
+{
+    return {{.name = "continuum",
+             .summary = "take a broad band off a narrow one",
+             .help =
+                 "What is left shines in the line of the narrow band: stars go, nebulae stay. The broad band is "
+                 "brought onto the narrow one by its stars; its sky, the median of the model of the step background, "
+                 "is taken off, so that the narrow band keeps its own; and it is multiplied by the factor: the light "
+                 "of stars in the narrow band over that in the broad one, the median over those that are bright in "
+                 "both and saturated in neither. A note and HISTORY tell it, with its standard error. Stars of other "
+                 "colours, saturated ones, and those of another width in the broad band leave traces. A broad band "
+                 "that holds the line, too, takes about the factor of the nebula's light with it. What either frame "
+                 "lacks is undefined. Take gradients of the sky out of both first, with the step background.",
+             .inputs = {{.name = "narrow", .summary = "the frame through the narrow filter", .planes = Planes::Mono},
+                        {.name = "broad", .summary = "the frame through the broad filter", .planes = Planes::Mono}},
+             .parameters = {StarsOrNone("NARROW"), NumberParameter("factor", "what the broad band is multiplied by", "",
+                                                                   {0.0, 1e6}, "by the light of stars in both")},
+             .outputs = PairOutputs(),
+             .run = RunContinuum}};
+}
+
+} // namespace corvane::catalogue
