@@ -107,7 +107,9 @@ void Change(io::Frame& frame, const BrightnessChange& change, const Run& run)
 
 std::string TextOf(const Compared& of, const BrightnessChange& change)
 {
-    return std::string("balance: ") + of.Name() + " times " + NumberText(change.factor, 5) + change.by + ", plus " +
+    const bool isFactor = !change.by.empty();
+    return std::string("balance: ") + of.Name() +
+           (isFactor ? " times " + NumberText(change.factor, 5) + change.by + "," : "") + " plus " +
            NumberText(change.offset, 3);
 }
 
