@@ -39,7 +39,7 @@ const CStlImage& ImageIn(const Outputs& outputs)
     return std::get<io::Frame>(outputs.at("image")).image;
 }
 
-/// The largest difference from what was drawn of a plane that is `factor` times as bright plus `offset`, 20 pixels and
+/// The largest difference from what was drawn of a plane that is `factor` times as bright plus `offset`, 60 pixels and
 /// more from the border.
 double MostOff(const CStlImage& image, int plane, const CStlImage& truth, double factor = 1.0, double offset = 0.0)
 {
@@ -60,15 +60,13 @@ TEST(Compose, MatchesStarsWhenNothingIsSaid)
 {
     const CStlImage first = test::Shot(kBright);
     const CStlImage truth = test::Shot(kOther);
+    const CStlImage turned = test::Shot(Moved(kOther, 17.3, -6.8, 184.6));
+    const CStlImage small = test::Shot(Moved({.size = {300, 260}, .light = 0.7, .noise = 0.5}, 90.0, 50.0, -2.0, 0.7));
     for (const auto& [how, factor, offset, most] : {std::tuple("none", 1.0, 0.0, 60.0),
                                                     {"sky", 1.0, -150.0, 60.0},
                                                     {"stars", 1.0 / 0.3, 200.0 - 350.0 / 0.3, 200.0}}) {
-        const Outputs outputs = Apply("rgb",
-                                      InputsOf({{"r", first},
-                                                {"g", test::Shot(Moved(kOther, 17.3, -6.8, 184.6))},
-                                                {"b", test::Shot(Moved({.size = {300, 260}, .light = 0.7, .noise = 0.5},
-                                                                       90.0, 50.0, -2.0, 0.7))}}),
-                                      {{"balance", how}, {"outside", -9}});
+        const Outputs outputs =
+            Apply("rgb", InputsOf({{"r", first}, {"g", turned}, {"b", small}}), {{"balance", how}, {"outside", -9}});
         const CStlImage& image = ImageIn(outputs);
         EXPECT_EQ(MostOff(image, 0, first), 0.0);
         EXPECT_LT(MostOff(image, 1, truth, factor, offset), most) << how; // of 4000 and more, between samples
@@ -176,24 +174,22 @@ TEST_F(Palette, BringsLinesToOneLight)
     }
     const Outputs faint = Apply("palette", Lines(0.0, 500.0), {{"palette", "hos"}}); // noise stays below the nebula
     EXPECT_LT(std::fabs(ImageIn(faint).GetPixelGrayRaw(240, 180, 1) - 200.0), 500.0);
-    EXPECT_EQ(test::ErrorOf([] {
-                  Apply("palette", Lines(0.0, 0.0), {{"palette", "hoo"}});
-              }),
-              "palette: lines: is one of 3 images; the palette hoo mixes 2");
 }
 
 TEST_F(Palette, IsTheMixOfItsMatrix)
 {
     const std::string file = Write("mix.txt", "# red, green, blue\n1, 0.5\n\n0 -2 # minus\n0.25 0\n");
-    Inputs inputs;
-    for (const std::uint64_t seed : {4, 5}) {
-        inputs["lines"].push_back(FrameOf(test::RandomImage({17, 13}, 1, seed), "line.fits"));
-    }
-    const CStlImage a(inputs["lines"][0].image);
-    const CStlImage b(inputs["lines"][1].image);
-    inputs["lines"][1].image.SetPixelGrayRaw(3, 3, std::numeric_limits<float>::quiet_NaN(), 0);
-    const Settings settings{{"palette", file}, {"align", "none"}, {"balance", "none"}};
-    const Outputs outputs = Apply("palette", std::move(inputs), settings);
+    const CStlImage a = test::RandomImage({17, 13}, 1, 4);
+    const CStlImage b = test::RandomImage({17, 13}, 1, 5);
+    CStlImage lacking(b);
+    lacking.SetPixelGrayRaw(3, 3, std::numeric_limits<float>::quiet_NaN(), 0);
+    const auto mixedBy = [&](const std::string& palette) {
+        Inputs inputs;
+        inputs["lines"].push_back(FrameOf(a, "a.fits"));
+        inputs["lines"].push_back(FrameOf(lacking, "b.fits"));
+        return Apply("palette", std::move(inputs), {{"palette", palette}, {"align", "none"}, {"balance", "none"}});
+    };
+    const Outputs outputs = mixedBy(file);
     for (int i = 0; i < 17 * 13; ++i) {
         const auto of = [i](const CStlImage& image, int plane) { return image.GetPixelGrayRaw(i % 17, i / 17, plane); };
         const bool isThere = i != 3 * 17 + 3;
@@ -208,20 +204,17 @@ TEST_F(Palette, IsTheMixOfItsMatrix)
                                        {"1\nx\n2\n", "line 2 is not 1 to 16 numbers"},
                                        {"1\n2\nnan\n", "has a number that is not -1e6 to 1e6"}}) {
         const std::string bad = Write("bad.txt", text);
-        test::ExpectError([&] { Apply("palette", Lines(1.0, 1.0), {{"palette", bad}}); }, bad, reason);
+        test::ExpectError([&] { mixedBy(bad); }, bad, reason);
     }
-    test::ExpectError(
-        [&] {
-            Apply("palette", Lines(1.0, 1.0), {{"palette", "shoo"}});
-        },
-        "shoo", "no such file, nor a palette: those are sho, hoo or hos");
+    test::ExpectError([&] { mixedBy("shoo"); }, "shoo", "no such file, nor a palette: those are sho, hoo or hos");
+    EXPECT_EQ(test::ErrorOf([&] { mixedBy("sho"); }), "palette: lines: is one of 2 images; the palette sho mixes 3");
 }
 
 TEST(Continuum, TakesStarsOffAndLeavesTheNebula)
 {
     const StarScene narrow{.light = 0.12, .nebula = 150.0, .sky = 60.0};
     const CStlImage nebula = test::Shot({.nebula = 150.0, .sky = 60.0, .noise = 0.0, .stars = 0});
-    const CStlImage broad = test::Shot(Moved({.sky = 700.0, .noise = 4.0, .full = 1.5e4, .seed = 8}, 6.6, -4.7, 0.8));
+    const CStlImage broad = test::Shot(Moved({.sky = 700.0, .noise = 4.0, .seed = 8}, 6.6, -4.7, 0.8));
     for (const bool byHand : {false, true}) {
         const Settings settings = byHand ? Settings{{"factor", 0.12}} : Settings();
         const Outputs outputs =
@@ -242,7 +235,7 @@ TEST(Continuum, TakesStarsOffAndLeavesTheNebula)
         EXPECT_NEAR(light / truth, 1.0, 0.01);
         EXPECT_GT(defined, 475 * 350);
         EXPECT_LT(defined, 480 * 360);
-        EXPECT_LT(off, 30 * 25); // cores of the few that are saturated
+        EXPECT_LT(off, 40); // in the steep flanks of the brightest stars
     }
     EXPECT_EQ(
         test::ErrorOf([&] {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
+#include <vector>
 
 #include "corvane/core/mapping.h"
 #include "tests/support/images.h"
@@ -25,36 +27,24 @@ struct StarScene {
 
 inline CStlImage Shot(const StarScene& scene)
 {
-    CStlImage image = Make(scene.size.width, scene.size.height, 1, [&](int x, int y, int) {
-        const Position at = scene.place.Inverse({1.0 * x, 1.0 * y});
-        const double square = std::pow((at.x - 240.0) / 60.0, 2) + std::pow((at.y - 180.0) / 45.0, 2);
-        return scene.sky + scene.nebula * std::exp(-square);
-    });
     Random sky(77);
-    const double sigma = scene.fwhm / 2.3548 * scene.scale;
-    for (int star = 0; star < scene.stars; ++star) {
-        const double x = sky.Between(-60.0, 540.0);
-        const double y = sky.Between(-60.0, 420.0);
-        const double peak = scene.light * 300.0 * std::exp(sky.Between(0.0, 4.0));
-        const Position at = scene.place.Map(x, y);
-        const int reach = static_cast<int>(6.0 * sigma) + 1;
-        for (int row = static_cast<int>(at.y) - reach; row <= at.y + reach; ++row) {
-            for (int column = static_cast<int>(at.x) - reach; column <= at.x + reach; ++column) {
-                const bool isInside = column >= 0 && row >= 0 && column < scene.size.width && row < scene.size.height;
-                if (isInside) {
-                    const double square = std::pow(column - at.x, 2) + std::pow(row - at.y, 2);
-                    const double light = peak * std::exp(-square / (2.0 * sigma * sigma));
-                    image.SetPixelGrayRaw(column, row,
-                                          static_cast<float>(image.GetPixelGrayRaw(column, row, 0) + light), 0);
-                }
-            }
-        }
+    std::vector<std::pair<Position, double>> stars; // and their peaks
+    while (static_cast<int>(stars.size()) < scene.stars) {
+        const Position at{sky.Between(-60.0, 540.0), sky.Between(-60.0, 420.0)};
+        stars.emplace_back(scene.place.Map(at.x, at.y), scene.light * 300.0 * std::exp(sky.Between(0.0, 4.0)));
     }
+    const double twice = 2.0 * std::pow(scene.fwhm / 2.3548 * scene.scale, 2);
     Random noise(static_cast<std::uint64_t>(scene.seed));
-    for (int i = 0; i < scene.size.width * scene.size.height; ++i) {
-        float* const sample = image.GetImageAdr(i % scene.size.width, i / scene.size.width, 0);
-        *sample = static_cast<float>(std::min(*sample + noise.Between(-scene.noise, scene.noise), scene.full));
-    }
+    CStlImage image = Make(scene.size.width, scene.size.height, 1, [&](int x, int y, int) {
+        const Position from = scene.nebula > 0.0 ? scene.place.Inverse({1.0 * x, 1.0 * y}) : Position{};
+        const double far = std::pow((from.x - 240.0) / 60.0, 2) + std::pow((from.y - 180.0) / 45.0, 2);
+        double v = scene.sky + scene.nebula * std::exp(-far) + noise.Between(-scene.noise, scene.noise);
+        for (const auto& [at, peak] : stars) {
+            const double square = (x - at.x) * (x - at.x) + (y - at.y) * (y - at.y);
+            v += square < 20.0 * twice ? peak * std::exp(-square / twice) : 0.0;
+        }
+        return std::min(v, scene.full);
+    });
     image.SetDefaultCenter();
     return image;
 }
