@@ -15,6 +15,17 @@ namespace {
 
 constexpr NumberLines kMatrixLines{"a matrix", "1 to 16 numbers", 16};
 
+std::string LinesText(const NamedPalette& palette)
+{
+    std::string text;
+    for (const char* line : palette.lines) {
+        text += (text.empty() ? "" : ", ") + std::string(line);
+    }
+    return text;
+}
+
+} // namespace
+
 std::string MatrixText(const MixMatrix& matrix)
 {
     std::string text;
@@ -26,17 +37,6 @@ std::string MatrixText(const MixMatrix& matrix)
     }
     return text;
 }
-
-std::string LinesText(const NamedPalette& palette)
-{
-    std::string text;
-    for (const char* line : palette.lines) {
-        text += (text.empty() ? "" : ", ") + std::string(line);
-    }
-    return text;
-}
-
-} // namespace
 
 const std::vector<NamedPalette>& Palettes()
 {

@@ -7,8 +7,12 @@
 
 namespace corvane::catalogue {
 
-/// A colour image as a plain mix of frames: what part of each goes into red, green and blue.
-using MixMatrix = std::vector<std::vector<double>>; ///< three rows with a number for each frame
+/// A colour image as a plain mix of frames: rows for red, green and blue with a number for each frame, what part of it
+/// goes into them.
+using MixMatrix = std::vector<std::vector<double>>;
+
+/// A matrix for a person to read: "red 0 0 1, green 1 0 0, blue 0 1 0".
+std::string MatrixText(const MixMatrix& matrix);
 
 /// A palette that has a name.
 struct NamedPalette {

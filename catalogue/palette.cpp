@@ -94,6 +94,7 @@ Outputs RunPalette(Inputs& inputs, const Arguments& arguments, const Run& run)
     }
     CStlImage result = Mixed(frames, matrix, run);
     DescribeColour(frames, fits);
+    frames[0].header.AddHistory("palette: " + MatrixText(matrix));
     frames[0].image = std::move(result);
     Outputs outputs;
     outputs.emplace("image", std::move(frames[0]));

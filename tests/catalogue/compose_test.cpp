@@ -62,9 +62,8 @@ TEST(Compose, MatchesStarsWhenNothingIsSaid)
     const CStlImage truth = test::Shot(kOther);
     const CStlImage turned = test::Shot(Moved(kOther, 17.3, -6.8, 184.6));
     const CStlImage small = test::Shot(Moved({.size = {300, 260}, .light = 0.7, .noise = 0.5}, 90.0, 50.0, -2.0, 0.7));
-    for (const auto& [how, factor, offset, most] : {std::tuple("none", 1.0, 0.0, 60.0),
-                                                    {"sky", 1.0, -150.0, 60.0},
-                                                    {"stars", 1.0 / 0.3, 200.0 - 350.0 / 0.3, 200.0}}) {
+    for (const auto& [how, factor, offset, most] :
+         {std::tuple("none", 1.0, 0.0, 60.0), {"stars", 1.0 / 0.3, 200.0 - 350.0 / 0.3, 200.0}}) {
         const Outputs outputs =
             Apply("rgb", InputsOf({{"r", first}, {"g", turned}, {"b", small}}), {{"balance", how}, {"outside", -9}});
         const CStlImage& image = ImageIn(outputs);
@@ -99,8 +98,10 @@ TEST(Compose, GivesColoursOfASmallFrameToTheLuminance)
 TEST(Compose, KeepsSamplesOfFramesOnOneGrid)
 {
     const CStlImage other = test::Shot(kOther);
-    const Outputs outputs = Apply("rgb", InputsOf({{"r", test::Shot(kBright)}, {"g", other}, {"b", other}}), {});
+    const Outputs outputs = Apply("rgb", InputsOf({{"r", test::Shot(kBright)}, {"g", other}, {"b", other}}),
+                                  {{"align", "stars"}, {"shift3", "1,0"}});
     EXPECT_EQ(MostOff(ImageIn(outputs), 1, other), 0.0);
+    EXPECT_EQ(ImageIn(outputs).GetPixelGrayRaw(101, 90, 2), other.GetPixelGrayRaw(100, 90, 0)); // by hand, on top
     EXPECT_GT(FitsOf(std::get<Table>(outputs.at("fits")))[2].stars, 30);
 }
 
