@@ -96,8 +96,7 @@ Outputs Compose(Frames& frames, const std::vector<int>& planes, const Arguments&
 
 /// Of three frames through filters; a colour frame gives the plane of its colour. `last` is what Do takes besides.
 template <class Result, class... Last>
-Outputs ComposeThree(Frames frames, const std::string& balance, const Arguments& arguments, const Run& run,
-                     Last... last)
+Outputs ComposeThree(Frames frames, const Arguments& arguments, const Run& run, Last... last)
 {
     std::vector<int> planes;
     for (std::size_t i = 0; i < frames.size(); ++i) {
@@ -106,7 +105,7 @@ Outputs ComposeThree(Frames frames, const std::string& balance, const Arguments&
     const bool own = HaveOwnLevels(frames);
     const int outside = arguments.Whole("outside");
     const auto prepare = [&](const Fits& fits) {
-        Balance(frames, planes, fits, balance, run);
+        Balance(frames, planes, fits, arguments.Text("balance"), run);
         return std::vector<double>(kChannels.size(), outside);
     };
     return Compose<Result>(frames, planes, arguments, run, prepare, [&](Result& result, const Fits& at) {
@@ -118,13 +117,12 @@ Outputs ComposeThree(Frames frames, const std::string& balance, const Arguments&
 
 Outputs RunRgb(Inputs& inputs, const Arguments& arguments, const Run& run)
 {
-    return ComposeThree<CImgRgbCmpst>(Taken(inputs, {"r", "g", "b"}), arguments.Text("balance"), arguments, run,
-                                      nullptr);
+    return ComposeThree<CImgRgbCmpst>(Taken(inputs, {"r", "g", "b"}), arguments, run, nullptr);
 }
 
 Outputs RunCmy(Inputs& inputs, const Arguments& arguments, const Run& run)
 {
-    return ComposeThree<CImgCmyComposit>(Taken(inputs, {"c", "m", "y"}), "none", arguments, run);
+    return ComposeThree<CImgCmyComposit>(Taken(inputs, {"c", "m", "y"}), arguments, run);
 }
 
 /// What shows black in each plane of a colour image.
@@ -216,11 +214,11 @@ Operation Cmy()
             .help = std::string("Red becomes Y + M - C, green C + Y - M, blue C + M - Y. The result has the size and "
                                 "header of C, and display levels between those of the frames. What is undefined in a "
                                 "frame stays so.") +
-                    kAlignment,
+                    kBalanceHelp + kAlignment,
             .inputs = {{.name = "c", .summary = "the frame for cyan", .planes = Planes::Mono},
                        {.name = "m", .summary = "the frame for magenta", .planes = Planes::Mono},
                        {.name = "y", .summary = "the frame for yellow", .planes = Planes::Mono}},
-            .parameters = RegistrationParameters({OutsideParameter()}, {"C", "M", "Y"}),
+            .parameters = RegistrationParameters({BalanceParameter("none"), OutsideParameter()}, {"C", "M", "Y"}),
             .outputs = ColourOutputs(),
             .check = [](const Arguments& arguments) { CheckRegistration(arguments, 3); },
             .run = RunCmy};

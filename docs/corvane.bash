@@ -52,11 +52,12 @@ _corvane_words() {
     'rgb --bits-scale') echo 'levels minmax none unit' ;;
     'rgb --align') echo 'stars none shift points' ;;
     'rgb --balance') echo 'none sky stars light' ;;
-    'cmy options') echo '--help --verbose --quiet --threads --output --overwrite --bits --scale --bits-scale --align --at --size --range --box --points --points2 --points3 --shift1 --angle1 --shift2 --angle2 --shift3 --angle3 --outside' ;;
+    'cmy options') echo '--help --verbose --quiet --threads --output --overwrite --bits --scale --bits-scale --align --at --size --range --box --points --points2 --points3 --shift1 --angle1 --shift2 --angle2 --shift3 --angle3 --balance --outside' ;;
     'cmy --bits') echo '-64 -32 8 16 32' ;;
     'cmy --scale') echo 'levels minmax none unit' ;;
     'cmy --bits-scale') echo 'levels minmax none unit' ;;
     'cmy --align') echo 'stars none shift points' ;;
+    'cmy --balance') echo 'none sky stars light' ;;
     'lrgb options') echo '--help --verbose --quiet --threads --output --overwrite --bits --bits-scale --align --at --size --range --box --points --points2 --shift1 --angle1 --shift2 --angle2 --average --scale' ;;
     'lrgb --bits') echo '-64 -32 8 16 32' ;;
     'lrgb --bits-scale') echo 'levels minmax none unit' ;;
