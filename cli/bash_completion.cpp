@@ -3,8 +3,10 @@
 
 #include "catalogue/names.h"
 #include "catalogue/operations.h"
+#include "catalogue/recipe.h"
 #include "cli/all_operations.h"
 #include "cli/documents.h"
+#include "corvane/core/ascii.h"
 
 namespace corvane::cli {
 namespace {
@@ -74,7 +76,15 @@ std::vector<std::string> ValuesOf(const Parameter& parameter)
                                              : parameter.choices;
 }
 
-/// The values of an option: what its type has in braces, or what its operation says of it.
+/// The words of a type that stand for themselves, as auto of auto|MIN,MAX.
+std::vector<std::string> SmallWords(const std::string& type)
+{
+    std::vector<std::string> words = CLI::detail::split(type, '|');
+    std::erase_if(words, [](const std::string& word) { return word != Lower(word); });
+    return words;
+}
+
+/// The values of an option: what its type has in braces, or what its operation says of it, or else small words of it.
 std::vector<std::string> ValuesOf(const CLI::Option& option, const Operation* operation)
 {
     const std::string type = option.get_type_name();
@@ -84,7 +94,7 @@ std::vector<std::string> ValuesOf(const CLI::Option& option, const Operation* op
     const auto& names = option.get_lnames();
     const bool isKnown = operation != nullptr && !names.empty() && option.get_items_expected_max() > 0;
     const Parameter* parameter = isKnown ? catalogue::FindNamed(operation->parameters, names.front()) : nullptr;
-    return parameter == nullptr ? std::vector<std::string>() : ValuesOf(*parameter);
+    return parameter != nullptr ? ValuesOf(*parameter) : SmallWords(type);
 }
 
 std::string CommandCases(const CLI::App& command)
@@ -132,7 +142,8 @@ std::string BashCompletion(const CLI::App& app)
             cases += StepCases(operation);
         }
     }
-    cases += Case("commands", commands) + Case("help help", commands) + Case("steps", steps) + Case("ops ops", steps);
+    cases += Case("commands", commands) + Case("help help", commands) + Case("steps", steps) + Case("ops ops", steps) +
+             Case("recipes recipes", catalogue::NamesOfRecipes());
     return "# Completion of `corvane` for bash, made by `corvane ops --as bash`.\n_corvane_words() {\n    case $1 "
            "in\n" +
            cases + "    esac\n}\n" + kScript;

@@ -11,6 +11,7 @@
 #include "cli/cancel.h"
 #include "cli/json.h"
 #include "cli/session.h"
+#include "cli/standard_streams.h"
 #include "corvane/core/error.h"
 #include "corvane/core/stl_image.h"
 #include "io/bayer.h"
@@ -130,7 +131,7 @@ void AddRecord(Json& json, const io::FrameReader& reader)
 // The listing for people is made from this, so that the two never differ.
 Json Describe(const std::string& file)
 {
-    const std::unique_ptr<io::FrameReader> reader = io::OpenFrame(file, io::Cubes::kFirstPlane);
+    const std::unique_ptr<io::FrameReader> reader = OpenInput(file, io::Cubes::kFirstPlane);
     const io::FrameInfo& info = reader->Info();
     Json json = {{"file", file},          {"format", info.format}, {"width", info.width},
                  {"height", info.height}, {"planes", info.planes}, {"bits", info.bits}};
@@ -301,7 +302,9 @@ void AddInfo(CLI::App& app, Session& session)
     CLI::App& command = *app.add_subcommand("info", "Tell what image files hold");
     auto options = std::make_shared<InfoOptions>();
     AddCommonOptions(command, session);
-    command.add_option("files", options->files, "The images to look at")->required()->type_name("FILE");
+    command.add_option("files", options->files, "The images to look at; - is standard input")
+        ->required()
+        ->type_name("FILE");
     command.add_flag("--json", options->json, "Print JSON: a list with one object for each file");
     command.callback([&session, options] { session.work = [options] { return Info(*options); }; });
 }

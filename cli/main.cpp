@@ -90,6 +90,8 @@ void AddCommands(CLI::App& app, std::string& topic, Session& session)
     AddStats(app, session);
     AddRender(app, session);
     AddApply(app, session);
+    AddDevelop(app, session);
+    AddRecipes(app, session);
     AddStack(app, session);
     AddRegister(app, session);
     AddOperation(app, session, "composite");

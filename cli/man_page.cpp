@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "catalogue/operations.h"
+#include "catalogue/recipe.h"
 #include "cli/documents.h"
 
 namespace corvane::cli {
@@ -38,7 +39,7 @@ Threads to work with where \-\-threads does not say; else one for each free proc
 corvane info light.fits
 corvane apply light.fits \-o negative.fits auto\-levels:low=2,high=15 invert
 corvane stack light_*.fits \-o stack.fits \-\-dark dark_*.fits \-\-flat flat_*.fits
-corvane render stack.fits \-o stack.png
+corvane develop stack.fits \-o m31.png \-\-recipe galaxy
 corvane find\-stars stack.fits \-\-csv
 .fi
 )";
@@ -118,6 +119,15 @@ std::string Command(const CLI::App& command, const CLI::App& app)
            (footer.empty() ? "" : ".PP\n" + Roff(footer) + "\n");
 }
 
+std::string Recipes()
+{
+    std::string text = ".SH RECIPES\nWhat\n.B corvane develop\nworks by; so does \\-\\-recipe of\n.BR apply .\n";
+    for (const catalogue::ShippedRecipe& recipe : catalogue::ShippedRecipes()) {
+        text += Item(recipe.name, recipe.summary);
+    }
+    return text;
+}
+
 std::string Step(const Operation& operation)
 {
     std::string text = Item(operation.name, operation.summary);
@@ -142,7 +152,7 @@ std::string ManPage(const CLI::App& app)
     for (const Operation& operation : catalogue::Operations()) {
         page += operation.IsStep() ? Step(operation) : "";
     }
-    return page + kEnd + ".SH EXIT STATUS\n" + Roff(app.get_footer()) + "\n";
+    return page + Recipes() + kEnd + ".SH EXIT STATUS\n" + Roff(app.get_footer()) + "\n";
 }
 
 } // namespace corvane::cli

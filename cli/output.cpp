@@ -1,7 +1,5 @@
 #include "cli/output.h"
 
-#include <algorithm>
-#include <array>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -22,26 +20,7 @@ const std::map<std::string, io::SampleScale> kScales{{"levels", io::SampleScale:
                                                      {"unit", io::SampleScale::kUnit},
                                                      {"none", io::SampleScale::kNone}};
 
-/// One name for one path, whatever way leads there, whether or not there is a file.
-fs::path PlaceOf(const std::string& path)
-{
-    std::error_code error;
-    fs::path place = fs::weakly_canonical(fs::absolute(path, error), error);
-    return place.empty() ? fs::path(path) : place;
-}
-
-/// True for two names of one file, hard links too, whether or not it is there.
-bool IsSameFile(const std::string& a, const std::string& b)
-{
-    std::error_code error;
-    return fs::equivalent(a, b, error) || PlaceOf(a) == PlaceOf(b);
-}
-
-bool IsInput(const std::string& output, const std::vector<std::string>& inputs)
-{
-    return std::any_of(inputs.begin(), inputs.end(),
-                       [&](const std::string& input) { return IsSameFile(output, io::SplitChoice(input).file); });
-}
+constexpr const char* kBoth = "is both input and output";
 
 } // namespace
 
@@ -75,24 +54,39 @@ void AddTableFlags(CLI::App& command, bool& json, bool& csv)
 
 void CheckOutputs(const Output& image, const std::vector<std::string>& inputs, const std::vector<std::string>& others)
 {
-    if (!image.overwrite && IsInput(image.path, inputs)) {
-        throw NameError(image.path, "is both input and output; --overwrite replaces it");
+    const FileSet read = InputFiles(inputs);
+    if (!image.overwrite && read.Has(image.path)) {
+        throw NameError(image.path, kBoth + std::string("; --overwrite replaces it"));
     }
-    std::vector<std::string> seen;
+    FileSet written;
     if (!image.path.empty()) { // some commands write no image
-        seen.push_back(image.path);
+        written.Add(image.path);
     }
+    CheckOthers(others, read, written);
+}
+
+FileSet InputFiles(const std::vector<std::string>& inputs)
+{
+    FileSet files;
+    for (const std::string& input : inputs) {
+        files.Add(io::SplitChoice(input).file);
+    }
+    return files;
+}
+
+void CheckOthers(const std::vector<std::string>& others, const FileSet& read, FileSet written)
+{
     for (const std::string& other : others) {
         if (other.empty()) {
             continue;
         }
-        if (IsInput(other, inputs)) {
-            throw NameError(other, "is both input and output");
+        if (read.Has(other)) {
+            throw NameError(other, kBoth);
         }
-        if (std::any_of(seen.begin(), seen.end(), [&](const std::string& path) { return IsSameFile(path, other); })) {
+        if (written.Has(other)) {
             throw NameError(other, "is named for two outputs");
         }
-        seen.push_back(other);
+        written.Add(other);
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <CLI/App.hpp>
 
+#include "cli/file_set.h"
 #include "io/frame.h"
 
 namespace corvane::cli {
@@ -32,6 +33,14 @@ void AddTableFlags(CLI::App& command, bool& json, bool& csv);
 /// may replace an input, if it is to overwrite it. Further outputs of an empty name are not wanted.
 void CheckOutputs(const Output& image, const std::vector<std::string>& inputs,
                   const std::vector<std::string>& others = {});
+
+/// @name The parts of that, for commands that write several images
+/// @{
+/// The files of images that are read, without the part that is chosen of one.
+FileSet InputFiles(const std::vector<std::string>& inputs);
+/// Throws NameError when one of the further outputs is read, or written already.
+void CheckOthers(const std::vector<std::string>& others, const FileSet& read, FileSet written);
+/// @}
 
 /// Takes files away again unless they are kept.
 class Provisional {

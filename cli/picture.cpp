@@ -17,24 +17,6 @@ void RunText(const std::string& step, io::Frame& frame)
     catalogue::RunStep(catalogue::ParseStep(step), frame, {});
 }
 
-/// Makes a frame no longer than that: blocks become one pixel first, of which interpolating would leave some out.
-void Reduce(io::Frame& frame, int size)
-{
-    const int width = frame.image.GetWidth();
-    const int height = frame.image.GetHeight();
-    const int longest = std::max(width, height);
-    if (size == 0 || longest <= size) {
-        return;
-    }
-    const auto side = [&](int length) {
-        return std::to_string(std::max(static_cast<int>(std::lround(1.0 * length * size / longest)), 1));
-    };
-    if (const int block = std::min(longest / size, std::min(width, height)); block > 1) {
-        RunText("bin:x=" + std::to_string(block), frame);
-    }
-    RunText("resize:width=" + side(width) + ",height=" + side(height), frame);
-}
-
 /// The step that makes a picture of a frame; empty for the levels that it has. Each plane by itself: so the sky is grey.
 std::string StepFor(const PictureWords& words, const CStlImage& image)
 {
@@ -58,6 +40,38 @@ CLI::Option* AddStretch(CLI::App& command, PictureWords& words)
                     "those, and any other by auto")
         ->check(CLI::IsMember(std::set<std::string>{"auto", "linear", "asinh"}))
         ->type_name("auto|linear|asinh");
+}
+
+void AddPictureFormat(CLI::App& command, PictureWords& words)
+{
+    command.add_option("--size", words.size, "Make a picture whose longer side has at most so many pixels")
+        ->check(CLI::Range(1, 100000))
+        ->type_name("N");
+    command.add_option("--quality", words.format.quality, "Quality of a JPEG")
+        ->check(CLI::Range(1, 100))
+        ->type_name("N")
+        ->capture_default_str();
+    command.add_option("--bits", words.format.bits, "Bits per sample: 8 or 16; else 16 for TIFF, 8 for others")
+        ->check(CLI::IsMember(std::set<int>{8, 16}))
+        ->type_name("N");
+}
+
+void Reduce(io::Frame& frame, int size)
+{
+    const int width = frame.image.GetWidth();
+    const int height = frame.image.GetHeight();
+    const int longest = std::max(width, height);
+    if (size == 0 || longest <= size) {
+        return;
+    }
+    const auto side = [&](int length) {
+        return std::to_string(std::max(static_cast<int>(std::lround(1.0 * length * size / longest)), 1));
+    };
+    // Blocks become one pixel first, of which interpolating would leave some out.
+    if (const int block = std::min(longest / size, std::min(width, height)); block > 1) {
+        RunText("bin:x=" + std::to_string(block), frame);
+    }
+    RunText("resize:width=" + side(width) + ",height=" + side(height), frame);
 }
 
 void SavePicture(const std::string& path, const io::Frame& frame, const PictureWords& words,

@@ -93,6 +93,11 @@ void ProgressBar::Show(const std::string& text, int percent)
     Draw();
 }
 
+void ProgressBar::CountFile(std::size_t number, std::size_t count)
+{
+    head_ = "[" + std::to_string(number) + "/" + std::to_string(count) + "] ";
+}
+
 void ProgressBar::Print(const std::string& text)
 {
     unfinished_ += text;
@@ -109,7 +114,7 @@ void ProgressBar::End()
         Print("\n");
     }
     if (style_.stages && isRunning_) {
-        std::fprintf(stderr, "%s %.1f s\n", text_.c_str(), Elapsed());
+        std::fprintf(stderr, "%s%s %.1f s\n", head_.c_str(), text_.c_str(), Elapsed());
     }
     isRunning_ = false;
     isTold_ = false;
@@ -124,7 +129,7 @@ void ProgressBar::Draw()
     const std::string bar = " [" + Bar(percent_) + "]" + Tail();
     const std::size_t columns = static_cast<std::size_t>(TerminalWidth(STDERR_FILENO));
     const std::size_t room = columns - std::min(columns, bar.size() + 1);
-    std::string text = CancelRequested() ? "Cancelling..." : text_;
+    std::string text = CancelRequested() ? "Cancelling..." : head_ + text_;
     if (isCancellable_ && !CancelRequested() && text.size() + kControlC.size() <= room) {
         text += kControlC;
     }

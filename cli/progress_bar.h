@@ -26,6 +26,8 @@ public:
     /// Shows how far work is that tells so itself, in per cent, and may be done before 100. What it follows counts no
     /// more until that work ends.
     void Show(const std::string& text, int percent);
+    /// From now on work is on one of several files: its number stands before what is shown.
+    void CountFile(std::size_t number, std::size_t count);
     /// Writes lines above the bar. One that is not yet whole waits for its rest.
     void Print(const std::string& text);
 
@@ -41,6 +43,7 @@ private:
     double Elapsed() const;
 
     ProgressStyle style_;
+    std::string head_; ///< which file it is, of several
     std::string text_;
     std::string unfinished_; ///< line
     int percent_ = 0;

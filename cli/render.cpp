@@ -1,16 +1,15 @@
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 
 #include <CLI/App.hpp>
-#include <CLI/Validators.hpp>
 
 #include "catalogue/step.h"
 #include "cli/cancel.h"
 #include "cli/output.h"
 #include "cli/picture.h"
 #include "cli/session.h"
+#include "cli/standard_streams.h"
 #include "corvane/core/error.h"
 #include "io/frame.h"
 
@@ -50,8 +49,8 @@ int Render(const RenderOptions& options)
         catalogue::ParseStep(*levels);
     }
     io::CheckPicture(options.output.path, options.picture.format);
-    CheckOutputs(options.output, {options.input});
-    const io::Frame frame = io::Load(options.input);
+    CheckOutputs(options.output, FilesAmong({options.input}));
+    const io::Frame frame = LoadInput(options.input);
     ThrowIfCancelled();
     SavePicture(options.output.path, frame, options.picture, levels);
     return kDone;
@@ -65,7 +64,7 @@ void AddRender(CLI::App& app, Session& session)
     auto options = std::make_shared<RenderOptions>();
     AddCommonOptions(command, session);
     AddOutput(command, options->output, "The picture to write: .png, .jpg or .tif");
-    command.add_option("input", options->input, "The image to read")->required()->type_name("IN");
+    command.add_option("input", options->input, "The image to read; - is standard input")->required()->type_name("IN");
     CLI::Option* const stretch = AddStretch(command, options->picture);
     command
         .add_option("--levels", options->levels,
@@ -73,17 +72,7 @@ void AddRender(CLI::App& app, Session& session)
                     "else its smallest and largest sample), or two samples")
         ->type_name("auto|file|MIN,MAX")
         ->excludes(stretch);
-    command.add_option("--size", options->picture.size, "Make a picture whose longer side has at most so many pixels")
-        ->check(CLI::Range(1, 100000))
-        ->type_name("N");
-    command.add_option("--quality", options->picture.format.quality, "Quality of a JPEG")
-        ->check(CLI::Range(1, 100))
-        ->type_name("N")
-        ->capture_default_str();
-    command
-        .add_option("--bits", options->picture.format.bits, "Bits per sample: 8 or 16; else 16 for TIFF, 8 for others")
-        ->check(CLI::IsMember(std::set<int>{8, 16}))
-        ->type_name("N");
+    AddPictureFormat(command, options->picture);
     command.callback([&session, options] { session.work = [options] { return Render(*options); }; });
 }
 

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "cli/report_page.h"
+#include "cli/report_pictures.h"
 #include "cli/table.h"
 #include "corvane/core/error.h"
 #include "corvane/core/text.h"
@@ -80,10 +81,11 @@ Table TableOf(const stack::Registration& lights)
     return table;
 }
 
-std::string ReportText(const std::string& path, const stack::Registration& lights)
+std::string ReportText(const std::string& path, const stack::Registration& lights, const io::Frame* stack,
+                       const Run& run)
 {
     if (path.ends_with(".html")) {
-        return ReportPage(lights);
+        return ReportPage(lights, stack == nullptr ? "" : DevelopedPicture(*stack, run));
     }
     const Table table = TableOf(lights);
     return path.ends_with(".csv") ? ToCsv(table) : ToText(ToJson(table));
@@ -133,9 +135,9 @@ void CheckReport(const std::string& path)
     io::OutputFile::Check(path);
 }
 
-void WriteReport(const std::string& path, const stack::Registration& lights)
+void WriteReport(const std::string& path, const stack::Registration& lights, const io::Frame* stack, const Run& run)
 {
-    const std::string text = ReportText(path, lights);
+    const std::string text = ReportText(path, lights, stack, run);
     io::OutputFile file(path);
     file.Write(text.data(), text.size());
     file.Commit();

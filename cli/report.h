@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "io/frame.h"
 #include "stack/stack.h"
 
 namespace corvane::cli {
@@ -10,8 +11,9 @@ namespace corvane::cli {
 void CheckReport(const std::string& path);
 
 /// Writes what became of each light: JSON or CSV with everything that is known of it, or a page with plots that needs
-/// nothing but a browser. Throws Error.
-void WriteReport(const std::string& path, const stack::Registration& lights);
+/// nothing but a browser and begins with the stack, if there is one, as `develop` shows it. Throws Error.
+void WriteReport(const std::string& path, const stack::Registration& lights, const io::Frame* stack = nullptr,
+                 const Run& run = {});
 
 /// How deep a stack is, as a line for people; empty when that is not known.
 std::string DepthText(const stack::Registration& lights);

@@ -237,18 +237,18 @@ constexpr const char* kPageHead =
     "table { border-collapse: collapse; font-size: 90%; }\n"
     "th, td { padding: 0.2em 0.6em; text-align: right; border-bottom: 1px solid #ddd; }\n"
     ".strip { display: flex; flex-wrap: wrap; gap: 4px; }\n.strip img { border: 3px solid #2d4b9b; }\n"
-    ".strip .out { border-color: #d7412d; opacity: 0.6; }\nfigure { margin: 0; }\n"
+    ".stack { max-width: 100%; }\n.strip .out { border-color: #d7412d; opacity: 0.6; }\nfigure { margin: 0; }\n"
     ".text { text-align: left; }\n.out { color: #b03020; }\n</style></head>\n<body>\n";
 
 } // namespace
 
-std::string ReportPage(const stack::Registration& lights)
+std::string ReportPage(const stack::Registration& lights, const std::string& stack)
 {
     const auto used =
         std::count_if(lights.frames.begin(), lights.frames.end(), [](const FrameReport& light) { return light.used; });
     std::string page = kPageHead;
     page += "<h1>" + std::to_string(lights.frames.size()) + " lights, " + std::to_string(used) + " used</h1>\n";
-    page += StackText(lights) + LightPictures(lights);
+    page += stack + StackText(lights) + LightPictures(lights);
     page += "<p>Blue: used. Red: left out. A point tells its light under the mouse.</p>\n<div class=\"plots\">\n";
     page += DrawDrift(lights);
     page += DrawSeries(lights, "Turn [degrees]", true, [](const FrameReport& light) { return light.angle; });

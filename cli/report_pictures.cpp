@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
-#include "catalogue/step.h"
+#include "catalogue/recipe.h"
+#include "cli/picture.h"
 #include "cli/svg.h"
+#include "corvane/core/error.h"
+#include "io/metadata.h"
 #include "io/picture.h"
 
 namespace corvane::cli {
@@ -28,10 +31,16 @@ std::string Base64(const std::string& bytes)
     return text;
 }
 
+/// A picture of a type, as "png", with the attributes of its tag.
+std::string PictureTag(const char* type, const std::string& bytes, const std::string& attributes)
+{
+    return "<img" + attributes + " src=\"data:image/" + type + ";base64," + Base64(bytes) + "\">";
+}
+
 /// An image through its levels.
 std::string ImageTag(const CStlImage& image, bool isBottomUp, const std::string& attributes)
 {
-    return "<img" + attributes + " src=\"data:image/png;base64," + Base64(io::EncodePicture(image, isBottomUp)) + "\">";
+    return PictureTag("png", io::EncodePicture(image, isBottomUp), attributes);
 }
 
 /// The text as the value of an attribute.
@@ -61,6 +70,24 @@ std::string LightPictures(const stack::Registration& lights)
         }
     }
     return text.empty() ? text : "<div class=\"strip\">\n" + text + "</div>\n";
+}
+
+std::string DevelopedPicture(const io::Frame& stack, const Run& run)
+{
+    constexpr int kLongestSide = 1200;
+    constexpr int kQuality = 90;
+    io::Frame frame{stack.image.Shared(), stack.header};
+    Run silent = run; // what the steps tell belongs to no light
+    silent.diagnostics = nullptr;
+    try {
+        Reduce(frame, kLongestSide);
+        catalogue::RunRecipe(catalogue::FindRecipe(catalogue::kUsualRecipe), frame, silent);
+    } catch (const Error& error) {
+        return "<p>The stack cannot be shown: " + EscapedXml(error.what()) + "</p>\n";
+    }
+    return PictureTag("jpeg", io::EncodePhoto(frame.image, io::IsBottomUp(stack.header), kQuality),
+                      " class=\"stack\" title=\"the stack, developed\"") +
+           "\n";
 }
 
 std::string RejectedPicture(const stack::Registration& lights)

@@ -56,6 +56,8 @@ void AddInfo(CLI::App& app, Session& session);
 void AddStats(CLI::App& app, Session& session);
 void AddRender(CLI::App& app, Session& session);
 void AddApply(CLI::App& app, Session& session);
+void AddDevelop(CLI::App& app, Session& session);
+void AddRecipes(CLI::App& app, Session& session);
 void AddStack(CLI::App& app, Session& session);
 void AddRegister(CLI::App& app, Session& session);
 void AddMatch(CLI::App& app, Session& session);

@@ -9,19 +9,13 @@
 #include <string_view>
 #include <system_error>
 
+#include "corvane/core/ascii.h"
 #include "corvane/core/error.h"
 #include "corvane/platform/registry.h"
 #include "io/input_file.h"
 
 namespace corvane::cli {
 namespace {
-
-std::string_view Trimmed(std::string_view text)
-{
-    constexpr std::string_view kBlank = " \t\r";
-    const std::size_t first = text.find_first_not_of(kBlank);
-    return first == std::string_view::npos ? "" : text.substr(first, text.find_last_not_of(kBlank) - first + 1);
-}
 
 std::optional<double> Number(std::string_view text)
 {
@@ -38,15 +32,15 @@ std::string ReadLine(std::string_view line, std::string& section)
         return {};
     }
     if (line.front() == '[' && line.back() == ']') {
-        section = Trimmed(line.substr(1, line.size() - 2));
+        section = Trim(line.substr(1, line.size() - 2), kLineBlanks);
         return section.empty() ? "a section without a name" : "";
     }
     const std::size_t equals = line.find('=');
-    const std::string key(Trimmed(line.substr(0, equals)));
+    const std::string key(Trim(line.substr(0, equals), kLineBlanks));
     if (equals == std::string_view::npos || key.empty()) {
         return "neither [section] nor key=number";
     }
-    const std::optional<double> value = Number(Trimmed(line.substr(equals + 1)));
+    const std::optional<double> value = Number(Trim(line.substr(equals + 1), kLineBlanks));
     if (!value) {
         return "the value of " + key + " is not a number";
     }
@@ -91,7 +85,7 @@ void ReadSettings(std::istream& stream, const std::string& path)
     std::string section;
     std::string line;
     for (int number = 1; std::getline(stream, line); ++number) {
-        const std::string mistake = ReadLine(Trimmed(line), section);
+        const std::string mistake = ReadLine(Trim(line, kLineBlanks), section);
         if (!mistake.empty()) {
             throw FileError(path, "line " + std::to_string(number) + ": " + mistake);
         }

@@ -156,7 +156,7 @@ std::vector<io::Extension> ExtensionsOf(const CStlImage& image, stack::Result& r
 }
 
 // The stack comes last, so that everything else can be taken back when it cannot be written.
-void SaveAll(const StackWords& words, const stack::Options& options, stack::Result& result)
+void SaveAll(const StackWords& words, const stack::Options& options, stack::Result& result, const Run& run)
 {
     io::Frame frame;
     frame.image.Swap(&result.image);
@@ -179,7 +179,7 @@ void SaveAll(const StackWords& words, const stack::Options& options, stack::Resu
         }
     }
     if (!words.lights.report.empty()) {
-        WriteReport(words.lights.report, result);
+        WriteReport(words.lights.report, result, &frame, run);
         others.Add(words.lights.report);
     }
     if (words.wantsBoth) {
@@ -221,7 +221,7 @@ void StackOne(const StackWords& words, const stack::Options& options, const Sess
 {
     stack::Result result = stack::Stack(options, RunOf(session));
     ThrowIfCancelled();
-    SaveAll(words, options, result);
+    SaveAll(words, options, result, RunOf(session));
     if (!session.quiet) {
         std::cout << LightsText(options, result, session.verbose) << CombinedText(options, result) << DepthText(result)
                   << OutputsText(words);

@@ -9,6 +9,7 @@
 #include "cli/operation_command.h"
 #include "cli/output.h"
 #include "cli/session.h"
+#include "cli/standard_streams.h"
 #include "cli/table.h"
 #include "corvane/core/error.h"
 #include "io/frame.h"
@@ -30,7 +31,7 @@ struct StatsWords {
 Table Measure(const StatsWords& words, const std::string& file, const catalogue::Arguments& arguments, const Run& run)
 {
     catalogue::Inputs inputs;
-    inputs["image"].push_back(io::Load(file));
+    inputs["image"].push_back(LoadInput(file));
     try {
         Table table =
             std::get<Table>(catalogue::RunOperation(*words.operation, std::move(inputs), arguments, run).at("planes"));
@@ -83,7 +84,9 @@ void AddStats(CLI::App& app, Session& session)
     auto words = std::make_shared<StatsWords>();
     words->operation = &OperationCalled("stats");
     CLI::App& command = AddCommand(app, session, *words->operation);
-    command.add_option("files", words->files, "The images to measure")->required()->type_name("IN");
+    command.add_option("files", words->files, "The images to measure; - is standard input")
+        ->required()
+        ->type_name("IN");
     AddParameters(command, *words->operation, words->settings);
     AddTableFlags(command, words->json, words->csv);
     command.callback([&session, words] { session.work = [&session, words] { return Stats(*words, RunOf(session)); }; });

@@ -43,6 +43,13 @@ ChosenFile SplitChoice(const std::string& path)
     return {path.substr(0, bracket), path.substr(bracket + 1, path.size() - bracket - 2)};
 }
 
+std::string StemOf(const std::string& path)
+{
+    const fs::path name = fs::path(SplitChoice(path).file).filename();
+    const std::string ending = name.extension().string();
+    return (ending == ".gz" || ending == ".fz" || ending == ".Z" ? name.stem() : name).stem().string();
+}
+
 void CheckOrdinaryFile(const std::string& path)
 {
     std::error_code error;

@@ -16,6 +16,9 @@ struct ChosenFile {
 /// Takes a path apart. Where neither name exists, the whole path is the file.
 CORVANE_VISIBLE ChosenFile SplitChoice(const std::string& path);
 
+/// The name of a path's file without its folder and what says its format: "m31" of "night/m31.fits.fz[1]".
+CORVANE_VISIBLE std::string StemOf(const std::string& path);
+
 /// Throws Error unless the path leads to an ordinary file: reading a pipe or a device may never end.
 CORVANE_VISIBLE void CheckOrdinaryFile(const std::string& path);
 

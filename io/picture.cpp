@@ -106,6 +106,13 @@ void WritePictureRows(PngFile& file, const PictureRows& picture, int bits)
     file.Run(kCannot, [](png_structp png, png_infop info) { png_write_end(png, info); });
 }
 
+/// The picture as a JPEG; `name` is what errors call it.
+std::string JpegOf(const std::string& name, const PictureRows& picture, int quality)
+{
+    return EncodeJpeg(name, {picture.Width(), picture.Height(), picture.Planes(), quality},
+                      [&](int row, unsigned char* to) { picture.Read(row, to); });
+}
+
 /// The picture as a frame of counts, whose first row is the top.
 Frame CountsOf(const PictureRows& picture, int bits)
 {
@@ -160,9 +167,7 @@ void SavePicture(const std::string& path, const CStlImage& image, bool bottomUp,
     }
     OutputFile output(path);
     if (kind == PictureKind::kJpeg) {
-        const std::string bytes =
-            EncodeJpeg(path, {picture.Width(), picture.Height(), picture.Planes(), format.quality},
-                       [&](int row, unsigned char* to) { picture.Read(row, to); });
+        const std::string bytes = JpegOf(path, picture, format.quality);
         output.Write(bytes.data(), bytes.size());
     } else {
         PngFile file(output);
@@ -177,6 +182,11 @@ std::string EncodePicture(const CStlImage& image, bool bottomUp)
     PngFile file(bytes);
     WritePictureRows(file, PictureRows(image, bottomUp), 8);
     return bytes;
+}
+
+std::string EncodePhoto(const CStlImage& image, bool bottomUp, int quality)
+{
+    return JpegOf("picture", PictureRows(image, bottomUp), quality);
 }
 
 } // namespace corvane::io

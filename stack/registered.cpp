@@ -12,14 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The name of a light's file without what says its format.
-std::string StemOf(const std::string& light)
-{
-    fs::path name = fs::path(io::SplitChoice(light).file).filename();
-    const std::string ending = name.extension().string();
-    return (ending == ".gz" || ending == ".fz" || ending == ".Z" ? name.stem() : name).stem().string();
-}
-
 void WriteLight(const Options& options, const Plan& plan, CombinePlan one, FrameSource& source, const Result& stack,
                 const std::string& path, const Run& run)
 {
@@ -41,7 +33,7 @@ std::vector<std::string> RegisteredFiles(const Options& options)
     std::vector<std::string> files;
     for (const std::string& light : options.lights) {
         if (!options.registered.empty()) {
-            files.push_back((fs::path(options.registered) / (StemOf(light) + "_registered.fits")).string());
+            files.push_back((fs::path(options.registered) / (io::StemOf(light) + "_registered.fits")).string());
         }
     }
     return files;

@@ -37,11 +37,14 @@ inline bool SameWord(std::string_view a, std::string_view b)
     return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return Upper(x) == Upper(y); });
 }
 
-/// A text without the spaces about it.
-inline std::string_view Trim(std::string_view text)
+/// A text without the spaces about it, or without other letters that are blank.
+inline std::string_view Trim(std::string_view text, std::string_view blanks = " ")
 {
-    const auto first = text.find_first_not_of(' ');
-    return first == text.npos ? std::string_view{} : text.substr(first, text.find_last_not_of(' ') - first + 1);
+    const auto first = text.find_first_not_of(blanks);
+    return first == text.npos ? std::string_view{} : text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
+
+/// What is blank in a line of a text file: spaces, tabs, and what other systems end it with.
+inline constexpr std::string_view kLineBlanks = " \t\r";
 
 } // namespace corvane

@@ -52,8 +52,8 @@ refuse 2 './out.png: is named for two outputs' stack "${lights[@]}" -o out.png -
 refuse 2 'is both input and output' stack "${lights[@]}" -o "night/../${lights[1]}"
 refuse 2 'is both input and output' stack "${lights[0]}[0]" -o "${lights[0]}"
 mkdir folder.png
+refuse 1 '^corvane: none/out.png: ' apply "${lights[0]}" -o none/out.png invert
 for output in folder.png none/out.png; do
-    refuse 1 "^corvane: $output: " apply "${lights[0]}" -o $output invert
     refuse 1 "^corvane: $output: " render "${lights[0]}" -o $output
     refuse 1 "^corvane: $output: " stack "${lights[@]}" -o out.fits --preview $output
 done

@@ -17,7 +17,7 @@ completes() {
     [[ "${COMPREPLY[*]}" == "$*" ]] || fail "'$COMP_LINE' is completed by '${COMPREPLY[*]}', not '$*'"
 }
 COMP_WORDBREAKS=$' \t\n"'"'"'><=;|&(:'
-completes 'corvane re' render register
+completes 'corvane re' render recipes register
 completes 'corvane --vers' --version
 completes 'corvane apply a.fits --bits-scale u' unit
 completes 'corvane stack a.fits --ali' --align
@@ -25,6 +25,9 @@ completes 'corvane stack a.fits --align s' stars shift
 completes 'corvane -q mosaic a b --mode l' lighter
 completes 'corvane apply a.fits -o out.f'
 completes 'corvane apply a.fits star-' star-sharpen
+completes 'corvane develop a.fits --recipe ne' nebula
+completes 'corvane recipes m' moon
+completes 'corvane render a.fits --levels f' file
 completes 'corvane apply a.fits invert median:sh' shape=
 completes 'corvane apply a.fits median:shape=sq' square3 square5
 completes 'corvane apply a.fits levels:min=0,m' 0,min= 0,max=
