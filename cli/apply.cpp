@@ -102,7 +102,8 @@ void CheckJob(const Job& job, const ApplyOptions& options)
     for (const std::string& input : FilesAmong(job.inputs)) {
         inputs.push_back(input);
     }
-    const FileSet read = InputFiles(inputs);
+    FileSet read = InputFiles(inputs);
+    read.Add(options.recipe);
     CheckImages(job, options.output.overwrite, read);
     CheckOtherFiles(job, options.savedRecipe, read);
     catalogue::RecipeText(job.All());

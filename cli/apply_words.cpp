@@ -30,11 +30,13 @@ bool NamesStep(const std::string& word)
     return catalogue::FindNamed(catalogue::Operations(), word.substr(0, word.find(':'))) != nullptr;
 }
 
+/// What is wrong with a word that names neither a step nor a file. With values it is meant as a step.
 [[noreturn]] void RefuseUnknown(const std::string& word)
 {
     const std::string name = word.substr(0, word.find(':'));
+    const bool hasValues = word.find('=', name.size()) != std::string::npos;
     const std::string near = catalogue::Suggestion(name, catalogue::Names(catalogue::Operations()));
-    throw UsageError("'" + name + "' is neither a step nor a file" +
+    throw UsageError((hasValues ? "unknown step '" + name + "'" : "'" + word + "' is neither a step nor a file") +
                      (near.empty() ? "; `corvane ops` lists the steps" : near));
 }
 

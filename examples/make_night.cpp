@@ -115,6 +115,8 @@ void AddSkyOptions(Group group, NightSettings& night)
     group.Add("--sky", night.sky, "Sky background [electrons / s in a pixel]");
     group.Add("--sky-gradient", night.skyGradient, "Its change from left to right, as a share");
     group.Add("--light-gradient", night.lightGradient, "The greatest that each light has of its own, across and down");
+    group.Add("--galaxy", night.galaxy,
+              "Brightness of the core of a spiral galaxy in the middle [electrons / s in a pixel]; 0: there is none");
     group.Add("--cosmics", night.cosmicHits, "Mean number of cosmic hits in a light");
     group.Add("--trails", night.trails, "Satellite trails in the whole night");
 }

@@ -7,6 +7,7 @@
 #include "examples/night/colour_filters.h"
 #include "examples/night/draw.h"
 #include "examples/night/frame_header.h"
+#include "examples/night/galaxy.h"
 #include "examples/night/portable_math.h"
 
 namespace corvane::night {
@@ -28,6 +29,11 @@ constexpr double kSlipY = 9.0;
 bool Contains(const std::vector<int>& lights, int i)
 {
     return std::find(lights.begin(), lights.end(), i) != lights.end();
+}
+
+double TransparencyOf(const NightSettings& settings, int i)
+{
+    return Contains(settings.cloudyLights, i) ? kCloudTransparency : 1.0;
 }
 
 void CheckNumber(int i)
@@ -260,6 +266,9 @@ Plane Night::SceneBelow(std::optional<char> filter, int i) const
             scene.Row(y)[x] = static_cast<float>(sky * std::max(0.0, level + across * place));
         }
     }
+    if (settings_.galaxy > 0.0 && !Contains(settings_.strayLights, i)) {
+        AddGalaxy(scene, settings_.galaxy * settings_.exposure * TransparencyOf(settings_, i), filter, PlacementOf(i));
+    }
     const double slip = Contains(settings_.trailedLights, i) ? 1.0 : 0.0;
     for (Star star : MovedStars(i)) {
         star.flux *= filter ? StarShare(*filter, star.redness) : 1.0;
@@ -295,7 +304,7 @@ std::vector<Star> Night::MakeField(Purpose purpose) const
 std::vector<Star> Night::MovedStars(int i) const
 {
     const Placement placement = PlacementOf(i);
-    const double transparency = Contains(settings_.cloudyLights, i) ? kCloudTransparency : 1.0;
+    const double transparency = TransparencyOf(settings_, i);
     std::vector<Star> stars = Contains(settings_.strayLights, i) ? otherField_ : field_;
     for (Star& star : stars) {
         const Point moved = Distorted(settings_, placement.ToLight({star.x, star.y}));

@@ -52,7 +52,7 @@ public:
     std::vector<Star> StarsOf(int i) const;
     std::vector<Trail> TrailsOf(int i) const;
     std::vector<CosmicHit> CosmicHitsOf(int i) const;
-    /// What falls on the sensor during light i, without noise and response: sky, stars, trails [electrons]. With colour
+    /// What falls on the sensor during light i, without noise and response: sky, galaxy, stars, trails [electrons]. With colour
     /// filters, what they let through.
     Plane SceneOf(int i) const;
     const Sensor& GetSensor() const { return sensor_; }

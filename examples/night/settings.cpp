@@ -74,6 +74,7 @@ const NightSettings& Checked(const NightSettings& s)
         {"sky", s.sky, 0, 100000},
         {"sky gradient", s.skyGradient, -2, 2},
         {"light gradient", s.lightGradient, 0, 2},
+        {"galaxy", s.galaxy, 0, 1e6},
         {"cosmic hits", s.cosmicHits, 0, 100000},
         {"trails", static_cast<double>(s.trails), 0, 10000},
         {"drift in x", s.driftX, -1000, 1000},

@@ -60,6 +60,7 @@ struct NightSettings {
     double sky = 5.0;           ///< background in the middle [electrons / s, 0..100000]
     double skyGradient = 0.0;   ///< its change from the left edge to the right, as a share [-2..2]
     double lightGradient = 0.0; ///< greatest of each light's own, across and down, as a share [0..2]
+    double galaxy = 0.0;        ///< brightness of the core of a spiral in the middle [electrons / s in a pixel, 0..1e6]
     double cosmicHits = 20.0;   ///< mean number in a light [0..100000]
     int trails = 2;             ///< satellites in the whole night [0..10000]
     /// @}

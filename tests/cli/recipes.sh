@@ -23,7 +23,8 @@ cp mono.fits invert
 refuse 2 "'invert' is a step and a file: write ./invert for the file, or put it first" apply mono.fits invert -o out.fits
 check 0 '^$' apply invert ./mono.fits -o '{name}_c.fits' --recipe my.recipe
 rm invert
-refuse 2 "'medain' is neither a step nor a file; did you mean median?" apply mono.fits medain:type=1 -o out.fits
+refuse 2 "unknown step 'medain'; did you mean median\?" apply mono.fits medain:type=1 -o out.fits
+refuse 2 "'medain' is neither a step nor a file; did you mean median\?" apply mono.fits medain -o out.fits
 refuse 2 "'gone.fits' is neither a step nor a file" apply mono.fits gone.fits invert -o there
 refuse 2 "'colour.fits' is no step but a file: images come before the steps" apply mono.fits invert colour.fits -o there
 refuse 2 "no image is given: 'invert' is a step" apply invert -o out.fits
@@ -32,6 +33,16 @@ refuse 2 'fresh/mono.fits: would be written for two images' apply mono.fits ./mo
 refuse 2 './colour.fits: is both input and output' apply colour.fits mono.fits invert -o './{name}.fits'
 refuse 2 'sky.fits: would be written for each of several images' \
     apply mono.fits colour.fits background:model-file=sky.fits -o there
+refuse 2 'stdin.fits: would be written for two images' apply - - -o '{name}.fits' invert
+refuse 2 './my.recipe: is both input and output' \
+    apply mono.fits -o out.fits --recipe my.recipe --save-recipe ./my.recipe
+# The name of an image is that without folder and endings; nothing in it is taken for a pattern.
+cp mono.fits '{name}.fits'
+gzip -k mono.fits
+mkdir names
+check 0 '^$' apply '{name}.fits' mono.fits.gz 'night/light_001.fits[0]' -o 'names/{name}_{name}.tif' invert
+[[ $(ls names) == $'light_001_light_001.tif\nmono_mono.tif\n{name}_{name}.tif' ]] || fail "names: $(ls names)"
+rm mono.fits.gz
 # The others are made when one fails.
 check 1 'text.fits: is not a FITS.*corvane: 1 of 3 images failed' apply mono.fits text.fits colour.fits -o failing/ invert
 [[ $(ls failing) == $'colour.fits\nmono.fits' ]] || fail "one of several failed, and there is: $(ls failing)"

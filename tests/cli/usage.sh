@@ -42,6 +42,9 @@ info|--nosuch,,a
 stats|a,,--threads,,0;a,,--rect,,1:2;a,,--json,,--csv
 ops|nosuch;--nosuch
 apply a.fits -o out.fits|nosuch;invert:x;invert:x=1;clip:min=a;--scale,,twice,,invert;lucy:sigma=99;levels;--bits,,12,,invert
+apply a.fits -o|-,,--recipe,,nosuch;x.fits,,--save-recipe;none/{name}.jpg,,invert;{name}.png,,--bits,,32,,invert
+develop a.fits|-o,,x.gif;-o,,x.jpg,,--bits,,16;-o,,x.fits,,--size,,9;-o,,x.png,,--bits,,32;-o,,x.png,,--recipe,,no;-o,,a.fits
+recipes|a,,b;--nosuch
 apply a.fits invert -o|out;out.jpg;out.png,,--bits,,32
 render a.fits -o|out.gif;out.fits;out.png,,--levels,,5,x;out.png,,--levels,,auto,,--stretch,,auto;out.jpg,,--bits,,16;out.png,,--size,,0
 split a.fits -o out.fits --component|q

@@ -131,6 +131,26 @@ TEST(Night, StarsOfATrailedLightAreDrawnOut)
     EXPECT_NEAR(moment(2, -0.6, 0.8), moment(1, -0.6, 0.8), 0.001);
 }
 
+TEST(Night, AGalaxyMovesWithTheField)
+{
+    NightSettings settings = Quiet();
+    settings.sky = settings.stars = 0;
+    settings.driftX = 6.0;
+    settings.driftY = -4.0;
+    settings.galaxy = 10.0;
+    settings.cloudyLights = {2};
+    settings.strayLights = {3};
+    const Night night(settings);
+    const auto at = [&](int light, int x, int y) { return night.SceneOf(light).Row(y)[x]; };
+    const double core = 10.0 * settings.exposure;
+    EXPECT_NEAR(at(0, 90, 75), core, 0.001 * core);
+    EXPECT_NEAR(at(0, 90 + 21, 75 + 13), at(0, 90 - 21, 75 - 13), 1e-4); // two arms
+    EXPECT_GT(at(0, 90 + 21, 75 + 13), 0.01 * core);
+    EXPECT_NEAR(at(1, 90 + 6 + 21, 75 - 4 + 13), at(0, 90 + 21, 75 + 13), 1e-4);
+    EXPECT_NEAR(at(2, 90 + 12, 75 - 8), 0.05 * core, 1e-4 * core);
+    EXPECT_EQ(at(3, 90 + 18, 75 - 12), 0.0F);
+}
+
 TEST(Night, SaysWhichSettingIsWrong)
 {
     const auto refusal = [](double gain, int light) {
