@@ -87,12 +87,12 @@ void CheckOtherFiles(const Job& job, const std::string& savedRecipe, const FileS
     CheckOthers(others, read, written);
 }
 
-/// Makes the folder that outputs go to, unless it is there. Where it cannot be made, their check says what is wrong.
-void MakeFolder(const std::string& output)
+/// Makes the folder that images go to, unless it is there. Where it cannot be made, the check of the images says so.
+void MakeFolder(const std::string& output, Provisional& made)
 {
-    if (output.ends_with('/')) {
-        std::error_code ignored;
-        std::filesystem::create_directories(output, ignored);
+    std::error_code ignored;
+    if (output.ends_with('/') && std::filesystem::create_directory(output, ignored)) {
+        made.Add(output);
     }
 }
 
@@ -110,13 +110,15 @@ void CheckJob(const Job& job, const ApplyOptions& options)
     for (const catalogue::Step& step : job.All()) {
         catalogue::CheckFiles(step.arguments);
     }
-    MakeFolder(options.output.path);
+    Provisional folder;
+    MakeFolder(options.output.path, folder);
     for (const std::string& output : job.outputs) {
         CheckOutput(output, options.output.save);
     }
     if (!options.savedRecipe.empty()) {
         io::OutputFile::Check(options.savedRecipe);
     }
+    folder.Keep();
 }
 
 void ApplyTo(const std::string& input, const std::string& output, const Job& job, const io::SaveOptions& save,

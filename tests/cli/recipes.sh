@@ -36,6 +36,8 @@ refuse 2 'sky.fits: would be written for each of several images' \
 refuse 2 'stdin.fits: would be written for two images' apply - - -o '{name}.fits' invert
 refuse 2 './my.recipe: is both input and output' \
     apply mono.fits -o out.fits --recipe my.recipe --save-recipe ./my.recipe
+refuse 1 'keep their values' apply mono.fits colour.fits -o fresh/ --scale levels invert
+refuse 1 "no folder 'none/fresh/?'" apply mono.fits -o none/fresh/ invert
 # The name of an image is that without folder and endings; nothing in it is taken for a pattern.
 cp mono.fits '{name}.fits'
 gzip -k mono.fits
