@@ -17,6 +17,28 @@ void RunText(const std::string& step, io::Frame& frame)
     catalogue::RunStep(catalogue::ParseStep(step), frame, {});
 }
 
+} // namespace
+
+void Reduce(io::Frame& frame, int size)
+{
+    const int width = frame.image.GetWidth();
+    const int height = frame.image.GetHeight();
+    const int longest = std::max(width, height);
+    if (size == 0 || longest <= size) {
+        return;
+    }
+    const auto side = [&](int length) {
+        return std::to_string(std::max(static_cast<int>(std::lround(1.0 * length * size / longest)), 1));
+    };
+    // Blocks become one pixel first, of which interpolating would leave some out.
+    if (const int block = std::min(longest / size, std::min(width, height)); block > 1) {
+        RunText("bin:x=" + std::to_string(block), frame);
+    }
+    RunText("resize:width=" + side(width) + ",height=" + side(height), frame);
+}
+
+namespace {
+
 /// The step that makes a picture of a frame; empty for the levels that it has. Each plane by itself: so the sky is grey.
 std::string StepFor(const PictureWords& words, const CStlImage& image)
 {
@@ -42,6 +64,17 @@ CLI::Option* AddStretch(CLI::App& command, PictureWords& words)
         ->type_name("auto|linear|asinh");
 }
 
+void SavePicture(const std::string& path, const io::Frame& frame, const PictureWords& words,
+                 const std::optional<std::string>& levels)
+{
+    io::Frame shown{frame.image.Shared(), frame.header};
+    Reduce(shown, words.size);
+    if (const std::string step = levels ? *levels : StepFor(words, shown.image); !step.empty()) {
+        RunText(step, shown);
+    }
+    io::SavePicture(path, shown.image, io::IsBottomUp(shown.header), words.format);
+}
+
 void AddPictureFormat(CLI::App& command, PictureWords& words)
 {
     command.add_option("--size", words.size, "Make a picture whose longer side has at most so many pixels")
@@ -54,35 +87,6 @@ void AddPictureFormat(CLI::App& command, PictureWords& words)
     command.add_option("--bits", words.format.bits, "Bits per sample: 8 or 16; else 16 for TIFF, 8 for others")
         ->check(CLI::IsMember(std::set<int>{8, 16}))
         ->type_name("N");
-}
-
-void Reduce(io::Frame& frame, int size)
-{
-    const int width = frame.image.GetWidth();
-    const int height = frame.image.GetHeight();
-    const int longest = std::max(width, height);
-    if (size == 0 || longest <= size) {
-        return;
-    }
-    const auto side = [&](int length) {
-        return std::to_string(std::max(static_cast<int>(std::lround(1.0 * length * size / longest)), 1));
-    };
-    // Blocks become one pixel first, of which interpolating would leave some out.
-    if (const int block = std::min(longest / size, std::min(width, height)); block > 1) {
-        RunText("bin:x=" + std::to_string(block), frame);
-    }
-    RunText("resize:width=" + side(width) + ",height=" + side(height), frame);
-}
-
-void SavePicture(const std::string& path, const io::Frame& frame, const PictureWords& words,
-                 const std::optional<std::string>& levels)
-{
-    io::Frame shown{frame.image.Shared(), frame.header};
-    Reduce(shown, words.size);
-    if (const std::string step = levels ? *levels : StepFor(words, shown.image); !step.empty()) {
-        RunText(step, shown);
-    }
-    io::SavePicture(path, shown.image, io::IsBottomUp(shown.header), words.format);
 }
 
 } // namespace corvane::cli

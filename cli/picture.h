@@ -20,16 +20,16 @@ struct PictureWords {
 /// Adds `--stretch`.
 CLI::Option* AddStretch(CLI::App& command, PictureWords& words);
 
-/// Adds `--size`, `--quality` and `--bits`.
-void AddPictureFormat(CLI::App& command, PictureWords& words);
-
-/// Makes a frame whose longer side has more pixels than that so small; 0 leaves it.
-void Reduce(io::Frame& frame, int size);
-
 /// Writes the frame as a picture for the screen, the right way up; the frame itself stays. `levels` is a catalogue step
 /// that sets the display levels in place of a stretch, as "auto-levels"; with an empty text they are used as they are.
 /// Throws Error.
 void SavePicture(const std::string& path, const io::Frame& frame, const PictureWords& words,
                  const std::optional<std::string>& levels = {});
+
+/// Adds `--size`, `--quality` and `--bits`.
+void AddPictureFormat(CLI::App& command, PictureWords& words);
+
+/// Makes a frame whose longer side has more pixels than that so small; 0 leaves it.
+void Reduce(io::Frame& frame, int size);
 
 } // namespace corvane::cli
