@@ -1,12 +1,16 @@
 #include "catalogue/recipe.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <fstream>
 #include <numbers>
 #include <sstream>
 #include <utility>
 #include <variant>
+#include <vector>
 
+#include "examples/night/night.h"
 #include "tests/io/files.h"
 #include "tests/support/error_of.h"
 #include "tests/support/images.h"
@@ -132,6 +136,63 @@ TEST(ShippedRecipe, ShowsFramesOfOnePlaneAndInColour)
     EXPECT_EQ(moon.leftOut, "saturate ");
     EXPECT_NEAR(MeanPlace(moon.frame.image, 0), std::numbers::pi * 1600.0 / (160 * 120),
                 0.01); // white on black, nothing else
+}
+
+/// The median brightness of a part of a plane, black 0 and white 1.
+double Brightness(const CStlImage& image, const CRect& part, int plane)
+{
+    std::vector<double> samples;
+    for (int y = part.top; y < part.bottom; ++y) {
+        for (int x = part.left; x < part.right; ++x) {
+            samples.push_back((image.GetPixelGrayRaw(x, y, plane) - image.GetLevelMin(plane)) /
+                              image.GetLevelRange(plane));
+        }
+    }
+    const auto middle = samples.begin() + static_cast<std::ptrdiff_t>(samples.size() / 2);
+    std::nth_element(samples.begin(), middle, samples.end());
+    return *middle;
+}
+
+/// A raw light of a galaxy in a sky with a gradient and the colour of a town, made colour.
+CStlImage Galaxy()
+{
+    night::NightSettings settings;
+    settings.width = 320;
+    settings.height = 240;
+    settings.stars = 80;
+    settings.exposure = 300.0;
+    settings.skyGradient = 0.6;
+    settings.vignetting = settings.hotPixels = settings.cosmicHits = settings.trails = 0;
+    settings.bayer = "RGGB";
+    settings.galaxy = 60.0;
+    const night::Frame light = night::Night(settings).Light(0);
+    io::Frame frame{night::ToImage(light.counts), light.header};
+    RunStep("debayer", frame, {});
+    return frame.image;
+}
+
+TEST(ShippedRecipe, ShowsAGalaxyOnAnEvenGreySky)
+{
+    const CRect left(5, 5, 45, 235);
+    const CRect right(275, 5, 315, 235);
+    const CRect core(158, 118, 163, 123);
+    const CRect arms(140, 100, 180, 140);
+    const CStlImage raw = Galaxy();
+    ASSERT_GT(Brightness(raw, right, 0) - Brightness(raw, left, 0), 0.04); // before any stretch
+    for (const std::string name : {"galaxy", "nebula", "cluster"}) {
+        SCOPED_TRACE(name);
+        const CStlImage shown = DevelopedBy(name, raw).frame.image;
+        for (int plane = 0; plane < 3; ++plane) {
+            const double sky = Brightness(shown, left, plane);
+            EXPECT_NEAR(Brightness(shown, right, plane), sky, 0.03);
+            EXPECT_NEAR(Brightness(shown, left, 1), sky, 0.03) << "the sky has a colour";
+            EXPECT_LT(sky, 0.2);
+            EXPECT_GT(Brightness(shown, arms, plane), sky + 0.15) << "the arms are lost";
+            EXPECT_GT(Brightness(shown, core, plane), Brightness(shown, arms, plane) + 0.1) << "the core is burnt out";
+        }
+        const auto redness = [&](const CRect& part) { return Brightness(shown, part, 0) - Brightness(shown, part, 2); };
+        EXPECT_GT(redness(core), redness(arms) + 0.03);
+    }
 }
 
 } // namespace
