@@ -34,7 +34,7 @@ std::string TextOf(const std::string& nameOrImage)
     if (named != shipped.end()) {
         return named->text;
     }
-    const std::string text = catalogue::RecipeOf(OpenInput(nameOrImage, io::Cubes::kFirstPlane)->GetHeader());
+    std::string text = catalogue::RecipeOf(OpenInput(nameOrImage, io::Cubes::kFirstPlane)->GetHeader());
     if (text.empty()) {
         throw FileError(nameOrImage, "its header tells of no step");
     }

@@ -30,7 +30,7 @@ constexpr const char* kStandardOutput = "standard output";
 /// Copies all that comes from one descriptor to another; `stream` is the standard one of them.
 void CopyAll(int from, int to, const char* stream)
 {
-    std::array<char, 1 << 16> bytes; // NOLINT(cppcoreguidelines-pro-type-member-init): read before it is used
+    std::array<char, 1 << 16> bytes;
     for (;;) {
         ThrowIfCancelled();
         const ssize_t got = read(from, bytes.data(), bytes.size());
