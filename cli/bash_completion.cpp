@@ -80,7 +80,7 @@ std::vector<std::string> ValuesOf(const Parameter& parameter)
 std::vector<std::string> SmallWords(const std::string& type)
 {
     std::vector<std::string> words = CLI::detail::split(type, '|');
-    std::erase_if(words, [](const std::string& word) { return word != Lower(word); });
+    std::erase_if(words, [](const std::string& word) { return word.empty() || word != Lower(word); });
     return words;
 }
 
