@@ -8,9 +8,11 @@
 
 #include "corvane/core/ascii.h"
 #include "corvane/core/error.h"
+#include "io/formats/formats.h"
 #include "io/formats/jpeg_file.h"
 #include "io/formats/png_file.h"
 #include "io/formats/samples.h"
+#include "io/formats/srgb_profile.h"
 #include "io/frame.h"
 #include "io/output_file.h"
 
@@ -86,7 +88,6 @@ private:
 void WritePictureRows(PngFile& file, const PictureRows& picture, int bits)
 {
     constexpr const char* kCannot = "cannot be written as PNG";
-    file.Run(kCannot, [](png_structp png, png_infop info) { png_set_sRGB(png, info, PNG_sRGB_INTENT_PERCEPTUAL); });
     const PngLayout layout{picture.Width(), picture.Height(), picture.Planes(), bits};
     StartPng(file, layout, "");
     std::vector<png_byte> bytes(layout.RowSamples() * static_cast<std::size_t>(bits / 8));
@@ -160,13 +161,12 @@ void SavePicture(const std::string& path, const CStlImage& image, bool bottomUp,
     const PictureRows picture(image, bottomUp);
     const PictureKind kind = PictureKindOf(path);
     const int bits = format.bits != 0 ? format.bits : (kind == PictureKind::kTiff ? 16 : 8);
+    OutputFile output(path);
     if (kind == PictureKind::kTiff) {
         const Frame counts = CountsOf(picture, bits);
-        Save(path, counts.image, counts.header, {.bits = bits});
-        return;
-    }
-    OutputFile output(path);
-    if (kind == PictureKind::kJpeg) {
+        WriteTiffPicture(output, counts.image, counts.header, {bits, UndefinedTest(counts.image)},
+                         SrgbProfile(picture.Planes()));
+    } else if (kind == PictureKind::kJpeg) {
         const std::string bytes = JpegOf(path, picture, format.quality);
         output.Write(bytes.data(), bytes.size());
     } else {

@@ -18,7 +18,7 @@ struct PictureFormat {
 CORVANE_VISIBLE void CheckPicture(const std::string& path, const PictureFormat& format = {});
 
 /// Writes the image as it shows on the screen: through its display levels, grey or RGB, in the format of the path's
-/// extension. A PNG says that its colours are sRGB, which those of a JPEG without a word are.
+/// extension. All say that their colours are sRGB: a PNG by a chunk, JPEG and TIFF by a profile.
 ///
 /// With bottomUp the last row comes first in the picture (FITS; `IsBottomUp` tells). NaN shows black. The file appears
 /// whole or not at all. Throws Error.

@@ -31,6 +31,9 @@ void WriteFits(OutputFile& file, const CStlImage& image, const Header& header, c
 void WriteFitsExtension(OutputFile& file, const std::string& name, const CStlImage& image, const Header& header,
                         const Storage& storage);
 void WriteTiff(OutputFile& file, const CStlImage& image, const Header& header, const Storage& storage);
+/// With a profile of its colours, which a picture has and an image without any leaves empty.
+void WriteTiffPicture(OutputFile& file, const CStlImage& image, const Header& header, const Storage& storage,
+                      const std::string& profile);
 void WritePng(OutputFile& output, const CStlImage& image, const Header& header, const Storage& storage);
 /// @}
 

@@ -8,6 +8,7 @@
 #include <jpeglib.h>
 
 #include "corvane/core/error.h"
+#include "io/formats/srgb_profile.h"
 
 namespace corvane::io {
 namespace {
@@ -82,6 +83,11 @@ std::string EncodeJpeg(const std::string& path, const JpegLayout& layout,
         jpeg_set_defaults(&jpeg);
         jpeg_set_quality(&jpeg, layout.quality, TRUE);
         jpeg_start_compress(&jpeg, TRUE);
+    });
+    const std::string& profile = SrgbProfile(layout.planes);
+    writer.Run([&] {
+        jpeg_write_icc_profile(&jpeg, reinterpret_cast<const JOCTET*>(profile.data()),
+                               static_cast<unsigned>(profile.size()));
     });
     std::vector<unsigned char> row(static_cast<std::size_t>(layout.width) * static_cast<std::size_t>(layout.planes));
     JSAMPROW rows[] = {row.data()};

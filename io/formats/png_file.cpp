@@ -106,6 +106,7 @@ void StartPng(PngFile& file, const PngLayout& layout, const std::string& descrip
         png_set_IHDR(png, info, static_cast<png_uint_32>(layout.width), static_cast<png_uint_32>(layout.height),
                      layout.bits, layout.planes == 3 ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE,
                      PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+        png_set_sRGB(png, info, PNG_sRGB_INTENT_PERCEPTUAL); // as every viewer takes a PNG that says nothing
         if (!text.empty()) {
             png_set_text(png, info, &entry, 1);
         }

@@ -33,10 +33,10 @@ public:
     }
     /// Sets a tag of a file being written. Without memory for it the file is given up unclosed: libtiff 4.5 would free
     /// what it could not allocate.
-    template <class Value>
-    void Set(int tag, Value value)
+    template <class... Values>
+    void Set(int tag, Values... values)
     {
-        if (TIFFSetField(tiff_, static_cast<std::uint32_t>(tag), value) != 1) {
+        if (TIFFSetField(tiff_, static_cast<std::uint32_t>(tag), values...) != 1) {
             tiff_ = nullptr;
             Check(false, "cannot be written");
         }

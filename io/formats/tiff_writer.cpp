@@ -59,9 +59,18 @@ void SetTags(TiffFile& file, const CImage& image, const Header& header, int bits
 
 void WriteTiff(OutputFile& file, const CStlImage& image, const Header& header, const Storage& storage)
 {
+    WriteTiffPicture(file, image, header, storage, {});
+}
+
+void WriteTiffPicture(OutputFile& file, const CStlImage& image, const Header& header, const Storage& storage,
+                      const std::string& profile)
+{
     const auto bytes = static_cast<std::uint64_t>(image.GetPixelCount()) * std::abs(storage.bits) / 8;
     TiffFile tiff(file, bytes > kClassicBytes ? "w8" : "w");
     SetTags(tiff, image, header, storage.bits);
+    if (!profile.empty()) {
+        tiff.Set(TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(profile.size()), profile.data());
+    }
     WithSampleType(storage.bits, false, [&](auto type) { WriteRows<decltype(type)>(tiff, image, storage); });
     tiff.Check(TIFFFlush(tiff.Get()) == 1, "cannot be written");
 }
