@@ -114,7 +114,8 @@ Operation AutoStretchStep()
                 "absolute deviation), and white on the largest sample; they become the display levels. A midtone "
                 "stretch between them, as of mtf, or asinh, brings the median to the target. A frame that is mostly "
                 "bright is "
-                "treated as its negative would be. Blanks and NaN stay and do not count.",
+                "treated as its negative would be; dead pixels alone do not make one. Blanks and NaN stay and do not "
+                "count.",
             .parameters = {NumberParameter("shadows", "where black lies, from the median", "standard deviations",
                                            {-100.0, 0.0}, usual.shadows),
                            NumberParameter("target", "where the median comes to, black 0 and white 1", "",

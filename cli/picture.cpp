@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <set>
+#include <vector>
 
 #include <CLI/Validators.hpp>
 
@@ -39,16 +40,32 @@ void Reduce(io::Frame& frame, int size)
 
 namespace {
 
-/// The step that makes a picture of a frame; empty for the levels that it has. Each plane by itself: so the sky is grey.
-std::string StepFor(const PictureWords& words, const CStlImage& image)
+/// True for levels that a step has set. Those of camera programs are guesses, which show noise.
+bool HasChosenLevels(const io::Frame& frame)
 {
-    if (image.HasOwnLevel() != 0 && (words.stretch.empty() || words.stretch == "linear")) {
+    const std::vector<std::string> history = frame.header.History();
+    return frame.image.HasOwnLevel() != 0 && std::any_of(history.begin(), history.end(), [](const std::string& line) {
+               return line.starts_with("corvane ");
+           });
+}
+
+/// The step that makes a picture of a frame; empty for the levels that it has. Each plane by itself: so the sky is grey.
+std::string StepFor(const PictureWords& words, const io::Frame& frame)
+{
+    if (HasChosenLevels(frame) && (words.stretch.empty() || words.stretch == "linear")) {
         return {};
     }
     if (words.stretch == "linear") {
-        return image.IsColor() != 0 ? "auto-levels:per-plane=yes" : "auto-levels";
+        return frame.image.IsColor() != 0 ? "auto-levels:per-plane=yes" : "auto-levels";
     }
     return words.stretch == "asinh" ? "autostretch:linked=no,curve=asinh" : "autostretch:linked=no";
+}
+
+void RunIfAny(const std::string& step, io::Frame& frame)
+{
+    if (!step.empty()) {
+        RunText(step, frame);
+    }
 }
 
 } // namespace
@@ -58,10 +75,15 @@ CLI::Option* AddStretch(CLI::App& command, PictureWords& words)
     return command
         .add_option("--stretch", words.stretch,
                     "How brightness is shown: auto (the sky dark grey, as the step autostretch), asinh (the same with "
-                    "the colours of stars) or linear. Without it, a frame that carries display levels is shown with "
-                    "those, and any other by auto")
+                    "the colours of stars) or linear. Without it, a frame to which a step has given display levels is "
+                    "shown with those, and any other by auto")
         ->check(CLI::IsMember(std::set<std::string>{"auto", "linear", "asinh"}))
         ->type_name("auto|linear|asinh");
+}
+
+void MakeShown(io::Frame& frame, const PictureWords& words)
+{
+    RunIfAny(StepFor(words, frame), frame);
 }
 
 void SavePicture(const std::string& path, const io::Frame& frame, const PictureWords& words,
@@ -69,9 +91,7 @@ void SavePicture(const std::string& path, const io::Frame& frame, const PictureW
 {
     io::Frame shown{frame.image.Shared(), frame.header};
     Reduce(shown, words.size);
-    if (const std::string step = levels ? *levels : StepFor(words, shown.image); !step.empty()) {
-        RunText(step, shown);
-    }
+    levels ? RunIfAny(*levels, shown) : MakeShown(shown, words);
     io::SavePicture(path, shown.image, io::IsBottomUp(shown.header), words.format);
 }
 

@@ -62,7 +62,7 @@ std::string LightPictures(const stack::Registration& lights)
         const stack::FrameReport& light = lights.frames[i];
         io::Frame frame{lights.thumbnails[i], {}};
         if (frame.image.GetPixelCount() > 0) {
-            catalogue::RunStep(catalogue::ParseStep("auto-levels"), frame, {});
+            MakeShown(frame);
             const std::string hint = light.file + (light.used ? "" : ": " + light.reason);
             text += ImageTag(frame.image, lights.isBottomUp,
                              (light.used ? "" : " class=\"out\"") + std::string(" title=") + AttributeValue(hint)) +

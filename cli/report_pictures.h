@@ -7,7 +7,7 @@
 
 namespace corvane::cli {
 
-/// Small pictures of the lights, each through levels of its own, for a page; empty when there are none. Those that are
+/// Small pictures of the lights, each by a stretch of its own, for a page; empty when there are none. Those that are
 /// left out are marked, and each tells its light under the mouse.
 std::string LightPictures(const stack::Registration& lights);
 

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "catalogue/step.h"
+#include "cli/picture.h"
 #include "io/metadata.h"
 #include "io/picture.h"
 
@@ -135,10 +135,11 @@ private:
 
 } // namespace
 
-void SaveStarMap(const std::string& path, io::Frame& frame, const std::vector<Mark>& marks)
+void SaveStarMap(const std::string& path, const io::Frame& frame, const std::vector<Mark>& marks)
 {
-    catalogue::RunStep(catalogue::ParseStep("auto-levels"), frame, {});
-    Canvas canvas(frame.image, io::IsBottomUp(frame.header));
+    io::Frame shown{frame.image.Shared(), frame.header};
+    MakeShown(shown);
+    Canvas canvas(shown.image, io::IsBottomUp(shown.header));
     for (std::size_t i = 0; i < marks.size(); ++i) {
         canvas.DrawMark(marks[i], marks.size() <= kMostNumbers ? i + 1 : 0);
     }

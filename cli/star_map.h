@@ -15,8 +15,8 @@ struct Mark {
     bool isUsed; ///< green; otherwise orange
 };
 
-/// Writes the frame as a picture for the screen with a ring about each star, which few have their numbers beside, from
-/// 1. The frame's levels become automatic ones. Throws Error.
-void SaveStarMap(const std::string& path, io::Frame& frame, const std::vector<Mark>& marks);
+/// Writes the frame as a picture for the screen, shown as `corvane render` shows it, with a ring about each star, which
+/// few have their numbers beside, from 1. Throws Error.
+void SaveStarMap(const std::string& path, const io::Frame& frame, const std::vector<Mark>& marks);
 
 } // namespace corvane::cli

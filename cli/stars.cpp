@@ -99,7 +99,7 @@ std::vector<Mark> MarksOf(const stars::FieldWidths& widths)
 }
 
 /// Both pictures or none.
-void SavePictures(const WidthWords& words, io::Frame& frame, const stars::FieldWidths& widths)
+void SavePictures(const WidthWords& words, const io::Frame& frame, const stars::FieldWidths& widths)
 {
     std::optional<io::OutputFile> plot;
     if (!words.plot.empty()) {

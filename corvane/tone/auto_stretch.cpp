@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <numeric>
 #include <optional>
 
 #include "corvane/core/defined.h"
@@ -20,6 +21,7 @@ struct PlaneSpread {
     double deviation = 0.0; ///< 1.4826 times the median absolute deviation
     double min = 0.0;
     double max = 0.0;
+    double mean = 0.0;
 };
 
 /// The median of keyOf(sample) over a plane; nothing where none has a key.
@@ -36,6 +38,33 @@ std::optional<double> MedianOfPlane(const CStlImage& image, int plane, KeyOfSamp
     };
     const auto middle = MiddleTwo(count, keyOf);
     return middle ? std::optional(0.5 * (static_cast<double>(middle->first) + middle->second)) : std::nullopt;
+}
+
+/// The mean of the samples of a plane that are defined, of which there are some: row by row, from the top down.
+double MeanOfPlane(const CStlImage& image, int plane, const DefinedTest& isDefined)
+{
+    struct Sum {
+        std::vector<double> rows;
+        long long count = 0;
+    };
+    const auto sumOf = [&](const RowBlock& block) {
+        Sum sum;
+        for (int y = block.first; y < block.end; ++y) {
+            const float* const row = image.GetImageAdr(0, y, plane, 1);
+            sum.rows.push_back(std::accumulate(row, row + image.GetWidth(), 0.0, [&](double total, float v) {
+                return isDefined(v) ? total + v : total;
+            }));
+            sum.count += std::count_if(row, row + image.GetWidth(), isDefined);
+        }
+        return sum;
+    };
+    double total = 0.0;
+    long long count = 0;
+    FoldBlocks(RowBlocks(WorkingArea(image, nullptr)), Threads(), sumOf, [&](const Sum& sum) {
+        total = std::accumulate(sum.rows.begin(), sum.rows.end(), total);
+        count += sum.count;
+    });
+    return total / static_cast<double>(count);
 }
 
 std::optional<PlaneSpread> SpreadOf(const CStlImage& image, int plane)
@@ -55,18 +84,20 @@ std::optional<PlaneSpread> SpreadOf(const CStlImage& image, int plane)
         part.Add(
             image.GetWidth(), [=](int x) { return row[x]; }, [=](float v) { return !isDefined(v); });
     });
-    return PlaneSpread{*median, kSigmaOfMad * *mad, extremes.Min(), extremes.Max()};
+    return PlaneSpread{*median, kSigmaOfMad * *mad, extremes.Min(), extremes.Max(),
+                       MeanOfPlane(image, plane, isDefined)};
 }
 
-/// The means of medians and deviations, and the extremes of all.
+/// The means of medians, deviations and means, and the extremes of all.
 PlaneSpread Joint(const std::vector<std::optional<PlaneSpread>>& spreads)
 {
-    PlaneSpread joint{0.0, 0.0, HUGE_VAL, -HUGE_VAL};
+    PlaneSpread joint{0.0, 0.0, HUGE_VAL, -HUGE_VAL, 0.0};
     double number = 0.0;
     for (const std::optional<PlaneSpread>& spread : spreads) {
         if (spread) {
             joint.median += spread->median;
             joint.deviation += spread->deviation;
+            joint.mean += spread->mean;
             joint.min = std::min(joint.min, spread->min);
             joint.max = std::max(joint.max, spread->max);
             number += 1.0;
@@ -74,12 +105,16 @@ PlaneSpread Joint(const std::vector<std::optional<PlaneSpread>>& spreads)
     }
     joint.median /= number;
     joint.deviation /= number;
+    joint.mean /= number;
     return joint;
 }
 
 AutoStretchPlane StretchOf(const PlaneSpread& spread, const AutoStretchLimits& limits)
 {
-    const bool isBright = spread.median > 0.5 * (spread.min + spread.max);
+    // What is dark in a bright frame pulls at its mean; a few dead pixels, however far below the others, hardly do.
+    constexpr double kPull = 0.1;
+    const bool isBright =
+        spread.median > 0.5 * (spread.min + spread.max) && spread.mean < spread.median - kPull * spread.deviation;
     const bool hasNoise = spread.deviation > 0.0;
     const double away = limits.shadows * spread.deviation;
     const double low = hasNoise && !isBright ? spread.median + away : spread.min;

@@ -23,6 +23,12 @@ check 0 '^$' render stretched.fits -o shown.png
 cmp -s stretched.png shown.png || fail 'a stretched frame is shown otherwise than by the same stretch'
 cmp -s auto.png stretched.png && fail '--stretch makes no difference'
 grep -q sRGB stretched.png || fail 'a picture does not say that it is sRGB'
+# Levels that no step has set are a camera program's.
+sed 's/^\(.*\)HISTORY corvane apply/\1COMMENT corvane apply/' stretched.fits >camera.fits
+check 0 '^$' render camera.fits -o guessed.png
+check 0 '^$' render camera.fits -o levels.png --levels file
+cmp -s levels.png shown.png || fail '--levels file makes no use of the levels'
+cmp -s guessed.png shown.png && fail 'the levels of a camera program are trusted'
 check 0 '^$' render stretched.fits -o deep.tif
 check 0 '^$' render stretched.fits -o deep.png --bits 16
 check 0 '320 x 240.*16 bits.*320 x 240.*16 bits' info deep.tif deep.png
@@ -49,6 +55,11 @@ check 0 '4 lights, 4 used, 0 rejected.*shift .*stack: s.fits.*preview: s.png' \
 check 0 '^$' stack -q -o plain.fits --align shift --method clipped-mean \
     --dark night/dark* --bias night/bias* --flat night/flat* -- "${lights[@]}"
 cmp -s s.fits plain.fits || fail 'a preview changes the stack'
+# The map of stars is shown by the stretch of a picture.
+check 0 '.' find-stars s.fits --map map.png --limit 1
+check 0 '^$' render s.fits -o plain.png
+median() { "$CORVANE" stats "$1" --csv | sed -n 2p | cut -d, -f5; }
+[[ $(median map.png) == $(median plain.png) ]] || fail 'a map of stars is shown otherwise than a picture'
 # A file may be called as a command is, and no step of `apply` is taken for one.
 cp "${lights[0]}" stack
 check 0 '320 x 240' info stack

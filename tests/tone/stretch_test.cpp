@@ -256,3 +256,16 @@ TEST(AutoStretch, LinksPlanesByMeans)
     flat.SetPixelGrayRaw(3, 3, 11.0F, 0); // no noise, but a star
     EXPECT_EQ(ChooseAutoStretch(flat, {})[0].low, 5.0);
 }
+
+// A sky with dead pixels, far darker than any star is bright, is no negative.
+TEST(AutoStretch, IsNotTurnedOverByDeadPixels)
+{
+    Random random(4);
+    CStlImage image = Make(200, 150, 1, [&](int x, int y, int) {
+        return x == 7 && y % 50 == 3 ? 0.0 : 500.0 + 10.0 * (random.Between(-1.0, 1.0) + random.Between(-1.0, 1.0));
+    });
+    const Spread sky = SpreadOf(image, 0);
+    const AutoStretchPlane plane = ChooseAutoStretch(image, {})[0];
+    EXPECT_NEAR(plane.low, sky.median - 2.8 * sky.sigma, 1e-5);
+    EXPECT_EQ(plane.high, *std::max_element(sky.samples.begin(), sky.samples.end()));
+}
