@@ -261,7 +261,7 @@ Operation FalseColor()
                        ChoiceParameter("map", "the colours, by name or number", kMaps, kMaps.front()),
                        WholeParameter("cycles", "how many times the map runs from low to high", "", {1.0, 256.0}, 1),
                        RectangleParameter()},
-        .footprint = Always({.levels = LevelUse::Chosen}),
+        .footprint = Always({.levels = LevelUse::Chosen, .makesPlanes = true}),
         .aliases = {"false-colour"},
         .run = RunFalseColor};
 }

@@ -1,45 +1,20 @@
 #include <string>
 
+#include "catalogue/image_beside.h"
 #include "catalogue/operations.h"
-#include "catalogue/row_order.h"
 #include "corvane/core/calibration_rows.h"
-#include "corvane/core/error.h"
 #include "corvane/core/gaps.h"
-#include "corvane/core/text.h"
 #include "corvane/core/walk.h"
 #include "corvane/resources/string_table.h"
 #include "io/frame.h"
-#include "io/reader.h"
 
 namespace corvane::catalogue {
 namespace {
 
-std::string ShapeText(int width, int height, int planes)
-{
-    return corvane::SizeText(width, height) + " pixels, " + std::to_string(planes) +
-           (planes == 1 ? " plane" : " planes");
-}
-
-void CheckFits(int width, int height, int planes, const CStlImage& image, const Arguments& arguments)
-{
-    if (width != image.GetWidth() || height != image.GetHeight() || planes > image.GetPlanes()) {
-        throw arguments.Refusal("file", "is " + ShapeText(width, height, planes) + "; the image is " +
-                                            ShapeText(image.GetWidth(), image.GetHeight(), image.GetPlanes()));
-    }
-}
-
-// A calibration frame of one plane serves every plane of a colour image. A file is judged before its samples are read.
+// A calibration frame of one plane serves every plane of a colour image.
 io::Frame FittingFrame(const Arguments& arguments, const io::Frame& frame, const Run& run)
 {
-    if (arguments.IsWord("file")) {
-        const io::FrameInfo info = io::OpenFrame(arguments.Text("file"))->Info();
-        CheckFits(info.width, info.height, info.planes, frame.image, arguments);
-    }
-    io::Frame calibration = arguments.Image("file");
-    const CStlImage& image = calibration.image;
-    CheckFits(image.GetWidth(), image.GetHeight(), image.GetPlanes(), frame.image, arguments);
-    BringToOrderOf(frame, calibration, run);
-    return calibration;
+    return FittingImage("file", frame.image.GetPlanes(), frame, arguments, run);
 }
 
 void RunDark(io::Frame& frame, const Arguments& arguments, const Run& run)

@@ -108,7 +108,7 @@ Operation ToLabPlanes()
                     "display levels, it chooses some that show the sky grey first. A pixel that is undefined in one "
                     "plane becomes so in all.",
             .inputs = {{.planes = Planes::Colour}},
-            .footprint = Always({.levels = LevelUse::Chosen, .statistics = true}),
+            .footprint = Always({.levels = LevelUse::Chosen, .statistics = true, .makesPlanes = true}),
             .run = RunLab};
 }
 
@@ -122,14 +122,14 @@ std::vector<Operation> ColourOperations()
          .help = "Brightness is 0.299 R + 0.587 G + 0.114 B of what the display levels show; the result has the levels "
                  "of the red plane.",
          .inputs = {{.planes = Planes::Colour}},
-         .footprint = Always({.levels = LevelUse::Read}),
+         .footprint = Always({.levels = LevelUse::Read, .makesPlanes = true}),
          .aliases = {"to-gray"},
          .run = RunConversion<&CStlImage::ToGray>},
         {.name = "to-color",
          .summary = "turn an image of one plane into three equal planes",
          .help = "The three planes take the samples and the display levels of the one.",
          .inputs = {{.planes = Planes::Mono}},
-         .footprint = Always({}),
+         .footprint = Always({.makesPlanes = true}),
          .aliases = {"to-colour"},
          .run = RunConversion<&CStlImage::ToColor>},
         NeutralSky(),

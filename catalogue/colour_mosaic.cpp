@@ -52,7 +52,8 @@ Footprint DebayerFootprint(const Arguments& arguments)
 {
     return {.columns = Footprint::kWhole,
             .rows = arguments.Text("method") == "bilinear" ? 1 : kDemosaicMargin,
-            .period = arguments.Text("pattern") == "auto" ? 1 : 2};
+            .period = arguments.Text("pattern") == "auto" ? 1 : 2,
+            .makesPlanes = true};
 }
 
 } // namespace

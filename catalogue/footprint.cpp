@@ -1,7 +1,6 @@
 #include "catalogue/footprint.h"
 
 #include <algorithm>
-#include <optional>
 #include <utility>
 #include <variant>
 
@@ -64,8 +63,8 @@ Footprint UsualFootprint(const Operation& operation)
 {
     Arguments defaults;
     for (const Parameter& parameter : operation.parameters) {
-        if (std::optional<Value> value = DefaultValue(parameter)) {
-            defaults.Add({&parameter, std::move(*value), false});
+        if (parameter.defaultValue) { // not a setting, which may be none that is allowed
+            defaults.Add({&parameter, *parameter.defaultValue, false});
         }
     }
     return FootprintOf(operation, defaults);

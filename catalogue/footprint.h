@@ -37,10 +37,12 @@ struct Footprint {
     int rows = 0;    ///< how far above and below it looks
     int period = 1;  ///< cuts must begin at columns and rows that this divides: a mosaic repeats itself
     LevelUse levels = LevelUse::Unread; ///< what the display levels are to samples
-    bool statistics = false; ///< looks at all samples first: of the image, of a rectangle of it, or of another image
-    bool placed = false;     ///< the result depends on where in the image a sample lies; arguments do not move along
-    bool moves = false;      ///< samples come to other places; reaches say nothing
-    bool resizes = false;    ///< the result has another width or height; reaches say nothing
+    bool statistics = false;  ///< looks at all samples first: of the image, of a rectangle of it, or of another image
+    bool placed = false;      ///< the result depends on where in the image a sample lies; arguments do not move along
+    bool moves = false;       ///< samples come to other places; reaches say nothing
+    bool resizes = false;     ///< the result has another width or height; reaches say nothing
+    bool makesPlanes = false; ///< the result's planes are others: more, fewer or of another meaning
+    bool levelsOnly = false;  ///< no sample changes
 
     /// True when each sample may depend on every other.
     bool IsWhole() const { return columns == kWhole && rows == kWhole; }
@@ -50,6 +52,8 @@ struct Footprint {
         return !IsWhole() && !statistics && !placed && !moves && !resizes &&
                (hasOwnLevels || levels != LevelUse::Chosen);
     }
+    /// True when each sample of the result has one of the image to be mixed with.
+    bool MayBeMixed() const { return !moves && !resizes && !makesPlanes && !levelsOnly; }
 };
 
 /// @name For entries of the catalogue

@@ -52,6 +52,7 @@ constexpr std::pair<const char*, const char*> kMeanings[] = {
     {"minus", "subtract"},
     {"threshold cutoff limit", "clip"},
     {"nan undefined blank gap gaps hole inpaint interpolate", "fill"},
+    {"mask masks protect protection starmask", "star-mask"},
     {"label annotate annotation caption arrow", "draw-text draw-line"},
 };
 
@@ -86,6 +87,7 @@ const std::vector<Group>& Groups()
                                            {"Sharpening", SharpenOperations},
                                            {"Undoing the blur", RestoreOperations},
                                            {"Development and lines", DevelopOperations},
+                                           {"Masks", MaskOperations},
                                            {"Drawing", DrawOperations},
                                            {"Size and place", GeometryOperations},
                                            {"Several images: commands of their own", CompositeOperations},

@@ -18,6 +18,9 @@ struct Group {
 /// The groups, in the order in which they are listed; neighbours may share a title.
 CORVANE_VISIBLE const std::vector<Group>& Groups();
 
+/// The operations of a group, with the parameters that all of their kind take.
+CORVANE_VISIBLE std::vector<Operation> OperationsOf(const Group& group);
+
 /// The operations of groups.
 CORVANE_VISIBLE std::vector<Operation> Gathered(const std::vector<Group>& groups);
 

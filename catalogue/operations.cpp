@@ -3,16 +3,26 @@
 #include <iterator>
 
 #include "catalogue/groups.h"
+#include "catalogue/mask.h"
 #include "catalogue/names.h"
 #include "corvane/core/error.h"
 
 namespace corvane::catalogue {
 
+std::vector<Operation> OperationsOf(const Group& group)
+{
+    std::vector<Operation> operations = group.operations();
+    for (Operation& operation : operations) {
+        AddMixParameters(operation);
+    }
+    return operations;
+}
+
 std::vector<Operation> Gathered(const std::vector<Group>& groups)
 {
     std::vector<Operation> all;
     for (const Group& group : groups) {
-        std::vector<Operation> operations = group.operations();
+        std::vector<Operation> operations = OperationsOf(group);
         std::move(operations.begin(), operations.end(), std::back_inserter(all));
     }
     return all;

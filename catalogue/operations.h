@@ -29,6 +29,7 @@ std::vector<Operation> SmoothOperations();
 std::vector<Operation> SharpenOperations();
 std::vector<Operation> RestoreOperations();
 std::vector<Operation> DevelopOperations();
+std::vector<Operation> MaskOperations();
 std::vector<Operation> GeometryOperations();
 std::vector<Operation> DrawOperations();
 std::vector<Operation> CompositeOperations();

@@ -59,6 +59,7 @@ struct Parameter {
     std::vector<std::string> aliases{}; ///< other names that are accepted
     bool isWord = false;                ///< commands take it as a word before the images, not as an option
     bool isShown = true;                ///< false: accepted, but it changes nothing that a person would choose
+    bool isCommon = false;              ///< many operations have it: pages tell of it once
 
     bool IsRequired() const { return !defaultValue && whenAbsent.empty(); }
     /// True for any number of pairs, X,Y,...

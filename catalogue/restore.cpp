@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "catalogue/mask.h"
 #include "catalogue/operations.h"
 #include "catalogue/restoration.h"
 #include "corvane/core/error.h"
@@ -119,7 +120,7 @@ void RunMaxent(io::Frame& frame, const Arguments& arguments, const Run& run)
     if (!(noise > 0.0)) {
         throw InputError("image", "shows no noise to measure; give noise");
     }
-    const bool isOnGrid = arguments.Flag("resample") || rect != nullptr;
+    const bool isOnGrid = arguments.Flag("resample") || rect != nullptr || IsMixed(arguments);
     Lent<CImgMem> image(frame);
     ThrowUnlessDone(image->Do(sigma, noise, arguments.Whole("iterations"), rect, isOnGrid, run));
     if (!isOnGrid) {
@@ -233,8 +234,8 @@ Operation Maxent()
                 "Of all images above 0 that, blurred, agree with the samples to within the noise, it finds the one "
                 "of greatest entropy: what the samples do not ask for stays even. The restored samples lie half a "
                 "pixel to the left of and above those of the image; the reference pixel of world coordinates (CRPIX) "
-                "follows, so that stars keep their right ascension and declination. With resample, and inside a "
-                "rectangle, samples stay in their places instead.",
+                "follows, so that stars keep their right ascension and declination. With resample, with a mask or a "
+                "strength below 1, and inside a rectangle, samples stay in their places instead.",
             .parameters = {SigmaParameter(), FwhmParameter(),
                            NumberParameter("noise", "standard deviation of the noise", "counts", {1e-30, 1e12},
                                            "measured from neighbouring samples"),

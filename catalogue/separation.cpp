@@ -49,7 +49,8 @@ std::vector<Operation> SeparationOperations()
                              .kind = Kind::Choice,
                              .summary = "which; c, m and y are the means of two planes",
                              .choices = Components()}},
-             .footprint = Always({.statistics = true}), // it refuses an image without any sample that is defined
+             .footprint = Always(
+                 {.statistics = true, .makesPlanes = true}), // it refuses an image without any sample that is defined
              .run = RunSplit}};
 }
 

@@ -6,11 +6,13 @@
 #include <optional>
 #include <utility>
 
+#include "catalogue/mask.h"
 #include "catalogue/mix_matrix.h"
 #include "catalogue/names.h"
 #include "catalogue/operations.h"
 #include "catalogue/points.h"
 #include "corvane/core/error.h"
+#include "corvane/core/mix.h"
 #include "io/reader.h"
 
 namespace corvane::catalogue {
@@ -166,14 +168,24 @@ std::string WithDoubledCommas(const std::string& value)
     return text;
 }
 
-/// Does a step's work on a frame that fits.
+/// Does a step's work on a frame that fits, or as much of it as mask and strength say.
 void Work(const Operation& operation, io::Frame& frame, const Arguments& arguments, const Run& run)
 {
+    const std::optional<ChangePart> part = PartFor(frame, arguments, run);
+    const auto takePart = [&](CStlImage& result, const CStlImage& before) {
+        if (part) {
+            MixImages(result, before, part->mask ? &*part->mask : nullptr, part->strength, run);
+        }
+    };
     if (const OnImage* onImage = std::get_if<OnImage>(&operation.run)) {
-        frame.image = (*onImage)(frame.image, arguments, run);
-    } else {
-        std::get<OnFrame>(operation.run)(frame, arguments, run);
+        CStlImage result = (*onImage)(frame.image, arguments, run);
+        takePart(result, frame.image);
+        frame.image = std::move(result);
+        return;
     }
+    const CStlImage before = part ? CStlImage(frame.image) : CStlImage();
+    std::get<OnFrame>(operation.run)(frame, arguments, run);
+    takePart(frame.image, before);
 }
 
 std::string StepText(const Operation& operation, const Arguments& arguments)

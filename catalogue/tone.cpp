@@ -116,7 +116,7 @@ Operation AutoLevels()
                             .defaultValue = defaults.perPlane != 0,
                             .readSetting = [] { return Value(ReadAutoLevelSettings().perPlane != 0); }},
                            RectangleParameter()},
-            .footprint = Always({.statistics = true}),
+            .footprint = Always({.statistics = true, .levelsOnly = true}),
             .check = CheckAutoLevels,
             .run = RunAutoLevels};
 }
@@ -129,7 +129,7 @@ Operation Levels()
             .parameters = {{.name = "min", .summary = "the sample that shows black", .unit = "counts"},
                            {.name = "max", .summary = "the sample that shows white", .unit = "counts"},
                            PlaneParameter("the plane to set")},
-            .footprint = Always({}),
+            .footprint = Always({.levelsOnly = true}),
             .check = CheckLevels,
             .run = RunLevels};
 }

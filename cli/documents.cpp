@@ -93,6 +93,13 @@ std::vector<Parameter> ShownParameters(const catalogue::Operation& operation)
     return shown;
 }
 
+std::vector<Parameter> OwnParameters(const catalogue::Operation& operation)
+{
+    std::vector<Parameter> own = ShownParameters(operation);
+    std::erase_if(own, [](const Parameter& parameter) { return parameter.isCommon; });
+    return own;
+}
+
 std::vector<const CLI::App*> CommandsOf(const CLI::App& app)
 {
     return app.get_subcommands([](const CLI::App*) { return true; });

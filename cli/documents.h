@@ -33,6 +33,9 @@ const char* WordFor(catalogue::Planes planes);
 /// The parameters that are told of.
 std::vector<catalogue::Parameter> ShownParameters(const catalogue::Operation& operation);
 
+/// Those of them that the operation does not share with most others.
+std::vector<catalogue::Parameter> OwnParameters(const catalogue::Operation& operation);
+
 /// The commands of the application.
 std::vector<const CLI::App*> CommandsOf(const CLI::App& app);
 

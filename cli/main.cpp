@@ -97,7 +97,7 @@ void AddCommands(CLI::App& app, std::string& topic, Session& session)
     AddOperation(app, session, "composite");
     AddOperation(app, session, "mosaic");
     AddMatch(app, session);
-    for (const char* name : {"rgb", "cmy", "lrgb", "palette", "continuum", "split"}) {
+    for (const char* name : {"rgb", "cmy", "lrgb", "palette", "continuum", "split", "star-mask"}) {
         AddOperation(app, session, name);
     }
     AddStars(app, session);

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "catalogue/mask.h"
 #include "catalogue/operations.h"
 #include "catalogue/recipe.h"
 #include "cli/documents.h"
@@ -128,13 +129,25 @@ std::string Recipes()
     return text;
 }
 
-std::string Step(const Operation& operation)
+std::string ParameterItems(const std::vector<Parameter>& parameters)
 {
-    std::string text = Item(operation.name, operation.summary);
-    for (const Parameter& parameter : ShownParameters(operation)) {
+    std::string text;
+    for (const Parameter& parameter : parameters) {
         text += ".RS\n.TP\n.I " + Roff(parameter.name) + "\n" + Roff(DescriptionOf(parameter)) + "\n.RE\n";
     }
     return text;
+}
+
+std::string Step(const Operation& operation)
+{
+    return Item(operation.name, operation.summary + (TakesMask(operation) ? " (mask)" : "")) +
+           ParameterItems(OwnParameters(operation));
+}
+
+std::string MixText()
+{
+    return ".SS Masks and strength\nSteps that are marked (mask) also take:\n" +
+           ParameterItems(catalogue::MixParameters()) + ".PP\n" + Roff(catalogue::kMixHelp) + "\n";
 }
 
 } // namespace
@@ -152,7 +165,7 @@ std::string ManPage(const CLI::App& app)
     for (const Operation& operation : catalogue::Operations()) {
         page += operation.IsStep() ? Step(operation) : "";
     }
-    return page + Recipes() + kEnd + ".SH EXIT STATUS\n" + Roff(app.get_footer()) + "\n";
+    return page + MixText() + Recipes() + kEnd + ".SH EXIT STATUS\n" + Roff(app.get_footer()) + "\n";
 }
 
 } // namespace corvane::cli

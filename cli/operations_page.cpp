@@ -1,5 +1,6 @@
 #include <optional>
 
+#include "catalogue/mask.h"
 #include "cli/all_operations.h"
 #include "cli/documents.h"
 #include "cli/operation_command.h"
@@ -16,6 +17,10 @@ constexpr const char* kHead =
     "measures is a command of its own, whose parameters are options: `--key value`. `corvane::Apply` runs both, but "
     "for `stack` and `register`. What a step looks at to make a sample tells whether an image may be worked on in "
     "parts. This page is made by `corvane ops --as markdown`.\n";
+
+constexpr const char* kMixHead =
+    "Steps that change samples and leave them in their places also take these two; they are marked *mask* below. One "
+    "that has a `strength` of its own, where 0 changes nothing as well, keeps that.\n";
 
 /// Text in which nothing stands for more than itself.
 std::string Plain(const std::string& text)
@@ -55,10 +60,10 @@ std::string Row(const Parameter& parameter)
            parameter.unit + " | " + Plain(AllowedText(parameter)) + " | " + Plain(DefaultText(parameter)) + " |\n";
 }
 
-std::string ParametersText(const Operation& operation)
+std::string ParametersText(const std::vector<Parameter>& parameters)
 {
     std::string text;
-    for (const Parameter& parameter : ShownParameters(operation)) {
+    for (const Parameter& parameter : parameters) {
         text += text.empty()
                     ? "\n| parameter | what it is | kind | unit | allowed | default |\n|---|---|---|---|---|---|\n"
                     : "";
@@ -71,6 +76,7 @@ std::string InputsText(const Operation& operation)
 {
     if (operation.IsStep()) {
         return std::string("Takes ") + WordFor(operation.inputs.front().planes) +
+               (catalogue::TakesMask(operation) ? "; [mask](#masks-and-strength)" : "") +
                ". Looks at: " + ToText(UsualFootprint(operation)) + ".\n";
     }
     std::string text = "Takes:\n\n";
@@ -94,21 +100,22 @@ std::string Section(const Operation& operation)
 {
     return "\n### " + operation.name + "\n\n**" + Plain(Sentence(operation.summary)) + ".** " + Plain(operation.help) +
            "\n\n" + (operation.aliases.empty() ? "" : "Also called " + Listed(operation.aliases) + ". ") +
-           InputsText(operation) + OutputsText(operation) + ParametersText(operation);
+           InputsText(operation) + OutputsText(operation) + ParametersText(OwnParameters(operation));
 }
 
 } // namespace
 
 std::string OperationsPage()
 {
-    std::string page = kHead;
+    std::string page = std::string(kHead) + "\n## Masks and strength\n\n" + kMixHead +
+                       ParametersText(catalogue::MixParameters()) + "\n" + Plain(catalogue::kMixHelp) + "\n";
     std::string title;
     for (const catalogue::Group& group : AllGroups()) {
         if (group.title != title) {
             title = group.title;
             page += "\n## " + title + "\n";
         }
-        for (const Operation& operation : group.operations()) {
+        for (const Operation& operation : OperationsOf(group)) {
             page += Section(operation);
         }
     }

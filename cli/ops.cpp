@@ -64,7 +64,7 @@ void PrintAll(int width)
             std::cout << (title.empty() ? "" : "\n") << group.title << "\n";
             title = group.title;
         }
-        for (const Operation& operation : group.operations()) {
+        for (const Operation& operation : OperationsOf(group)) {
             PrintLine(operation, width);
         }
     }

@@ -7,6 +7,7 @@
 
 #include "bench/support/bench.h"
 #include "stars/sky_mesh.h"
+#include "stars/star_extent.h"
 
 namespace corvane::bench {
 namespace {
@@ -88,6 +89,24 @@ void TimeSkyMesh(Run& run)
     run.Time(frame.GetImageSize(), [&] { benchmark::DoNotOptimize(stars::MeasureSkyMesh(frame, 0).level.At(0, 0)); });
 }
 
+void TimeExtents(Run& run)
+{
+    constexpr double kLimit = 2.0;
+    const int size = Size(4096, 200);
+    const std::vector<DrawnStar> stars = DrawnStars(Size(6000, 15), size, size);
+    const CStlImage frame = StarFrame(size, size, stars);
+    const stars::StarField field = stars::FindFieldStars(frame, 0);
+    const auto covers = [&](const stars::StarExtent& extent) {
+        return extent.radius < 30.0 && extent.radius >= kSigma;
+    };
+    const std::vector<stars::StarExtent> extents = stars::MeasureExtents(frame, 0, field, kLimit, {});
+    Require(std::count_if(extents.begin(), extents.end(), covers) * 10 >= static_cast<std::ptrdiff_t>(stars.size()) * 8,
+            "a fifth of the stars is not covered");
+    run.Time(frame.GetImageSize(),
+             [&] { benchmark::DoNotOptimize(stars::MeasureExtents(frame, 0, field, kLimit, {}).data()); });
+}
+
+const Line extents("stars/MeasureExtents/6,000 stars", Seconds(0.2), TimeExtents);
 const Line findStars("stars/FindFieldStars/6,000 stars", Seconds(0.5), TimeFindStars);
 const Line skyMesh("stars/MeasureSkyMesh", {}, TimeSkyMesh);
 

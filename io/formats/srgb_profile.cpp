@@ -29,7 +29,7 @@ constexpr Vector ColourAt(double x, double y)
 
 constexpr Vector kD65 = ColourAt(0.3127, 0.3290);
 
-Vector Times(const Matrix& m, const Vector& v)
+Vector Product(const Matrix& m, const Vector& v)
 {
     Vector result{};
     for (std::size_t row = 0; row < 3; ++row) {
@@ -63,13 +63,13 @@ Matrix Inverse(const Matrix& m)
 Vector ToD50(const Vector& colour)
 {
     constexpr Matrix kCones{{{0.8951, 0.2664, -0.1614}, {-0.7502, 1.7135, 0.0367}, {0.0389, -0.0685, 1.0296}}};
-    const Vector from = Times(kCones, kD65);
-    const Vector to = Times(kCones, kD50);
-    Vector seen = Times(kCones, colour);
+    const Vector from = Product(kCones, kD65);
+    const Vector to = Product(kCones, kD50);
+    Vector seen = Product(kCones, colour);
     for (std::size_t i = 0; i < 3; ++i) {
         seen[i] *= to[i] / from[i];
     }
-    return Times(Inverse(kCones), seen);
+    return Product(Inverse(kCones), seen);
 }
 
 /// The colours of full red, green and blue, which together are white.
@@ -80,7 +80,7 @@ std::array<Vector, 3> Primaries()
     for (std::size_t row = 0; row < 3; ++row) {
         columns[row] = {hues[0][row], hues[1][row], hues[2][row]};
     }
-    const Vector parts = Times(Inverse(columns), kD65);
+    const Vector parts = Product(Inverse(columns), kD65);
     std::array<Vector, 3> primaries{};
     for (std::size_t i = 0; i < 3; ++i) {
         primaries[i] = ToD50({hues[i][0] * parts[i], hues[i][1] * parts[i], hues[i][2] * parts[i]});

@@ -79,7 +79,8 @@ class AnyThreads : public test::InFolder {};
 
 TEST_F(AnyThreads, MakeTheSameOfStepsAtTheSamePace)
 {
-    StepFiles files{{}, Write("curve.txt", "0 0.05\n0.2 0.5\n1 0.95\n")};
+    StepFiles files{{}, Write("curve.txt", "0 0.05\n0.2 0.5\n1 0.95\n"), Path("mask.fits")};
+    io::Save(files.mask, Apply(Frame(1, 9).image, "equalise", {{"low", -20}, {"high", 300}}), {});
     for (const int planes : {1, 3}) {
         const io::Frame frame = Frame(planes, 7);
         files.images.push_back(Path(std::to_string(planes) + ".fits"));

@@ -106,8 +106,9 @@ protected:
                 io::Frame other = io::Load(std::get<std::string>(argument.value));
                 BringToOrderOf(frame, other, {});
                 const io::Frame part = Cut(std::move(other), cut);
-                argument.value = Path("cut.fits");
-                io::Save(Path("cut.fits"), part.image, part.header);
+                const std::string file = Path(argument.parameter->name + " cut.fits");
+                argument.value = file;
+                io::Save(file, part.image, part.header);
             }
             moved.arguments.Add(argument);
         }
@@ -161,6 +162,8 @@ protected:
         const CStlImage& image = whole->image;
         const bool isResized = image.GetWidth() != kFrameWidth || image.GetHeight() != kFrameHeight;
         EXPECT_TRUE(footprint.resizes || !isResized);
+        EXPECT_TRUE(footprint.makesPlanes || image.GetPlanes() == frame.image.GetPlanes());
+        EXPECT_TRUE(!footprint.levelsOnly || AreSame(image, frame.image));
         const auto areTiles = [&](const Footprint& cuts) { return MakeTheWhole(cuts, step, frame, *whole); };
         if (mayBeCut) {
             EXPECT_TRUE(areTiles(footprint));
@@ -212,7 +215,9 @@ protected:
 
 TEST_F(Tiles, AreWhatFootprintsSay)
 {
-    StepFiles files{{}, Write("curve.txt", "0 0.05\n0.2 0.5\n1 0.95\n")};
+    StepFiles files{{}, Write("curve.txt", "0 0.05\n0.2 0.5\n1 0.95\n"), Path("mask.fits")};
+    const io::Frame mask = MakeNamedFrame("mask");
+    io::Save(files.mask, mask.image, mask.header);
     for (const char* name : {"other", "other colour", "other undefined"}) {
         const io::Frame frame = MakeNamedFrame(name);
         files.images.push_back(Path(std::string(name) + ".fits"));

@@ -24,7 +24,7 @@ completes 'corvane stack a.fits --ali' --align
 completes 'corvane stack a.fits --align s' stars shift
 completes 'corvane -q mosaic a b --mode l' lighter
 completes 'corvane apply a.fits -o out.f'
-completes 'corvane apply a.fits star-' star-sharpen
+completes 'corvane apply a.fits star-' 'star-sharpen star-mask'
 completes 'corvane develop a.fits --recipe ne' nebula
 completes 'corvane recipes m' moon
 completes 'corvane render a.fits --levels f' file

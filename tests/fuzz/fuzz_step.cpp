@@ -33,7 +33,7 @@ void LimitRoom()
 std::vector<std::string> Seeds()
 {
     std::vector<std::string> seeds;
-    for (const std::string& step : StepTexts({{"none.fits"}, "none.txt"})) {
+    for (const std::string& step : StepTexts({{"none.fits"}, "none.txt", "none.fits"})) {
         seeds.push_back((seeds.size() % 2 == 0 ? '0' : '1') + step + " invert");
     }
     return seeds;

@@ -1,5 +1,6 @@
 #include "tests/variants/named_frame.h"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -40,6 +41,12 @@ float Sample(double noise, int x, int y, int plane)
     return static_cast<float>(v);
 }
 
+/// From 0 to 1, and often one of these.
+float MaskSample(float noise)
+{
+    return std::clamp(noise / 40000.0F - 0.3F, 0.0F, 1.0F);
+}
+
 } // namespace
 
 bool IsColourFrame(const std::string& name)
@@ -55,7 +62,7 @@ io::Frame MakeNamedFrame(const std::string& name)
     for (int plane = 0; plane < image.GetPlanes(); ++plane) {
         for (int i = 0; i < kFrameWidth * kFrameHeight; ++i) {
             float& sample = *image.GetImageAdr(i % kFrameWidth, i / kFrameWidth, plane);
-            sample = Sample(sample, i % kFrameWidth, i / kFrameWidth, plane);
+            sample = Says(name, "mask") ? MaskSample(sample) : Sample(sample, i % kFrameWidth, i / kFrameWidth, plane);
         }
     }
     for (int i = 0; i < (isUndefined ? 60 : 0); ++i) {

@@ -75,6 +75,19 @@ std::string StepText(const Operation& operation, std::size_t varied, const std::
     return text;
 }
 
+/// The operation with its defaults, and a part of its change.
+std::string MixedText(const Operation& operation, const StepFiles& files)
+{
+    std::string text = StepText(operation, operation.parameters.size(), "", files);
+    for (const Parameter& parameter : operation.parameters) {
+        if (parameter.isCommon) {
+            text += (text.find(':') == text.npos ? ":" : ",") + parameter.name + "=";
+            text += parameter.kind == Kind::Image ? files.mask : "0.7";
+        }
+    }
+    return text;
+}
+
 } // namespace
 
 std::set<std::string> StepTexts(const StepFiles& files)
@@ -86,7 +99,8 @@ std::set<std::string> StepTexts(const StepFiles& files)
         }
         const std::vector<Parameter>& parameters = operation.parameters;
         steps.insert(StepText(operation, parameters.size(), "", files));
-        for (std::size_t i = 0; i < parameters.size(); ++i) {
+        steps.insert(MixedText(operation, files));
+        for (std::size_t i = 0; i < parameters.size() && !parameters[i].isCommon; ++i) {
             for (const std::string& value : ValuesOf(parameters[i], i, files)) {
                 steps.insert(StepText(operation, i, value, files));
             }

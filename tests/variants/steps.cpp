@@ -50,7 +50,7 @@ void Print(const std::string& text, io::Frame frame, Names& left)
 bool PrintSteps()
 {
     std::ofstream(kCurveFile) << "0 0.05\n0.2 0.5\n1 0.95\n";
-    const Names steps = StepTexts({{"other", "other colour", "other undefined"}, kCurveFile});
+    const Names steps = StepTexts({{"other", "other colour", "other undefined"}, kCurveFile, "mask"});
     Names left;
     for (const Operation& operation : Operations()) {
         if (!operation.IsStep()) {
