@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <set>
 #include <tuple>
 
 #include "catalogue/apply.h"
-#include "catalogue/operations.h"
 #include "tests/io/files.h"
 #include "tests/support/error_of.h"
 #include "tests/support/images.h"
@@ -82,22 +80,6 @@ TEST_F(MaskedStep, TakesAPartOfTheChangeOfEachSample)
     }
 }
 
-TEST_F(MaskedStep, ReadsAMaskInTheImagesOrderOfRows)
-{
-    io::Frame mask{test::Make(kMaskedSize.width, kMaskedSize.height, 1, [](int, int y, int) { return y == 0; }), {}};
-    mask.header.Set("ROWORDER", "TOP-DOWN");
-    io::Save(Path("a,mask.fits"), mask.image, mask.header);
-    io::Frame frame{test::RandomImage(kMaskedSize, 3, 1), {}};
-    frame.header.Set("ROWORDER", "BOTTOM-UP");
-    const std::string step = "add:value=1000,mask=" + Path("a,,mask.fits") + ",strength=0.5";
-    const io::Frame result = Apply(io::Frame(frame), std::vector{Step(step)});
-    for (int y = 0; y < kMaskedSize.height; ++y) {
-        EXPECT_NEAR(result.image.GetPixelGrayRaw(5, y, 2) - frame.image.GetPixelGrayRaw(5, y, 2),
-                    y == kMaskedSize.height - 1 ? 500.0 : 0.0, 1e-3);
-    }
-    EXPECT_EQ(result.header.History(), std::vector{"corvane apply " + step});
-}
-
 TEST_F(MaskedStep, RefusesWhatIsNoMaskOfTheImage)
 {
     const std::tuple<const char*, CStlImage, const char*> cases[] = {
@@ -116,39 +98,7 @@ TEST_F(MaskedStep, RefusesWhatIsNoMaskOfTheImage)
         const Step step("invert:mask=" + Path(name));
         EXPECT_EQ(test::ErrorOf<Error>([&] { RunStep(step, frame, {}); }),
                   "invert: mask = " + Path(name) + ": " + reason);
-        EXPECT_EQ(test::Samples(frame.image), test::Samples(test::RandomImage(kMaskedSize, 3, 1)));
     }
-    EXPECT_EQ(test::ErrorOf<Error>([] { Step("invert:strength=1.1"); }), "invert: strength = 1.1: must be 0 to 1");
-}
-
-// Each step that has a sample of the image for each sample of the result, and no other.
-TEST(Mask, IsTakenByStepsThatKeepPlaces)
-{
-    const std::set<std::string> without{"auto-levels", "levels",   "to-grey",   "to-color",   "lab",
-                                        "debayer",     "split",    "star-mask", "flip",       "rotate",
-                                        "scroll",      "rotate90", "rotate180", "bin",        "resize",
-                                        "expand",      "crop",     "canvas",    "false-color"};
-    for (const Operation& operation : Operations()) {
-        EXPECT_EQ(TakesMask(operation), operation.IsStep() && !without.contains(operation.name)) << operation.name;
-    }
-}
-
-// Half a pixel apart, samples could not be mixed.
-TEST(Mask, MakesMaxentKeepItsPlaces)
-{
-    const CStlImage image = test::Make(32, 32, 1, [](int x, int y, int) {
-        return 100.0 + 1000.0 / (1.0 + (x - 16) * (x - 16) + (y - 16) * (y - 16)) + (x * 7 + y * 13) % 5;
-    });
-    const Settings settings{{"sigma", 1.0}, {"noise", 2.0}, {"iterations", 3}};
-    const auto with = [&](const char* name, Value value) {
-        Settings all = settings;
-        all.push_back({name, std::move(value)});
-        return Apply(image, "maxent", all);
-    };
-    const Plain onGrid(with("resample", true));
-    EXPECT_TRUE(test::Agree(with("strength", 0.5), Plain(image).Map([&](double v, int x, int y, int p) {
-        return v + 0.5 * (onGrid.At(x, y, p) - v);
-    })));
 }
 
 } // namespace

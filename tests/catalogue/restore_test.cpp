@@ -105,7 +105,7 @@ TEST(Restoration, MaxentKeepsStarsWhereTheCoordinatesHaveThem)
     EXPECT_EQ(Restored("maxent:sigma=1.5,iterations=3", before).GetCRPix(0, &is), 0);
     before.image.SetCRPix(0, 31.0);
     before.image.SetCRPix(1, 31.0);
-    for (const char* kept : {"", ",resample=yes", ",rect=8:8:90:93"}) {
+    for (const char* kept : {"", ",resample=yes", ",rect=8:8:90:93", ",strength=0.8"}) {
         const CStlImage after = Restored(std::string("maxent:sigma=1.5,iterations=30") + kept, before);
         for (int axis = 0; axis < 2; ++axis) {
             after.GetCRPix(axis, &is);

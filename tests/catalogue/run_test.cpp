@@ -315,6 +315,7 @@ TEST_F(RunWithFiles, RefusesWhatDoesNotFitTheFrame)
         {"overscan:rect=0:0:1:1,clip=yes", 1,
          "overscan: clip = yes: all samples of the strip are equal, and clipping would leave none; leave it out"},
         {"vignette:k=-1", 1, "vignette: k = -1: must be above -0.2, or no brightness is left 2 pixels from the centre"},
+        {"star-mask", 1, "star-mask: image: has no star of that kind; lower sigmas, or ask for other sizes"},
         {"fill:value=1", 1, "fill: value = 1: belongs to with = value, which needs it"},
         {"dark:file=" + wide, 1,
          "dark: file = " + wide + ": is 7 x 3 pixels, 1 plane; the image is 5 x 3 pixels, 1 plane"},

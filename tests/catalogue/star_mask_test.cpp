@@ -3,8 +3,6 @@
 #include <vector>
 
 #include "catalogue/apply.h"
-#include "stars/star_extent.h"
-#include "tests/support/error_of.h"
 #include "tests/support/images.h"
 #include "tests/support/plain.h"
 
@@ -125,16 +123,6 @@ TEST(StarMask, GrowsFadesTurnsAndChooses)
     EXPECT_EQ(RadiusIn(with({{"min", 2.0 * own - 3.0}}), kFaint), 0);
     EXPECT_EQ(RadiusIn(with({{"max", 2.0 * own - 3.0}}), kBright), 0);
     EXPECT_GT(RadiusIn(with({{"max", 2.0 * own - 3.0}}), kFaint), 0);
-}
-
-TEST(StarMask, RefusesWhatMakesNone)
-{
-    const auto errorOf = [](const Settings& settings) {
-        return test::ErrorOf<Error>([&] { Apply(test::RandomImage({90, 70}, 1, 1), "star-mask", settings); });
-    };
-    EXPECT_EQ(errorOf({{"min", 9}, {"max", 8}}), "star-mask: max = 8: must be at least min, 9");
-    EXPECT_EQ(errorOf({{"limit", 0}}), "star-mask: limit = 0: must be 0.05 to 1000");
-    EXPECT_EQ(errorOf({}), "star-mask: image: has no star of that kind; lower sigmas, or ask for other sizes");
 }
 
 } // namespace

@@ -67,6 +67,9 @@ TEST(Step, RefusesWhatIsWrongByNameValueAndRange)
         {"draw-text:text=\xC3\xA9,x=1,y=1", "draw-text: text = \xC3\xA9: must be printable ASCII characters"},
         {"draw-text:text=,x=1,y=1", "draw-text: text: has no value; it must be printable ASCII characters"},
         {"draw-line:x1=0,y1=0,x2=1,y2=1,thickness=0", "draw-line: thickness = 0: must be 0.1 to 10000"},
+        {"invert:strength=1.1", "invert: strength = 1.1: must be 0 to 1"},
+        {"flip:mask=a.fits", "flip: unknown parameter 'mask'; it takes direction"},
+        {"star-mask:min=9,max=8", "star-mask: max = 8: must be at least min, 9"},
         {"hot-pixels:hot=no,cool=no", "hot-pixels: cool = no: must be yes with hot = no, or no pixel would change"},
     };
     for (const auto& [text, error] : cases) {

@@ -2,6 +2,7 @@
 #include <numeric>
 
 #include "io/bayer.h"
+#include "io/formats/srgb_profile.h"
 #include "io/metadata.h"
 #include "io/picture.h"
 #include "io/reader.h"
@@ -32,6 +33,7 @@ TEST_F(Formats, RoundTripAndBands)
             const Frame frame = Load(Path(name));
             SCOPED_TRACE(name + std::to_string(bits));
             EXPECT_EQ(Samples(frame.image), Samples(image));
+            EXPECT_EQ(Read(name).find("acsp"), std::string::npos) << "a profile, which no image has";
             EXPECT_EQ(frame.image.GetOrgBitsPixel(), loadedBits);
             EXPECT_EQ(frame.header.Number("EXPTIME"), 2.5);
             EXPECT_EQ(frame.header.History(), header.History());
@@ -265,6 +267,7 @@ TEST_F(Formats, PictureShowsLevelsTheRightWayUp)
         for (const bool bottomUp : {false, true}) {
             SavePicture(Path("a.jpg"), image, bottomUp, {.quality = 100});
             EXPECT_EQ(std::filesystem::file_size(Path("a.jpg")), EncodePhoto(image, bottomUp, 100).size());
+            EXPECT_NE(Read("a.jpg").find(SrgbProfile(planes)), std::string::npos);
             for (const char* const name : {"a.tif", "deep.png"}) {
                 SavePicture(Path(name), image, bottomUp, {.bits = 16});
                 const CStlImage deep = Load(Path(name)).image;
@@ -274,7 +277,9 @@ TEST_F(Formats, PictureShowsLevelsTheRightWayUp)
                     return std::isnan(v) ? 0.0 : std::floor(std::clamp(shown, 0.0, 1.0) * 65535.0 + 0.5);
                 })));
             }
+            EXPECT_NE(Read("a.tif").find(SrgbProfile(planes)), std::string::npos);
             SavePicture(Path("a.png"), image, bottomUp);
+            EXPECT_NE(Read("a.png").find("sRGB"), std::string::npos);
             const CStlImage picture = Load(Path("a.png")).image;
             ASSERT_EQ(picture.GetPlanes(), planes);
             EXPECT_TRUE(Agree(picture, Plain(image).Map([&](double, int x, int y, int p) {

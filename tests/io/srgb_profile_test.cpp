@@ -5,7 +5,6 @@
 #include <map>
 
 #include "io/formats/big_endian.h"
-#include "io/picture.h"
 #include "tests/io/files.h"
 
 namespace corvane::io {
@@ -62,27 +61,6 @@ TEST(SrgbProfile, HoldsTheColoursAndTheCurveOfTheStandard)
     EXPECT_EQ(grey.count("rXYZ"), 0U);
     for (const auto& [sample, light] : {std::pair{0.0, 0.0}, {0.02, 0.02 / 12.92}, {0.5, 0.21404}, {1.0, 1.0}}) {
         EXPECT_NEAR(CurveAt(grey["kTRC"], sample), 65535.0 * light, 65.0) << "to half a step";
-    }
-}
-
-class PictureProfile : public test::InFolder {};
-
-TEST_F(PictureProfile, IsInPicturesAndNotInImages)
-{
-    for (const int planes : {1, 3}) {
-        const CStlImage image = test::Numbered(20, 10, planes, 255);
-        for (const char* const name : {"a.jpg", "a.tif"}) {
-            SavePicture(Path(name), image, true);
-            EXPECT_NE(Read(name).find(SrgbProfile(planes)), std::string::npos) << name;
-        }
-        for (const int bits : {8, 16, -32}) {
-            Save(Path("image.tif"), image, {}, {bits});
-            EXPECT_EQ(Read("image.tif").find("acsp"), std::string::npos);
-        }
-        Save(Path("image.png"), image, {});
-        SavePicture(Path("picture.png"), image, true);
-        EXPECT_NE(Read("image.png").find("sRGB"), std::string::npos);
-        EXPECT_NE(Read("picture.png").find("sRGB"), std::string::npos);
     }
 }
 
