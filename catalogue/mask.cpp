@@ -3,16 +3,12 @@
 #include "catalogue/mask.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 #include <vector>
 
 #include "catalogue/image_beside.h"
 #include "catalogue/names.h"
-#include "corvane/core/blank.h"
-#include "corvane/core/fold.h"
 #include "corvane/core/text.h"
-#include "corvane/core/walk.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -36,26 +32,15 @@ double StrengthOf(const Arguments& arguments)
     return strength == nullptr ? 1.0 : std::get<double>(strength->value);
 }
 
-/// Makes undefined samples 0, and tells the extremes of the others.
-Extremes CloseGaps(CStlImage& mask)
-{
-    const BlankTest isBlank(mask);
-    const auto isUndefined = [=](float v) { return std::isnan(v) || isBlank(v); };
-    WriteRows(mask, 1, [&](float* row, int) { std::replace_if(row, row + mask.GetWidth(), isUndefined, 0.0F); });
-    return ExtremesOf(WorkingArea(mask, nullptr), [&](Extremes& part, int y) {
-        const float* const row = mask.GetImageAdr(0, y, 0, 1);
-        part.Add(
-            mask.GetWidth(), [=](int x) { return row[x]; }, [](float) { return false; });
-    });
-}
-
 CStlImage ReadMask(const io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     CStlImage mask = FittingImage(kMask, 1, frame, arguments, run).image;
-    const Extremes extremes = CloseGaps(mask);
-    if (extremes.Min() < 0.0 || extremes.Max() > 1.0) {
-        throw arguments.Refusal(kMask, "must hold samples from 0 to 1; it goes from " + NumberText(extremes.Min()) +
-                                           " to " + NumberText(extremes.Max()));
+    double min = 0.0;
+    double max = 0.0;
+    mask.GetMinMax(0, &min, &max);
+    if (min < 0.0 || max > 1.0) {
+        throw arguments.Refusal(kMask, "must hold samples from 0 to 1; it goes from " + NumberText(min) + " to " +
+                                           NumberText(max));
     }
     return mask;
 }

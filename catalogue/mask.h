@@ -27,12 +27,12 @@ bool IsMixed(const Arguments& arguments);
 
 /// What is taken of a step's change: see `MixImages`.
 struct ChangePart {
-    std::optional<CStlImage> mask; ///< of samples from 0 to 1; none is 1 everywhere
+    std::optional<CStlImage> mask; ///< of samples from 0 to 1 and undefined ones; none is 1 everywhere
     double strength;
 };
 
 /// What the arguments say; nothing when all of the change is taken. Throws Error for a mask that does not fit the frame
-/// or holds anything below 0 or above 1; what is undefined in it counts as 0.
+/// or holds anything below 0 or above 1.
 std::optional<ChangePart> PartFor(const io::Frame& frame, const Arguments& arguments, const Run& run);
 
 } // namespace corvane::catalogue

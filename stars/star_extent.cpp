@@ -20,8 +20,8 @@ constexpr std::size_t kFewSamples = 6; // tell no median
 // A star with wings as wide as seeing makes them falls as a Moffat profile of exponent 2, of this scale in widths.
 constexpr double kScale = 0.777;
 // So many widths out it has this part of its peak at most: what is brighter is not its own light.
-constexpr double kBeside = 2.5;
-constexpr double kWing = 0.01;
+constexpr double kBeside = 2.0;
+constexpr double kWing = 0.02;
 
 // Of a saturated star's light at three quarters of a radius as much is left there: its halo falls as r^-0.56 or faster.
 constexpr double kInner = 0.75;

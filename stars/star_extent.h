@@ -20,7 +20,7 @@ struct StarExtent {
 
 /// How far the light of the stars of a plane reaches: to where the median about a star, ring by ring, is less than
 /// `limit` times the noise above its sky, or above the nebula or the other stars that it stands on, which show in the ring
-/// 2.5 widths away. Its wings are those of a Moffat profile of exponent 2 at most. The halo of a saturated star is followed
+/// two widths away. Its wings are those of a Moffat profile of exponent 2 at most. The halo of a saturated star is followed
 /// as far as it falls; what is saturated belongs to a star wherever it lies, as trails along columns do.
 ///
 /// Hot pixels below the ceiling are no stars, nor are galaxies and others that are more than 2.5 times as wide as the field's stars. Undefined

@@ -22,8 +22,8 @@ CStlImage MixingMask(const CStlImage& frame)
     return mask;
 }
 
-// The copy of the mask, a look at its range, the step and the mixing.
-const Line maskedAdd("catalogue/Mask/add by a mask", TimesMemcpy(6.0), [](Run& run) {
+// A copy of the mask, a look at its range, the step and the mixing.
+const Line maskedAdd("catalogue/Mask/add by a mask", TimesMemcpy(8.0), [](Run& run) {
     const CStlImage& frame = LargeFrame();
     const CStlImage mask = MixingMask(frame);
     const std::vector<catalogue::Step> steps{{"add", {{"value", 100.0}, {"mask", AsValue(mask)}, {"strength", 0.5}}}};

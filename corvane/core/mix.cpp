@@ -48,6 +48,7 @@ private:
 void MixImages(CStlImage& result, const CStlImage& original, const CStlImage* mask, double strength, const Run& run)
 {
     const RowMixer mixer(result, original, strength);
+    const DefinedTest isPart(mask == nullptr ? result : *mask);
     const int count = result.GetWidth();
     Stage stage(run, "Mixing with the image...", result.GetHeight() * result.GetPlanes());
     const auto mixRow = [&](int y, int plane) {
@@ -57,7 +58,7 @@ void MixImages(CStlImage& result, const CStlImage& original, const CStlImage* ma
             mixer(from, row, count, [](int) { return 1.0; });
         } else {
             const float* const parts = mask->GetImageAdr(0, y, 0, 1);
-            mixer(from, row, count, [=](int x) { return static_cast<double>(parts[x]); });
+            mixer(from, row, count, [=](int x) { return isPart(parts[x]) ? static_cast<double>(parts[x]) : 0.0; });
         }
     };
     WalkBlocks(RowBlocks(WorkingArea(result, nullptr), result.GetPlanes()), result, {&original, mask}, stage, 1,

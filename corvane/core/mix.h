@@ -8,7 +8,7 @@ namespace corvane {
 
 /// Takes a part of what an operation has made of an image: each sample of the result becomes
 /// original + w * (result - original) in double precision, with w = strength [0..1] times the sample of the mask [0..1].
-/// The mask has one plane, which counts for all; null is 1 everywhere.
+/// The mask has one plane, which counts for all; what is undefined in it is 0. Null is 1 everywhere.
 ///
 /// A w of 1 leaves the result's bits, one of 0 brings back the original's; only a blank whose image has no such blank
 /// value any more becomes NaN. Where one of both samples is undefined (blank, NaN or infinite) there is no mean: from a w

@@ -1,10 +1,10 @@
 #include "corvane/tone/auto_stretch.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <numeric>
 #include <optional>
 
 #include "corvane/core/defined.h"
@@ -40,31 +40,28 @@ std::optional<double> MedianOfPlane(const CStlImage& image, int plane, KeyOfSamp
     return middle ? std::optional(0.5 * (static_cast<double>(middle->first) + middle->second)) : std::nullopt;
 }
 
-/// The mean of the samples of a plane that are defined, of which there are some: row by row, from the top down.
+/// The mean of the samples of a plane that are defined, of which there are some.
 double MeanOfPlane(const CStlImage& image, int plane, const DefinedTest& isDefined)
 {
-    struct Sum {
-        std::vector<double> rows;
-        long long count = 0;
-    };
     const auto sumOf = [&](const RowBlock& block) {
-        Sum sum;
+        Sums<2> sums;
         for (int y = block.first; y < block.end; ++y) {
             const float* const row = image.GetImageAdr(0, y, plane, 1);
-            sum.rows.push_back(std::accumulate(row, row + image.GetWidth(), 0.0, [&](double total, float v) {
-                return isDefined(v) ? total + v : total;
-            }));
-            sum.count += std::count_if(row, row + image.GetWidth(), isDefined);
+            sums.Add(static_cast<std::size_t>(image.GetWidth()), [=](std::size_t x, double* terms) {
+                const bool counts = isDefined(row[x]);
+                terms[0] = counts ? row[x] : 0.0;
+                terms[1] = counts ? 1.0 : 0.0;
+            });
         }
-        return sum;
+        return sums.Totals();
     };
     double total = 0.0;
-    long long count = 0;
-    FoldBlocks(RowBlocks(WorkingArea(image, nullptr)), Threads(), sumOf, [&](const Sum& sum) {
-        total = std::accumulate(sum.rows.begin(), sum.rows.end(), total);
-        count += sum.count;
+    double count = 0.0;
+    FoldBlocks(RowBlocks(WorkingArea(image, nullptr)), Threads(), sumOf, [&](const std::array<double, 2>& sums) {
+        total += sums[0];
+        count += sums[1];
     });
-    return total / static_cast<double>(count);
+    return total / count;
 }
 
 std::optional<PlaneSpread> SpreadOf(const CStlImage& image, int plane)

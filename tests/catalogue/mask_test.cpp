@@ -88,7 +88,7 @@ TEST_F(MaskedStep, RefusesWhatIsNoMaskOfTheImage)
         {"counts.png", test::Make(37, 23, 1, [](int x, int, int) { return 7 * x; }),
          "must hold samples from 0 to 1; it goes from 0 to 252"},
         {"low.fits", test::Make(37, 23, 1, [](int x, int, int) { return x == 3 ? -0.5 : NAN; }),
-         "must hold samples from 0 to 1; it goes from -0.5 to 0"},
+         "must hold samples from 0 to 1; it goes from -0.5 to -0.5"},
         {"endless.fits", test::Make(37, 23, 1, [](int x, int, int) { return x == 3 ? INFINITY : 0.0; }),
          "must hold samples from 0 to 1; it goes from 0 to inf"},
     };
