@@ -68,7 +68,11 @@ void PrintAll(int width)
             PrintLine(operation, width);
         }
     }
-    std::cout << "\n`corvane ops NAME` explains one; NAME may be any word, as blur.\n";
+    std::cout << "\n"
+              << Wrapped("",
+                         "`corvane ops NAME` explains one; NAME may be any word, as blur. Steps that leave samples in "
+                         "their places also take mask=FILE and strength=0..1, how much of the change is taken.",
+                         0, width);
 }
 
 void PrintOne(const Operation& operation, int width)

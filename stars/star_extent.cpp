@@ -13,6 +13,7 @@ namespace corvane::stars {
 namespace {
 
 constexpr int kMostReach = 400;        // pixels
+constexpr double kFaintest = 1e-5;     // of the peak: where there is no noise, stars end, too
 constexpr double kUsualWidth = 3.0;    // pixels; of a field without a star to tell
 constexpr double kWidestStar = 2.5;    // times the width of the field's stars
 constexpr std::size_t kFewSamples = 6; // tell no median
@@ -73,12 +74,12 @@ public:
         const double excess = star.Excess();
         const double beside = MedianAbout(star, static_cast<int>(std::lround(kBeside * width_))).value_or(star.sky);
         const double ground = std::clamp(beside - star.sky - kWing * excess, 0.0, excess);
-        const double least = limit_ * star.noise;
+        const double least = Least(star);
         const double fall = std::sqrt(std::max((excess - ground) / least, 1.0));
-        const double most = kScale * width_ * std::sqrt(fall - 1.0);
+        const double most = std::min(kScale * width_ * std::sqrt(fall - 1.0), double{kMostReach});
         for (int radius = 1; radius < most; ++radius) {
             const std::optional<double> median = MedianAbout(star, radius);
-            if (!median || *median - star.sky - ground < least) {
+            if (!median || *median - star.sky - ground <= least) {
                 return radius;
             }
         }
@@ -91,7 +92,7 @@ public:
         std::vector<double> profile{star.Excess()};
         for (int radius = 1; radius < kMostReach; ++radius) {
             const std::optional<double> median = MedianAbout(star, radius);
-            if (!median || *median - star.sky < limit_ * star.noise) {
+            if (!median || *median - star.sky <= Least(star)) {
                 return radius;
             }
             profile.push_back(*median - star.sky);
@@ -104,6 +105,9 @@ public:
     }
 
 private:
+    /// The light where a star ends.
+    double Least(const FieldStar& star) const { return std::max(limit_ * star.noise, kFaintest * star.Excess()); }
+
     static double ValueAt(const std::vector<double>& profile, double radius)
     {
         const auto inner = static_cast<std::size_t>(radius);
@@ -121,7 +125,9 @@ private:
             const int y = middleY + static_cast<int>(place.y);
             if (x >= 0 && y >= 0 && x < image_.GetWidth() && y < image_.GetHeight()) {
                 const float v = *image_.GetImageAdr(x, y, plane_, 1);
-                isDefined_(v) ? samples_.push_back(v) : void();
+                if (isDefined_(v)) {
+                    samples_.push_back(v);
+                }
             }
         }
         if (samples_.size() < std::min(kFewSamples, rings_.At(radius).size() / 2)) {

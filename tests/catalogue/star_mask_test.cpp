@@ -103,6 +103,12 @@ TEST(StarMask, StopsWhereANebulaBegins)
     EXPECT_LE(radius, 10) << "the nebula is seen 30 pixels away";
 }
 
+TEST(StarMask, EndsStarsWithoutNoise)
+{
+    const CStlImage image = test::Make(300, 300, 1, [](int x, int y, int) { return 100.0 + kBright.At(x, y); });
+    EXPECT_NEAR(RadiusIn(Apply(image, "star-mask", {{"grow", 0.0}, {"soft", 0.0}}), kBright), 4.8 * kSigma, 1.5);
+}
+
 TEST(StarMask, GrowsFadesTurnsAndChooses)
 {
     const CStlImage image = StarryField(3);
