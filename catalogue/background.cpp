@@ -109,13 +109,12 @@ Operation Background()
         .summary = "take gradients out of the sky",
         .help =
             "Measures the sky of each plane, takes it off or divides it out, and brings its median back. Stars are "
-            "clipped off in cells of the frame, and cells that stand above their surroundings, as nebulae and "
-            "galaxies make them, are left out: those more than 3 standard deviations of the darker ones from the "
-            "model, or about which half of the cells are more than 0.75 above it, round after round. A polynomial "
-            "is told by the rest of the frame and keeps the light of a nebula that fills half of it; spline follows "
-            "what is left as well, and mesh all that is wider than a hundred pixels, nebulae too. Subtract what "
-            "light adds, "
-            "as the moon or a town; divide out what a flat should have. Cells of one value are no sky.",
+            "clipped off in cells of the frame, and cells that stand above their surroundings, as nebulae and galaxies "
+            "make them, are left out: those more than 3 standard deviations of the darker ones from the model, or "
+            "about which half of the cells are more than 0.75 above it, round after round. A polynomial is told by the "
+            "rest of the frame and keeps the light of a nebula that fills half of it; spline follows what is left as "
+            "well, and mesh all that is wider than a hundred pixels, nebulae too. Subtract what light adds, as the "
+            "moon or a town; divide out what a flat should have. Cells of one value are no sky.",
         .parameters = {ChoiceParameter("mode", "what is done with the model", {"subtract", "divide"}, "subtract"),
                        ChoiceParameter("model", "what the sky is made of", {"polynomial", "spline", "mesh"},
                                        "polynomial"),

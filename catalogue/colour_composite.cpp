@@ -169,13 +169,11 @@ void CheckLrgb(const Arguments& arguments)
 
 constexpr const char* kAlignment =
     " With align = stars, which is what happens when nothing is said, the stars of the others are matched with those "
-    "of "
-    "the first: they may be shifted, turned and of another scale, and are read between their samples by Lanczos' "
-    "kernel, "
-    "as lights of a stack are. With align = none they are taken as they lie. The star of align = shift should be the "
-    "brightest within the square and the range, and wider than two pixels. What stars say is told, to a tenth of a "
-    "pixel "
-    "with shift; shifts and turns by hand are added to it. A frame turns about its star, without one about its middle.";
+    "of the first: they may be shifted, turned and of another scale, and are read between their samples by Lanczos' "
+    "kernel, as lights of a stack are. With align = none they are taken as they lie. The star of align = shift should "
+    "be the brightest within the square and the range, and wider than two pixels. What stars say is told, to a tenth "
+    "of a pixel with shift; shifts and turns by hand are added to it. A frame turns about its star, without one about "
+    "its middle.";
 
 Parameter OutsideParameter()
 {

@@ -49,13 +49,10 @@ CStlImage ReadMask(const io::Frame& frame, const Arguments& arguments, const Run
 
 const char* const kMixHelp =
     "The result is original + w (result - original), with w = mask x strength, sample by sample: 0 leaves a sample as "
-    "it "
-    "was, 1 takes what the step makes of it. The mask is an image of one plane and of the same size, from 0 to 1, for "
-    "all "
-    "planes of a colour image; what is undefined in it counts as 0. The step star-mask makes one of the stars. What "
-    "the "
-    "step measures, it measures in the whole image, and its display levels stay those of the result. Where a sample is "
-    "undefined before or after the step, the one that w is nearer to counts.";
+    "it was, 1 takes what the step makes of it. The mask is an image of one plane and of the same size, from 0 to 1, "
+    "for all planes of a colour image; what is undefined in it counts as 0. The step star-mask makes one of the stars. "
+    "What the step measures, it measures in the whole image, and its display levels stay those of the result. Where a "
+    "sample is undefined before or after the step, the one that w is nearer to counts.";
 
 const std::vector<Parameter>& MixParameters()
 {

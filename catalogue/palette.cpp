@@ -114,16 +114,12 @@ Parameter MatrixParameter()
 std::string PaletteHelp()
 {
     return "Each sample of red, green and blue is the sum of those of the frames, each times a number. The palettes, "
-           "with "
-           "a number for each frame in its order: " +
+           "with a number for each frame in its order: " +
            PalettesText() +
            ". FILE is a text file of such numbers: three lines, for red, green and blue, with a number for each frame; "
-           "# "
-           "begins a comment. The result has the size and header of the first frame, onto which the others are brought "
-           "by "
-           "their stars. The usual balance is light, since oxygen and sulphur shine fainter than hydrogen and all "
-           "would "
-           "be green without." +
+           "# begins a comment. The result has the size and header of the first frame, onto which the others are "
+           "brought by their stars. The usual balance is light, since oxygen and sulphur shine fainter than hydrogen "
+           "and all would be green without." +
            std::string(kBalanceHelp) +
            " Take gradients of the sky out of the frames first, with the step background. What is undefined in a frame "
            "that has a part in a colour is undefined there.";

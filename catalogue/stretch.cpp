@@ -113,9 +113,8 @@ Operation AutoStretchStep()
                 "Black is put so far below the median, in standard deviations of the noise (1.4826 times the median "
                 "absolute deviation), and white on the largest sample; they become the display levels. A midtone "
                 "stretch between them, as of mtf, or asinh, brings the median to the target. A frame that is mostly "
-                "bright is "
-                "treated as its negative would be; dead pixels alone do not make one. Blanks and NaN stay and do not "
-                "count.",
+                "bright is treated as its negative would be; dead pixels alone do not make one. Blanks and NaN stay "
+                "and do not count.",
             .parameters = {NumberParameter("shadows", "where black lies, from the median", "standard deviations",
                                            {-100.0, 0.0}, usual.shadows),
                            NumberParameter("target", "where the median comes to, black 0 and white 1", "",

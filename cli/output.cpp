@@ -40,8 +40,7 @@ void AddSaveOptions(CLI::App& command, io::SaveOptions& save, const char* scaleN
         .add_option_function<std::string>(
             scaleNames, [&save](const std::string& word) { save.scale = kScales.at(word); },
             "What fills the range of integers: the display levels, all samples from min to max, 0 to 1 (unit); or "
-            "none: "
-            "cut samples to the range; else what does not fit is refused")
+            "none: cut samples to the range; else what does not fit is refused")
         ->check(CLI::IsMember(kScales))
         ->type_name("WORD");
 }

@@ -12,16 +12,13 @@ namespace corvane::cli {
 
 /// How a frame becomes a picture.
 struct PictureWords {
-    std::string stretch{}; ///< auto, linear or asinh; empty: the levels that a step of ours has set, else auto
+    std::string stretch{}; ///< as `catalogue::MakeShown` takes it
     int size = 0;          ///< the longer side at most [pixels]; 0: as it is
     io::PictureFormat format{};
 };
 
 /// Adds `--stretch`.
 CLI::Option* AddStretch(CLI::App& command, PictureWords& words);
-
-/// Gives a frame the stretch by which it is shown, or the levels.
-void MakeShown(io::Frame& frame, const PictureWords& words = {});
 
 /// Writes the frame as a picture for the screen, the right way up; the frame itself stays. `levels` is a catalogue step
 /// that sets the display levels in place of a stretch, as "auto-levels"; with an empty text they are used as they are.
@@ -31,8 +28,5 @@ void SavePicture(const std::string& path, const io::Frame& frame, const PictureW
 
 /// Adds `--size`, `--quality` and `--bits`.
 void AddPictureFormat(CLI::App& command, PictureWords& words);
-
-/// Makes a frame whose longer side has more pixels than that so small; 0 leaves it.
-void Reduce(io::Frame& frame, int size);
 
 } // namespace corvane::cli

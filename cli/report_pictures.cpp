@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "catalogue/recipe.h"
-#include "cli/picture.h"
+#include "catalogue/shown.h"
 #include "cli/svg.h"
 #include "corvane/core/error.h"
 #include "io/metadata.h"
@@ -62,7 +62,7 @@ std::string LightPictures(const stack::Registration& lights)
         const stack::FrameReport& light = lights.frames[i];
         io::Frame frame{lights.thumbnails[i], {}};
         if (frame.image.GetPixelCount() > 0) {
-            MakeShown(frame);
+            catalogue::MakeShown(frame);
             const std::string hint = light.file + (light.used ? "" : ": " + light.reason);
             text += ImageTag(frame.image, lights.isBottomUp,
                              (light.used ? "" : " class=\"out\"") + std::string(" title=") + AttributeValue(hint)) +
@@ -80,7 +80,7 @@ std::string DevelopedPicture(const io::Frame& stack, const Run& run)
     Run silent = run; // what the steps tell belongs to no light
     silent.diagnostics = nullptr;
     try {
-        Reduce(frame, kLongestSide);
+        catalogue::Reduce(frame, kLongestSide);
         catalogue::RunRecipe(catalogue::FindRecipe(catalogue::kUsualRecipe), frame, silent);
     } catch (const Error& error) {
         return "<p>The stack cannot be shown: " + EscapedXml(error.what()) + "</p>\n";

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "cli/picture.h"
+#include "catalogue/shown.h"
 #include "io/metadata.h"
 #include "io/picture.h"
 
@@ -138,7 +138,7 @@ private:
 void SaveStarMap(const std::string& path, const io::Frame& frame, const std::vector<Mark>& marks)
 {
     io::Frame shown{frame.image.Shared(), frame.header};
-    MakeShown(shown);
+    catalogue::MakeShown(shown);
     Canvas canvas(shown.image, io::IsBottomUp(shown.header));
     for (std::size_t i = 0; i < marks.size(); ++i) {
         canvas.DrawMark(marks[i], marks.size() <= kMostNumbers ? i + 1 : 0);

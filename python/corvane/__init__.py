@@ -20,6 +20,7 @@ from ._call import ImageLike, Progress, follow as _follow
 from ._core import Header, Image, __version__, memory_budget, set_memory_budget, set_threads, threads
 from ._files import read, write
 from ._night import Registration, Stack
+from ._pictures import develop, render
 from .errors import ArgumentError, Error, FileError
 from .operations import *  # noqa: F403
 
@@ -32,8 +33,10 @@ __all__ = [
     "Registration",
     "Stack",
     "apply",
+    "develop",
     "memory_budget",
     "read",
+    "render",
     "set_memory_budget",
     "set_threads",
     "threads",

@@ -73,6 +73,7 @@ __all__ = [
     "cosmic_rays",
     "fill",
     "contour",
+    "star_mask",
     "draw_line",
     "draw_text",
     "flip",
@@ -91,6 +92,8 @@ __all__ = [
     "rgb",
     "cmy",
     "lrgb",
+    "palette",
+    "continuum",
     "stats",
     "stars",
     "find_stars",
@@ -103,6 +106,8 @@ def invert(
     image: ImageLike,
     *,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -115,6 +120,11 @@ def invert(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -246,6 +256,8 @@ def clip(
     *,
     min: Optional[float] = None,
     max: Optional[float] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -259,6 +271,11 @@ def clip(
         The least sample that stays [counts]. Without: the level min of each plane.
     max : float, optional
         The greatest sample that stays [counts]. Without: the level max of each plane.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -293,6 +310,8 @@ def autostretch(
     target: float = 0.25,
     linked: bool = True,
     curve: Literal["mtf", "asinh"] = "mtf",
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -310,6 +329,11 @@ def autostretch(
         One stretch for all planes, by the means of their statistics, so that colours stay.
     curve : {"mtf", "asinh"}, default "mtf"
         What lifts the median; asinh keeps the colours of stars.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -332,7 +356,8 @@ def autostretch(
     Black is put so far below the median, in standard deviations of the noise (1.4826 times the median
     absolute deviation), and white on the largest sample; they become the display levels. A midtone stretch
     between them, as of mtf, or asinh, brings the median to the target. A frame that is mostly bright is
-    treated as its negative would be. Blanks and NaN stay and do not count.
+    treated as its negative would be; dead pixels alone do not make one. Blanks and NaN stay and do not
+    count.
 
     A sample depends on: each sample by itself; statistics of all samples.
     """
@@ -346,6 +371,8 @@ def mtf(
     low: Optional[float] = None,
     high: Optional[float] = None,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -364,6 +391,11 @@ def mtf(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -400,6 +432,8 @@ def asinh(
     low: Optional[float] = None,
     high: Optional[float] = None,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -420,6 +454,11 @@ def asinh(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -456,6 +495,8 @@ def log(
     low: Optional[float] = None,
     high: Optional[float] = None,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -474,6 +515,11 @@ def log(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -509,6 +555,8 @@ def gamma(
     low: Optional[float] = None,
     high: Optional[float] = None,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -527,6 +575,11 @@ def gamma(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -566,6 +619,8 @@ def ghs(
     low: Optional[float] = None,
     high: Optional[float] = None,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     D: Any = None,
     LP: Any = None,
     SP: Any = None,
@@ -598,6 +653,11 @@ def ghs(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     D
         Another name for d.
     LP
@@ -643,6 +703,8 @@ def equalise(
     low: Optional[float] = None,
     high: Optional[float] = None,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -661,6 +723,11 @@ def equalise(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -697,6 +764,8 @@ def brightness(
     contrast: float = 64.0,
     centre: float = 64.0,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     center: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -716,6 +785,11 @@ def brightness(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     center
         Another name for centre.
     progress : bool or callable, optional
@@ -753,6 +827,8 @@ def balance(
     green: float = 0.0,
     blue: float = 0.0,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -771,6 +847,11 @@ def balance(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -809,6 +890,8 @@ def curve(
     blue: Optional[Sequence[Tuple[float, float]]] = None,
     entries: int = 16384,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -834,6 +917,11 @@ def curve(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -868,6 +956,8 @@ def reduce_tone(
     *,
     levels: int = 8,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -882,6 +972,11 @@ def reduce_tone(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -972,6 +1067,8 @@ def add(
     *,
     value: float,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -986,6 +1083,11 @@ def add(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -1018,6 +1120,8 @@ def subtract(
     value: float,
     clip_negative: bool = False,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -1034,6 +1138,11 @@ def subtract(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -1065,6 +1174,8 @@ def multiply(
     *,
     value: float,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -1079,6 +1190,11 @@ def multiply(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -1110,6 +1226,8 @@ def divide(
     *,
     value: float,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -1124,6 +1242,11 @@ def divide(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -1154,6 +1277,8 @@ def dark(
     image: ImageLike,
     *,
     file: Union[ImageLike, Path],
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     frame: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -1166,6 +1291,11 @@ def dark(
         The image to work on.
     file : Image, array_like or path
         The dark frame.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     frame
         Another name for file.
     progress : bool or callable, optional
@@ -1199,6 +1329,8 @@ def flat(
     image: ImageLike,
     *,
     file: Union[ImageLike, Path],
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     frame: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -1211,6 +1343,11 @@ def flat(
         The image to work on.
     file : Image, array_like or path
         The flat field.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     frame
         Another name for file.
     progress : bool or callable, optional
@@ -1247,6 +1384,8 @@ def overscan(
     *,
     rect: Rectangle,
     clip: bool = False,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -1260,6 +1399,11 @@ def overscan(
         The strip.
     clip : bool, default False
         Leave out samples that are 3 standard deviations or more from the strip's median.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -1295,6 +1439,8 @@ def vignette(
     x: Optional[int] = None,
     y: Optional[int] = None,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -1315,6 +1461,11 @@ def vignette(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -1425,6 +1576,8 @@ def neutral_sky(
     image: ImageLike,
     *,
     value: Optional[float] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -1436,6 +1589,11 @@ def neutral_sky(
         The image to work on [colour images].
     value : float, optional
         What the skies get [counts]. Without: the mean of them.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -1469,6 +1627,8 @@ def white_balance(
     red: Optional[float] = None,
     green: Optional[float] = None,
     blue: Optional[float] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -1487,6 +1647,11 @@ def white_balance(
     blue : float, optional
         Factor of the blue plane [1e-06 to 1e+06]. Without: 1 if another factor is given, else by the
         stars.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -1520,6 +1685,7 @@ def scnr(
     *,
     mode: Literal["average", "maximum"] = "average",
     strength: float = 1.0,
+    mask: Optional[Union[ImageLike, Path]] = None,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -1533,6 +1699,9 @@ def scnr(
         What green is lowered to: the mean of red and blue or the larger one.
     strength : float, default 1.0
         Which part of the excess is taken off [0 to 1].
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -1570,6 +1739,8 @@ def saturate(
     yellow: Optional[float] = None,
     blue: Optional[float] = None,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     a_plus: Any = None,
     a_minus: Any = None,
     b_plus: Any = None,
@@ -1596,6 +1767,11 @@ def saturate(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     a_plus
         Another name for red.
     a_minus
@@ -1773,6 +1949,8 @@ def mean(
     shape: Union[Literal["cross", "square3", "square5"], int] = "square3",
     weight: float = 1.0,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     type: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -1790,6 +1968,11 @@ def mean(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     type
         Another name for shape.
     progress : bool or callable, optional
@@ -1824,6 +2007,8 @@ def mean_keep_edges(
     shape: Union[Literal["cross", "square3", "square5"], int] = "square3",
     weight: float = 1.0,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     type: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -1841,6 +2026,11 @@ def mean_keep_edges(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     type
         Another name for shape.
     progress : bool or callable, optional
@@ -1875,6 +2065,8 @@ def median(
     *,
     shape: Union[Literal["cross", "square3", "square5"], int] = "square3",
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     type: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -1890,6 +2082,11 @@ def median(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     type
         Another name for shape.
     progress : bool or callable, optional
@@ -1924,6 +2121,8 @@ def rank(
     shape: Union[Literal["cross", "square3", "square5"], int] = "square3",
     rank: int = 2,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     type: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -1941,6 +2140,11 @@ def rank(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     type
         Another name for shape.
     progress : bool or callable, optional
@@ -1975,6 +2179,8 @@ def minimum(
     *,
     shape: Union[Literal["cross", "square3", "square5"], int] = "square3",
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     type: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -1990,6 +2196,11 @@ def minimum(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     type
         Another name for shape.
     progress : bool or callable, optional
@@ -2023,6 +2234,8 @@ def maximum(
     *,
     shape: Union[Literal["cross", "square3", "square5"], int] = "square3",
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     type: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -2038,6 +2251,11 @@ def maximum(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     type
         Another name for shape.
     progress : bool or callable, optional
@@ -2071,6 +2289,8 @@ def gaussian(
     *,
     sigma: float = 1.0,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -2085,6 +2305,11 @@ def gaussian(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -2120,6 +2345,8 @@ def star_sharpen(
     threshold: float = 0.1,
     keep_peaks: bool = True,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     type: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -2141,6 +2368,11 @@ def star_sharpen(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     type
         Another name for shape.
     progress : bool or callable, optional
@@ -2177,6 +2409,7 @@ def sharpen(
     shape: Union[Literal["cross", "square3", "square5"], int] = "square3",
     strength: float = 1.0,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
     type: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -2194,6 +2427,9 @@ def sharpen(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
     type
         Another name for shape.
     progress : bool or callable, optional
@@ -2229,6 +2465,7 @@ def sharpen_edges(
     shape: Union[Literal["cross", "square3", "square5"], int] = "square3",
     strength: float = 1.0,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
     type: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -2246,6 +2483,9 @@ def sharpen_edges(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
     type
         Another name for shape.
     progress : bool or callable, optional
@@ -2281,6 +2521,8 @@ def laplacian(
     *,
     shape: Union[Literal["cross", "square3", "weighted"], int] = "cross",
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     type: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -2296,6 +2538,11 @@ def laplacian(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     type
         Another name for shape.
     progress : bool or callable, optional
@@ -2333,6 +2580,8 @@ def unsharp(
     weight: float = 1.0,
     threshold: float = 0.0,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     type: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -2354,6 +2603,11 @@ def unsharp(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     type
         Another name for shape.
     progress : bool or callable, optional
@@ -2392,6 +2646,8 @@ def lucy(
     read_noise: Optional[float] = None,
     iterations: int = 20,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -2418,6 +2674,11 @@ def lucy(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -2457,6 +2718,8 @@ def maxent(
     iterations: int = 100,
     resample: bool = False,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -2482,6 +2745,11 @@ def maxent(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -2504,8 +2772,8 @@ def maxent(
     Of all images above 0 that, blurred, agree with the samples to within the noise, it finds the one of
     greatest entropy: what the samples do not ask for stays even. The restored samples lie half a pixel to
     the left of and above those of the image; the reference pixel of world coordinates (CRPIX) follows, so
-    that stars keep their right ascension and declination. With resample, and inside a rectangle, samples
-    stay in their places instead.
+    that stars keep their right ascension and declination. With resample, with a mask or a strength below 1,
+    and inside a rectangle, samples stay in their places instead.
 
     A sample depends on: the whole image.
     """
@@ -2519,6 +2787,8 @@ def wiener(
     fwhm: Optional[Union[float, Literal["auto"]]] = None,
     noise: float = 0.01,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -2539,6 +2809,11 @@ def wiener(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -2574,6 +2849,8 @@ def ddp(
     weight: float = 1.0,
     plane: Literal["red", "green", "blue", "all"] = "all",
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -2593,6 +2870,11 @@ def ddp(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -2630,6 +2912,8 @@ def background(
     model: Literal["polynomial", "spline", "mesh"] = "polynomial",
     degree: Optional[int] = None,
     model_file: Optional[Path] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -2648,6 +2932,11 @@ def background(
         the lowest that the sky needs.
     model_file : path, optional
         An image to write: the sky that was taken off or divided out. Without: none is written.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -2687,6 +2976,8 @@ def smooth_background(
     shape: Union[Literal["cross", "square3", "square5"], int] = "square5",
     weight: float = 1.0,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     type: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -2706,6 +2997,11 @@ def smooth_background(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     type
         Another name for shape.
     progress : bool or callable, optional
@@ -2741,6 +3037,8 @@ def posterize(
     *,
     steps: int = 8,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -2755,6 +3053,11 @@ def posterize(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -2790,6 +3093,8 @@ def hot_pixels(
     hot: bool = True,
     cool: bool = True,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     type: Any = None,
     progress: Progress = None,
     threads: int = 0,
@@ -2811,6 +3116,11 @@ def hot_pixels(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     type
         Another name for shape.
     progress : bool or callable, optional
@@ -2851,6 +3161,8 @@ def cosmic_rays(
     read_noise: Optional[float] = None,
     iterations: int = 4,
     mask_file: Optional[Path] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -2876,6 +3188,11 @@ def cosmic_rays(
         Most rounds, each of which may uncover more [1 to 20].
     mask_file : path, optional
         An image to write, 1 where a cosmic ray has hit and 0 elsewhere. Without: none is written.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -2911,6 +3228,8 @@ def fill(
     *,
     with_: Literal["neighbours", "sky", "value"] = "neighbours",
     value: Optional[float] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -2924,6 +3243,11 @@ def fill(
         Where the values come from.
     value : float, optional
         The value, in every plane [counts]. Without: needed with with=value alone.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -2958,6 +3282,8 @@ def contour(
     levels: int = 8,
     overlay: bool = True,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -2974,6 +3300,11 @@ def contour(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -3001,6 +3332,72 @@ def contour(
     return step('contour', locals())
 
 
+def star_mask(
+    image: ImageLike,
+    *,
+    sigmas: float = 5.0,
+    limit: float = 1.0,
+    grow: float = 1.0,
+    soft: float = 3.0,
+    min: Optional[float] = None,
+    max: Optional[float] = None,
+    invert: bool = False,
+    plane: Optional[int] = None,
+    progress: Progress = None,
+    threads: int = 0,
+) -> Image:
+    """Make a mask that is 1 on the stars and 0 elsewhere.
+
+    Parameters
+    ----------
+    image : Image or array_like
+        The image to work on.
+    sigmas : float, default 5.0
+        How far a star rises above the sky, in its standard deviations [1 to 1000].
+    limit : float, default 1.0
+        Where the light of a star ends, in standard deviations of the sky [0.05 to 1000].
+    grow : float, default 1.0
+        Covers so much more about each star; below 0 less [-100 to 100, pixels].
+    soft : float, default 3.0
+        Over which the edge fades [0 to 100, pixels].
+    min : float, optional
+        The least star, by the width of what it covers [0 to 1000, pixels]. Without: none is too small.
+    max : float, optional
+        The largest star, by the same [0 to 1000, pixels]. Without: none is too large.
+    invert : bool, default False
+        0 on the stars and 1 elsewhere.
+    plane : int, optional
+        The plane in which stars are looked for: 0 red or the only one, 1 green, 2 blue [0 to 2].
+        Without: every plane.
+    progress : bool or callable, optional
+        True shows a bar; else progress(stage, done, total).
+    threads : int, default 0
+        At most so many; 0: as many as there are processors.
+
+    Returns
+    -------
+    image : Image
+        The result.
+
+    Raises
+    ------
+    ArgumentError
+        A value or an image that it cannot be done with.
+    FileError
+        A file that cannot be read or written.
+
+    Notes
+    -----
+    Each star is covered out to where its light, ring by ring, is lost in the noise or in what it stands on:
+    so bright stars are covered further out than faint ones, and saturated ones with their halos and trails.
+    Galaxies and hot pixels are no stars. The mask has the size of the image; other steps take it by
+    mask=FILE. With invert=yes they work beside the stars.
+
+    A sample depends on: the whole image.
+    """
+    return step('star-mask', locals())
+
+
 def draw_line(
     image: ImageLike,
     *,
@@ -3013,6 +3410,8 @@ def draw_line(
     units: Literal["display", "raw"] = "display",
     plane: Optional[int] = None,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -3041,6 +3440,11 @@ def draw_line(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -3084,6 +3488,8 @@ def draw_text(
     units: Literal["display", "raw"] = "display",
     plane: Optional[int] = None,
     rect: Optional[Rectangle] = None,
+    mask: Optional[Union[ImageLike, Path]] = None,
+    strength: float = 1.0,
     progress: Progress = None,
     threads: int = 0,
 ) -> Image:
@@ -3116,6 +3522,11 @@ def draw_text(
     rect : (left, top, right, bottom), optional
         Work inside this rectangle only; right and bottom are the first column and row outside [pixels].
         Without: the whole image.
+    mask : Image, array_like or path, optional
+        An image of one plane that is 0 where samples stay and 1 where they change. Without: they change
+        everywhere.
+    strength : float, default 1.0
+        How much of the change is taken [0 to 1].
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     threads : int, default 0
@@ -3844,7 +4255,7 @@ def rgb(
     g: ImageLike,
     b: ImageLike,
     *,
-    align: Literal["none", "shift", "points"] = "none",
+    align: Optional[Literal["stars", "none", "shift", "points"]] = None,
     at: Optional[Union[Sequence[float], Sequence[Tuple[float, float]]]] = None,
     size: int = 33,
     range: int = 64,
@@ -3858,6 +4269,7 @@ def rgb(
     angle2: float = 0.0,
     shift3: Optional[Union[Sequence[float], Sequence[Tuple[float, float]]]] = None,
     angle3: float = 0.0,
+    balance: Literal["none", "sky", "stars", "light"] = "none",
     outside: int = 0,
     full: bool = False,
     progress: Progress = None,
@@ -3873,9 +4285,10 @@ def rgb(
         The frame for green.
     b : Image or array_like
         The frame for blue.
-    align : {"none", "shift", "points"}, default "none"
-        How the frames are brought onto R: shift looks for a star, points measures stars that are
-        pointed at.
+    align : {"stars", "none", "shift", "points"}, optional
+        How the frames are brought onto R: stars matches all stars, shift looks for one, points measures
+        stars that are pointed at. Without: stars; none where a shift, a turn or a scale is given by
+        hand.
     at : sequence of float, optional
         Align = shift: roughly where the star is in R [pixels]. Without: none.
     size : int, default 33
@@ -3905,6 +4318,8 @@ def rgb(
     angle3 : float, default 0.0
         Turn of B, clockwise where the first row is the top, on top of what stars say [-360 to 360,
         degrees].
+    balance : {"none", "sky", "stars", "light"}, default "none"
+        What is made equal in all frames.
     outside : int, default 0
         The value of samples outside of a frame [counts].
     full : bool, default False
@@ -3919,7 +4334,7 @@ def rgb(
     image : Image
         The result.
     fits : numpy.ndarray
-        Where each frame lies on the first: dx, dy, angle; and by how many stars it is known.
+        Where each frame lies on the first: dx, dy, angle, scale; and by how many stars it is known.
     The first one; with full=True a named tuple of all.
 
     Raises
@@ -3931,11 +4346,19 @@ def rgb(
 
     Notes
     -----
-    Samples keep their values. The result has the size and header of R, each plane the display levels of its
-    frame. A colour frame gives its plane of that colour. What is undefined in a frame stays so. The star of
-    align = shift should be the brightest within the square and the range, and wider than two pixels. What
-    stars say is told, to a tenth of a pixel with shift; shifts and turns by hand are added to it. A frame
-    turns about its first star, without stars about its middle.
+    Samples keep their values unless balance says otherwise. The result has the size and header of R, each
+    plane the display levels of its frame. A colour frame gives its plane of that colour. What is undefined
+    in a frame stays so. With balance = sky a number is added to each of the other frames, so that all skies
+    have the value of the first. With stars they are multiplied before, so that the median star is equally
+    bright in all and comes out white; with light, so that the brightest half percent of blocks of 16
+    pixels, which is nebula, rises as far above the sky; a rise of less than twice the noise of a sample
+    counts as that. The first frame is never changed. A note and HISTORY tell the numbers. With align =
+    stars, which is what happens when nothing is said, the stars of the others are matched with those of the
+    first: they may be shifted, turned and of another scale, and are read between their samples by Lanczos'
+    kernel, as lights of a stack are. With align = none they are taken as they lie. The star of align =
+    shift should be the brightest within the square and the range, and wider than two pixels. What stars say
+    is told, to a tenth of a pixel with shift; shifts and turns by hand are added to it. A frame turns about
+    its star, without one about its middle.
 
     A sample depends on: samples of other places; the display levels; statistics of all samples; its place in the image.
     """
@@ -3947,7 +4370,7 @@ def cmy(
     m: ImageLike,
     y: ImageLike,
     *,
-    align: Literal["none", "shift", "points"] = "none",
+    align: Optional[Literal["stars", "none", "shift", "points"]] = None,
     at: Optional[Union[Sequence[float], Sequence[Tuple[float, float]]]] = None,
     size: int = 33,
     range: int = 64,
@@ -3961,6 +4384,7 @@ def cmy(
     angle2: float = 0.0,
     shift3: Optional[Union[Sequence[float], Sequence[Tuple[float, float]]]] = None,
     angle3: float = 0.0,
+    balance: Literal["none", "sky", "stars", "light"] = "none",
     outside: int = 0,
     full: bool = False,
     progress: Progress = None,
@@ -3976,9 +4400,10 @@ def cmy(
         The frame for magenta [images of one plane].
     y : Image or array_like
         The frame for yellow [images of one plane].
-    align : {"none", "shift", "points"}, default "none"
-        How the frames are brought onto C: shift looks for a star, points measures stars that are
-        pointed at.
+    align : {"stars", "none", "shift", "points"}, optional
+        How the frames are brought onto C: stars matches all stars, shift looks for one, points measures
+        stars that are pointed at. Without: stars; none where a shift, a turn or a scale is given by
+        hand.
     at : sequence of float, optional
         Align = shift: roughly where the star is in C [pixels]. Without: none.
     size : int, default 33
@@ -4008,6 +4433,8 @@ def cmy(
     angle3 : float, default 0.0
         Turn of Y, clockwise where the first row is the top, on top of what stars say [-360 to 360,
         degrees].
+    balance : {"none", "sky", "stars", "light"}, default "none"
+        What is made equal in all frames.
     outside : int, default 0
         The value of samples outside of a frame [counts].
     full : bool, default False
@@ -4022,7 +4449,7 @@ def cmy(
     image : Image
         The result.
     fits : numpy.ndarray
-        Where each frame lies on the first: dx, dy, angle; and by how many stars it is known.
+        Where each frame lies on the first: dx, dy, angle, scale; and by how many stars it is known.
     The first one; with full=True a named tuple of all.
 
     Raises
@@ -4035,10 +4462,18 @@ def cmy(
     Notes
     -----
     Red becomes Y + M - C, green C + Y - M, blue C + M - Y. The result has the size and header of C, and
-    display levels between those of the frames. What is undefined in a frame stays so. The star of align =
-    shift should be the brightest within the square and the range, and wider than two pixels. What stars say
-    is told, to a tenth of a pixel with shift; shifts and turns by hand are added to it. A frame turns about
-    its first star, without stars about its middle.
+    display levels between those of the frames. What is undefined in a frame stays so. With balance = sky a
+    number is added to each of the other frames, so that all skies have the value of the first. With stars
+    they are multiplied before, so that the median star is equally bright in all and comes out white; with
+    light, so that the brightest half percent of blocks of 16 pixels, which is nebula, rises as far above
+    the sky; a rise of less than twice the noise of a sample counts as that. The first frame is never
+    changed. A note and HISTORY tell the numbers. With align = stars, which is what happens when nothing is
+    said, the stars of the others are matched with those of the first: they may be shifted, turned and of
+    another scale, and are read between their samples by Lanczos' kernel, as lights of a stack are. With
+    align = none they are taken as they lie. The star of align = shift should be the brightest within the
+    square and the range, and wider than two pixels. What stars say is told, to a tenth of a pixel with
+    shift; shifts and turns by hand are added to it. A frame turns about its star, without one about its
+    middle.
 
     A sample depends on: samples of other places; the display levels; statistics of all samples; its place in the image.
     """
@@ -4049,7 +4484,7 @@ def lrgb(
     l: ImageLike,
     rgb: ImageLike,
     *,
-    align: Literal["none", "shift", "points"] = "none",
+    align: Optional[Literal["stars", "none", "shift", "points"]] = None,
     at: Optional[Union[Sequence[float], Sequence[Tuple[float, float]]]] = None,
     size: int = 33,
     range: int = 64,
@@ -4074,9 +4509,10 @@ def lrgb(
         The luminance frame.
     rgb : Image or array_like
         The colour frame [colour images].
-    align : {"none", "shift", "points"}, default "none"
-        How the frames are brought onto L: shift looks for a star, points measures stars that are
-        pointed at.
+    align : {"stars", "none", "shift", "points"}, optional
+        How the frames are brought onto L: stars matches all stars, shift looks for one, points measures
+        stars that are pointed at. Without: stars; none where a shift, a turn or a scale is given by
+        hand.
     at : sequence of float, optional
         Align = shift: roughly where the star is in L [pixels]. Without: none.
     size : int, default 33
@@ -4102,7 +4538,8 @@ def lrgb(
     average : bool, default False
         Take the mean of both instead of lightness and colour in CIE L*a*b*.
     scale : float, default 1.0
-        Pixels of RGB that go on one of L: 0.5 enlarges an RGB that was binned 2 x 2 [0.01 to 100].
+        By hand: pixels of RGB that go on one of L; 0.5 enlarges an RGB that was binned 2 x 2 [0.01 to
+        100].
     full : bool, default False
         Return all outputs, as a named tuple.
     progress : bool or callable, optional
@@ -4115,7 +4552,7 @@ def lrgb(
     image : Image
         The result.
     fits : numpy.ndarray
-        Where each frame lies on the first: dx, dy, angle; and by how many stars it is known.
+        Where each frame lies on the first: dx, dy, angle, scale; and by how many stars it is known.
     The first one; with full=True a named tuple of all.
 
     Raises
@@ -4132,15 +4569,145 @@ def lrgb(
     faint parts brighter than the other, colours get paler or stronger. Set them with the steps auto-levels
     or levels first. What lies below black is cut off, and so is what is more than 19.6 times as far above
     it as white; not so with average. The result has the size, header and levels of L. Where RGB is not, L
-    is grey; undefined samples become black, but with average stay undefined. With a scale and without stars
-    the middle of RGB lies on that of L. The star of align = shift should be the brightest within the square
-    and the range, and wider than two pixels. What stars say is told, to a tenth of a pixel with shift;
-    shifts and turns by hand are added to it. A frame turns about its first star, without stars about its
-    middle.
+    is grey; undefined samples become black, but with average stay undefined. With a scale by hand the
+    middle of RGB lies on that of L. With align = stars, which is what happens when nothing is said, the
+    stars of the others are matched with those of the first: they may be shifted, turned and of another
+    scale, and are read between their samples by Lanczos' kernel, as lights of a stack are. With align =
+    none they are taken as they lie. The star of align = shift should be the brightest within the square and
+    the range, and wider than two pixels. What stars say is told, to a tenth of a pixel with shift; shifts
+    and turns by hand are added to it. A frame turns about its star, without one about its middle.
 
     A sample depends on: samples of other places; the display levels; statistics of all samples; its place in the image.
     """
     return several('lrgb', ('l', 'rgb'), {'image': 'image', 'fits': 'table'}, locals())
+
+
+def palette(
+    lines: Sequence[ImageLike],
+    *,
+    palette: Union[Path, Literal["sho", "hoo", "hos"]],
+    align: Literal["stars", "none"] = "stars",
+    balance: Literal["none", "sky", "stars", "light"] = "light",
+    outside: int = 0,
+    full: bool = False,
+    progress: Progress = None,
+    threads: int = 0,
+) -> Any:
+    """Make a colour image of frames through narrow filters.
+
+    Parameters
+    ----------
+    lines : Image or array_like, or several
+        The frames: ha, oiii and sii, or those that the matrix is for [images of one plane].
+    palette : path or {"sho", "hoo", "hos"}
+        What part of each frame goes into red, green and blue.
+    align : {"stars", "none"}, default "stars"
+        How the others are brought onto the first: by their stars, or as they lie.
+    balance : {"none", "sky", "stars", "light"}, default "light"
+        What is made equal in all frames.
+    outside : int, default 0
+        The value of samples outside of a frame [counts].
+    full : bool, default False
+        Return all outputs, as a named tuple.
+    progress : bool or callable, optional
+        True shows a bar; else progress(stage, done, total).
+    threads : int, default 0
+        At most so many; 0: as many as there are processors.
+
+    Returns
+    -------
+    image : Image
+        The result.
+    fits : numpy.ndarray
+        Where each frame lies on the first: dx, dy, angle, scale; and by how many stars it is known.
+    The first one; with full=True a named tuple of all.
+
+    Raises
+    ------
+    ArgumentError
+        A value or an image that it cannot be done with.
+    FileError
+        A file that cannot be read or written.
+
+    Notes
+    -----
+    Each sample of red, green and blue is the sum of those of the frames, each times a number. The palettes,
+    with a number for each frame in its order: sho, of Ha, OIII, SII: red 0 0 1, green 1 0 0, blue 0 1 0;
+    hoo, of Ha, OIII: red 1 0, green 0 1, blue 0 1; hos, of Ha, OIII, SII: red 1 0 0, green 0 1 0, blue 0 0
+    1. FILE is a text file of such numbers: three lines, for red, green and blue, with a number for each
+    frame; # begins a comment. The result has the size and header of the first frame, onto which the others
+    are brought by their stars. The usual balance is light, since oxygen and sulphur shine fainter than
+    hydrogen and all would be green without. With balance = sky a number is added to each of the other
+    frames, so that all skies have the value of the first. With stars they are multiplied before, so that
+    the median star is equally bright in all and comes out white; with light, so that the brightest half
+    percent of blocks of 16 pixels, which is nebula, rises as far above the sky; a rise of less than twice
+    the noise of a sample counts as that. The first frame is never changed. A note and HISTORY tell the
+    numbers. Take gradients of the sky out of the frames first, with the step background. What is undefined
+    in a frame that has a part in a colour is undefined there.
+
+    A sample depends on: samples of other places; the display levels; statistics of all samples; its place in the image.
+    """
+    return several('palette', ('lines',), {'image': 'image', 'fits': 'table'}, locals())
+
+
+def continuum(
+    narrow: ImageLike,
+    broad: ImageLike,
+    *,
+    align: Literal["stars", "none"] = "stars",
+    factor: Optional[float] = None,
+    full: bool = False,
+    progress: Progress = None,
+    threads: int = 0,
+) -> Any:
+    """Take a broad band off a narrow one.
+
+    Parameters
+    ----------
+    narrow : Image or array_like
+        The frame through the narrow filter [images of one plane].
+    broad : Image or array_like
+        The frame through the broad filter [images of one plane].
+    align : {"stars", "none"}, default "stars"
+        How the others are brought onto NARROW: by their stars, or as they lie.
+    factor : float, optional
+        What the broad band is multiplied by [0 to 1e+06]. Without: by the light of stars in both.
+    full : bool, default False
+        Return all outputs, as a named tuple.
+    progress : bool or callable, optional
+        True shows a bar; else progress(stage, done, total).
+    threads : int, default 0
+        At most so many; 0: as many as there are processors.
+
+    Returns
+    -------
+    image : Image
+        The result.
+    fit : dict
+        Where the second image lies on the first: dx, dy, angle; and by how many stars it is known.
+    The first one; with full=True a named tuple of all.
+
+    Raises
+    ------
+    ArgumentError
+        A value or an image that it cannot be done with.
+    FileError
+        A file that cannot be read or written.
+
+    Notes
+    -----
+    What is left shines in the line of the narrow band: stars go, nebulae stay. The broad band is brought
+    onto the narrow one by its stars; its sky, the median of the model of the step background, is taken off,
+    so that the narrow band keeps its own; and it is multiplied by the factor: the light of stars in the
+    narrow band over that in the broad one, the median over those that are bright in both and saturated in
+    neither. A note and HISTORY tell it, with its standard error. Stars of other colours, saturated ones,
+    and those of another width in the broad band leave traces. A broad band that holds the line, too, takes
+    about the factor of the nebula's light with it. What either frame lacks is undefined. Take gradients of
+    the sky out of both first, with the step background.
+
+    A sample depends on: samples of other places; the display levels; statistics of all samples; its place in the image.
+    """
+    return several('continuum', ('narrow', 'broad'), {'image': 'image', 'fit': 'numbers'}, locals())
 
 
 def stats(

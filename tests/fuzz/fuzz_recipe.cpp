@@ -33,7 +33,7 @@ void ReadStep(const std::string& line)
 std::vector<std::string> Seeds()
 {
     std::vector<std::string> seeds{"0 0\n0.25, 0.5\n1 1 # white\n", "0\n0.1\n1\n", "curve:points=0:0,,0.5:0.7,,1:1\n"};
-    for (const std::string& step : StepTexts({{"none.fits"}, "none.txt"})) {
+    for (const std::string& step : StepTexts({{"none.fits"}, "none.txt", "none.fits"})) {
         seeds.push_back("median:type=1\n" + step + "\n");
     }
     return seeds;
