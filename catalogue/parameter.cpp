@@ -320,7 +320,7 @@ std::string AllowedText(const Parameter& parameter)
     case Kind::Output:
         break;
     }
-    return "the name of a file";
+    return "the name of a file" + (parameter.choices.empty() ? "" : ", or " + Joined(parameter.choices));
 }
 
 std::string DescriptionOf(const Parameter& parameter)

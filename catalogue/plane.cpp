@@ -1,6 +1,7 @@
 #include "catalogue/plane.h"
 
 #include "corvane/core/error.h"
+#include "stars/find_stars.h"
 
 namespace corvane::catalogue {
 
@@ -17,6 +18,12 @@ int GivenPlane(const Arguments& arguments, const CImage& image)
         throw arguments.Refusal("plane", "must be 0, since the image has 1 plane");
     }
     return plane;
+}
+
+int PlaneOfStars(const Arguments& arguments, const CImage& image)
+{
+    const int given = GivenPlane(arguments, image);
+    return given < 0 ? stars::StarPlane(image) : given;
 }
 
 } // namespace corvane::catalogue

@@ -11,4 +11,7 @@ Parameter PlaneParameter(const char* summary);
 /// The plane that was given, -1 for every plane. Throws Error unless the image has it.
 int GivenPlane(const Arguments& arguments, const CImage& image);
 
+/// The plane that was given, or else the one in which stars are looked for. Throws Error unless the image has it.
+int PlaneOfStars(const Arguments& arguments, const CImage& image);
+
 } // namespace corvane::catalogue

@@ -73,7 +73,7 @@ double FramesOf(const io::Header& header)
 
 } // namespace
 
-void CheckRestorable(const CStlImage& image, const CRect* rect, BytesOfRegion bytesOf)
+void CheckRestorable(const CStlImage& image, const CRect* rect, const BytesOfRegion& bytesOf)
 {
     const CRect area = rect != nullptr ? *rect : CRect(0, 0, image.GetWidth(), image.GetHeight());
     CheckMemory(area.Width(), area.Height(), bytesOf(area.Width(), area.Height(), image.GetPlanes()));
@@ -91,6 +91,14 @@ void CheckRestorable(const CStlImage& image, const CRect* rect, BytesOfRegion by
             }
         }
     }
+}
+
+void CheckRestorable(const CStlImage& image, const CRect* rect, const RestorationNeeds& needs)
+{
+    const auto bytesOf = [&](int width, int height, int planes) {
+        return RestorationBytes(width, height, planes, needs);
+    };
+    CheckRestorable(image, rect, BytesOfRegion(bytesOf));
 }
 
 double MeasureStarSigma(const CStlImage& image, const Run& run)

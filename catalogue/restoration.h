@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "corvane/core/run.h"
 #include "corvane/restore/region.h"
 #include "io/frame.h"
@@ -9,12 +11,14 @@ namespace corvane::catalogue {
 inline constexpr double kFwhmOfSigma = 2.354820045028949; ///< of a Gaussian
 
 /// How much memory a restoration of so many samples takes [bytes].
-using BytesOfRegion = double (*)(int width, int height, int planes);
+using BytesOfRegion = std::function<double(int width, int height, int planes)>;
 
 /// Throws Error, which names the first of them, when a region of an image (null: all of it) has samples that are blank,
 /// NaN or infinite: restorations would spread them. Throws Error, too, when the work would take more than the memory
 /// budget.
-void CheckRestorable(const CStlImage& image, const CRect* rect, BytesOfRegion bytesOf = RestorationBytes);
+void CheckRestorable(const CStlImage& image, const CRect* rect, const BytesOfRegion& bytesOf);
+/// The same for an iterative engine.
+void CheckRestorable(const CStlImage& image, const CRect* rect, const RestorationNeeds& needs = {});
 
 /// The blur of an image as its clear stars show it [pixels, as the sigma of a Gaussian], by the star finder's width. Throws
 /// Error when there are none, and Cancelled.

@@ -1,19 +1,28 @@
 // Restoration of blurred images.
 
+#include <algorithm>
 #include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "catalogue/mask.h"
 #include "catalogue/operations.h"
+#include "catalogue/psf.h"
 #include "catalogue/restoration.h"
 #include "corvane/core/error.h"
 #include "corvane/core/run.h"
 #include "corvane/core/walk.h"
 #include "corvane/platform/memory_exception.h"
+#include "corvane/restore/gauss_psf.h"
 #include "corvane/restore/lucy.h"
+#include "corvane/restore/lucy_engine.h"
 #include "corvane/restore/mem.h"
+#include "corvane/restore/mem_engine.h"
 #include "corvane/restore/wiener.h"
+#include "corvane/restore/wiener_filter.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -49,11 +58,23 @@ double SigmaOf(const Arguments& arguments, const CStlImage& image, const Run& ru
     return sigma;
 }
 
-void CheckSigma(const Arguments& arguments)
+void CheckBlur(const Arguments& arguments)
 {
-    if (arguments.Has("sigma") && arguments.Has("fwhm")) {
-        throw arguments.Refusal("fwhm", "sigma says the same; give one of them");
+    const char* first = nullptr;
+    for (const char* name : {"sigma", "fwhm", "psf"}) {
+        if (arguments.Has(name) && first != nullptr) {
+            throw arguments.Refusal(name, std::string(first) + " says the same; give one of them");
+        }
+        first = arguments.Has(name) ? name : first;
     }
+}
+
+/// A Gaussian as an image.
+PsfImage GaussianPsf(double sigma)
+{
+    constexpr int kSize = 64;
+    const std::unique_ptr<float[]> samples(MakeGaussPsf(sigma, kSize, kSize));
+    return {kSize, kSize, std::vector<float>(samples.get(), samples.get() + kSize * kSize)};
 }
 
 void ThrowUnlessDone(Restored end)
@@ -88,17 +109,43 @@ private:
     Image image_;
 };
 
+/// Lucy's job but for the function and its samples.
+LucyJob LucyJobOf(const io::Frame& frame, const Arguments& arguments)
+{
+    constexpr double kLeastNoise = 1e-30; // of an image that shows none
+    return {.isPsfCentred = true,
+            .iterations = arguments.Whole("iterations"),
+            .gain = arguments.Has("gain") ? arguments.Number("gain") : GainOf(frame.header),
+            .readNoise = arguments.Has("read-noise") ? arguments.Number("read-noise") : ReadNoiseOf(frame.header),
+            .damping = arguments.Number("damping"),
+            .skyNoise = arguments.Flag("protect") ? std::max(MeasureNoise(frame.image), kLeastNoise) : 0.0};
+}
+
+void SetPsf(const PsfImage& psf, LucyJob& job)
+{
+    job.psf = psf.samples.data();
+    job.psfWidth = psf.width;
+    job.psfHeight = psf.height;
+}
+
 void RunLucy(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     const CRect* const rect = arguments.Rectangle("rect");
-    CheckRestorable(frame.image, rect);
-    const double sigma = SigmaOf(arguments, frame.image, run);
-    const double gain = arguments.Has("gain") ? arguments.Number("gain") : GainOf(frame.header);
-    const double noise = arguments.Has("read-noise") ? arguments.Number("read-noise") : ReadNoiseOf(frame.header);
-    Tell(run, "gain", gain, "electrons per count");
-    Tell(run, "read-out noise", noise, "electrons");
-    Lent<CImgLucy> image(frame);
-    ThrowUnlessDone(image->Do(sigma, gain, noise, arguments.Whole("iterations"), rect, run));
+    std::optional<PsfImage> psf = GivenPsf(frame, arguments, run);
+    LucyJob job = LucyJobOf(frame, arguments);
+    SetPsf(psf.value_or(PsfImage()), job);
+    CheckRestorable(frame.image, rect, NeedsOf(job));
+    const double sigma = psf ? 0.0 : SigmaOf(arguments, frame.image, run);
+    Tell(run, "gain", job.gain, "electrons per count");
+    Tell(run, "read-out noise", job.readNoise, "electrons");
+    if (!psf && job.damping == 0.0 && job.skyNoise == 0.0) {
+        Lent<CImgLucy> image(frame);
+        ThrowUnlessDone(image->Do(sigma, job.gain, job.readNoise, job.iterations, rect, run));
+        return;
+    }
+    psf = psf ? psf : GaussianPsf(sigma);
+    SetPsf(*psf, job);
+    ThrowUnlessDone(RestoreLucy(frame.image, rect, job, run));
 }
 
 /// Moves the reference pixel with samples that moved half a pixel to the left and upwards.
@@ -113,12 +160,23 @@ void MoveReferencePixel(CStlImage& image)
 void RunMaxent(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     const CRect* const rect = arguments.Rectangle("rect");
-    CheckRestorable(frame.image, rect);
-    const double sigma = SigmaOf(arguments, frame.image, run);
+    const std::optional<PsfImage> psf = GivenPsf(frame, arguments, run);
+    CheckRestorable(frame.image, rect, psf ? RestorationNeeds::For(psf->width, psf->height) : RestorationNeeds());
+    const double sigma = psf ? 0.0 : SigmaOf(arguments, frame.image, run);
     const double noise = arguments.Has("noise") ? arguments.Number("noise") : MeasureNoise(frame.image);
     Tell(run, "noise", noise, "counts");
     if (!(noise > 0.0)) {
         throw InputError("image", "shows no noise to measure; give noise");
+    }
+    if (psf) {
+        const MemJob job{.psf = psf->samples.data(),
+                         .psfWidth = psf->width,
+                         .psfHeight = psf->height,
+                         .isPsfCentred = true,
+                         .variance = noise * noise,
+                         .iterations = arguments.Whole("iterations")};
+        ThrowUnlessDone(RestoreByEntropy(frame.image, rect, job, run));
+        return;
     }
     const bool isOnGrid = arguments.Flag("resample") || rect != nullptr || IsMixed(arguments);
     Lent<CImgMem> image(frame);
@@ -171,9 +229,14 @@ private:
 void RunWiener(io::Frame& frame, const Arguments& arguments, const Run& run)
 {
     const CRect* const rect = arguments.Rectangle("rect");
-    CheckRestorable(frame.image, rect, WienerBytes);
-    const double sigma = SigmaOf(arguments, frame.image, run) * kSqrt2; // of which the filter takes 0.7071
+    CheckRestorable(frame.image, rect, BytesOfRegion(WienerBytes));
     const double noise = arguments.Number("noise");
+    if (const std::optional<PsfImage> psf = GivenPsf(frame, arguments, run)) {
+        const PlainLevels levels(frame.image);
+        DeblurByWiener(frame.image, rect, psf->samples.data(), psf->width, psf->height, noise, run);
+        return;
+    }
+    const double sigma = SigmaOf(arguments, frame.image, run) * kSqrt2; // of which the filter takes 0.7071
     Lent<CImgWiener> image(frame);
     const CRect area = rect != nullptr ? *rect : CRect(0, 0, image->GetWidth(), image->GetHeight());
     {
@@ -214,15 +277,20 @@ Operation Lucy()
                     "of them make stars narrower, and noise coarser. Samples should be counts with any pedestal taken "
                     "off; those far below 0 take no part. Of a mean of n frames, gain is n times that of the camera "
                     "and the read-out noise the root of n times; NCOMBINE of the header is seen to.",
-            .parameters = {SigmaParameter(), FwhmParameter(),
+            .parameters = {SigmaParameter(), FwhmParameter(), PsfParameter(),
                            NumberParameter("gain", "electrons that make one count", "electrons per count", {1e-6, 1e12},
                                            "EGAIN of the header, else 1; times NCOMBINE"),
                            NumberParameter("read-noise", "noise of reading out a pixel", "electrons", {0.0, 1e9},
                                            "RDNOISE of the header, else 0; times the root of NCOMBINE"),
-                           IterationsParameter(20), RectangleParameter()},
+                           IterationsParameter(20),
+                           NumberParameter("damping",
+                                           "how much evenness counts against the fit; 0.002 to 0.02 keep noise from "
+                                           "growing with the iterations",
+                                           "", {0.0, 0.2}, 0.0),
+                           FlagParameter("protect", "keep stars from getting dark rings", false), RectangleParameter()},
             .footprint = Always(kWholeImage),
             .aliases = {"richardson-lucy", "deconvolve"},
-            .check = CheckSigma,
+            .check = CheckBlur,
             .run = RunLucy};
 }
 
@@ -236,7 +304,7 @@ Operation Maxent()
                 "pixel to the left of and above those of the image; the reference pixel of world coordinates (CRPIX) "
                 "follows, so that stars keep their right ascension and declination. With resample, with a mask or a "
                 "strength below 1, and inside a rectangle, samples stay in their places instead.",
-            .parameters = {SigmaParameter(), FwhmParameter(),
+            .parameters = {SigmaParameter(), FwhmParameter(), PsfParameter(),
                            NumberParameter("noise", "standard deviation of the noise", "counts", {1e-30, 1e12},
                                            "measured from neighbouring samples"),
                            IterationsParameter(100),
@@ -245,7 +313,7 @@ Operation Maxent()
                            RectangleParameter()},
             .footprint = Always(kWholeImage),
             .aliases = {"maximum-entropy", "mem"},
-            .check = CheckSigma,
+            .check = CheckBlur,
             .run = RunMaxent};
 }
 
@@ -257,12 +325,12 @@ Operation Wiener()
                 "Divides the blur out, frequency by frequency, as far as the noise allows. The quickest way, but "
                 "bright stars get dark rings and samples may fall below 0. The filter itself makes an image fainter, "
                 "by about 1000 sigma^2; this step gives the flux back. sigma is that of the blur.",
-            .parameters = {SigmaParameter(), FwhmParameter(),
+            .parameters = {SigmaParameter(), FwhmParameter(), PsfParameter(),
                            NumberParameter("noise", "power of the noise, over that of the image; more is smoother", "",
                                            {1e-9, 1.0}, 0.01),
                            RectangleParameter()},
             .footprint = Always(kWholeImage),
-            .check = CheckSigma,
+            .check = CheckBlur,
             .run = RunWiener};
 }
 

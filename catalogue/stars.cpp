@@ -7,6 +7,7 @@
 #include "catalogue/numbers.h"
 #include "catalogue/operations.h"
 #include "catalogue/plane.h"
+#include "catalogue/psf.h"
 #include "corvane/core/error.h"
 #include "corvane/core/text.h"
 
@@ -14,12 +15,6 @@ namespace corvane::catalogue {
 namespace {
 
 constexpr const char* kPlaces = "X,Y,...";
-
-int PlaneFor(const CStlImage& image, const Arguments& arguments)
-{
-    const int given = GivenPlane(arguments, image);
-    return given < 0 ? stars::StarPlane(image) : given;
-}
 
 /// The samples that places are in.
 std::vector<CPoint> PixelsOf(const CStlImage& image, const Arguments& arguments)
@@ -128,7 +123,7 @@ SeenStars FindStars(const CStlImage& image, const Arguments& arguments, const Ru
     if (arguments.Has("saturation")) {
         options.fullWell = arguments.Number("saturation");
     }
-    const int plane = PlaneFor(image, arguments);
+    const int plane = PlaneOfStars(arguments, image);
     SeenStars seen{plane, stars::FindFieldStars(image, plane, options, run)};
     if (seen.field.stars.empty()) {
         throw InputError("image", "no star rises " + NumberText(options.sigmas) + " standard deviations above the sky");
@@ -139,7 +134,7 @@ SeenStars FindStars(const CStlImage& image, const Arguments& arguments, const Ru
 SeenWidths MeasureStars(const CStlImage& image, const Arguments& arguments, const Run& run)
 {
     const double sigmas = arguments.Number("sigmas");
-    const int plane = PlaneFor(image, arguments);
+    const int plane = PlaneOfStars(arguments, image);
     SeenWidths seen{plane,
                     arguments.Has("at")
                         ? stars::MeasureStars(image, plane, PixelsOf(image, arguments), sigmas, run)
@@ -207,7 +202,7 @@ Table FieldTable(const SeenWidths& seen)
 
 std::vector<Operation> StarOperations()
 {
-    return {StarsOperation(), FindStarsOperation()};
+    return {StarsOperation(), FindStarsOperation(), PsfOperation()};
 }
 
 } // namespace corvane::catalogue

@@ -223,14 +223,20 @@ std::string CommandText(const Operation& operation, const Inputs& inputs, const 
     return text;
 }
 
+/// True for a word that stands for an image.
+bool IsWordOf(const Parameter& parameter, const std::string& text)
+{
+    return std::find(parameter.choices.begin(), parameter.choices.end(), text) != parameter.choices.end();
+}
+
 /// The files that an argument of one of these kinds names; a word that stands for something built in is none.
 std::vector<std::string> FilesOfKinds(std::initializer_list<Kind> kinds, const Arguments& arguments)
 {
     std::vector<std::string> files;
     for (const Argument& argument : arguments.List()) {
-        const Parameter& parameter = *argument.parameter;
-        const std::vector<std::string>& words = parameter.choices;
         const auto* file = std::get_if<std::string>(&argument.value);
+        const bool isWanted = std::find(kinds.begin(), kinds.end(), argument.parameter->kind) != kinds.end();
+        if (file != nullptr && isWanted && !IsWordOf(*argument.parameter, *file)) {
         if (file != nullptr && std::find(kinds.begin(), kinds.end(), parameter.kind) != kinds.end() &&
             std::find(words.begin(), words.end(), *file) == words.end()) {
             files.push_back(*file);
@@ -291,9 +297,10 @@ void CheckFiles(const Arguments& arguments)
             ReadPoints(std::get<std::string>(argument.value));
         } else if (argument.parameter->kind == Kind::Matrix) {
             ReadMixMatrix(std::get<std::string>(argument.value));
-        } else if (argument.parameter->kind == Kind::Image && std::holds_alternative<std::string>(argument.value)) {
-            io::OpenFrame(std::get<std::string>(argument.value));
         }
+    }
+    for (const std::string& file : FilesOfKinds({Kind::Image}, arguments)) {
+        io::OpenFrame(file);
     }
     for (const std::string& file : WrittenFilesOf(arguments)) {
         io::CheckSave(file);

@@ -102,6 +102,7 @@ void AddCommands(CLI::App& app, std::string& topic, Session& session)
     }
     AddStars(app, session);
     AddFindStars(app, session);
+    AddPsf(app, session);
     AddOps(app, session);
     AddHelp(app, topic, session);
     app.footer("Exit status: 0 done, 1 failed, 2 the command line is wrong, 130 cancelled.");

@@ -29,7 +29,9 @@ struct OperationWords {
     catalogue::Settings settings;
     Output output;
     bool json = false;
-    PrintTable print; ///< empty for an operation that makes an image
+    PrintTable print; ///< empty for an operation that makes nothing but an image
+
+    bool MakesImage() const { return operation->outputs.front().kind == catalogue::OutputKind::Image; }
 };
 
 std::string TypeName(const Parameter& parameter)
@@ -76,6 +78,8 @@ void AddOutputs(CLI::App& command, OperationWords& words)
 {
     if (words.print) {
         command.add_flag("--json", words.json, "Print JSON");
+    }
+    if (!words.MakesImage()) {
         return;
     }
     const bool hasScale = catalogue::FindNamed(words.operation->parameters, "scale") != nullptr;
@@ -149,10 +153,18 @@ void SayFits(const OperationWords& words, const catalogue::Outputs& outputs)
     }
 }
 
+/// The first table of those that were made.
+const catalogue::Table& TableOf(const OperationWords& words, const catalogue::Outputs& outputs)
+{
+    const auto& all = words.operation->outputs;
+    const auto isTable = [](const catalogue::Output& output) { return output.kind != catalogue::OutputKind::Image; };
+    return std::get<catalogue::Table>(outputs.find(std::find_if(all.begin(), all.end(), isTable)->name)->second);
+}
+
 int Perform(const OperationWords& words, const Session& session)
 {
     const catalogue::Arguments arguments = catalogue::MakeArguments(*words.operation, words.settings);
-    if (!words.print) {
+    if (words.MakesImage()) {
         std::vector<std::string> files = FilesOf(words.files, *words.operation);
         const std::vector<std::string> others = catalogue::FilesOf(arguments);
         files.insert(files.end(), others.begin(), others.end());
@@ -162,14 +174,13 @@ int Perform(const OperationWords& words, const Session& session)
     catalogue::CheckFiles(arguments);
     const catalogue::Outputs outputs = Work(words, arguments, session);
     ThrowIfCancelled();
-    const auto& first = outputs.find(words.operation->outputs.front().name)->second;
-    if (words.print) {
-        words.print(std::get<catalogue::Table>(first), words.json);
-        return kDone;
+    if (words.MakesImage()) {
+        const auto& frame = std::get<io::Frame>(outputs.find(words.operation->outputs.front().name)->second);
+        io::Save(words.output.path, frame.image, frame.header, words.output.save);
     }
-    const auto& frame = std::get<io::Frame>(first);
-    io::Save(words.output.path, frame.image, frame.header, words.output.save);
-    if (!session.quiet) {
+    if (words.print && (!session.quiet || words.json || !words.MakesImage())) {
+        words.print(TableOf(words, outputs), words.json);
+    } else if (!words.print && !session.quiet) {
         SayFits(words, outputs);
     }
     return kDone;

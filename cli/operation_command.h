@@ -35,7 +35,7 @@ void AddParameters(CLI::App& command, const catalogue::Operation& operation, cat
 using PrintTable = std::function<void(const catalogue::Table& table, bool json)>;
 
 /// Adds a command that is an operation of the catalogue: its inputs are the words of the command line, its parameters
-/// options. It writes the image that comes out, or prints the numbers.
+/// options. It writes the image that comes out, and prints the numbers where it is told how.
 void AddOperation(CLI::App& app, Session& session, const char* name, const PrintTable& print = {});
 
 } // namespace corvane::cli

@@ -63,6 +63,7 @@ void AddRegister(CLI::App& app, Session& session);
 void AddMatch(CLI::App& app, Session& session);
 void AddStars(CLI::App& app, Session& session);
 void AddFindStars(CLI::App& app, Session& session);
+void AddPsf(CLI::App& app, Session& session);
 void AddOps(CLI::App& app, Session& session);
 /// @}
 

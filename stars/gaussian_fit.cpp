@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "corvane/core/exponential.h"
+#include "stars/normal_equations.h"
 
 namespace corvane::stars {
 
@@ -48,16 +49,11 @@ std::vector<Sample> SamplesWithin(const Stamp& stamp, double radius)
     return samples;
 }
 
-/// Sums over all samples that tell how to step towards less squares: matrix * step = right.
-struct Normal {
-    std::array<Vector, kUnknowns> matrix{};
-    Vector right{};
-    double squares = 0.0;
-};
+using GaussianEquations = NormalEquations<kUnknowns>;
 
-Normal NormalAt(const std::vector<Sample>& samples, const Vector& at)
+GaussianEquations EquationsAt(const std::vector<Sample>& samples, const Vector& at)
 {
-    Normal sums;
+    GaussianEquations sums;
     const double perVariance = 1.0 / (at[kSigma] * at[kSigma]);
     for (const Sample& sample : samples) {
         const double dx = sample.x - at[kX];
@@ -68,40 +64,17 @@ Normal NormalAt(const std::vector<Sample>& samples, const Vector& at)
         const Vector slopes{shape, light * dx * perVariance, light * dy * perVariance, light * square / at[kSigma],
                             1.0};
         const double rest = sample.value - light - at[kSky];
-        sums.squares += rest * rest;
-        for (std::size_t i = 0; i < kUnknowns; ++i) {
-            sums.right[i] += slopes[i] * rest;
-            for (std::size_t j = 0; j < kUnknowns; ++j) {
-                sums.matrix[i][j] += slopes[i] * slopes[j];
-            }
-        }
+        sums.Add(slopes, rest);
     }
     return sums;
 }
 
-/// The solution of a positive definite system, its diagonal raised by a share of itself; not finite where there is none.
-Vector Solved(Normal normal, double damping)
+Vector StepOf(GaussianEquations equations, double damping)
 {
-    auto& [matrix, right, squares] = normal;
-    for (std::size_t i = 0; i < kUnknowns; ++i) {
-        matrix[i][i] *= 1.0 + damping;
-    }
-    for (std::size_t i = 0; i < kUnknowns; ++i) {
-        for (std::size_t row = i + 1; row < kUnknowns; ++row) {
-            const double factor = matrix[row][i] / matrix[i][i];
-            for (std::size_t j = i; j < kUnknowns; ++j) {
-                matrix[row][j] -= factor * matrix[i][j];
-            }
-            right[row] -= factor * right[i];
-        }
-    }
-    for (std::size_t i = kUnknowns; i-- > 0;) {
-        for (std::size_t j = i + 1; j < kUnknowns; ++j) {
-            right[i] -= matrix[i][j] * right[j];
-        }
-        right[i] /= matrix[i][i];
-    }
-    return right;
+    equations.Damp(damping);
+    equations.Eliminate();
+    equations.Substitute();
+    return equations.right;
 }
 
 bool IsStar(const Vector& at, double radius)
@@ -114,15 +87,15 @@ bool IsStar(const Vector& at, double radius)
 std::optional<Vector> Fit(const std::vector<Sample>& samples, Vector at, double radius)
 {
     double damping = kDamping;
-    Normal here = NormalAt(samples, at);
+    GaussianEquations here = EquationsAt(samples, at);
     for (int round = 0; round < kMostSteps; ++round) {
-        const Vector step = Solved(here, damping);
+        const Vector step = StepOf(here, damping);
         Vector next = at;
         std::transform(at.begin(), at.end(), step.begin(), next.begin(), [](double a, double s) { return a + s; });
         if (!IsStar(next, radius)) { // NaN is none
             return std::nullopt;
         }
-        const Normal there = NormalAt(samples, next);
+        const GaussianEquations there = EquationsAt(samples, next);
         if (there.squares <= here.squares) {
             const bool isSettled = std::fabs(step[kSigma]) < kSettledStep * at[kSigma];
             at = next;

@@ -33,10 +33,14 @@ Convolver::Convolver(int width, int height, int threads)
 
 void Convolver::SetPsf(const float* psf)
 {
-    const std::ptrdiff_t peak = std::max_element(psf, psf + Size()) - psf;
+    SetPsf(psf, std::max_element(psf, psf + Size()) - psf);
+}
+
+void Convolver::SetPsf(const float* psf, std::ptrdiff_t origin)
+{
     for (std::ptrdiff_t y = 0; y < Height(); ++y) {
-        const float* const row = psf + (y + peak / Width()) % Height() * Width();
-        std::rotate_copy(row, row + peak % Width(), row + Width(), spectrum_.data() + y * Width());
+        const float* const row = psf + (y + origin / Width()) % Height() * Width();
+        std::rotate_copy(row, row + origin % Width(), row + Width(), spectrum_.data() + y * Width());
     }
     SetKernel(spectrum_.data());
     const float sum = transfer_[0];

@@ -25,6 +25,8 @@ public:
     /// Takes the function from a plane of the same size, brought to a sum of 1. Its peak, the first largest sample of the
     /// first row that holds it, becomes the origin.
     void SetPsf(const float* psf);
+    /// The same with an origin that is known, counted from the first sample on.
+    void SetPsf(const float* psf, std::ptrdiff_t origin);
     /// Takes any function from a plane of the same size, as it is: its origin is the first sample.
     void SetKernel(const float* kernel);
     /// Convolves a plane with the function. `out` may be `in`.

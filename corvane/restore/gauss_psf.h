@@ -10,6 +10,6 @@ namespace corvane {
 ///
 /// The sum of all samples divides the first one alone, once for every sample. So that one is 0 where the sum is above 1,
 /// and from a sigma of about 9.9 on it outgrows the peak. Restorations bring the sum to 1 themselves.
-float* MakeGaussPsf(double sigma, int width, int height);
+CORVANE_VISIBLE float* MakeGaussPsf(double sigma, int width, int height);
 
 } // namespace corvane

@@ -21,6 +21,9 @@ public:
     int Left() const { return (width_ - innerWidth_) / 2; }
     int Top() const { return (height_ - innerHeight_) / 2; }
 
+    /// Where sample (width / 2, height / 2) of the plane is in the grid.
+    std::ptrdiff_t Middle() const { return Row(innerHeight_ / 2) + innerWidth_ / 2; }
+
     /// Copies a plane to its place in the grid.
     void Place(const float* plane, float* grid) const
     {

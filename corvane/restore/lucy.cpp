@@ -6,7 +6,6 @@
 #include "corvane/resources/string_table.h"
 #include "corvane/restore/gauss_psf.h"
 #include "corvane/restore/lucy_engine.h"
-#include "corvane/restore/region.h"
 
 using namespace corvane;
 
@@ -30,17 +29,14 @@ int CImgLucy::Do(double sigma, double gain, double readNoise, int iterations, CR
 
 Restored CImgLucy::Do(double sigma, double gain, double readNoise, int iterations, const CRect* rect, const Run& run)
 {
-    Region region(*this, rect);
     const std::unique_ptr<float[]> psf(MakeGauss(sigma, kPsfSize, kPsfSize));
-    const LucyJob job{.width = region.Width(),
-                      .height = region.Height(),
-                      .psf = psf.get(),
+    const LucyJob job{.psf = psf.get(),
                       .psfWidth = kPsfSize,
                       .psfHeight = kPsfSize,
                       .iterations = iterations,
                       .gain = gain,
                       .readNoise = readNoise};
-    return RestorePlanes(region, *this, [&](float* plane, int number) { return RestoreLucy(plane, job, run, number); });
+    return RestoreLucy(*this, rect, job, run);
 }
 
 float* CImgLucy::MakeGauss(double sigma, int width, int height)

@@ -9,6 +9,9 @@
 #include "corvane/resources/string_table.h"
 #include "corvane/restore/grid.h"
 #include "corvane/restore/lucy_rows.h"
+#include "corvane/restore/region.h"
+#include "corvane/restore/star_floor.h"
+#include "corvane/restore/total_variation.h"
 
 namespace corvane {
 
@@ -17,17 +20,23 @@ namespace {
 constexpr double kLeastSensitivity = 0.001; // of the largest
 constexpr double kLineTolerance = 0.01;
 constexpr int kLineRounds = 20;
+constexpr float kLeastRise = 0.001F; // of the first estimate, above the floor
+constexpr double kFlat = 0.1;        // deviations of the noise: a slope below counts as none
 
 class LucyEngine {
 public:
-    LucyEngine(const float* data, const LucyJob& job, const Run& run, int plane);
+    /// The floor is of the plane's size, or empty.
+    LucyEngine(const float* data, const std::vector<float>& floor, const LucyJob& job, const Run& run, int plane);
 
     Restored Restore();
     /// Writes the restored plane.
-    void Write(float* data) const { grid_.Take(estimate_.data(), data); }
+    void Write(float* data) { grid_.Take(Image().data(), data); }
 
 private:
     void Start();
+    void SetPsf();
+    void Stand();
+    const Samples& Image();
     void MakeSensitivity();
     LucyEnd Iterate(int iteration);
     void Correct();
@@ -52,19 +61,33 @@ private:
     Samples modelStep_;
     Samples previousStep_;
     Samples previousModelStep_;
+    Samples floor_;     ///< below the estimate; empty: 0
+    Samples image_;     ///< the estimate on the floor, where there is one
+    Samples curvature_; ///< with damping
+    TotalVariation variation_;
     bool isBelowZero_ = true; ///< samples of the estimate may be
     double chiSquare_ = 0.0;
 };
 
-LucyEngine::LucyEngine(const float* data, const LucyJob& job, const Run& run, int plane)
+LucyEngine::LucyEngine(const float* data, const std::vector<float>& floor, const LucyJob& job, const Run& run,
+                       int plane)
     : job_(job), run_(run), progress_(run), plane_(plane), grid_(job.width, job.height, job.psfWidth, job.psfHeight),
       convolver_(grid_.Width(), grid_.Height(), run.Threads()),
       rows_(grid_.Size(), job.gain, job.readNoise, run.Threads()), sensitivity_(grid_.Size()),
       estimate_(rows_.loops.Make(0.0F)), model_(grid_.Size()), step_(rows_.loops.Make(0.0F)), modelStep_(grid_.Size()),
-      previousStep_(grid_.Size()), previousModelStep_(grid_.Size())
+      previousStep_(grid_.Size()), previousModelStep_(grid_.Size()),
+      variation_(grid_.Width(), grid_.Height(), run.Threads())
 {
     grid_.Place(data, rows_.data.data());
     grid_.Fill(1.0F, rows_.weight.data());
+    if (!floor.empty()) {
+        floor_ = rows_.loops.Make(0.0F);
+        image_.resize(grid_.Size());
+        grid_.Place(floor.data(), floor_.data());
+    }
+    if (job.damping > 0.0) {
+        curvature_.resize(grid_.Size());
+    }
 }
 
 Restored LucyEngine::Restore()
@@ -94,21 +117,55 @@ void LucyEngine::Start()
     progress_.Open(plane_ == 0 ? IDS_LUCY_INIT : IDS_LUCY_INIT_PLANES, plane_);
     progress_.Reach(5.0);
     const double mean = rows_.Mean();
+    const double level = mean >= 0.0 ? mean : 1.0;
     if (job_.initial != nullptr) {
         grid_.Place(job_.initial, estimate_.data());
     } else {
-        grid_.Fill(static_cast<float>(mean >= 0.0 ? mean : 1.0), estimate_.data());
+        grid_.Fill(static_cast<float>(level), estimate_.data());
     }
-    Grid(job_.psfWidth, job_.psfHeight, job_.width, job_.height).Place(job_.psf, step_.data());
-    std::replace_if(
-        step_.begin(), step_.end(), [](float v) { return v < 0.0F; }, 0.0F);
-    convolver_.SetPsf(step_.data());
+    SetPsf();
     progress_.Reach(10.0);
     MakeSensitivity();
-    convolver_.Convolve(estimate_.data(), model_.data(), progress_.Between(30.0, 90.0));
+    Stand();
+    convolver_.Convolve(Image().data(), model_.data(), progress_.Between(30.0, 90.0));
+    variation_.SetLeast(kFlat * std::sqrt(rows_.VarianceAt(level)));
     progress_.Reach(90.0);
     chiSquare_ = rows_.ReducedChiSquare(model_);
     progress_.Reach(100.0);
+}
+
+/// Takes the function from the job, without what is below 0.
+void LucyEngine::SetPsf()
+{
+    const Grid ofPsf(job_.psfWidth, job_.psfHeight, job_.width, job_.height);
+    ofPsf.Place(job_.psf, step_.data());
+    std::replace_if(
+        step_.begin(), step_.end(), [](float v) { return v < 0.0F; }, 0.0F);
+    if (job_.isPsfCentred) {
+        convolver_.SetPsf(step_.data(), ofPsf.Middle());
+    } else {
+        convolver_.SetPsf(step_.data());
+    }
+}
+
+/// Makes the first estimate what rises above the floor, by which it is a little above it everywhere.
+void LucyEngine::Stand()
+{
+    if (!floor_.empty()) {
+        rows_.loops.Fill(estimate_, [e = estimate_.data(), f = floor_.data()](std::size_t i) {
+            return e[i] > 0.0F ? std::max(e[i] - f[i], kLeastRise * e[i]) : 0.0F;
+        });
+    }
+}
+
+/// The estimate on its floor.
+const Samples& LucyEngine::Image()
+{
+    if (floor_.empty()) {
+        return estimate_;
+    }
+    rows_.loops.Fill(image_, [e = estimate_.data(), f = floor_.data()](std::size_t i) { return e[i] + f[i]; });
+    return image_;
 }
 
 LucyStart LucyEngine::Beginning() const
@@ -142,7 +199,7 @@ LucyEnd LucyEngine::Iterate(int iteration)
     progress_.OpenIteration(IDS_LUCY, IDS_LUCY_PLANE, plane_, iteration);
     Correct();
     LucyIteration done;
-    if (job_.mode == LucyMode::kPlain) {
+    if (job_.mode == LucyMode::kPlain || job_.damping > 0.0) {
         rows_.Move(1.0, step_, estimate_);
         convolver_.Convolve(estimate_.data(), model_.data(), progress_.Between(40.0, 80.0));
         progress_.Reach(80.0);
@@ -170,7 +227,12 @@ void LucyEngine::Correct()
 {
     rows_.Ratios(model_, step_);
     convolver_.Correlate(step_.data(), step_.data(), progress_.Between(0.0, 40.0));
-    rows_.ToSteps(estimate_, sensitivity_, step_);
+    if (job_.damping > 0.0) {
+        variation_.FindCurvature(Image(), curvature_);
+        rows_.loops.Fill(curvature_, [damping = job_.damping, c = curvature_.data(), s = sensitivity_.data()](
+                                         std::size_t i) { return s[i] * (1.0 - damping * c[i]); });
+    }
+    rows_.ToSteps(estimate_, job_.damping > 0.0 ? curvature_ : sensitivity_, step_);
 }
 
 /// Moves estimate and model along the step, or along a direction made of it and of the one before, from the second
@@ -242,7 +304,9 @@ double LucyEngine::FindFactor(double least, double most, Slope slope)
 Restored RestoreLucy(float* data, const LucyJob& job, const Run& run, int plane)
 {
     try {
-        LucyEngine engine(data, job, run, plane);
+        const std::vector<float> floor =
+            job.skyNoise > 0.0 ? StarFloor(data, job, run.Threads()) : std::vector<float>();
+        LucyEngine engine(data, floor, job, run, plane);
         const Restored end = engine.Restore();
         engine.Write(data);
         return end;
@@ -251,6 +315,20 @@ Restored RestoreLucy(float* data, const LucyJob& job, const Run& run, int plane)
     } catch (const Cancelled&) {
         return Restored::kCancelled;
     }
+}
+
+Restored RestoreLucy(CStlImage& image, const CRect* rect, LucyJob job, const Run& run)
+{
+    Region region(image, rect, NeedsOf(job));
+    job.width = region.Width();
+    job.height = region.Height();
+    return RestorePlanes(region, image, [&](float* plane, int number) { return RestoreLucy(plane, job, run, number); });
+}
+
+RestorationNeeds NeedsOf(const LucyJob& job)
+{
+    const int more = (job.damping > 0.0 ? 1 : 0) + (job.skyNoise > 0.0 ? 3 : 0); // floor, image and the plane's floor
+    return RestorationNeeds::For(job.psfWidth, job.psfHeight, more);
 }
 
 } // namespace corvane

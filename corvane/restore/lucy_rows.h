@@ -33,6 +33,9 @@ public:
     /// as they stay.
     double Mean();
 
+    /// The variance of a sample of the model [raw units squared].
+    double VarianceAt(double model) const { return (model + noise_) / gain_; }
+
     /// (data + noise) / (model + noise) * weight, where a denominator of 0 counts as 1; noise is the variance of the
     /// read-out noise over the gain, as it stands beside samples.
     void Ratios(const Samples& model, Samples& ratios) const;

@@ -6,7 +6,6 @@
 #include "corvane/resources/string_table.h"
 #include "corvane/restore/gauss_psf.h"
 #include "corvane/restore/mem_engine.h"
-#include "corvane/restore/region.h"
 
 using namespace corvane;
 
@@ -31,20 +30,14 @@ int CImgMem::Do(double sigma, double noiseSigma, int iterations, CRect* rect, in
 
 Restored CImgMem::Do(double sigma, double noiseSigma, int iterations, const CRect* rect, bool isOnGrid, const Run& run)
 {
-    Region region(*this, rect);
     const int size = isOnGrid ? kPsfSizeOnGrid : kOddPsfSize;
     const std::unique_ptr<float[]> psf(MakeGauss(sigma, size, size));
-    const MemJob job{.width = region.Width(),
-                     .height = region.Height(),
-                     .psf = psf.get(),
+    const MemJob job{.psf = psf.get(),
                      .psfWidth = size,
                      .psfHeight = size,
                      .variance = noiseSigma * noiseSigma,
                      .iterations = iterations};
-    return RestorePlanes(region, *this, [&](float* plane, int number) {
-        const int status = RestoreByEntropy(plane, job, run, number);
-        return status == kMemNothingToFit ? Restored::kNotANumber : EndOfStatus(status);
-    });
+    return RestoreByEntropy(*this, rect, job, run);
 }
 
 float* CImgMem::MakeGauss(double sigma, int width, int height)

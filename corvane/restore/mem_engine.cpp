@@ -11,6 +11,7 @@
 #include "corvane/core/power.h"
 #include "corvane/resources/string_table.h"
 #include "corvane/restore/grid.h"
+#include "corvane/restore/region.h"
 #include "corvane/restore/samples.h"
 #include "corvane/restore/subspace.h"
 
@@ -153,8 +154,13 @@ void MemEngine::Start()
 {
     progress_.Open(plane_ == 0 ? IDS_MEM_INIT : IDS_MEM_INIT_PLANE, plane_);
     Samples& psf = directions_[0];
-    Grid(job_.psfWidth, job_.psfHeight, grid_.Width(), grid_.Height()).Place(job_.psf, psf.data());
-    convolver_.SetPsf(psf.data());
+    const Grid ofPsf(job_.psfWidth, job_.psfHeight, grid_.Width(), grid_.Height());
+    ofPsf.Place(job_.psf, psf.data());
+    if (job_.isPsfCentred) {
+        convolver_.SetPsf(psf.data(), ofPsf.Middle());
+    } else {
+        convolver_.SetPsf(psf.data());
+    }
     progress_.Reach(50.0);
     convolver_.Convolve(image_.data(), model_.data(), progress_.Between(50.0, 100.0));
 }
@@ -386,6 +392,17 @@ int RestoreByEntropy(float* data, const MemJob& job, const Run& run, int plane)
     } catch (const Cancelled&) {
         return kMemCancelled;
     }
+}
+
+Restored RestoreByEntropy(CStlImage& image, const CRect* rect, MemJob job, const Run& run)
+{
+    Region region(image, rect, RestorationNeeds::For(job.psfWidth, job.psfHeight));
+    job.width = region.Width();
+    job.height = region.Height();
+    return RestorePlanes(region, image, [&](float* plane, int number) {
+        const int status = RestoreByEntropy(plane, job, run, number);
+        return status == kMemNothingToFit ? Restored::kNotANumber : EndOfStatus(status);
+    });
 }
 
 } // namespace corvane

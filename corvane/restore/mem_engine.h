@@ -2,6 +2,7 @@
 
 #include "corvane/core/diagnostic.h"
 #include "corvane/core/run.h"
+#include "corvane/core/stl_image.h"
 #include "corvane/restore/restore_progress.h"
 
 namespace corvane {
@@ -13,8 +14,9 @@ struct MemJob {
     const float* psf = nullptr;
     int psfWidth = 0;
     int psfHeight = 0;
-    double variance = 1.0; ///< of the noise [raw units squared]
-    int iterations = 0;    ///< at most
+    bool isPsfCentred = false; ///< its origin is the sample (psfWidth / 2, psfHeight / 2), not the largest one
+    double variance = 1.0;     ///< of the noise [raw units squared]
+    int iterations = 0;        ///< at most
 };
 
 /// @name What the engine returns, a digit each
@@ -43,5 +45,9 @@ CORVANE_VISIBLE Restored EndOfStatus(int status);
 /// `data` is 1 x 1 or larger and stays as it is unless the status is `kMemDone` or `kMemNotReached`. `plane` is its
 /// number, from 1 on, or 0 for the only one. The run hears of a `MemStart` and of each `MemIteration`.
 CORVANE_VISIBLE int RestoreByEntropy(float* data, const MemJob& job, const Run& run, int plane);
+
+/// Restores the planes of an image inside a rectangle, in place; null means the whole image. The size of the job is that of
+/// the rectangle. Cancelled, it leaves the image as it is. Throws CMemoryException when it does not fit the memory budget.
+CORVANE_VISIBLE Restored RestoreByEntropy(CStlImage& image, const CRect* rect, MemJob job, const Run& run);
 
 } // namespace corvane

@@ -12,8 +12,6 @@ namespace {
 
 constexpr std::int64_t kLongestSide = std::int64_t{1}
                                       << 28; // transforms of lengths up to eight times this count in int
-constexpr double kWorkFloats = 13.0;
-constexpr double kMargin = 64.0; // by which a grid is at most wider or higher than a region
 
 /// From one edge to the other; 0 when they are turned over.
 std::int64_t Extent(std::int64_t low, std::int64_t high)
@@ -23,10 +21,11 @@ std::int64_t Extent(std::int64_t low, std::int64_t high)
 
 } // namespace
 
-double RestorationBytes(int width, int height, int planes)
+double RestorationBytes(int width, int height, int planes, const RestorationNeeds& needs)
 {
     const double samples = static_cast<double>(width) * height * planes;
-    return sizeof(float) * (samples + kWorkFloats * (width + kMargin) * (height + kMargin));
+    const double margin = needs.margin;
+    return sizeof(float) * (samples + needs.arrays * (width + margin) * (height + margin));
 }
 
 Area::Area(const CStlImage& image, const CRect* rect)
@@ -46,12 +45,12 @@ Area::Area(const CStlImage& image, const CRect* rect)
     }
 }
 
-Region::Region(const CStlImage& image, const CRect* rect) : area_(image, rect)
+Region::Region(const CStlImage& image, const CRect* rect, const RestorationNeeds& needs) : area_(image, rect)
 {
     if (area_.IsEmpty() || image.GetImageSize() == 0) {
         return;
     }
-    const double bytes = RestorationBytes(area_.width, area_.height, image.GetPlanes());
+    const double bytes = RestorationBytes(area_.width, area_.height, image.GetPlanes(), needs);
     if (bytes > static_cast<double>(MemoryBudget())) {
         AfxThrowMemoryException();
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -9,9 +10,22 @@
 
 namespace corvane {
 
-/// Bytes that the iterative engines take at most for a region of an image: the copies of its planes, and 13 floats for each sample of
-/// the grid that one plane is worked on in.
-CORVANE_VISIBLE double RestorationBytes(int width, int height, int planes);
+/// What an iterative engine needs beside the region that it works on.
+struct RestorationNeeds {
+    int margin = 64; ///< by which a grid is at most wider or higher than a region [pixels]
+    int arrays = 13; ///< floats for each sample of the grid
+
+    /// With a function of a size, and more arrays than usual.
+    static RestorationNeeds For(int psfWidth, int psfHeight, int moreArrays = 0)
+    {
+        const RestorationNeeds usual;
+        return {std::max({usual.margin, psfWidth, psfHeight}), usual.arrays + moreArrays};
+    }
+};
+
+/// Bytes that the iterative engines take at most for a region of an image: the copies of its planes, and the arrays of the
+/// grid that one plane is worked on in.
+CORVANE_VISIBLE double RestorationBytes(int width, int height, int planes, const RestorationNeeds& needs = {});
 
 /// Where a restoration works: the whole image for no rectangle or one of the image's size, else the rectangle as it is
 /// given, which may lie beyond the image.
@@ -35,7 +49,7 @@ class Region {
 public:
     /// Copies the samples; beyond the image, those of its edge. An area without samples, or an image without any, has no
     /// planes. Throws CMemoryException, also when restoring them would take more than the memory budget.
-    Region(const CStlImage& image, const CRect* rect);
+    Region(const CStlImage& image, const CRect* rect, const RestorationNeeds& needs = {});
 
     int Width() const { return area_.width; }
     int Height() const { return area_.height; }

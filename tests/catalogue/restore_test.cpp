@@ -1,5 +1,8 @@
 #include <cmath>
+#include <memory>
+#include <utility>
 
+#include "catalogue/apply.h"
 #include "catalogue/restoration.h"
 #include "catalogue/step.h"
 #include "corvane/core/error.h"
@@ -96,6 +99,82 @@ TEST(Restoration, WienerKeepsFluxLevelsAndPlaces)
         EXPECT_NEAR(StarPlace(after, 0), 40.0, 0.05);
         EXPECT_EQ(after.GetPixelGrayRaw(7, 50, 1) == before.image.GetPixelGrayRaw(7, 50, 1), !rect.empty());
     }
+}
+
+TEST(Restoration, TakesTheFunctionOfAFileOrOfItsStars)
+{
+    const io::Frame frame = FrameWithStar();
+    io::Frame psf;
+    const std::vector<float> samples = GaussPsf(1.5, 31);
+    psf.image = Make(31, 31, 1, [&](int x, int y, int) { return 7.0 * samples[y * 31 + x]; }); // of any sum
+    for (const std::string name : {"lucy", "maxent", "wiener"}) {
+        SCOPED_TRACE(name);
+        const float before = frame.image.GetPixelGrayRaw(40, 50, 0);
+        const bool isIterative = name != "wiener";
+        Settings settings{{"psf", std::make_shared<const io::Frame>(psf)}};
+        if (isIterative) {
+            settings.push_back({"iterations", 10});
+        }
+        const CStlImage after = Apply(frame.image, name, settings);
+        const CStlImage ofStars = Restored(name + (isIterative ? ":psf=auto,iterations=10" : ":psf=auto"), frame);
+        for (const CStlImage* image : {&after, &ofStars}) {
+            EXPECT_GT(image->GetPixelGrayRaw(40, 50, 0), 1.3F * before);
+            EXPECT_NEAR(StarPlace(*image, 0), 40.0, 0.05);
+            EXPECT_NEAR(StarPlace(*image, 1), 50.0, 0.05);
+            EXPECT_NEAR(image->GetAvrGrayRaw(0) / frame.image.GetAvrGrayRaw(0), 1.0, 0.02);
+        }
+        EXPECT_NE(Samples(after), Samples(ofStars));
+    }
+    EXPECT_NE(Samples(Restored("lucy:fwhm=3.5,damping=0.01")), Samples(Restored("lucy:fwhm=3.5")));
+    EXPECT_NE(Samples(Restored("lucy:fwhm=3.5,protect=yes")), Samples(Restored("lucy:fwhm=3.5")));
+}
+
+TEST(Restoration, TurnsAFunctionOfTheOtherOrderOfRows)
+{
+    io::Frame frame = FrameWithStar();
+    frame.header.Set("ROWORDER", "TOP-DOWN");
+    io::Frame psf;
+    psf.image = Make(5, 5, 1, [](int x, int y, int) { return x == 2 ? 1.0 + y * y : 0.0; });
+    io::Frame turned = psf;
+    turned.image = Make(5, 5, 1, [](int x, int y, int) { return x == 2 ? 1.0 + (4 - y) * (4 - y) : 0.0; });
+    psf.header.Set("ROWORDER", "TOP-DOWN");
+    turned.header.Set("ROWORDER", "BOTTOM-UP");
+    const auto restored = [&](const io::Frame& function) {
+        return Samples(
+            Apply(frame, "lucy", {{"psf", std::make_shared<const io::Frame>(function)}, {"iterations", 3}}).image);
+    };
+    EXPECT_EQ(restored(psf), restored(turned));
+    turned.header.Set("ROWORDER", "TOP-DOWN");
+    EXPECT_NE(restored(psf), restored(turned));
+}
+
+TEST(Restoration, RefusesWhatIsNoFunction)
+{
+    const auto errorOf = [](const CStlImage& psf) {
+        return test::ErrorOf<Error>([&] { Apply(FrameWithStar().image, "lucy", {{"psf", AsValue(psf)}}); });
+    };
+    const auto ofValue = [](int width, int planes, double value) {
+        return Make(width, 5, planes, [=](int x, int y, int) { return x == 2 && y == 2 ? value : -0.1; });
+    };
+    EXPECT_EQ(errorOf(ofValue(97, 1, 5.0)),
+              "lucy: psf: must not be larger than the image, 96 x 96 pixels; it is 97 x 5");
+    EXPECT_EQ(errorOf(ofValue(5, 3, 5.0)), "lucy: psf: must have 1 plane; it has 3");
+    EXPECT_EQ(errorOf(ofValue(5, 1, NAN)), "lucy: psf: has an undefined sample at column 2, row 2");
+    EXPECT_EQ(errorOf(ofValue(5, 1, 0.5)).find("lucy: psf: must have samples whose sum is above 0; it is -1.9"), 0U);
+    EXPECT_EQ(errorOf(ofValue(5, 1, 9.0)), "no error");
+    EXPECT_EQ(ErrorOf("lucy:sigma=2,psf=auto"), "lucy: psf = auto: sigma says the same; give one of them");
+    EXPECT_EQ(ErrorOf("wiener:fwhm=2,psf=auto"), "wiener: psf = auto: fwhm says the same; give one of them");
+    EXPECT_EQ(ErrorOf("lucy:psf=none.fits"), "none.fits: no such file");
+    io::Frame blank = FrameWithStar();
+    Write(Field(96, 96, 7.0), blank.image);
+    EXPECT_EQ(ErrorOf("lucy:psf=auto", blank),
+              "lucy: psf = auto: there is no star to measure; give psf, sigma or fwhm");
+    EXPECT_EQ(test::ErrorOf<Error>([&] {
+                  Inputs inputs;
+                  inputs["image"].push_back(blank);
+                  Apply("psf", std::move(inputs), {});
+              }),
+              "psf: image: has no star to measure");
 }
 
 TEST(Restoration, MaxentKeepsStarsWhereTheCoordinatesHaveThem)

@@ -102,7 +102,8 @@ protected:
         moved.arguments = {};
         const Arguments arguments = MovedInto(cut, step.arguments);
         for (Argument argument : arguments.List()) {
-            if (argument.parameter->kind == Kind::Image) {
+            const std::vector<std::string> files = FilesOf(step.arguments); // words may stand for images
+            if (argument.parameter->kind == Kind::Image && !files.empty()) {
                 io::Frame other = io::Load(std::get<std::string>(argument.value));
                 BringToOrderOf(frame, other, {});
                 const io::Frame part = Cut(std::move(other), cut);

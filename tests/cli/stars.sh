@@ -30,6 +30,13 @@ refuse 2 '--json excludes --csv' stars "$a" --csv --json
 refuse 1 '--plane = 2: must be 0, since the image has 1 plane' find-stars "$a" --plane 2
 refuse 2 'plot.png: is no name for a plot' stars "$a" --plot plot.png
 refuse 2 'is both input and output' stars map.png --map map.png
+check 0 '^  column .* beta .*'$'\n'' *0 +0 +[0-9]+ +[0-9.]+' psf "$a" -o psf.fits
+check 0 'psf.fits.*1 plane' info psf.fits
+check 0 '"column": 1,.*"row": 1,.*"beta": null' psf "$a" -q -o zones.fits --zones 2 --size 9 --model gaussian --json
+check 0 '18 x 18' info zones.fits
+check 0 'gain' apply -v "$a" -o sharp.fits lucy:psf=psf.fits,iterations=2
+refuse 2 '--model = round: must be gaussian, moffat or stars' psf "$a" -o x.fits --model round
 check 0 '^$' apply "$a" -o flat.fits multiply:value=0
+refuse 1 'flat.fits: has no star to measure' psf flat.fits -o x.fits
 refuse 1 'flat.fits: no star rises 5 standard deviations above the sky' find-stars flat.fits --map none.png
 finish

@@ -60,6 +60,26 @@ inline std::vector<float> GaussPsf(double sigma, int size)
     return psf;
 }
 
+/// A function that is like none of its mirror images, with a peak off its middle.
+struct PsfOfTest {
+    PsfOfTest(int w, int h, Random& random) : width(w), height(h)
+    {
+        double sum = 0.0;
+        for (int i = 0; i < w * h; ++i) {
+            samples.push_back(static_cast<float>(random.Between(0.1, 1.0) + (i == 1 ? 0.5 : 0.0)));
+            sum += samples.back();
+        }
+        for (int i = 0; i < w * h; ++i) {
+            taps.push_back({i % w - w / 2, i / w - h / 2, samples[i] / sum});
+        }
+    }
+
+    int width;
+    int height;
+    std::vector<float> samples{};
+    std::vector<Tap> taps{}; ///< of sum 1, by their distance from (width / 2, height / 2)
+};
+
 /// The sum over all taps, sample by sample; with direction -1 the transpose.
 inline Field Blurred(const Field& field, const std::vector<Tap>& taps, int direction = 1)
 {

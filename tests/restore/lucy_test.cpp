@@ -1,5 +1,6 @@
 #include "corvane/restore/lucy.h"
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -24,10 +25,10 @@ constexpr double kReadVariance = kReadNoise * kReadNoise / kGain;
 /// The iteration in double precision, on the grid, with direct sums.
 class PlainLucy {
 public:
-    PlainLucy(const Field& data, LucyMode mode)
-        : mode_(mode), left_(std::max(64 - data.width, 0) / 2), top_(std::max(64 - data.height, 0) / 2),
-          data_(std::max(data.width, 64), std::max(data.height, 64)), weight_(data_), estimate_(data_), step_(data_),
-          modelStep_(data_), sensitivity_(data_)
+    PlainLucy(const Field& data, LucyMode mode, std::vector<Tap> taps = GaussTaps(kSigma), double damping = 0.0)
+        : mode_(mode), damping_(damping), taps_(std::move(taps)), left_(std::max(64 - data.width, 0) / 2),
+          top_(std::max(64 - data.height, 0) / 2), data_(std::max(data.width, 64), std::max(data.height, 64)),
+          weight_(data_), estimate_(data_), step_(data_), modelStep_(data_), sensitivity_(data_)
     {
         for (int i = 0; i < data.width * data.height; ++i) {
             const int x = i % data.width;
@@ -41,6 +42,7 @@ public:
         const double least = 0.001 * sensitivity_.v.max();
         estimate_.v[sensitivity_.v < least] = 0.0;
         sensitivity_.v[sensitivity_.v < least] = 1.0;
+        least_ = 0.1 * std::sqrt((estimate_.v.max() + kReadVariance) / kGain);
     }
 
     void Iterate(bool isFirst)
@@ -49,7 +51,8 @@ public:
         Field ratio = data_;
         ratio.v = (data_.v + kReadVariance) / (model + kReadVariance) * weight_.v;
         Field step = data_;
-        step.v = estimate_.v * Blurred(ratio, taps_, -1).v / sensitivity_.v - estimate_.v;
+        step.v =
+            estimate_.v * Blurred(ratio, taps_, -1).v / sensitivity_.v / (1.0 - damping_ * Curvature()) - estimate_.v;
         Field modelStep = Blurred(step, taps_);
         double factor = 1.0;
         if (mode_ != LucyMode::kPlain) {
@@ -63,6 +66,28 @@ public:
     double At(int x, int y) const { return estimate_.At(left_ + x, top_ + y); }
 
 private:
+    /// To the next sample in the row and in the column, and its length; beyond the edges there is none.
+    std::array<double, 3> Gradient(const Field& image, int x, int y) const
+    {
+        const double dx = x + 1 < image.width ? image.At(x + 1, y) - image.At(x, y) : 0.0;
+        const double dy = y + 1 < image.height ? image.At(x, y + 1) - image.At(x, y) : 0.0;
+        return {dx, dy, std::sqrt(dx * dx + dy * dy + least_ * least_)};
+    }
+
+    Values Curvature() const
+    {
+        Field sum(data_.width, data_.height);
+        for (int i = 0; i < data_.width * data_.height; ++i) {
+            const int x = i % data_.width;
+            const int y = i / data_.width;
+            const auto [dx, dy, length] = Gradient(estimate_, x, y);
+            sum.At(x, y) += (dx + dy) / length;
+            sum.At(x + 1, y) -= dx / length;
+            sum.At(x, y + 1) -= dy / length;
+        }
+        return sum.v;
+    }
+
     double Accelerate(bool isFirst, const Values& model, Values& step, Values& modelStep) const
     {
         if (mode_ == LucyMode::kAccelerated || isFirst) {
@@ -105,7 +130,9 @@ private:
     }
 
     LucyMode mode_;
-    std::vector<Tap> taps_ = GaussTaps(kSigma);
+    double damping_;
+    double least_ = 0.0;
+    std::vector<Tap> taps_;
     int left_;
     int top_;
     Field data_;
@@ -116,26 +143,47 @@ private:
     Field sensitivity_;
 };
 
-/// What the engine makes of it.
-Field Result(Field field, LucyMode mode, int iterations, const std::function<void(const RestoreEvent&)>& sink = {},
+/// What the engine makes of it by a job.
+Field Result(Field field, LucyJob job, const std::function<void(const RestoreEvent&)>& sink = {},
              Restored end = Restored::kDone)
 {
     std::vector<float> plane(std::begin(field.v), std::end(field.v));
-    const std::vector<float> psf = GaussPsf(kSigma, 64);
-    const LucyJob job{.width = field.width,
-                      .height = field.height,
-                      .psf = psf.data(),
-                      .psfWidth = 64,
-                      .psfHeight = 64,
-                      .iterations = iterations,
-                      .gain = kGain,
-                      .readNoise = kReadNoise,
-                      .target = 0.0,
-                      .mode = mode};
+    job.width = field.width;
+    job.height = field.height;
+    job.gain = kGain;
+    job.readNoise = kReadNoise;
+    job.target = 0.0;
     const Run run{.diagnostics = [&](const Diagnostic& d) { sink ? sink(std::get<RestoreEvent>(d)) : void(); }};
     EXPECT_EQ(RestoreLucy(plane.data(), job, run, 0), end);
     std::copy(plane.begin(), plane.end(), std::begin(field.v));
     return field;
+}
+
+/// The same for a Gaussian.
+Field Result(const Field& field, LucyMode mode, int iterations,
+             const std::function<void(const RestoreEvent&)>& sink = {}, Restored end = Restored::kDone)
+{
+    const std::vector<float> psf = GaussPsf(kSigma, 64);
+    return Result(field, {.psf = psf.data(), .psfWidth = 64, .psfHeight = 64, .iterations = iterations, .mode = mode},
+                  sink, end);
+}
+
+/// How far the mean of a ring about a star falls below the sky, at most.
+double RingDepth(const Field& field, int atX, int atY, double sky)
+{
+    double depth = 0.0;
+    for (int radius = 3; radius < 12; ++radius) {
+        double sum = 0.0;
+        int count = 0;
+        for (int i = 0; i < field.width * field.height; ++i) {
+            const double away = std::hypot(i % field.width - atX, i / field.width - atY);
+            const bool isIn = away >= radius && away < radius + 1;
+            sum += isIn ? field.v[i] : 0.0;
+            count += isIn ? 1 : 0;
+        }
+        depth = std::max(depth, sky - sum / count);
+    }
+    return depth;
 }
 
 } // namespace
@@ -164,6 +212,67 @@ TEST(Lucy, AgreesWithThePlainForm)
                 }
             }
         }
+    }
+}
+
+// Functions that a mirror image, a transpose or a wrong centre of would show.
+TEST(Lucy, TakesAnyFunctionDampedOrNot)
+{
+    Random random(8);
+    const Field data = Exposed(Blurred(StarField(70, 5), GaussTaps(kSigma)), kGain, kReadNoise, random);
+    for (const auto& [width, height] : {std::pair{5, 4}, {4, 7}, {65, 3}}) {
+        const PsfOfTest psf(width, height, random);
+        for (const double damping : {0.0, 0.1}) {
+            for (const LucyMode mode : {LucyMode::kPlain, LucyMode::kTurbo}) {
+                SCOPED_TRACE(testing::Message() << width << " x " << height << ", damping " << damping);
+                PlainLucy plain(data, damping > 0.0 ? LucyMode::kPlain : mode, psf.taps, damping);
+                for (int n = 1; n <= 4; ++n) {
+                    plain.Iterate(n == 1);
+                    const Field got = Result(data, {.psf = psf.samples.data(),
+                                                    .psfWidth = width,
+                                                    .psfHeight = height,
+                                                    .isPsfCentred = true,
+                                                    .iterations = n,
+                                                    .damping = damping,
+                                                    .mode = mode});
+                    for (std::size_t i = 0; i < got.v.size(); ++i) {
+                        const double expected = plain.At(static_cast<int>(i) % 70, static_cast<int>(i) / 70);
+                        ASSERT_NEAR(got.v[i], expected, 2e-3 * expected + 2e-3) << n << ", " << i;
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(Lucy, KeepsProtectedStarsFromDarkRings)
+{
+    constexpr double kSky = 1000.0;
+    Random random(21);
+    Field data(96, 96, kSky);
+    const std::pair<int, int> places[]{{24, 24}, {70, 26}, {26, 70}, {71, 70}};
+    for (int star = 0; star < 4; ++star) {
+        data.At(places[star].first, places[star].second) += 3e4 * std::pow(3.0, star);
+    }
+    data = Exposed(Blurred(data, GaussTaps(1.5)), kGain, kReadNoise, random);
+    for (const double most : {1e9, 20000.0}) { // saturated
+        for (double& v : data.v) {
+            v = std::min(v, most);
+        }
+        const std::vector<float> psf = GaussPsf(1.5, 64);
+        const auto restored = [&](double skyNoise) {
+            return Result(data,
+                          {.psf = psf.data(), .psfWidth = 64, .psfHeight = 64, .iterations = 20, .skyNoise = skyNoise});
+        };
+        const Field bare = restored(0.0);
+        const Field safe = restored(25.0);
+        for (const auto& [x, y] : places) {
+            const double percent = 0.01 * (data.At(x, y) - kSky);
+            EXPECT_GT(RingDepth(bare, x, y, kSky), 1.2 * percent) << x << ' ' << y << ' ' << most;
+            EXPECT_LT(RingDepth(safe, x, y, kSky), percent) << x << ' ' << y << ' ' << most;
+            EXPECT_TRUE(data.At(x, y) == most || safe.At(x, y) > 1.2 * data.At(x, y));
+        }
+        EXPECT_NEAR(safe.v.sum() / data.v.sum(), 1.0, 0.01);
     }
 }
 

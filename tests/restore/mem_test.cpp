@@ -62,6 +62,30 @@ TEST(Mem, FitsTheDataToTheNoiseAndComesCloserToTheTruth)
     }
 }
 
+TEST(Mem, TakesAnyFunctionByItsMiddle)
+{
+    Random random(12);
+    for (const auto& [width, height] : {std::pair{5, 4}, {4, 7}}) {
+        const PsfOfTest psf(width, height, random);
+        const Field truth = StarField(kSize, 11);
+        const Field data = Exposed(Blurred(truth, psf.taps), 0.0, kNoise, random);
+        CStlImage image(-32, kSize, kSize, 1, 1.0, 0.0, 1);
+        Write(data, image);
+        const MemJob job{.psf = psf.samples.data(),
+                         .psfWidth = width,
+                         .psfHeight = height,
+                         .isPsfCentred = true,
+                         .variance = kNoise * kNoise,
+                         .iterations = 200};
+        ASSERT_EQ(RestoreByEntropy(image, nullptr, job, {}), Restored::kDone);
+        Field result = data;
+        for (int i = 0; i < kSize * kSize; ++i) {
+            result.v[i] = image.GetPixelGrayRaw(i % kSize, i / kSize, 0);
+        }
+        EXPECT_LT(RmsError(result, truth), 0.5 * RmsError(data, truth));
+    }
+}
+
 TEST(Mem, LeavesAFaintFieldItsFlux)
 {
     CImgMem image(RandomImage({24, 18}, 1, 3));

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "corvane/restore/wiener_filter.h"
 #include "tests/restore/field.h"
 #include "tests/support/plain.h"
 #include "tests/support/plain_transform.h"
@@ -69,6 +70,43 @@ Plain Filtered(const Plain& image, double sigma, double noise, const CRect& rect
 }
 
 } // namespace
+
+// On a grid of powers of two opposite edges meet, so the blur can be undone to the last sample.
+TEST(Wiener, UndoesAnyFunctionAndKeepsTheFlux)
+{
+    Random random(4);
+    for (const auto& [width, height] : {std::pair{5, 4}, {4, 7}, {70, 3}}) {
+        PsfOfTest psf(width, height, random);
+        psf.samples[static_cast<std::size_t>(height / 2 * width + width / 2)] += 500.0F; // no frequency is lost
+        double sum = 0.0;
+        for (const float v : psf.samples) {
+            sum += v;
+        }
+        Field truth(64, 32);
+        for (double& v : truth.v) {
+            v = random.Between(90.0, 300.0);
+        }
+        for (std::size_t i = 0; i < psf.taps.size(); ++i) {
+            psf.taps[i].weight = psf.samples[i] / sum;
+        }
+        const double flux = truth.v.sum();
+        for (const double noise : {1e-9, 0.1}) {
+            CStlImage image(-32, 64, 32, 1, 1.0, 0.0, 1);
+            image.SetLevel(0, 0.0, 255.0);
+            Write(Blurred(truth, psf.taps), image);
+            corvane::DeblurByWiener(image, nullptr, psf.samples.data(), width, height, noise, {});
+            double worst = 0.0;
+            double kept = 0.0;
+            for (int i = 0; i < 64 * 32; ++i) {
+                const double v = image.GetPixelGrayRaw(i % 64, i / 64, 0);
+                worst = std::max(worst, std::fabs(v - truth.At(i % 64, i / 64)));
+                kept += v;
+            }
+            EXPECT_NEAR(kept / flux, 1.0, 1e-6);
+            EXPECT_EQ(worst < 0.01, noise < 1e-6) << worst;
+        }
+    }
+}
 
 TEST(Wiener, AgreesWithThePlainForm)
 {

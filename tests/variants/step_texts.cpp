@@ -35,6 +35,8 @@ const std::set<std::string> kCombinations{"resize:width=57,height=140,method=cub
                                           "fill:with=value,value=7.5",
                                           "cosmic-rays:sigma=1,limit=0.1,gain=0.05,read-noise=3,iterations=2",
                                           "lucy:sigma=1.3,rect=9:11:74:60",
+                                          "lucy:psf=auto,protect=yes,damping=0.01,iterations=3",
+                                          "wiener:psf=auto",
                                           "maxent:sigma=1.3,noise=70,rect=9:11:74:60"};
 
 /// Values to try; the first is given where one must be. Numbers are a usual one, which is greater for the later of an
