@@ -21,6 +21,7 @@ constexpr std::pair<const char*, const char*> kMeanings[] = {
     {"blur smooth denoise noise noise-reduction", "gaussian mean median"},
     {"convolve lowpass box average boxcar", "gaussian mean"},
     {"deconvolution deconv restore restoration deblur rl richardson", "lucy maxent wiener"},
+    {"point-spread pointspread seeing", "psf stars find-stars"},
     {"sharpening detail highpass usm", "unsharp sharpen lucy"},
     {"edge edges sobel gradient", "laplacian sharpen-edges"},
     {"hot cold dead cosmetic cosmic cosmics defect pixel-defects", "hot-pixels median"},

@@ -277,17 +277,17 @@ Operation Lucy()
                     "of them make stars narrower, and noise coarser. Samples should be counts with any pedestal taken "
                     "off; those far below 0 take no part. Of a mean of n frames, gain is n times that of the camera "
                     "and the read-out noise the root of n times; NCOMBINE of the header is seen to.",
-            .parameters = {SigmaParameter(), FwhmParameter(), PsfParameter(),
+            .parameters = {SigmaParameter(), FwhmParameter(),
                            NumberParameter("gain", "electrons that make one count", "electrons per count", {1e-6, 1e12},
                                            "EGAIN of the header, else 1; times NCOMBINE"),
                            NumberParameter("read-noise", "noise of reading out a pixel", "electrons", {0.0, 1e9},
                                            "RDNOISE of the header, else 0; times the root of NCOMBINE"),
-                           IterationsParameter(20),
+                           IterationsParameter(20), RectangleParameter(), PsfParameter(),
                            NumberParameter("damping",
                                            "how much evenness counts against the fit; 0.002 to 0.02 keep noise from "
                                            "growing with the iterations",
                                            "", {0.0, 0.2}, 0.0),
-                           FlagParameter("protect", "keep stars from getting dark rings", false), RectangleParameter()},
+                           FlagParameter("protect", "keep stars from getting dark rings", false)},
             .footprint = Always(kWholeImage),
             .aliases = {"richardson-lucy", "deconvolve"},
             .check = CheckBlur,
@@ -304,13 +304,13 @@ Operation Maxent()
                 "pixel to the left of and above those of the image; the reference pixel of world coordinates (CRPIX) "
                 "follows, so that stars keep their right ascension and declination. With resample, with a mask or a "
                 "strength below 1, and inside a rectangle, samples stay in their places instead.",
-            .parameters = {SigmaParameter(), FwhmParameter(), PsfParameter(),
+            .parameters = {SigmaParameter(), FwhmParameter(),
                            NumberParameter("noise", "standard deviation of the noise", "counts", {1e-30, 1e12},
                                            "measured from neighbouring samples"),
                            IterationsParameter(100),
                            FlagParameter("resample", "keep samples in their places, and the reference pixel as it is",
                                          false),
-                           RectangleParameter()},
+                           RectangleParameter(), PsfParameter()},
             .footprint = Always(kWholeImage),
             .aliases = {"maximum-entropy", "mem"},
             .check = CheckBlur,
@@ -325,10 +325,10 @@ Operation Wiener()
                 "Divides the blur out, frequency by frequency, as far as the noise allows. The quickest way, but "
                 "bright stars get dark rings and samples may fall below 0. The filter itself makes an image fainter, "
                 "by about 1000 sigma^2; this step gives the flux back. sigma is that of the blur.",
-            .parameters = {SigmaParameter(), FwhmParameter(), PsfParameter(),
+            .parameters = {SigmaParameter(), FwhmParameter(),
                            NumberParameter("noise", "power of the noise, over that of the image; more is smoother", "",
                                            {1e-9, 1.0}, 0.01),
-                           RectangleParameter()},
+                           RectangleParameter(), PsfParameter()},
             .footprint = Always(kWholeImage),
             .check = CheckBlur,
             .run = RunWiener};

@@ -237,8 +237,6 @@ std::vector<std::string> FilesOfKinds(std::initializer_list<Kind> kinds, const A
         const auto* file = std::get_if<std::string>(&argument.value);
         const bool isWanted = std::find(kinds.begin(), kinds.end(), argument.parameter->kind) != kinds.end();
         if (file != nullptr && isWanted && !IsWordOf(*argument.parameter, *file)) {
-        if (file != nullptr && std::find(kinds.begin(), kinds.end(), parameter.kind) != kinds.end() &&
-            std::find(words.begin(), words.end(), *file) == words.end()) {
             files.push_back(*file);
         }
     }

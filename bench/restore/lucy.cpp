@@ -25,7 +25,7 @@ std::vector<float> Psf()
 }
 
 /// The engine, so that no chi-square ends it early; each of the iterations has its line search.
-void TimeIterations(Run& run, int size)
+void TimeIterations(Run& run, int size, bool isPsfCentred = false, double damping = 0.0, double skyNoise = 0.0)
 {
     const Stars stars(size);
     const float* const first = stars.GetImageAdr(0, 0, 0, 1);
@@ -36,10 +36,13 @@ void TimeIterations(Run& run, int size)
                       .psf = psf.data(),
                       .psfWidth = kPsfSize,
                       .psfHeight = kPsfSize,
+                      .isPsfCentred = isPsfCentred,
                       .iterations = IsTiny() ? 2 : 20,
                       .gain = 1.0,
                       .readNoise = kReadNoise,
-                      .target = 0.0};
+                      .target = 0.0,
+                      .damping = damping,
+                      .skyNoise = skyNoise};
     std::vector<float> once = data;
     Require(RestoreLucy(once.data(), job, {}, 0) == Restored::kDone, "the restoration did not finish");
     double before = 0.0;
@@ -63,6 +66,12 @@ const Line small("restore/Lucy/20 iterations, 1024 x 1024", Seconds(0.7),
                  [](Run& run) { TimeIterations(run, Size(1024, 96)); });
 const Line large("restore/Lucy/20 iterations, 2048 x 2048", Seconds(3.5),
                  [](Run& run) { TimeIterations(run, Size(2048, 96)); });
+const Line ofImage("restore/Lucy/20 iterations, function of an image, 2048 x 2048", Seconds(3.5),
+                   [](Run& run) { TimeIterations(run, Size(2048, 96), true); });
+const Line damped("restore/Lucy/20 iterations, damped, 2048 x 2048", {},
+                  [](Run& run) { TimeIterations(run, Size(2048, 96), false, 0.002); });
+const Line guarded("restore/Lucy/20 iterations, stars protected, 2048 x 2048", {},
+                   [](Run& run) { TimeIterations(run, Size(2048, 96), false, 0.0, 30.0); });
 
 } // namespace
 } // namespace corvane::bench

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "bench/support/bench.h"
+#include "stars/psf.h"
 #include "stars/sky_mesh.h"
 #include "stars/star_extent.h"
 
@@ -107,7 +108,19 @@ void TimeExtents(Run& run)
 }
 
 const Line extents("stars/MeasureExtents/6,000 stars", Seconds(0.2), TimeExtents);
+
+void TimePsf(Run& run)
+{
+    const int size = Size(4096, 200);
+    const CStlImage frame = StarFrame(size, size, DrawnStars(Size(6000, 15), size, size));
+    const stars::FieldPsf psf = stars::MeasurePsf(frame, 0, {});
+    Require(psf.zones.size() == 1 && std::fabs(psf.zones.front().widths.major.value / (2.3548 * kSigma) - 1.0) < 0.03,
+            "the stars' width is wrong");
+    run.Time(frame.GetImageSize(), [&] { benchmark::DoNotOptimize(stars::MeasurePsf(frame, 0, {}).zones.data()); });
+}
+
 const Line findStars("stars/FindFieldStars/6,000 stars", Seconds(0.5), TimeFindStars);
+const Line measurePsf("stars/MeasurePsf/6,000 stars", {}, TimePsf);
 const Line skyMesh("stars/MeasureSkyMesh", {}, TimeSkyMesh);
 
 } // namespace
