@@ -51,7 +51,7 @@ std::vector<Sample> SamplesWithin(const Stamp& stamp, double radius)
 
 using GaussianEquations = NormalEquations<kUnknowns>;
 
-GaussianEquations EquationsAt(const std::vector<Sample>& samples, const Vector& at)
+GaussianEquations GaussianEquationsAt(const std::vector<Sample>& samples, const Vector& at)
 {
     GaussianEquations sums;
     const double perVariance = 1.0 / (at[kSigma] * at[kSigma]);
@@ -69,7 +69,7 @@ GaussianEquations EquationsAt(const std::vector<Sample>& samples, const Vector& 
     return sums;
 }
 
-Vector StepOf(GaussianEquations equations, double damping)
+Vector GaussianStepOf(GaussianEquations equations, double damping)
 {
     equations.Damp(damping);
     equations.Eliminate();
@@ -87,15 +87,15 @@ bool IsStar(const Vector& at, double radius)
 std::optional<Vector> Fit(const std::vector<Sample>& samples, Vector at, double radius)
 {
     double damping = kDamping;
-    GaussianEquations here = EquationsAt(samples, at);
+    GaussianEquations here = GaussianEquationsAt(samples, at);
     for (int round = 0; round < kMostSteps; ++round) {
-        const Vector step = StepOf(here, damping);
+        const Vector step = GaussianStepOf(here, damping);
         Vector next = at;
         std::transform(at.begin(), at.end(), step.begin(), next.begin(), [](double a, double s) { return a + s; });
         if (!IsStar(next, radius)) { // NaN is none
             return std::nullopt;
         }
-        const GaussianEquations there = EquationsAt(samples, next);
+        const GaussianEquations there = GaussianEquationsAt(samples, next);
         if (there.squares <= here.squares) {
             const bool isSettled = std::fabs(step[kSigma]) < kSettledStep * at[kSigma];
             at = next;

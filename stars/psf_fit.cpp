@@ -26,11 +26,11 @@ constexpr double kSteepestPerBeta = 0.01; // hardly to be told from a Gaussian
 constexpr double kNarrowest = 0.4;        // pixels, full width
 constexpr double kProfileError = 0.01;    // of the peak, by which stars of a field differ
 constexpr int kRejections = 3;
-constexpr std::size_t kFewStars = 8;  // whose scatter tells little
-constexpr double kFarSample = 5.0;    // deviations
-constexpr double kSampleError = 0.02; // of the peak, that a profile may leave of a sample beside noise
-constexpr double kUsualMisfits = 9.0; // that a sample may miss: what the profile lacks is in few of them
-constexpr double kFarStar = 2.5;      // times what the profile leaves of most stars
+constexpr std::size_t kFewPsfStars = 8; // whose scatter tells little
+constexpr double kFarSample = 5.0;      // deviations
+constexpr double kSampleError = 0.02;   // of the peak, that a profile may leave of a sample beside noise
+constexpr double kUsualMisfits = 9.0;   // that a sample may miss: what the profile lacks is in few of them
+constexpr double kFarStar = 2.5;        // times what the profile leaves of most stars
 
 using StarEquations = NormalEquations<kOwn + kCommon>;
 using CommonEquations = NormalEquations<kCommon>;
@@ -48,7 +48,7 @@ void ForSamples(const PsfStar& star, double radius, Visit visit)
     }
 }
 
-StarEquations EquationsOf(const PsfStar& star, const PsfProfile& profile, double radius)
+StarEquations StarEquationsOf(const PsfStar& star, const PsfProfile& profile, double radius)
 {
     StarEquations sums;
     const double weight = 1.0 / star.variance;
@@ -78,7 +78,7 @@ struct PsfState {
         equations.clear();
         squares = 0.0;
         for (const PsfStar& star : stars) {
-            equations.push_back(EquationsOf(star, profile, radius));
+            equations.push_back(StarEquationsOf(star, profile, radius));
             squares += equations.back().squares;
         }
     }
@@ -235,7 +235,7 @@ double ExcessOf(const PsfState& state, double radius)
 PsfCovariance ScatterOf(const PsfState& state, const std::vector<StarEquations>& eliminated, double radius)
 {
     PsfCovariance scatter{};
-    if (eliminated.size() < kFewStars) {
+    if (eliminated.size() < kFewPsfStars) {
         scatter = CommonOf(eliminated, true).matrix;
         const double excess = ExcessOf(state, radius);
         std::for_each(scatter.begin(), scatter.end(), [=](auto& row) {

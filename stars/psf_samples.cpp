@@ -13,8 +13,8 @@ namespace corvane::stars {
 
 namespace {
 
-constexpr double kOutlier = 3.0; // deviations
-constexpr double kOuter = 0.8;   // of a star's square, where there is sky
+constexpr double kFarRest = 3.0; // deviations
+constexpr double kSkyFrom = 0.8; // of a star's square, where there is sky
 constexpr double kSure = 4.0;    // variances of the mean that half of it is believed for
 constexpr int kRestTaps = 6;
 
@@ -28,7 +28,7 @@ public:
         for (int dy = -star.reach; dy <= star.reach; ++dy) {
             for (int dx = -star.reach; dx <= star.reach; ++dx) {
                 rests_.push_back(star.RestAt(dx, dy, profile) / star.peak);
-                if (dx * dx + dy * dy > kOuter * kOuter * star.reach * star.reach && !std::isnan(rests_.back())) {
+                if (dx * dx + dy * dy > kSkyFrom * kSkyFrom * star.reach * star.reach && !std::isnan(rests_.back())) {
                     outer.push_back(rests_.back());
                 }
             }
@@ -81,7 +81,7 @@ double MeanRest(const std::vector<StarRest>& stars, int dx, int dy)
     double sum = 0.0;
     double weights = 0.0;
     for (std::size_t i = 0; i < values.size(); ++i) {
-        const double most = kOutlier * std::sqrt(level.deviation * level.deviation + stars[i].Variance());
+        const double most = kFarRest * std::sqrt(level.deviation * level.deviation + stars[i].Variance());
         const bool counts = std::fabs(values[i] - level.median) <= most; // NaN does not
         sum += counts ? values[i] / stars[i].Variance() : 0.0;
         weights += counts ? 1.0 / stars[i].Variance() : 0.0;
