@@ -50,8 +50,7 @@ void LeaveOutNeighbours(const FieldStar& star, const PsfStamps& stamps, PsfStar&
         for (int dy = -stamps.reach; dy <= stamps.reach; ++dy) {
             for (int dx = -stamps.reach; dx <= stamps.reach; ++dx) {
                 if (std::hypot(dx - atX, dy - atY) < most) {
-                    fitted.values[static_cast<std::size_t>((dy + fitted.reach) * fitted.Side() + dx + fitted.reach)] =
-                        std::numeric_limits<double>::quiet_NaN();
+                    fitted.LeaveOut(dx, dy);
                 }
             }
         }

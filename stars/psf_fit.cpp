@@ -185,8 +185,7 @@ int DropSamples(PsfStar& star, const PsfProfile& profile, double usual, double r
     int dropped = 0;
     ForSamples(star, radius, [&](int dx, int dy) {
         if (std::fabs(star.RestAt(dx, dy, profile)) > most) {
-            star.values[static_cast<std::size_t>((dy + star.reach) * star.Side() + dx + star.reach)] =
-                std::numeric_limits<double>::quiet_NaN();
+            star.LeaveOut(dx, dy);
             ++dropped;
         }
     });

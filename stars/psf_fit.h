@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -20,11 +22,13 @@ struct PsfStar {
     double variance = 1.0; ///< by which it counts: the sky's, and a hundredth of the peak by which stars differ
 
     int Side() const { return 2 * reach + 1; }
-    double At(int dx, int dy) const
+    std::size_t Index(int dx, int dy) const
     {
-        return values[static_cast<std::size_t>(dy + reach) * static_cast<std::size_t>(Side()) +
-                      static_cast<std::size_t>(dx + reach)];
+        return static_cast<std::size_t>(dy + reach) * static_cast<std::size_t>(Side()) +
+               static_cast<std::size_t>(dx + reach);
     }
+    double At(int dx, int dy) const { return values[Index(dx, dy)]; }
+    void LeaveOut(int dx, int dy) { values[Index(dx, dy)] = std::numeric_limits<double>::quiet_NaN(); }
     /// What a profile leaves of a sample.
     double RestAt(int dx, int dy, const PsfProfile& profile) const
     {
