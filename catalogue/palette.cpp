@@ -28,7 +28,7 @@ void CheckColumns(const MixMatrix& matrix, const std::string& palette, std::size
 }
 
 /// Frames that are not to be matched must lie on one grid as they are.
-void CheckSizes(const std::vector<io::Frame>& frames)
+void CheckOneSize(const std::vector<io::Frame>& frames)
 {
     const CStlImage& first = frames[0].image;
     for (const io::Frame& frame : frames) {
@@ -82,7 +82,7 @@ Outputs RunPalette(Inputs& inputs, const Arguments& arguments, const Run& run)
     CheckColumns(matrix, palette, frames.size());
     const Registration registration = RegistrationBy(arguments.Text("align"), frames.size());
     if (registration.align == "none") {
-        CheckSizes(frames);
+        CheckOneSize(frames);
     }
     const std::vector<int> planes(frames.size(), 0);
     const std::vector<Fit> fits = FitFrames(frames, planes, registration, run);

@@ -9,6 +9,7 @@
 #include "stars/common_width.h"
 #include "stars/field_blocks.h"
 #include "stars/find_stars.h"
+#include "stars/psf_samples.h"
 #include "stars/stamp.h"
 
 namespace corvane::stars {

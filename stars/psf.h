@@ -7,7 +7,6 @@
 #include "corvane/core/stl_image.h"
 #include "corvane/platform/export.h"
 #include "stars/psf_profile.h"
-#include "stars/psf_samples.h"
 
 namespace corvane::stars {
 

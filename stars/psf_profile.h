@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <vector>
 
 namespace corvane::stars {
 
@@ -46,6 +47,9 @@ struct PsfWidths {
 
 /// How the errors of xx, xy, yy and 1 / beta go together.
 using PsfCovariance = std::array<std::array<double, 4>, 4>;
+
+/// The samples of a point-spread function, row by row: size x size about (size / 2, size / 2), their sum 1.
+using PsfSamples = std::vector<float>;
 
 PsfWidths WidthsOf(const PsfProfile& profile, const PsfCovariance& covariance);
 

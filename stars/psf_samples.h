@@ -6,10 +6,7 @@
 
 namespace corvane::stars {
 
-/// The samples of a point-spread function, row by row: size x size about (size / 2, size / 2), their sum 1.
-using PsfSamples = std::vector<float>;
-
-/// Those of a profile.
+/// The samples of a profile.
 PsfSamples SamplesOf(const PsfProfile& profile, int size);
 
 /// Those of the stars themselves, which `FitPsf` has measured: the profile, and what it leaves of them on average. That is

@@ -107,8 +107,6 @@ void TimeExtents(Run& run)
              [&] { benchmark::DoNotOptimize(stars::MeasureExtents(frame, 0, field, kLimit, {}).data()); });
 }
 
-const Line extents("stars/MeasureExtents/6,000 stars", Seconds(0.2), TimeExtents);
-
 void TimePsf(Run& run)
 {
     const int size = Size(4096, 200);
@@ -120,6 +118,7 @@ void TimePsf(Run& run)
 }
 
 const Line findStars("stars/FindFieldStars/6,000 stars", Seconds(0.5), TimeFindStars);
+const Line extents("stars/MeasureExtents/6,000 stars", Seconds(0.2), TimeExtents);
 const Line measurePsf("stars/MeasurePsf/6,000 stars", {}, TimePsf);
 const Line skyMesh("stars/MeasureSkyMesh", {}, TimeSkyMesh);
 
