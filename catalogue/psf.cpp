@@ -205,11 +205,10 @@ Operation PsfOperation()
             "place, a height and a sky of its own. The image that is written has the sum 1, its middle at column and "
             "row size / 2, and serves `lucy`, `maxent` and `wiener` as psf. `moffat` follows the wings of stars, "
             "`gaussian` widens where there are some; `stars` adds to `moffat` what the stars differ from it on "
-            "average. "
-            "With zones the functions stand side by side as the zones lie in the field, undefined where there are no "
-            "stars. The table tells the full widths at half maximum along and across the longest axis [pixels], its "
-            "angle from the direction of columns towards that of rows [degrees], beta of Moffat's profile, standard "
-            "errors, and what the profile leaves of most stars (root mean square over the peak).",
+            "average. With zones the functions stand side by side as the zones lie in the field, undefined where there "
+            "are no stars. The table tells the full widths at half maximum along and across the longest axis [pixels], "
+            "its angle from the direction of columns towards that of rows [degrees], beta of Moffat's profile, "
+            "standard errors, and what the profile leaves of most stars (root mean square over the peak).",
         .inputs = {{.summary = "the image to look at"}},
         .parameters = {ChoiceParameter("model", "what it is made of", kPsfModels, "moffat"),
                        WholeParameter("zones", "as many along each axis, each with a function of its own", "",

@@ -12,8 +12,8 @@
 namespace corvane::stars {
 namespace {
 
-constexpr int kMostReach = 400;        // pixels
-constexpr double kFaintest = 1e-5;     // of the peak: where there is no noise, stars end, too
+constexpr int kMostRadius = 400;       // pixels
+constexpr double kFaintestRim = 1e-5;  // of the peak: where there is no noise, stars end, too
 constexpr double kUsualWidth = 3.0;    // pixels; of a field without a star to tell
 constexpr double kWidestStar = 2.5;    // times the width of the field's stars
 constexpr std::size_t kFewSamples = 6; // tell no median
@@ -76,7 +76,7 @@ public:
         const double ground = std::clamp(beside - star.sky - kWing * excess, 0.0, excess);
         const double least = Least(star);
         const double fall = std::sqrt(std::max((excess - ground) / least, 1.0));
-        const double most = std::min(kScale * width_ * std::sqrt(fall - 1.0), double{kMostReach});
+        const double most = std::min(kScale * width_ * std::sqrt(fall - 1.0), double{kMostRadius});
         for (int radius = 1; radius < most; ++radius) {
             const std::optional<double> median = MedianAbout(star, radius);
             if (!median || *median - star.sky - ground <= least) {
@@ -90,7 +90,7 @@ public:
     double RadiusOfHalo(const FieldStar& star)
     {
         std::vector<double> profile{star.Excess()};
-        for (int radius = 1; radius < kMostReach; ++radius) {
+        for (int radius = 1; radius < kMostRadius; ++radius) {
             const std::optional<double> median = MedianAbout(star, radius);
             if (!median || *median - star.sky <= Least(star)) {
                 return radius;
@@ -101,12 +101,12 @@ public:
                 return kInner * radius;
             }
         }
-        return kMostReach;
+        return kMostRadius;
     }
 
 private:
     /// The light where a star ends.
-    double Least(const FieldStar& star) const { return std::max(limit_ * star.noise, kFaintest * star.Excess()); }
+    double Least(const FieldStar& star) const { return std::max(limit_ * star.noise, kFaintestRim * star.Excess()); }
 
     static double ValueAt(const std::vector<double>& profile, double radius)
     {

@@ -30,8 +30,8 @@ struct Source {
     }
 };
 
-const Source kFaint{40.3, 200.0, 20 * kNoise};
-const Source kBright{100.0, 200.6, 1000 * kNoise};
+const Source kFaintSource{40.3, 200.0, 20 * kNoise};
+const Source kBrightSource{100.0, 200.6, 1000 * kNoise};
 const Source kSaturated{220.0, 190.0, 400000.0, kSigma, 0.02};
 const Source kGalaxy{290.0, 130.0, 300 * kNoise, 6.0};
 constexpr int kHotX = 160;
@@ -41,7 +41,7 @@ constexpr int kTrailEnd = 60; // of the saturated star's column
 /// A field on a sky of 1000.
 CStlImage StarryField(int planes)
 {
-    std::vector<Source> sources{kFaint, kBright, kSaturated, kGalaxy};
+    std::vector<Source> sources{kFaintSource, kBrightSource, kSaturated, kGalaxy};
     for (int i = 0; i < 24; ++i) {
         sources.push_back({20.2 + 37.1 * (i % 8), 20.0 + 30.3 * (i / 8), (60 + 10 * i) * kNoise});
     }
@@ -72,7 +72,7 @@ TEST(StarMask, CoversStarsToWhereNoiseHidesThem)
 {
     const CStlImage image = StarryField(1);
     const CStlImage mask = Apply(image, "star-mask", {{"grow", 0.0}, {"soft", 0.0}});
-    for (const Source& star : {kFaint, kBright}) {
+    for (const Source& star : {kFaintSource, kBrightSource}) {
         EXPECT_NEAR(RadiusIn(mask, star), kSigma * std::sqrt(2.0 * std::log(star.peak / kNoise)), 1.5);
     }
     for (int x = 0; x < kFieldWidth; ++x) {
@@ -105,8 +105,8 @@ TEST(StarMask, StopsWhereANebulaBegins)
 
 TEST(StarMask, EndsStarsWithoutNoise)
 {
-    const CStlImage image = test::Make(300, 300, 1, [](int x, int y, int) { return 100.0 + kBright.At(x, y); });
-    EXPECT_NEAR(RadiusIn(Apply(image, "star-mask", {{"grow", 0.0}, {"soft", 0.0}}), kBright), 4.8 * kSigma, 1.5);
+    const CStlImage image = test::Make(300, 300, 1, [](int x, int y, int) { return 100.0 + kBrightSource.At(x, y); });
+    EXPECT_NEAR(RadiusIn(Apply(image, "star-mask", {{"grow", 0.0}, {"soft", 0.0}}), kBrightSource), 4.8 * kSigma, 1.5);
 }
 
 TEST(StarMask, GrowsFadesTurnsAndChooses)
@@ -114,10 +114,11 @@ TEST(StarMask, GrowsFadesTurnsAndChooses)
     const CStlImage image = StarryField(3);
     const auto with = [&](Settings settings) { return Apply(image, "star-mask", settings); };
     const CStlImage plain = with({{"soft", 0.0}, {"grow", 0.0}});
-    const int own = RadiusIn(plain, kBright);
+    const int own = RadiusIn(plain, kBrightSource);
     EXPECT_EQ(plain.GetPlanes(), 1);
-    EXPECT_GT(own, RadiusIn(with({{"soft", 0.0}, {"grow", 0.0}, {"plane", 2}}), kBright)) << "it is brightest in red";
-    EXPECT_EQ(RadiusIn(with({{"soft", 0.0}, {"grow", 3.0}}), kBright), own + 3);
+    EXPECT_GT(own, RadiusIn(with({{"soft", 0.0}, {"grow", 0.0}, {"plane", 2}}), kBrightSource))
+        << "it is brightest in red";
+    EXPECT_EQ(RadiusIn(with({{"soft", 0.0}, {"grow", 3.0}}), kBrightSource), own + 3);
     const CStlImage soft = with({{"soft", 6.0}, {"grow", 0.0}});
     for (int i = 0; i < 8; ++i) {
         const float inner = soft.GetPixelGrayRaw(100 + own - 1 + i, 201, 0);
@@ -126,9 +127,9 @@ TEST(StarMask, GrowsFadesTurnsAndChooses)
     }
     EXPECT_TRUE(test::Agree(with({{"soft", 6.0}, {"grow", 0.0}, {"invert", true}}),
                             test::Plain(soft).Map([](double v, int, int, int) { return 1.0 - v; })));
-    EXPECT_EQ(RadiusIn(with({{"min", 2.0 * own - 3.0}}), kFaint), 0);
-    EXPECT_EQ(RadiusIn(with({{"max", 2.0 * own - 3.0}}), kBright), 0);
-    EXPECT_GT(RadiusIn(with({{"max", 2.0 * own - 3.0}}), kFaint), 0);
+    EXPECT_EQ(RadiusIn(with({{"min", 2.0 * own - 3.0}}), kFaintSource), 0);
+    EXPECT_EQ(RadiusIn(with({{"max", 2.0 * own - 3.0}}), kBrightSource), 0);
+    EXPECT_GT(RadiusIn(with({{"max", 2.0 * own - 3.0}}), kFaintSource), 0);
 }
 
 } // namespace
