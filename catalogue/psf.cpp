@@ -90,9 +90,11 @@ CStlImage Tiled(const stars::FieldPsf& psf, int zones)
     for (int y = 0; y < side; ++y) {
         float* const row = image.GetImageAdr(0, y, 0);
         for (int x = 0; x < side; ++x) {
-            const stars::ZonePsf& zone = psf.zones[static_cast<std::size_t>(y / psf.size * zones + x / psf.size)];
+            const int at = y / psf.size * zones + x / psf.size;
+            const int place = y % psf.size * psf.size + x % psf.size;
+            const stars::ZonePsf& zone = psf.zones[static_cast<std::size_t>(at)];
             row[x] = zone.stars == 0 ? std::numeric_limits<float>::quiet_NaN()
-                                     : zone.samples[static_cast<std::size_t>(y % psf.size * psf.size + x % psf.size)];
+                                     : zone.samples[static_cast<std::size_t>(place)];
             most = zone.stars == 0 ? most : std::max(most, row[x]);
         }
     }
@@ -120,12 +122,13 @@ Table PsfTable(const stars::FieldPsf& psf, int zones)
         const auto& [major, minor, angle, beta] = zone.widths;
         const auto ifAny = [&](bool is, double value) { return is && zone.stars > 0 ? Cell(value) : Cell(); };
         const bool hasBeta = beta.value > 0.0;
-        const int at = static_cast<int>(i);
-        table.rows.push_back({static_cast<double>(at % zones), static_cast<double>(at / zones),
-                              static_cast<double>(zone.stars), ifAny(true, std::sqrt(major.value * minor.value)),
-                              ifAny(true, major.value), ifAny(true, major.error), ifAny(true, minor.value),
-                              ifAny(true, minor.error), ifAny(true, angle.value), ifAny(true, angle.error),
-                              ifAny(hasBeta, beta.value), ifAny(hasBeta, beta.error), ifAny(true, zone.residual)});
+        const int column = static_cast<int>(i) % zones;
+        const int row = static_cast<int>(i) / zones;
+        table.rows.push_back({static_cast<double>(column), static_cast<double>(row), static_cast<double>(zone.stars),
+                              ifAny(true, std::sqrt(major.value * minor.value)), ifAny(true, major.value),
+                              ifAny(true, major.error), ifAny(true, minor.value), ifAny(true, minor.error),
+                              ifAny(true, angle.value), ifAny(true, angle.error), ifAny(hasBeta, beta.value),
+                              ifAny(hasBeta, beta.error), ifAny(true, zone.residual)});
     }
     return table;
 }

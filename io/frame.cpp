@@ -95,19 +95,6 @@ void ReadSamples(FrameReader& reader, CStlImage& image)
     }
 }
 
-/// Levels that show everything.
-void SetFullLevels(CStlImage& image)
-{
-    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
-        double min = 0.0;
-        double max = 0.0;
-        image.GetMinMax(plane, &min, &max);
-        max = max > min ? max : min + 1.0;
-        image.SetLevel(plane, min, max);
-        image.SetOrgDefaultLevel(plane, min, max);
-    }
-}
-
 /// Says in words, and in the display levels, what a scale that the format cannot state has made of the samples.
 void DescribeScale(const Storage& storage, int planes, Header& output)
 {
@@ -142,6 +129,18 @@ Header OutputHeader(const CStlImage& image, const Header& header, const Storage&
 }
 
 } // namespace
+
+void SetFullLevels(CStlImage& image)
+{
+    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+        double min = 0.0;
+        double max = 0.0;
+        image.GetMinMax(plane, &min, &max);
+        max = max > min ? max : min + 1.0;
+        image.SetLevel(plane, min, max);
+        image.SetOrgDefaultLevel(plane, min, max);
+    }
+}
 
 Frame Load(const std::string& path)
 {

@@ -22,6 +22,9 @@ struct Frame {
 /// memory budget is read in bands, with bounded memory. Throws Error, also when there is no room for the samples.
 CORVANE_VISIBLE Frame Load(const std::string& path);
 
+/// Gives an image the levels of one that comes without: each plane's smallest and largest sample, or a range of 1.
+CORVANE_VISIBLE void SetFullLevels(CStlImage& image);
+
 /// What becomes of samples in a format of integers, whose counts run from 0 to 2^bits - 1.
 ///
 /// A scale is one for all planes, so that colours stay as they are. In FITS it is stated (BSCALE, BZERO): whoever reads

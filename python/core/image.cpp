@@ -49,19 +49,6 @@ std::shared_ptr<CVmImage> Adopted(const Floats& array, int width, int height, in
     return std::make_shared<CVmImage>(memory, width, height, planes, static_cast<int>(sizeof(float)));
 }
 
-/// Levels from the smallest to the largest sample of each plane, as a file without levels of its own gets.
-void GiveUsualLevels(CStlImage& image)
-{
-    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
-        double min = 0.0;
-        double max = 0.0;
-        image.GetMinMax(plane, &min, &max);
-        max = max > min ? max : min + 1.0;
-        image.SetLevel(plane, min, max);
-        image.SetOrgDefaultLevel(plane, min, max);
-    }
-}
-
 SharedImage ImageOfArray(const Floats& array, const std::string& what)
 {
     const py::ssize_t dimensions = array.ndim();
@@ -78,7 +65,7 @@ SharedImage ImageOfArray(const Floats& array, const std::string& what)
     io::Frame frame;
     frame.image = CStlImage(Adopted(array, static_cast<int>(width), static_cast<int>(height),
                                     isCube ? static_cast<int>(array.shape(0)) : 1));
-    GiveUsualLevels(frame.image);
+    io::SetFullLevels(frame.image);
     return Shared(std::move(frame));
 }
 
