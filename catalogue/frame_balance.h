@@ -19,8 +19,7 @@ inline constexpr const char* kBalanceHelp =
     "With stars they are multiplied before, so that the median star is equally bright in all and comes out white; with "
     "light, so that the brightest half percent of blocks of 16 pixels, which is nebula, rises as far above the sky; a "
     "rise of less than twice the noise of a sample counts as that. The first frame is never changed. A note and "
-    "HISTORY "
-    "tell the numbers.";
+    "HISTORY tell the numbers.";
 
 /// Brings frames to the brightness of the first as the word of the parameter says. One plane of each is compared, as its
 /// fit lays it onto the first; its levels follow. Adds what was done to the HISTORY of the first. Frames use no blank

@@ -57,10 +57,12 @@ function(corvane_join target)
     endif()
 endfunction()
 
-# In a large file the compiler inlines less than in small ones, which the loops of the image library cannot do without:
-# the least of 3 x 3 samples took sixteen times as long.
+# In a large file the compiler inlines less than in small ones, and makes fewer forms of a function for what it is
+# called with, which the loops of the image library cannot do without: the least of 3 x 3 samples took sixteen times as
+# long.
 set(corvane_kernel_options
-    "$<$<CXX_COMPILER_ID:GNU>:SHELL:--param inline-unit-growth=1000 --param large-unit-insns=1000000>")
+    "$<$<CXX_COMPILER_ID:GNU>:SHELL:--param inline-unit-growth=1000 --param large-unit-insns=1000000>"
+    "$<$<CXX_COMPILER_ID:GNU>:SHELL:--param ipa-cp-unit-growth=1000>")
 
 # The new dynamic tags leave LD_LIBRARY_PATH the first word, so that one variant can be chosen for a run.
 if(CMAKE_SYSTEM_NAME STREQUAL Linux)

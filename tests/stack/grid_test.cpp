@@ -2,6 +2,7 @@
 #include <cmath>
 #include <filesystem>
 
+#include "corvane/geometry/flip.h"
 #include "stack/follow.h"
 #include "stack/registered.h"
 #include "tests/stack/test_night.h"
@@ -48,6 +49,16 @@ protected:
             header.Set(i == 3 ? "NODATE" : "DATE-OBS", "2024-07-30T22:0" + std::to_string(5 * i % 10) + ":00");
             header.Set(i == 2 ? "DATE-AVG" : "NOAVG", "2024-07-30T22:10:30");
         });
+    }
+
+    /// Saves a light or another frame again: with that order of rows, and turned so that it shows the same.
+    void SaveInOrder(const std::string& path, const std::string& order, bool isTurned)
+    {
+        io::Frame frame = io::Load(path);
+        CImgFlip turned(frame.image);
+        turned.Do(0, &frame.image, 0);
+        frame.header.Set("ROWORDER", order);
+        io::Save(path, isTurned ? turned : frame.image, frame.header, {-32});
     }
 
     /// How many of the field's bright stars an image shows where they are, when its first pixel lies at (left, top).
@@ -168,6 +179,34 @@ TEST_F(GridTest, FollowsWhatMovesAndStacksTheStarsBeside)
     EXPECT_PRED2(Holds, ErrorOf([] { ReadFollowedPlace("12,3@"); }), "must be X,Y@FILE");
     options_.align = AlignMethod::kNone;
     EXPECT_PRED2(Holds, ErrorOf([&] { CheckOptions(options_); }), "it takes align = stars");
+}
+
+TEST_F(GridTest, PlacesAreThoseOfEachFileWhicheverWayItsRowsRun)
+{
+    const std::string& turned = options_.lights[2];
+    options_.follow = {PlaceIn(0, options_.lights[0]), PlaceIn(2, turned)};
+    for (const std::string& light : options_.lights) {
+        SaveInOrder(light, "BOTTOM-UP", false);
+    }
+    const auto expected = test::Samples(stack::Stack(options_).image);
+    SaveInOrder(turned, "TOP-DOWN", true);
+    options_.follow[1].y = kHeight - 1.0 - options_.follow[1].y;
+    EXPECT_EQ(test::Samples(stack::Stack(options_).image), expected);
+
+    options_.follow = {};
+    options_.onto = Save("onto.fits", Sky(400, 310, 1, field_, -20.0, -30.0));
+    const Result upright = stack::Stack(options_);
+    SaveInOrder(options_.onto, "TOP-DOWN", true);
+    const Result result = stack::Stack(options_);
+    EXPECT_EQ(result.header.Text("ROWORDER"), "TOP-DOWN");
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_NEAR(result.frames[i].dx, upright.frames[i].dx, 0.02);
+        EXPECT_NEAR(result.frames[i].dy, 310 - kHeight - upright.frames[i].dy, 0.02);
+    }
+    CStlImage shown = result.image;
+    CImgFlip again(shown);
+    again.Do(0, &shown, 0);
+    EXPECT_GT(StarsIn(again, -20.0, -30.0), 30);
 }
 
 } // namespace corvane::stack

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <thread>
 #include <vector>
@@ -19,6 +20,8 @@
 #include "corvane/restore/lucy_engine.h"
 #include "corvane/tone/auto_level.h"
 #include "corvane/tone/invert.h"
+#include "stack/combine/combine.h"
+#include "stars/find_stars.h"
 
 using namespace corvane;
 
@@ -69,6 +72,40 @@ void Sharpen(int seed, std::vector<float>& samples)
     samples.insert(samples.end(), plane.begin(), plane.begin() + 1000);
 }
 
+/// A sky with stars, 40 pixels apart.
+CStlImage Field(int side, int seed)
+{
+    CStlImage image(-32, side, side, 1, 1.0, 0.0, 0);
+    for (int y = 0; y < side; ++y) {
+        float* const samples = image.GetImageAdr(0, y, 0);
+        for (int x = 0; x < side; ++x) {
+            const double far = std::pow(x % 40 - 20, 2) + std::pow(y % 40 - 20, 2);
+            samples[x] = static_cast<float>((x * (seed + 73) + y * 31) % 17 + 1000.0 * std::exp(-far / 4.0));
+        }
+    }
+    return image;
+}
+
+/// Keeps the stars of a field, and of its clipped mean with two others.
+void FindAndCombine(int seed, std::vector<float>& samples)
+{
+    constexpr int kSide = 560; // enough for workers
+    const CStlImage frames[] = {Field(kSide, seed), Field(kSide, seed + 1), Field(kSide, seed + 2)};
+    stack::ImageSource source({&frames[0], &frames[1], &frames[2]});
+    stack::CombinePlan plan{.grid = {kSide, kSide}, .rule = {CombineMethod::kClippedMean}};
+    for (int i = 0; i < 3; ++i) {
+        plan.frames.push_back({i, Alignment::Turned(0.5 * i, 0.0, i, {kSide / 2.0, kSide / 2.0})});
+    }
+    CStlImage mean(-32, kSide, kSide, 1, 1.0, 0.0, 0);
+    stack::CombineFrames(plan, source, {mean});
+    Keep(mean, samples);
+    for (const CStlImage* image : {&frames[0], static_cast<const CStlImage*>(&mean)}) {
+        for (const stars::FieldStar& star : stars::FindFieldStars(*image, 0).stars) {
+            samples.push_back(static_cast<float>(star.x + star.y + star.fwhm));
+        }
+    }
+}
+
 /// Makes, filters, turns, copies and frees images; `window` becomes that of the thread.
 Outcome Work(int seed, std::atomic<HWND>& window)
 {
@@ -93,6 +130,7 @@ Outcome Work(int seed, std::atomic<HWND>& window)
         Keep(levelled, outcome.samples);
     }
     Sharpen(seed, outcome.samples);
+    FindAndCombine(seed, outcome.samples);
     platform::DestroyMessageWindow(window.exchange(nullptr));
     return outcome;
 }
