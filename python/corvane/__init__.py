@@ -45,6 +45,10 @@ __all__ = [
 __all__ += _operations.__all__
 
 
+def __dir__() -> list[str]:
+    return __all__
+
+
 def apply(image: ImageLike, *steps: str, progress: Progress = None, threads: int = 0) -> Image:
     """Work on an image, step by step.
 
