@@ -53,8 +53,8 @@ std::shared_ptr<CVmImage> Adopted(const Floats& array, int width, int height, in
 SharedImage ImageOfArray(const Floats& array, const std::string& what)
 {
     const py::ssize_t dimensions = array.ndim();
-    const bool isCube = dimensions == 3;
-    if (dimensions != 2 && !(isCube && (array.shape(0) == 1 || array.shape(0) == 3))) {
+    const bool isCube = dimensions == 3 && (array.shape(0) == 1 || array.shape(0) == 3);
+    if (dimensions != 2 && !isCube) {
         throw InputError(what, "must have the shape (rows, columns) or (planes, rows, columns) with 1 or 3 planes");
     }
     const py::ssize_t height = array.shape(dimensions - 2);
