@@ -13,7 +13,7 @@ from . import _core
 from ._call import Path, Progress, follow
 from ._core import Image
 from ._files import read
-from ._nddata import image_of, to_ccddata
+from ._nddata import image_of, to_ccddata, unit_of
 from .errors import FileError, refusal
 
 #: What stands for a frame: a CCDData or NDData, an image, an array, or the name of a file.
@@ -129,9 +129,10 @@ def combine(
         (sigma_clip_func, sigma_clip_dev_func),
     )
     _check_output(output_file, overwrite_output)
-    frames = _listed(img_list)
-    unit = _common_unit(frames) if unit is None else unit
-    images = _images(frames)
+    images = [_image(frame) for frame in _listed(img_list)]
+    _check_shapes(images)
+    if unit is None:
+        _check_units(images)
     weighed, factors = _weights(weights, method, len(images)), _factors(scale, images)
     if minmax_clip:
         images = [_within(image, minmax_clip_min, minmax_clip_max) for image in images]
@@ -245,20 +246,16 @@ def _listed(frames: Any) -> list:
     return listed
 
 
-def _images(frames: Sequence[Frame]) -> "list[Image]":
-    images = [_image(frame) for frame in frames]
+def _check_shapes(images: Sequence[Image]) -> None:
     for number, image in enumerate(images, 1):
         if image.shape != images[0].shape:
             raise refusal("img_list", None, f"frame {number} has the shape {image.shape}, the first {images[0].shape}")
-    return images
 
 
-def _common_unit(frames: Iterable[Any]) -> Any:
-    units = [frame.unit for frame in frames if isinstance(frame, NDData) and frame.unit is not None]
-    for other in units:
-        if other != units[0]:
-            raise refusal("unit", None, f"frames have {units[0]} and {other}; unit says that of the result")
-    return units[0] if units else None
+def _check_units(images: Sequence[Image]) -> None:
+    units = {str(unit_of(image.header["BUNIT"])) for image in images if "BUNIT" in image.header}
+    if len(units) > 1:
+        raise refusal("unit", None, f"frames have {' and '.join(sorted(units))}; unit says that of the result")
 
 
 def _weights(weights: Any, method: str, frames: int) -> "list[float]":

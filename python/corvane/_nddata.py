@@ -96,14 +96,15 @@ def to_ccddata(image: Image, unit: Any = None) -> CCDData:
     wcs = WCS(header, naxis=2)
     return CCDData(
         samples,
-        unit=_unit(unit if unit is not None else header.get("BUNIT")),
+        unit=unit_of(unit if unit is not None else header.get("BUNIT")),
         mask=mask if mask.any() else None,
         meta=header,
         wcs=wcs if wcs.has_celestial else None,
     )
 
 
-def _unit(given: Any) -> units.UnitBase:
+def unit_of(given: Any) -> units.UnitBase:
+    """The unit of that name; adu where none is known."""
     if given is None or str(given).strip().lower() in ("", "adu", "counts", "dn"):
         return units.adu
     return units.Unit(given)
