@@ -70,8 +70,8 @@ def combine(
     scale : sequence of float or callable, optional
         Each frame is multiplied by its number, or by scale(samples), before any clipping; samples are a masked array.
     mem_limit : float, default 16e9
-        What parts of the frames may take while they are combined [bytes]. The frames themselves lie in memory, and
-        beyond `corvane.memory_budget` in files of their own.
+        What the rows at work may take [bytes]; that is little. The frames themselves lie in memory, and beyond
+        `corvane.memory_budget` in files of their own.
     clip_extrema : bool, default False
         Drop the lowest nlow and the highest nhigh values of a pixel; of fewer than that, and one, the middle one stays.
     nlow, nhigh : int, default 1
