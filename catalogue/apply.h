@@ -32,6 +32,7 @@ CORVANE_VISIBLE io::Frame Apply(const io::Frame& frame, std::string_view operati
 CORVANE_VISIBLE io::Frame Apply(const io::Frame& frame, const std::vector<catalogue::Step>& steps, const Run& run = {});
 
 /// An operation on several images, each under the name of its input; what it makes is under the names of its outputs.
+/// Samples that a caller goes on sharing (`CStlImage::Shared`) stay as they are.
 CORVANE_VISIBLE catalogue::Outputs Apply(std::string_view operation, catalogue::Inputs inputs,
                                          const catalogue::Settings& settings, const Run& run = {});
 /// @}

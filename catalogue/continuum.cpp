@@ -9,6 +9,7 @@
 
 #include "catalogue/colour_header.h"
 #include "catalogue/operations.h"
+#include "catalogue/own_samples.h"
 #include "catalogue/registration.h"
 #include "catalogue/undefined.h"
 #include "corvane/colour/plane_mix.h"
@@ -58,6 +59,7 @@ double BroadSky(const io::Frame& broad, const Run& run)
 /// Takes the broad band, which lies on one grid with it, off the narrow one.
 void TakeOff(const CStlImage& broad, double factor, double sky, CStlImage& narrow, const Run& run)
 {
+    OwnSamples(narrow);
     Stage stage(run, "Taking off the continuum...", narrow.GetHeight());
     MixPlanes({{&narrow, 0, 1.0}, {&broad, 0, -factor}}, factor * sky, narrow, 0, stage);
 }

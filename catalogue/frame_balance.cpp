@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "catalogue/own_samples.h"
 #include "catalogue/registration.h"
 #include "corvane/colour/plane_mix.h"
 #include "corvane/core/error.h"
@@ -97,6 +98,7 @@ BrightnessChange ByLight(const Compared& of, double firstLight, const stars::Sky
 void Change(io::Frame& frame, const BrightnessChange& change, const Run& run)
 {
     CStlImage& image = frame.image;
+    OwnSamples(image);
     Stage stage(run, "Balancing frames...", image.GetHeight() * image.GetPlanes());
     for (int plane = 0; plane < image.GetPlanes(); ++plane) {
         MixPlanes({{&image, plane, change.factor}}, change.offset, image, plane, stage);

@@ -1,8 +1,10 @@
 #include "catalogue/undefined.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
+#include "catalogue/own_samples.h"
 #include "corvane/core/blank.h"
 #include "corvane/core/error.h"
 #include "corvane/core/fold.h"
@@ -10,14 +12,33 @@
 namespace corvane::catalogue {
 namespace {
 
-/// Returns how many samples are defined.
-long long MarkRow(const BlankTest& isBlank, float* row, int count)
+void MarkBlanks(CStlImage& image)
 {
+    const BlankTest isBlank(image);
+    const int width = image.GetWidth();
+    OwnSamples(image);
+    WriteRows(image, image.GetPlanes(), [&](float* row, int) {
+        for (int x = 0; x < width; ++x) {
+            row[x] = isBlank(row[x]) ? std::numeric_limits<float>::quiet_NaN() : row[x];
+        }
+    });
+    image.SetBlankUsed(0);
+}
+
+/// How many samples are numbers.
+long long CountDefined(const CStlImage& image)
+{
+    const auto inBlock = [&](const RowBlock& block) {
+        long long count = 0;
+        for (int y = block.first; y < block.end; ++y) {
+            const float* const row = image.GetImageAdr(0, y, block.plane, 1);
+            count += std::count_if(row, row + image.GetWidth(), [](float v) { return !std::isnan(v); });
+        }
+        return count;
+    };
     long long defined = 0;
-    for (int x = 0; x < count; ++x) {
-        row[x] = isBlank(row[x]) ? std::numeric_limits<float>::quiet_NaN() : row[x];
-        defined += std::isnan(row[x]) ? 0 : 1;
-    }
+    FoldBlocks(RowBlocks(WorkingArea(image, nullptr), image.GetPlanes()), ThreadsOn(image, {}), inBlock,
+               [&](long long part) { defined += part; });
     return defined;
 }
 
@@ -25,22 +46,12 @@ long long MarkRow(const BlankTest& isBlank, float* row, int count)
 
 void MarkUndefined(io::Frame& frame)
 {
-    CStlImage& image = frame.image;
-    const BlankTest isBlank(image);
-    long long defined = 0;
-    const auto markBlock = [&](const RowBlock& block) {
-        long long marked = 0;
-        for (int y = block.first; y < block.end; ++y) {
-            marked += MarkRow(isBlank, image.GetImageAdr(0, y, block.plane), image.GetWidth());
-        }
-        return marked;
-    };
-    FoldBlocks(RowBlocks(WorkingArea(image, nullptr), image.GetPlanes()), ThreadsOn(image, {}), markBlock,
-               [&](long long part) { defined += part; });
-    if (defined == 0) {
-        throw FileError(image.GetOrgFileName(), "has no sample that is defined");
+    if (frame.image.IsBlankUsed() != 0) {
+        MarkBlanks(frame.image);
     }
-    image.SetBlankUsed(0);
+    if (CountDefined(frame.image) == 0) {
+        throw FileError(frame.image.GetOrgFileName(), "has no sample that is defined");
+    }
 }
 
 } // namespace corvane::catalogue

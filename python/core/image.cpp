@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <utility>
 
@@ -22,7 +23,7 @@ constexpr const char* kImageDoc = R"(Samples with their header, display levels a
 As an array it has the shape (rows, columns) or (planes, rows, columns), 32-bit floats and the
 file's order of rows. ``numpy.asarray(image)`` is a view without a copy that is read-only and keeps
 the image alive. ``image[...] = values`` writes, and raises BufferError while an operation works on
-the image. What may write through ``__dlpack__`` must not while one does.
+the image, ValueError where it has its samples of a read-only array. What may write through ``__dlpack__`` must not while one does.
 
 Parameters
 ----------
@@ -41,19 +42,19 @@ using Floats = py::array_t<float, py::array::c_style | py::array::forcecast>;
 std::shared_ptr<CVmImage> Adopted(const Floats& array, int width, int height, int planes)
 {
     auto* const owner = new py::object(array);
-    const std::shared_ptr<unsigned char> memory(
-        reinterpret_cast<unsigned char*>(const_cast<float*>(array.data())), [owner](unsigned char*) {
-            const py::gil_scoped_acquire lock;
-            delete owner;
-        });
+    const std::shared_ptr<unsigned char> memory(reinterpret_cast<unsigned char*>(const_cast<float*>(array.data())),
+                                                [owner](unsigned char*) {
+                                                    const py::gil_scoped_acquire lock;
+                                                    delete owner;
+                                                });
     return std::make_shared<CVmImage>(memory, width, height, planes, static_cast<int>(sizeof(float)));
 }
 
 SharedImage ImageOfArray(const Floats& array, const std::string& what)
 {
     const py::ssize_t dimensions = array.ndim();
-    const bool isCube = dimensions == 3;
-    if (dimensions != 2 && !(isCube && (array.shape(0) == 1 || array.shape(0) == 3))) {
+    const bool isCube = dimensions == 3 && (array.shape(0) == 1 || array.shape(0) == 3);
+    if (dimensions != 2 && !isCube) {
         throw InputError(what, "must have the shape (rows, columns) or (planes, rows, columns) with 1 or 3 planes");
     }
     const py::ssize_t height = array.shape(dimensions - 2);
@@ -66,7 +67,9 @@ SharedImage ImageOfArray(const Floats& array, const std::string& what)
     frame.image = CStlImage(Adopted(array, static_cast<int>(width), static_cast<int>(height),
                                     isCube ? static_cast<int>(array.shape(0)) : 1));
     io::SetFullLevels(frame.image);
-    return Shared(std::move(frame));
+    SharedImage image = Shared(std::move(frame));
+    image->isReadOnly = !array.writeable();
+    return image;
 }
 
 std::vector<py::ssize_t> ShapeOf(const CStlImage& image)
@@ -143,6 +146,9 @@ void Write(const SharedImage& image, const py::object& where, const py::object& 
     if (!lock.owns_lock()) {
         throw py::buffer_error("the image cannot be written to while an operation works on it");
     }
+    if (image->isReadOnly) {
+        throw py::value_error("the array that the image has its samples of is read-only: write to a copy()");
+    }
     View(image, true)[where] = values;
 }
 
@@ -162,8 +168,7 @@ void SetLevels(Image& image, const Levels& levels)
     CStlImage& of = image.frame.image;
     if (levels.size() != static_cast<std::size_t>(of.GetPlanes())) {
         throw ParameterError("levels", std::to_string(levels.size()),
-                             "must be a pair (black, white) for each of " + std::to_string(of.GetPlanes()) +
-                                 " planes");
+                             "must be a pair (black, white) for each of " + std::to_string(of.GetPlanes()) + " planes");
     }
     for (std::size_t plane = 0; plane < levels.size(); ++plane) {
         of.SetLevel(static_cast<int>(plane), levels[plane].first, levels[plane].second);
@@ -178,7 +183,9 @@ std::optional<int> BlankOf(const Image& image)
 
 SharedImage Copy(const Image& image)
 {
-    return Shared(FrameOf(image, CStlImage(image.frame.image)));
+    io::Frame frame = FrameOf(image);
+    frame.image = CStlImage(frame.image);
+    return Shared(std::move(frame));
 }
 
 std::string Description(const Image& image)
@@ -200,8 +207,9 @@ SharedImage Shared(io::Frame frame)
     return image;
 }
 
-io::Frame FrameOf(const Image& image, CStlImage samples)
+io::Frame FrameOf(const Image& image)
 {
+    CStlImage samples = image.frame.image.Shared();
     samples.SetCoordinates({});
     io::ReadCoordinates(image.frame.header, samples);
     return {std::move(samples), image.frame.header};
@@ -221,7 +229,7 @@ SharedImage ImageOf(py::handle object, const std::string& what)
     return ImageOfArray(array, what);
 }
 
-// Locks are taken in one order, so that two threads with the same images never wait for each other.
+// An image is held once, however often it is given.
 Hold::Hold(std::vector<SharedImage> images) : images_(std::move(images))
 {
     std::sort(images_.begin(), images_.end(), std::less<>());
@@ -234,9 +242,9 @@ Hold::Hold(std::vector<SharedImage> images) : images_(std::move(images))
 void BindImage(py::module_& module)
 {
     py::class_<Image, SharedImage>(module, "Image", py::custom_type_setup([](PyHeapTypeObject* type) {
- type->as_buffer.bf_getbuffer = &GetBuffer;
- type->ht_type.tp_as_buffer = &type->as_buffer;
- }),
+                                       type->as_buffer.bf_getbuffer = &GetBuffer;
+                                       type->ht_type.tp_as_buffer = &type->as_buffer;
+                                   }),
                                    kImageDoc)
         .def(py::init([](const py::object& samples) { return ImageOf(samples, "samples"); }), py::arg("samples"))
         .def_property_readonly(
@@ -257,19 +265,21 @@ void BindImage(py::module_& module)
         .def("rows", &Rows, py::arg("first"), py::arg("end"),
              "A copy of rows first to end, of all planes: for images of any size.")
         .def("copy", &Copy, "The same once more, with samples of its own.")
-        .def("__array__",
-             [](const SharedImage& image, const py::object& dtype) {
-                 const py::object view = View(image, false);
-                 return dtype.is_none() ? view : view.attr("astype")(dtype, py::arg("copy") = false);
-             },
-             py::arg("dtype") = py::none())
-        .def("__dlpack__",
-             [](const SharedImage& image, const py::object& stream) {
-                 return View(image, true).attr("__dlpack__")(py::arg("stream") = stream);
-             },
-             py::arg("stream") = py::none())
+        .def(
+            "__array__",
+            [](const SharedImage& image, const py::object& dtype, const py::object& copy) {
+                return py::module_::import("numpy").attr("array")(View(image, false), dtype, py::arg("copy") = copy);
+            },
+            py::arg("dtype") = py::none(), py::arg("copy") = py::none())
+        .def(
+            "__dlpack__",
+            [](const SharedImage& image, const py::object& stream) {
+                return View(image, !image->isReadOnly).attr("__dlpack__")(py::arg("stream") = stream);
+            },
+            py::arg("stream") = py::none())
         .def("__dlpack_device__", [](const Image&) { return py::make_tuple(1, 0); })
-        .def("__getitem__", [](const SharedImage& image, const py::object& where) { return View(image, false)[where].cast<py::object>(); })
+        .def("__getitem__", [](const SharedImage& image,
+                               const py::object& where) { return View(image, false)[where].cast<py::object>(); })
         .def("__setitem__", &Write)
         .def("__len__", [](const Image& image) { return ShapeOf(image.frame.image).front(); })
         .def("__repr__", &Description);

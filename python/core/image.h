@@ -1,7 +1,7 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
+#include <shared_mutex>
 #include <string>
 #include <vector>
 
@@ -13,10 +13,11 @@ namespace corvane::python {
 
 namespace py = pybind11;
 
-/// An image as Python has it: a frame, and a lock that whoever works on the samples holds.
+/// An image as Python has it: a frame, and a lock that whoever works on the samples shares.
 struct Image {
     io::Frame frame;
-    mutable std::mutex inUse{};
+    bool isReadOnly = false; ///< its samples are an array's that is not to be written to
+    mutable std::shared_mutex inUse{};
 };
 
 using SharedImage = std::shared_ptr<Image>;
@@ -29,19 +30,19 @@ SharedImage ImageOf(py::handle object, const std::string& what);
 /// An image that Python is to have; its header tells where it lies on the sky.
 SharedImage Shared(io::Frame frame);
 
-/// A frame for the engine, of samples of the image's: where it lies on the sky its header tells, which Python may have
-/// changed.
-io::Frame FrameOf(const Image& image, CStlImage samples);
+/// A frame for the engine over the image's samples, which stay as they are: where it lies on the sky its header tells,
+/// which Python may have changed, and may again: to be made with the interpreter's lock.
+io::Frame FrameOf(const Image& image);
 
-/// Keeps images from being written to, and from work in other threads, as long as it lives. To be made without the
-/// interpreter's lock, since it may have to wait.
+/// Keeps images from being written to as long as it lives. To be made without the interpreter's lock, since it may have to
+/// wait for who writes.
 class Hold {
 public:
     explicit Hold(std::vector<SharedImage> images);
 
 private:
     std::vector<SharedImage> images_;
-    std::vector<std::unique_lock<std::mutex>> locks_;
+    std::vector<std::shared_lock<std::shared_mutex>> locks_;
 };
 
 /// Adds the classes `Image` and `Header`.

@@ -19,9 +19,12 @@ PYBIND11_MODULE(_core, module)
     BindImage(module);
     BindOperations(module);
     BindNight(module);
+    BindFrames(module);
     BindPictures(module);
-    module.def("set_memory_budget", &corvane::SetMemoryBudget, py::arg("bytes"));
-    module.def("memory_budget", &corvane::MemoryBudget);
-    module.def("set_threads", &corvane::SetThreads, py::arg("threads"));
-    module.def("threads", &corvane::Threads);
+    module.def("set_memory_budget", &corvane::SetMemoryBudget, py::arg("bytes"),
+               "Sets how much memory images may take together [bytes]; others lie in files.");
+    module.def("memory_budget", &corvane::MemoryBudget, "How much memory images may take together [bytes].");
+    module.def("set_threads", &corvane::SetThreads, py::arg("threads"),
+               "Sets how many threads work where a call does not say; 0: as many as there are processors.");
+    module.def("threads", &corvane::Threads, "How many threads work where a call does not say.");
 }

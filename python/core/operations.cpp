@@ -18,51 +18,30 @@
 namespace corvane::python {
 namespace {
 
-/// Images that are given, by the names of the inputs.
-using Given = std::map<std::string, std::vector<SharedImage>>;
-
 bool TakesMany(const catalogue::Operation& operation, const std::string& name)
 {
     return std::any_of(operation.inputs.begin(), operation.inputs.end(), [&](const catalogue::Input& input) {
-        return input.name == name &&
-               (input.count == catalogue::Count::Several || input.count == catalogue::Count::Any);
+        return input.name == name && (input.count == catalogue::Count::Several || input.count == catalogue::Count::Any);
     });
 }
 
-Given GivenTo(const catalogue::Operation& operation, const py::dict& images)
+/// Frames over the images that are given by the names of the inputs; the images join those that are used.
+catalogue::Inputs InputsOf(const catalogue::Operation& operation, const py::dict& images,
+                           std::vector<SharedImage>& used)
 {
-    Given given;
+    catalogue::Inputs inputs;
     for (const auto& [key, value] : images) {
         const auto name = key.cast<std::string>();
+        const auto add = [&, &frames = inputs[name]](py::handle image) {
+            used.push_back(ImageOf(image, name));
+            frames.push_back(FrameOf(*used.back()));
+        };
         if (!TakesMany(operation, name)) {
-            given[name].push_back(ImageOf(value, name));
+            add(value);
             continue;
         }
         for (const py::handle image : py::iter(value)) {
-            given[name].push_back(ImageOf(image, name));
-        }
-    }
-    return given;
-}
-
-std::vector<SharedImage> AllOf(const Given& given)
-{
-    std::vector<SharedImage> all;
-    for (const auto& [name, images] : given) {
-        all.insert(all.end(), images.begin(), images.end());
-    }
-    return all;
-}
-
-/// Frames that an operation may take over: copies, unless it only looks at them.
-catalogue::Inputs InputsOf(const catalogue::Operation& operation, const Given& given)
-{
-    const bool looks = operation.outputs.front().kind != catalogue::OutputKind::Image;
-    catalogue::Inputs inputs;
-    for (const auto& [name, images] : given) {
-        for (const SharedImage& image : images) {
-            const CStlImage& from = image->frame.image;
-            inputs[name].push_back(FrameOf(*image, looks ? from.Shared() : CStlImage(from)));
+            add(image);
         }
     }
     return inputs;
@@ -76,12 +55,12 @@ py::object Made(std::variant<io::Frame, catalogue::Table>& output)
     return ColumnsOf(std::get<catalogue::Table>(output));
 }
 
-py::object RunSeveral(const catalogue::Operation& operation, const Given& given, const catalogue::Settings& settings,
-                      PythonRun& python)
+py::object RunSeveral(const catalogue::Operation& operation, catalogue::Inputs inputs,
+                      const catalogue::Settings& settings, const std::vector<SharedImage>& used, PythonRun& python)
 {
     catalogue::Outputs outputs = python.Do([&](const Run& run) {
-        const Hold hold(AllOf(given));
-        return Apply(operation.name, InputsOf(operation, given), settings, run);
+        const Hold hold(used);
+        return Apply(operation.name, std::move(inputs), settings, run);
     });
     py::dict made;
     for (const catalogue::Output& output : operation.outputs) {
@@ -92,13 +71,13 @@ py::object RunSeveral(const catalogue::Operation& operation, const Given& given,
     return made;
 }
 
-py::object RunSteps(const SharedImage& image, const std::vector<catalogue::Step>& steps, PythonRun& python)
+py::object RunSteps(const io::Frame& frame, const std::vector<catalogue::Step>& steps,
+                    const std::vector<SharedImage>& used, PythonRun& python)
 {
-    io::Frame made = python.Do([&](const Run& run) {
-        const Hold hold({image});
-        return Apply(FrameOf(*image, image->frame.image.Shared()), steps, run);
-    });
-    return py::cast(Shared(std::move(made)));
+    return py::cast(Shared(python.Do([&](const Run& run) {
+        const Hold hold(used);
+        return Apply(frame, steps, run);
+    })));
 }
 
 /// A step gives its image, other operations what they make by the names of the outputs.
@@ -106,13 +85,14 @@ py::object RunNamed(const std::string& name, const py::dict& images, const py::d
                     int threads)
 {
     const catalogue::Operation& operation = catalogue::FindOperation(name);
-    const catalogue::Settings settings = SettingsOf(operation, values);
-    const Given given = GivenTo(operation, images);
+    std::vector<SharedImage> used;
+    const catalogue::Settings settings = SettingsOf(operation, values, &used);
+    catalogue::Inputs inputs = InputsOf(operation, images, used);
     PythonRun run(progress, threads);
     if (!operation.IsStep()) {
-        return RunSeveral(operation, given, settings, run);
+        return RunSeveral(operation, std::move(inputs), settings, used, run);
     }
-    return RunSteps(given.begin()->second.front(), {catalogue::Step(operation.name, settings)}, run);
+    return RunSteps(inputs.begin()->second.front(), {catalogue::Step(operation.name, settings)}, used, run);
 }
 
 py::object RunTexts(const py::object& image, const std::vector<std::string>& steps, const py::object& progress,
@@ -120,7 +100,8 @@ py::object RunTexts(const py::object& image, const std::vector<std::string>& ste
 {
     const std::vector<catalogue::Step> parsed(steps.begin(), steps.end());
     PythonRun run(progress, threads);
-    return RunSteps(ImageOf(image, "image"), parsed, run);
+    const SharedImage given = ImageOf(image, "image");
+    return RunSteps(FrameOf(*given), parsed, {given}, run);
 }
 
 } // namespace
@@ -149,9 +130,9 @@ void BindOperations(py::module_& module)
             if (found == scales.end()) {
                 throw ParameterError("scale", scale, "must be counts, none, levels, minmax or unit");
             }
+            const io::Frame frame = FrameOf(*image);
             const py::gil_scoped_release release;
             const Hold hold({image});
-            const io::Frame frame = FrameOf(*image, image->frame.image.Shared());
             io::Save(path, frame.image, frame.header, {bits, found->second});
         },
         py::arg("path"), py::arg("image"), py::arg("bits"), py::arg("scale"));

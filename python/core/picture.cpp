@@ -1,11 +1,12 @@
 // Images as people look at them.
 
+#include "io/picture.h"
+
 #include <string>
 
 #include "catalogue/recipe.h"
 #include "catalogue/shown.h"
 #include "io/metadata.h"
-#include "io/picture.h"
 #include "python/core/image.h"
 #include "python/core/operations.h"
 #include "python/core/run.h"
@@ -13,21 +14,20 @@
 namespace corvane::python {
 namespace {
 
-io::Frame ShownFrame(const Image& image, const std::string& stretch, int size)
+void MakePicture(io::Frame& frame, const std::string& stretch, int size)
 {
-    io::Frame frame = FrameOf(image, image.frame.image.Shared());
     catalogue::Reduce(frame, size);
     catalogue::MakeShown(frame, stretch);
-    return frame;
 }
 
 py::bytes Png(const SharedImage& image, const std::string& stretch, int size)
 {
     std::string bytes;
+    io::Frame frame = FrameOf(*image);
     {
         const py::gil_scoped_release release;
         const Hold hold({image});
-        const io::Frame frame = ShownFrame(*image, stretch, size);
+        MakePicture(frame, stretch, size);
         bytes = io::EncodePicture(frame.image, io::IsBottomUp(frame.header));
     }
     return bytes;
@@ -38,9 +38,10 @@ void SaveShown(const SharedImage& image, const std::string& path, const std::str
 {
     const io::PictureFormat format{bits, quality};
     io::CheckPicture(path, format);
+    io::Frame frame = FrameOf(*image);
     const py::gil_scoped_release release;
     const Hold hold({image});
-    const io::Frame frame = ShownFrame(*image, stretch, size);
+    MakePicture(frame, stretch, size);
     io::SavePicture(path, frame.image, io::IsBottomUp(frame.header), format);
 }
 
@@ -49,13 +50,13 @@ py::object Developed(const py::object& given, const std::string& recipe, const p
     const SharedImage image = ImageOf(given, "image");
     const catalogue::Recipe steps = catalogue::FindRecipe(recipe);
     PythonRun python(progress, threads);
-    io::Frame made = python.Do([&](const Run& run) {
+    io::Frame frame = FrameOf(*image);
+    return py::cast(Shared(python.Do([&](const Run& run) {
         const Hold hold({image});
-        io::Frame frame = FrameOf(*image, CStlImage(image->frame.image));
+        frame.image = CStlImage(frame.image);
         catalogue::RunRecipe(steps, frame, run);
-        return frame;
-    });
-    return py::cast(Shared(std::move(made)));
+        return std::move(frame);
+    })));
 }
 
 } // namespace

@@ -26,6 +26,9 @@ public:
     {
         try {
             auto made = WithoutLock(work);
+            if (raised_) { // with the last that was told
+                std::rethrow_exception(raised_);
+            }
             Log();
             return made;
         } catch (const Cancelled&) {

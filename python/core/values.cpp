@@ -12,7 +12,6 @@
 
 #include "catalogue/names.h"
 #include "corvane/core/error.h"
-#include "python/core/image.h"
 
 namespace corvane::python {
 namespace {
@@ -64,11 +63,13 @@ Value OfNumbers(const Parameter& parameter, py::handle sequence)
     return numbers;
 }
 
-Value OfImage(const Parameter& parameter, py::handle value)
+Value OfImage(const Parameter& parameter, py::handle value, std::vector<SharedImage>* used)
 {
     const SharedImage image = ImageOf(value, parameter.name);
-    return catalogue::SharedFrame(
-        std::make_shared<const io::Frame>(FrameOf(*image, image->frame.image.Shared())));
+    if (used != nullptr) {
+        used->push_back(image);
+    }
+    return catalogue::SharedFrame(std::make_shared<const io::Frame>(FrameOf(*image)));
 }
 
 bool IsPath(py::handle value)
@@ -82,20 +83,21 @@ bool IsTruth(py::handle value)
     return py::isinstance<py::bool_>(value) || py::str(py::type::of(value).attr("__name__")).equal(py::str("bool_"));
 }
 
-Value ValueOf(const Parameter& parameter, py::handle value)
+Value ValueOf(const Parameter& parameter, py::handle value, std::vector<SharedImage>* used)
 {
     if (IsPath(value)) {
         return std::string(py::str(py::module_::import("os").attr("fspath")(value)));
     }
     if (parameter.kind == Kind::Image) {
-        return OfImage(parameter, value);
+        return OfImage(parameter, value, used);
     }
     if (IsTruth(value)) {
         return value.attr("__bool__")().cast<bool>();
     }
     if (PyIndex_Check(value.ptr()) != 0 && !py::hasattr(value, "__len__")) {
-        return parameter.kind == Kind::Whole ? Value(py::int_(py::reinterpret_borrow<py::object>(value)).cast<int>())
-                                             : Value(py::float_(py::reinterpret_borrow<py::object>(value)).cast<double>());
+        return parameter.kind == Kind::Whole
+                   ? Value(py::int_(py::reinterpret_borrow<py::object>(value)).cast<int>())
+                   : Value(py::float_(py::reinterpret_borrow<py::object>(value)).cast<double>());
     }
     if (PySequence_Check(value.ptr()) != 0) {
         return OfNumbers(parameter, value);
@@ -126,7 +128,8 @@ py::object CellOf(const catalogue::Cell& cell)
 
 } // namespace
 
-catalogue::Settings SettingsOf(const catalogue::Operation& operation, const py::dict& values)
+catalogue::Settings SettingsOf(const catalogue::Operation& operation, const py::dict& values,
+                               std::vector<SharedImage>* used)
 {
     catalogue::Settings settings;
     for (const auto& [key, value] : values) {
@@ -139,13 +142,13 @@ catalogue::Settings SettingsOf(const catalogue::Operation& operation, const py::
             continue;
         }
         try {
-            Value given = ValueOf(*parameter, value);
+            Value given = ValueOf(*parameter, value, used);
             if (!IsUsual(*parameter, given)) {
                 settings.push_back({parameter->name, std::move(given)});
             }
         } catch (const py::error_already_set&) { // it is no number
-            throw ParameterError(parameter->name, py::str(value), "must be " + catalogue::AllowedText(*parameter)).Of(
-                operation.name);
+            throw ParameterError(parameter->name, py::str(value), "must be " + catalogue::AllowedText(*parameter))
+                .Of(operation.name);
         }
     }
     return settings;

@@ -15,7 +15,7 @@ ones come out. What goes in stays as it is.
 
 from __future__ import annotations
 
-from . import _core, operations as _operations
+from . import _core, _report, operations as _operations
 from ._call import ImageLike, Progress, follow as _follow
 from ._core import Header, Image, __version__, memory_budget, set_memory_budget, set_threads, threads
 from ._files import read, write
@@ -43,6 +43,10 @@ __all__ = [
     "write",
 ]
 __all__ += _operations.__all__
+
+
+def __dir__() -> list[str]:
+    return __all__
 
 
 def apply(image: ImageLike, *steps: str, progress: Progress = None, threads: int = 0) -> Image:

@@ -9,11 +9,7 @@ from typing import Any, Iterable, Optional
 import numpy as np
 
 from . import _core
-from ._call import Path, follow as followed, paths, taken
-
-_TEXTS = ("file", "reason")
-_TRUTHS = ("used",)
-_WHOLE = ("matched", "stars")
+from ._call import Path, follow as followed, paths, table, taken
 
 
 @dataclass
@@ -69,22 +65,9 @@ class Stack(Registration):
     depth: "Optional[tuple[float, float, float]]" = field(default=None)
 
 
-def _kind(name: str) -> Any:
-    return bool if name in _TRUTHS else np.int64 if name in _WHOLE else float
-
-
 def _rows(frames: "list[dict]") -> np.ndarray:
-    columns = []
-    for name in frames[0]:
-        cells = [frame[name] for frame in frames]
-        if name in _TEXTS:
-            columns.append((name, np.array(cells, dtype=str)))
-        else:
-            columns.append((name, np.array([np.nan if cell is None else cell for cell in cells], dtype=_kind(name))))
-    rows = np.empty(len(frames), dtype=[(name, column.dtype) for name, column in columns])
-    for name, column in columns:
-        rows[name] = column
-    return rows
+    digits = dict.fromkeys(("matched", "stars"), 0)  # whole numbers
+    return table([(name, digits.get(name, -1), [frame[name] for frame in frames]) for name in frames[0]])
 
 
 def _engine(work: Any, inputs: Iterable[str], given: dict) -> dict:

@@ -30,6 +30,12 @@ class ArgumentError(Error, ValueError):
     """A value or an image that the work cannot be done with."""
 
 
+def refusal(subject: str, value: object, reason: str) -> ArgumentError:
+    """The error of an argument, in the form of the command's; None is no value to show."""
+    text = "" if value is None else str(value)
+    return ArgumentError(f"{subject}{' = ' if text else ''}{text}: {reason}", subject, text, reason)
+
+
 class FileError(Error, OSError):
     """A file that cannot be read or written."""
 

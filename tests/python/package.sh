@@ -22,6 +22,7 @@ END
 
 cmake --install "$build" --prefix "$work/prefix" >/dev/null
 try env PYTHONPATH="$(dirname "$(dirname "$(find "$work/prefix" -name '_core*.so')")")" "$python"
+[[ -f $work/prefix/share/doc/Corvane/notebooks/night.ipynb ]]
 
 cp -r "$source"/{pyproject.toml,setup.py,README.md} "$work/source"
 "$python" -m venv --system-site-packages "$work/environment"

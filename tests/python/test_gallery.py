@@ -1,6 +1,6 @@
 """The examples do what they say, on a night whose truth is known."""
 
-import os
+import json
 import re
 import subprocess
 import sys
@@ -10,14 +10,14 @@ import corvane
 import numpy as np
 import pytest
 
-EXAMPLES = Path(__file__).parents[2] / "examples" / "python"
+ROOT = Path(__file__).parents[2]
+EXAMPLES = ROOT / "examples" / "python"
 
 
 @pytest.fixture(scope="module")
-def folder(tmp_path_factory):
+def folder(night, tmp_path_factory):
     folder = tmp_path_factory.mktemp("gallery")
-    options = "--lights 4 --darks 2 --flats 2 --bias 0 --size 320x300".split()
-    subprocess.check_call([os.environ["MAKE_NIGHT"], folder / "night", *options], stdout=subprocess.DEVNULL)
+    (folder / "night").symlink_to(night)
     return folder
 
 
@@ -47,12 +47,13 @@ def test_photometry(folder):
     star = corvane.find_stars(corvane.read(folder / lights(folder)[0]))[2]
     told = run(folder, "photometry", str(star["x"]), str(star["y"]), *lights(folder))
     magnitudes = [float(line.split()[1]) for line in told.splitlines()]
-    assert len(magnitudes) == 4 and magnitudes[0] == 0 and np.abs(magnitudes).max() < 0.1
+    assert len(magnitudes) == 5 and magnitudes[0] == 0 and np.abs(magnitudes).max() < 0.1
 
 
 def test_ccddata(folder):
-    run(folder, "ccddata", lights(folder)[0], "night/dark_001.fits", "night/flat_001.fits", "calibrated.fits")
-    expected = corvane.dark(corvane.read(folder / lights(folder)[0]), file=folder / "night/dark_001.fits")
+    light = lights(folder)[0]
+    run(folder, "ccddata", light, "night/dark_001.fits", "night/flat_001.fits", "calibrated.fits")
+    expected = corvane.dark(corvane.read(folder / light), file=folder / "night/dark_001.fits")
     expected = corvane.flat(expected, file=folder / "night/flat_001.fits")
     assert np.array_equal(corvane.read(folder / "calibrated.fits"), expected)
 
@@ -70,4 +71,23 @@ def test_colour(folder):
 
 def test_seeing(folder):
     told = run(folder, "seeing", "seeing.png", *lights(folder))
-    assert len(told.splitlines()) == 4 and all(" pixels, " in line for line in told.splitlines())
+    assert len(told.splitlines()) == 5 and all(" pixels, " in line for line in told.splitlines())
+
+
+def test_notebooks(night, tmp_path, monkeypatch):
+    monkeypatch.chdir(tmp_path)
+    subprocess.check_call([sys.executable, ROOT / "docs" / "make-notebooks", tmp_path])
+    assert {path.stem for path in tmp_path.glob("*.ipynb")} == {path.stem for path in EXAMPLES.glob("*.py")}
+    for path in tmp_path.glob("*.ipynb"):
+        made = json.loads(path.read_text())
+        cells = ["".join(cell["source"]) for cell in made["cells"]]
+        for cell in cells[1:]:
+            compile(cell, path.name, "exec")
+        program = (EXAMPLES / f"{path.stem}.py").read_text().split('"""\n', 1)[1]
+        assert made["nbformat"] == 4 and "".join(program.split()) in "".join("".join(cells[2:]).split())
+    cells = ["".join(cell["source"]) for cell in json.loads(Path("night.ipynb").read_text())["cells"]]
+    names = {}
+    for cell in [cells[1].replace("FOLDER", str(night)), *cells[2:]]:
+        exec(cell, names)
+    shown = names[cells[-1]]._repr_html_()
+    assert Path("STACK.fits").exists() and "data:image/png;base64,iVBOR" in shown and shown.count("<tr>") == 6

@@ -67,6 +67,11 @@ def test_views_are_read_and_items_are_written():
     assert image[2, 0] == 80 and other[2, 0] == 10
     assert np.array_equal(np.from_dlpack(image), np.asarray(image))
     assert np.asarray(image, dtype=np.float64).dtype == np.float64
+    assert not np.shares_memory(image.__array__(copy=True), image)
+    fixed = ramp(4, 5)
+    fixed.flags.writeable = False
+    with pytest.raises(ValueError, match="read-only"):
+        corvane.Image(fixed)[0, 0] = 1
     assert np.array_equal(image.rows(1, 3), np.asarray(image)[1:3])
     for first, end in [(-1, 2), (2, 2), (0, 5)]:
         with pytest.raises(corvane.ArgumentError, match="rows = "):
@@ -75,16 +80,20 @@ def test_views_are_read_and_items_are_written():
 
 def test_writing_while_an_operation_runs_raises():
     image = corvane.Image(np.random.default_rng(1).normal(1000, 5, (700, 800)).astype(np.float32))
+    other = image.copy()
     refused = []
 
     def listen(stage, done, total):
         if not refused:
             with pytest.raises(BufferError, match="while an operation works on it"):
                 image[0, 0] = 1
+            assert corvane.stats(image)["max"][0] < 1100  # it may be read
             refused.append(stage)
 
-    corvane.median(image, progress=listen)
-    assert refused
+    for work in (lambda: corvane.median(image, progress=listen), lambda: corvane.dark(other, file=image, progress=listen)):
+        refused.clear()
+        work()
+        assert refused
     image[0, 0] = 1
     assert image[0, 0] == 1
 
