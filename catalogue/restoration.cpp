@@ -16,7 +16,9 @@
 #include "corvane/restore/region.h"
 #include "io/metadata.h"
 #include "stars/find_stars.h"
+#include "stars/full_well.h"
 #include "stars/robust.h"
+#include "stars/sky_mesh.h"
 
 namespace corvane::catalogue {
 namespace {
@@ -117,6 +119,17 @@ double MeasureNoise(const CStlImage& image)
         noise = std::max(noise, NoiseOf(image, plane));
     }
     return noise;
+}
+
+std::vector<double> MeasureCeilings(const CStlImage& image, const Run& run)
+{
+    const Run silent{.cancelled = run.cancelled, .threads = run.threads};
+    std::vector<double> ceilings;
+    for (int plane = 0; plane < image.GetPlanes(); ++plane) {
+        const stars::SkyMesh sky = stars::MeasureSkyMesh(image, plane, silent);
+        ceilings.push_back(stars::FullWellLevel(image, plane, sky.level.Median(), sky.noise.Median(), silent));
+    }
+    return ceilings;
 }
 
 double GainOf(const io::Header& header)

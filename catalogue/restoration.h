@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <vector>
 
 #include "corvane/core/run.h"
 #include "corvane/restore/region.h"
@@ -27,6 +28,10 @@ CORVANE_VISIBLE double MeasureStarSigma(const CStlImage& image, const Run& run =
 /// The noise from sample to sample [raw units], from the median difference of neighbours, so that neither stars nor a
 /// sky that is uneven count; of several planes that of the noisiest.
 CORVANE_VISIBLE double MeasureNoise(const CStlImage& image);
+
+/// From where on the samples of each plane are saturated, as far as they show it; infinite where they do not. Throws
+/// Cancelled.
+std::vector<double> MeasureCeilings(const CStlImage& image, const Run& run);
 
 /// Electrons per count: EGAIN of the header or 1, times NCOMBINE, since n electrons make up a count of a mean of n frames.
 double GainOf(const io::Header& header);

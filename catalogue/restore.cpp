@@ -121,6 +121,15 @@ LucyJob LucyJobOf(const io::Frame& frame, const Arguments& arguments)
             .skyNoise = arguments.Flag("protect") ? std::max(MeasureNoise(frame.image), kLeastNoise) : 0.0};
 }
 
+/// From where on samples of each plane are saturated; none where that is not to count.
+std::vector<double> CeilingsFor(const CStlImage& image, const Arguments& arguments, const Run& run)
+{
+    if (arguments.Has("saturation")) {
+        return std::vector<double>(static_cast<std::size_t>(image.GetPlanes()), arguments.Number("saturation"));
+    }
+    return arguments.Flag("protect") ? MeasureCeilings(image, run) : std::vector<double>();
+}
+
 void SetPsf(const PsfImage& psf, LucyJob& job)
 {
     job.psf = psf.samples.data();
@@ -138,14 +147,15 @@ void RunLucy(io::Frame& frame, const Arguments& arguments, const Run& run)
     const double sigma = psf ? 0.0 : SigmaOf(arguments, frame.image, run);
     Tell(run, "gain", job.gain, "electrons per count");
     Tell(run, "read-out noise", job.readNoise, "electrons");
-    if (!psf && job.damping == 0.0 && job.skyNoise == 0.0) {
+    const std::vector<double> ceilings = CeilingsFor(frame.image, arguments, run);
+    if (!psf && job.damping == 0.0 && job.skyNoise == 0.0 && ceilings.empty()) {
         Lent<CImgLucy> image(frame);
         ThrowUnlessDone(image->Do(sigma, job.gain, job.readNoise, job.iterations, rect, run));
         return;
     }
     psf = psf ? psf : GaussianPsf(sigma);
     SetPsf(*psf, job);
-    ThrowUnlessDone(RestoreLucy(frame.image, rect, job, run));
+    ThrowUnlessDone(RestoreLucy(frame.image, rect, job, run, ceilings));
 }
 
 /// Moves the reference pixel with samples that moved half a pixel to the left and upwards.
@@ -287,7 +297,10 @@ Operation Lucy()
                                            "how much evenness counts against the fit; 0.002 to 0.02 keep noise from "
                                            "growing with the iterations",
                                            "", {0.0, 0.2}, 0.0),
-                           FlagParameter("protect", "keep stars from getting dark rings", false)},
+                           FlagParameter("protect", "keep stars from getting dark rings and hollow cores", false),
+                           NumberParameter("saturation",
+                                           "samples from this value on are saturated: they tell nothing and stay",
+                                           "counts", kAnyNumber, "with protect judged by the image")},
             .footprint = Always(kWholeImage),
             .aliases = {"richardson-lucy", "deconvolve"},
             .check = CheckBlur,

@@ -1,7 +1,9 @@
 #include "catalogue/shown.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <vector>
 
 #include "catalogue/step.h"
@@ -23,22 +25,45 @@ bool HasChosenLevels(const io::Frame& frame)
            });
 }
 
+/// What HISTORY says when the skies of planes were brought to one value, and what may have parted them again.
+constexpr std::array kJoinsSkies{"corvane apply neutral-sky", "corvane lrgb ", "balance: "};
+constexpr std::array kPartsSkies{"corvane apply white-balance", "corvane rgb ", "corvane cmy ", "corvane palette "};
+
+template <std::size_t N>
+bool BeginsWithOne(const std::string& line, const std::array<const char*, N>& beginnings)
+{
+    return std::any_of(beginnings.begin(), beginnings.end(),
+                       [&](const char* beginning) { return line.starts_with(beginning); });
+}
+
+/// Whether the planes have colours that one stretch for all would show.
+bool HasOneSky(const io::Frame& frame)
+{
+    bool hasOneSky = false;
+    for (const std::string& line : frame.header.History()) {
+        hasOneSky = BeginsWithOne(line, kJoinsSkies) || (hasOneSky && !BeginsWithOne(line, kPartsSkies));
+    }
+    return hasOneSky;
+}
+
 /// The step that does it; empty for the levels that the frame has.
 std::string StepFor(const std::string& stretch, const io::Frame& frame)
 {
     if (HasChosenLevels(frame) && (stretch.empty() || stretch == "linear")) {
         return {};
     }
+    const bool isLinked = HasOneSky(frame);
     if (stretch == "linear") {
-        return frame.image.IsColor() != 0 ? "auto-levels:per-plane=yes" : "auto-levels";
+        return frame.image.IsColor() != 0 && !isLinked ? "auto-levels:per-plane=yes" : "auto-levels";
     }
+    const std::string step = isLinked ? "autostretch" : "autostretch:linked=no";
     if (stretch == "asinh") {
-        return "autostretch:linked=no,curve=asinh";
+        return step + (isLinked ? ":" : ",") + "curve=asinh";
     }
     if (!stretch.empty() && stretch != "auto") {
         throw ParameterError("stretch", stretch, "must be auto, linear or asinh");
     }
-    return "autostretch:linked=no";
+    return step;
 }
 
 } // namespace

@@ -77,11 +77,12 @@ _corvane_words() {
     'palette --align') echo 'stars none' ;;
     'palette --balance') echo 'none sky stars light' ;;
     'palette palette') echo 'sho hoo hos' ;;
-    'continuum options') echo '--help --verbose --quiet --threads --output --overwrite --bits --scale --bits-scale --align --factor' ;;
+    'continuum options') echo '--help --verbose --quiet --threads --output --overwrite --bits --scale --bits-scale --align --factor --match' ;;
     'continuum --bits') echo '-64 -32 8 16 32' ;;
     'continuum --scale') echo 'levels minmax none unit' ;;
     'continuum --bits-scale') echo 'levels minmax none unit' ;;
     'continuum --align') echo 'stars none' ;;
+    'continuum --match') echo 'width none' ;;
     'split options') echo '--help --verbose --quiet --threads --output --overwrite --bits --scale --bits-scale --component' ;;
     'split --bits') echo '-64 -32 8 16 32' ;;
     'split --scale') echo 'levels minmax none unit' ;;
@@ -168,7 +169,7 @@ _corvane_words() {
     'laplacian shape') echo 'cross square3 weighted 0 1 2' ;;
     'unsharp:') echo 'amount= shape= weight= threshold= rect= mask= strength=' ;;
     'unsharp shape') echo 'cross square3 square5 0 1 2' ;;
-    'lucy:') echo 'sigma= fwhm= gain= read-noise= iterations= rect= psf= damping= protect= mask= strength=' ;;
+    'lucy:') echo 'sigma= fwhm= gain= read-noise= iterations= rect= psf= damping= protect= saturation= mask= strength=' ;;
     'lucy fwhm') echo 'auto' ;;
     'lucy psf') echo 'auto' ;;
     'lucy protect') echo 'yes no' ;;

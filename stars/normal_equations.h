@@ -49,6 +49,34 @@ struct NormalEquations {
         }
     }
 
+    /// @name After `Eliminate`, of equations that no unknown was left out of
+    /// @{
+
+    /// Whether they tell every unknown: none of the diagonal is less than a part of its first element.
+    bool IsTold(double leastPart) const
+    {
+        bool isTold = true;
+        for (std::size_t i = 0; i < N; ++i) {
+            isTold = isTold && matrix[i][i] > leastPart * matrix[0][0]; // NaN is not
+        }
+        return isTold;
+    }
+
+    /// Variance of row . step when every sample of weight 1 has the variance 1.
+    double Variance(Row row) const
+    {
+        double sum = 0.0;
+        for (std::size_t i = 0; i < N; ++i) {
+            const double part = row[i] / matrix[i][i];
+            sum += part * row[i];
+            for (std::size_t j = i + 1; j < N; ++j) {
+                row[j] -= part * matrix[i][j];
+            }
+        }
+        return sum;
+    }
+    /// @}
+
     /// After `Eliminate`: turns the first `count` right sides into the step; the others are known to be so already. Not
     /// finite where there is none.
     void Substitute(std::size_t count = N)

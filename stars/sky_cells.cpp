@@ -21,19 +21,19 @@ namespace {
 
 using Values = std::vector<SkyPolynomial::Value>;
 
-constexpr int kLeastCell = 8;           // pixels: fewer would not tell stars from sky
-constexpr int kMeasurements = 4;        // each leaves less than a hundredth of what a cell bends within itself
-constexpr int kClimbRounds = 30;        // of leaving out cells
-constexpr int kGuessRounds = 10;        // of a fit by ranks
-constexpr double kGuessRank = 0.15;     // of the cells lie below the first guess: the rest may be nebula
-constexpr double kLeastDistance = 0.1;  // deviations, in a fit by ranks
-constexpr double kSkyReach = 3.0;       // deviations that a cell of the sky may lie off
-constexpr int kAround = 2;              // cells
-constexpr double kReachOfMedian = 0.75; // the same for the median of the cells around: three times its noise
-constexpr double kMostVariance = 320.0; // of a cell, over their number, at any place: polynomials of the whole frame
-                                        // have up to 155 in its corners, and are not to be guessed below a nebula
-constexpr double kBetter = 2.5;         // by which a higher degree must be better to be chosen
-constexpr int kHighestChoice = 4;       // degrees
+constexpr int kLeastCell = 8;          // pixels: fewer would not tell stars from sky
+constexpr int kMeasurements = 4;       // at most; each leaves less than a hundredth of what a cell bends within itself
+constexpr int kClimbRounds = 30;       // of leaving out cells
+constexpr int kGuessRounds = 10;       // of a fit by ranks
+constexpr double kGuessRank = 0.15;    // of the cells lie below the first guess: the rest may be nebula
+constexpr double kLeastDistance = 0.1; // deviations, in a fit by ranks
+constexpr double kSkyReach = 3.0;      // deviations that a cell of the sky may lie off
+constexpr int kMostAround = 4;         // cells
+constexpr double kMostVariance = 3000.0; // of a cell, over their number, at any place: polynomials of the whole frame
+                                         // have up to 155 in its corners; below a nebula that fills half of it they
+                                         // are known less well, yet far better than the nebula would tell them
+constexpr double kBetter = 2.5;          // by which a higher degree must be better to be chosen
+constexpr int kHighestChoice = 4;        // degrees
 constexpr double kNever = std::numeric_limits<double>::infinity();
 
 /// Measures a cell above a polynomial; it is unknown when too few of its samples are defined.
@@ -81,15 +81,26 @@ double DeviationOf(const std::vector<SkyCell>& cells, const std::vector<double>&
     return std::max(kMedianToSigma * MedianOf(below), MedianOf(noises));
 }
 
+/// What the sky about a cell must be like for it to be sky: the median of the cells so far around lies at most so many
+/// deviations above it, about three times its noise.
+struct SkyAround {
+    int around;   ///< cells either way
+    double reach; ///< deviations
+};
+
+constexpr SkyAround kAnyAround{0, kNever};
+constexpr SkyAround kNearAround{2, 0.75};
+constexpr SkyAround kWideAround{kMostAround, 0.42};
+
 /// The median of what is known about a cell.
-double MedianAround(const SkyCells& sky, const std::vector<double>& rest, int i)
+double MedianAround(const SkyCells& sky, const std::vector<double>& rest, int i, int reach)
 {
     const int column = i % sky.columns;
     const int row = i / sky.columns;
-    std::array<double, (2 * kAround + 1) * (2 * kAround + 1)> around{};
+    std::array<double, (2 * kMostAround + 1) * (2 * kMostAround + 1)> around{};
     auto end = around.begin();
-    for (int r = std::max(row - kAround, 0); r <= std::min(row + kAround, sky.rows - 1); ++r) {
-        for (int c = std::max(column - kAround, 0); c <= std::min(column + kAround, sky.columns - 1); ++c) {
+    for (int r = std::max(row - reach, 0); r <= std::min(row + reach, sky.rows - 1); ++r) {
+        for (int c = std::max(column - reach, 0); c <= std::min(column + reach, sky.columns - 1); ++c) {
             const auto place = static_cast<std::size_t>(r) * sky.columns + c;
             if (IsKnown(sky.cells[place])) {
                 *end++ = rest[place];
@@ -118,7 +129,7 @@ struct SkyCandidate {
 };
 
 /// Says anew which cells are sky; true when one has changed.
-bool ChooseSky(SkyCandidate& candidate, double reachOfMedian)
+bool ChooseSky(SkyCandidate& candidate, const SkyAround& skyAround)
 {
     SkyCells& sky = candidate.sky;
     const std::vector<double> rest = RestOf(sky.cells, candidate.polynomial);
@@ -127,8 +138,8 @@ bool ChooseSky(SkyCandidate& candidate, double reachOfMedian)
     double count = 0.0;
     for (std::size_t i = 0; i < rest.size(); ++i) {
         bool isSky = std::fabs(rest[i]) <= kSkyReach * deviation;
-        isSky = isSky &&
-                (reachOfMedian == kNever || MedianAround(sky, rest, static_cast<int>(i)) <= reachOfMedian * deviation);
+        isSky = isSky && (skyAround.around == 0 || MedianAround(sky, rest, static_cast<int>(i), skyAround.around) <=
+                                                       skyAround.reach * deviation);
         hasChanged = hasChanged || isSky != sky.cells[i].isSky;
         sky.cells[i].isSky = isSky;
         count += isSky ? 1.0 : (rest[i] < -kSkyReach * deviation ? -1.0 : 0.0); // nothing is darker than the sky
@@ -153,11 +164,11 @@ bool FitToSky(SkyCandidate& candidate, int degree)
 }
 
 /// Fits a polynomial to the sky, and finds out what is sky, in turns; false when the sky does not tell it.
-bool Climb(SkyCandidate& candidate, int degree, double reachOfMedian)
+bool Climb(SkyCandidate& candidate, int degree, const SkyAround& skyAround)
 {
     bool hasChanged = true;
     for (int round = 0; round < kClimbRounds && hasChanged; ++round) {
-        hasChanged = ChooseSky(candidate, reachOfMedian);
+        hasChanged = ChooseSky(candidate, skyAround);
         if (!FitToSky(candidate, degree)) {
             return false;
         }
@@ -195,11 +206,22 @@ template <class Counts>
 std::optional<SkyCandidate> CandidateFrom(const SkyCells& sky, int degree, Counts counts)
 {
     SkyCandidate rough{sky, FitByRank(sky, degree, counts)};
-    if (!Climb(rough, degree, kNever)) {
+    if (!Climb(rough, degree, kAnyAround)) {
         return std::nullopt;
     }
     SkyCandidate fine = rough;
-    return Climb(fine, degree, kReachOfMedian) ? fine : rough; // a sky that is no polynomial bears no more
+    return Climb(fine, degree, kNearAround) ? fine : rough; // a sky that is no polynomial bears no more
+}
+
+/// Leaves out the faintest light about nebulae, too, as far as what is left of the sky bears it.
+void LeaveOutFaintest(std::optional<SkyCandidate>& best)
+{
+    if (best) {
+        SkyCandidate finest = *best;
+        if (Climb(finest, finest.sky.degree, kWideAround)) {
+            best = std::move(finest);
+        }
+    }
 }
 
 /// Takes another candidate for the best one when it is so many times better.
@@ -256,6 +278,16 @@ void ForgetQuiet(std::vector<SkyCell>& cells)
     }
 }
 
+/// Whether a polynomial is so small all over the sky that measuring the cells above it would change nothing.
+bool IsSettled(const SkyCandidate& last)
+{
+    constexpr double kSmall = 0.01; // of the noise of a cell
+    const std::vector<SkyCell>& cells = last.sky.cells;
+    return std::all_of(cells.begin(), cells.end(), [&](const SkyCell& cell) {
+        return !cell.isSky || std::fabs(last.polynomial.At(cell.x, cell.y)) < kSmall * cell.noise;
+    });
+}
+
 /// Measures all cells above the polynomial.
 void MeasureCells(const CStlImage& image, int plane, const CellGrid& grid, const Run& run, SkyCells& sky)
 {
@@ -283,14 +315,16 @@ SkyCells FitSkyCells(const CStlImage& image, int plane, std::optional<int> degre
     }
     MeasureCells(image, plane, grid, run, sky);
     std::optional<SkyCandidate> best = degree ? BestUpTo(sky, *degree) : BestOfAll(sky);
+    LeaveOutFaintest(best);
     for (int i = 1; best; ++i) {
         const SkyPolynomial sum = sky.polynomial + best->polynomial;
+        const bool isLast = i == kMeasurements || IsSettled(*best);
         sky = std::move(best->sky);
         sky.polynomial = sum;
         MeasureCells(image, plane, grid, run, sky);
         run.ThrowIfCancelled();
-        best = i < kMeasurements ? CandidateFrom(sky, sky.degree, [](const SkyCell& cell) { return cell.isSky; })
-                                 : std::nullopt;
+        best = isLast ? std::nullopt : CandidateFrom(sky, sky.degree, [](const SkyCell& cell) { return cell.isSky; });
+        LeaveOutFaintest(best);
     }
     return sky;
 }

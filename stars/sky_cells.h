@@ -40,8 +40,9 @@ struct SkyCells {
 /// 3 standard deviations of the one before, the deviation being that of the cells below it: so it goes up to what most of
 /// the sky has, and stops where nebulae begin. Then cells with faint light, whose 25 neighbours lie 0.75 deviations above
 /// it by their median, are left out, too. Guesses by each half of the frame lead elsewhere where a nebula has an edge;
-/// that with the most cells of the sky over their deviation is taken, cells far below it counting against it. At last all
-/// is measured again above the polynomial, so that what is bent within a cell does not count.
+/// that with the most cells of the sky over their deviation is taken, cells far below it counting against it. Of that one
+/// fainter light is left out: cells whose 81 neighbours lie 0.42 deviations above it. At last all is measured again above
+/// the polynomial, so that what is bent within a cell does not count.
 ///
 /// Of the run its threads count, and it may be cancelled. Throws Cancelled.
 CORVANE_VISIBLE SkyCells FitSkyCells(const CStlImage& image, int plane, std::optional<int> degree, int across,

@@ -1,12 +1,17 @@
 #include "stars/sky_polynomial.h"
 
 #include <algorithm>
-#include <cmath>
-#include <span>
+#include <optional>
 
-#include "stars/least_squares.h"
+#include "stars/normal_equations.h"
 
 namespace corvane::stars {
+
+namespace {
+
+constexpr double kLeastOfSum = 1e-12; // of the sum of weights, below which a term is not told
+
+} // namespace
 
 SkyPolynomial::SkyPolynomial(int width, int height)
     : scaleX_(2.0 / std::max(width - 1, 1)), offsetX_(width > 1 ? 1.0 : 0.0), scaleY_(2.0 / std::max(height - 1, 1)),
@@ -43,34 +48,58 @@ SkyPolynomial::Row SkyPolynomial::RowAt(double y) const
     return row;
 }
 
+/// The factors of a degree; nothing when the values do not tell them as `Fit` demands. Squares of powers between -1 and 1
+/// lose no digits that count: where they would, the variance is beyond any that is asked for.
+template <int kDegree>
+std::optional<SkyPolynomial::Factors> SkyPolynomial::FactorsOf(const std::vector<Value>& values, double most) const
+{
+    constexpr std::size_t kTerms = (kDegree + 1) * (kDegree + 2) / 2;
+    constexpr int kPlaces = 8; // along each side
+    NormalEquations<kTerms> system;
+    std::array<double, kTerms> powers{};
+    for (const Value& value : values) {
+        PowersAt(Across(value.x), Down(value.y), kDegree, powers.data());
+        system.Add(powers, value.value, value.weight);
+    }
+    system.Eliminate();
+    bool isTold = system.IsTold(kLeastOfSum);
+    for (int i = 0; isTold && i < (kPlaces + 1) * (kPlaces + 1); ++i) {
+        const double u = 2.0 * (i % (kPlaces + 1)) / kPlaces - 1.0;
+        const double v = 2.0 * (i / (kPlaces + 1)) / kPlaces - 1.0;
+        PowersAt(u, v, kDegree, powers.data());
+        isTold = system.Variance(powers) <= most;
+    }
+    if (!isTold) {
+        return std::nullopt;
+    }
+    system.Substitute();
+    Factors factors{};
+    std::copy(system.right.begin(), system.right.end(), factors.begin());
+    return factors;
+}
+
 bool SkyPolynomial::Fit(const std::vector<Value>& values, int degree, double most)
 {
-    const std::size_t terms = static_cast<std::size_t>((degree + 1) * (degree + 2) / 2);
-    LeastSquares system(terms);
-    std::array<double, kMostTerms> powers{};
-    const std::span<const double> row(powers.data(), terms);
-    for (const Value& value : values) {
-        const double root = std::sqrt(value.weight);
-        PowersAt(Across(value.x), Down(value.y), degree, powers.data());
-        std::transform(powers.begin(), powers.end(), powers.begin(), [=](double p) { return p * root; });
-        system.Add(row, value.value * root);
+    std::optional<Factors> factors;
+    switch (degree) {
+    case 0:
+        factors = FactorsOf<0>(values, most);
+        break;
+    case 1:
+        factors = FactorsOf<1>(values, most);
+        break;
+    case 2:
+        factors = FactorsOf<2>(values, most);
+        break;
+    case 3:
+        factors = FactorsOf<3>(values, most);
+        break;
+    default:
+        factors = FactorsOf<kMostDegree>(values, most);
+        break;
     }
-    const std::optional<std::vector<double>> factors = system.Solve();
-    if (!factors) {
-        return false;
-    }
-    constexpr int kPlaces = 8; // along each side
-    for (int i = 0; i <= kPlaces; ++i) {
-        for (int j = 0; j <= kPlaces; ++j) {
-            PowersAt(2.0 * j / kPlaces - 1.0, 2.0 * i / kPlaces - 1.0, degree, powers.data());
-            if (system.Variance(row) > most) {
-                return false;
-            }
-        }
-    }
-    factors_ = {};
-    std::copy(factors->begin(), factors->end(), factors_.begin());
-    return true;
+    factors_ = factors.value_or(factors_);
+    return factors.has_value();
 }
 
 } // namespace corvane::stars

@@ -66,6 +66,10 @@ public:
     }
 
 private:
+    using Factors = std::array<double, kMostTerms>;
+
+    template <int kDegree>
+    std::optional<Factors> FactorsOf(const std::vector<Value>& values, double most) const;
     double Across(double x) const { return x * scaleX_ - offsetX_; } ///< -1 to 1 over the frame
     double Down(double y) const { return y * scaleY_ - offsetY_; }
     /// The powers at a place, by rising degree.
@@ -75,7 +79,7 @@ private:
     double offsetX_;
     double scaleY_;
     double offsetY_;
-    std::array<double, kMostTerms> factors_{};
+    Factors factors_{};
 };
 
 } // namespace corvane::stars

@@ -5,6 +5,7 @@
 
 #include "bench/support/bench.h"
 #include "catalogue/apply.h"
+#include "corvane/core/mix.h"
 
 namespace corvane::bench {
 namespace {
@@ -33,6 +34,19 @@ const Line maskedAdd("catalogue/Mask/add by a mask", TimesMemcpy(8.0), [](Run& r
         return before + 0.5 * mask.GetPixelGrayRaw(x, y, 0) * (after - before);
     });
     run.Time(frame.GetImageSize(), [&] { benchmark::DoNotOptimize(Apply(frame, steps).GetWidth()); });
+});
+
+// Three images are read and one is written.
+const Line mixing("catalogue/Mask/mixing alone", TimesMemcpy(3.0), [](Run& run) {
+    const CStlImage& frame = LargeFrame();
+    const CStlImage mask = MixingMask(frame);
+    CStlImage result(frame);
+    const auto mix = [&] { MixImages(result, frame, &mask, 0.5, {.threads = 1}); };
+    const float before = frame.GetPixelGrayRaw(60, 0, 0); // where the mask is 1
+    result.SetPixelGrayRaw(60, 0, before + 100.0F, 0);
+    mix();
+    Require(result.GetPixelGrayRaw(60, 0, 0) == before + 50.0F, "the mix is wrong");
+    run.Time(frame.GetImageSize(), mix);
 });
 
 } // namespace

@@ -20,7 +20,7 @@ namespace {
 constexpr double kLeastSensitivity = 0.001; // of the largest
 constexpr double kLineTolerance = 0.01;
 constexpr int kLineRounds = 20;
-constexpr float kLeastRise = 0.001F; // of the first estimate, above the floor
+constexpr float kLeastRise = 0.001F; // of the level of the data, above the floor
 constexpr double kFlat = 0.1;        // deviations of the noise: a slope below counts as none
 
 class LucyEngine {
@@ -29,10 +29,11 @@ public:
     LucyEngine(const float* data, const std::vector<float>& floor, const LucyJob& job, const Run& run, int plane);
 
     Restored Restore();
-    /// Writes the restored plane.
-    void Write(float* data) { grid_.Take(Image().data(), data); }
+    /// Writes the restored plane, but for what is saturated.
+    void Write(float* data);
 
 private:
+    void LeaveOutSaturated();
     void Start();
     void SetPsf();
     void Stand();
@@ -95,6 +96,7 @@ Restored LucyEngine::Restore()
     if (job_.threshold > 0.0) {
         rows_.LeaveOut(LeastSample());
     }
+    LeaveOutSaturated();
     Start();
     run_.Tell(Beginning());
     LucyEnd end = LucyEnd::kNone;
@@ -109,6 +111,31 @@ double LucyEngine::LeastSample() const
 {
     const double variance = job_.readNoise * job_.readNoise / job_.gain / job_.gain;
     return variance >= 0.0 ? -std::sqrt(variance) * job_.threshold : 0.0;
+}
+
+void LucyEngine::LeaveOutSaturated()
+{
+    for (int y = 0; y < job_.height && job_.isSaturated != nullptr; ++y) {
+        const char* const isSaturated = job_.isSaturated->data() + static_cast<std::ptrdiff_t>(y) * job_.width;
+        float* const weights =
+            rows_.weight.data() + static_cast<std::ptrdiff_t>(grid_.Top() + y) * grid_.Width() + grid_.Left();
+        for (int x = 0; x < job_.width; ++x) {
+            weights[x] = isSaturated[x] != 0 ? 0.0F : weights[x];
+        }
+    }
+}
+
+void LucyEngine::Write(float* data)
+{
+    if (job_.isSaturated == nullptr) {
+        grid_.Take(Image().data(), data);
+        return;
+    }
+    std::vector<float> restored(job_.isSaturated->size());
+    grid_.Take(Image().data(), restored.data());
+    for (std::size_t i = 0; i < restored.size(); ++i) {
+        data[i] = (*job_.isSaturated)[i] != 0 ? data[i] : restored[i];
+    }
 }
 
 /// The first estimate, the transfer function, sensitivity and model.
@@ -148,12 +175,14 @@ void LucyEngine::SetPsf()
     }
 }
 
-/// Makes the first estimate what rises above the floor, by which it is a little above it everywhere.
+/// Makes the first estimate what it, or else the data, have above the floor: a little everywhere, since nothing would grow
+/// from 0.
 void LucyEngine::Stand()
 {
     if (!floor_.empty()) {
-        rows_.loops.Fill(estimate_, [e = estimate_.data(), f = floor_.data()](std::size_t i) {
-            return e[i] > 0.0F ? std::max(e[i] - f[i], kLeastRise * e[i]) : 0.0F;
+        rows_.loops.Fill(estimate_, [e = estimate_.data(), d = rows_.data.data(), f = floor_.data()](std::size_t i) {
+            const float above = std::max(e[i], d[i]) - f[i];
+            return e[i] > 0.0F ? std::max(above, kLeastRise * e[i]) : 0.0F;
         });
     }
 }
@@ -299,6 +328,21 @@ double LucyEngine::FindFactor(double least, double most, Slope slope)
     return factor;
 }
 
+/// Which samples of a region reach the ceiling of their plane, in any of the planes; empty where there is none.
+std::vector<char> SaturatedSamples(Region& region, const std::vector<double>& ceilings)
+{
+    const bool hasCeiling = std::any_of(ceilings.begin(), ceilings.end(), [](double c) { return std::isfinite(c); });
+    std::vector<char> isSaturated(hasCeiling ? static_cast<std::size_t>(region.Width()) * region.Height() : 0);
+    for (int plane = 0; hasCeiling && plane < region.Planes(); ++plane) {
+        const float* const samples = region.Plane(plane);
+        const double ceiling = ceilings[static_cast<std::size_t>(plane)];
+        for (std::size_t i = 0; i < isSaturated.size(); ++i) {
+            isSaturated[i] |= samples[i] >= ceiling ? 1 : 0;
+        }
+    }
+    return isSaturated;
+}
+
 } // namespace
 
 Restored RestoreLucy(float* data, const LucyJob& job, const Run& run, int plane)
@@ -317,11 +361,14 @@ Restored RestoreLucy(float* data, const LucyJob& job, const Run& run, int plane)
     }
 }
 
-Restored RestoreLucy(CStlImage& image, const CRect* rect, LucyJob job, const Run& run)
+Restored RestoreLucy(CStlImage& image, const CRect* rect, LucyJob job, const Run& run,
+                     const std::vector<double>& ceilings)
 {
     Region region(image, rect, NeedsOf(job));
     job.width = region.Width();
     job.height = region.Height();
+    const std::vector<char> isSaturated = SaturatedSamples(region, ceilings);
+    job.isSaturated = isSaturated.empty() ? nullptr : &isSaturated;
     return RestorePlanes(region, image, [&](float* plane, int number) { return RestoreLucy(plane, job, run, number); });
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "corvane/core/diagnostic.h"
 #include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
@@ -24,6 +26,7 @@ struct LucyJob {
     double threshold = 5.0;         ///< so many sigmas below 0 a sample is left out; 0 or less: none is
     double damping = 0.0;           ///< how much the image's total variation counts [0..0.2]; 0: not at all
     double skyNoise = 0.0; ///< standard deviation of the sky [raw units]; above 0 stars are protected by `StarFloor`
+    const std::vector<char>* isSaturated = nullptr; ///< of each sample of the plane, 0 for no; null: none is
     LucyMode mode = LucyMode::kTurbo;
 };
 
@@ -37,7 +40,9 @@ struct LucyJob {
 /// Damping is that of N. Dey, L. Blanc-Feraud, C. Zimmer, P. Roux, Z. Kam, J.-C. Olivo-Marin, J. Zerubia, Microscopy
 /// Research and Technique 69, 260 (2006): the correction is divided by 1 - damping * div(grad u / |grad u|). Its steps are
 /// plain ones whatever the mode. With a floor the estimate is what rises above it, so that positivity holds there; the
-/// blurred floor is part of the model.
+/// blurred floor is part of the model. Saturated samples take no part, as R. L. White does with them in The Restoration of
+/// HST Images and Spectra II (1994): what they hide is told by the wings about them. They stay as they are, since wings
+/// tell little of what lies deep in a saturated core.
 ///
 /// The plane, of 1 x 1 or more, is restored on a grid that holds the function too. On cancellation, or without memory,
 /// it stays as it is; a chi-square that is not a number ends the work with what there is. `plane` is its number, from 1
@@ -48,7 +53,9 @@ CORVANE_VISIBLE Restored RestoreLucy(float* data, const LucyJob& job, const Run&
 CORVANE_VISIBLE RestorationNeeds NeedsOf(const LucyJob& job);
 
 /// Restores the planes of an image inside a rectangle, in place; null means the whole image. The size of the job is that of
-/// the rectangle. Cancelled, it leaves the image as it is. Throws CMemoryException when it does not fit the memory budget.
-CORVANE_VISIBLE Restored RestoreLucy(CStlImage& image, const CRect* rect, LucyJob job, const Run& run);
+/// the rectangle. Samples from a plane's ceiling on are saturated, in all planes, so that their colours stay; without
+/// ceilings, none is. Cancelled, it leaves the image as it is. Throws CMemoryException when it does not fit the memory budget.
+CORVANE_VISIBLE Restored RestoreLucy(CStlImage& image, const CRect* rect, LucyJob job, const Run& run,
+                                     const std::vector<double>& ceilings = {});
 
 } // namespace corvane

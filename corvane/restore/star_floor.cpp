@@ -1,22 +1,51 @@
 #include "corvane/restore/star_floor.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstdlib>
 #include <functional>
+#include <utility>
 
+#include "corvane/core/independent.h"
 #include "corvane/core/walk.h"
 
 namespace corvane {
 
 namespace {
 
-constexpr double kStarReach = 1.5;        // widths of the function: a window as far either way is wider than a star
-constexpr int kRingReach = 3;             // times that, from a star's light on: as far as rings go
-constexpr float kLeastRiseOfStar = 10.0F; // deviations of the sky
-constexpr float kFloorShare = 0.005F;     // of what a star rises, that the floor lies below what is beneath it
+constexpr double kStarReach = 1.5; // widths of the function: a window as far either way is wider than a star
+constexpr double kLineReach = 2.0; // times that, either way along a line: longer than two stars side by side
+constexpr std::array<std::pair<int, int>, 8> kLines{
+    {{1, 0}, {2, 1}, {1, 1}, {1, 2}, {0, 1}, {-1, 2}, {-1, 1}, {-2, 1}}};
+constexpr int kSmoothedSteps = 2;               // that smoothing spreads a star along a line
+constexpr int kRingReach = 3;                   // times that, from a star's light on: as far as rings go
+constexpr float kLeastRiseOfStar = 10.0F;       // deviations of the sky
+constexpr float kFloorShare = 0.0025F;          // of what a star rises, that the floor lies below what is beneath it
 constexpr double kPerDisc = 1.2732395447351628; // 4 / pi: the square of a diameter over the area
 constexpr int kSmoothings = 4;                  // by three samples: noise has no say in what is least
+
+/// sample = pick(that of the row above so many columns before it, itself, that of the row below as many behind it).
+template <class Pick>
+void CombineRow(const float* above, const float* here, const float* below, int columns, int width, Pick pick,
+                float* out)
+{
+    const auto pickAtEdge = [=](int begin, int end) {
+        for (int x = begin; x < end; ++x) {
+            out[x] = pick(above[std::clamp(x - columns, 0, width - 1)], here[x],
+                          below[std::clamp(x + columns, 0, width - 1)]);
+        }
+    };
+    const int left = std::min(std::abs(columns), width);
+    const int right = std::max(width - left, left);
+    pickAtEdge(0, left);
+    CORVANE_INDEPENDENT
+    for (int x = left; x < right; ++x) {
+        out[x] = pick(above[x - columns], here[x], below[x + columns]);
+    }
+    pickAtEdge(right, width);
+}
 
 /// A plane of samples in which each is replaced by something of those about it, along one axis after the other.
 class Surface {
@@ -28,8 +57,8 @@ public:
 
     std::vector<float>& Samples() { return samples_; }
 
-    /// sample = pick(the one so many before it, itself, the one so many behind it), along rows or columns; those at the
-    /// edge stand for what is beyond.
+    /// sample = pick(the one so many columns and rows before it, itself, the one as many behind it); those at the edge
+    /// stand for what is beyond.
     template <class Pick>
     void Combine(int columns, int rows, Pick pick)
     {
@@ -38,31 +67,41 @@ public:
             const float* const here = Row(y);
             const float* const below = Row(y + rows);
             float* const out = scratch_.data() + static_cast<std::ptrdiff_t>(y) * width_;
-            for (int x = 0; x < width_; ++x) {
-                out[x] = pick(above[std::max(x - columns, 0)], here[x], below[std::min(x + columns, width_ - 1)]);
-            }
+            CombineRow(above, here, below, columns, width_, pick, out);
         });
         samples_.swap(scratch_);
     }
 
-    /// The least or the greatest of all samples within a reach: windows grow threefold.
+    /// The least or the greatest of the samples within so many steps along a line: what is looked at grows threefold.
     template <class Pick>
-    void Extend(int reach, Pick pick)
+    void ExtendAlong(int columns, int rows, int reach, Pick pick)
     {
         for (int within = 0; within < reach;) {
             const int step = std::min(2 * within + 1, reach - within);
-            Combine(step, 0, pick);
-            Combine(0, step, pick);
+            Combine(step * columns, step * rows, pick);
             within += step;
         }
     }
 
-    /// The mean of itself and the samples so many before and behind it, on both axes.
+    /// The same within a reach along rows and columns.
+    template <class Pick>
+    void Extend(int reach, Pick pick)
+    {
+        ExtendAlong(1, 0, reach, pick);
+        ExtendAlong(0, 1, reach, pick);
+    }
+
+    /// The mean of itself and the samples so many columns and rows before and behind it.
+    void SmoothAlong(int columns, int rows)
+    {
+        Combine(columns, rows, [](float a, float b, float c) { return (a + b + c) * (1.0F / 3.0F); });
+    }
+
+    /// The same on both axes.
     void Smooth(int step)
     {
-        const auto mean = [](float a, float b, float c) { return (a + b + c) * (1.0F / 3.0F); };
-        Combine(step, 0, mean);
-        Combine(0, step, mean);
+        SmoothAlong(step, 0);
+        SmoothAlong(0, step);
     }
 
     template <class Work>
@@ -102,15 +141,32 @@ int WindowReach(const LucyJob& job)
     return static_cast<int>(std::ceil(kStarReach * width));
 }
 
+/// The greatest of the least samples within a reach along a line, smoothed along it.
+Surface LineOpening(Surface line, int columns, int rows, double reach)
+{
+    line.SmoothAlong(columns, rows);
+    line.SmoothAlong(columns, rows);
+    const int steps = static_cast<int>(std::ceil(reach / std::hypot(columns, rows))) + kSmoothedSteps;
+    line.ExtendAlong(columns, rows, steps, kLeastOf);
+    line.ExtendAlong(columns, rows, steps, kGreatestOf);
+    return line;
+}
+
 /// What is beneath the stars.
 Surface Opening(const float* data, const LucyJob& job, int reach, int threads)
 {
-    Surface opening(data, job.width, job.height, threads);
+    const Surface plain(data, job.width, job.height, threads);
+    Surface opening = plain;
     for (int round = 0; round < kSmoothings; ++round) {
         opening.Smooth(1);
     }
     opening.Extend(reach, kLeastOf);
     opening.Extend(reach, kGreatestOf);
+    for (const auto& [columns, rows] : kLines) {
+        Surface line = LineOpening(plain, columns, rows, kLineReach * reach);
+        std::transform(opening.Samples().begin(), opening.Samples().end(), line.Samples().begin(),
+                       opening.Samples().begin(), [](float a, float b) { return std::max(a, b); });
+    }
     return opening;
 }
 

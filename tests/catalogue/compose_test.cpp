@@ -56,6 +56,18 @@ double MostOff(const CStlImage& image, int plane, const CStlImage& truth, double
 const StarScene kBright{.noise = 0.5};
 const StarScene kOther{.light = 0.3, .nebula = 40.0, .sky = 350.0, .noise = 0.5, .seed = 2};
 
+/// How many samples are off by more than the noise makes them.
+int SamplesOff(const CStlImage& image, const CStlImage& truth)
+{
+    int off = 0;
+    for (int i = 0; i < truth.GetWidth() * truth.GetHeight(); ++i) {
+        const int x = i % truth.GetWidth();
+        const int y = i / truth.GetWidth();
+        off += std::fabs(image.GetPixelGrayRaw(x, y, 0) - truth.GetPixelGrayRaw(x, y, 0)) > 8.0F ? 1 : 0;
+    }
+    return off;
+}
+
 TEST(Compose, MatchesStarsWhenNothingIsSaid)
 {
     const CStlImage first = test::Shot(kBright);
@@ -213,30 +225,38 @@ TEST_F(Palette, IsTheMixOfItsMatrix)
 
 TEST(Continuum, TakesStarsOffAndLeavesTheNebula)
 {
-    const StarScene narrow{.light = 0.12, .nebula = 150.0, .sky = 60.0};
     const CStlImage nebula = test::Shot({.nebula = 150.0, .sky = 60.0, .noise = 0.0, .stars = 0});
-    const CStlImage broad = test::Shot(Moved({.sky = 700.0, .noise = 4.0, .seed = 8}, 6.6, -4.7, 0.8));
-    for (const bool byHand : {false, true}) {
-        const Settings settings = byHand ? Settings{{"factor", 0.12}} : Settings();
-        const Outputs outputs =
-            Apply("continuum", InputsOf({{"narrow", test::Shot(narrow)}, {"broad", broad}}), settings);
-        const CStlImage& line = ImageIn(outputs);
-        double light = 0.0;
+    const Settings byHand{{"factor", 0.12}};
+    for (const auto& [narrowWidth, broadWidth, settings] :
+         {std::tuple(3.2, 3.2, Settings()), {3.2, 3.2, byHand}, {2.7, 3.6, Settings()}, {3.6, 2.7, byHand}}) {
+        SCOPED_TRACE(testing::Message() << narrowWidth << ' ' << broadWidth);
+        const StarScene scene{.light = 0.12, .nebula = 150.0, .sky = 60.0, .fwhm = narrowWidth};
+        // As much light at another width.
+        const double light = std::pow(narrowWidth / broadWidth, 2);
+        const CStlImage broad = test::Shot(
+            Moved({.light = light, .sky = 700.0, .noise = 4.0, .fwhm = broadWidth, .seed = 8}, 6.6, -4.7, 0.8));
+        const auto lineOf = [&](Settings with, bool isMatched) {
+            with.push_back({"match", isMatched ? "width" : "none"});
+            const Outputs outputs =
+                Apply("continuum", InputsOf({{"narrow", test::Shot(scene)}, {"broad", broad}}), with);
+            return ImageIn(outputs);
+        };
+        const CStlImage line = lineOf(settings, true);
+        double seen = 0.0;
         double truth = 0.0;
         int defined = 0;
-        int off = 0;
         for (int i = 0; i < 480 * 360; ++i) {
             const double v = line.GetPixelGrayRaw(i % 480, i / 480, 0);
             const double t = nebula.GetPixelGrayRaw(i % 480, i / 480, 0);
             defined += std::isnan(v) ? 0 : 1;
-            off += std::fabs(v - t) > 8.0 ? 1 : 0;
-            light += std::isnan(v) || t < 61.0 ? 0.0 : v - 60.0;
+            seen += std::isnan(v) || t < 61.0 ? 0.0 : v - 60.0;
             truth += std::isnan(v) || t < 61.0 ? 0.0 : t - 60.0;
         }
-        EXPECT_NEAR(light / truth, 1.0, 0.01);
-        EXPECT_GT(defined, 475 * 350);
+        EXPECT_NEAR(seen / truth, 1.0, 0.01);
+        EXPECT_GT(defined, 460 * 340);
         EXPECT_LT(defined, 480 * 360);
-        EXPECT_LT(off, 40); // in the steep flanks of the brightest stars
+        EXPECT_LT(SamplesOff(line, nebula), 40); // in the steep flanks of the brightest stars
+        EXPECT_EQ(SamplesOff(lineOf(settings, false), nebula) > 400, narrowWidth != broadWidth);
     }
     EXPECT_EQ(
         test::ErrorOf([&] {

@@ -129,6 +129,25 @@ TEST(Restoration, TakesTheFunctionOfAFileOrOfItsStars)
     EXPECT_NE(Samples(Restored("lucy:fwhm=3.5,protect=yes")), Samples(Restored("lucy:fwhm=3.5")));
 }
 
+// By the plateau of a plane, or where a person says; in the other planes, too.
+TEST(Restoration, LeavesSaturatedCoresAsTheyAre)
+{
+    io::Frame frame = FrameWithStar(3);
+    for (int i = 0; i < 96 * 96; ++i) {
+        const float cut = std::min(frame.image.GetPixelGrayRaw(i % 96, i / 96, 1), 3000.0F);
+        frame.image.SetPixelGrayRaw(i % 96, i / 96, cut, 1);
+    }
+    for (const auto& [step, isKept] : {std::pair("lucy:sigma=1.5,iterations=5", false),
+                                       {"lucy:sigma=1.5,iterations=5,protect=yes", true},
+                                       {"lucy:sigma=1.5,iterations=5,saturation=2990", true}}) {
+        const CStlImage after = Restored(step, frame);
+        for (int plane = 0; plane < 3; ++plane) {
+            EXPECT_EQ(after.GetPixelGrayRaw(40, 50, plane) == frame.image.GetPixelGrayRaw(40, 50, plane), isKept);
+            EXPECT_NE(after.GetPixelGrayRaw(44, 50, plane), frame.image.GetPixelGrayRaw(44, 50, plane));
+        }
+    }
+}
+
 TEST(Restoration, TurnsAFunctionOfTheOtherOrderOfRows)
 {
     io::Frame frame = FrameWithStar();

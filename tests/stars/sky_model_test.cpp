@@ -1,7 +1,9 @@
 #include "stars/sky_model.h"
 
+#include <algorithm>
 #include <cmath>
 #include <random>
+#include <utility>
 
 #include "tests/support/images.h"
 
@@ -23,23 +25,36 @@ double Unit(int i)
     return 2.0 * i / (kSkySide - 1) - 1.0;
 }
 
-/// Light that fills half of the frame, of a brightness up to 80.
+/// The brightness of a nebula at a place.
+using NebulaLight = double (*)(int x, int y);
+
+double NoNebula(int, int)
+{
+    return 0.0;
+}
+
+/// NebulaLight that fills half of the frame, of a brightness up to 80.
 double Nebula(int x, int y)
 {
     const double r = std::hypot(Unit(x) - 0.2, Unit(y) + 0.1) / 0.8;
     return r < 1.0 ? 40.0 * (1.0 + std::cos(3.14159265 * r)) : 0.0;
 }
 
-/// The gradient with noise, stars from 1 in 150 square pixels on, and the nebula.
-CStlImage Frame(int degree, double noise, bool hasNebula)
+/// The same, even on one half and falling off exponentially on the other.
+double HalfNebula(int x, int)
+{
+    return 100.0 * std::min(std::exp(-Unit(x) / 0.1), 1.0);
+}
+
+/// The gradient with noise, stars from 1 in 150 square pixels on, and a nebula.
+CStlImage Frame(int degree, double noise, NebulaLight nebula)
 {
     std::mt19937 random(4);
     std::normal_distribution<double> normal;
     return test::Make(kSkySide, kSkySide, 1, [&](int x, int y, int) {
         const double square = std::pow(x % 31 - 14, 2) + std::pow(y % 29 - 11, 2);
         const double star = noise > 0.0 ? (x / 31 * 37 + y / 29 * 53) % 61 * 40.0 * std::exp(-square / 4.0) : 0.0;
-        return Gradient(Unit(x), Unit(y), degree) + star + (noise > 0.0 ? noise * normal(random) : 0.0) +
-               (hasNebula ? Nebula(x, y) : 0.0);
+        return Gradient(Unit(x), Unit(y), degree) + star + (noise > 0.0 ? noise * normal(random) : 0.0) + nebula(x, y);
     });
 }
 
@@ -65,7 +80,7 @@ TEST(SkyModel, RecoversPolynomialsIntoTheCorners)
 {
     for (const int degree : {1, 2, 3, 4}) {
         SCOPED_TRACE(degree);
-        const SkyModel clean = *FitSkyModel(Frame(degree, 0.0, false), 0, SkyForm::kPolynomial, degree);
+        const SkyModel clean = *FitSkyModel(Frame(degree, 0.0, NoNebula), 0, SkyForm::kPolynomial, degree);
         std::vector<double> row(kSkySide);
         for (int y = 0; y < kSkySide; ++y) {
             clean.FillRow(y, row.data());
@@ -73,7 +88,7 @@ TEST(SkyModel, RecoversPolynomialsIntoTheCorners)
                 ASSERT_NEAR(row[x], Gradient(Unit(x), Unit(y), degree), 2e-4) << x << ", " << y;
             }
         }
-        const CStlImage starry = Frame(degree, 8.0, false);
+        const CStlImage starry = Frame(degree, 8.0, NoNebula);
         EXPECT_LT(WorstOf(*FitSkyModel(starry, 0, SkyForm::kPolynomial, degree), clean), degree > 2 ? 1.2 : 0.8);
         EXPECT_LT(WorstOf(*FitSkyModel(starry, 0, SkyForm::kSpline, degree), clean), 4.0);
         EXPECT_LT(WorstOf(*FitSkyModel(starry, 0, SkyForm::kMesh, degree), clean), 12.0);
@@ -85,9 +100,9 @@ TEST(SkyModel, RecoversPolynomialsIntoTheCorners)
 
 TEST(SkyModel, LeavesTheLightOfANebulaInHalfOfTheFrame)
 {
-    for (const int degree : {1, 2}) {
-        const SkyModel with = *FitSkyModel(Frame(degree, 8.0, true), 0, SkyForm::kPolynomial, std::nullopt);
-        const SkyModel without = *FitSkyModel(Frame(degree, 8.0, false), 0, SkyForm::kPolynomial, std::nullopt);
+    for (const auto& [degree, nebula] : {std::pair<int, NebulaLight>(1, Nebula), {2, Nebula}, {1, HalfNebula}}) {
+        const SkyModel with = *FitSkyModel(Frame(degree, 8.0, nebula), 0, SkyForm::kPolynomial, std::nullopt);
+        const SkyModel without = *FitSkyModel(Frame(degree, 8.0, NoNebula), 0, SkyForm::kPolynomial, std::nullopt);
         double light = 0.0;
         double lost = 0.0;
         std::vector<double> row(kSkySide);
@@ -96,7 +111,7 @@ TEST(SkyModel, LeavesTheLightOfANebulaInHalfOfTheFrame)
             with.FillRow(y, row.data());
             without.FillRow(y, expected.data());
             for (int x = 0; x < kSkySide; ++x) {
-                light += Nebula(x, y);
+                light += nebula(x, y);
                 lost += row[x] - expected[x];
             }
         }
