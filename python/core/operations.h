@@ -10,6 +10,9 @@ void BindOperations(pybind11::module_& module);
 /// Adds `stack` and `register`.
 void BindNight(pybind11::module_& module);
 
+/// Adds `night_options` and `StackJob`.
+void BindParts(pybind11::module_& module);
+
 /// Adds `png`, `render` and `develop`.
 void BindPictures(pybind11::module_& module);
 
