@@ -304,19 +304,24 @@ Grid StackJob::StackGrid()
 Band StackJob::EmptyBand(const RowSpan& rows)
 {
     const Grid grid = StackGrid();
+    const Grid& reference = Combining().grid; // on which a drizzled stack is judged
+    const RowSpan made = options_.drizzle ? DrizzledRows(rows, reference, grid) : rows;
+    if (made.end <= made.first) {
+        throw ParameterError("band", "so low", "holds no row of the stack; take fewer bands");
+    }
     const int planes = lights_.GetPlan().StackPlanes();
     const auto make = [&](bool isWanted) {
-        return isWanted ? EmptyImage(grid.width, rows.end - rows.first, planes) : CStlImage();
+        return isWanted ? EmptyImage(grid.width, made.end - made.first, planes) : CStlImage();
     };
     Band band;
-    band.firstRow = rows.first;
+    band.firstRow = made.first;
+    band.firstJudged = rows.first;
     band.image = make(true);
     band.coverage = make(options_.wantsCoverage);
     band.weights = make(options_.wantsWeights);
     band.noise = make(options_.wantsNoise);
-    if (options_.wantsRejected) { // on the grid of the reference, where a drizzled stack is judged
-        const int height = options_.drizzle ? Combining().grid.height : rows.end - rows.first;
-        band.rejected = EmptyImage(Combining().grid.width, height, 3);
+    if (options_.wantsRejected) {
+        band.rejected = EmptyImage(reference.width, rows.end - rows.first, 3);
     }
     band.shows.resize(options_.lights.size());
     return band;
@@ -346,7 +351,7 @@ Band StackJob::Combine(const RowSpan& rows)
     CStlImage low(counts());
     CStlImage high(counts());
     if (options_.drizzle) {
-        DrizzleFrames({combining, StackGrid(), options_.drop, options_.dropShape, plan.patterns}, watched,
+        DrizzleFrames({combining, StackGrid(), options_.drop, options_.dropShape, plan.patterns, rows}, watched,
                       {band.image, Wished(band.weights), Wished(band.coverage), Wished(low), Wished(high),
                        Wished(band.noise), wantedTally},
                       run_, "Dropping lights...");
@@ -424,9 +429,6 @@ void StackJob::CombineStars()
 
 void CheckParts(const Options& options)
 {
-    if (options.drizzle) {
-        throw ParameterError("drizzle", NumberText(*options.drizzle), "a drizzled stack is made in one piece");
-    }
     if (options.wantsBoth) {
         throw ParameterError("both", "given", "a plan is one of one stack; the stars take a plan of their own");
     }

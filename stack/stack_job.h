@@ -49,8 +49,9 @@ public:
 
     /// @name Once lights are placed
     /// @{
-    int Rows() { return StackGrid().height; }
-    /// Combines rows of the stack. A drizzled one is made in one piece.
+    /// How many rows there are to combine: of the stack or, of a drizzled one, of the reference.
+    int Rows() { return Combining().grid.height; }
+    /// Combines some of these rows.
     Band Combine(const RowSpan& rows);
     /// Room for all rows, and for what is known of each sample, filled with zeros.
     Band EmptyStack();

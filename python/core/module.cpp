@@ -20,6 +20,7 @@ PYBIND11_MODULE(_core, module)
     BindOperations(module);
     BindNight(module);
     BindParts(module);
+    BindTiles(module);
     BindPictures(module);
     module.def("set_memory_budget", &corvane::SetMemoryBudget, py::arg("bytes"));
     module.def("memory_budget", &corvane::MemoryBudget);

@@ -24,10 +24,13 @@ from ._call import Path, Progress, follow, paths
 from ._night import Stack, _engine, _rows
 from .errors import ArgumentError, FileError
 
-__all__ = ["map", "stack"]
+__all__ = ["apply", "map", "stack"]
 
 _INPUTS = ("light", "bias", "dark", "flat", "flat-dark")
 _LEAST_ROWS = 64  # of a band: each opens all lights, and reads a few rows twice
+_SAMPLES_OF_TILE = 2**24  # 64 MiB of floats: little beside a worker's memory, much beside what a halo reads twice
+_SAMPLE = 4  # bytes
+_BLOCK = 2880  # bytes: a FITS file is made of such
 _MEMORY_SHARE = 0.4  # of a worker's limit, from which on it would write to disk by itself
 _here = threading.local()
 
@@ -99,6 +102,36 @@ def _combine(band: int, of: int, plan: str, digest: str, path: str, threads: int
     _job(plan, digest, _core.StackJob.of_plan, threads).combine(band, of, path)
 
 
+def _ranges(rows: Tuple[int, int], file: str, steps: Sequence[str]) -> list:
+    _bound()
+    return _core.Tiles(file, list(steps)).ranges(*rows)
+
+
+def _head(file: str, steps: Sequence[str], levels: Any) -> Tuple[bytes, int]:
+    """How the result begins, and how many planes it has."""
+    tiles = _core.Tiles(file, list(steps))
+    part = tiles.make(0, 1, levels, 1)
+    return _core.fits_head(part, tiles.shape[1]), part.shape[0] if part.ndim == 3 else 1
+
+
+def _tile(rows: Tuple[int, int], file: str, steps: Sequence[str], levels: Any, made: str, start: int, threads: int) -> None:
+    """Makes some rows and writes them to their places in a file."""
+    _bound()
+    tiles = _core.Tiles(file, list(steps))
+    _, height, width = tiles.shape
+    part = tiles.make(*rows, levels, threads)
+    try:
+        with open(made, "r+b", buffering=0) as result:
+            for plane in range(part.shape[0] if part.ndim == 3 else 1):
+                result.seek(start + _SAMPLE * width * (plane * height + rows[0]))
+                left = memoryview(_core.fits_part(part, plane))
+                while left:
+                    left = left[result.write(left) :]
+            os.fsync(result.fileno())
+    except OSError as error:
+        raise FileError(f"{made}: {error.strerror}", made, "", str(error.strerror)) from None
+
+
 def _apply(file: str, steps: Tuple[str, ...], made: str, threads: int) -> None:
     _bound()
     _core.write(made, _core.apply(_core.read(file), list(steps), None, threads), 0, "counts")
@@ -107,8 +140,8 @@ def _apply(file: str, steps: Tuple[str, ...], made: str, threads: int) -> None:
 # What runs where the work is begun
 
 
-def _done(client: Any, stage: str, futures: Sequence[Any], told: Optional[Callable[[str, int, int], object]]) -> None:
-    """Waits for tasks; the first that fails ends them all."""
+def _done(client: Any, stage: str, futures: Sequence[Any], told: Optional[Callable[[str, int, int], object]]) -> list:
+    """What tasks give, in their order; the first that fails ends them all."""
     from distributed import as_completed
 
     try:
@@ -116,6 +149,7 @@ def _done(client: Any, stage: str, futures: Sequence[Any], told: Optional[Callab
             future.result()
             if told is not None:
                 told(stage, count, len(futures))
+        return [future.result() for future in futures]
     finally:
         client.cancel(list(futures))
 
@@ -210,7 +244,7 @@ def stack(
     progress : bool or callable, optional
         True shows a bar; else progress(stage, done, total).
     **options
-        Those of `corvane.stack`, without ``both``, ``registered``, ``drizzle`` and ``threads``.
+        Those of `corvane.stack`, without ``both``, ``registered`` and ``threads``.
 
     Returns
     -------
@@ -304,3 +338,92 @@ def map(
 
     follow(progress, work)
     return made
+
+
+def apply(
+    file: Path,
+    *steps: str,
+    client: Any,
+    output: Path,
+    worker_threads: int = 1,
+    progress: Progress = None,
+) -> str:
+    """Work on one image that is too large for one machine, in tiles of whole rows.
+
+    A worker reads the rows of a tile and those about it that the steps look at, and writes its rows of the result. The file
+    has the bytes that `corvane.apply` and `corvane.write` make.
+
+    Parameters
+    ----------
+    file : path
+        The image, by a name that all workers know it by.
+    *steps : str
+        What to do, as `corvane.apply` takes it. Steps that need the whole image, or read another one, are refused: ``corvane ops
+        NAME`` tells what a step looks at.
+    client : distributed.Client
+        Where the work is done.
+    output : path
+        The FITS file to write, which appears whole or not at all.
+    worker_threads : int, default 1
+        How many threads a task works with.
+    progress : bool or callable, optional
+        True shows a bar; else progress(stage, done, total).
+
+    Returns
+    -------
+    str
+        The file that was written.
+
+    Raises
+    ------
+    ArgumentError
+        A step that is unknown, or cannot be done in tiles.
+    FileError
+        A file that cannot be read or written.
+    """
+    made = os.path.abspath(os.fspath(output))
+    if not made.endswith((".fits", ".fit", ".fts")):
+        raise ArgumentError(f"{made}: must be a FITS file", made, "", "must be a FITS file")
+    return follow(progress, lambda told: _apply_tiles(os.fspath(file), list(steps), client, made, worker_threads, told))
+
+
+def _apply_tiles(file: str, steps: List[str], client: Any, made: str, threads: int, told: Any) -> str:
+    tiles = _core.Tiles(file, steps)
+    planes, height, width = tiles.shape
+    size = max(1, _SAMPLES_OF_TILE // (width * planes))
+    rows = [(first, min(first + size, height)) for first in range(0, height, size)]
+    levels = None
+    if tiles.need_levels:
+        tasks = [client.submit(_ranges, tile, file, steps, pure=False) for tile in rows]
+        levels = _levels(_done(client, "Looking for the levels...", tasks, told))
+    head, planes = client.submit(_head, file, steps, levels, pure=False).result()
+    part = f"{made}.{os.getpid()}.part"
+    try:
+        _begin(part, head, _SAMPLE * width * height * planes)
+        tasks = [client.submit(_tile, tile, file, steps, levels, part, len(head), threads, pure=False) for tile in rows]
+        _done(client, "Working on tiles...", tasks, told)
+        os.replace(part, made)
+    finally:
+        _Path(part).unlink(missing_ok=True)
+    return made
+
+
+def _begin(path: str, head: bytes, samples: int) -> None:
+    """A file with its beginning, and room for so many bytes of samples."""
+    try:
+        with open(path, "wb") as file:
+            file.write(head)
+            file.truncate(len(head) + -(-samples // _BLOCK) * _BLOCK)
+    except OSError as error:
+        raise FileError(f"{path}: {error.strerror}", path, "", str(error.strerror)) from None
+
+
+def _levels(ranges: "list[list]") -> "list[Tuple[float, float]]":
+    """The levels of an image without levels of its own, given the smallest and largest samples of its tiles."""
+    levels = []
+    for of in zip(*ranges):
+        known = [pair for pair in of if pair is not None]
+        low = min((pair[0] for pair in known), default=0.0)
+        high = max((pair[1] for pair in known), default=0.0)
+        levels.append((low, high if high > low else low + 1.0))
+    return levels

@@ -9,8 +9,9 @@ namespace corvane::stack {
 
 /// Rows of a stack, with all that combining them tells. Counts and sums of several bands add up to those of the stack.
 struct Band {
-    int firstRow = 0; ///< of the stack
-    CStlImage image;  ///< its samples; a blank is declared where nothing is known
+    int firstRow = 0;    ///< of the stack
+    int firstJudged = 0; ///< row of the reference that rejected values were counted from; of a drizzled stack another
+    CStlImage image;     ///< its samples; a blank is declared where nothing is known
     /// @name What is known of each sample, as `Result` has it; empty images for what was not asked for
     /// @{
     CStlImage coverage;

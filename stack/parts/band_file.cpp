@@ -16,18 +16,28 @@ namespace {
 
 constexpr const char* kPlanCard = "PLANKEY";
 constexpr const char* kRowCard = "BANDROW";
+constexpr const char* kJudgedCard = "BANDJUDG";
 constexpr const char* kBlankCard = "BANDBLNK";
 constexpr const char* kBlankValueCard = "BANDVAL";
 constexpr const char* kLightsName = "LIGHTS";
 constexpr const char* kPlacesName = "REJPLACE";
 
 /// What is known of each sample, by the names of extensions.
-constexpr std::pair<const char*, CStlImage Band::*> kBandMaps[] = {
-    {"COVERAGE", &Band::coverage}, {"NOISE", &Band::noise}, {"WEIGHTS", &Band::weights}, {"REJECTED", &Band::rejected}};
+struct BandMap {
+    const char* name;
+    CStlImage Band::*image;
+    bool isJudged; ///< it has the rows on which values are judged
+};
+
+constexpr BandMap kBandMaps[] = {{"COVERAGE", &Band::coverage, false},
+                                 {"NOISE", &Band::noise, false},
+                                 {"WEIGHTS", &Band::weights, false},
+                                 {"REJECTED", &Band::rejected, true}};
 
 /// Counts of a light, each in two rows: floats hold no whole number beyond 2^24.
 constexpr long long RejectedValues::*kCounts[] = {&RejectedValues::values, &RejectedValues::low, &RejectedValues::high};
 constexpr long long kCountBase = 1 << 20;
+constexpr double kMostRows = 1e9; // any int
 constexpr float kLargestExact = 16777216.0F;
 constexpr int kRowsOfLights = 7; // whether it shows something, and three counts
 
@@ -82,6 +92,7 @@ struct BandFile {
     std::string path;
     int firstRow;
     int endRow;
+    int firstJudged;
 };
 
 BandFile OpenBand(const std::string& path, const std::string& planKey, const Band& whole)
@@ -90,7 +101,8 @@ BandFile OpenBand(const std::string& path, const std::string& planKey, const Ban
     const io::Header& header = reader->GetHeader();
     const std::optional<std::string> key = header.Text(kPlanCard);
     const std::optional<double> row = header.Number(kRowCard);
-    if (!key || !row) {
+    const std::optional<double> judged = header.Number(kJudgedCard);
+    if (!key || !row || !judged) {
         throw FileError(path, "is no band of a stack");
     }
     if (*key != planKey) {
@@ -98,12 +110,12 @@ BandFile OpenBand(const std::string& path, const std::string& planKey, const Ban
     }
     const CStlImage& image = whole.image;
     const bool fits = reader->Width() == image.GetWidth() && reader->Planes() == image.GetPlanes() && *row >= 0.0 &&
-                      *row + reader->Height() <= image.GetHeight();
+                      *row + reader->Height() <= image.GetHeight() && *judged >= 0.0 && *judged <= kMostRows;
     if (!fits) {
         throw FileError(path, "does not fit the stack of its plan");
     }
     const int first = static_cast<int>(*row);
-    return {path, first, first + reader->Height()};
+    return {path, first, first + reader->Height(), static_cast<int>(*judged)};
 }
 
 std::string RowsText(int first, int end)
@@ -135,18 +147,17 @@ std::vector<BandFile> InOrder(std::vector<BandFile> bands, int rows)
 }
 
 /// Reads the samples of a part of a band to their rows; returns its header.
-io::Header ReadPartTo(const BandFile& band, const std::string& part, CStlImage& image)
+io::Header ReadPartTo(const std::string& name, int firstRow, CStlImage& image)
 {
-    const std::string name = part.empty() ? band.path : band.path + "[" + part + "]";
     const std::unique_ptr<io::FrameReader> reader = io::OpenFrame(name);
-    const bool fits = reader->Width() == image.GetWidth() && reader->Height() == band.endRow - band.firstRow &&
-                      reader->Planes() == image.GetPlanes();
+    const bool fits = reader->Width() == image.GetWidth() && reader->Planes() == image.GetPlanes() &&
+                      reader->Height() <= image.GetHeight() - firstRow;
     if (!fits) {
         throw FileError(name, "does not fit the stack of its plan");
     }
     for (int plane = 0; plane < image.GetPlanes(); ++plane) {
-        for (int row = band.firstRow; row < band.endRow; ++row) {
-            reader->ReadRows(plane, row - band.firstRow, 1, image.GetImageAdr(0, row, plane));
+        for (int row = 0; row < reader->Height(); ++row) {
+            reader->ReadRows(plane, row, 1, image.GetImageAdr(0, firstRow + row, plane));
         }
     }
     return reader->GetHeader();
@@ -165,14 +176,14 @@ CStlImage LoadPart(const BandFile& band, const char* part, int width, int height
 
 void ReadOne(const BandFile& band, Band& whole)
 {
-    const io::Header header = ReadPartTo(band, "", whole.image);
+    const io::Header header = ReadPartTo(band.path, band.firstRow, whole.image);
     if (header.Logical(kBlankCard).value_or(false)) {
         whole.image.SetBlankUsed(1);
         whole.image.SetBlank(static_cast<int>(header.Number(kBlankValueCard).value_or(0.0)));
     }
-    for (const auto& [name, map] : kBandMaps) {
+    for (const auto& [name, map, isJudged] : kBandMaps) {
         if ((whole.*map).GetPlanes() > 0) {
-            ReadPartTo(band, name, whole.*map);
+            ReadPartTo(band.path + "[" + name + "]", isJudged ? band.firstJudged : band.firstRow, whole.*map);
         }
     }
     AddLights(LoadPart(band, kLightsName, static_cast<int>(whole.shows.size()), kRowsOfLights), whole);
@@ -212,11 +223,12 @@ void WriteBand(const std::string& path, const Band& band, const std::string& pla
     io::Header header;
     header.Set(kPlanCard, planKey, "number for the plan of the stack");
     header.Set(kRowCard, band.firstRow, "first row of the band, from 0");
+    header.Set(kJudgedCard, band.firstJudged, "first row of REJECTED, which has those of the lights");
     header.Set(kBlankCard, band.image.IsBlankUsed() != 0, "some pixels are in no light");
     header.Set(kBlankValueCard, band.image.GetBlank(), "sample of such a pixel");
     const CStlImage lights(LightsImage(band));
     std::vector<io::Extension> extensions;
-    for (const auto& [name, map] : kBandMaps) {
+    for (const auto& [name, map, isJudged] : kBandMaps) {
         if ((band.*map).GetPlanes() > 0) {
             extensions.push_back({name, band.*map});
         }

@@ -33,6 +33,10 @@ by_bands 2 '--method clipped-mean --coverage all --align shift --size 24 --searc
 by_bands 4 '--reject esd --pedestal 20 --interpolate bilinear --onto night/light_002.fits' -- "${lights[@]}"
 by_bands 2 '--align none --reject minmax --combine sum' -- mosaic/light*
 by_bands 3 '--debayer bilinear --reject mad' -- mosaic/light*
+for scale in 0.7 1 2; do
+    maps=--with-maps by_bands 3 "--with-maps --drizzle $scale --drop 0.8 --canvas union" -- "${lights[@]}"
+done
+by_bands 2 '--drizzle 1.5 --drop-shape point --reject mad' -- mosaic/light*
 by_bands 2 '--follow 90.5,60@night/light_001.fits 80,64.25@night/light_004.fits --canvas common' -- "${lights[@]}"
 
 # The report of a stack is that of one process, but for the times that it took.
@@ -55,7 +59,9 @@ refuse 2 'must be asked for with --save-plan' stack --plan plan.json --join band
 refuse 2 'take no other options' stack --plan plan.json --band 1/3 -o o.fits --reject sigma
 refuse 2 'must be NUMBER/OF' stack --plan plan.json --band 4/3 -o o.fits
 refuse 2 'at most 170, the rows' stack --plan plan.json --band 1/171 -o o.fits
-refuse 2 'made in one piece' stack "${lights[@]}" --drizzle 2 --save-plan o.json
+refuse 2 'made in one piece' stack "${lights[@]}" --registered placed --save-plan o.json
+"$CORVANE" stack -q "${lights[@]}" --save-plan small.json --drizzle 0.5
+refuse 2 'no row of the stack' stack --plan small.json --band 2/170 -o o.fits
 refuse 2 'light_001.fits: is both input and output' stack --plan plan.json --band 1/3 -o night/light_001.fits
 for damage in 's/"weight":[^,}]*/"weight":-1/' 's/"used":true/"used":3/' 's/"reference_light":[0-9]*/"reference_light":99/' \
     's/"corvane":"[^"]*"/"corvane":"0.0.1"/' 's/"file":"night.light_003/"file":"light_004/' '$d'; do

@@ -114,8 +114,8 @@ def test_errors_of_workers_name_the_file(night, client, tmp_path):
 
     with pytest.raises(corvane.FileError, match="gone.fits: "):
         corvane.distributed.stack([*lights[1:], gone], client=client, folder=tmp_path / "work", bands=9, progress=remove)
-    with pytest.raises(corvane.ArgumentError, match="drizzle = 2"):
-        corvane.distributed.stack(night / "night", client=client, folder=tmp_path, drizzle=2)
+    with pytest.raises(corvane.ArgumentError, match="registered = .*in one piece"):
+        corvane.distributed.stack(night / "night", client=client, folder=tmp_path, registered=tmp_path)
     with pytest.raises(corvane.ArgumentError, match="bands = 261: must be 1 to 260"):
         corvane.distributed.stack(night / "night", client=client, folder=tmp_path, bands=261)
 
@@ -152,3 +152,36 @@ def test_map_has_the_bytes_of_the_command(night, client, tmp_path):
         assert open(file, "rb").read() == (tmp_path / "alone" / light.name).read_bytes()
     with pytest.raises(corvane.ArgumentError, match="is both input and output"):
         corvane.distributed.map(lights, steps, client=client, output=night / "night")
+
+
+@pytest.mark.parametrize(
+    "steps",
+    [
+        ["median:type=1", "gaussian:sigma=2", "clip:min=900,max=2000"],
+        ["unsharp", "invert:rect=10:40:200:180", "log"],  # the display levels are those of the whole
+        ["debayer", "median"],  # tiles begin at even rows
+    ],
+)
+def test_tiles_have_the_bytes_of_the_whole(night, client, tmp_path, monkeypatch, steps):
+    monkeypatch.setattr(corvane.distributed, "_SAMPLES_OF_TILE", 300 * 37)
+    image = corvane.read(night / "night" / "light_001.fits")
+    for name, value in {"BAYERPAT": "RGGB", "CTYPE1": "RA---TAN", "CTYPE2": "DEC--TAN", "CRPIX2": 120.5}.items():
+        image.header[name] = value
+    corvane.write(tmp_path / "image.fits", image)
+    corvane.write(tmp_path / "whole.fits", corvane.apply(corvane.read(tmp_path / "image.fits"), *steps))
+    heard = []
+    made = corvane.distributed.apply(
+        tmp_path / "image.fits", *steps, client=client, output=tmp_path / "tiles.fits", progress=lambda *a: heard.append(a)
+    )
+    assert heard[-1] == ("Working on tiles...", 8, 8)
+    assert open(made, "rb").read() == (tmp_path / "whole.fits").read_bytes()
+
+
+def test_what_tiles_cannot_do_is_refused(night, client, tmp_path):
+    light = night / "night" / "light_001.fits"
+    for step, reason in {"autostretch": "statistics", "flip:direction=vertical": "other places", f"dark:file={light}": "another one"}.items():
+        with pytest.raises(corvane.ArgumentError, match=f"{step[:4]}.*: an image is worked on as a whole.*{reason}"):
+            corvane.distributed.apply(light, step, client=client, output=tmp_path / "tiles.fits")
+    with pytest.raises(corvane.FileError, match="no.fits"):
+        corvane.distributed.apply(tmp_path / "no.fits", "median", client=client, output=tmp_path / "tiles.fits")
+    assert not list(tmp_path.iterdir())
