@@ -283,9 +283,9 @@ std::string StackJob::WayOfReading(int light) const
 {
     const Plan& plan = lights_.GetPlan();
     const auto i = static_cast<std::size_t>(light);
-    return SizeText(plan.width, plan.height) + (plan.lights.IsUpsideDown(light) ? " turned" : "") + " dark " +
-           NumberText(plan.darkScales[i]) + (plan.isMosaic ? " mosaic " : " ") +
-           (plan.patterns.empty() ? "" : NameOf(plan.patterns[i]));
+    return std::to_string(plan.width) + " x " + std::to_string(plan.height) +
+           (plan.lights.IsUpsideDown(light) ? " turned" : "") + " dark " + NumberText(plan.darkScales[i]) +
+           (plan.isMosaic ? " mosaic " : " ") + (plan.patterns.empty() ? "" : NameOf(plan.patterns[i]));
 }
 
 const CombinePlan& StackJob::Combining()

@@ -87,7 +87,7 @@ def _rows(frames: "list[dict]") -> np.ndarray:
     return rows
 
 
-def _engine(work: Any, inputs: Iterable[str], given: dict) -> dict:
+def _engine(work: Any, inputs: Iterable[str], given: dict) -> Any:
     """What the engine makes, given the arguments of a function."""
     progress, threads = given.pop("progress"), given.pop("threads")
     files = {name: paths(of) for name, of in taken(inputs, given).items()}

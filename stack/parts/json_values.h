@@ -14,6 +14,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "corvane/platform/export.h"
 #include "stack/names.h"
 
 /// Values in JSON, which come back with the bits that they had.
@@ -122,9 +123,9 @@ inline double DoubleOf(const Json& json)
 }
 
 /// Many samples: eight hexadecimal digits for each.
-std::string PackFloats(const std::vector<float>& values);
+CORVANE_VISIBLE std::string PackFloats(const std::vector<float>& values);
 /// So many samples; throws WrongValue for another number of digits, and for what is none.
-std::vector<float> UnpackFloats(const std::string& digits, std::size_t count);
+CORVANE_VISIBLE std::vector<float> UnpackFloats(const std::string& digits, std::size_t count);
 
 template <class T>
 struct IsList : std::false_type {};
