@@ -68,9 +68,9 @@ bool TiledSteps::ReadLevels() const
 std::vector<RowSpan> TiledSteps::SpansFor(const RowSpan& rows) const
 {
     std::vector<RowSpan> spans{rows};
-    for (auto step = steps_.rbegin(); step != steps_.rend(); ++step) {
+    for (std::size_t i = steps_.size(); i > 0; --i) {
         const CRect after(0, spans.back().first, width_, spans.back().end);
-        const CRect cut = CutFor(ReachOf(*step), after, width_, height_);
+        const CRect cut = CutFor(ReachOf(steps_[i - 1]), after, width_, height_);
         const int first = static_cast<int>(cut.top);
         const int end = static_cast<int>(cut.bottom);
         spans.push_back({first - first % 2, end + (height_ - end) % 2});

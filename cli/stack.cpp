@@ -353,6 +353,10 @@ int Stack(const StackWords& words, const Session& session)
     if (words.GoByPlan()) {
         return words.join ? JoinBands(words, session) : CombineBand(words, session);
     }
+    const std::vector<std::string>& lights = words.lights.files.at("light");
+    if (lights.size() == 1 && lights.front().ends_with(".json")) {
+        throw UsageError("stack: a plan that was saved takes --band or --join");
+    }
     const stack::Options asked = AskedOptions(words);
     CheckFiles(words, InputsOf(words.lights), {});
     std::vector<std::string> outputs = words.Others();

@@ -57,6 +57,8 @@ refuse 1 'band_1.fits: is a band of another plan' stack --plan other.json --join
 refuse 1 'night/light_001.fits: is no band' stack --plan plan.json --join night/light_001.fits -o o.fits
 refuse 2 'must be asked for with --save-plan' stack --plan plan.json --join band_?.fits -o o.fits --coverage-map c.fits
 refuse 2 'take no other options' stack --plan plan.json --band 1/3 -o o.fits --reject sigma
+refuse 2 'takes --band or --join' stack --plan plan.json -o o.fits
+refuse 2 'takes a plan, and after it the bands' stack --plan plan.json --join -o o.fits
 refuse 2 'must be NUMBER/OF' stack --plan plan.json --band 4/3 -o o.fits
 refuse 2 'at most 170, the rows' stack --plan plan.json --band 1/171 -o o.fits
 refuse 2 'made in one piece' stack "${lights[@]}" --registered placed --save-plan o.json
