@@ -66,6 +66,22 @@ def test_stack_has_the_bytes_of_one_process(night, client, tmp_path):
     assert stages == ["Measuring lights...", "Combining bands...", "Combining bands..."]  # lights are measured once
 
 
+def test_samples_do_not_pass_the_scheduler(night, client, tmp_path, monkeypatch):
+    import distributed.comm.tcp as tcp
+
+    passed = []
+    to_frames = tcp.to_frames
+
+    async def counted(*args, **kwargs):
+        frames = await to_frames(*args, **kwargs)
+        passed.append(sum(memoryview(frame).nbytes for frame in frames))
+        return frames
+
+    monkeypatch.setattr(tcp, "to_frames", counted)  # of the scheduler and the client, which are in this process
+    corvane.distributed.stack(night / "night", client=client, folder=tmp_path, bands=6)
+    assert 12 * 300 < sum(passed) < 12 * 5000  # a record has 50 KB, a band 140
+
+
 def test_restart_takes_up_what_is_finished(night, client, tmp_path):
     def work():
         return corvane.distributed.stack(night / "night", client=client, folder=tmp_path, bands=4)
