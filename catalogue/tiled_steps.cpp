@@ -63,8 +63,8 @@ bool TiledSteps::ReadLevels() const
                        [](const Step& step) { return ReachOf(step).levels != LevelUse::Unread; });
 }
 
-/// The rows that each step works on, and those of the result. Before and after the rows of a step lies an even number of
-/// others, so that a header tells the filters of a mosaic right, from whichever end it counts.
+/// The rows that each step works on, and those of the result. Before and after the rows of a step lies an even number
+/// of others, so that a header tells the filters of a mosaic right, from whichever end it counts.
 std::vector<RowSpan> TiledSteps::SpansFor(const RowSpan& rows) const
 {
     std::vector<RowSpan> spans{rows};

@@ -21,8 +21,8 @@ public:
     bool ReadLevels() const;
     /// The rows of the image that rows of the result are made of.
     RowSpan NeededFor(const RowSpan& rows) const { return SpansFor(rows).front(); }
-    /// Makes rows of the result of the rows that are needed for them, which have the levels, the blank and the header of
-    /// the image. The header is that of the whole when the first row is the image's. Throws what `RunStep` throws.
+    /// Makes rows of the result of the rows that are needed for them, which have levels, blank and header of the image.
+    /// The header is that of the whole when the first row is the image's. Throws what `RunStep` throws.
     void Make(const RowSpan& rows, io::Frame& frame, const Run& run) const;
 
 private:

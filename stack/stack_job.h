@@ -15,8 +15,8 @@
 namespace corvane::stack {
 
 /// The work that makes a stack, step by step. `Stack` takes the steps one after the other. In several processes, each
-/// with a job of the same options, one measures some lights, one places what all have measured, and each of many combines
-/// a band of rows by the plan of that: the stack has the same bits.
+/// with a job of the same options, one measures some lights, one places what all have measured, and each of many
+/// combines a band of rows by the plan of that: the stack has the same bits.
 ///
 /// Members throw Error, Cancelled, and CMemoryException when there is no room.
 class CORVANE_VISIBLE StackJob {

@@ -145,7 +145,8 @@ void BindParts(py::module_& module)
         .def("measure", &Measure, py::arg("light"))
         .def("take", &Take, py::arg("light"), py::arg("text"), py::arg("name"))
         .def("plan", &Plan)
-        .def_property_readonly("rows", [](Job& job) { return job.Do([](stack::StackJob& work) { return work.Rows(); }); })
+        .def_property_readonly(
+            "rows", [](Job& job) { return job.Do([](stack::StackJob& work) { return work.Rows(); }); })
         .def("combine", &Combine, py::arg("band"), py::arg("of"), py::arg("path"))
         .def("join", &Join, py::arg("paths"));
 }

@@ -5,8 +5,9 @@
 
     night = corvane.distributed.stack("night", client=Client("scheduler:8786"), folder="/shared/m31")
 
-Workers see the same files under the same names; samples never pass the scheduler. What a worker has finished lies in the
-folder, written whole or not at all: a task that is repeated does no harm, and a run that was stopped goes on where it was.
+Workers see the same files under the same names; samples never pass the scheduler. What a worker has finished lies in
+the folder, written whole or not at all: a task that is repeated does no harm, and a run that was stopped goes on where
+it was.
 """
 
 from __future__ import annotations
@@ -114,7 +115,9 @@ def _head(file: str, steps: Sequence[str], levels: Any) -> Tuple[bytes, int]:
     return _core.fits_head(part, tiles.shape[1]), part.shape[0] if part.ndim == 3 else 1
 
 
-def _tile(rows: Tuple[int, int], file: str, steps: Sequence[str], levels: Any, made: str, start: int, threads: int) -> None:
+def _tile(
+    rows: Tuple[int, int], file: str, steps: Sequence[str], levels: Any, made: str, start: int, threads: int
+) -> None:
     """Makes some rows and writes them to their places in a file."""
     _bound()
     tiles = _core.Tiles(file, list(steps))
@@ -235,8 +238,8 @@ def stack(
     client : distributed.Client
         Where the work is done.
     folder : path
-        A folder that all workers share, for records of lights, masters, the plan and the bands. What lies there of the same
-        files, options and version is taken up again.
+        A folder that all workers share, for records of lights, masters, the plan and the bands. What lies there of the
+        same files, options and version is taken up again.
     bands : int, optional
         Into how many bands of rows combining is divided. Without: one for 64 rows.
     worker_threads : int, default 1
@@ -350,16 +353,16 @@ def apply(
 ) -> str:
     """Work on one image that is too large for one machine, in tiles of whole rows.
 
-    A worker reads the rows of a tile and those about it that the steps look at, and writes its rows of the result. The file
-    has the bytes that `corvane.apply` and `corvane.write` make.
+    A worker reads the rows of a tile and those about it that the steps look at, and writes its rows of the result. The
+    file has the bytes that `corvane.apply` and `corvane.write` make.
 
     Parameters
     ----------
     file : path
         The image, by a name that all workers know it by.
     *steps : str
-        What to do, as `corvane.apply` takes it. Steps that need the whole image, or read another one, are refused: ``corvane ops
-        NAME`` tells what a step looks at.
+        What to do, as `corvane.apply` takes it. Steps that need the whole image, or read another one, are refused:
+        ``corvane ops NAME`` tells what a step looks at.
     client : distributed.Client
         Where the work is done.
     output : path

@@ -22,8 +22,8 @@ struct SavedPlan {
 };
 
 /// @name What processes hand on to each other, as JSON
-/// Numbers come back with the bits that they had. Reading throws Error, which calls the text `name`, the name of its file,
-/// for a text that is damaged, or was made by another version.
+/// Numbers come back with the bits that they had. Reading throws Error, which calls the text `name`, the name of its
+/// file, for a text that is damaged, or was made by another version.
 /// @{
 CORVANE_VISIBLE std::string ToText(const Options& options);
 CORVANE_VISIBLE Options OptionsOfText(const std::string& text, const std::string& name);

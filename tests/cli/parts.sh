@@ -29,7 +29,8 @@ for bands in 1 3 8; do
 done
 by_bands 3 '--combine median --reject sigma --low 2 --high 2 --normalise local --canvas union' -- "${lights[@]}"
 by_bands 3 '--transform distortion --reject linear-fit --weight noise --reject-stars 90 --scale' -- "${lights[@]}"
-by_bands 2 '--method clipped-mean --coverage all --align shift --size 24 --search 40 --normalise scale' -- "${lights[@]}"
+by_bands 2 '--method clipped-mean --coverage all --align shift --size 24 --search 40 --normalise scale' \
+    -- "${lights[@]}"
 by_bands 4 '--reject esd --pedestal 20 --interpolate bilinear --onto night/light_002.fits' -- "${lights[@]}"
 by_bands 2 '--align none --reject minmax --combine sum' -- mosaic/light*
 by_bands 3 '--debayer bilinear --reject mad' -- mosaic/light*
@@ -45,14 +46,16 @@ check 0 'plan: plan.json$' stack "${lights[@]}" --save-plan plan.json --report w
 for band in 1 2 3; do
     check 0 "band: band_$band.fits" stack --plan plan.json --band $band/3 -o band_$band.fits
 done
-check 0 'noise of the sky.*stack: joined.fits' stack --plan plan.json --join band_[123].fits -o joined.fits --report joined.html
+check 0 'noise of the sky.*stack: joined.fits' stack --plan plan.json --join band_[123].fits -o joined.fits \
+    --report joined.html
 times='s/[0-9.]* s//g'
 [[ $(sed "$times" whole.html) == "$(sed "$times" joined.html)" ]] || fail 'the report tells otherwise'
 
 # What cannot be done is said, and nothing is written.
 "$CORVANE" stack -q "${lights[@]}" --save-plan other.json --combine median
 refuse 1 'rows 56 to 112 of the stack are in none' stack --plan plan.json --join band_1.fits band_3.fits -o o.fits
-refuse 1 'band_1.fits: rows 0 to 55 .* in another band, too' stack --plan plan.json --join band_1.fits band_?.fits -o o.fits
+refuse 1 'band_1.fits: rows 0 to 55 .* in another band, too' \
+    stack --plan plan.json --join band_1.fits band_?.fits -o o.fits
 refuse 1 'band_1.fits: is a band of another plan' stack --plan other.json --join band_?.fits -o o.fits
 refuse 1 'night/light_001.fits: is no band' stack --plan plan.json --join night/light_001.fits -o o.fits
 refuse 2 'must be asked for with --save-plan' stack --plan plan.json --join band_?.fits -o o.fits --coverage-map c.fits
@@ -65,9 +68,11 @@ refuse 2 'made in one piece' stack "${lights[@]}" --registered placed --save-pla
 "$CORVANE" stack -q "${lights[@]}" --save-plan small.json --drizzle 0.5
 refuse 2 'no row of the stack' stack --plan small.json --band 2/170 -o o.fits
 refuse 2 'light_001.fits: is both input and output' stack --plan plan.json --band 1/3 -o night/light_001.fits
-for damage in 's/"weight":[^,}]*/"weight":-1/' 's/"used":true/"used":3/' 's/"reference_light":[0-9]*/"reference_light":99/' \
-    's/"corvane":"[^"]*"/"corvane":"0.0.1"/' 's/"file":"night.light_003/"file":"light_004/' '$d'; do
+for damage in 's/"weight":[^,}]*/"weight":-1/' 's/"used":true/"used":3/' \
+    's/"reference_light":[0-9]*/"reference_light":99/' 's/"corvane":"[^"]*"/"corvane":"0.0.1"/' \
+    's/"file":"night.light_003/"file":"light_004/' '$d'; do
     sed "$damage" plan.json >damaged.json
-    refuse 1 'damaged.json: |light_003.fits: the plan was made of another' stack --plan damaged.json --band 1/3 -o o.fits
+    refuse 1 'damaged.json: |light_003.fits: the plan was made of another' \
+        stack --plan damaged.json --band 1/3 -o o.fits
 done
 finish

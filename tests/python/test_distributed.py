@@ -129,7 +129,8 @@ def test_errors_of_workers_name_the_file(night, client, tmp_path):
         gone.unlink(missing_ok=True)
 
     with pytest.raises(corvane.FileError, match="gone.fits: "):
-        corvane.distributed.stack([*lights[1:], gone], client=client, folder=tmp_path / "work", bands=9, progress=remove)
+        lights[0] = gone
+        corvane.distributed.stack(lights, client=client, folder=tmp_path / "work", bands=9, progress=remove)
     with pytest.raises(corvane.ArgumentError, match="registered = .*in one piece"):
         corvane.distributed.stack(night / "night", client=client, folder=tmp_path, registered=tmp_path)
     with pytest.raises(corvane.ArgumentError, match="bands = 261: must be 1 to 260"):
@@ -187,7 +188,11 @@ def test_tiles_have_the_bytes_of_the_whole(night, client, tmp_path, monkeypatch,
     corvane.write(tmp_path / "whole.fits", corvane.apply(corvane.read(tmp_path / "image.fits"), *steps))
     heard = []
     made = corvane.distributed.apply(
-        tmp_path / "image.fits", *steps, client=client, output=tmp_path / "tiles.fits", progress=lambda *a: heard.append(a)
+        tmp_path / "image.fits",
+        *steps,
+        client=client,
+        output=tmp_path / "tiles.fits",
+        progress=lambda *told: heard.append(told),
     )
     assert heard[-1] == ("Working on tiles...", 8, 8)
     assert open(made, "rb").read() == (tmp_path / "whole.fits").read_bytes()
@@ -195,7 +200,11 @@ def test_tiles_have_the_bytes_of_the_whole(night, client, tmp_path, monkeypatch,
 
 def test_what_tiles_cannot_do_is_refused(night, client, tmp_path):
     light = night / "night" / "light_001.fits"
-    for step, reason in {"autostretch": "statistics", "flip:direction=vertical": "other places", f"dark:file={light}": "another one"}.items():
+    for step, reason in [
+        ("autostretch", "statistics"),
+        ("flip:direction=vertical", "other places"),
+        (f"dark:file={light}", "another one"),
+    ]:
         with pytest.raises(corvane.ArgumentError, match=f"{step[:4]}.*: an image is worked on as a whole.*{reason}"):
             corvane.distributed.apply(light, step, client=client, output=tmp_path / "tiles.fits")
     with pytest.raises(corvane.FileError, match="no.fits"):
