@@ -305,13 +305,18 @@ void CheckFiles(const Arguments& arguments)
     }
 }
 
-void RunStep(const Step& step, io::Frame& frame, const Run& run)
+void DoStep(const Step& step, io::Frame& frame, const Run& run)
 {
     InTheNameOf(*step.operation, [&] {
         CheckFrame(step.operation->inputs.front(), frame);
         CheckRectangles(step.arguments, frame.image);
         Work(*step.operation, frame, step.arguments, run);
     });
+}
+
+void RunStep(const Step& step, io::Frame& frame, const Run& run)
+{
+    DoStep(step, frame, run);
     frame.header.AddHistory("corvane apply " + ToText(step));
 }
 

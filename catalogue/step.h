@@ -50,6 +50,9 @@ CORVANE_VISIBLE std::vector<std::string> WrittenFilesOf(const Arguments& argumen
 /// the names of those that are written. Throws Error.
 CORVANE_VISIBLE void CheckFiles(const Arguments& arguments);
 
+/// Runs the step on the frame, whose header tells nothing of it. Throws what `RunStep` throws.
+void DoStep(const Step& step, io::Frame& frame, const Run& run);
+
 /// Runs the step on the frame and adds one HISTORY line, `corvane apply STEP`. Throws Error, before any work, when the
 /// step does not fit the frame; Error for a file that the step reads; CMemoryException when there is no room.
 CORVANE_VISIBLE void RunStep(const Step& step, io::Frame& frame, const Run& run);

@@ -48,6 +48,13 @@ stack::SortedNight SortedFrames(const stack::Options& options, const std::vector
     return night;
 }
 
+void TakeMemory(const LightWords& words)
+{
+    if (!words.memory.empty()) {
+        SetMemoryBudget(ReadMemorySize("--memory", words.memory));
+    }
+}
+
 stack::Options OptionsOf(const LightWords& words)
 {
     if (words.files.find("light")->second.empty()) {
@@ -55,9 +62,7 @@ stack::Options OptionsOf(const LightWords& words)
                          ": there are no lights; put them first, or after `--`, since all files that follow --bias, "
                          "--dark, --flat and --flat-dark belong to that option");
     }
-    if (!words.memory.empty()) {
-        SetMemoryBudget(ReadMemorySize("--memory", words.memory));
-    }
+    TakeMemory(words);
     stack::Options options = stack::OptionsOf(words.files, catalogue::MakeArguments(*words.operation, words.settings));
     options.mastersFolder = words.masters;
     if (std::error_code ignored;

@@ -31,6 +31,9 @@ std::vector<std::string> InputsOf(const LightWords& words);
 /// Sorts the frames that options name, and says what does not fit. What is about to be written is passed over.
 stack::SortedNight SortedFrames(const stack::Options& options, const std::vector<std::string>& outputs, const Run& run);
 
+/// Sets the memory that the words ask for. Throws UsageError.
+void TakeMemory(const LightWords& words);
+
 /// Turns words into options and sets the memory. Throws UsageError and what `stack::OptionsOf` throws.
 stack::Options OptionsOf(const LightWords& words);
 

@@ -1,5 +1,7 @@
 #include "stack/stack.h"
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -20,10 +22,13 @@
 #include "cli/table.h"
 #include "corvane/core/error.h"
 #include "io/frame.h"
+#include "io/output_file.h"
 #include "stack/follow.h"
 #include "stack/names.h"
+#include "stack/parts/band_file.h"
 #include "stack/plan.h"
 #include "stack/registered.h"
+#include "stack/stack_job.h"
 
 namespace corvane::cli {
 namespace {
@@ -43,7 +48,12 @@ struct StackWords {
     bool wantsBoth = false;
     bool plan = false;
     bool json = false;
+    std::string savePlan;
+    std::string band;
+    bool join = false;
 
+    /// True where what there is to do was saved before.
+    bool GoByPlan() const { return !band.empty() || join; }
     /// "m31_stars.fits" beside "m31.fits"; empty when it is not wanted.
     std::string Stars() const
     {
@@ -54,7 +64,7 @@ struct StackWords {
     /// What is written besides the stack; those of an empty name are not wanted.
     std::vector<std::string> Others() const
     {
-        return {preview, coverageMap, noiseMap, weightMap, rejectMap, lights.report, Stars()};
+        return {preview, coverageMap, noiseMap, weightMap, rejectMap, lights.report, Stars(), savePlan};
     }
 };
 
@@ -77,7 +87,7 @@ constexpr Map kMaps[] = {
 /// The words for one of several stacks, whose files are called after its filter, too.
 StackWords WordsFor(StackWords words, const std::string& filter)
 {
-    for (std::string* path : {&words.output.path, &words.preview, &words.lights.report}) {
+    for (std::string* path : {&words.output.path, &words.preview, &words.lights.report, &words.savePlan}) {
         *path = NameFor(*path, filter);
     }
     for (const Map& map : kMaps) {
@@ -86,10 +96,9 @@ StackWords WordsFor(StackWords words, const std::string& filter)
     return words;
 }
 
-/// What the words ask for.
-stack::Options AskedOptions(const StackWords& words)
+/// Asks for the maps of the words.
+void WantMaps(const StackWords& words, stack::Options& options)
 {
-    stack::Options options = OptionsOf(words.lights);
     if (words.withMaps) {
         stack::WantAllMaps(options);
     }
@@ -97,6 +106,13 @@ stack::Options AskedOptions(const StackWords& words)
     options.wantsNoise |= !words.noiseMap.empty();
     options.wantsWeights |= !words.weightMap.empty();
     options.wantsRejected |= !words.rejectMap.empty();
+}
+
+/// What the words ask for.
+stack::Options AskedOptions(const StackWords& words)
+{
+    stack::Options options = OptionsOf(words.lights);
+    WantMaps(words, options);
     options.registered = words.registered;
     options.wantsBoth = words.wantsBoth;
     for (const std::string& place : words.follow) {
@@ -217,15 +233,113 @@ std::string OutputsText(const StackWords& words)
     return text;
 }
 
+void Tell(const StackWords& words, const stack::Options& options, const stack::Result& result, const Session& session)
+{
+    if (!session.quiet) {
+        std::cout << LightsText(options, result, session.verbose) << CombinedText(options, result) << DepthText(result)
+                  << OutputsText(words);
+    }
+}
+
 void StackOne(const StackWords& words, const stack::Options& options, const Session& session)
 {
     stack::Result result = stack::Stack(options, RunOf(session));
     ThrowIfCancelled();
     SaveAll(words, options, result, RunOf(session));
+    Tell(words, options, result, session);
+}
+
+/// Does what comes before combining, and writes a plan.
+void PlanOne(const StackWords& words, const stack::Options& options, const Session& session)
+{
+    stack::CheckParts(options);
+    stack::StackJob job(options, RunOf(session));
+    job.Register();
+    const std::string text = stack::ToText(job.GetPlan());
+    ThrowIfCancelled();
+    io::OutputFile file(words.savePlan);
+    file.Write(text.data(), text.size());
+    file.Commit();
     if (!session.quiet) {
-        std::cout << LightsText(options, result, session.verbose) << CombinedText(options, result) << DepthText(result)
-                  << OutputsText(words);
+        std::cout << LightsText(options, job.Lights(), session.verbose) << "plan: " << words.savePlan << "\n";
     }
+}
+
+/// The files of words that go by a plan: the plan, and the bands that are to be joined.
+const std::vector<std::string>& FilesByPlan(const StackWords& words)
+{
+    const auto& [operation, files, settings, report, memory, masters] = words.lights;
+    const bool saysMore = std::any_of(
+        files.begin(), files.end(), [](const auto& input) { return input.first != "light" && !input.second.empty(); });
+    if (saysMore || !settings.empty() || !masters.empty() || !words.registered.empty() || !words.follow.empty()) {
+        throw UsageError("stack: how lights are combined stands in the plan; --band and --join take no other options");
+    }
+    const std::vector<std::string>& named = files.at("light");
+    if (named.empty() || (words.join ? named.size() < 2 : named.size() > 1)) {
+        throw UsageError(words.join ? "stack: --join takes a plan, and after it the bands of it"
+                                    : "stack: --band takes one file, a plan that was saved");
+    }
+    return named;
+}
+
+int CombineBand(const StackWords& words, const Session& session)
+{
+    const std::string& file = FilesByPlan(words).front();
+    const stack::BandNumber number = stack::ReadBandNumber(words.band);
+    io::CheckSave(words.output.path, {});
+    if (!io::HoldsExtensions(words.output.path)) {
+        throw NameError(words.output.path, "its format holds one image; a band takes FITS");
+    }
+    stack::SavedPlan plan = stack::PlanOfText(stack::ReadSaved(file), file);
+    std::vector<std::string> inputs = stack::FilesOf(plan.options);
+    inputs.push_back(file);
+    CheckOutputs(words.output, inputs, {});
+    TakeMemory(words.lights);
+    const std::string key = plan.key;
+    stack::StackJob job(std::move(plan), RunOf(session));
+    const stack::Band band = job.Combine(stack::RowsOf(number, job.Rows()));
+    ThrowIfCancelled();
+    stack::WriteBand(words.output.path, band, key);
+    if (!session.quiet) {
+        std::cout << "band: " << words.output.path << "\n";
+    }
+    return kDone;
+}
+
+/// Refuses what the words want to be told of a stack and its plan has not asked for.
+void CheckWishes(const StackWords& words, const stack::Options& planned)
+{
+    stack::Options wanted = planned;
+    WantMaps(words, wanted);
+    wanted.wantsReport |= !words.lights.report.empty();
+    const auto wishesOf = [](const stack::Options& of) {
+        return std::array{of.wantsCoverage, of.wantsNoise, of.wantsWeights, of.wantsRejected, of.wantsReport};
+    };
+    if (wishesOf(wanted) != wishesOf(planned)) {
+        throw UsageError("stack: maps and reports must be asked for with --save-plan, too");
+    }
+}
+
+int JoinBands(const StackWords& words, const Session& session)
+{
+    const std::vector<std::string>& files = FilesByPlan(words);
+    stack::SavedPlan plan = stack::PlanOfText(stack::ReadSaved(files.front()), files.front());
+    const stack::Options options = plan.options;
+    CheckWishes(words, options);
+    std::vector<std::string> inputs = stack::FilesOf(options);
+    inputs.insert(inputs.end(), files.begin(), files.end());
+    CheckFiles(words, inputs, {});
+    TakeMemory(words.lights);
+    const std::string key = plan.key;
+    const Run run = RunOf(session);
+    stack::StackJob job(std::move(plan), run);
+    stack::Band whole = job.EmptyStack();
+    stack::ReadBands({files.begin() + 1, files.end()}, key, whole, run);
+    stack::Result result = job.Finish(std::move(whole));
+    ThrowIfCancelled();
+    SaveAll(words, options, result, run);
+    Tell(words, options, result, session);
+    return kDone;
 }
 
 int PrintPlan(const std::vector<PlannedStack>& stacks, const stack::SortedNight& night, bool asJson)
@@ -236,6 +350,13 @@ int PrintPlan(const std::vector<PlannedStack>& stacks, const stack::SortedNight&
 
 int Stack(const StackWords& words, const Session& session)
 {
+    if (words.GoByPlan()) {
+        return words.join ? JoinBands(words, session) : CombineBand(words, session);
+    }
+    const std::vector<std::string>& lights = words.lights.files.at("light");
+    if (lights.size() == 1 && lights.front().ends_with(".json")) {
+        throw UsageError("stack: a plan that was saved takes --band or --join");
+    }
     const stack::Options asked = AskedOptions(words);
     CheckFiles(words, InputsOf(words.lights), {});
     std::vector<std::string> outputs = words.Others();
@@ -260,14 +381,40 @@ int Stack(const StackWords& words, const Session& session)
         return PrintPlan(planned, night, words.json);
     }
     for (std::size_t i = 0; i < each.size(); ++i) {
-        StackOne(each[i], night.stacks[i].options, session);
+        (words.savePlan.empty() ? StackOne : PlanOne)(each[i], night.stacks[i].options, session);
     }
     return kDone;
 }
 
+/// What divides the work over processes.
+void AddParts(CLI::App& command, StackWords& words, CLI::Option* plan)
+{
+    CLI::Option* const save =
+        command
+            .add_option(
+                "--save-plan", words.savePlan,
+                "Measure and place the lights, combine nothing, and write all that is settled: a plan, of which "
+                "several processes make the stack, with --band and --join")
+            ->type_name("PLAN.json")
+            ->excludes(plan);
+    CLI::Option* const band =
+        command
+            .add_option(
+                "--band", words.band,
+                "Combine one band of rows alone, the third of eight: `--plan PLAN.json --band 3/8 -o BAND.fits`")
+            ->type_name("NUMBER/OF")
+            ->excludes(save);
+    command
+        .add_flag("--join", words.join,
+                  "Make the stack of all bands of a plan: `--plan PLAN.json --join BAND.fits... -o OUT.fits`")
+        ->excludes(save)
+        ->excludes(band);
+}
+
 void AddOutputs(CLI::App& command, StackWords& words)
 {
-    AddOutput(command, words.output, "The stack to write: .fits, .tif or .png; only --plan can do without");
+    AddOutput(command, words.output,
+              "The stack to write: .fits, .tif or .png; only --plan and --save-plan can do without");
     command.get_option("--output")->required(false);
     command.add_option("--preview", words.preview, "Write a picture of the stack, too: .png, .jpg or .tif")
         ->type_name("OUT.png");
@@ -304,6 +451,7 @@ void AddOutputs(CLI::App& command, StackWords& words)
     CLI::Option* const plan =
         command.add_flag("--plan", words.plan, "Print what would be done, and what is left out, and do nothing");
     command.add_flag("--json", words.json, "Print that as JSON")->needs(plan);
+    AddParts(command, words, plan);
     AddSaveOptions(command, words.output.save, kLongScaleName);
 }
 
@@ -318,7 +466,7 @@ void AddStack(CLI::App& app, Session& session)
     AddLightOptions(command, operation, words->lights);
     command.callback([&session, words] {
         if (words->output.path.empty()) {
-            if (!words->plan) {
+            if ((!words->plan && words->savePlan.empty()) || words->GoByPlan()) {
                 throw CLI::RequiredError("--output");
             }
             words->output.path = "stack.fits";

@@ -198,6 +198,18 @@ void Save(const std::string& path, const CStlImage& image, const Header& header,
     }
 }
 
+std::string FitsHead(const CStlImage& part, const Header& header, int rows)
+{
+    const IntegerFormat& format = Formats().front().integers;
+    const Storage storage = ChooseStorage("", part, {-32}, format);
+    return FitsHeaderText(part, rows, OutputHeader(part, header, storage, format), storage);
+}
+
+std::string FitsPart(const CStlImage& part, int plane)
+{
+    return FitsBytesOf(part, plane, ChooseStorage("", part, {-32}, Formats().front().integers));
+}
+
 void CheckSave(const std::string& path, const SaveOptions& options)
 {
     SaveOptions chosen = options;

@@ -75,6 +75,15 @@ CORVANE_VISIBLE bool HoldsExtensions(const std::string& path);
 CORVANE_VISIBLE void Save(const std::string& path, const CStlImage& image, const Header& header,
                           const SaveOptions& options = {}, const std::vector<Extension>& extensions = {});
 
+/// @name A FITS file of floats that is written by parts, as `Save` would write the whole
+/// The first bytes of the file, given some rows of the image, the first among them; then come the samples, plane after
+/// plane, and zeros up to a multiple of 2880 bytes.
+/// @{
+CORVANE_VISIBLE std::string FitsHead(const CStlImage& part, const Header& header, int rows);
+/// The bytes of all samples of a plane of a part.
+CORVANE_VISIBLE std::string FitsPart(const CStlImage& part, int plane);
+/// @}
+
 /// Throws the Error that `Save` would throw for the path alone: its extension, bits that the format lacks, a scale for
 /// floats, its folder.
 /// For checking before work starts.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "corvane/colour/demosaic.h"
+#include "corvane/core/point.h"
 #include "corvane/core/run.h"
 #include "corvane/platform/export.h"
 #include "stack/calibrate/frame_set.h"
@@ -42,6 +43,11 @@ struct Plan {
     bool isMosaic = false;                        ///< the lights are mosaics of colour filters
     std::vector<BayerPattern> patterns;           ///< of each light, when colours are to be made of them
     std::vector<std::string> notes;
+
+    /// About which lights are turned: a whole number of pixels, as `CStlImage::SetDefaultCenter` has it.
+    CfPoint Centre() const { return {width / 2, height / 2}; }
+    /// Those of the stack: colours are made of mosaics.
+    int StackPlanes() const { return patterns.empty() ? planes : 3; }
 
     const CalibrationFrames& SetOf(int light) const { return sets[setOf[static_cast<std::size_t>(light)]]; }
 };

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <map>
+#include <numeric>
 #include <set>
 #include <utility>
 
@@ -14,7 +15,6 @@
 #include "stack/calibrate/cosmetic.h"
 #include "stack/calibrate/cosmic_hits.h"
 #include "stack/calibrate/masters.h"
-#include "stack/calibrate/raw_lights.h"
 #include "stack/combine/local_sky.h"
 #include "stack/register/align_shift.h"
 #include "stack/register/align_stars.h"
@@ -36,25 +36,33 @@ std::string FirstOf(const FrameSet& frames)
 } // namespace
 
 PreparedLights::PreparedLights(const Options& options, Registration& result, Stopwatch& stopwatch, const Run& run)
-    : options_(options), result_(result), stopwatch_(stopwatch), run_(run), plan_(MakePlan(options, run))
+    : options_(options), result_(result), stopwatch_(stopwatch), run_(run), plan_(MakePlan(options, run)),
+      seen_(options.lights.size()), hits_(options.lights.size())
 {
     std::for_each(plan_.notes.begin(), plan_.notes.end(), [this](const auto& note) { AddNote(note); });
     for (const std::string& light : options_.lights) {
         result_.frames.push_back({light});
     }
     stopwatch_.End("check");
-    const MasterSets masters{MakeMasters(plan_, MasterStore(options_.mastersFolder, run), run), plan_.setOf};
+}
+
+void PreparedLights::Calibrate()
+{
+    if (frames_) {
+        return;
+    }
+    const MasterSets masters{MakeMasters(plan_, MasterStore(options_.mastersFolder, run_), run_), plan_.setOf};
     NoteFlatGaps(masters.sets);
     calibrated_.emplace(plan_.lights, masters, options_.pedestal, plan_.darkScales);
     if (options_.cosmetic) {
         MendHotPixels(masters.sets);
     }
-    stopwatch_.End("masters");
     if (options_.cosmic) {
-        MendCosmicHits();
-        stopwatch_.End("cosmic rays");
+        calibrated_->MendCosmicHits(hits_);
     }
     frames_.emplace(*calibrated_, plan_.patterns, options_.demosaic);
+    raw_.emplace(plan_.lights);
+    stopwatch_.End("masters");
 }
 
 void PreparedLights::AddNote(const std::string& text)
@@ -92,33 +100,31 @@ void PreparedLights::MendHotPixels(const std::vector<Masters>& sets)
     calibrated_->MendHotPixels(std::move(pixels));
 }
 
-void PreparedLights::MendCosmicHits()
+void PreparedLights::FindHits(const std::vector<int>& lights)
 {
     constexpr int kLightsHeld = 5; // a light and, of its size, what finding takes
-    const int count = plan_.lights.Count();
-    std::vector<LightHits> hits(static_cast<std::size_t>(count));
+    const int count = static_cast<int>(lights.size());
     const auto find = [&](int i) {
-        LightHits& found = hits[static_cast<std::size_t>(i)];
-        found = FindCosmicHits(*calibrated_, i, plan_.isMosaic, run_);
-        result_.frames[static_cast<std::size_t>(i)].cosmicHits = static_cast<int>(CountOf(found));
-        if (AreTooMany(found, calibrated_->Facts(i))) {
-            found.clear();
+        const int light = lights[static_cast<std::size_t>(i)];
+        LightHits found = FindCosmicHits(*calibrated_, light, plan_.isMosaic, run_);
+        result_.frames[static_cast<std::size_t>(light)].cosmicHits = static_cast<int>(CountOf(found));
+        if (!AreTooMany(found, calibrated_->Facts(light))) {
+            hits_[static_cast<std::size_t>(light)] = std::move(found);
         }
     };
     const int atOnce = LightFrames(*calibrated_, {}, options_.demosaic).AtOnce(run_, kLightsHeld);
     Stage stage(run_, "Finding cosmic rays...", count);
     platform::ForBlocks(count, atOnce, find, [&](int) { stage.Step(); });
-    NoteCosmicHits(hits);
-    calibrated_->MendCosmicHits(std::move(hits));
+    stopwatch_.End("cosmic rays");
 }
 
-void PreparedLights::NoteCosmicHits(const std::vector<LightHits>& mended)
+void PreparedLights::NoteHits()
 {
     std::size_t count = 0;
-    for (std::size_t i = 0; i < mended.size(); ++i) {
+    for (std::size_t i = 0; i < hits_.size(); ++i) {
         FrameReport& report = result_.frames[i];
-        count += CountOf(mended[i]);
-        if (*report.cosmicHits > 0 && mended[i].empty()) {
+        count += CountOf(hits_[i]);
+        if (*report.cosmicHits > 0 && hits_[i].empty()) {
             AddNote(report.file + ": more than 1 % of its samples are as sharp as hits of cosmic rays; they stay");
             report.cosmicHits = 0;
         }
@@ -126,9 +132,36 @@ void PreparedLights::NoteCosmicHits(const std::vector<LightHits>& mended)
     AddNote("samples that cosmic rays had hit, which were mended: " + std::to_string(count));
 }
 
-void PreparedLights::Register()
+void PreparedLights::Measure(const std::vector<int>& lights)
 {
-    seen_ = MeasureLights(options_, *frames_, RawLights(plan_.lights), result_.frames, run_);
+    if (options_.cosmic) {
+        FindHits(lights);
+    }
+    std::vector<SeenLight> seen = MeasureLights(options_, lights, *frames_, *raw_, result_.frames, run_);
+    for (std::size_t i = 0; i < lights.size(); ++i) {
+        seen_[static_cast<std::size_t>(lights[i])] = std::move(seen[i]);
+    }
+}
+
+LightRecord PreparedLights::RecordOf(int light) const
+{
+    const auto i = static_cast<std::size_t>(light);
+    return {result_.frames[i], seen_[i], hits_[i]};
+}
+
+void PreparedLights::Take(int light, LightRecord record)
+{
+    const auto i = static_cast<std::size_t>(light);
+    result_.frames[i] = std::move(record.report);
+    seen_[i] = std::move(record.seen);
+    hits_[i] = std::move(record.hits);
+}
+
+void PreparedLights::Place()
+{
+    if (options_.cosmic) {
+        NoteHits();
+    }
     TakeThumbnails();
     ApplyLimits(options_, result_.frames);
     result_.referenceLight = ReferenceIndex(options_);
@@ -136,18 +169,37 @@ void PreparedLights::Register()
     if (options_.align == AlignMethod::kStars && !isAlone) {
         AlignByTheirStars();
     } else if (options_.align == AlignMethod::kShift && !isAlone) {
-        result_.reference = AlignByShift(options_, *frames_, RawLights(plan_.lights), result_.frames, run_);
+        result_.reference = AlignByShift(options_, *frames_, *raw_, result_.frames, run_);
     }
     FollowTheirMotion();
     SetWeights();
     stopwatch_.End("align");
 }
 
+void PreparedLights::Register()
+{
+    std::vector<int> all(seen_.size());
+    std::iota(all.begin(), all.end(), 0);
+    Calibrate();
+    Measure(all);
+    Place();
+}
+
+void PreparedLights::TakePlaces(int referenceLight, const std::optional<PixelPlace>& reference,
+                                std::vector<std::string> notes)
+{
+    result_.referenceLight = referenceLight;
+    result_.reference = reference;
+    TakeThumbnails();
+    FollowTheirMotion();
+    result_.notes = std::move(notes);
+}
+
 void PreparedLights::TakeThumbnails()
 {
     result_.isBottomUp = io::IsBottomUp(plan_.lights.Info(0).header);
-    for (SeenLight& light : seen_) {
-        result_.thumbnails.push_back(std::move(light.thumbnail));
+    for (const SeenLight& light : seen_) {
+        result_.thumbnails.push_back(light.thumbnail);
     }
 }
 
@@ -157,8 +209,7 @@ void PreparedLights::AlignByTheirStars()
     const stars::Area area{0.0, 0.0, plan_.width - 1.0, plan_.height - 1.0};
     const stars::Area base{0.0, 0.0, plan_.Base().Width() - 1.0, plan_.Base().Height() - 1.0};
     const stars::Area all{-kAnywhere, -kAnywhere, kAnywhere, kAnywhere};
-    MeasuredLights lights{seen_, plan_.exposures, frames_->Centre(), area,
-                          options_.canvas == Canvas::kUnion ? all : base};
+    MeasuredLights lights{seen_, plan_.exposures, plan_.Centre(), area, options_.canvas == Canvas::kUnion ? all : base};
     if (!plan_.onto.IsEmpty()) {
         lights.onto = FindFrameStars(RawLights(plan_.onto).Read(0, run_), run_);
     }
@@ -169,7 +220,7 @@ void PreparedLights::FollowTheirMotion()
 {
     if (!options_.follow.empty()) {
         constexpr double kHour = 3600.0;
-        motion_ = FollowMotion(options_, plan_, result_.referenceLight, frames_->Centre(), result_.frames);
+        motion_ = FollowMotion(options_, plan_, result_.referenceLight, plan_.Centre(), result_.frames);
         AddNote("what the stack follows moves by " + NumberText(motion_.perSecond.x * kHour, 2) +
                 " pixels an hour to the right and " + NumberText(motion_.perSecond.y * kHour, 2) + " down");
     }
@@ -222,7 +273,7 @@ void PreparedLights::SetWeights()
     std::vector<FrameQuality> qualities;
     for (std::size_t i = 0; i < result_.frames.size(); ++i) {
         const FrameReport& report = result_.frames[i];
-        const double noise = seen_.empty() || seen_[i].levels.empty() ? 0.0 : NoiseOf(i, 0);
+        const double noise = seen_[i].levels.empty() ? 0.0 : NoiseOf(i, 0);
         const double stars = options_.align == AlignMethod::kStars ? report.matched : report.stars;
         qualities.push_back(report.used ? FrameQuality{noise, report.fwhm, stars} : FrameQuality{});
     }
@@ -250,7 +301,7 @@ std::vector<Placement> PreparedLights::Placements(bool followsMotion) const
 Mapping PreparedLights::MappingOf(std::size_t light, bool followsMotion) const
 {
     const Position moved = followsMotion ? motion_.since[light] : Position{0.0, 0.0};
-    return result_.frames[light].MappingAbout(frames_->Centre()).From(moved.x, moved.y);
+    return result_.frames[light].MappingAbout(plan_.Centre()).From(moved.x, moved.y);
 }
 
 /// Has the offsets of a light change over the reference, when that was asked for.

@@ -15,6 +15,8 @@ public:
     /// A frame of width x height [pixels, 1 or more] in cells of about `cell` pixels [1 or more]; all values NaN.
     CellGrid(int width, int height, int cell);
 
+    int Width() const { return width_; }
+    int Height() const { return height_; }
     int Columns() const { return columns_; }
     int Rows() const { return rows_; }
     /// @name Which cell a place of the frame lies at, counted from the centre of the first one

@@ -49,9 +49,14 @@ double MiddleMean(std::vector<float>& values)
     return sum / static_cast<double>(values.size() - 2 * static_cast<std::size_t>(quarter));
 }
 
+CellGrid UnknownSkyBlocks(int width, int height)
+{
+    return {InBlocks(width), InBlocks(height), kBlockSide};
+}
+
 CellGrid MeasureSkyBlocks(const CStlImage& image, int plane, const Run& run)
 {
-    CellGrid blocks(InBlocks(image.GetWidth()), InBlocks(image.GetHeight()), kBlockSide);
+    CellGrid blocks(UnknownSkyBlocks(image.GetWidth(), image.GetHeight()));
     const auto measureRow = [&](int row) {
         std::vector<float> samples;
         for (int column = 0; column < blocks.Columns(); ++column) {

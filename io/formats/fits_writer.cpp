@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <string>
 #include <type_traits>
 #include <vector>
 
@@ -32,21 +33,15 @@ void EncodeRow(const float* row, std::size_t count, const Storage storage, T* st
     });
 }
 
-void PadTo(OutputFile& file, std::size_t written, char filler)
-{
-    const std::string padding((kBlockBytes - written % kBlockBytes) % kBlockBytes, filler);
-    file.Write(padding.data(), padding.size());
-}
-
-/// Adds the cards that tell how samples are stored.
-void AddLayout(const CImage& image, const Storage& storage, Header& layout)
+/// Adds the cards that tell how samples of so many rows are stored.
+void AddLayout(const CImage& image, int rows, const Storage& storage, Header& layout)
 {
     const int bits = storage.bits;
     const bool cube = image.GetPlanes() > 1;
     layout.Set("BITPIX", bits, bits < 0 ? "bits per sample, floating point" : "bits per sample");
     layout.Set("NAXIS", cube ? 3 : 2, "number of axes");
     layout.Set("NAXIS1", image.GetWidth(), "samples in a row");
-    layout.Set("NAXIS2", image.GetHeight(), "rows");
+    layout.Set("NAXIS2", rows, "rows");
     if (cube) {
         layout.Set("NAXIS3", image.GetPlanes(), "planes");
     }
@@ -68,7 +63,8 @@ void AddScale(const Storage& storage, Header& layout)
     }
 }
 
-void WriteHeader(OutputFile& file, const Header& layout, const Header& header)
+/// The header as the file has it, in whole blocks.
+std::string HeaderText(const Header& layout, const Header& header)
 {
     std::string text;
     for (const Header* part : {&layout, &header}) {
@@ -77,8 +73,18 @@ void WriteHeader(OutputFile& file, const Header& layout, const Header& header)
         }
     }
     text += "END";
-    file.Write(text.data(), text.size());
-    PadTo(file, text.size(), ' ');
+    text.append((kBlockBytes - text.size() % kBlockBytes) % kBlockBytes, ' ');
+    return text;
+}
+
+/// The layout of the first image of a file.
+Header FirstLayout(const CImage& image, int rows, const Storage& storage)
+{
+    Header layout;
+    layout.Set("SIMPLE", true, "conforms to the FITS standard");
+    AddLayout(image, rows, storage, layout);
+    AddScale(storage, layout);
+    return layout;
 }
 
 template <class T>
@@ -102,13 +108,16 @@ void WriteSamples(OutputFile& file, const CImage& image, const Storage& storage)
         }
     }
     flush();
-    PadTo(file, static_cast<std::size_t>(image.GetPixelCount()) * sizeof(T), '\0');
+    const std::size_t written = static_cast<std::size_t>(image.GetPixelCount()) * sizeof(T);
+    const std::string padding((kBlockBytes - written % kBlockBytes) % kBlockBytes, '\0');
+    file.Write(padding.data(), padding.size());
 }
 
 void WriteHdu(OutputFile& file, const Header& layout, const CStlImage& image, const Header& header,
               const Storage& storage)
 {
-    WriteHeader(file, layout, header);
+    const std::string text = HeaderText(layout, header);
+    file.Write(text.data(), text.size());
     WithSampleType(storage.bits, false, [&](auto type) { WriteSamples<decltype(type)>(file, image, storage); });
 }
 
@@ -116,11 +125,24 @@ void WriteHdu(OutputFile& file, const Header& layout, const CStlImage& image, co
 
 void WriteFits(OutputFile& file, const CStlImage& image, const Header& header, const Storage& storage)
 {
-    Header layout;
-    layout.Set("SIMPLE", true, "conforms to the FITS standard");
-    AddLayout(image, storage, layout);
-    AddScale(storage, layout);
-    WriteHdu(file, layout, image, header, storage);
+    WriteHdu(file, FirstLayout(image, image.GetHeight(), storage), image, header, storage);
+}
+
+std::string FitsHeaderText(const CStlImage& image, int rows, const Header& header, const Storage& storage)
+{
+    return HeaderText(FirstLayout(image, rows, storage), header);
+}
+
+std::string FitsBytesOf(const CStlImage& image, int plane, const Storage& storage)
+{
+    const auto width = static_cast<std::size_t>(image.GetWidth());
+    std::vector<float> row(width);
+    std::string bytes;
+    for (int y = 0; y < image.GetHeight(); ++y) {
+        EncodeRow(RowOf(image, y, plane), width, storage, row.data());
+        bytes.append(reinterpret_cast<const char*>(row.data()), width * sizeof(float));
+    }
+    return bytes;
 }
 
 void WriteFitsExtension(OutputFile& file, const std::string& name, const CStlImage& image, const Header& header,
@@ -128,7 +150,7 @@ void WriteFitsExtension(OutputFile& file, const std::string& name, const CStlIma
 {
     Header layout;
     layout.Set("XTENSION", "IMAGE   ", "an image");
-    AddLayout(image, storage, layout);
+    AddLayout(image, image.GetHeight(), storage, layout);
     layout.Set("PCOUNT", 0);
     layout.Set("GCOUNT", 1);
     AddScale(storage, layout);

@@ -30,6 +30,10 @@ void WriteFits(OutputFile& file, const CStlImage& image, const Header& header, c
 /// The same of an image behind others of the file.
 void WriteFitsExtension(OutputFile& file, const std::string& name, const CStlImage& image, const Header& header,
                         const Storage& storage);
+/// The bytes before the samples of an image that has so many rows.
+std::string FitsHeaderText(const CStlImage& image, int rows, const Header& header, const Storage& storage);
+/// The samples of a plane as FITS stores floats, row by row.
+std::string FitsBytesOf(const CStlImage& image, int plane, const Storage& storage);
 void WriteTiff(OutputFile& file, const CStlImage& image, const Header& header, const Storage& storage);
 /// With a profile of its colours, which a picture has and an image without any leaves empty.
 void WriteTiffPicture(OutputFile& file, const CStlImage& image, const Header& header, const Storage& storage,

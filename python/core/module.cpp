@@ -20,6 +20,8 @@ PYBIND11_MODULE(_core, module)
     BindOperations(module);
     BindNight(module);
     BindFrames(module);
+    BindParts(module);
+    BindTiles(module);
     BindPictures(module);
     module.def("set_memory_budget", &corvane::SetMemoryBudget, py::arg("bytes"),
                "Sets how much memory images may take together [bytes]; others lie in files.");

@@ -1,5 +1,7 @@
 // A night's frames, from files.
 
+#include "python/core/night.h"
+
 #include <map>
 #include <string>
 #include <utility>
@@ -22,60 +24,10 @@
 namespace corvane::python {
 namespace {
 
-using Paths = std::map<std::string, std::vector<std::string>, std::less<>>;
-
-/// What is asked for besides the frames and the parameters that the catalogue describes.
-struct Besides {
-    std::string masters;
-    std::string registered{};
-    std::vector<std::string> follow{};
-    bool both = false;
-    bool maps = false;
-};
-
 const catalogue::Operation& NightOperation(const char* name)
 {
     static const std::vector<catalogue::Operation> operations = stack::Operations();
     return *catalogue::FindNamed(operations, name);
-}
-
-stack::Options AskedOptions(const char* name, const Paths& paths, const py::dict& values, const Besides& besides)
-{
-    const catalogue::Operation& operation = NightOperation(name);
-    const catalogue::Arguments arguments = catalogue::MakeArguments(operation, SettingsOf(operation, values));
-    stack::Options options = stack::OptionsOf(paths, arguments);
-    if (options.lights.empty()) {
-        throw InputError("light", "is missing");
-    }
-    options.mastersFolder = besides.masters;
-    options.registered = besides.registered;
-    for (const std::string& place : besides.follow) {
-        options.follow.push_back(stack::ReadFollowedPlace(place));
-    }
-    options.wantsBoth = besides.both;
-    if (besides.maps) {
-        stack::WantAllMaps(options);
-    }
-    options.wantsReport = true; // for the depth
-    stack::CheckOptions(options);
-    return options;
-}
-
-/// The frames sorted by their headers: those of one stack.
-stack::Options SortedOptions(const stack::Options& asked, const Run& run)
-{
-    stack::SortedNight night = stack::SortFrames(asked, {asked.registered, asked.mastersFolder}, run);
-    for (const std::string& warning : night.warnings) {
-        run.TellNote(warning);
-    }
-    if (night.stacks.size() > 1) {
-        std::string filters;
-        for (const stack::SortedStack& stack : night.stacks) {
-            filters += (filters.empty() ? "" : ", ") + stack.filter;
-        }
-        throw ParameterError("filter", "none", "there are lights of several, of which it takes one: " + filters);
-    }
-    return night.stacks.front().options;
 }
 
 py::dict ToDict(const stack::FrameReport& light)
@@ -133,7 +85,47 @@ py::object RejectionOf(const stack::Result& result)
     return result.rejection ? py::cast(stack::NameOf(stack::kRejectNames, *result.rejection)) : py::none();
 }
 
-py::dict ToDict(stack::Result&& result)
+} // namespace
+
+stack::Options AskedOptions(const char* name, const Paths& paths, const py::dict& values, const Besides& besides)
+{
+    const catalogue::Operation& operation = NightOperation(name);
+    const catalogue::Arguments arguments = catalogue::MakeArguments(operation, SettingsOf(operation, values));
+    stack::Options options = stack::OptionsOf(paths, arguments);
+    if (options.lights.empty()) {
+        throw InputError("light", "is missing");
+    }
+    options.mastersFolder = besides.masters;
+    options.registered = besides.registered;
+    for (const std::string& place : besides.follow) {
+        options.follow.push_back(stack::ReadFollowedPlace(place));
+    }
+    options.wantsBoth = besides.both;
+    if (besides.maps) {
+        stack::WantAllMaps(options);
+    }
+    options.wantsReport = true; // for the depth
+    stack::CheckOptions(options);
+    return options;
+}
+
+stack::Options SortedOptions(const stack::Options& asked, const Run& run)
+{
+    stack::SortedNight night = stack::SortFrames(asked, {asked.registered, asked.mastersFolder}, run);
+    for (const std::string& warning : night.warnings) {
+        run.TellNote(warning);
+    }
+    if (night.stacks.size() > 1) {
+        std::string filters;
+        for (const stack::SortedStack& stack : night.stacks) {
+            filters += (filters.empty() ? "" : ", ") + stack.filter;
+        }
+        throw ParameterError("filter", "none", "there are lights of several, of which it takes one: " + filters);
+    }
+    return night.stacks.front().options;
+}
+
+py::dict StackDict(stack::Result&& result)
 {
     py::dict made = ToDict(static_cast<const stack::Registration&>(result));
     made["rejection"] = RejectionOf(result);
@@ -153,12 +145,14 @@ py::dict ToDict(stack::Result&& result)
     return made;
 }
 
+namespace {
+
 py::dict Stack(const Paths& paths, const py::dict& values, const Besides& besides, const py::object& progress,
                int threads)
 {
     const stack::Options asked = AskedOptions("stack", paths, values, besides);
     PythonRun python(progress, threads);
-    return ToDict(python.Do([&](const Run& run) { return stack::Stack(SortedOptions(asked, run), run); }));
+    return StackDict(python.Do([&](const Run& run) { return stack::Stack(SortedOptions(asked, run), run); }));
 }
 
 py::dict Register(const Paths& paths, const py::dict& values, const Besides& besides, const py::object& progress,

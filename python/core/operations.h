@@ -13,6 +13,12 @@ void BindNight(pybind11::module_& module);
 /// Adds `combine` and `bring_onto`.
 void BindFrames(pybind11::module_& module);
 
+/// Adds `night_options` and `StackJob`.
+void BindParts(pybind11::module_& module);
+
+/// Adds `Tiles`, `fits_head` and `fits_part`.
+void BindTiles(pybind11::module_& module);
+
 /// Adds `png`, `render` and `develop`.
 void BindPictures(pybind11::module_& module);
 

@@ -70,7 +70,7 @@ def _rows(frames: "list[dict]") -> np.ndarray:
     return table([(name, digits.get(name, -1), [frame[name] for frame in frames]) for name in frames[0]])
 
 
-def _engine(work: Any, inputs: Iterable[str], given: dict) -> dict:
+def _engine(work: Any, inputs: Iterable[str], given: dict) -> Any:
     """What the engine makes, given the arguments of a function."""
     progress, threads = given.pop("progress"), given.pop("threads")
     files = {name: paths(of) for name, of in taken(inputs, given).items()}

@@ -33,7 +33,7 @@ bool CalibratedFrames::AreRaw() const
 {
     const auto isEmpty = [](const Masters& masters) { return masters.IsEmpty(); };
     const auto hasNone = [](const HotPixels& pixels) { return pixels.Count() == 0; };
-    return pedestal_ == 0.0 && cosmicHits_.empty() &&
+    return pedestal_ == 0.0 && cosmicHits_ == nullptr &&
            std::all_of(masters_.sets.begin(), masters_.sets.end(), isEmpty) &&
            std::all_of(hotPixels_.begin(), hotPixels_.end(), hasNone);
 }
@@ -56,7 +56,7 @@ void CalibratedFrames::ReadPart(int frame, int firstRow, int rowCount, float* sa
             ReadMended(frame, firstRow + row, rows, part, planeStride, buffer);
         }
     }
-    if (!cosmicHits_.empty()) {
+    if (cosmicHits_ != nullptr) {
         MendHits(frame, firstRow, rowCount, samples, planeStride);
     }
 }
@@ -65,7 +65,7 @@ void CalibratedFrames::ReadPart(int frame, int firstRow, int rowCount, float* sa
 void CalibratedFrames::MendHits(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) const
 {
     const std::ptrdiff_t width = frames_.Info(frame).width;
-    for (const std::vector<CosmicHit>& hits : cosmicHits_[static_cast<std::size_t>(frame)]) {
+    for (const std::vector<CosmicHit>& hits : (*cosmicHits_)[static_cast<std::size_t>(frame)]) {
         const auto isAbove = [](const CosmicHit& hit, int row) { return hit.y < row; };
         auto hit = std::lower_bound(hits.begin(), hits.end(), firstRow, isAbove);
         for (; hit != hits.end() && hit->y < firstRow + rowCount; ++hit) {

@@ -35,8 +35,9 @@ public:
     /// From now on rows are read with these pixels mended after calibration, which the darks of each set of masters told.
     void MendHotPixels(std::vector<HotPixels> pixels) { hotPixels_ = std::move(pixels); }
 
-    /// From now on these samples of each frame are read as mended, after hot pixels.
-    void MendCosmicHits(std::vector<LightHits> hits) { cosmicHits_ = std::move(hits); }
+    /// From now on these samples of each frame are read as mended, after hot pixels. They must outlive this, and may
+    /// change while their frame is not read.
+    void MendCosmicHits(const std::vector<LightHits>& hits) { cosmicHits_ = &hits; }
 
     /// True when frames are read as their files have them.
     bool AreRaw() const;
@@ -66,8 +67,8 @@ private:
     MasterSets masters_;
     double pedestal_;
     std::vector<FrameCalibration> calibrations_;
-    std::vector<HotPixels> hotPixels_;  ///< of each set of masters
-    std::vector<LightHits> cosmicHits_; ///< of each frame; empty: they stay
+    std::vector<HotPixels> hotPixels_;                   ///< of each set of masters
+    const std::vector<LightHits>* cosmicHits_ = nullptr; ///< of each frame; null: they stay
 };
 
 } // namespace corvane::stack

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "corvane/colour/demosaic.h"
-#include "corvane/core/point.h"
 #include "corvane/core/run.h"
 #include "stack/calibrate/calibrated_frames.h"
 
@@ -22,8 +21,6 @@ public:
     int Planes() const { return Facts(0).planes; }
     /// True when lights are read as their files have them.
     bool AreRaw() const { return patterns_.empty() && frames_.AreRaw(); }
-    /// About which lights are turned: a whole number of pixels, as `CStlImage::SetDefaultCenter` has it.
-    CfPoint Centre() const { return {Width() / 2, Height() / 2}; }
 
     FrameFacts Facts(int frame) const override;
     void Read(int frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) override;

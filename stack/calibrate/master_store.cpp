@@ -1,7 +1,5 @@
 #include "stack/calibrate/master_store.h"
 
-#include <charconv>
-#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -11,6 +9,7 @@
 #include "io/frame.h"
 #include "io/input_file.h"
 #include "io/metadata.h"
+#include "stack/digest.h"
 #include "stack/options.h"
 
 namespace corvane::stack {
@@ -33,19 +32,6 @@ std::string OriginOf(const FrameSet& frames)
                 io::StatedRowOrder(frames.Info(i).header).value_or("") + '\n';
     }
     return text;
-}
-
-/// A number of 64 bits for a text (FNV-1a: G. Fowler, L. C. Noll and K.-P. Vo, 1991), as 16 hexadecimal digits.
-std::string DigestOf(const std::string& text)
-{
-    std::uint64_t digest = 0xcbf29ce484222325U;
-    for (const char c : text) {
-        digest = (digest ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
-    }
-    char digits[16];
-    const auto end = std::to_chars(digits, digits + sizeof digits, digest, 16).ptr;
-    const std::string word(digits, end);
-    return std::string(sizeof digits - word.size(), '0') + word;
 }
 
 std::string KeyOf(const MasterRecipe& recipe)

@@ -60,7 +60,6 @@ public:
 
 private:
     RowSpan Judged(const RowSpan& band) const;
-    RowSpan Filled(const RowSpan& band) const;
     double BytesOfRow() const;
     double FixedBytes() const;
     int RowsOfBand(double memory) const;
@@ -75,13 +74,17 @@ private:
     FrameSource& source_;
     const DrizzleTarget& target_;
     Grid reference_;
-    int margin_; ///< rows of the reference that are judged beside those of a band
+    RowSpan rows_;    ///< of the reference, that are asked for
+    int firstFilled_; ///< row of the grid that the target begins with
+    int margin_;      ///< rows of the reference that are judged beside those of a band
     std::vector<DroppedFrame> frames_;
     JudgedRows judged_;
 };
 
 Drizzler::Drizzler(const DrizzlePlan& plan, FrameSource& source, const DrizzleTarget& target)
     : plan_(plan), judging_(Judging(plan.judged)), source_(source), target_(target), reference_(plan.judged.grid),
+      rows_(plan.rows.value_or(RowSpan{0, reference_.height})),
+      firstFilled_(DrizzledRows(rows_, reference_, plan.grid).first),
       margin_(2 + static_cast<int>(std::ceil(1.0 / plan.grid.scale))), judged_(judging_, target.image.GetPlanes())
 {
     for (const Placement& placement : judging_.frames) {
@@ -101,10 +104,10 @@ void Drizzler::Drop(const Run& run, const char* text)
     const Reservation reservation(static_cast<std::uint64_t>(FixedBytes() + rows * BytesOfRow()));
     std::vector<RowSpan> bands;
     int steps = 0;
-    for (int first = 0; first < reference_.height; first += rows) {
-        const RowSpan band{first, std::min(first + rows, reference_.height)};
+    for (int first = rows_.first; first < rows_.end; first += rows) {
+        const RowSpan band{first, std::min(first + rows, rows_.end)};
         const RowSpan judged = Judged(band);
-        const RowSpan filled = Filled(band);
+        const RowSpan filled = DrizzledRows(band, reference_, plan_.grid);
         bands.push_back(band);
         steps += 2 * static_cast<int>(frames_.size()) + judged.end - judged.first + filled.end - filled.first;
     }
@@ -142,15 +145,6 @@ RowSpan Drizzler::Judged(const RowSpan& band) const
     return {std::max(band.first - margin_, 0), std::min(band.end + margin_, reference_.height)};
 }
 
-/// The rows of the grid that belong to a band.
-RowSpan Drizzler::Filled(const RowSpan& band) const
-{
-    const auto row = [&](int y) {
-        return std::min(static_cast<int>(std::ceil(y * plan_.grid.scale)), plan_.grid.height);
-    };
-    return {row(band.first), band.end == reference_.height ? plan_.grid.height : row(band.end)};
-}
-
 /// Bytes of what one more row of the reference takes of all frames: samples, drops, and what was judged.
 double Drizzler::BytesOfRow() const
 {
@@ -182,7 +176,7 @@ int Drizzler::RowsOfBand(double memory) const
 void Drizzler::DropBand(const RowSpan& band, const Run& run, Stage& stage)
 {
     const RowSpan judged = Judged(band);
-    const RowSpan filled = Filled(band);
+    const RowSpan filled = DrizzledRows(band, reference_, plan_.grid);
     const int count = static_cast<int>(frames_.size());
     const auto tickFrame = [&](int) { stage.Step(); };
     const auto forRows = [&](const RowSpan& rows, int width, auto body) {
@@ -201,7 +195,7 @@ void Drizzler::DropBand(const RowSpan& band, const Run& run, Stage& stage)
     judged_.Begin(judged, run.Threads(), target_.tally != nullptr);
     forRows(judged, reference_.width, [&](int row, int thread) {
         const bool isOwn = row >= band.first && row < band.end;
-        judged_.Judge(row, thread, isOwn, target_.rejectedLow, target_.rejectedHigh,
+        judged_.Judge(row, thread, isOwn, {target_.rejectedLow, target_.rejectedHigh, rows_.first},
                       [&](std::size_t i) -> const RowWindow& { return frames_[i].window; });
     });
     platform::ForBlocks(
@@ -251,7 +245,7 @@ void Drizzler::Prepare(std::size_t i)
 void Drizzler::FillRow(int row) const
 {
     const auto at = [&](CStlImage* image, int x, int plane) {
-        return image != nullptr ? image->GetImageAdr(x, row, plane) : nullptr;
+        return image != nullptr ? image->GetImageAdr(x, row - firstFilled_, plane) : nullptr;
     };
     for (int plane = 0; plane < target_.image.GetPlanes(); ++plane) {
         for (int x = 0; x < plan_.grid.width; x += kDropStretch) {
@@ -266,6 +260,14 @@ void Drizzler::FillRow(int row) const
 }
 
 } // namespace
+
+RowSpan DrizzledRows(const RowSpan& rows, const Grid& reference, const Grid& grid)
+{
+    const auto row = [&](int y) {
+        return y == reference.height ? grid.height : std::min(static_cast<int>(std::ceil(y * grid.scale)), grid.height);
+    };
+    return {row(rows.first), row(rows.end)};
+}
 
 void DrizzleFrames(const DrizzlePlan& plan, FrameSource& source, const DrizzleTarget& target, const Run& run,
                    const char* text)

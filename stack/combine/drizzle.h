@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "corvane/colour/demosaic.h"
+#include "corvane/core/aligned_row.h"
 #include "stack/combine/combine.h"
 #include "stack/combine/drop.h"
 
@@ -18,14 +20,18 @@ struct DrizzlePlan {
     /// For each frame of the source, when each is a mosaic of which colours were made: a pixel is dropped into the plane
     /// of its own filter alone, where it has the value that the sensor gave.
     std::vector<BayerPattern> patterns{};
+    std::optional<RowSpan> rows{}; ///< of the reference, of which alone the result is made; unset: all
 };
 
-/// What drizzling fills.
+/// The rows of the grid that some rows of the reference become. Those of rows that follow each other do so, too.
+CORVANE_VISIBLE RowSpan DrizzledRows(const RowSpan& rows, const Grid& reference, const Grid& grid);
+
+/// What drizzling fills: rows of the grid's width, or of the reference's, from those on that the plan names.
 struct DrizzleTarget {
-    CStlImage& image;                  ///< of the grid's size
+    CStlImage& image;                  ///< of the rows that `DrizzledRows` tells
     CStlImage* weights = nullptr;      ///< of its size: sums of weight times part of a drop; null if not wanted
     CStlImage* coverage = nullptr;     ///< of its size: frames of which something fell into the pixel
-    CStlImage* rejectedLow = nullptr;  ///< of the reference's size, as `CombineTarget`'s
+    CStlImage* rejectedLow = nullptr;  ///< of the rows of the reference, as `CombineTarget`'s
     CStlImage* rejectedHigh = nullptr; ///< the same
     CStlImage* noise = nullptr;        ///< of its size: standard deviation of the value, or NaN
     RejectionTally* tally = nullptr;   ///< of the plan by which values are judged

@@ -14,7 +14,7 @@ void JudgedRows::Begin(const RowSpan& rows, int threads, bool countsRejected)
     }
 }
 
-void JudgedRows::Judge(int row, int thread, bool isOwn, CStlImage* low, CStlImage* high, const WindowOf& windowOf)
+void JudgedRows::Judge(int row, int thread, bool isOwn, const RejectedCounts& counts, const WindowOf& windowOf)
 {
     Workbench& bench = benches_[static_cast<std::size_t>(thread)];
     float values[kStretch];
@@ -27,10 +27,10 @@ void JudgedRows::Judge(int row, int thread, bool isOwn, CStlImage* low, CStlImag
                 Normalise(plan_.frames[i], plan_.grid, {x, row, plane, count}, bench.Values(i), bench.Valid(i));
             }
             const auto in = [&](CStlImage* image) {
-                return image != nullptr && isOwn ? image->GetImageAdr(x, row, plane) : nullptr;
+                return image != nullptr && isOwn ? image->GetImageAdr(x, row - counts.firstRow, plane) : nullptr;
             };
             bench.combiner.Combine(bench.lines.data(), count,
-                                   {values, nullptr, in(low), in(high), bench.low, bench.high});
+                                   {values, nullptr, in(counts.low), in(counts.high), bench.low, bench.high});
             if (bench.tally && isOwn) {
                 bench.tally->Add(x, row, count, bench.lines, bench.low, bench.high);
             }

@@ -9,6 +9,13 @@
 
 namespace corvane::stack {
 
+/// Where rejected values are counted: images of the grid's width, null for those that are not wanted.
+struct RejectedCounts {
+    CStlImage* low;
+    CStlImage* high;
+    int firstRow; ///< of the grid, that they begin with
+};
+
 /// Which values of frames are kept on rows of a grid: a bit for each frame, plane and pixel.
 class JudgedRows {
 public:
@@ -19,9 +26,9 @@ public:
 
     /// Begins with other rows, which are judged by so many threads.
     void Begin(const RowSpan& rows, int threads, bool countsRejected);
-    /// Judges a row. What is rejected is counted: in images of the grid's size, unless these are null, and if it
-    /// `isOwn`, no row that is judged for others, in the tally of rows that began with one.
-    void Judge(int row, int thread, bool isOwn, CStlImage* low, CStlImage* high, const WindowOf& windowOf);
+    /// Judges a row. What is rejected is counted if it `isOwn`, no row that is judged for others, and that in the tally
+    /// of rows that began with one, too.
+    void Judge(int row, int thread, bool isOwn, const RejectedCounts& counts, const WindowOf& windowOf);
     /// Adds what all threads have counted.
     void AddTo(RejectionTally& tally) const;
     /// Whether the value of the frame on the pixel at which a position lies is kept; false outside of the rows.

@@ -113,20 +113,21 @@ void Apply(const Limit& limit, std::vector<FrameReport>& reports)
 
 } // namespace
 
-std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames, RawLights raw,
-                                     std::vector<FrameReport>& reports, const Run& run)
+std::vector<SeenLight> MeasureLights(const Options& options, const std::vector<int>& lights, LightFrames& frames,
+                                     RawLights& raw, std::vector<FrameReport>& reports, const Run& run)
 {
     const Wanted wanted(options);
+    std::vector<SeenLight> seen(lights.size());
     if (!wanted.Anything()) {
-        return {};
+        return seen;
     }
-    const int count = static_cast<int>(reports.size());
+    const int count = static_cast<int>(lights.size());
     Stage stage(run, "Measuring lights...", count);
     const Run silent{.threads = run.threads}; // the stage asks whether to go on, light by light
-    std::vector<SeenLight> seen(reports.size());
     const auto measure = [&](int i) {
-        const auto light = static_cast<std::size_t>(i);
-        seen[light] = Measure(frames, raw, i, wanted, reports[light], silent);
+        const int light = lights[static_cast<std::size_t>(i)];
+        FrameReport& report = reports[static_cast<std::size_t>(light)];
+        seen[static_cast<std::size_t>(i)] = Measure(frames, raw, light, wanted, report, silent);
     };
     platform::ForBlocks(count, frames.AtOnce(run), measure, [&](int) { stage.Step(); });
     return seen;

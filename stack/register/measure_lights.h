@@ -21,11 +21,11 @@ struct SeenLight {
     CStlImage thumbnail;                 ///< for a report
 };
 
-/// Measures of every light what the options ask for, and enters it in the reports. Of a light without a defined sample
-/// all is 0. Which stars are saturated is told by the raw lights. No lights are read, and none is seen, when the options
+/// Measures of some lights what the options ask for, and enters it in their reports. Of a light without a defined sample
+/// all is 0. Which stars are saturated is told by the raw lights. No lights are read, and nothing is seen, when the options
 /// ask for nothing. Throws Error and Cancelled.
-std::vector<SeenLight> MeasureLights(const Options& options, LightFrames& frames, RawLights raw,
-                                     std::vector<FrameReport>& reports, const Run& run);
+std::vector<SeenLight> MeasureLights(const Options& options, const std::vector<int>& lights, LightFrames& frames,
+                                     RawLights& raw, std::vector<FrameReport>& reports, const Run& run);
 
 /// Finds the stars of a calibrated light. Which of them are saturated is told by the same light as its file has it.
 stars::StarField FindLightStars(const CStlImage& raw, CStlImage calibrated, const Run& run);
