@@ -66,8 +66,8 @@ Fits BringAll(Frames& frames, const Fits& fits, const Registration& registration
 }
 
 /// Makes one image of frames that are brought onto the first, by looking for stars in the given planes; by
-/// prepare(fits), after which places outside of them have the values that it returns; and then by combine(result, fits).
-/// Undefined samples become NaN.
+/// prepare(fits), after which places outside of them have the values that it returns; and then by combine(result,
+/// fits). Undefined samples become NaN.
 template <class Result, class Prepare, class Combine>
 Outputs Compose(Frames& frames, const std::vector<int>& planes, const Arguments& arguments, const Run& run,
                 Prepare prepare, Combine combine)

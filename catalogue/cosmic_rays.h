@@ -13,8 +13,8 @@ namespace corvane::catalogue {
 Operation CosmicRays();
 
 /// The noise of a plane's samples, as the plane shows it: that of its sky, measured from sample to sample, and above it
-/// that of light by electrons per count, EGAIN of the header times NCOMBINE. Where the header says nothing (GAIN is often
-/// a setting), the noise of the sky is taken to be that of its own light. Nothing when the samples show no noise.
+/// that of light by electrons per count, EGAIN of the header times NCOMBINE. Where the header says nothing (GAIN is
+/// often a setting), the noise of the sky is taken to be that of its own light. Nothing when the samples show no noise.
 CORVANE_VISIBLE std::optional<SampleNoise>
 MeasureSampleNoise(const CStlImage& image, int plane, const io::Header& header, const SampleLattice& samples = {});
 

@@ -156,7 +156,8 @@ Operation SmoothBackground()
             .run = RunSmoothBackground};
 }
 
-// By levels that make steps wider than the noise. What is near a step falls to one side of it by the rounding of positions within the image.
+// By levels that make steps wider than the noise. What is near a step falls to one side of it by the rounding of
+// positions within the image.
 Operation Posterize()
 {
     return {.name = "posterize",

@@ -16,9 +16,9 @@ struct Sky {
 /// Measures the sky.
 Sky MeasureSky(const CStlImage& image);
 
-/// For operations that work by what the screen shows: an image that came without display levels, and so has those of its
-/// extreme samples, with levels as many standard deviations below and above its sky; another as it is. The samples are
-/// those of the image.
+/// For operations that work by what the screen shows: an image that came without display levels, and so has those of
+/// its extreme samples, with levels as many standard deviations below and above its sky; another as it is. The samples
+/// are those of the image.
 CStlImage WithLevels(const CStlImage& image, double lowSigma, double highSigma);
 
 } // namespace corvane::catalogue

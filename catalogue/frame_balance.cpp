@@ -62,8 +62,8 @@ std::vector<double> RisesOf(const Compared& of, const stars::SkyModel& sky, cons
     return rises;
 }
 
-/// How far the brightest parts, stars apart, rise above the sky; at least two deviations of a sample, so that the noise of
-/// a frame without such light does not take its place.
+/// How far the brightest parts, stars apart, rise above the sky; at least two deviations of a sample, so that the noise
+/// of a frame without such light does not take its place.
 double BrightLightOf(const Compared& of, const stars::SkyModel& sky, const Run& run)
 {
     std::vector<double> rises = RisesOf(of, sky, run);

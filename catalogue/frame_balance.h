@@ -21,9 +21,9 @@ inline constexpr const char* kBalanceHelp =
     "rise of less than twice the noise of a sample counts as that. The first frame is never changed. A note and "
     "HISTORY tell the numbers.";
 
-/// Brings frames to the brightness of the first as the word of the parameter says. One plane of each is compared, as its
-/// fit lays it onto the first; its levels follow. Adds what was done to the HISTORY of the first. Frames use no blank
-/// values. Throws Error where a frame does not show what it is compared by, and Cancelled.
+/// Brings frames to the brightness of the first as the word of the parameter says. One plane of each is compared, as
+/// its fit lays it onto the first; its levels follow. Adds what was done to the HISTORY of the first. Frames use no
+/// blank values. Throws Error where a frame does not show what it is compared by, and Cancelled.
 void Balance(std::vector<io::Frame>& frames, const std::vector<int>& planes, const std::vector<Fit>& fits,
              const std::string& how, const Run& run);
 

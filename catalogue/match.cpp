@@ -51,8 +51,8 @@ std::string PlaceText(const CutOutPlace& place)
 }
 
 /// Two stars are alike in any field: one place must fit clearly better than the others do. How much better is told on
-/// the scale on which correlations scatter evenly (R. A. Fisher, On the "probable error" of a coefficient of correlation
-/// deduced from a small sample, Metron 1, 1921).
+/// the scale on which correlations scatter evenly (R. A. Fisher, On the "probable error" of a coefficient of
+/// correlation deduced from a small sample, Metron 1, 1921).
 void Judge(const CutOutPlace& found, double least)
 {
     const double lead = std::atanh(found.correlation) - std::atanh(found.rival);

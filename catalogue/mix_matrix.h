@@ -31,7 +31,8 @@ std::vector<std::string> PaletteNames();
 std::string PalettesText();
 
 /// The matrix of a built-in palette, or of a text file: three lines, for red, green and blue, with a number for each of
-/// 1 to 16 frames. Commas count as blanks, # begins a comment. Throws Error that names the file and what is wrong with it.
+/// 1 to 16 frames. Commas count as blanks, # begins a comment. Throws Error that names the file and what is wrong with
+/// it.
 CORVANE_VISIBLE MixMatrix ReadMixMatrix(const std::string& nameOrFile);
 
 } // namespace corvane::catalogue

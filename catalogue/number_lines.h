@@ -13,8 +13,8 @@ struct NumberLines {
     std::size_t mostNumbers; ///< on a line
 };
 
-/// Reads the numbers of a text file, as many on each line. Commas count as blanks, # begins a comment, and lines without
-/// numbers are passed over. Throws Error that names the file and what is wrong with it.
+/// Reads the numbers of a text file, as many on each line. Commas count as blanks, # begins a comment, and lines
+/// without numbers are passed over. Throws Error that names the file and what is wrong with it.
 std::vector<std::vector<double>> ReadNumberLines(const std::string& file, const NumberLines& allowed);
 
 } // namespace corvane::catalogue

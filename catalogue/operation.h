@@ -88,8 +88,8 @@ using Outputs = std::map<std::string, std::variant<io::Frame, Table>, std::less<
 using OnImage = CStlImage (*)(const CStlImage& image, const Arguments& arguments, const Run& run);
 /// Changes one frame, header or levels too.
 using OnFrame = void (*)(io::Frame& frame, const Arguments& arguments, const Run& run);
-/// Makes the outputs of the frames of several inputs, which it may take over. Others may have their samples, too: before
-/// it writes to them, it makes them its own (`OwnSamples`).
+/// Makes the outputs of the frames of several inputs, which it may take over. Others may have their samples, too:
+/// before it writes to them, it makes them its own (`OwnSamples`).
 using OnInputs = Outputs (*)(Inputs& inputs, const Arguments& arguments, const Run& run);
 /// @}
 

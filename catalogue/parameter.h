@@ -51,7 +51,8 @@ struct Parameter {
     std::string unit{};                                ///< empty when it has none
     double min = std::numeric_limits<float>::lowest(); ///< smallest value of a number that is allowed
     double max = std::numeric_limits<float>::max();    ///< largest value of a number that is allowed
-    /// The words of a choice, or those that a number, an image or a matrix may be given by; the forms of numbers, as X,Y.
+    /// The words of a choice, or those that a number, an image or a matrix may be given by; the forms of numbers, as
+    /// X,Y.
     std::vector<std::string> choices{};
     std::optional<Value> defaultValue{};
     std::string whenAbsent{};           ///< what an optional parameter without a default means when it is not given

@@ -68,8 +68,8 @@ Placement PlacementOf(const Arguments& arguments, const char* secondPoints);
 /// without stars its middle.
 ///
 /// Stars are refined to their centroids and become the reference points of their images. The first star of both comes
-/// to lie in one place; the turn is that of the line to the second, from the centroids as they are. Throws Error
-/// when a point lies outside of its image, when two stars are closer than a box or not equally far apart in both images.
+/// to lie in one place; the turn is that of the line to the second, from the centroids as they are. Throws Error when a
+/// point lies outside of its image, when two stars are closer than a box or not equally far apart in both images.
 Fit FitOnto(io::Frame& first, io::Frame& second, const Placement& placement);
 
 /// The fit in words for a person and for HISTORY.

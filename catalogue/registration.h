@@ -25,8 +25,8 @@ struct FramePlace {
     std::vector<double> points{}; ///< where one star or two are, to within half a box: X,Y or X1,Y1,X2,Y2
 };
 
-/// How several frames are brought onto the grid of the first: by their stars, by numbers alone, by a star that is looked
-/// for, or by stars that are pointed at in each.
+/// How several frames are brought onto the grid of the first: by their stars, by numbers alone, by a star that is
+/// looked for, or by stars that are pointed at in each.
 ///
 /// `stars` matches the stars of each frame with those of the first, in one plane of each: frames may be shifted, turned
 /// and of another scale. The star of `shift` is found to a tenth of a pixel by what lies about it (`stars::Patch`). Sky

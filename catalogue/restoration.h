@@ -21,8 +21,8 @@ void CheckRestorable(const CStlImage& image, const CRect* rect, const BytesOfReg
 /// The same for an iterative engine.
 void CheckRestorable(const CStlImage& image, const CRect* rect, const RestorationNeeds& needs = {});
 
-/// The blur of an image as its clear stars show it [pixels, as the sigma of a Gaussian], by the star finder's width. Throws
-/// Error when there are none, and Cancelled.
+/// The blur of an image as its clear stars show it [pixels, as the sigma of a Gaussian], by the star finder's width.
+/// Throws Error when there are none, and Cancelled.
 CORVANE_VISIBLE double MeasureStarSigma(const CStlImage& image, const Run& run = {});
 
 /// The noise from sample to sample [raw units], from the median difference of neighbours, so that neither stars nor a
@@ -33,7 +33,8 @@ CORVANE_VISIBLE double MeasureNoise(const CStlImage& image);
 /// Cancelled.
 std::vector<double> MeasureCeilings(const CStlImage& image, const Run& run);
 
-/// Electrons per count: EGAIN of the header or 1, times NCOMBINE, since n electrons make up a count of a mean of n frames.
+/// Electrons per count: EGAIN of the header or 1, times NCOMBINE, since n electrons make up a count of a mean of n
+/// frames.
 double GainOf(const io::Header& header);
 
 /// The read-out noise [electrons]: RDNOISE or READNOIS of the header or 0, times the root of NCOMBINE.

@@ -1,5 +1,5 @@
-// The recipes that come with the library. What a step is for stands beside it, since people begin their own recipes from
-// these.
+// The recipes that come with the library. What a step is for stands beside it, since people begin their own recipes
+// from these.
 
 #include "catalogue/recipe.h"
 

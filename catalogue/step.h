@@ -21,8 +21,8 @@ struct CORVANE_VISIBLE Step {
     const Operation* operation;
     Arguments arguments;
 
-    /// Reads a step: `name` or `name:key=value,key=value`, as `invert` or `clip:min=0,max=65535`. A comma within a value
-    /// is written twice. Throws Error for a name or value that is unknown, missing, given twice or not allowed.
+    /// Reads a step: `name` or `name:key=value,key=value`, as `invert` or `clip:min=0,max=65535`. A comma within a
+    /// value is written twice. Throws Error for a name or value that is unknown, missing, given twice or not allowed.
     Step(std::string_view text); // NOLINT(google-explicit-constructor): a list of steps is a list of texts
     Step(const char* text) : Step(std::string_view(text)) {} // NOLINT(google-explicit-constructor)
     /// The same of an operation's name and values.
@@ -57,8 +57,8 @@ void DoStep(const Step& step, io::Frame& frame, const Run& run);
 /// step does not fit the frame; Error for a file that the step reads; CMemoryException when there is no room.
 CORVANE_VISIBLE void RunStep(const Step& step, io::Frame& frame, const Run& run);
 
-/// Runs any operation on the frames of its inputs, and adds a HISTORY line by which the command does the same. Throws as
-/// `RunStep`, without the operation's name.
+/// Runs any operation on the frames of its inputs, and adds a HISTORY line by which the command does the same. Throws
+/// as `RunStep`, without the operation's name.
 CORVANE_VISIBLE Outputs RunOperation(const Operation& operation, Inputs inputs, const Arguments& arguments,
                                      const Run& run);
 

@@ -26,8 +26,8 @@ struct StarWords {
 /// Adds the command of an operation that looks for stars: the input, how they are looked for, and what is written.
 CLI::App& AddStarCommand(CLI::App& app, Session& session, const char* name, StarWords& words);
 
-/// The arguments that were given. Throws for those that are not allowed, and for outputs that cannot be written or would
-/// replace the input; those of an empty name are not wanted.
+/// The arguments that were given. Throws for those that are not allowed, and for outputs that cannot be written or
+/// would replace the input; those of an empty name are not wanted.
 catalogue::Arguments CheckedArguments(const StarWords& words, const std::vector<std::string>& outputs);
 
 /// What is printed: JSON of the field and its stars, the stars as CSV, or for people with a summary below them.

@@ -28,8 +28,8 @@ CORVANE_VISIBLE std::optional<std::string> HintedBayerPattern(const Header& head
 /// ROWORDER = 'BOTTOM-UP' describes the picture as it is seen: its pattern begins at the last row of the file.
 CORVANE_VISIBLE std::optional<std::string> StoredBayerPattern(const Header& header, int height);
 
-/// Makes the cards that name a pattern say that these filters lie over the samples of a frame of `height` rows, given as
-/// by `StoredBayerPattern`, and the offsets 0. Cards that are not there are not added.
+/// Makes the cards that name a pattern say that these filters lie over the samples of a frame of `height` rows, given
+/// as by `StoredBayerPattern`, and the offsets 0. Cards that are not there are not added.
 CORVANE_VISIBLE void SetStoredBayerPattern(Header& header, const std::string& pattern, int height);
 
 } // namespace corvane::io

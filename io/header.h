@@ -12,9 +12,9 @@ namespace corvane::io {
 /// What a frame says about itself: FITS header cards, kept in order as text of exactly 80 characters.
 ///
 /// Cards that nobody changes survive to the letter: HIERARCH, CONTINUE, COMMENT, free format. Only control characters
-/// become blanks, and bytes that are no ASCII '?'. Keywords are compared without regard to case; a HIERARCH keyword may be given with or without that
-/// word. Of several cards with one keyword the first counts. Reading is lenient: numbers in quotes, with leading zeros,
-/// a `D` exponent or a decimal comma (`6,4E-05`) are numbers.
+/// become blanks, and bytes that are no ASCII '?'. Keywords are compared without regard to case; a HIERARCH keyword may
+/// be given with or without that word. Of several cards with one keyword the first counts. Reading is lenient: numbers
+/// in quotes, with leading zeros, a `D` exponent or a decimal comma (`6,4E-05`) are numbers.
 class CORVANE_VISIBLE Header {
 public:
     /// @name Reading

@@ -13,8 +13,8 @@ namespace corvane::io {
 
 /// Exposure time of one frame [s]: EXPTIME, EXPOSURE, EXP_TIME.
 CORVANE_VISIBLE std::optional<double> ExposureSeconds(const Header& header);
-/// What a header says of the exposure time that is no number, as "EXPTIME = NaN"; empty when `ExposureSeconds` finds one,
-/// or nothing is said at all.
+/// What a header says of the exposure time that is no number, as "EXPTIME = NaN"; empty when `ExposureSeconds` finds
+/// one, or nothing is said at all.
 CORVANE_VISIBLE std::optional<std::string> UnreadableExposure(const Header& header);
 /// Sensor temperature [degrees Celsius]: CCD-TEMP, CCDTEMP, CCD_TEMP, SENSTEMP, DET-TEMP, then the temperature aimed
 /// at, SET-TEMP.

@@ -14,11 +14,10 @@ class TemporaryFile;
 /// A file that appears whole or not at all.
 ///
 /// What is written goes to a file without a name in the same folder; `Commit` gives it the name, and waits for the disk
-/// before it replaces a file. Without `Commit`, or when the process is killed, nothing remains of it, and a file that was there before stays
-/// as it was. Where the file system knows no nameless files, see `TemporaryFile`, one of a killed process remains until
-/// the next output to its folder. A symbolic link
-/// is followed: its target is replaced. An existing file keeps its permissions. Every member throws Error, naming the
-/// path as it was given.
+/// before it replaces a file. Without `Commit`, or when the process is killed, nothing remains of it, and a file that
+/// was there before stays as it was. Where the file system knows no nameless files, see `TemporaryFile`, one of a
+/// killed process remains until the next output to its folder. A symbolic link is followed: its target is replaced. An
+/// existing file keeps its permissions. Every member throws Error, naming the path as it was given.
 class CORVANE_VISIBLE OutputFile {
 public:
     /// Makes the temporary file. Refuses a folder as output, a folder that is missing or cannot be written to, and an

@@ -57,8 +57,8 @@ enum class Cubes {
 ///   for more is refused when it is opened, before that memory is taken.
 /// - A FITS file that is gzip- or LZW-compressed as a whole is unpacked into files without names in the folder for
 ///   images beyond the memory budget, as far as it is read, and again after `Close`.
-/// - Tile-compressed data that do not have the sum which DATASUM states are an error; of plain data, whose sums go stale
-///   when programs edit them, `Contradiction` tells it.
+/// - Tile-compressed data that do not have the sum which DATASUM states are an error; of plain data, whose sums go
+///   stale when programs edit them, `Contradiction` tells it.
 /// - A FITS or TIFF reader keeps its file open, one descriptor, from OpenFrame until it is closed or destroyed; a
 ///   closed one opens the file again when it is read. Members throw Error.
 /// Readers of one thread may be used next to those of another; one reader belongs to one thread at a time. Many rows of
@@ -84,7 +84,8 @@ public:
     /// Reads rows firstRow to firstRow + rowCount - 1 of a plane, Width() samples each, one after the other.
     void ReadRows(int plane, int firstRow, int rowCount, float* samples);
 
-    /// Reads the whole of the file and tells where it contradicts itself: sums that do not hold. Empty when it does not.
+    /// Reads the whole of the file and tells where it contradicts itself: sums that do not hold. Empty when it does
+    /// not.
     virtual std::string Contradiction() { return {}; }
 
     /// What a file of several parts holds, part after part, as "1 NOISE: 721 x 720"; empty for a frame alone.
@@ -105,9 +106,9 @@ private:
 /// Opens a frame; its content, not its name, tells the format: FITS (also tile-compressed, gzipped, or .Z), TIFF, PNG,
 /// camera raw.
 ///
-/// The HDU of a FITS file is chosen by number or name, `m31.fits[1]` or `m31.fits[SCI]` or `m31.fits[SCI,2]`, unless
-/// a file of just that name exists; without a choice it is the first that holds an image of 2 or more axes. One plane
-/// or three are read, over all axes beyond the second; of any other number, a cube, one is chosen: `cube.fits[plane 3]`,
+/// The HDU of a FITS file is chosen by number or name, `m31.fits[1]` or `m31.fits[SCI]` or `m31.fits[SCI,2]`, unless a
+/// file of just that name exists; without a choice it is the first that holds an image of 2 or more axes. One plane or
+/// three are read, over all axes beyond the second; of any other number, a cube, one is chosen: `cube.fits[plane 3]`,
 /// `cube.fits[SCI,2, plane 3]`. Planes are counted from 1 in the order of the file. Other special characters in a path
 /// have no meaning. Throws Error.
 CORVANE_VISIBLE std::unique_ptr<FrameReader> OpenFrame(const std::string& path, Cubes cubes = Cubes::kRefuse);

@@ -15,8 +15,8 @@ CORVANE_VISIBLE bool RowsRunAgainst(const Header& a, const Header& b);
 CORVANE_VISIBLE void TurnUpsideDown(Frame& frame);
 
 /// Makes the header of a frame of `height` rows, and `record`, describe it upside down: ROWORDER, and the world
-/// coordinates of the frame's image with their distortion. The record may be that image. Cards of a colour filter mosaic
-/// stay: with ROWORDER they describe the picture as it is seen.
+/// coordinates of the frame's image with their distortion. The record may be that image. Cards of a colour filter
+/// mosaic stay: with ROWORDER they describe the picture as it is seen.
 CORVANE_VISIBLE void DescribeUpsideDown(int height, Frame& frame, CImage& record);
 
 /// What a user is told of a frame, and how many more, that were turned so that their rows run as those of `partner`.

@@ -21,8 +21,8 @@ struct Motion {
 };
 
 /// Tells from two places the motion on the reference of what the options follow, which is straight and even, and counts
-/// by the middles of the exposures. Lights are placed already, about a centre. Leaves out those that do not say when they
-/// were taken. Throws Error for a place in a light that is left out or outside of it, and for two of one time.
+/// by the middles of the exposures. Lights are placed already, about a centre. Leaves out those that do not say when
+/// they were taken. Throws Error for a place in a light that is left out or outside of it, and for two of one time.
 Motion FollowMotion(const Options& options, const Plan& plan, int referenceLight, const CfPoint& centre,
                     std::vector<FrameReport>& reports);
 

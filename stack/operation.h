@@ -8,8 +8,8 @@
 
 namespace corvane::stack {
 
-/// `stack` and `register`, described as the catalogue describes its operations. Their frames stay in files until they are
-/// needed: `Stack` and `Register` do the work.
+/// `stack` and `register`, described as the catalogue describes its operations. Their frames stay in files until they
+/// are needed: `Stack` and `Register` do the work.
 CORVANE_VISIBLE std::vector<catalogue::Operation> Operations();
 
 /// What files and arguments of one of these operations ask for. Throws what `CheckOptions` throws.

@@ -115,7 +115,7 @@ struct Options : CalibrationSet {
     int size = kDefaultPatchSize;               ///< by shift: width and height of that patch [pixels, 8..256]
     int search = kDefaultSearch;                ///< by shift: largest shift that is looked for [pixels, 0..2048]
     /// @}
-    /// @name Lights to leave out: farther from the median of all than so many standard deviations; unset: none [0..1000]
+    /// @name Lights to leave out: so many standard deviations farther than the median of all; unset: none [0..1000]
     /// @{
     std::optional<double> rejectFwhm{};       ///< stars wider
     std::optional<double> rejectStars{};      ///< fewer stars
@@ -171,8 +171,8 @@ CORVANE_VISIBLE CombineBy CombineOf(const Options& options);
 /// What lights count by.
 WeightMethod WeightOf(const Options& options);
 
-/// Whether the noise of each pixel can be told: not that of a largest or smallest value, nor when ends are dropped, which
-/// good values are, too.
+/// Whether the noise of each pixel can be told: not that of a largest or smallest value, nor when ends are dropped,
+/// which good values are, too.
 CORVANE_VISIBLE bool TellsNoise(const Options& options);
 
 /// Asks for all that can be known of each sample of such a stack.

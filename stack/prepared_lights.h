@@ -45,12 +45,14 @@ public:
     void Place();
     /// Measures all lights and places them.
     void Register();
-    /// Takes over how lights were placed in another process, and what was told of them; those records were taken before.
+    /// Takes over how lights were placed in another process, and what was told of them; those records were taken
+    /// before.
     void TakePlaces(int referenceLight, const std::optional<PixelPlace>& reference, std::vector<std::string> notes);
     /// How each of the lights that are used is combined, after `Register`: on the stars, or on what the options follow.
     std::vector<Placement> Placements(bool followsMotion) const;
 
-    /// How deep the finished stack of these lights is; unset where that was not asked for, or the stack is of another kind.
+    /// How deep the finished stack of these lights is; unset where that was not asked for, or the stack is of another
+    /// kind.
     std::optional<Depth> DepthOf(const CStlImage& stack) const;
 
     const Plan& GetPlan() const { return plan_; }

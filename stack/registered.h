@@ -14,8 +14,9 @@ namespace corvane::stack {
 /// nothing when they name none.
 CORVANE_VISIBLE std::vector<std::string> RegisteredFiles(const Options& options);
 
-/// Writes the lights that are used, calibrated and sampled as the plan places them, but neither normalised nor combined,
-/// with the coordinates of the stack. On an error, or when cancelled, those that were written are taken away again.
+/// Writes the lights that are used, calibrated and sampled as the plan places them, but neither normalised nor
+/// combined, with the coordinates of the stack. On an error, or when cancelled, those that were written are taken away
+/// again.
 void WriteRegistered(const Options& options, const Plan& plan, const CombinePlan& combining, FrameSource& source,
                      const Result& stack, const Run& run);
 

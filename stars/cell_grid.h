@@ -8,8 +8,8 @@
 
 namespace corvane::stars {
 
-/// Values at the centres of equal cells that tile a frame, and bilinear between them; beyond the outer centres they stay
-/// as they are there. NaN marks a cell of which nothing is known.
+/// Values at the centres of equal cells that tile a frame, and bilinear between them; beyond the outer centres they
+/// stay as they are there. NaN marks a cell of which nothing is known.
 class CORVANE_VISIBLE CellGrid {
 public:
     /// A frame of width x height [pixels, 1 or more] in cells of about `cell` pixels [1 or more]; all values NaN.

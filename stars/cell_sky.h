@@ -30,8 +30,8 @@ double StepOf(const std::vector<float>& sorted);
 /// Level and noise of the samples of a cell, one at least, of such a step. They are sorted.
 CellSky ClippedSky(const std::vector<float>& sorted, double step);
 
-/// Calls visit(y, row) for the rows of an area that are looked at to know its sky, and returns how many samples they have
-/// in it.
+/// Calls visit(y, row) for the rows of an area that are looked at to know its sky, and returns how many samples they
+/// have in it.
 template <class Visit>
 std::size_t VisitRowsOfCell(const CStlImage& image, int plane, const CRect& area, Visit visit)
 {

@@ -30,15 +30,17 @@ CORVANE_VISIBLE Area CommonArea(const Area& frame, const Area& reference, const 
 /// Finds a richer map than the alignment by which `MatchFields` laid a frame onto a reference, where there is one that
 /// the stars bear and need.
 ///
-/// Each model is fitted to all usable stars in common, those that a simpler one leaves behind included, and pairs beyond
-/// 2.5 times its residual are left out. The stars bear it when there are twice as many of them as it has unknowns, and
-/// the standard error of a place is at most a quarter of a pixel in every corner of the area: few stars, or all on one
-/// side, bear none. Of what they bear that model is taken that was asked for, or else the next simpler one.
+/// Each model is fitted to all usable stars in common, those that a simpler one leaves behind included, and pairs
+/// beyond 2.5 times its residual are left out. The stars bear it when there are twice as many of them as it has
+/// unknowns, and the standard error of a place is at most a quarter of a pixel in every corner of the area: few stars,
+/// or all on one side, bear none. Of what they bear that model is taken that was asked for, or else the next simpler
+/// one.
 ///
-/// Without a wish the simplest one is taken whose residual is not significantly worse: all are fitted to the same stars,
-/// those that agree with the richest that they bear, and from one to a richer one it has to lower the criterion of
-/// G. Schwarz 1978, Annals of Statistics 6, 461, n ln(squares) + unknowns ln(n) with two equations n of each star, by
-/// more than 10 (which stands for odds of 150 to 1), and to move stars by a thirtieth of a pixel in root mean square.
+/// Without a wish the simplest one is taken whose residual is not significantly worse: all are fitted to the same
+/// stars, those that agree with the richest that they bear, and from one to a richer one it has to lower the criterion
+/// of G. Schwarz 1978, Annals of Statistics 6, 461, n ln(squares) + unknowns ln(n) with two equations n of each star,
+/// by more than 10 (which stands for odds of 150 to 1), and to move stars by a thirtieth of a pixel in root mean
+/// square.
 CORVANE_VISIBLE ChosenMap ChooseMap(const std::vector<FieldStar>& reference, const std::vector<FieldStar>& frame,
                                     const Alignment& match, const MapOptions& options);
 

@@ -4,8 +4,8 @@
 
 namespace corvane::stars {
 
-/// The width that a frame's stars have in common, among widths of whatever else is round: knots of a galaxy may be many,
-/// but nothing that came through the optics is narrower than a star.
+/// The width that a frame's stars have in common, among widths of whatever else is round: knots of a galaxy may be
+/// many, but nothing that came through the optics is narrower than a star.
 ///
 /// Widths within a tenth of each other are a group. The narrowest one that has half of the largest group's members
 /// is where the stars are; from there the median of all within a quarter of it is followed until it stays. 0 for no

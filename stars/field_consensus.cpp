@@ -173,8 +173,8 @@ double FieldConsensus::LogChance(const StarFit& fit, int doubtful) const
 double FieldConsensus::LogChance(const StarFit& fit) const
 {
     const double all = LogChance(fit, 0);
-    // What lies on one line, as the pieces of a trail or of a bad column do, agrees with other such lines too easily: it
-    // counts as two stars.
+    // What lies on one line, as the pieces of a trail or of a bad column do, agrees with other such lines too easily:
+    // it counts as two stars.
     return all < std::log(kRivalChance) ? LogChance(fit, std::max(0, MostOnOneLine(fit.pairs) - 2)) : all;
 }
 

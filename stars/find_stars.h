@@ -59,12 +59,13 @@ inline int StarPlane(const CImage& image)
 /// Finds the stars of one plane.
 ///
 /// Sky and noise are measured on a mesh (`MeasureSkyMesh`). A star is a local maximum of the frame, smoothed a little,
-/// that rises `sigmas` times the smoothed noise above its sky: from about half so many times the noise of single samples
-/// on for a FWHM of 3 pixels. It is measured through a Gaussian window as wide as the typical star, to the photons'
-/// noise. Its width is that of the Gaussian that would be fitted to its samples by least squares, within 5 % (FWHM 1.2 to 6
-/// pixels): the blur of the pixel is part of it, and wings beyond a Gaussian widen it. Knots of a galaxy, which are wider
-/// than stars, do not count, however many they are. Fluxes of a Moffat profile of exponent 4 are 1.5 % too small. Samples from
-/// a ceiling on that touch each other are one saturated star. Of the maxima along a trail one is kept.
+/// that rises `sigmas` times the smoothed noise above its sky: from about half so many times the noise of single
+/// samples on for a FWHM of 3 pixels. It is measured through a Gaussian window as wide as the typical star, to the
+/// photons' noise. Its width is that of the Gaussian that would be fitted to its samples by least squares, within 5 %
+/// (FWHM 1.2 to 6 pixels): the blur of the pixel is part of it, and wings beyond a Gaussian widen it. Knots of a
+/// galaxy, which are wider than stars, do not count, however many they are. Fluxes of a Moffat profile of exponent 4
+/// are 1.5 % too small. Samples from a ceiling on that touch each other are one saturated star. Of the maxima along a
+/// trail one is kept.
 ///
 /// Blanks, NaN and infinities are no stars and make none about them. The list is empty for an image without samples or
 /// without any defined one. Nothing of the size of the frame is held; the method is that of E. Bertin & S. Arnouts

@@ -116,7 +116,8 @@ private:
         return area;
     }
 
-    /// The area that a stretch continues, after all areas that it touches have become one; a new one when it touches none.
+    /// The area that a stretch continues, after all areas that it touches have become one; a new one when it touches
+    /// none.
     int AreaOf(int first, int end, std::size_t next)
     {
         int area = -1;

@@ -28,9 +28,9 @@ CORVANE_VISIBLE double FullScale(int bits);
 /// when samples that have it lie side by side, far above a sky with that level and noise.
 CORVANE_VISIBLE double FullWellLevel(const CStlImage& image, int plane, double sky, double noise, const Run& run = {});
 
-/// Gives one value to the samples of a calibrated plane that are saturated in its raw one, from a level on: dark and flat
-/// make them differ. The value is the largest of them, and is returned; nothing when there is none. What lost more than
-/// half of its height above the sky, as hot pixels do to a dark, stays. Both planes have one size.
+/// Gives one value to the samples of a calibrated plane that are saturated in its raw one, from a level on: dark and
+/// flat make them differ. The value is the largest of them, and is returned; nothing when there is none. What lost more
+/// than half of its height above the sky, as hot pixels do to a dark, stays. Both planes have one size.
 CORVANE_VISIBLE std::optional<double> LevelSaturated(const CStlImage& raw, int rawPlane, double level, CStlImage& image,
                                                      int plane, double sky);
 

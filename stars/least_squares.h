@@ -8,8 +8,9 @@ namespace corvane::stars {
 
 /// A linear system of more equations than unknowns, solved by least squares.
 ///
-/// Every equation is turned into a triangle of as many rows as there are unknowns as it comes (W. Givens 1958, Journal of
-/// the SIAM 6, 26): squares of small numbers are never differences of large ones, and nothing grows with the equations.
+/// Every equation is turned into a triangle of as many rows as there are unknowns as it comes (W. Givens 1958, Journal
+/// of the SIAM 6, 26): squares of small numbers are never differences of large ones, and nothing grows with the
+/// equations.
 class LeastSquares {
 public:
     explicit LeastSquares(std::size_t unknowns);

@@ -21,10 +21,10 @@ struct LightRatio {
 };
 
 /// Measures the light of stars in one frame over that of the same stars in another, as this is brought onto the grid of
-/// the first by a mapping of places in the first to those in the other: a frame with larger pixels has less light on the
-/// smaller ones. Counted are the brightest 300 stars that are usable in both, saturated in neither, and lie 20 deviations
-/// above the sky. Light is the sum within 1.5 FWHM of each frame above the median of a ring about the star. Throws
-/// Cancelled.
+/// the first by a mapping of places in the first to those in the other: a frame with larger pixels has less light on
+/// the smaller ones. Counted are the brightest 300 stars that are usable in both, saturated in neither, and lie 20
+/// deviations above the sky. Light is the sum within 1.5 FWHM of each frame above the median of a ring about the star.
+/// Throws Cancelled.
 CORVANE_VISIBLE LightRatio MeasureLightRatio(const ImagePlane& first, const ImagePlane& other, const Mapping& mapping,
                                              const Run& run = {});
 

@@ -37,21 +37,21 @@ struct MatchOptions {
 /// `centre` is the standard centre of the frame.
 ///
 /// Any shift and any angle is found as long as enough stars are common; errors of their positions may be some tenths of
-/// a pixel, and a distortion may grow to 3 pixels at the borders. Triangles of neighbouring stars (`MakePatterns`) among
-/// the brightest 240 give guesses, guesses are judged by all of these stars (`FieldConsensus`), and the best is fitted
-/// by least squares to all stars, leaving out what lies farther off than 2.5 times their residual (`FitStars`). Stars
-/// that are not usable are left out, but where 12 or fewer are left saturated ones may help.
+/// a pixel, and a distortion may grow to 3 pixels at the borders. Triangles of neighbouring stars (`MakePatterns`)
+/// among the brightest 240 give guesses, guesses are judged by all of these stars (`FieldConsensus`), and the best is
+/// fitted by least squares to all stars, leaving out what lies farther off than 2.5 times their residual (`FitStars`).
+/// Stars that are not usable are left out, but where 12 or fewer are left saturated ones may help.
 ///
 /// Methods: triangles of E. J. Groth 1986, Astronomical Journal 91, 1244; consensus of M. A. Fischler and R. C. Bolles
-/// 1981, Communications of the ACM 24, 381; judgement of L. Moisan and B. Stival 2004, International Journal of Computer
-/// Vision 57, 201; least squares of S. Umeyama 1991, IEEE Transactions on Pattern Analysis and Machine Intelligence 13,
-/// 376.
+/// 1981, Communications of the ACM 24, 381; judgement of L. Moisan and B. Stival 2004, International Journal of
+/// Computer Vision 57, 201; least squares of S. Umeyama 1991, IEEE Transactions on Pattern Analysis and Machine
+/// Intelligence 13, 376.
 ///
 /// A match is certain when fields that have nothing in common agree as well in fewer than one of a million pairs
 /// (`MatchChance`). For that, three stars suffice when they lie in frames of thousands of pixels and agree within a
-/// quarter of a pixel, four as a rule, six with another scale, and about a tenth of two fields of 200. Stars on one line
-/// count as two of them. A pattern that fits in several places, as a lattice does, is no match. The same lists give the
-/// same result on every machine, but for the last bits of the angle.
+/// quarter of a pixel, four as a rule, six with another scale, and about a tenth of two fields of 200. Stars on one
+/// line count as two of them. A pattern that fits in several places, as a lattice does, is no match. The same lists
+/// give the same result on every machine, but for the last bits of the angle.
 CORVANE_VISIBLE FieldMatch MatchFields(const std::vector<FieldStar>& reference, const std::vector<FieldStar>& frame,
                                        const CfPoint& centre, const MatchOptions& options = {}, const Run& run = {});
 

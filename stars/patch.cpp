@@ -34,8 +34,8 @@ float Support(const CStlImage& image, int plane, int x, int y)
     return std::min({brighter(1, 0), brighter(0, 1), brighter(1, 1), brighter(1, -1)});
 }
 
-/// Lowers hot pixels and tracks of particles, which along some line have no neighbour of a good part of their height, to
-/// the brightest neighbour on that line.
+/// Lowers hot pixels and tracks of particles, which along some line have no neighbour of a good part of their height,
+/// to the brightest neighbour on that line.
 void RemoveHits(CStlImage& image, int plane, double noise)
 {
     const CStlImage before(image);

@@ -28,9 +28,9 @@ struct FieldPlace {
 };
 
 /// Places a frame that may be shifted, turned and of another scale: looks for a match of one scale, and where there is
-/// none, of any (`MatchFields`); then the simplest map is taken that the stars need and bear (`ChooseMap`). One that moves
-/// no corner of the reference by a thirtieth of a pixel is taken for none, so that frames of one grid keep their samples.
-/// `centre` is what the match turns the frame about. Throws Cancelled.
+/// none, of any (`MatchFields`); then the simplest map is taken that the stars need and bear (`ChooseMap`). One that
+/// moves no corner of the reference by a thirtieth of a pixel is taken for none, so that frames of one grid keep their
+/// samples. `centre` is what the match turns the frame about. Throws Cancelled.
 CORVANE_VISIBLE FieldPlace PlaceField(const PlacedField& reference, const PlacedField& frame, const CfPoint& centre,
                                       const Run& run = {});
 

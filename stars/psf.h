@@ -39,10 +39,10 @@ struct FieldPsf {
     std::vector<ZonePsf> zones{}; ///< row by row
 };
 
-/// Measures the point-spread function of one plane by its stars: those that may be measured with (`FieldStar::IsUsable`)
-/// and have the width that the frame's stars have in common, at most 200 of each zone, the brightest, and faint ones only
-/// where there are few others. Samples nearer than two widths to another star do not count; a star that loses much by
-/// that is left out. A frame without stars has size 0. Throws Cancelled.
+/// Measures the point-spread function of one plane by its stars: those that may be measured with
+/// (`FieldStar::IsUsable`) and have the width that the frame's stars have in common, at most 200 of each zone, the
+/// brightest, and faint ones only where there are few others. Samples nearer than two widths to another star do not
+/// count; a star that loses much by that is left out. A frame without stars has size 0. Throws Cancelled.
 CORVANE_VISIBLE FieldPsf MeasurePsf(const CStlImage& image, int plane, const PsfOptions& options, const Run& run = {});
 
 } // namespace corvane::stars

@@ -229,8 +229,8 @@ double ExcessOf(const PsfState& state, double radius)
     return state.squares / std::max(static_cast<double>(samples) - unknowns, 1.0);
 }
 
-/// How the right sides scatter: from star to star, which takes no model of their noise, or where they are few by what is
-/// left of their samples.
+/// How the right sides scatter: from star to star, which takes no model of their noise, or where they are few by what
+/// is left of their samples.
 PsfCovariance ScatterOf(const PsfState& state, const std::vector<StarEquations>& eliminated, double radius)
 {
     PsfCovariance scatter{};

@@ -64,8 +64,8 @@ bool IsKnown(const SkyCell& cell)
     return !std::isnan(cell.above);
 }
 
-/// The median deviation of cells that lie below the polynomial, as a standard deviation, but no less than noise makes it:
-/// nothing that stands before the sky has a part in it.
+/// The median deviation of cells that lie below the polynomial, as a standard deviation, but no less than noise makes
+/// it: nothing that stands before the sky has a part in it.
 double DeviationOf(const std::vector<SkyCell>& cells, const std::vector<double>& rest)
 {
     std::vector<double> below;

@@ -34,15 +34,15 @@ struct SkyCells {
 /// Tells the sky of a plane from what stands before it, and fits a polynomial to it: of a degree that is given or the
 /// highest below it which the cells of the sky tell at every place, or of the lowest, 1 to 4, that the sky needs.
 ///
-/// The frame is looked at in about `across` x `across` cells, of 8 pixels at least, each of which comes to a level as in
-/// `MeasureSkyMesh`, so stars hardly count. A first guess is the polynomial that leaves 15 % of the cells below it:
+/// The frame is looked at in about `across` x `across` cells, of 8 pixels at least, each of which comes to a level as
+/// in `MeasureSkyMesh`, so stars hardly count. A first guess is the polynomial that leaves 15 % of the cells below it:
 /// nebulae and galaxies may fill most of the frame. From there on the polynomial is fitted to the cells that lie within
-/// 3 standard deviations of the one before, the deviation being that of the cells below it: so it goes up to what most of
-/// the sky has, and stops where nebulae begin. Then cells with faint light, whose 25 neighbours lie 0.75 deviations above
-/// it by their median, are left out, too. Guesses by each half of the frame lead elsewhere where a nebula has an edge;
-/// that with the most cells of the sky over their deviation is taken, cells far below it counting against it. Of that one
-/// fainter light is left out: cells whose 81 neighbours lie 0.42 deviations above it. At last all is measured again above
-/// the polynomial, so that what is bent within a cell does not count.
+/// 3 standard deviations of the one before, the deviation being that of the cells below it: so it goes up to what most
+/// of the sky has, and stops where nebulae begin. Then cells with faint light, whose 25 neighbours lie 0.75 deviations
+/// above it by their median, are left out, too. Guesses by each half of the frame lead elsewhere where a nebula has an
+/// edge; that with the most cells of the sky over their deviation is taken, cells far below it counting against it. Of
+/// that one fainter light is left out: cells whose 81 neighbours lie 0.42 deviations above it. At last all is measured
+/// again above the polynomial, so that what is bent within a cell does not count.
 ///
 /// Of the run its threads count, and it may be cancelled. Throws Cancelled.
 CORVANE_VISIBLE SkyCells FitSkyCells(const CStlImage& image, int plane, std::optional<int> degree, int across,

@@ -39,10 +39,11 @@ private:
     double least_ = 0.0;
 };
 
-/// Measures the sky of a plane; nothing when too little of it is defined. The degree of the polynomial is 1 to 4, or the
-/// lowest of those that the sky needs. All in double precision and in fixed order. Throws Cancelled.
+/// Measures the sky of a plane; nothing when too little of it is defined. The degree of the polynomial is 1 to 4, or
+/// the lowest of those that the sky needs. All in double precision and in fixed order. Throws Cancelled.
 ///
-/// J. Duchon, Splines minimizing rotation-invariant semi-norms in Sobolev spaces, Lecture Notes in Mathematics 571, 1977.
+/// J. Duchon, Splines minimizing rotation-invariant semi-norms in Sobolev spaces, Lecture Notes in Mathematics 571,
+/// 1977.
 CORVANE_VISIBLE std::optional<SkyModel> FitSkyModel(const CStlImage& image, int plane, SkyForm form,
                                                     std::optional<int> degree, const Run& run = {});
 

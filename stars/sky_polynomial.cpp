@@ -48,8 +48,8 @@ SkyPolynomial::Row SkyPolynomial::RowAt(double y) const
     return row;
 }
 
-/// The factors of a degree; nothing when the values do not tell them as `Fit` demands. Squares of powers between -1 and 1
-/// lose no digits that count: where they would, the variance is beyond any that is asked for.
+/// The factors of a degree; nothing when the values do not tell them as `Fit` demands. Squares of powers between -1 and
+/// 1 lose no digits that count: where they would, the variance is beyond any that is asked for.
 template <int kDegree>
 std::optional<SkyPolynomial::Factors> SkyPolynomial::FactorsOf(const std::vector<Value>& values, double most) const
 {

@@ -43,9 +43,9 @@ public:
         double weight = 1.0;
     };
 
-    /// Becomes the polynomial of a degree that has the least sum of squared distances from values. It stays what it is, and
-    /// false is returned, when they do not tell that one: at some place of the frame its variance would be above `most` times that
-    /// of a value of weight 1.
+    /// Becomes the polynomial of a degree that has the least sum of squared distances from values. It stays what it is,
+    /// and false is returned, when they do not tell that one: at some place of the frame its variance would be above
+    /// `most` times that of a value of weight 1.
     bool Fit(const std::vector<Value>& values, int degree, double most);
 
     /// 0 all over the same frame.

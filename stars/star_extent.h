@@ -19,12 +19,12 @@ struct StarExtent {
 };
 
 /// How far the light of the stars of a plane reaches: to where the median about a star, ring by ring, is less than
-/// `limit` times the noise above its sky, or above the nebula or the other stars that it stands on, which show in the ring
-/// two widths away. Its wings are those of a Moffat profile of exponent 2 at most. The halo of a saturated star is followed
-/// as far as it falls; what is saturated belongs to a star wherever it lies, as trails along columns do.
+/// `limit` times the noise above its sky, or above the nebula or the other stars that it stands on, which show in the
+/// ring two widths away. Its wings are those of a Moffat profile of exponent 2 at most. The halo of a saturated star is
+/// followed as far as it falls; what is saturated belongs to a star wherever it lies, as trails along columns do.
 ///
-/// Hot pixels below the ceiling are no stars, nor are galaxies and others that are more than 2.5 times as wide as the field's stars. Undefined
-/// samples are passed over. Throws Cancelled when the run asks to stop.
+/// Hot pixels below the ceiling are no stars, nor are galaxies and others that are more than 2.5 times as wide as the
+/// field's stars. Undefined samples are passed over. Throws Cancelled when the run asks to stop.
 CORVANE_VISIBLE std::vector<StarExtent> MeasureExtents(const CStlImage& image, int plane, const StarField& field,
                                                        double limit, const Run& run);
 

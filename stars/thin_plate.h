@@ -12,8 +12,8 @@ struct PlateSite {
     double value;
 };
 
-/// The surface of least bending near values at places: stiff enough to halve what changes from one to the next of a grid
-/// of 20 x 20, and to follow what is twice as wide. It is 0 when the places do not tell it.
+/// The surface of least bending near values at places: stiff enough to halve what changes from one to the next of a
+/// grid of 20 x 20, and to follow what is twice as wide. It is 0 when the places do not tell it.
 class ThinPlate {
 public:
     explicit ThinPlate(std::vector<PlateSite> sites);

@@ -26,8 +26,8 @@ double LeastSigma(double noise, double peak);
 
 /// Measures up to 200 of the brightest maxima that are neither trails nor hits (`LeastSigma`), each through a window of
 /// its own width and by the fit of a Gaussian (`FitGaussian`), and takes the medians of those whose fits have the width
-/// of stars (`CommonWidth`). Faint ones are left out when there are enough others. Without any such maximum the width is
-/// a guess.
+/// of stars (`CommonWidth`). Faint ones are left out when there are enough others. Without any such maximum the width
+/// is a guess.
 ///
 /// A window as wide as the star gives the width with little noise, but makes it too large where the star has wings: how
 /// much is told by the fits. Of the run only its threads count.

@@ -40,8 +40,8 @@ void CheckSamples(const CStlImage& image, Expected expected)
     }
 }
 
-/// Times what work(result, source, rect, showProgress) makes of a frame, all of it and in silence, once that agrees with
-/// expected(x, y, plane).
+/// Times what work(result, source, rect, showProgress) makes of a frame, all of it and in silence, once that agrees
+/// with expected(x, y, plane).
 template <class Operation, class Work, class Expected>
 void TimeOperation(Run& run, CStlImage& frame, Work work, Expected expected)
 {

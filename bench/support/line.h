@@ -121,9 +121,9 @@ private:
 };
 
 /// A line of the table, registered by its constructor. The body makes its images, checks the result, and calls
-/// `Run::Time` once. Its time on the processor with one thread is printed with bytes per second, the ratio to memcpy, its
-/// limit, and the time that passed; with threads that are compared, how many times faster they are than one, and memcpy
-/// with as many.
+/// `Run::Time` once. Its time on the processor with one thread is printed with bytes per second, the ratio to memcpy,
+/// its limit, and the time that passed; with threads that are compared, how many times faster they are than one, and
+/// memcpy with as many.
 class Line {
 public:
     Line(const std::string& name, Limit limit, std::function<void(Run&)> body);

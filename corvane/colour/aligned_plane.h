@@ -10,8 +10,8 @@ namespace corvane {
 /// One plane of a frame that is placed onto a result, read one row of the result at a time.
 class AlignedPlane {
 public:
-    /// Prepares rows of the result's columns 0 to `columns` - 1. A plane that the frame lacks is its last one. The frame
-    /// must outlive this object.
+    /// Prepares rows of the result's columns 0 to `columns` - 1. A plane that the frame lacks is its last one. The
+    /// frame must outlive this object.
     AlignedPlane(const CStlImage& frame, int plane, const Alignment& alignment, int columns);
 
     /// Reads row y as it is stored; `outside` stands where the frame is not.

@@ -6,8 +6,8 @@
 /// Gives the colours of one image to the lightness of another, in CIE L*a*b*; see CColor.
 ///
 /// Both are placed with a shift (dx, dy) [pixels, right and down] and a turn [degrees, clockwise on screen] about their
-/// standard centres, and are read between their samples; the second has a scale besides: so many of its pixels go on one
-/// pixel of this image. They may have any size. All planes of the result get the display level of the first image's
+/// standard centres, and are read between their samples; the second has a scale besides: so many of its pixels go on
+/// one pixel of this image. They may have any size. All planes of the result get the display level of the first image's
 /// plane 0, by which values are stored; of this image those planes are written that it has.
 class CORVANE_API CImgLrgbCmpst : public CStlImage {
 public:
@@ -18,11 +18,10 @@ public:
     /// Combines the display values of a luminance frame and a colour frame inside the rectangle; null means the whole
     /// image. A monochrome frame gives its plane three times; where a frame is not, it is black.
     ///
-    /// Values on the display scale, each plane by its own levels, are cut to 0..5000; the pixel takes L of the first and
-    /// a and b of the second. Colours beyond the primaries lose what is negative. A blank is a sample like others, and a
-    /// NaN makes the pixel black. With `average` non-zero the result is the mean of both display values instead, not cut;
-    /// there a NaN stays one.
-    /// Reports "Combining LRGB images...", averages only to a run; ESC is ignored.
+    /// Values on the display scale, each plane by its own levels, are cut to 0..5000; the pixel takes L of the first
+    /// and a and b of the second. Colours beyond the primaries lose what is negative. A blank is a sample like others,
+    /// and a NaN makes the pixel black. With `average` non-zero the result is the mean of both display values instead,
+    /// not cut; there a NaN stays one. Reports "Combining LRGB images...", averages only to a run; ESC is ignored.
     void DoLrgb(CStlImage* lum, double dxL, double dyL, double angleL, CStlImage* rgb, double dxC, double dyC,
                 double angleC, double scaleC, CRect* rect, int average, int showProgress);
     /// The same, as a part of a run.

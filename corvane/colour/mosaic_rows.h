@@ -32,7 +32,7 @@ struct MadeColours {
 /// Makes green at the red or blue pixels `first` to before `end` of a row, which may lie beyond its ends.
 void MakeGreen(const SplitRows& rows, int first, int end, float* green);
 
-/// @name Make the colours of `count` red or blue pixels from 0 on, and of as many green ones from `firstGreen` [0, 1] on
+/// @name Make colours of `count` red or blue pixels from 0 on, and of as many green ones from `firstGreen` [0, 1] on
 /// `MakeEdgeAware` needs the green that `MakeGreen` made two pixels beyond both ends.
 /// @{
 void MakeBilinear(const SplitRows& rows, int firstGreen, int count, const MadeColours& made);

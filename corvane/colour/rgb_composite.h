@@ -5,9 +5,9 @@
 
 /// Makes a colour image of three frames that were exposed through a red, a green and a blue filter.
 ///
-/// Each frame has a shift (dx, dy) [pixels, right and down] and a turn [degrees, clockwise on screen] about its standard
-/// centre, and is read between its samples; frames may have any size. Samples keep their raw values. Blanks are samples
-/// like others, and a NaN reaches what is read next to it.
+/// Each frame has a shift (dx, dy) [pixels, right and down] and a turn [degrees, clockwise on screen] about its
+/// standard centre, and is read between its samples; frames may have any size. Samples keep their raw values. Blanks
+/// are samples like others, and a NaN reaches what is read next to it.
 class CORVANE_API CImgRgbCmpst : public CStlImage {
 public:
     CImgRgbCmpst() = default;

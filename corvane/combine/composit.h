@@ -23,10 +23,10 @@ enum CompositeMode : int {
 
 /// Combines a base image with an overlay that is aligned onto it and read between its samples.
 ///
-/// The overlay is shifted by (dx, dy) pixels, to the right and down, and turned by `angle` degrees, clockwise on screen,
-/// about its standard centre, which the caller sets. It may have any size. A result of one plane takes the brightness
-/// 0.299 R + 0.587 G + 0.114 B of a colour overlay and the first plane of a colour base; a colour result takes the
-/// plane of a monochrome image three times.
+/// The overlay is shifted by (dx, dy) pixels, to the right and down, and turned by `angle` degrees, clockwise on
+/// screen, about its standard centre, which the caller sets. It may have any size. A result of one plane takes the
+/// brightness 0.299 R + 0.587 G + 0.114 B of a colour overlay and the first plane of a colour base; a colour result
+/// takes the plane of a monochrome image three times.
 ///
 /// Values are combined as they are stored (raw), or on the display scale 0 to 255 by the levels of the image that each
 /// comes from and stored by the result's own levels, without clamping. Modes outside of 0..9 give the base by way of
@@ -50,9 +50,9 @@ public:
     /// Writes the composite of base and overlay inside the rectangle; other samples stay, and so do those for which a
     /// base smaller than this image has no column. Rows and planes that the base lacks repeat its last ones.
     ///
-    /// - mode [0..9]: see corvane::CompositeMode. Quotient: where b is 0 the result is its blank value, in display space
-    ///   carried through the levels; a grey composite in display space divides by b / 255 with b within 0.001..255, a
-    ///   colour one by b itself.
+    /// - mode [0..9]: see corvane::CompositeMode. Quotient: where b is 0 the result is its blank value, in display
+    ///   space carried through the levels; a grey composite in display space divides by b / 255 with b within
+    ///   0.001..255, a colour one by b itself.
     /// - ratio: of blend [0..1] and desaturate. displaySpace: non-zero for display space.
     /// - clampNegative: non-zero makes negative differences of colour composites 0; grey ones keep theirs.
     /// - fraction, radius: see `Abr`.
@@ -70,16 +70,16 @@ public:
     /// Mode 9, which joins a long exposure whose bright parts saturate with a shorter one: takes the smaller of a and
     /// q = b * ratio, where `ratio` is the long exposure over the short one.
     ///
-    /// With radius 1 or 2 (more is 2, less than 0 is 0) the largest a and b within so many pixels say whether a place is
-    /// saturated: at least `fraction` of 255 in display space, of `GetMaxPixel` of plane 0 in raw space, so call
+    /// With radius 1 or 2 (more is 2, less than 0 is 0) the largest a and b within so many pixels say whether a place
+    /// is saturated: at least `fraction` of 255 in display space, of `GetMaxPixel` of plane 0 in raw space, so call
     /// `CalcMinMax` of both images before. Near a saturated base the largest a takes the place of a, near a saturated
-    /// overlay the largest b that of b; near both but not in both, of a and q the one that is closer to the pixels above
-    /// left, above and to the left, already written: one thread makes all rows. At the overlay's border, one pixel wide,
-    /// and outside of it the result is a. There are no blanks.
+    /// overlay the largest b that of b; near both but not in both, of a and q the one that is closer to the pixels
+    /// above left, above and to the left, already written: one thread makes all rows. At the overlay's border, one
+    /// pixel wide, and outside of it the result is a. There are no blanks.
     ///
-    /// Kept of old: the cosine of the turn is never negative, so 120 degrees turn as 60; in display space every plane of
-    /// a colour image goes through plane 0's levels, but for the overlay and the neighbours in the base; progress counts
-    /// the rows of one plane and is given those of all. `mode` and `clampNegative` do not matter.
+    /// Kept of old: the cosine of the turn is never negative, so 120 degrees turn as 60; in display space every plane
+    /// of a colour image goes through plane 0's levels, but for the overlay and the neighbours in the base; progress
+    /// counts the rows of one plane and is given those of all. `mode` and `clampNegative` do not matter.
     void Abr(CStlImage* base, CStlImage* overlay, double dx, double dy, double angle, int mode, double ratio,
              int displaySpace, int clampNegative, double fraction, int radius, CRect* rect, int showProgress,
              int textId);

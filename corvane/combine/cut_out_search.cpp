@@ -118,8 +118,8 @@ void SumWindows(std::vector<double>& values, std::size_t stride, int window)
     values.swap(sums);
 }
 
-/// Copies a part of a plane into the corner of a grid of zeros, less its mean. In place of an undefined sample stands the
-/// one before it in its row, or the first behind it; a row without any is 0. Returns the sum of squares.
+/// Copies a part of a plane into the corner of a grid of zeros, less its mean. In place of an undefined sample stands
+/// the one before it in its row, or the first behind it; a row without any is 0. Returns the sum of squares.
 double ReadDeviations(const CStlImage& image, const CRect& part, int plane, int gridWidth, std::vector<float>& grid)
 {
     const DefinedTest isDefined(image);

@@ -27,8 +27,9 @@ struct CutOutPlace {
 /// of a pixel where what the cut-out shows is wider than two pixels.
 ///
 /// Blanks, NaN and infinities take no part in that sum (to choose candidates, the sample before them in the row stands
-/// for them); a place that leaves less than half of the cut-out is none. Nor is one that is flat: whose deviation is 0, or so small beside what lies within some 512 pixels that the transforms' rounding
-/// hides it (2e-5 of the root of its sum of squares).
+/// for them); a place that leaves less than half of the cut-out is none. Nor is one that is flat: whose deviation is 0,
+/// or so small beside what lies within some 512 pixels that the transforms' rounding hides it (2e-5 of the root of its
+/// sum of squares).
 ///
 /// Reports "Processing object matching...". Returns nothing when there is no place to
 /// compare, as for a cut-out of one value. Throws Cancelled, and std::bad_alloc when there is no room.

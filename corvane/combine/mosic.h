@@ -34,8 +34,9 @@ public:
     /// - ox, oy: where the first image's corner lies [pixels].
     /// - dx, dy: how far the second lies from the first [pixels]; angle [degrees, clockwise on screen].
     /// - mode: see corvane::MosaicMode. Lighter and darker compare the brightness of colours.
-    /// - key: one value for each plane [raw units]; null for 0, in display space 0 of the display scale. A pixel is close to it below 1/256 of plane 0's level
-    ///   range, in display space below 1; of a colour pixel the sum of the three differences counts.
+    /// - key: one value for each plane [raw units]; null for 0, in display space 0 of the display scale. A pixel is
+    ///   close to it below 1/256 of plane 0's level range, in display space below 1; of a colour pixel the sum of the
+    ///   three differences counts.
     /// - outside: its first value stands for samples outside of an image [display scale]; in raw space and with null it
     ///   is 0. Pixels that neither image covers get it.
     /// - displaySpace: non-zero works on the display scale 0 to 255 by the levels of the image that is read, and stores

@@ -25,8 +25,8 @@ public:
     virtual void Choose(const SortedBlock& block, Kept& kept) const = 0;
 };
 
-/// What counts lies within so many standard deviations, of all values about their mean, of the median; its bounds do not
-/// count.
+/// What counts lies within so many standard deviations, of all values about their mean, of the median; its bounds do
+/// not count.
 CORVANE_VISIBLE std::unique_ptr<const Rejection> SigmaClip(double sigmas);
 
 /// How far off a value may lie, and how often that is judged.

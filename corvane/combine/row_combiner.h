@@ -68,14 +68,14 @@ struct CombinedRow {
 /// - of the mean: the root of the sum of w^2 (v - mean)^2, by (sum w)^2 - sum w^2. That is s / sqrt(n) for n values of
 ///   equal weights and sample deviation s, and right on average where weights go by 1 / noise^2, whatever the lights'
 ///   noise. Of a sum it is s sqrt(n); of a median sqrt(pi / 2) s / sqrt(n), up to a twelfth too much for few values.
-/// - It is as uncertain as a deviation of n values: by 1 part in sqrt(2 n - 2). Rejection drops good values, too, of which
-///   it does not know: of normal values it is 9 % too low when 5 of them go through winsorized deviations, 1 % when 24 go
-///   through deviations.
+/// - It is as uncertain as a deviation of n values: by 1 part in sqrt(2 n - 2). Rejection drops good values, too, of
+///   which it does not know: of normal values it is 9 % too low when 5 of them go through winsorized deviations, 1 %
+///   when 24 go through deviations.
 /// - The largest and the smallest value have none, nor pixels that show no statistic.
 ///
 /// The values of a block of pixels are sorted together by a network of minima and maxima, missing ones as infinities
-/// behind the others, so the work per pixel hardly depends on the values or on how many are missing. What counts of them
-/// is for a `Rejection` to say, what is made of that for a `Statistic`.
+/// behind the others, so the work per pixel hardly depends on the values or on how many are missing. What counts of
+/// them is for a `Rejection` to say, what is made of that for a `Statistic`.
 class CORVANE_VISIBLE RowCombiner {
 public:
     /// Prepares to combine lines of as many frames as there are weights [0..]. `blank` fills pixels that no frame has.

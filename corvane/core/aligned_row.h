@@ -24,9 +24,9 @@ CORVANE_VISIBLE RowSpan RowsTouched(const Mapping& mapping, int x, int y, int co
 CORVANE_VISIBLE void SampleAlignedRow(const CStlImage& image, int plane, const Alignment& alignment, int y, int count,
                                       double outside, double* values, int* inside);
 
-/// The same for `count` columns from x on: values[0] belongs to column x. For callers that take a turned frame in narrow
-/// strips, a band of rows at a time, so that the samples of neighbouring rows are still in the nearest cache. Under any
-/// map, with an interpolation of choice.
+/// The same for `count` columns from x on: values[0] belongs to column x. For callers that take a turned frame in
+/// narrow strips, a band of rows at a time, so that the samples of neighbouring rows are still in the nearest cache.
+/// Under any map, with an interpolation of choice.
 CORVANE_VISIBLE void SampleAlignedStretch(const CStlImage& image, int plane, const Mapping& mapping, int x, int y,
                                           int count, double outside, double* values, int* inside,
                                           Interpolation interpolation = Interpolation::kBilinear);

@@ -7,12 +7,12 @@
 /// Red, green and blue are in the unit range, display value / 255; more than 1 is allowed and nothing is clipped. The
 /// primaries are the CIE 1931 RGB ones with an equal-energy white; white, R = G = B = 1, has X = Y = Z = 5.6508 and L =
 /// 100, a = b = 0. The display's gamma of 2.2 follows the mean m of the three: each is multiplied by m^1.2, so a grey v
-/// becomes v^2.2 and a colour keeps its ratios. Colours whose mean is below 1e-7 keep their values, on the way back too,
-/// where that is the linear mean: a display colour of a mean below 0.00066 does not come back but grows darker.
+/// becomes v^2.2 and a colour keeps its ratios. Colours whose mean is below 1e-7 keep their values, on the way back
+/// too, where that is the linear mean: a display colour of a mean below 0.00066 does not come back but grows darker.
 ///
 /// The same input gives the same bits on every machine. A NaN channel has no part in the mean's power, so the others of
-/// red, green and blue keep their values; what is calculated from a NaN is NaN, except that red, green and blue made from
-/// XYZ or Lab are 0 where they would be NaN or negative. Infinities give infinities or NaN.
+/// red, green and blue keep their values; what is calculated from a NaN is NaN, except that red, green and blue made
+/// from XYZ or Lab are 0 where they would be NaN or negative. Infinities give infinities or NaN.
 ///
 /// Source: CIE 15, Colorimetry. The slopes of the linear segments near black, 903.29 and 7.78, are short forms.
 class CORVANE_API CColor {

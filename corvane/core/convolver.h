@@ -22,8 +22,8 @@ public:
     /// Samples of a plane.
     std::size_t Size() const { return static_cast<std::size_t>(Width()) * Height(); }
 
-    /// Takes the function from a plane of the same size, brought to a sum of 1. Its peak, the first largest sample of the
-    /// first row that holds it, becomes the origin.
+    /// Takes the function from a plane of the same size, brought to a sum of 1. Its peak, the first largest sample of
+    /// the first row that holds it, becomes the origin.
     void SetPsf(const float* psf);
     /// The same with an origin that is known, counted from the first sample on.
     void SetPsf(const float* psf, std::ptrdiff_t origin);

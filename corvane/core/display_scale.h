@@ -10,8 +10,8 @@ inline constexpr double kPer255 = 0.00392156862745098;
 /// Degrees to radians with pi taken as 3.141592654.
 inline constexpr double kDegree = 0.017453292522222223;
 
-/// Brightness of a colour, added in the order red, green, blue. Some readers add it in another order of their own, which
-/// their results depend on.
+/// Brightness of a colour, added in the order red, green, blue. Some readers add it in another order of their own,
+/// which their results depend on.
 constexpr double BrightnessOf(double r, double g, double b)
 {
     return 0.299 * r + 0.587 * g + 0.114 * b;

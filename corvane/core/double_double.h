@@ -23,8 +23,8 @@ constexpr DoubleDouble ExactSum(double a, double b)
     return {high, (a - ofA) + (b - ofB)};
 }
 
-/// Without an error while the factors are below 2^990 and the product's last digit is a double: the factors are cut into
-/// halves of 26 binary digits, whose products have no more than a double holds.
+/// Without an error while the factors are below 2^990 and the product's last digit is a double: the factors are cut
+/// into halves of 26 binary digits, whose products have no more than a double holds.
 constexpr DoubleDouble ExactProduct(double a, double b)
 {
     const auto upper = [](double v) {

@@ -46,8 +46,8 @@ constexpr double RepeatedSquare(double x, int n)
     return n == 0 ? x : RepeatedSquare(x * x, n - 1);
 }
 
-/// terms[First] + terms[First + 1] * x + terms[First + 2] * x^2 + ..., Count terms. By halves (G. Estrin, 1960), which do
-/// not wait for each other, and without a loop, which would keep the caller's loop from vectorising.
+/// terms[First] + terms[First + 1] * x + terms[First + 2] * x^2 + ..., Count terms. By halves (G. Estrin, 1960), which
+/// do not wait for each other, and without a loop, which would keep the caller's loop from vectorising.
 template <std::size_t First, std::size_t Count, std::size_t N>
 constexpr double PolynomialPart(const std::array<double, N>& terms, double x)
 {
@@ -107,8 +107,8 @@ constexpr double Exp(double x)
     return x < ReducedExponent::kLeast ? 0.0 : atMost;
 }
 
-/// e to the power x less 1, which keeps its digits where x is close to 0: within 4 units in the last place. Above 709 it
-/// is infinite; NaN stays NaN.
+/// e to the power x less 1, which keeps its digits where x is close to 0: within 4 units in the last place. Above 709
+/// it is infinite; NaN stays NaN.
 constexpr double Expm1(double x)
 {
     const ReducedExponent reduced(x);

@@ -12,8 +12,8 @@ namespace corvane {
 /// True when a sample of a row is defined: neither blank nor NaN nor infinite.
 CORVANE_VISIBLE bool HoldsDefined(const float* row, std::ptrdiff_t count, const BlankTest& isBlank);
 
-/// Makes every undefined sample, whether blank, NaN or infinite, NaN, and the image use no blank value. Returns how many
-/// there are; an image without any is left as it is.
+/// Makes every undefined sample, whether blank, NaN or infinite, NaN, and the image use no blank value. Returns how
+/// many there are; an image without any is left as it is.
 CORVANE_VISIBLE long long MarkGaps(CStlImage& image);
 
 /// Mean of the samples of a plane that are not NaN, on one thread, in one sum; NaN when there is none.

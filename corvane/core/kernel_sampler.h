@@ -8,9 +8,9 @@ namespace corvane {
 
 // Interpolation of the samples of a plane by kernels that reach farther than the nearest ones.
 //
-// - A value is the sum of the samples about a position, along both axes, by weight. At whole positions it is the sample,
-//   and equal samples give themselves: where every position has weights of its own, differences from the sample before
-//   it are summed in float, whose rounding is that of their contrast.
+// - A value is the sum of the samples about a position, along both axes, by weight. At whole positions it is the
+//   sample, and equal samples give themselves: where every position has weights of its own, differences from the sample
+//   before it are summed in float, whose rounding is that of their contrast.
 // - Next to a star the sum may leave the range of the samples, and a dark ring would come of it. So a value lies no
 //   farther below the least of the nearest 4 x 4 samples than `kUndershoot` of their range, and no farther above the
 //   greatest than `kOvershoot` of it. The peak of a star between samples may rise above them, so there is more room.

@@ -13,8 +13,8 @@ namespace corvane {
 ///
 /// Cubic convolution: R. G. Keys, IEEE Transactions on Acoustics, Speech, and Signal Processing 29, 1153, 1981. The
 /// windowed sinc: C. E. Duchon, Lanczos filtering in one and two dimensions, Journal of Applied Meteorology 18, 1016,
-/// 1979; its weights are divided by their sum, so that they add up to 1. Between two entries of the table weights lie on
-/// a line, which is within 3e-6 of the kernel.
+/// 1979; its weights are divided by their sum, so that they add up to 1. Between two entries of the table weights lie
+/// on a line, which is within 3e-6 of the kernel.
 class KernelWeights {
 public:
     static constexpr int kParts = 512;  ///< of the way between two samples

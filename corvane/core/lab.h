@@ -117,8 +117,8 @@ constexpr Rgb ToRgb(const Xyz& colour)
 /// @}
 
 /// @name CIE L*a*b* of the pixels of a row
-/// The conversions of `CColor`, with the same bits, on arrays that vectorise. Red, green and blue are in the unit range,
-/// not clipped. An output may be the array of any input.
+/// The conversions of `CColor`, with the same bits, on arrays that vectorise. Red, green and blue are in the unit
+/// range, not clipped. An output may be the array of any input.
 /// @{
 void RgbToLabRow(int count, const double* red, const double* green, const double* blue, double* lightness, double* a,
                  double* b);

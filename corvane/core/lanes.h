@@ -7,8 +7,8 @@ namespace corvane {
 /// So many transforms are made side by side: one for each lane of a processor's widest registers.
 inline constexpr int kLanes = 16;
 
-/// Whether a register holds all lanes, so that a pass comes by each line of the cache once: with many lines at a time, a
-/// power of two apart, a second visit would find them gone.
+/// Whether a register holds all lanes, so that a pass comes by each line of the cache once: with many lines at a time,
+/// a power of two apart, a second visit would find them gone.
 #if defined(__AVX512F__)
 inline constexpr bool kAreLanesARegister = true;
 #else

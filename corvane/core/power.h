@@ -62,8 +62,8 @@ constexpr BinaryLogarithm Log2(double x)
     return Log2OfNormal(x * scale, scale == 1.0 ? 1023.0 : 1023.0 + 54.0);
 }
 
-/// The natural logarithm of 1 + x for a finite x above -1, which keeps its digits where x is close to 0: within 4 units in
-/// the last place. A number for other finite x.
+/// The natural logarithm of 1 + x for a finite x above -1, which keeps its digits where x is close to 0: within 4 units
+/// in the last place. A number for other finite x.
 constexpr double Log1p(double x)
 {
     constexpr double kLn2 = 0x1.62e42fefa39efp-1;
@@ -124,8 +124,8 @@ constexpr double PowOfNormal(double x, double y)
 /// The cube root of a normal number above 0, within 1.5 units in the last place, in plain arithmetic and without
 /// branches; a number or NaN for anything else.
 ///
-/// A third of the exponent, taken from the bits, gives 1 / cbrt(x) to one part in 28, and the binomial series of what is
-/// left improves it to 2e-6; the root itself takes one such step more.
+/// A third of the exponent, taken from the bits, gives 1 / cbrt(x) to one part in 28, and the binomial series of what
+/// is left improves it to 2e-6; the root itself takes one such step more.
 constexpr double CbrtOfNormal(double v)
 {
     // 4/3 of the upper half of the bits of 1.0, moved so that the error is the same to both sides.

@@ -17,8 +17,8 @@ public:
     /// Prepares for an odd prime up to `kLargest`.
     explicit PrimePass(int prime);
 
-    /// Combines runs of `length` floats. From one input run to the next it is `apart` floats; outputs follow each other,
-    /// and are multiplied by `twiddles`: re and im of the prime - 1 factors of the second and later ones.
+    /// Combines runs of `length` floats. From one input run to the next it is `apart` floats; outputs follow each
+    /// other, and are multiplied by `twiddles`: re and im of the prime - 1 factors of the second and later ones.
     void Combine(Lanes in, Lanes out, std::ptrdiff_t length, std::ptrdiff_t apart, const float* twiddles) const;
 
 private:

@@ -33,8 +33,8 @@ public:
     /// A deep copy, with the source's progress window and reference points. The cached minimum and maximum, the saved
     /// levels and the progress state are not taken over: compute or set them before they are read.
     CStlImage(const CStlImage& source, HWND window = nullptr, const char* text = nullptr);
-    /// An image of samples that are there already, floats without levels of their own (0 to 255), which reports progress
-    /// to the main window of the current thread. Throws std::invalid_argument for samples of another kind.
+    /// An image of samples that are there already, floats without levels of their own (0 to 255), which reports
+    /// progress to the main window of the current thread. Throws std::invalid_argument for samples of another kind.
     explicit CStlImage(std::shared_ptr<CVmImage> samples);
     /// Takes everything over; the other may then only be assigned to or destroyed.
     CStlImage(CStlImage&& other) noexcept = default;
@@ -50,8 +50,8 @@ public:
     /// Takes the source's progress window, reference points, record and samples. When CMemoryException is thrown, this
     /// image has the first two, and its own record and samples.
     CStlImage& CopyImage(const CStlImage& source, HWND window = nullptr, const char* text = nullptr);
-    /// Takes the source's progress window, reference points and record, with zero samples; 0 when there is no room: then
-    /// it has the first two.
+    /// Takes the source's progress window, reference points and record, with zero samples; 0 when there is no room:
+    /// then it has the first two.
     int Create(const CStlImage& source, HWND window = nullptr, const char* text = nullptr);
     /// Exchanges progress windows, reference points, records and samples.
     void Swap(CStlImage* other);
@@ -347,9 +347,9 @@ public:
     /// (`corvane::AxisKind`). The kind of a dispersion axis (DISPAXIS) whose type does not tell is that of its unit.
     /// Returns non-zero when the axis has a type.
     int GetAxisInfo(int axis, CString* name, CString* unit, int* kind) const;
-    /// The world value of a pixel along an axis [in the unit of `GetAxisInfo`]: CRVAL + (pixel + 1 - CRPIX) * step, with
-    /// pixel 0 the middle of the first sample and the step from CDELT, PC or CD. Returns 0, with the value 0, when the
-    /// axis has no CRVAL, is turned against the others (an element off the matrix' diagonal), or is not linear (a
+    /// The world value of a pixel along an axis [in the unit of `GetAxisInfo`]: CRVAL + (pixel + 1 - CRPIX) * step,
+    /// with pixel 0 the middle of the first sample and the step from CDELT, PC or CD. Returns 0, with the value 0, when
+    /// the axis has no CRVAL, is turned against the others (an element off the matrix' diagonal), or is not linear (a
     /// projection as RA---TAN, an algorithm as WAVE-LOG).
     int GetPhysicalValue(int axis, double pixel, double* value) const;
     /// What a value in a unit is to be multiplied by to be in the unit without SI prefix, which becomes `base`: "nm"

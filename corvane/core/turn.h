@@ -32,7 +32,8 @@ inline double Cosine(double radians)
 }
 
 /// The angle from the direction of x to the point (x, y) [radians, -pi..pi]. NaN when either is; zeros and infinities
-/// give what the C standard's atan2 does: the sign of y counts for zeros too, and infinities lie on an axis or diagonal.
+/// give what the C standard's atan2 does: the sign of y counts for zeros too, and infinities lie on an axis or
+/// diagonal.
 CORVANE_VISIBLE double Direction(double y, double x);
 
 } // namespace corvane

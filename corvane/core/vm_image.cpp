@@ -33,8 +33,8 @@ std::uint64_t StoreBytes(int width, int height, int planes, int bytesPerSample)
     return bytes;
 }
 
-/// Copies with several threads, a share for each: the larger it is, the sooner the system copies past the caches. A copy
-/// comes out the same in any shares.
+/// Copies with several threads, a share for each: the larger it is, the sooner the system copies past the caches. A
+/// copy comes out the same in any shares.
 void CopyBytes(const unsigned char* from, std::uint64_t bytes, unsigned char* to)
 {
     constexpr std::uint64_t kLeastShare = 1 << 22;

@@ -15,8 +15,8 @@ public:
     /// they are. Null means the whole image. `source` may be this image: then lines add up.
     ///
     /// The line goes from (x0, y0) to (x1, y1) [pixels; whole numbers are the middles of samples; any numbers, also
-    /// outside; at 1e15 rounding moves the line by 0.1]. Ends that are equal make a dot. An end that is not finite, or a
-    /// thickness of 0 or less, draws nothing.
+    /// outside; at 1e15 rounding moves the line by 0.1]. Ends that are equal make a dot. An end that is not finite, or
+    /// a thickness of 0 or less, draws nothing.
     ///
     /// A sample is covered by as much of the line as lies within half a pixel of the sample's middle, measured across
     /// the line, so that one thinner than a pixel is paler. It becomes the mean of itself and the pen's value, weighted

@@ -17,9 +17,9 @@ public:
     /// Writes the samples of `source` inside the rectangle into this image, with one line of text over them; the others
     /// stay as they are. Null means the whole image. `source` may be this image: then texts add up.
     ///
-    /// `text` [null counts as empty] stands on a line that goes through (x, y) [pixels; whole numbers are the middles of
-    /// samples; any numbers, also outside]: with `align` 0 it begins there, with 1 it has its middle there, with 2 it
-    /// ends there. Other numbers count as 0. `height` is that of capitals and digits [pixels, to the middles of the
+    /// `text` [null counts as empty] stands on a line that goes through (x, y) [pixels; whole numbers are the middles
+    /// of samples; any numbers, also outside]: with `align` 0 it begins there, with 1 it has its middle there, with 2
+    /// it ends there. Other numbers count as 0. `height` is that of capitals and digits [pixels, to the middles of the
     /// strokes]; small letters are two thirds as high and reach a quarter below the line. Below 0 the text is mirrored
     /// from top to bottom, to be read in an image that shows its first row at the bottom. `angle` turns it about (x, y)
     /// [degrees, clockwise as it is read]. A number that is not finite draws nothing.

@@ -7,9 +7,10 @@ namespace corvane {
 /// One character of the built-in font, as the strokes of a pen on a grid.
 ///
 /// Strokes are separated by blanks. A point is two hexadecimal digits, x from the left edge of the character and y
-/// upwards: 0 is the lowest descender, 3 the line that letters stand on, B the top of small letters, F that of capitals.
-/// Points are joined by straight lines; one with a dot before it is instead the control point of a quadratic curve
-/// between its neighbours, and half-way between two such points the stroke passes through. A single point is a dot.
+/// upwards: 0 is the lowest descender, 3 the line that letters stand on, B the top of small letters, F that of
+/// capitals. Points are joined by straight lines; one with a dot before it is instead the control point of a quadratic
+/// curve between its neighbours, and half-way between two such points the stroke passes through. A single point is a
+/// dot.
 ///
 ///     "0F07.03.83878F"        U: down from (0, F) to (0, 7), round the corners (0, 3) and (8, 3) by way of (4, 3),
 ///                             on to (8, 7) and up to (8, F)

@@ -47,15 +47,14 @@ struct CosmicHit {
 /// that the median of 5 x 5 tells, says how sharply the sample stands out (one that stands alone by its height), less
 /// the median of that over 5 x 5. A hit does so by more than `sigma`, and by more than `limit` times what lies beneath:
 /// the medians of 3 x 3 less the median of these over 7 x 7, by the noise, at least 0.01. Beside a hit a sample that
-/// stands out by more than `sigma` is one, and beside these one that does by more than the fraction. Between rounds, and
-/// in the end, a hit has the median of the samples in 5 x 5 that were not hit; without any it stays. All medians are
-/// true ones.
+/// stands out by more than `sigma` is one, and beside these one that does by more than the fraction. Between rounds,
+/// and in the end, a hit has the median of the samples in 5 x 5 that were not hit; without any it stays. All medians
+/// are true ones.
 ///
-/// The method alone would take rims of saturated stars, which are as sharp as hits, and what lies in the wings of bright
-/// ones, where these medians cancel. So a hit must lie above the median of 5 x 5, too, by more than `sigma` of the noise,
-/// and that median counts in place of the one over 7 x 7 where it is lower.
-/// P. G. van Dokkum, Cosmic-ray rejection by Laplacian edge detection, Publications of the Astronomical Society of the
-/// Pacific 113, 1420, 2001.
+/// The method alone would take rims of saturated stars, which are as sharp as hits, and what lies in the wings of
+/// bright ones, where these medians cancel. So a hit must lie above the median of 5 x 5, too, by more than `sigma` of
+/// the noise, and that median counts in place of the one over 7 x 7 where it is lower. P. G. van Dokkum, Cosmic-ray
+/// rejection by Laplacian edge detection, Publications of the Astronomical Society of the Pacific 113, 1420, 2001.
 ///
 /// In a mosaic of colour filters each filter's samples are an image of their own. A star covers few of them, but shines
 /// in the samples of the others: what all show together by the medians of 3 x 3 and 7 x 7, each above its own sky, lies

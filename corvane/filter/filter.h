@@ -8,12 +8,13 @@
 /// The object is the result, made as a copy of the image to be filtered; a filter reads `source` and writes the samples
 /// inside the rectangle, plane by plane unless it says otherwise. Rules that hold for all of them:
 /// - `source` has the size and planes of this image. A smaller one is not read outside: columns to the right of it keep
-///   their samples, planes that it lacks repeat its last one, and rows below it are mirrored as those about an edge are.
+///   their samples, planes that it lacks repeat its last one, and rows below it are mirrored as those about an edge
+///   are.
 /// - Neighbourhoods by `type`: 0 a cross of 5 samples, 1 a square of 3 x 3, 2 a square of 5 x 5 without its corners
 ///   (21 samples). With any other type the samples are copied.
 /// - Above row 0 lie rows 1, 2, ...: the mirror does not repeat the first row. Below the last row lie the last row, the
-///   last but one, ...: there it does. In a column next to an edge a neighbour that would lie outside is replaced by the
-///   one at the same distance on the other side of the centre. What still lies outside, in images narrower than the
+///   last but one, ...: there it does. In a column next to an edge a neighbour that would lie outside is replaced by
+///   the one at the same distance on the other side of the centre. What still lies outside, in images narrower than the
 ///   neighbourhood, is clamped. So no border is left out.
 /// - Samples are taken as they are, blank values too. A NaN makes every mean that it enters NaN; where it stands in the
 ///   order of a median or a rank is not defined, the result is then any of the values.
@@ -148,7 +149,8 @@ public:
     /// Margin 0 means 2. Reports "Initializing filtering process...".
     CStlImage* MakeFilterWork(int margin, int showProgress);
     CStlImage* MakeFilterWork(int margin, const corvane::Run& run) const;
-    /// For digital development: margin 0 means 1, the radius of its blur. Reports "Initializing digital development...".
+    /// For digital development: margin 0 means 1, the radius of its blur. Reports "Initializing digital
+    /// development...".
     CStlImage* MakeDDWork(int margin, int showProgress);
     CStlImage* MakeDDWork(int margin, const corvane::Run& run) const;
     /// @}

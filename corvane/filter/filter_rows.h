@@ -84,9 +84,9 @@ void ForEachBlock(const Band& band, int begin, int end, int columns, const float
     }
 }
 
-/// The same for a kernel that reads the band while it writes: calls make(begin, count, made) with room for a block, which
-/// is then copied to `out`. Rows of large images often lie a multiple of a page apart, and a sample is not read before
-/// the processor knows that a store to the same place of another page is not one to it.
+/// The same for a kernel that reads the band while it writes: calls make(begin, count, made) with room for a block,
+/// which is then copied to `out`. Rows of large images often lie a multiple of a page apart, and a sample is not read
+/// before the processor knows that a store to the same place of another page is not one to it.
 template <int kColumns, class Make>
 void MakeBlocks(const Band& band, int begin, int end, float* out, Make make)
 {

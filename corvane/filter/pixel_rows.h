@@ -26,8 +26,8 @@ private:
 };
 
 /// Walks a filter that takes the planes of a pixel together: kernel(bands, y, left, right) for each row, with the bands
-/// of the source. A row counts `steps` steps of progress. Each block of rows has a copy of the kernel, which may so keep
-/// buffers.
+/// of the source. A row counts `steps` steps of progress. Each block of rows has a copy of the kernel, which may so
+/// keep buffers.
 template <class Kernel>
 void FilterPixels(CStlImage& target, const CStlImage& source, const CRect* rect, const Run& run, int textId, int radius,
                   int steps, Kernel kernel)

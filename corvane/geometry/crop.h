@@ -11,8 +11,8 @@ public:
     explicit CImgCrop(const CStlImage& source) : CStlImage(source) {}
 
     /// Takes the samples of `source` inside the rectangle, which should lie within it: rows outside repeat the edge; a
-    /// left edge outside is moved inside; columns that are then missing on the right repeat the edge, too. Samples do not
-    /// change. The reference points are unset, the world coordinates are shifted by (-left, -top). `source` must be
+    /// left edge outside is moved inside; columns that are then missing on the right repeat the edge, too. Samples do
+    /// not change. The reference points are unset, the world coordinates are shifted by (-left, -top). `source` must be
     /// another image, usually the one that this is a copy of; a plane that it lacks repeats its last one.
     ///
     /// Reports "Changing canvas size...", then an empty text and one step a row of twice as many, so that the bar ends

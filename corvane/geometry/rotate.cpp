@@ -46,8 +46,8 @@ int ExpandCanvas(CStlImage& image, const CStlImage& source, const Alignment& tur
     return MakeCanvas(image, source, columns.Length(), rows.Length(), run);
 }
 
-/// Walks an image as `FillBands` does, each band in tiles from the left: calls fill(plane, x, y, rows) with the corner of
-/// each tile and the rows of its band.
+/// Walks an image as `FillBands` does, each band in tiles from the left: calls fill(plane, x, y, rows) with the corner
+/// of each tile and the rows of its band.
 template <class Fill>
 void FillTiles(CStlImage& image, const CStlImage& source, const Run& run, int bandRows, int tileColumns, Fill fill)
 {

@@ -6,8 +6,8 @@
 /// Turns an image: by any angle, by a quarter turn, by a half turn.
 ///
 /// Every member turns the whole image and all planes and unsets the standard points. `source` must be another image,
-/// usually the one that this is a copy of; its edge is repeated where it is smaller than needed, its last plane where it
-/// has fewer. Directions are those of a screen with row 0 at the top. All report "Rotating..."; ESC is ignored.
+/// usually the one that this is a copy of; its edge is repeated where it is smaller than needed, its last plane where
+/// it has fewer. Directions are those of a screen with row 0 at the top. All report "Rotating..."; ESC is ignored.
 class CORVANE_API CImgRotate : public CStlImage {
 public:
     CImgRotate() = default;
@@ -35,8 +35,8 @@ public:
     /// A quarter turn of `source`, anticlockwise for direction 0, otherwise clockwise; the size becomes height x width
     /// and the display levels those of the source. Samples do not change.
     ///
-    /// The world coordinates are turned by +90 degrees for both directions, about the whole part of the source's middle.
-    /// Returns 1, or 0 when the canvas could not be made: then only the reference points have changed.
+    /// The world coordinates are turned by +90 degrees for both directions, about the whole part of the source's
+    /// middle. Returns 1, or 0 when the canvas could not be made: then only the reference points have changed.
     int Do90(int direction, CStlImage* source, int showProgress);
     /// The same, as a part of a run.
     int Do90(int direction, const CStlImage& source, const corvane::Run& run);

@@ -17,9 +17,9 @@ public:
     /// The edges belong to the strip, all four, and may be turned over; positions outside the image count as the edge
     /// pixel next to them. The bias is the strip's mean, with `clip` non-zero that of what `SigmaClipping` leaves. A
     /// blank ends its row, in the strip and in the image: it and what follows neither counts nor changes. Where no
-    /// sample counts, because all are blank or clipped, the image stays as it is, its levels included. A NaN in the strip
-    /// makes plane 0 NaN; with `clip` it leaves nothing that counts. Reports no progress. The strip, which is small, is
-    /// measured on one thread: its sum would depend on where a block of rows begins.
+    /// sample counts, because all are blank or clipped, the image stays as it is, its levels included. A NaN in the
+    /// strip makes plane 0 NaN; with `clip` it leaves nothing that counts. Reports no progress. The strip, which is
+    /// small, is measured on one thread: its sum would depend on where a block of rows begins.
     void Do(int left, int right, int top, int bottom, int clip);
 
     /// Keeps the values strictly within 3 standard deviations of the median values[count / 2], of the population, in

@@ -15,11 +15,11 @@ CORVANE_VISIBLE void CallForBlocks(int count, int threads, const std::function<v
 /// after the other, on the caller's thread, when it and all before it are done. A body of two parameters is told the
 /// number of its thread, too, from 0 to threads - 1: each thread may so have buffers of its own.
 ///
-/// The caller works too and calls tick between its blocks. The other threads live as long as the call, so there are none
-/// between calls. Blocks are begun in order, each by whoever is free: `body` must do the same to whatever thread it
-/// falls. What is thrown is what one thread would throw: the exception of the lowest block that fails, after the ticks
-/// of those before it, or that of a tick, after which no block is begun; all threads have ended by then. In the body of
-/// one call that has more than one thread, another works on its own thread alone.
+/// The caller works too and calls tick between its blocks. The other threads live as long as the call, so there are
+/// none between calls. Blocks are begun in order, each by whoever is free: `body` must do the same to whatever thread
+/// it falls. What is thrown is what one thread would throw: the exception of the lowest block that fails, after the
+/// ticks of those before it, or that of a tick, after which no block is begun; all threads have ended by then. In the
+/// body of one call that has more than one thread, another works on its own thread alone.
 ///
 /// It takes memory for the threads alone; where the system has no more of them, it goes on with those that there are.
 template <class Body, class Tick>

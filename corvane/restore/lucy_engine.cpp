@@ -175,8 +175,8 @@ void LucyEngine::SetPsf()
     }
 }
 
-/// Makes the first estimate what it, or else the data, have above the floor: a little everywhere, since nothing would grow
-/// from 0.
+/// Makes the first estimate what it, or else the data, have above the floor: a little everywhere, since nothing would
+/// grow from 0.
 void LucyEngine::Stand()
 {
     if (!floor_.empty()) {

@@ -38,11 +38,11 @@ struct LucyJob {
 /// second iteration on the direction is made conjugate to the one before; see `DirectionShare`.
 ///
 /// Damping is that of N. Dey, L. Blanc-Feraud, C. Zimmer, P. Roux, Z. Kam, J.-C. Olivo-Marin, J. Zerubia, Microscopy
-/// Research and Technique 69, 260 (2006): the correction is divided by 1 - damping * div(grad u / |grad u|). Its steps are
-/// plain ones whatever the mode. With a floor the estimate is what rises above it, so that positivity holds there; the
-/// blurred floor is part of the model. Saturated samples take no part, as R. L. White does with them in The Restoration of
-/// HST Images and Spectra II (1994): what they hide is told by the wings about them. They stay as they are, since wings
-/// tell little of what lies deep in a saturated core.
+/// Research and Technique 69, 260 (2006): the correction is divided by 1 - damping * div(grad u / |grad u|). Its steps
+/// are plain ones whatever the mode. With a floor the estimate is what rises above it, so that positivity holds there;
+/// the blurred floor is part of the model. Saturated samples take no part, as R. L. White does with them in The
+/// Restoration of HST Images and Spectra II (1994): what they hide is told by the wings about them. They stay as they
+/// are, since wings tell little of what lies deep in a saturated core.
 ///
 /// The plane, of 1 x 1 or more, is restored on a grid that holds the function too. On cancellation, or without memory,
 /// it stays as it is; a chi-square that is not a number ends the work with what there is. `plane` is its number, from 1
@@ -52,9 +52,10 @@ CORVANE_VISIBLE Restored RestoreLucy(float* data, const LucyJob& job, const Run&
 /// What that takes beside the plane.
 CORVANE_VISIBLE RestorationNeeds NeedsOf(const LucyJob& job);
 
-/// Restores the planes of an image inside a rectangle, in place; null means the whole image. The size of the job is that of
-/// the rectangle. Samples from a plane's ceiling on are saturated, in all planes, so that their colours stay; without
-/// ceilings, none is. Cancelled, it leaves the image as it is. Throws CMemoryException when it does not fit the memory budget.
+/// Restores the planes of an image inside a rectangle, in place; null means the whole image. The size of the job is
+/// that of the rectangle. Samples from a plane's ceiling on are saturated, in all planes, so that their colours stay;
+/// without ceilings, none is. Cancelled, it leaves the image as it is. Throws CMemoryException when it does not fit the
+/// memory budget.
 CORVANE_VISIBLE Restored RestoreLucy(CStlImage& image, const CRect* rect, LucyJob job, const Run& run,
                                      const std::vector<double>& ceilings = {});
 

@@ -29,8 +29,8 @@ public:
     /// Leaves samples below a value out.
     void LeaveOut(double least);
 
-    /// Mean of the data by weight; NaN when all weights are 0. To be asked before what follows, when data and weights are
-    /// as they stay.
+    /// Mean of the data by weight; NaN when all weights are 0. To be asked before what follows, when data and weights
+    /// are as they stay.
     double Mean();
 
     /// The variance of a sample of the model [raw units squared].
@@ -49,7 +49,8 @@ public:
     /// R. Fletcher, C. M. Reeves, Computer J. 7, 149 (1964), with the conjugacy itself in place of their ratio.
     double DirectionShare(const Samples& previous, const Samples& current, const Samples& model);
 
-    /// previous = direction + share * previous. Returns its limits, which samples of the estimate below 0 do not count for.
+    /// previous = direction + share * previous. Returns its limits, which samples of the estimate below 0 do not count
+    /// for.
     StepLimits Combine(double share, const Samples& direction, const Samples& estimate, Samples& previous) const;
     StepLimits LimitsOf(const Samples& estimate, const Samples& step) const;
 

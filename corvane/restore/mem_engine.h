@@ -33,8 +33,8 @@ inline constexpr int kMemCancelled = 8;
 CORVANE_VISIBLE Restored EndOfStatus(int status);
 
 /// Restores a plane by maximum entropy, in place: of all images above 0 that, blurred, agree with the data to within
-/// the noise, the one with the greatest entropy against an even image: of the data's mean or, where that is not above 0,
-/// of the noise's standard deviation. It starts from that image, and stays there when it agrees already.
+/// the noise, the one with the greatest entropy against an even image: of the data's mean or, where that is not above
+/// 0, of the noise's standard deviation. It starts from that image, and stays there when it agrees already.
 ///
 /// The entropy is the sum of f - m - f ln(f / m); agreement is a chi-square of one for each datum, within a hundredth.
 /// Directions, the quadratic model in the space they span, the multiplier and the limit of a step are those of
@@ -46,8 +46,9 @@ CORVANE_VISIBLE Restored EndOfStatus(int status);
 /// number, from 1 on, or 0 for the only one. The run hears of a `MemStart` and of each `MemIteration`.
 CORVANE_VISIBLE int RestoreByEntropy(float* data, const MemJob& job, const Run& run, int plane);
 
-/// Restores the planes of an image inside a rectangle, in place; null means the whole image. The size of the job is that of
-/// the rectangle. Cancelled, it leaves the image as it is. Throws CMemoryException when it does not fit the memory budget.
+/// Restores the planes of an image inside a rectangle, in place; null means the whole image. The size of the job is
+/// that of the rectangle. Cancelled, it leaves the image as it is. Throws CMemoryException when it does not fit the
+/// memory budget.
 CORVANE_VISIBLE Restored RestoreByEntropy(CStlImage& image, const CRect* rect, MemJob job, const Run& run);
 
 } // namespace corvane

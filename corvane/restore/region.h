@@ -23,8 +23,8 @@ struct RestorationNeeds {
     }
 };
 
-/// Bytes that the iterative engines take at most for a region of an image: the copies of its planes, and the arrays of the
-/// grid that one plane is worked on in.
+/// Bytes that the iterative engines take at most for a region of an image: the copies of its planes, and the arrays of
+/// the grid that one plane is worked on in.
 CORVANE_VISIBLE double RestorationBytes(int width, int height, int planes, const RestorationNeeds& needs = {});
 
 /// Where a restoration works: the whole image for no rectangle or one of the image's size, else the rectangle as it is
@@ -47,8 +47,8 @@ struct Area {
 /// reserved from the memory budget.
 class Region {
 public:
-    /// Copies the samples; beyond the image, those of its edge. An area without samples, or an image without any, has no
-    /// planes. Throws CMemoryException, also when restoring them would take more than the memory budget.
+    /// Copies the samples; beyond the image, those of its edge. An area without samples, or an image without any, has
+    /// no planes. Throws CMemoryException, also when restoring them would take more than the memory budget.
     Region(const CStlImage& image, const CRect* rect, const RestorationNeeds& needs = {});
 
     int Width() const { return area_.width; }

@@ -33,7 +33,8 @@ public:
 
     /// Begins again, with the text of an id into which the numbers go.
     void Open(int id, int first = 0, int second = 0);
-    /// Begins an iteration; `id` has a place for its number, `planeId` for the plane's before it. Plane 0 is the only one.
+    /// Begins an iteration; `id` has a place for its number, `planeId` for the plane's before it. Plane 0 is the only
+    /// one.
     void OpenIteration(int id, int planeId, int plane, int iteration);
     /// Tells that so many percent are done. Throws Cancelled when the run asks to stop.
     void Reach(double percent) const;

@@ -65,8 +65,9 @@ public:
         };
     }
 
-    /// `SumOver` all samples, to the bit: threads work terms out block by block, and each adds its own when those of all
-    /// blocks before are added. Before the terms of a block it calls prepare(first, end), which may write what they need.
+    /// `SumOver` all samples, to the bit: threads work terms out block by block, and each adds its own when those of
+    /// all blocks before are added. Before the terms of a block it calls prepare(first, end), which may write what they
+    /// need.
     template <int number, class Terms, class Prepare>
     std::array<double, number> Sum(Terms terms, Prepare prepare)
     {

@@ -4,8 +4,8 @@
 
 namespace corvane {
 
-/// A quadratic model in the space that three directions span: of the entropy S and of chi-square C, from where the image
-/// is. Directions have length 1 by the metric of the entropy.
+/// A quadratic model in the space that three directions span: of the entropy S and of chi-square C, from where the
+/// image is. Directions have length 1 by the metric of the entropy.
 struct Subspace {
     static constexpr int kDirections = 3;
     using Vector = std::array<double, kDirections>;

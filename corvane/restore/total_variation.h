@@ -4,9 +4,9 @@
 
 namespace corvane {
 
-/// The total variation of a grid: the sum of the lengths of its gradient, from each sample to the next in its row and in
-/// its column, beyond the edges 0. The square of what counts as flat is added to that of a length, so that what is smaller
-/// hardly has a direction.
+/// The total variation of a grid: the sum of the lengths of its gradient, from each sample to the next in its row and
+/// in its column, beyond the edges 0. The square of what counts as flat is added to that of a length, so that what is
+/// smaller hardly has a direction.
 ///
 /// L. I. Rudin, S. Osher, E. Fatemi, Physica D 60, 259 (1992).
 class TotalVariation {

@@ -16,7 +16,8 @@ CORVANE_API double WienerBytes(int width, int height, int planes);
 
 /// Deblurring by Wiener's filter, in place, for a Gaussian point-spread function: one pass, without iteration.
 ///
-/// N. Wiener, Extrapolation, Interpolation, and Smoothing of Stationary Time Series (1949), with noise of constant power.
+/// N. Wiener, Extrapolation, Interpolation, and Smoothing of Stationary Time Series (1949), with noise of constant
+/// power.
 class CORVANE_API CImgWiener : public CStlImage {
 public:
     CImgWiener() = default;
@@ -27,13 +28,14 @@ public:
     ///
     /// `sigma` times 0.7071 is the width of the point-spread function [pixels, above 0]; `noise` the power of the noise
     /// over the greatest power of the blur [0 or more; 0 is the plain inverse, which lets noise grow without bound].
-    /// Works on what the display levels show, beyond which values go on; the levels stay. The function is not brought to
-    /// a sum of 1 but peaks at 159.155, and the result is fainter by its sum, about 500 sigma sigma. Sides of the grid
-    /// are powers of two, filled with the image in the mirror. A NaN or an infinity spreads over the whole region; a
-    /// rectangle that begins left of or above the image is moved to it, and what it has beyond the image counts as 0.
+    /// Works on what the display levels show, beyond which values go on; the levels stay. The function is not brought
+    /// to a sum of 1 but peaks at 159.155, and the result is fainter by its sum, about 500 sigma sigma. Sides of the
+    /// grid are powers of two, filled with the image in the mirror. A NaN or an infinity spreads over the whole region;
+    /// a rectangle that begins left of or above the image is moved to it, and what it has beyond the image counts as 0.
     ///
     /// Reports its steps; ESC is ignored. 1 on success; 0, with the image unchanged, when there is no room.
     int Do(double sigma, double noise, CRect* rect, int showProgress);
-    /// The same, as a part of a run. Throws CMemoryException when there is no room. Cancelled, it leaves the image as it is.
+    /// The same, as a part of a run. Throws CMemoryException when there is no room. Cancelled, it leaves the image as
+    /// it is.
     void Do(double sigma, double noise, const CRect* rect, const corvane::Run& run);
 };

@@ -76,9 +76,9 @@ using MakeBlur = std::function<void(WienerFilter& filter)>;
 void FilterByWiener(CStlImage& image, const CRect* rect, const MakeBlur& makeBlur, double noise, bool keepsFlux,
                     const Run& run);
 
-/// Deblurs the planes of an image inside a rectangle, in place, for a function that is told by samples about (width / 2,
-/// height / 2), brought to a sum of 1; null means the whole image. As `CImgWiener::Do`, but flux is kept. The sum must
-/// not be 0.
+/// Deblurs the planes of an image inside a rectangle, in place, for a function that is told by samples about (width /
+/// 2, height / 2), brought to a sum of 1; null means the whole image. As `CImgWiener::Do`, but flux is kept. The sum
+/// must not be 0.
 CORVANE_VISIBLE void DeblurByWiener(CStlImage& image, const CRect* rect, const float* psf, int width, int height,
                                     double noise, const Run& run);
 

@@ -12,10 +12,10 @@ public:
     /// A copy of the image whose levels are to be chosen.
     explicit CImgAutoLevel(const CStlImage& source) : CStlImage(source) {}
 
-    /// Sets the levels to mean - lowSigma * sigma and mean + highSigma * sigma, cut to the data's own range.
-    /// Statistics come from a grid of about a million samples of the rectangle; null means the whole image. Mean and
-    /// sigma of a monochrome image are clipped at 3 sigma until the whole part of the mean settles. A colour image gets
-    /// one pair of levels from its luminance, or with perPlane a pair for each plane. Blanks, NaN and infinities are left out.
+    /// Sets the levels to mean - lowSigma * sigma and mean + highSigma * sigma, cut to the data's own range. Statistics
+    /// come from a grid of about a million samples of the rectangle; null means the whole image. Mean and sigma of a
+    /// monochrome image are clipped at 3 sigma until the whole part of the mean settles. A colour image gets one pair
+    /// of levels from its luminance, or with perPlane a pair for each plane. Blanks, NaN and infinities are left out.
     /// Levels stay as they are when nothing can be counted. The wait cursor is shown meanwhile. The grid is walked on
     /// one thread, since its sums would depend on where a block of rows begins; extremes are found on several.
     void Do(double lowSigma, double highSigma, int perPlane, CRect* rect);

@@ -36,15 +36,16 @@ struct AutoStretchPlane {
 /// sample, and the midtone brings the median to the target. Linked, the median is the mean of the planes' medians, the
 /// deviation the mean of theirs, and the extremes those of all planes. Medians are exact; blanks, NaN and infinities do
 /// not count. An image that is mostly bright, whose median lies above the middle between its smallest and its largest
-/// sample and more than a tenth of the deviation above its mean, is stretched as its negative would be: white is
-/// median - shadows * 1.4826 * MAD, black the smallest sample, and the median comes to 1 - target. (Dead pixels make the
-/// middle lie low, but hardly move the mean.) Where the deviation is 0 the extremes are black and white. A plane without
-/// two different samples keeps its levels and a midtone of 1/2.
+/// sample and more than a tenth of the deviation above its mean, is stretched as its negative would be: white is median
+/// - shadows * 1.4826 * MAD, black the smallest sample, and the median comes to 1 - target. (Dead pixels make the
+/// middle lie low, but hardly move the mean.) Where the deviation is 0 the extremes are black and white. A plane
+/// without two different samples keeps its levels and a midtone of 1/2.
 CORVANE_VISIBLE std::vector<AutoStretchPlane> ChooseAutoStretch(const CStlImage& image,
                                                                 const AutoStretchLimits& limits);
 
 /// Writes the samples of `source`, stretched so, into `result`, a copy of it, whose levels become black and white. The
-/// asinh curve brings the mean of the medians' places to the target where it lies below it. Blanks and NaN stay. Reports "Stretching...".
+/// asinh curve brings the mean of the medians' places to the target where it lies below it. Blanks and NaN stay.
+/// Reports "Stretching...".
 CORVANE_VISIBLE void AutoStretch(CStlImage& result, const CStlImage& source, const AutoStretchLimits& limits,
                                  const Run& run);
 

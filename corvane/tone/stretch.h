@@ -61,16 +61,16 @@ struct StretchScope {
 /// go beyond 1, so that colours stay (R. Lupton et al., Publications of the Astronomical Society of the Pacific 116,
 /// 133, 2004).
 ///
-/// Blanks and NaN stay, and do not count in means; infinities are cut. A plane whose high does not lie above its low, or
-/// its level max above its level min, stays; so do all without `perPlane`. Reports "Stretching...", a step for each row
-/// of each plane; throws Cancelled when the run asks to stop.
+/// Blanks and NaN stay, and do not count in means; infinities are cut. A plane whose high does not lie above its low,
+/// or its level max above its level min, stays; so do all without `perPlane`. Reports "Stretching...", a step for each
+/// row of each plane; throws Cancelled when the run asks to stop.
 CORVANE_VISIBLE void Stretch(CStlImage& result, const CStlImage& source, const std::vector<StretchFunction>& functions,
                              const StretchScope& scope, const CRect* rect, const Run& run);
 
-/// For each plane the stretch after which all steps of brightness between low and high are about equally frequent in the
-/// rectangle, or without `perPlane` one for all planes together. x becomes the part of the samples between the ends that
-/// lie below it, by 65,536 bins between which lines are straight. Undefined samples do not count. Reports as a histogram
-/// for each plane.
+/// For each plane the stretch after which all steps of brightness between low and high are about equally frequent in
+/// the rectangle, or without `perPlane` one for all planes together. x becomes the part of the samples between the ends
+/// that lie below it, by 65,536 bins between which lines are straight. Undefined samples do not count. Reports as a
+/// histogram for each plane.
 CORVANE_VISIBLE std::vector<StretchFunction> EqualisingStretches(const CStlImage& image, const StretchScope& scope,
                                                                  const CRect* rect, const Run& run);
 

@@ -52,8 +52,8 @@ public:
     std::vector<Star> StarsOf(int i) const;
     std::vector<Trail> TrailsOf(int i) const;
     std::vector<CosmicHit> CosmicHitsOf(int i) const;
-    /// What falls on the sensor during light i, without noise and response: sky, galaxy, stars, trails [electrons]. With colour
-    /// filters, what they let through.
+    /// What falls on the sensor during light i, without noise and response: sky, galaxy, stars, trails [electrons].
+    /// With colour filters, what they let through.
     Plane SceneOf(int i) const;
     const Sensor& GetSensor() const { return sensor_; }
     const NightSettings& Settings() const { return settings_; }

@@ -13,8 +13,8 @@ struct JpegLayout {
     int quality;
 };
 
-/// A JPEG with the profile of sRGB, in memory, of rows that rowOf(row, bytes) writes from the top down, the planes of a pixel side by side. Throws
-/// Error that names the path.
+/// A JPEG with the profile of sRGB, in memory, of rows that rowOf(row, bytes) writes from the top down, the planes of a
+/// pixel side by side. Throws Error that names the path.
 std::string EncodeJpeg(const std::string& path, const JpegLayout& layout,
                        const std::function<void(int row, unsigned char* bytes)>& rowOf);
 

@@ -48,8 +48,8 @@ public:
         kept_.resize(CountKept());
     }
 
-    /// Tiles are decoded side by side. What is kept of the first row of tiles is copied before, since the last one takes
-    /// its place.
+    /// Tiles are decoded side by side. What is kept of the first row of tiles is copied before, since the last one
+    /// takes its place.
     void Read(long long plane, long long firstRow, long long rowCount, float* samples) override
     {
         const Band band{FindPlane(layout_, plane), firstRow, firstRow + rowCount, samples};

@@ -61,8 +61,8 @@ std::shared_ptr<const Rejection> JudgedOnce(const Combining& how)
     }
 }
 
-/// What bands take of the frames' rows [bytes]. The frames lie in memory: what goes through a cache is enough, as long as
-/// there are rows for every thread.
+/// What bands take of the frames' rows [bytes]. The frames lie in memory: what goes through a cache is enough, as long
+/// as there are rows for every thread.
 std::uint64_t BandMemory(const CStlImage& first, std::size_t frames)
 {
     constexpr std::uint64_t kInCache = 1 << 24;

@@ -23,7 +23,8 @@ constexpr const char* kImageDoc = R"(Samples with their header, display levels a
 As an array it has the shape (rows, columns) or (planes, rows, columns), 32-bit floats and the
 file's order of rows. ``numpy.asarray(image)`` is a view without a copy that is read-only and keeps
 the image alive. ``image[...] = values`` writes, and raises BufferError while an operation works on
-the image, ValueError where it has its samples of a read-only array. What may write through ``__dlpack__`` must not while one does.
+the image, ValueError where it has its samples of a read-only array. What may write through
+``__dlpack__`` must not while one does.
 
 Parameters
 ----------

@@ -22,9 +22,9 @@ struct Image {
 
 using SharedImage = std::shared_ptr<Image>;
 
-/// An image of a Python object: an `Image` is itself; an array of (rows, columns) or (planes, rows, columns) becomes the
-/// samples of one, in place where it holds floats row after row without gaps, else converted. `what` names it in the
-/// ValueError or TypeError that tells what else is wrong.
+/// An image of a Python object: an `Image` is itself; an array of (rows, columns) or (planes, rows, columns) becomes
+/// the samples of one, in place where it holds floats row after row without gaps, else converted. `what` names it in
+/// the ValueError or TypeError that tells what else is wrong.
 SharedImage ImageOf(py::handle object, const std::string& what);
 
 /// An image that Python is to have; its header tells where it lies on the sky.
@@ -34,8 +34,8 @@ SharedImage Shared(io::Frame frame);
 /// which Python may have changed, and may again: to be made with the interpreter's lock.
 io::Frame FrameOf(const Image& image);
 
-/// Keeps images from being written to as long as it lives. To be made without the interpreter's lock, since it may have to
-/// wait for who writes.
+/// Keeps images from being written to as long as it lives. To be made without the interpreter's lock, since it may have
+/// to wait for who writes.
 class Hold {
 public:
     explicit Hold(std::vector<SharedImage> images);

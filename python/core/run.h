@@ -14,8 +14,8 @@ namespace corvane::python {
 namespace py = pybind11;
 
 /// A run that Python listens to. While work goes on the interpreter's lock is free; every 50 ms signals are looked at,
-/// so that Ctrl-C ends the work, and `progress(stage, done, total)` is called. What it or a signal's handler raises ends
-/// the work and goes on to the caller. Notes and findings go to the logger "corvane".
+/// so that Ctrl-C ends the work, and `progress(stage, done, total)` is called. What it or a signal's handler raises
+/// ends the work and goes on to the caller. Notes and findings go to the logger "corvane".
 class PythonRun {
 public:
     PythonRun(py::object progress, int threads);

@@ -32,7 +32,8 @@ public:
     /// Prepares every frame of the set, which must outlive this. There is one dark scale for each frame.
     CalibratedFrames(FrameSet& frames, MasterSets masters, double pedestal, const std::vector<double>& darkScales);
 
-    /// From now on rows are read with these pixels mended after calibration, which the darks of each set of masters told.
+    /// From now on rows are read with these pixels mended after calibration, which the darks of each set of masters
+    /// told.
     void MendHotPixels(std::vector<HotPixels> pixels) { hotPixels_ = std::move(pixels); }
 
     /// From now on these samples of each frame are read as mended, after hot pixels. They must outlive this, and may

@@ -39,9 +39,10 @@ public:
     /// Rows above and below a band that cleaning it looks at.
     int Margin() const { return step_; }
 
-    /// Gives hot pixels in rows first to end - 1 of a calibrated frame's band the median of their neighbours in the band,
-    /// of an even number the mean of the two middle ones. Hot neighbours, blanks and NaN do not count; without any other
-    /// the pixel stays, and so does one that is blank or NaN. `plane` is the frame's: a dark of one plane serves all.
+    /// Gives hot pixels in rows first to end - 1 of a calibrated frame's band the median of their neighbours in the
+    /// band, of an even number the mean of the two middle ones. Hot neighbours, blanks and NaN do not count; without
+    /// any other the pixel stays, and so does one that is blank or NaN. `plane` is the frame's: a dark of one plane
+    /// serves all.
     void Clean(const RowBand& band, int first, int end, int plane, const BlankTest& isBlank) const;
 
 private:

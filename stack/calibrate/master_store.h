@@ -21,8 +21,8 @@ struct MasterRecipe {
 ///
 /// Each says in its header what it is (IMAGETYP = 'Master Dark'), how many frames it is made of (NCOMBINE), what was
 /// taken off (CALSTAT), and in MSTKEY a number for everything that it depends on: the version, the names, sizes and
-/// times of the files, and the order of their rows. One frame alone is no master. One that declares a blank is not kept,
-/// since floats in files have NaN alone.
+/// times of the files, and the order of their rows. One frame alone is no master. One that declares a blank is not
+/// kept, since floats in files have NaN alone.
 class MasterStore {
 public:
     /// Nothing is kept without a folder; one that is not there is made when a master is to be kept.

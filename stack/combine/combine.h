@@ -60,8 +60,8 @@ struct CombinePlan {
 
 class RejectionTally;
 
-/// What combining fills: an image of any band of the grid's rows. The counts have its size; each as `CombinedRow` tells,
-/// null for those that are not wanted.
+/// What combining fills: an image of any band of the grid's rows. The counts have its size; each as `CombinedRow`
+/// tells, null for those that are not wanted.
 struct CombineTarget {
     CStlImage& image;
     int firstRow = 0; ///< of the grid
@@ -75,22 +75,22 @@ struct CombineTarget {
 /// Combines frames of the target's planes into it, a band of rows at a time; `text` names the stage of the run.
 ///
 /// With `Coverage::kAll` a grid of the frames' size becomes what `CImgMedianComposit` makes of the frames in memory,
-/// all declaring the plan's blank value if they declare one or are moved: without that a frame that leaves a border would
-/// take its own zeros for blanks. The target declares it when a frame does. Without weights and normalisation that holds
-/// bit for bit, of bilinear interpolation. The others take what is interpolated from a blank as missing.
+/// all declaring the plan's blank value if they declare one or are moved: without that a frame that leaves a border
+/// would take its own zeros for blanks. The target declares it when a frame does. Without weights and normalisation
+/// that holds bit for bit, of bilinear interpolation. The others take what is interpolated from a blank as missing.
 ///
 /// With `Coverage::kAny` the statistic is that of the frames that have a pixel: what lies outside of a frame does not
 /// count, nor NaN, nor blanks and what is interpolated from one, nor the last column's samples between two pixels, the
 /// right one of which would be the next row's first. The target is blank where no frame has anything, and declares the
 /// blank if there is such a pixel.
 ///
-/// The rows of the grid come out the same whichever bands are asked for. Within a call every row of a frame is read once,
-/// in order or, of a frame turned upside down, backwards. Of a turned frame all rows that a row of the target crosses are
-/// in memory together: the sine of the angle times the width, at a right angle all of them. Where these would take more
-/// than half of the memory the target is combined in strips of columns, which cross fewer; rows that several strips need
-/// are read again for each, those of a frame at a right angle just once. Frames are read, and rows combined, on the
-/// threads of the run. Throws Error for a target that is no band of the grid or has other planes than a frame, what the
-/// source throws, and `Cancelled`.
+/// The rows of the grid come out the same whichever bands are asked for. Within a call every row of a frame is read
+/// once, in order or, of a frame turned upside down, backwards. Of a turned frame all rows that a row of the target
+/// crosses are in memory together: the sine of the angle times the width, at a right angle all of them. Where these
+/// would take more than half of the memory the target is combined in strips of columns, which cross fewer; rows that
+/// several strips need are read again for each, those of a frame at a right angle just once. Frames are read, and rows
+/// combined, on the threads of the run. Throws Error for a target that is no band of the grid or has other planes than
+/// a frame, what the source throws, and `Cancelled`.
 CORVANE_VISIBLE void CombineFrames(const CombinePlan& plan, FrameSource& source, const CombineTarget& target,
                                    const Run& run = {}, const char* text = "Combining frames...");
 

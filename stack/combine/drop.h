@@ -13,8 +13,8 @@ enum class DropKernel {
 /// How much of the pixels of a frame, shrunk about their middles, falls into the pixels of a grid.
 ///
 /// It is told in the frame, where drops are squares along its axes and a pixel of the grid is a square that is turned:
-/// the part of the drop's area that both have in common. That is the sum, over the four edges of the grid's pixel, of the
-/// area between each edge and the drop's lower side, taken within the drop and by the direction of the edge.
+/// the part of the drop's area that both have in common. That is the sum, over the four edges of the grid's pixel, of
+/// the area between each edge and the drop's lower side, taken within the drop and by the direction of the edge.
 class Drop {
 public:
     /// The frame lies on the grid by a mapping, which is taken as even about a pixel of the grid; a drop is `size` wide

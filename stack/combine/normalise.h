@@ -50,10 +50,10 @@ CORVANE_VISIBLE FrameLevel MeasureFrame(const CStlImage& image, int plane);
 ///
 /// For `kBoth` the factor is `fluxRatio`, the flux of the reference's stars by that of the same stars in the frame, if
 /// the caller knows it. That is the truth about the light; the ratio of the spreads, which is taken without it, is that
-/// only where the structure of the sky outweighs its noise, or where both grow with the light. `kLocal`, whose gradients
-/// spread samples too, takes the stars' ratio alone. The other methods do not ask for it. A factor that cannot be told (no number above 0) is 1, so that the others change the background
-/// alone and `kScale` nothing.
-/// B. Zackay and E. O. Ofek, How to coadd images I, Astrophysical Journal 836, 187, 2017, section 2.
+/// only where the structure of the sky outweighs its noise, or where both grow with the light. `kLocal`, whose
+/// gradients spread samples too, takes the stars' ratio alone. The other methods do not ask for it. A factor that
+/// cannot be told (no number above 0) is 1, so that the others change the background alone and `kScale` nothing. B.
+/// Zackay and E. O. Ofek, How to coadd images I, Astrophysical Journal 836, 187, 2017, section 2.
 CORVANE_VISIBLE Normalisation NormalisationOf(const FrameLevel& reference, const FrameLevel& frame,
                                               NormaliseMethod method, std::optional<double> fluxRatio = {});
 

@@ -25,7 +25,8 @@ struct PlacedValue {
     double value;
 };
 
-/// The plane with the least sum of squared distances from values, one at least. It does not turn about values in a line.
+/// The plane with the least sum of squared distances from values, one at least. It does not turn about values in a
+/// line.
 CORVANE_VISIBLE SlopingPlane FitPlane(const std::vector<PlacedValue>& values);
 
 /// A sum that changes smoothly over the reference: a plane, and what is left of it between cells as a cubic spline, of

@@ -9,14 +9,15 @@
 
 namespace corvane::stack {
 
-/// Counts what rejection drops of each frame, and in which parts of the grid. Of equal values all count as kept when one
-/// is, and so do those that lie between others that are.
+/// Counts what rejection drops of each frame, and in which parts of the grid. Of equal values all count as kept when
+/// one is, and so do those that lie between others that are.
 class CORVANE_VISIBLE RejectionTally {
 public:
     /// For the frames of a plan; none of them are counted where the plan rejects nothing.
     explicit RejectionTally(const CombinePlan& plan);
 
-    /// Takes in a stretch of a row of the grid, given the values of all frames and the lowest and highest that are kept.
+    /// Takes in a stretch of a row of the grid, given the values of all frames and the lowest and highest that are
+    /// kept.
     void Add(int x, int row, int count, const std::vector<CombineLine>& lines, const double* low, const double* high);
     /// Takes in what another thread has counted of the same plan.
     void Add(const RejectionTally& other);

@@ -33,11 +33,11 @@ RejectMethod AskedRejection(const RejectOptions& options, CombineBy combine);
 
 /// The options with all set for so many lights, the method one other than auto.
 ///
-/// Auto takes none for two lights, of which nothing tells which is right, and from three on winsorized deviations, whose
-/// scale an outlier hardly widens. From 10 on its limits are 4: few values tell their own deviation poorly, so that 3 drops
-/// 1 good value of 100, the far ones, and that costs 4 % of depth where 4 costs 1 %; of fewer than 10 lights 4 leaves some
-/// hits. From 20 on it takes deviations, which cost least time: they need more than eleven values for one to lie 3 of
-/// them off, and pass over some hits below 20.
+/// Auto takes none for two lights, of which nothing tells which is right, and from three on winsorized deviations,
+/// whose scale an outlier hardly widens. From 10 on its limits are 4: few values tell their own deviation poorly, so
+/// that 3 drops 1 good value of 100, the far ones, and that costs 4 % of depth where 4 costs 1 %; of fewer than 10
+/// lights 4 leaves some hits. From 20 on it takes deviations, which cost least time: they need more than eleven values
+/// for one to lie 3 of them off, and pass over some hits below 20.
 RejectOptions SettledRejection(const RejectOptions& options, CombineBy combine, int lights);
 
 /// What becomes of the values that so many lights have at a pixel.

@@ -23,9 +23,8 @@ struct FrameQuality {
 };
 
 /// The weights of frames [0..1], the best frame's 1. A frame of which the measure is not known gets 0, which leaves it
-/// out. If it is known of no frame all get 1.
-/// The noise: A. C. Aitken, On least squares and linear combination of observations, Proceedings of the Royal Society of
-/// Edinburgh 55, 1935.
+/// out. If it is known of no frame all get 1. The noise: A. C. Aitken, On least squares and linear combination of
+/// observations, Proceedings of the Royal Society of Edinburgh 55, 1935.
 CORVANE_VISIBLE std::vector<double> WeightsOf(const std::vector<FrameQuality>& frames, WeightMethod method);
 
 } // namespace corvane::stack

@@ -25,10 +25,10 @@ namespace corvane::stack {
 /// - and is confirmed by other stars: of the brightest of the reference within 256 pixels, at least half of those that
 ///   the light should show are in their places, and three of them or more (two where the reference has three or four).
 ///
-/// If they do not confirm it, another star was found, which is taken out for another attempt. Where the reference has no
-/// more than two such stars, a correlation of 0.9, nearly the same brightness and that there is no other such match stand
-/// in for them. A light without a match that is believed is left out, with the reason. Throws Error when the reference
-/// shows no star and the options name no place, and Cancelled.
+/// If they do not confirm it, another star was found, which is taken out for another attempt. Where the reference has
+/// no more than two such stars, a correlation of 0.9, nearly the same brightness and that there is no other such match
+/// stand in for them. A light without a match that is believed is left out, with the reason. Throws Error when the
+/// reference shows no star and the options name no place, and Cancelled.
 PixelPlace AlignByShift(const Options& options, LightFrames& frames, RawLights raw, std::vector<FrameReport>& reports,
                         const Run& run);
 

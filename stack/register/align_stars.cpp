@@ -151,8 +151,8 @@ Stars WithLightOf(const Stars& others, const Stars& field, const Mapping& mappin
     return seen;
 }
 
-/// Places all lights on the frame from outside. Returns the first candidate that fits, or the first light that does: the
-/// candidates may all show another field.
+/// Places all lights on the frame from outside. Returns the first candidate that fits, or the first light that does:
+/// the candidates may all show another field.
 int AlignOnto(const Options& options, const MeasuredLights& lights, const std::vector<std::size_t>& candidates,
               std::vector<FrameReport>& reports, const Run& run)
 {

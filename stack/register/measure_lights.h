@@ -21,9 +21,9 @@ struct SeenLight {
     CStlImage thumbnail;                 ///< for a report
 };
 
-/// Measures of some lights what the options ask for, and enters it in their reports. Of a light without a defined sample
-/// all is 0. Which stars are saturated is told by the raw lights. No lights are read, and nothing is seen, when the options
-/// ask for nothing. Throws Error and Cancelled.
+/// Measures of some lights what the options ask for, and enters it in their reports. Of a light without a defined
+/// sample all is 0. Which stars are saturated is told by the raw lights. No lights are read, and nothing is seen, when
+/// the options ask for nothing. Throws Error and Cancelled.
 std::vector<SeenLight> MeasureLights(const Options& options, const std::vector<int>& lights, LightFrames& frames,
                                      RawLights& raw, std::vector<FrameReport>& reports, const Run& run);
 
@@ -34,8 +34,8 @@ stars::StarField FindLightStars(const CStlImage& raw, CStlImage calibrated, cons
 std::vector<stars::FieldStar> FindFrameStars(const CStlImage& image, const Run& run);
 
 /// Leaves out the lights whose width of stars, number of stars or background lie beyond the limits of the options,
-/// counted in standard deviations of the set about its median (`MeasureLevel`). Of a set that hardly differs a hundredth
-/// of the median counts as one.
+/// counted in standard deviations of the set about its median (`MeasureLevel`). Of a set that hardly differs a
+/// hundredth of the median counts as one.
 void ApplyLimits(const Options& options, std::vector<FrameReport>& reports);
 
 } // namespace corvane::stack

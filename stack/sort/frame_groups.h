@@ -21,8 +21,9 @@ struct FrameGroup {
     std::vector<std::string> Files() const;
 };
 
-/// Puts frames of a kind together that are alike. Files that are named stay together unless their camera, size, binning,
-/// gain, filter or the like differ; of folders, so do darks within 2 K, and flats next to one session of lights.
+/// Puts frames of a kind together that are alike. Files that are named stay together unless their camera, size,
+/// binning, gain, filter or the like differ; of folders, so do darks within 2 K, and flats next to one session of
+/// lights.
 std::vector<FrameGroup> GroupFrames(const std::vector<const FoundFrame*>& frames, FrameKind kind,
                                     const Sessions& sessions);
 

@@ -43,8 +43,8 @@ struct HeaderFacts {
 /// What an open frame says; names tell the kind of one that does not, from the folder `root` downwards.
 HeaderFacts FactsOf(const io::FrameInfo& frame, const std::string& file, const std::string& root);
 
-/// The first of these facts that two frames state differently, as "gain 200, not 100"; empty for none. A frame that does
-/// not say is no other.
+/// The first of these facts that two frames state differently, as "gain 200, not 100"; empty for none. A frame that
+/// does not say is no other.
 std::string DifferenceOf(const HeaderFacts& frame, const HeaderFacts& other, std::initializer_list<Fact> facts);
 
 } // namespace corvane::stack

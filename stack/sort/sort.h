@@ -50,9 +50,9 @@ struct SortedNight {
 /// Folders give one stack for each filter, files one stack; `Options::filter` chooses one. Each light gets the darks of
 /// its exposure, or else others where there is bias to scale them, of its camera, size, binning, gain, offset and
 /// readout mode, and next to its temperature; the flats of its filter, camera, size and binning and of its session, or
-/// the one next in time; bias as darks; and the flat-darks, or darks, that have the exposure of the flats. What a header
-/// does not say is no difference. Frames that are named as files and fit no light, frames of another kind than they are
-/// named for, files that are named twice, and lights of several cameras, gains or filters are an Error, which
+/// the one next in time; bias as darks; and the flat-darks, or darks, that have the exposure of the flats. What a
+/// header does not say is no difference. Frames that are named as files and fit no light, frames of another kind than
+/// they are named for, files that are named twice, and lights of several cameras, gains or filters are an Error, which
 /// `Options::allowMixed` turns into a warning.
 ///
 /// `skip` names files and folders that are passed over in folders: what is about to be written. Throws Error and

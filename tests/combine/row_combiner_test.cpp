@@ -73,8 +73,8 @@ Shown PlainPixel(std::vector<std::pair<double, double>> values, CombineMethod me
             PlainNoise(kept, method)};
 }
 
-/// Rows of frames with gaps, NaN, equal values, outliers and an infinity; a column that no frame has, and one with values
-/// exactly 3 sigma away.
+/// Rows of frames with gaps, NaN, equal values, outliers and an infinity; a column that no frame has, and one with
+/// values exactly 3 sigma away.
 struct Rows {
     Rows(int frames, int gaps, bool isWeighted) : values(frames), valid(frames)
     {

@@ -15,9 +15,9 @@ namespace {
 enum class Promise { kMayThrow, kZero, kZeroUnchanged };
 using enum Promise;
 
-/// Runs run(image, source) with its first allocation failing, its second, and so on until none is left: each time it has
-/// to throw CMemoryException or, where it promises that, return 0, with the image as it was. Progress has to be closed.
-/// Returns the last text that a message box shows.
+/// Runs run(image, source) with its first allocation failing, its second, and so on until none is left: each time it
+/// has to throw CMemoryException or, where it promises that, return 0, with the image as it was. Progress has to be
+/// closed. Returns the last text that a message box shows.
 template <class Image, class Run>
 std::string Starve(Promise promise, Run run)
 {

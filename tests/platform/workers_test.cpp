@@ -22,7 +22,8 @@ struct Seen {
     std::string thrown;
 };
 
-/// A call in which a block and a tick may throw. Later blocks end sooner than earlier ones; in each, another call works.
+/// A call in which a block and a tick may throw. Later blocks end sooner than earlier ones; in each, another call
+/// works.
 Seen Call(int threads, std::optional<int> wrongBlock, std::optional<int> wrongTick)
 {
     Seen seen;

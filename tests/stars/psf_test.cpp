@@ -35,7 +35,8 @@ struct TrueStar {
     }
 };
 
-/// A field of 80 stars with photon noise, whose looks starAt(x, y) tells; those are drawn that isWanted(x, y) holds for.
+/// A field of 80 stars with photon noise, whose looks starAt(x, y) tells; those are drawn that isWanted(x, y) holds
+/// for.
 template <class StarAt, class IsWanted>
 CStlImage DrawnField(std::uint32_t seed, StarAt starAt, IsWanted isWanted)
 {

@@ -1,6 +1,6 @@
-// Two threads at work on images of their own, each with workers, while the memory budget moves and messages come in. The
-// thread sanitizer fails the program where they touch the same memory unguarded; the program itself compares what they
-// made, beside what one made without workers.
+// Two threads at work on images of their own, each with workers, while the memory budget moves and messages come in.
+// The thread sanitizer fails the program where they touch the same memory unguarded; the program itself compares what
+// they made, beside what one made without workers.
 
 #include <atomic>
 #include <chrono>

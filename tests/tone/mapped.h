@@ -13,9 +13,9 @@
 namespace corvane::test {
 
 /// Compares an operation with its plain form on every kind of image and rectangle: run(operation, source, rect) must
-/// make value(x, y, plane, source, levels) of each sample inside, where `levels` is the operation before. Its levels are
-/// not those of the source; those of the first plane are equal, too. Each row must be a step of progress with this text;
-/// without a text, nothing may be reported.
+/// make value(x, y, plane, source, levels) of each sample inside, where `levels` is the operation before. Its levels
+/// are not those of the source; those of the first plane are equal, too. Each row must be a step of progress with this
+/// text; without a text, nothing may be reported.
 template <class Operation, class Run, class Value>
 void ExpectArea(const char* text, Run run, Value value)
 {

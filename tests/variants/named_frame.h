@@ -12,5 +12,6 @@ inline constexpr int kFrameHeight = 97;
 bool IsColourFrame(const std::string& name);
 
 /// A frame made in memory, of which the name is told by the image. "undefined" in it brings a blank value, NaN,
-/// infinities, rows from the bottom up, and no display levels; "mask" samples from 0 to 1. World coordinates are in the header alone.
+/// infinities, rows from the bottom up, and no display levels; "mask" samples from 0 to 1. World coordinates are in the
+/// header alone.
 corvane::io::Frame MakeNamedFrame(const std::string& name);

@@ -5,9 +5,9 @@
 
 namespace corvane::io::tiles {
 
-/// The coefficients of an H-transform, a two-dimensional Haar transform of integers: sums in the top left quarter, which
-/// are transformed again; differences of rows below, of columns to the right, of both in the last quarter. Numbers
-/// within 2^54.
+/// The coefficients of an H-transform, a two-dimensional Haar transform of integers: sums in the top left quarter,
+/// which are transformed again; differences of rows below, of columns to the right, of both in the last quarter.
+/// Numbers within 2^54.
 struct HTransform {
     std::size_t rows;
     std::size_t columns;

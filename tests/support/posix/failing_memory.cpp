@@ -5,8 +5,8 @@
 
 static thread_local long long left = -1; // allocations before the one that fails; -1 for none, -2 when it did
 
-// Replaced for the whole process, the libraries included, in all forms: under the sanitizers those that are not replaced
-// are the sanitizer's own, which does not take back what comes from elsewhere.
+// Replaced for the whole process, the libraries included, in all forms: under the sanitizers those that are not
+// replaced are the sanitizer's own, which does not take back what comes from elsewhere.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
     const bool fails = left == 0;
