@@ -56,7 +56,7 @@ std::string StepFor(const std::string& stretch, const io::Frame& frame)
     if (stretch == "linear") {
         return frame.image.IsColor() != 0 && !isLinked ? "auto-levels:per-plane=yes" : "auto-levels";
     }
-    const std::string step = isLinked ? "autostretch" : "autostretch:linked=no";
+    std::string step = isLinked ? "autostretch" : "autostretch:linked=no";
     if (stretch == "asinh") {
         return step + (isLinked ? ":" : ",") + "curve=asinh";
     }

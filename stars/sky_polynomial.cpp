@@ -64,9 +64,9 @@ std::optional<SkyPolynomial::Factors> SkyPolynomial::FactorsOf(const std::vector
     system.Eliminate();
     bool isTold = system.IsTold(kLeastOfSum);
     for (int i = 0; isTold && i < (kPlaces + 1) * (kPlaces + 1); ++i) {
-        const double u = 2.0 * (i % (kPlaces + 1)) / kPlaces - 1.0;
-        const double v = 2.0 * (i / (kPlaces + 1)) / kPlaces - 1.0;
-        PowersAt(u, v, kDegree, powers.data());
+        const int column = i % (kPlaces + 1);
+        const int row = i / (kPlaces + 1);
+        PowersAt(2.0 * column / kPlaces - 1.0, 2.0 * row / kPlaces - 1.0, kDegree, powers.data());
         isTold = system.Variance(powers) <= most;
     }
     if (!isTold) {
