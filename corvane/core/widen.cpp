@@ -59,9 +59,11 @@ public:
         std::transform(middle, middle + width_, sums_.begin(), [w = weights_[0]](double v) { return w * v; });
         for (std::size_t d = 1; d <= reach_; ++d) {
             const double weight = weights_[d];
+            const double* const left = columns_.data() + reach_ - d;
+            const double* const right = middle + d;
             CORVANE_INDEPENDENT
             for (std::size_t x = 0; x < width_; ++x) {
-                sums_[x] += weight * (middle[x - d] + middle[x + d]);
+                sums_[x] += weight * (left[x] + right[x]);
             }
         }
         std::transform(sums_.begin(), sums_.end(), out, [](double v) { return static_cast<float>(v); });

@@ -79,8 +79,11 @@ CStlImage Field(int side, int seed)
     for (int y = 0; y < side; ++y) {
         float* const samples = image.GetImageAdr(0, y, 0);
         for (int x = 0; x < side; ++x) {
-            const double far = std::pow(x % 40 - 20, 2) + std::pow(y % 40 - 20, 2);
-            samples[x] = static_cast<float>((x * (seed + 73) + y * 31) % 17 + 1000.0 * std::exp(-far / 4.0));
+            const int dx = x % 40 - 20;
+            const int dy = y % 40 - 20;
+            const int far = dx * dx + dy * dy;
+            samples[x] = static_cast<float>((x * (seed + 73) + y * 31) % 17);
+            samples[x] += far < 60 ? 1000.0F * std::exp(static_cast<float>(-far) / 4.0F) : 0.0F;
         }
     }
     return image;

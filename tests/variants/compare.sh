@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
-# compare.sh PROGRAM LIBRARY: runs PROGRAM with LIBRARY and with each of its processor variants that this machine can
-# run. All must print the same, and the best of them must be the one that the loader takes when left alone. No variant,
-# whether it can run here or not, may hold a fused multiply-add, which rounds once where the others round twice.
+# compare.sh PROGRAM LIBRARY KEPT: runs PROGRAM with LIBRARY and with each of its processor variants that this machine can
+# run. All must print the same, which is kept in a file, and the best of them must be the one that the loader takes when
+# left alone. No variant, whether it can run here or not, may hold a fused multiply-add, which rounds once where the
+# others round twice.
 set -euo pipefail
 
 program=$1
 library=$(realpath -s "$2")
+kept=$3
 soname=$(basename "$library")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -57,4 +59,5 @@ for folder in "$(dirname "$library")"/glibc-hwcaps/*/; do
     fi
 done
 expect_loaded "" "$best"
+cp "$work/base.txt" "$kept"
 exit $failed
