@@ -17,7 +17,7 @@ _corvane_words() {
     'develop --recipe') echo 'galaxy nebula cluster moon' ;;
     'develop --bits') echo '8 16' ;;
     'recipes options') echo '--help --verbose --quiet --threads' ;;
-    'stack options') echo '--help --verbose --quiet --threads --output --overwrite --preview --stretch --coverage-map --noise-map --with-maps --reject-map --weight-map --registered --follow --both --plan --json --save-plan --band --join --bits --bits-scale --bias --dark --flat --flat-dark --pedestal --cosmetic --cosmic --bayer --filter --allow-mixed --debayer --align --reference --onto --scale --transform --star --size --search --reject-fwhm --reject-stars --reject-background --combine --reject --low --high --iterations --method --normalise --weight --canvas --coverage --interpolate --drizzle --drop --drop-shape --report --masters --memory' ;;
+    'stack options') echo '--help --verbose --quiet --threads --output --overwrite --preview --stretch --coverage-map --noise-map --with-maps --reject-map --weight-map --registered --follow --both --plan --json --save-plan --band --join --bits --bits-scale --bias --dark --flat --flat-dark --pedestal --cosmetic --cosmic --bayer --filter --allow-mixed --debayer --align --reference --onto --scale --transform --star --size --search --reject-fwhm --reject-stars --reject-background --combine --reject --low --high --iterations --grow --method --normalise --weight --canvas --coverage --interpolate --drizzle --drop --drop-shape --report --masters --memory' ;;
     'stack --stretch') echo 'asinh auto linear' ;;
     'stack --bits') echo '-64 -32 8 16 32' ;;
     'stack --bits-scale') echo 'levels minmax none unit' ;;

@@ -206,7 +206,8 @@ std::string CombineText(const Options& options, int lights)
     if (reject.method != RejectMethod::kNone && reject.method != RejectMethod::kEsd) {
         text += " --low " + NumberText(*reject.low) + " --high " + NumberText(*reject.high);
     }
-    return text + (reject.iterations > 0 ? " --iterations " + std::to_string(reject.iterations) : "");
+    text += reject.iterations > 0 ? " --iterations " + std::to_string(reject.iterations) : "";
+    return text + (*reject.grow > 0 ? " --grow " + std::to_string(*reject.grow) : "");
 }
 
 std::string MosaicText(const Options& options, const Plan& plan)

@@ -129,6 +129,11 @@ std::vector<Parameter> CombineParameters()
         ValueLimit("high", "the same above"),
         WholeParameter("iterations", "most rounds of rejection; 0: until nothing changes", "", {0, kMaxIterations},
                        usual.reject.iterations),
+        WholeParameter(
+            "grow",
+            "where values of a light that are too high form a trail or a hit, reject what lies within so many "
+            "pixels of it, too",
+            "pixels", {0, kMaxGrow}, "1 with reject = auto, else 0"),
         Choice("method", kMethodNames, "as combine and reject tell",
                "in place of combine and reject: one of the composites' own statistics"),
         Choice("normalise", kNormaliseNames, "both; none without align = stars",
@@ -235,7 +240,8 @@ void SetCombining(const Arguments& arguments, Options& options)
     options.combine = Chosen(arguments, "combine", kCombineNames);
     options.reject = {Chosen(arguments, "reject", kRejectNames), NumberOf(arguments, "low"),
                       NumberOf(arguments, "high"),
-                      arguments.Has("iterations") ? arguments.Whole("iterations") : usual.reject.iterations};
+                      arguments.Has("iterations") ? arguments.Whole("iterations") : usual.reject.iterations,
+                      arguments.Has("grow") ? std::optional(arguments.Whole("grow")) : std::nullopt};
     options.normalise = Chosen(arguments, "normalise", kNormaliseNames);
     options.weight = Chosen(arguments, "weight", kWeightNames);
     options.canvas = Chosen(arguments, "canvas", kCanvasNames).value_or(options.canvas);

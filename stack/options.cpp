@@ -99,6 +99,11 @@ void CheckRejection(const Options& options)
     };
     check("low", reject.low);
     check("high", reject.high);
+    CheckRange("grow", reject.grow.value_or(0), 0, kMaxGrow);
+    if (reject.grow.value_or(0) > 0 &&
+        (options.method || method == RejectMethod::kNone || method == RejectMethod::kMinMax)) {
+        throw ParameterError("grow", std::to_string(*reject.grow), "it takes a rejection of what stands out");
+    }
     CheckRange("iterations", reject.iterations, 0, kMaxIterations);
     if (reject.iterations > 0 && (!takesLimits || method == RejectMethod::kMinMax)) {
         throw ParameterError("iterations", std::to_string(reject.iterations), "it takes a rejection in rounds");
@@ -253,6 +258,11 @@ void WantAllMaps(Options& options)
     options.wantsNoise = TellsNoise(options);
     options.wantsRejected = options.method ? *options.method != CombineMethod::kMedian
                                            : AskedRejection(options.reject, CombineOf(options)) != RejectMethod::kNone;
+}
+
+int GrowthOf(const Options& options, int lights)
+{
+    return options.method ? 0 : *SettledRejection(options.reject, CombineOf(options), lights).grow;
 }
 
 CombineRule RuleOf(const Options& options, int lights)

@@ -61,6 +61,7 @@ inline constexpr int kDefaultSearch = 64;    ///< [pixels]
 inline constexpr double kMaxPedestal = 1e9;  ///< largest pedestal [raw units]
 inline constexpr double kMaxReject = 1000.0; ///< largest limit of a measured quantity, or of a value [sigmas]
 inline constexpr int kMaxIterations = 100;   ///< most rounds of rejection
+inline constexpr int kMaxGrow = 10;          ///< farthest growth of what is rejected [pixels]
 inline constexpr double kMinDrizzle = 0.5;   ///< coarsest grid [pixels to one of a light]
 inline constexpr double kMaxDrizzle = 4.0;   ///< finest grid [pixels to one of a light]
 inline constexpr double kMinDrop = 0.1;      ///< smallest drop [pixels of a light]
@@ -180,6 +181,9 @@ CORVANE_VISIBLE void WantAllMaps(Options& options);
 
 /// What becomes of the values of so many lights.
 CombineRule RuleOf(const Options& options, int lights);
+
+/// How far around trails and hits their values go, too [pixels].
+int GrowthOf(const Options& options, int lights);
 
 /// Checks what can be said without opening a file. Throws Error.
 CORVANE_VISIBLE void CheckOptions(const Options& options);

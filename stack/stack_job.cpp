@@ -152,11 +152,13 @@ CombinePlan PlanOf(const Options& options, const PreparedLights& lights, bool fo
     std::vector<Placement> placements = lights.Placements(followsMotion);
     const Grid grid =
         CanvasOf(options.canvas, {plan.Base().Width(), plan.Base().Height()}, placements, plan.width, plan.height);
-    CombineRule rule = RuleOf(options, static_cast<int>(placements.size()));
+    const auto lightsUsed = static_cast<int>(placements.size());
+    CombineRule rule = RuleOf(options, lightsUsed);
     return {.frames = std::move(placements),
             .grid = grid,
             .rule = std::move(rule),
             .coverage = options.coverage,
+            .grow = GrowthOf(options, lightsUsed),
             .interpolation = options.interpolation,
             .blank = CommonBlank(plan.lights),
             .memory = plan.lights.BandMemory()};

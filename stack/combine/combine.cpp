@@ -56,11 +56,14 @@ private:
     double BytesOfRow() const;
     int RowsOfBand(int columns) const;
     void OpenStrip(int left, int right, int rows);
-    void ReadBand(int firstRow, int lastRow, int threads, Stage& stage);
-    void CombineBand(int firstRow, int lastRow, int threads, Stage& stage);
+    RowSpan Band(int first, int rows) const;
+    void ReadBand(int threads, Stage& stage);
+    void CombineBand(int threads, Stage& stage);
     void Read(const PlacedFrame& frame, int firstRow, int rowCount, float* samples, std::ptrdiff_t planeStride) const;
-    void CombineRow(int row, int plane, Workbench& bench) const;
-    void Combine(const Stretch& stretch, Workbench& bench) const;
+    void CombineRow(int row, int plane, Workbench& bench);
+    void Combine(const Stretch& stretch, bool isOwn, Workbench& bench);
+    void GrowRow(int row, int plane, Workbench& bench) const;
+    void SampleAll(const Stretch& stretch, Workbench& bench) const;
     void Sample(const PlacedFrame& frame, const Stretch& stretch, double* values, int* valid) const;
     float* In(CStlImage* image, const Stretch& stretch) const;
     bool HasBlanks() const;
@@ -74,14 +77,16 @@ private:
     int endRow_;
     int left_ = 0; ///< first column of the strip
     int columns_ = 0;
+    RowSpan band_{0, 0}; ///< rows that are made together
     std::uint64_t memory_;
     std::vector<PlacedFrame> frames_;
     std::vector<Workbench> benches_; ///< one for each thread
+    GrownRejection grown_;
 };
 
 BandCombiner::BandCombiner(const CombinePlan& plan, FrameSource& source, const CombineTarget& target)
     : plan_(plan), source_(source), target_(target), width_(target.image.GetWidth()), firstRow_(target.firstRow),
-      endRow_(firstRow_ + target.image.GetHeight()), memory_(MemoryFor(plan))
+      endRow_(firstRow_ + target.image.GetHeight()), memory_(MemoryFor(plan)), grown_(plan, target.image.GetPlanes())
 {
     for (const Placement& placement : plan.frames) {
         const FrameFacts facts = source.Facts(placement.frame);
@@ -94,13 +99,17 @@ BandCombiner::BandCombiner(const CombinePlan& plan, FrameSource& source, const C
 
 void BandCombiner::Combine(const Run& run, const char* text)
 {
-    const int height = endRow_ - firstRow_;
     const int columns = ColumnsOfStrip();
     const int rows = RowsOfBand(columns);
     const Reservation reservation(FixedBytes(columns) + static_cast<std::uint64_t>(rows * BytesOfRow()));
     const int strips = (width_ + columns - 1) / columns;
     const int count = static_cast<int>(frames_.size());
-    Stage stage(run, text, strips * ((height + rows - 1) / rows * count + height));
+    int steps = 0;
+    for (int first = firstRow_; first < endRow_; first += rows) {
+        const RowSpan judged = grown_.Around(Band(first, rows));
+        steps += count + judged.end - judged.first;
+    }
+    Stage stage(run, text, strips * steps);
     const int threads = ThreadsFor(static_cast<long long>(rows) * columns * count, run.Threads());
     const int readers = std::min(threads, count);
     const int writers = MayShare(target_) ? std::min(threads, rows) : 1;
@@ -109,9 +118,9 @@ void BandCombiner::Combine(const Run& run, const char* text)
     for (int left = 0; left < width_; left += columns) {
         OpenStrip(left, std::min(left + columns, width_), rows);
         for (int first = firstRow_; first < endRow_; first += rows) {
-            const int last = std::min(first + rows, endRow_) - 1;
-            ReadBand(first, last, readers, stage);
-            CombineBand(first, last, writers, stage);
+            band_ = Band(first, rows);
+            ReadBand(readers, stage);
+            CombineBand(writers, stage);
         }
     }
     for (const Workbench& bench : benches_) {
@@ -125,45 +134,65 @@ void BandCombiner::Combine(const Run& run, const char* text)
     }
 }
 
+RowSpan BandCombiner::Band(int first, int rows) const
+{
+    return {first, std::min(first + rows, endRow_)};
+}
+
 /// Begins a strip of columns that is combined in bands of so many rows.
 void BandCombiner::OpenStrip(int left, int right, int rows)
 {
     left_ = left;
     columns_ = right - left;
     for (PlacedFrame& frame : frames_) {
-        frame.window = RowWindow(frame.mapping, frame.facts, left, right, plan_.interpolation);
+        frame.window = RowWindow(frame.mapping, frame.facts, std::max(left - grown_.Reach(), 0),
+                                 std::min(right + grown_.Reach(), width_), plan_.interpolation);
         int most = 0;
         for (int first = firstRow_; first < endRow_; first += rows) {
-            const RowSpan touched = frame.window.Touched(first, std::min(first + rows, endRow_) - 1);
+            const RowSpan judged = grown_.Around(Band(first, rows));
+            const RowSpan touched = frame.window.Touched(judged.first, judged.end - 1);
             most = std::max(most, touched.end - touched.first);
         }
         frame.window.Reserve(most);
     }
 }
 
-void BandCombiner::ReadBand(int firstRow, int lastRow, int threads, Stage& stage)
+void BandCombiner::ReadBand(int threads, Stage& stage)
 {
+    const RowSpan judged = grown_.Around(band_);
     const auto readFrame = [&](int i) {
         PlacedFrame& frame = frames_[static_cast<std::size_t>(i)];
-        frame.window.MoveTo(firstRow, lastRow, [&](int first, int rows, float* samples, std::ptrdiff_t planeStride) {
-            Read(frame, first, rows, samples, planeStride);
-        });
+        frame.window.MoveTo(judged.first, judged.end - 1,
+                            [&](int first, int rows, float* samples, std::ptrdiff_t planeStride) {
+                                Read(frame, first, rows, samples, planeStride);
+                            });
     };
     platform::ForBlocks(static_cast<int>(frames_.size()), threads, readFrame, [&](int) { stage.Step(); });
 }
 
-void BandCombiner::CombineBand(int firstRow, int lastRow, int threads, Stage& stage)
+void BandCombiner::CombineBand(int threads, Stage& stage)
 {
-    // What rows of all frames hold: blocks are as long as the work that they are.
-    const RowBlocks blocks({0, firstRow, columns_ * static_cast<int>(frames_.size()), lastRow + 1});
-    const auto combineRows = [&](int i, int thread) {
-        for (int row = blocks[i].first; row < blocks[i].end; ++row) {
-            for (int plane = 0; plane < target_.image.GetPlanes(); ++plane) {
-                CombineRow(row, plane, benches_[static_cast<std::size_t>(thread)]);
+    const auto forRows = [&](const RowSpan& rows, auto body, auto count) {
+        // What rows of all frames hold: blocks are as long as the work that they are.
+        const RowBlocks blocks({0, rows.first, columns_ * static_cast<int>(frames_.size()), rows.end});
+        const auto each = [&](int i, int thread) {
+            for (int row = blocks[i].first; row < blocks[i].end; ++row) {
+                for (int plane = 0; plane < target_.image.GetPlanes(); ++plane) {
+                    body(row, plane, benches_[static_cast<std::size_t>(thread)]);
+                }
             }
-        }
+        };
+        platform::ForBlocks(blocks.Count(), threads, each, [&](int i) { count(blocks[i]); });
     };
-    platform::ForBlocks(blocks.Count(), threads, combineRows, [&](int i) { CountRows(stage, blocks[i]); });
+    const RowSpan judged = grown_.Around(band_);
+    grown_.Begin(judged);
+    forRows(
+        judged, [&](int row, int plane, Workbench& bench) { CombineRow(row, plane, bench); },
+        [&](const RowBlock& block) { CountRows(stage, block); });
+    if (grown_.Grows()) {
+        forRows(
+            band_, [&](int row, int plane, Workbench& bench) { GrowRow(row, plane, bench); }, [](const RowBlock&) {});
+    }
 }
 
 bool BandCombiner::HasBlanks() const
@@ -182,7 +211,7 @@ std::uint64_t BandCombiner::Margins(int columns) const
     std::uint64_t bytes = 0;
     for (const PlacedFrame& frame : frames_) {
         const RowWindow window(frame.mapping, frame.facts, left, left + columns, plan_.interpolation);
-        const RowSpan touched = window.Touched(row, row);
+        const RowSpan touched = window.Touched(row - grown_.Reach(), row + grown_.Reach());
         bytes += static_cast<std::uint64_t>(std::max(touched.end - touched.first - 1, 0)) * frame.RowBytes();
     }
     return bytes;
@@ -207,7 +236,8 @@ std::uint64_t BandCombiner::FixedBytes(int columns) const
 /// Bytes of what one more row of the target takes of all frames.
 double BandCombiner::BytesOfRow() const
 {
-    return std::accumulate(frames_.begin(), frames_.end(), 0.0, [](double sum, const PlacedFrame& frame) {
+    const auto marks = static_cast<double>(grown_.RowBytes());
+    return std::accumulate(frames_.begin(), frames_.end(), marks, [](double sum, const PlacedFrame& frame) {
         return sum + static_cast<double>(frame.RowBytes()) * std::max(frame.mapping.Scale(), 1.0);
     });
 }
@@ -243,26 +273,59 @@ float* BandCombiner::In(CStlImage* image, const Stretch& stretch) const
     return image != nullptr ? image->GetImageAdr(stretch.x, stretch.row - firstRow_, stretch.plane) : nullptr;
 }
 
-void BandCombiner::CombineRow(int row, int plane, Workbench& bench) const
+void BandCombiner::CombineRow(int row, int plane, Workbench& bench)
 {
+    const bool isOwn = row >= band_.first && row < band_.end;
+    const auto combine = [&](int left, int right, bool isMade) {
+        for (int x = left; x < right; x += kStretch) {
+            Combine({x, row, plane, std::min(kStretch, right - x)}, isMade, bench);
+        }
+    };
     const int right = left_ + columns_;
-    for (int x = left_; x < right; x += kStretch) {
-        Combine({x, row, plane, std::min(kStretch, right - x)}, bench);
+    combine(std::max(left_ - grown_.Reach(), 0), left_, false);
+    combine(left_, right, isOwn);
+    combine(right, std::min(right + grown_.Reach(), width_), false);
+}
+
+/// Makes a stretch if it is one's own, or judges it for the sake of those that are.
+void BandCombiner::Combine(const Stretch& stretch, bool isOwn, Workbench& bench)
+{
+    SampleAll(stretch, bench);
+    float unused[kStretch];
+    const bool wantsBounds = bench.tally || grown_.Grows();
+    CombinedRow result{.values = unused};
+    if (isOwn) {
+        result = {In(&target_.image, stretch), In(target_.coverage, stretch), In(target_.rejectedLow, stretch),
+                  In(target_.rejectedHigh, stretch)};
+        result.noise = In(target_.noise, stretch);
+    }
+    result.keptLow = wantsBounds ? bench.low : nullptr;
+    result.keptHigh = wantsBounds ? bench.high : nullptr;
+    const int fewest = bench.combiner.Combine(bench.lines.data(), stretch.count, result);
+    bench.fewest = isOwn ? std::min(bench.fewest, fewest) : bench.fewest;
+    if (isOwn && bench.tally) {
+        bench.tally->Add(stretch.x, stretch.row, stretch.count, bench.lines, bench.low, bench.high);
+    }
+    grown_.Enter(stretch, bench.lines, bench.high);
+}
+
+/// Makes again what lies beside trails and hits.
+void BandCombiner::GrowRow(int row, int plane, Workbench& bench) const
+{
+    for (const Stretch& stretch : bench.FindGrown(grown_, plane, row, left_, left_ + columns_)) {
+        SampleAll(stretch, bench);
+        CombinedRow result{.values = In(&target_.image, stretch),
+                           .rejectedLow = In(target_.rejectedLow, stretch),
+                           .rejectedHigh = In(target_.rejectedHigh, stretch),
+                           .noise = In(target_.noise, stretch)};
+        bench.CombineAgain(stretch, plan_.coverage, result);
     }
 }
 
-void BandCombiner::Combine(const Stretch& stretch, Workbench& bench) const
+void BandCombiner::SampleAll(const Stretch& stretch, Workbench& bench) const
 {
     for (std::size_t i = 0; i < frames_.size(); ++i) {
         Sample(frames_[i], stretch, bench.Values(i), bench.Valid(i));
-    }
-    const CombinedRow result{In(&target_.image, stretch),       In(target_.coverage, stretch),
-                             In(target_.rejectedLow, stretch),  In(target_.rejectedHigh, stretch),
-                             bench.tally ? bench.low : nullptr, bench.tally ? bench.high : nullptr,
-                             In(target_.noise, stretch)};
-    bench.fewest = std::min(bench.fewest, bench.combiner.Combine(bench.lines.data(), stretch.count, result));
-    if (bench.tally) {
-        bench.tally->Add(stretch.x, stretch.row, stretch.count, bench.lines, bench.low, bench.high);
     }
 }
 

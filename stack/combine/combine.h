@@ -52,6 +52,9 @@ struct CombinePlan {
     Grid grid{};
     CombineRule rule{CombineMethod::kMedian};
     Coverage coverage = Coverage::kAll;
+    /// Of values that are rejected as too high and lie in a trail or a larger hit, those of their frame within so many
+    /// columns and rows go as well; see `GrownRejection`. Then the rest is judged again.
+    int grow = 0;
     Interpolation interpolation = Interpolation::kBilinear; ///< of frames that are moved by parts of a pixel, or turned
     int blank = 0;                                          ///< what the target holds where a frame has nothing
     /// What bands may take, of what the memory budget leaves [bytes]; a band holds one row at least.

@@ -95,6 +95,7 @@ Drizzler::Drizzler(const DrizzlePlan& plan, FrameSource& source, const DrizzleTa
             {placement, judged, facts, RowWindow(judged, facts, 0, reference_.width, judging_.interpolation),
              DroppedRows(OnGrid(placement.mapping, plan.grid), plan.drop, plan.kernel, facts, placement.weight)});
     }
+    margin_ += judged_.Grown().Reach();
 }
 
 void Drizzler::Drop(const Run& run, const char* text)
@@ -109,7 +110,9 @@ void Drizzler::Drop(const Run& run, const char* text)
         const RowSpan judged = Judged(band);
         const RowSpan filled = DrizzledRows(band, reference_, plan_.grid);
         bands.push_back(band);
-        steps += 2 * static_cast<int>(frames_.size()) + judged.end - judged.first + filled.end - filled.first;
+        const int judgings = judged_.Grown().Grows() ? 2 : 1;
+        steps += 2 * static_cast<int>(frames_.size()) + judgings * (judged.end - judged.first);
+        steps += filled.end - filled.first;
     }
     Reserve(bands);
     Stage stage(run, text, steps);
@@ -148,7 +151,7 @@ RowSpan Drizzler::Judged(const RowSpan& band) const
 /// Bytes of what one more row of the reference takes of all frames: samples, drops, and what was judged.
 double Drizzler::BytesOfRow() const
 {
-    double bytes = 0.0;
+    auto bytes = static_cast<double>(judged_.Grown().RowBytes());
     for (const DroppedFrame& frame : frames_) {
         bytes += 2.0 * static_cast<double>(frame.RowBytes()) * std::max(frame.mapping.Scale(), 1.0) +
                  frame.facts.planes * (reference_.width / 8.0 + 1.0);
@@ -189,15 +192,19 @@ void Drizzler::DropBand(const RowSpan& band, const Run& run, Stage& stage)
         const int threads = MayShare(target_) ? std::min(run.Threads(), blocks.Count()) : 1;
         platform::ForBlocks(blocks.Count(), threads, each, [&](int i) { CountRows(stage, blocks[i]); });
     };
+    const auto isOwn = [&](int row) { return row >= band.first && row < band.end; };
+    const auto windowOf = [&](std::size_t i) -> const RowWindow& { return frames_[i].window; };
+    const RejectedCounts counts{target_.rejectedLow, target_.rejectedHigh, rows_.first};
     const int readers = std::min(run.Threads(), count);
     platform::ForBlocks(
         count, readers, [&](int i) { Read(frames_[i], judged); }, tickFrame);
     judged_.Begin(judged, run.Threads(), target_.tally != nullptr);
-    forRows(judged, reference_.width, [&](int row, int thread) {
-        const bool isOwn = row >= band.first && row < band.end;
-        judged_.Judge(row, thread, isOwn, {target_.rejectedLow, target_.rejectedHigh, rows_.first},
-                      [&](std::size_t i) -> const RowWindow& { return frames_[i].window; });
-    });
+    forRows(judged, reference_.width,
+            [&](int row, int thread) { judged_.Judge(row, thread, isOwn(row), counts, windowOf); });
+    if (judged_.Grown().Grows()) {
+        forRows(judged, reference_.width,
+                [&](int row, int thread) { judged_.Grow(row, thread, isOwn(row), counts, windowOf); });
+    }
     platform::ForBlocks(
         count, readers, [&](int i) { Prepare(i); }, tickFrame);
     forRows(filled, plan_.grid.width, [&](int row, int) { FillRow(row); });

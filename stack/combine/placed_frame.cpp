@@ -19,6 +19,15 @@ std::vector<double> WeightsOf(const std::vector<Placement>& frames)
     return weights;
 }
 
+std::vector<char> TakingPart(const CombinePlan& plan)
+{
+    std::vector<char> takesPart;
+    for (const Placement& frame : plan.frames) {
+        takesPart.push_back(plan.rule.by != CombineBy::kMean || frame.weight > 0.0 ? 1 : 0);
+    }
+    return takesPart;
+}
+
 std::uint64_t MemoryFor(const CombinePlan& plan)
 {
     return std::min(plan.memory, MemoryBudget() - std::min(MemoryInUse(), MemoryBudget()));

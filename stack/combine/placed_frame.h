@@ -18,6 +18,9 @@ CORVANE_VISIBLE Mapping OnGrid(const Mapping& mapping, const Grid& grid);
 /// What the frames count for.
 std::vector<double> WeightsOf(const std::vector<Placement>& frames);
 
+/// Which frames have a part in the result: of a mean, those that count for something.
+std::vector<char> TakingPart(const CombinePlan& plan);
+
 /// What a plan may take of the memory that the budget leaves [bytes].
 std::uint64_t MemoryFor(const CombinePlan& plan);
 

@@ -19,16 +19,14 @@ RejectionTally::RejectionTally(const CombinePlan& plan)
     across_ = (plan.grid.width + cell_ - 1) / cell_;
     down_ = (plan.grid.height + cell_ - 1) / cell_;
     if (plan.rule.rejection != nullptr) {
-        for (const Placement& frame : plan.frames) {
-            takesPart_.push_back(plan.rule.by != CombineBy::kMean || frame.weight > 0.0 ? 1 : 0);
-        }
+        takesPart_ = TakingPart(plan);
         frames_.resize(plan.frames.size());
         dropped_.resize(static_cast<std::size_t>(across_) * down_);
     }
 }
 
 void RejectionTally::Add(int x, int row, int count, const std::vector<CombineLine>& lines, const double* low,
-                         const double* high)
+                         const double* high, int times)
 {
     int dropped[kStretch] = {};
     for (std::size_t i = 0; i < frames_.size(); ++i) {
@@ -46,13 +44,22 @@ void RejectionTally::Add(int x, int row, int count, const std::vector<CombineLin
             above += isAbove;
             dropped[k] += isBelow + isAbove;
         }
-        frames_[i].values += seen;
-        frames_[i].low += below;
-        frames_[i].high += above;
+        frames_[i].values += static_cast<long long>(times) * seen;
+        frames_[i].low += static_cast<long long>(times) * below;
+        frames_[i].high += static_cast<long long>(times) * above;
     }
     int* const cells = dropped_.data() + static_cast<std::ptrdiff_t>(row / cell_) * across_;
     for (int k = 0; k < count && !frames_.empty(); ++k) {
-        cells[(x + k) / cell_] += dropped[k];
+        cells[(x + k) / cell_] += times * dropped[k];
+    }
+}
+
+void RejectionTally::AddHigh(std::size_t frame, int x, int row)
+{
+    if (!frames_.empty()) {
+        ++frames_[frame].values;
+        ++frames_[frame].high;
+        ++dropped_[static_cast<std::size_t>(row / cell_) * across_ + x / cell_];
     }
 }
 

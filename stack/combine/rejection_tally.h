@@ -17,8 +17,11 @@ public:
     explicit RejectionTally(const CombinePlan& plan);
 
     /// Takes in a stretch of a row of the grid, given the values of all frames and the lowest and highest that are
-    /// kept.
-    void Add(int x, int row, int count, const std::vector<CombineLine>& lines, const double* low, const double* high);
+    /// kept; with times = -1, what was taken in like that goes out.
+    void Add(int x, int row, int count, const std::vector<CombineLine>& lines, const double* low, const double* high,
+             int times = 1);
+    /// Takes in one more value of a frame, as too high.
+    void AddHigh(std::size_t frame, int x, int row);
     /// Takes in what another thread has counted of the same plan.
     void Add(const RejectionTally& other);
 

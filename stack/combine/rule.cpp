@@ -7,17 +7,25 @@ namespace corvane::stack {
 namespace {
 
 constexpr int kFewestJudged = 3; // lights
-constexpr int kSeveral = 10;
 constexpr int kMany = 20;
 constexpr double kUsualSigmas = 3.0;
-constexpr double kSigmasOfSeveral = 4.0;
 constexpr double kUsualEnds = 1.0;
+constexpr int kUsualGrowth = 1;
 
 RejectMethod AutomaticMethod(int lights)
 {
     return lights < kFewestJudged ? RejectMethod::kNone
            : lights < kMany       ? RejectMethod::kWinsorized
                                   : RejectMethod::kSigma;
+}
+
+/// What growth finds, limits need not.
+double AutomaticSigmas(int lights, int grow)
+{
+    if (grow == 0) {
+        return lights >= 10 && lights < kMany ? 4.0 : kUsualSigmas;
+    }
+    return lights < 8 ? kUsualSigmas : lights < kMany ? 4.5 : 3.25;
 }
 
 /// By options of which all are set.
@@ -53,13 +61,16 @@ RejectOptions SettledRejection(const RejectOptions& options, CombineBy combine, 
 {
     const RejectMethod asked = AskedRejection(options, combine);
     const bool isAuto = asked == RejectMethod::kAuto;
-    const double usual = asked == RejectMethod::kMinMax                   ? kUsualEnds
-                         : isAuto && lights >= kSeveral && lights < kMany ? kSigmasOfSeveral
-                                                                          : kUsualSigmas;
-    return {.method = isAuto ? AutomaticMethod(lights) : asked,
+    const int grow = options.grow.value_or(isAuto ? kUsualGrowth : 0);
+    const RejectMethod method = isAuto ? AutomaticMethod(lights) : asked;
+    const double usual = asked == RejectMethod::kMinMax ? kUsualEnds
+                         : isAuto                       ? AutomaticSigmas(lights, grow)
+                                                        : kUsualSigmas;
+    return {.method = method,
             .low = options.low.value_or(usual),
             .high = options.high.value_or(usual),
-            .iterations = options.iterations};
+            .iterations = options.iterations,
+            .grow = method == RejectMethod::kNone ? 0 : grow};
 }
 
 CombineRule MakeRule(const RejectOptions& options, CombineBy combine, int lights)

@@ -26,6 +26,9 @@ struct RejectOptions {
     std::optional<double> low{};
     std::optional<double> high{}; ///< the same above
     int iterations = 0;           ///< at most; 0: until nothing changes
+    /// What lies within so many pixels of a trail or a larger hit goes, too, as `CombinePlan::grow` tells; unset: as
+    /// `SettledRejection` tells, else 0.
+    std::optional<int> grow{};
 };
 
 /// The method that the options ask for, which may be auto.
@@ -34,10 +37,11 @@ RejectMethod AskedRejection(const RejectOptions& options, CombineBy combine);
 /// The options with all set for so many lights, the method one other than auto.
 ///
 /// Auto takes none for two lights, of which nothing tells which is right, and from three on winsorized deviations,
-/// whose scale an outlier hardly widens. From 10 on its limits are 4: few values tell their own deviation poorly, so
-/// that 3 drops 1 good value of 100, the far ones, and that costs 4 % of depth where 4 costs 1 %; of fewer than 10
-/// lights 4 leaves some hits. From 20 on it takes deviations, which cost least time: they need more than eleven values
-/// for one to lie 3 of them off, and pass over some hits below 20.
+/// whose scale an outlier hardly widens, and grows what it rejects by a pixel. From 8 on its limits are 4.5: few values
+/// tell their own deviation poorly, so that 3 drops 1 good value of 100, the far ones, and that costs 3 % of depth; of
+/// fewer than 8 lights 4.5 leaves some hits. From 20 on it takes deviations, which cost least time, and limits of 3.25:
+/// where two hits meet they widen the deviation, so that 3.5 leaves some of 20 lights. Without growth the limits are 3,
+/// and 4 for 10 to 19 lights.
 RejectOptions SettledRejection(const RejectOptions& options, CombineBy combine, int lights);
 
 /// What becomes of the values that so many lights have at a pixel.

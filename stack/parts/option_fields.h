@@ -26,6 +26,7 @@ void ForEachField(T& reject, Visit visit)
     visit("low", reject.low);
     visit("high", reject.high);
     visit("iterations", reject.iterations);
+    visit("grow", reject.grow);
 }
 
 template <Either<PixelPlace> T, class Visit>

@@ -277,9 +277,13 @@ TEST_F(StackTest, LimitsOfRejectionGoByTheNumberOfLights)
         int lights;
         double far; // of 1, 2, 3 ...
         bool isKept;
-    } cases[] = {{2, 900.0, true}, {9, 16.0, false}, {9, 12.0, true}, {10, 16.0, true}, {10, 20.0, false}};
-    for (const auto& [lights, far, isKept] : cases) {
+        std::optional<int> grow{};
+    } cases[] = {{2, 900.0, true},    {7, 12.0, true},    {7, 14.0, false},    {8, 18.0, true},
+                 {8, 20.0, false},    {19, 38.0, true},   {20, 38.0, false},   {20, 36.0, true},
+                 {9, 16.0, false, 0}, {9, 12.0, true, 0}, {10, 16.0, true, 0}, {10, 20.0, false, 0}};
+    for (const auto& [lights, far, isKept, grow] : cases) {
         Options options;
+        options.reject.grow = grow;
         options.align = AlignMethod::kNone;
         double sum = 0.0;
         for (int i = 0; i < lights; ++i) {
