@@ -22,6 +22,7 @@ from typing import Any, Callable, Iterable, List, Optional, Sequence, Tuple
 
 from . import _core, operations
 from ._call import Path, Progress, follow, paths
+from ._files import replacing
 from ._night import Stack, _engine, _rows
 from .errors import ArgumentError, FileError
 
@@ -50,20 +51,11 @@ def _stamp(path: str) -> str:
     return f"{path}\n{known.st_size}\n{known.st_mtime_ns}"
 
 
-def _write(path: _Path, text: str) -> None:
-    """Writes a file that appears whole or not at all."""
-    part = path.with_name(f".{path.name}.{os.getpid()}.{threading.get_ident()}")
-    try:
-        try:
-            with open(part, "w", encoding="utf-8") as file:
-                file.write(text)
-                file.flush()
-                os.fsync(file.fileno())
-            os.replace(part, path)
-        finally:
-            part.unlink(missing_ok=True)
-    except OSError as error:
-        raise FileError(f"{path}: {error.strerror}", str(path), "", str(error.strerror)) from None
+def _write(path: Path, text: str) -> None:
+    with replacing(path) as part, open(part, "w", encoding="utf-8") as file:
+        file.write(text)
+        file.flush()
+        os.fsync(file.fileno())
 
 
 # What runs in a worker
@@ -400,25 +392,14 @@ def _apply_tiles(file: str, steps: List[str], client: Any, made: str, threads: i
         tasks = [client.submit(_ranges, tile, file, steps, pure=False) for tile in rows]
         levels = _levels(_done(client, "Looking for the levels...", tasks, told))
     head, planes = client.submit(_head, file, steps, levels, pure=False).result()
-    part = f"{made}.{os.getpid()}.part"
-    try:
-        _begin(part, head, _SAMPLE * width * height * planes)
+    samples = _SAMPLE * width * height * planes
+    with replacing(made) as part:
+        with open(part, "wb") as result:
+            result.write(head)
+            result.truncate(len(head) + -(-samples // _BLOCK) * _BLOCK)
         tasks = [client.submit(_tile, tile, file, steps, levels, part, len(head), threads, pure=False) for tile in rows]
         _done(client, "Working on tiles...", tasks, told)
-        os.replace(part, made)
-    finally:
-        _Path(part).unlink(missing_ok=True)
     return made
-
-
-def _begin(path: str, head: bytes, samples: int) -> None:
-    """A file with its beginning, and room for so many bytes of samples."""
-    try:
-        with open(path, "wb") as file:
-            file.write(head)
-            file.truncate(len(head) + -(-samples // _BLOCK) * _BLOCK)
-    except OSError as error:
-        raise FileError(f"{path}: {error.strerror}", path, "", str(error.strerror)) from None
 
 
 def _levels(ranges: "list[list]") -> "list[Tuple[float, float]]":
