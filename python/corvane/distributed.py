@@ -127,9 +127,22 @@ def _tile(
         raise FileError(f"{made}: {error.strerror}", made, "", str(error.strerror)) from None
 
 
-def _apply(file: str, steps: Tuple[str, ...], made: str, threads: int) -> None:
+def _apply(file: str, steps: Tuple[str, ...], made: str, key: str, threads: int) -> None:
     _bound()
     _core.write(made, _core.apply(_core.read(file), list(steps), None, threads), 0, "counts")
+    _write(_note(made), f"{key}\n{_stamp(made)}")
+
+
+def _note(made: str) -> _Path:
+    """The file that tells what a result was made of."""
+    return _Path(made).with_name(".made") / f"{_Path(made).name}.txt"
+
+
+def _is_made(made: str, key: str) -> bool:
+    try:
+        return _note(made).read_text(encoding="utf-8") == f"{key}\n{_stamp(made)}"
+    except OSError:
+        return False
 
 
 # What runs where the work is begun
@@ -297,7 +310,8 @@ def map(
     client : distributed.Client
         Where the work is done.
     output : path
-        The folder for the results, which keep their names and become FITS files.
+        The folder for the results, which keep their names and become FITS files. Those that lie there, made of the
+        same files and steps by this version, are not made again.
     worker_threads : int, default 1
         How many threads a task works with.
     progress : bool or callable, optional
@@ -315,8 +329,12 @@ def map(
     FileError
         A file that cannot be read or written.
     """
+    read, written = _core.files_of(list(steps))
+    if written:
+        reason = "would be written for each image"
+        raise ArgumentError(f"{written[0]}: {reason}", written[0], "", reason)
     place = _Path(os.path.abspath(os.fspath(output)))
-    place.mkdir(parents=True, exist_ok=True)
+    (place / ".made").mkdir(parents=True, exist_ok=True)
     named = paths(files)
     made = [str(place / f"{_Path(file).stem}.fits") for file in named]
     for file, result in zip(named, made):
@@ -324,10 +342,14 @@ def map(
             reason = "is both input and output" if made.count(result) == 1 else "is the result of several images"
             raise ArgumentError(f"{result}: {reason}", result, "", reason)
 
+    others = [_core.__version__, *steps, *(_stamp(file) for file in read)]
+    keys = [_digest(*others, _stamp(file)) for file in named]
+
     def work(told: Any) -> None:
         tasks = [
-            client.submit(_apply, file, tuple(steps), result, worker_threads, pure=False)
-            for file, result in zip(named, made)
+            client.submit(_apply, file, tuple(steps), result, key, worker_threads, pure=False)
+            for file, result, key in zip(named, made, keys)
+            if not _is_made(result, key)
         ]
         _done(client, "Working on images...", tasks, told)
 
