@@ -9,6 +9,7 @@
 #include "cli/report.h"
 #include "io/frame.h"
 #include "io/header.h"
+#include "io/sky.h"
 #include "stack/names.h"
 #include "stack/registered.h"
 
@@ -34,11 +35,13 @@ std::vector<io::Extension> ExtensionsOf(const CStlImage& image, stack::Result& r
     std::vector<io::Extension> extensions;
     for (const Map& map : kMaps) {
         CStlImage& samples = result.*map.image;
+        io::Header header = HeaderOf(map, result.header);
         if (samples.GetWidth() == image.GetWidth() && samples.GetHeight() == image.GetHeight()) {
             samples.SetCoordinates(image.GetCoordinates());
+            io::TakeCoordinates(result.header, header);
         }
         if (samples.GetPlanes() > 0) {
-            extensions.push_back({map.extension, samples, HeaderOf(map, result.header)});
+            extensions.push_back({map.extension, samples, header});
         }
     }
     return extensions;
