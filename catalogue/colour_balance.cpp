@@ -132,6 +132,7 @@ Operation NeutralSky()
             .inputs = {{.planes = Planes::Colour}},
             .parameters = {NumberParameter("value", "what the skies get", "counts", kAnyNumber, "the mean of them")},
             .footprint = Always(kWholeImage),
+            .skies = Skies::Joined,
             .run = RunNeutralSky};
 }
 
@@ -146,6 +147,7 @@ Operation WhiteBalance()
             .inputs = {{.planes = Planes::Colour}},
             .parameters = {FactorParameter("red"), FactorParameter("green"), FactorParameter("blue")},
             .footprint = [](const Arguments& given) { return AreFactorsGiven(given) ? Footprint{} : kWholeImage; },
+            .skies = Skies::Parted,
             .run = RunWhiteBalance};
 }
 

@@ -201,6 +201,7 @@ Operation Rgb()
                        {.name = "b", .summary = "the frame for blue"}},
             .parameters = RegistrationParameters({BalanceParameter("none"), OutsideParameter()}, {"R", "G", "B"}),
             .outputs = ColourOutputs(),
+            .skies = Skies::Balanced,
             .check = [](const Arguments& arguments) { CheckRegistration(arguments, 3); },
             .run = RunRgb};
 }
@@ -218,6 +219,7 @@ Operation Cmy()
                        {.name = "y", .summary = "the frame for yellow", .planes = Planes::Mono}},
             .parameters = RegistrationParameters({BalanceParameter("none"), OutsideParameter()}, {"C", "M", "Y"}),
             .outputs = ColourOutputs(),
+            .skies = Skies::Balanced,
             .check = [](const Arguments& arguments) { CheckRegistration(arguments, 3); },
             .run = RunCmy};
 }
@@ -245,6 +247,7 @@ Operation Lrgb()
                              "", {0.01, 100.0}, 1.0)},
             {"L", "RGB"}),
         .outputs = ColourOutputs(),
+        .skies = Skies::Joined,
         .check = CheckLrgb,
         .run = RunLrgb};
 }

@@ -55,15 +55,18 @@ void BlurTo(const stars::Measured& wider, const stars::Measured& sharper, CStlIm
 {
     const double growth = std::min(wider.value * wider.value - sharper.value * sharper.value, kWidest * kWidest);
     double square = growth;
+    bool isSure = false;
     CStlImage blurred(image);
     for (int round = 0; round < kBlurRounds; ++round) {
         Widen(blurred, image, square / (kFwhmOfSigma * kFwhmOfSigma), run);
-        const std::optional<stars::Measured> now = StarWidthOf(blurred, run);
+        const std::optional<stars::Measured> now = isSure ? std::nullopt : StarWidthOf(blurred, run);
         if (!now || now->value <= sharper.value || std::fabs(now->value - wider.value) < wider.error) {
             break;
         }
         const double grown = now->value * now->value - sharper.value * sharper.value;
+        const double change = growth / grown - 1.0;
         square = std::min(square * growth / grown, kWidest * kWidest);
+        isSure = change * change * growth < 2.0 * wider.value * wider.error; // what such a change leaves to another
     }
     image.Swap(&blurred);
 }

@@ -93,6 +93,14 @@ using OnFrame = void (*)(io::Frame& frame, const Arguments& arguments, const Run
 using OnInputs = Outputs (*)(Inputs& inputs, const Arguments& arguments, const Run& run);
 /// @}
 
+/// What becomes of the skies of a colour image's planes.
+enum class Skies {
+    Kept,    ///< they stay of one value if they were
+    Joined,  ///< they are brought to one value
+    Parted,  ///< they may differ, whatever they were
+    Balanced ///< brought to one value, unless the parameter balance is none
+};
+
 /// One operation, described as data: everything that help, checks, the command and programs need to know of it.
 struct Operation {
     std::string name;
@@ -104,6 +112,7 @@ struct Operation {
     std::function<Footprint(const Arguments&)> footprint{};
     std::vector<Output> outputs{Output{}};
     std::vector<std::string> aliases{}; ///< other names that are accepted
+    Skies skies = Skies::Kept;
 
     /// Throws Error when values that are allowed alone do not go together; empty when there is nothing to check.
     std::function<void(const Arguments&)> check{};

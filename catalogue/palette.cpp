@@ -144,6 +144,7 @@ std::vector<Operation> PaletteOperations()
                       .kind = OutputKind::Table,
                       .summary = "where each frame lies on the first: dx, dy, angle, scale; and by how many stars "
                                  "it is known"}},
+         .skies = Skies::Balanced,
          .run = RunPalette}};
 }
 

@@ -1,16 +1,21 @@
 #include "catalogue/shown.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstddef>
+#include <string>
+#include <string_view>
 #include <vector>
 
+#include "catalogue/names.h"
+#include "catalogue/operations.h"
 #include "catalogue/step.h"
 #include "corvane/core/error.h"
 
 namespace corvane::catalogue {
 namespace {
+
+constexpr std::string_view kDoneByCorvane = "corvane ";
+constexpr std::string_view kByStep = "apply ";
 
 void RunText(const std::string& step, io::Frame& frame)
 {
@@ -21,19 +26,31 @@ bool HasChosenLevels(const io::Frame& frame)
 {
     const std::vector<std::string> history = frame.header.History();
     return frame.image.HasOwnLevel() != 0 && std::any_of(history.begin(), history.end(), [](const std::string& line) {
-               return line.starts_with("corvane ");
+               return line.starts_with(kDoneByCorvane);
            });
 }
 
-/// What HISTORY says when the skies of planes were brought to one value, and what may have parted them again.
-constexpr std::array kJoinsSkies{"corvane apply neutral-sky", "corvane lrgb ", "balance: "};
-constexpr std::array kPartsSkies{"corvane apply white-balance", "corvane rgb ", "corvane cmy ", "corvane palette "};
-
-template <std::size_t N>
-bool BeginsWithOne(const std::string& line, const std::array<const char*, N>& beginnings)
+/// Whether a command's frames were balanced, as its line says or as is usual.
+bool IsBalanced(const Operation& operation, std::string_view line)
 {
-    return std::any_of(beginnings.begin(), beginnings.end(),
-                       [&](const char* beginning) { return line.starts_with(beginning); });
+    constexpr std::string_view kBalanceOption = " --balance ";
+    constexpr std::string_view kUnbalanced = "none";
+    if (const auto place = line.rfind(kBalanceOption); place != std::string_view::npos) {
+        return !line.substr(place + kBalanceOption.size()).starts_with(kUnbalanced);
+    }
+    return ToText(*FindNamed(operation.parameters, "balance")->defaultValue) != kUnbalanced;
+}
+
+/// What a line of HISTORY did to the skies of planes.
+Skies SkiesAfter(std::string_view line)
+{
+    line.remove_prefix(kDoneByCorvane.size());
+    line.remove_prefix(line.starts_with(kByStep) ? kByStep.size() : 0);
+    const Operation* const operation = FindNamed(Operations(), line.substr(0, line.find_first_of(" :")));
+    if (operation == nullptr || operation->skies != Skies::Balanced) {
+        return operation == nullptr ? Skies::Kept : operation->skies;
+    }
+    return IsBalanced(*operation, line) ? Skies::Joined : Skies::Parted;
 }
 
 /// Whether the planes have colours that one stretch for all would show.
@@ -41,7 +58,8 @@ bool HasOneSky(const io::Frame& frame)
 {
     bool hasOneSky = false;
     for (const std::string& line : frame.header.History()) {
-        hasOneSky = BeginsWithOne(line, kJoinsSkies) || (hasOneSky && !BeginsWithOne(line, kPartsSkies));
+        const Skies skies = line.starts_with(kDoneByCorvane) ? SkiesAfter(line) : Skies::Kept;
+        hasOneSky = skies == Skies::Joined || (hasOneSky && skies != Skies::Parted);
     }
     return hasOneSky;
 }

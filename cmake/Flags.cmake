@@ -36,8 +36,15 @@ target_compile_options(corvane_warnings INTERFACE
     "$<$<CXX_COMPILER_ID:Clang>:-Wno-bitwise-instead-of-logical;-Wno-pass-failed>")
 
 # Reading the standard library takes longer than compiling what most files add to it, so each target reads it once, and
-# what else many of its files include.
+# what else many of its files include. A target that is joined into one file does so anyway.
 function(corvane_precompile target)
+    get_target_property(folders ${target} SOURCES)
+    list(TRANSFORM folders REPLACE "/[^/]*$" "")
+    list(REMOVE_DUPLICATES folders)
+    list(LENGTH folders count)
+    if(CORVANE_BUILDS_ALL AND count EQUAL 1)
+        return()
+    endif()
     target_precompile_headers(${target} PRIVATE <algorithm> <array> <cmath> <cstdint> <functional> <limits> <memory>
         <optional> <string> <utility> <vector> ${ARGN})
 endfunction()

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Writes the functions of the package, one for each operation of the catalogue.
+"""Writes the functions of the package, one for each operation of the catalogue, and a stub with their types.
 
-usage: corvane ops --json | make_operations.py > corvane/operations.py
+usage: corvane ops --json | make_operations.py corvane/operations.py corvane/operations.pyi
 """
 
 from __future__ import annotations
@@ -10,24 +10,29 @@ import json
 import keyword
 import sys
 import textwrap
+from pathlib import Path
+from typing import NamedTuple, Optional
 
 HEADER = '''"""The operations of the catalogue as functions. Made by make_operations.py: do not edit."""
 
-from __future__ import annotations
+from ._call import several, step
+from ._night import register as _register
+from ._night import stack as _stack
+'''
+
+STUB_HEADER = '''# The types of the operations. Made by make_operations.py: do not edit.
 
 from typing import Any, Iterable, Literal, Optional, Sequence, Tuple, Union
 
 import numpy as np
 
-from ._call import ImageLike, Path, Progress, several, step
+from ._call import ImageLike, Path, Progress
 from ._core import Image
 from ._night import Registration, Stack
-from ._night import register as _register
-from ._night import stack as _stack
 
-#: (left, top, right, bottom) [pixels], right and bottom exclusive.
-Rectangle = Tuple[int, int, int, int]
-Files = Union[Path, Iterable[Path]]
+# (left, top, right, bottom) [pixels], right and bottom exclusive.
+_Rectangle = Tuple[int, int, int, int]
+_Files = Union[Path, Iterable[Path]]
 '''
 
 TYPES = {
@@ -40,7 +45,7 @@ TYPES = {
     "file": "Path",
     "output": "Path",
     "curve": "Sequence[Tuple[float, float]]",
-    "rectangle": "Rectangle",
+    "rectangle": "_Rectangle",
 }
 IN_WORDS = {
     "number": "float",
@@ -54,19 +59,29 @@ IN_WORDS = {
     "curve": "sequence of (x, y)",
     "rectangle": "(left, top, right, bottom)",
 }
+
+
+class Argument(NamedTuple):
+    """Of a function; without a default it must be given."""
+
+    name: str
+    type: str
+    default: Optional[str] = None
+
+
 LIMIT = 3.4e38  # what a sample can hold is no limit that a person set
 
 # What the night's jobs take besides, and how each is described.
 NIGHT = {
     "stack": [
-        ("masters", "Optional[Path]", "None", "folder in which masters are kept, to be taken up again"),
-        ("registered", "Optional[Path]", "None", "folder for each light that is used, on the grid of the stack"),
-        ("follow", "Optional[Sequence[str]]", "None", "two places of what moves among the stars, as X,Y@FILE"),
-        ("both", "bool", "False", "with follow: stack the stars, too"),
-        ("maps", "bool", "False", "tell coverage, weights, rejected values and noise of each sample"),
+        (Argument("masters", "Optional[Path]", "None"), "folder in which masters are kept, to be taken up again"),
+        (Argument("registered", "Optional[Path]", "None"), "folder for each light that is used, on the grid of the stack"),
+        (Argument("follow", "Optional[Sequence[str]]", "None"), "two places of what moves among the stars, as X,Y@FILE"),
+        (Argument("both", "bool", "False"), "with follow: stack the stars, too"),
+        (Argument("maps", "bool", "False"), "tell coverage, weights, rejected values and noise of each sample"),
     ],
     "register": [
-        ("masters", "Optional[Path]", "None", "folder in which masters are kept, to be taken up again"),
+        (Argument("masters", "Optional[Path]", "None"), "folder in which masters are kept, to be taken up again"),
     ],
 }
 
@@ -103,12 +118,12 @@ def default_of(parameter: dict) -> str:
     return json.dumps(text)
 
 
-def argument_of(parameter: dict, required: bool) -> str:
-    kind = type_of(parameter)
-    if required:
-        return f"{name_of(parameter['name'])}: {kind}"
+def argument_of(parameter: dict) -> Argument:
+    name, kind = name_of(parameter["name"]), type_of(parameter)
+    if parameter["required"]:
+        return Argument(name, kind)
     default = default_of(parameter)
-    return f"{name_of(parameter['name'])}: {f'Optional[{kind}]' if default == 'None' else kind} = {default}"
+    return Argument(name, f"Optional[{kind}]" if default == "None" else kind, default)
 
 
 def range_of(parameter: dict) -> str:
@@ -172,8 +187,8 @@ def docstring_of(operation: dict) -> str:
     for parameter in operation["parameters"]:
         entries += [entry(name_of(alias), "", f"Another name for {name_of(parameter['name'])}.").replace(" : ", "")
                     for alias in parameter.get("aliases", [])]
-    entries += [entry(name, kind.replace("Optional[", "").rstrip("]"), text.capitalize() + ".")
-                for name, kind, _, text in NIGHT.get(operation["name"], [])]
+    entries += [entry(argument.name, argument.type.replace("Optional[", "").rstrip("]"), text.capitalize() + ".")
+                for argument, text in NIGHT.get(operation["name"], [])]
     if len(operation["outputs"]) > 1 and not is_night:
         entries.append(entry("full", "bool, default False", "Return all outputs, as a named tuple."))
     entries.append(entry("progress", "bool or callable, optional", "True shows a bar; else progress(stage, done, total)."))
@@ -190,61 +205,75 @@ def docstring_of(operation: dict) -> str:
     return "\n\n".join(parts)
 
 
-def parameters_of(operation: dict) -> list[str]:
-    required = [argument_of(p, True) for p in operation["parameters"] if p["required"]]
-    others = [argument_of(p, False) for p in operation["parameters"] if not p["required"]]
-    aliases = [f"{name_of(alias)}: Any = None" for p in operation["parameters"] for alias in p.get("aliases", [])]
-    return required + others + aliases
+def parameters_of(operation: dict) -> list[Argument]:
+    parameters = sorted(operation["parameters"], key=lambda parameter: not parameter["required"])
+    aliases = [Argument(name_of(alias), "Any", "None") for p in operation["parameters"] for alias in p.get("aliases", [])]
+    return [argument_of(parameter) for parameter in parameters] + aliases
 
 
-def body_of(operation: dict) -> tuple[list[str], str, str]:
+def body_of(operation: dict) -> tuple[list[Argument], str, str]:
     """Arguments besides those of the catalogue, what is returned, and the call."""
     name = operation["name"]
     inputs = tuple(given["name"] for given in operation["inputs"])
     if name in NIGHT:
-        more = [f"{argument}: {kind} = {default}" for argument, kind, default, _ in NIGHT[name]]
+        more = [argument for argument, _ in NIGHT[name]]
         return more, "Stack" if name == "stack" else "Registration", f"_{name}({inputs}, locals())"
     if operation["step"]:
         return [], "Image", f"step({name!r}, locals())"
     outputs = {output["name"]: output["kind"] for output in operation["outputs"]}
     call = f"several({name!r}, {inputs}, {outputs}, locals())"
     made = {"image": "Image", "table": "np.ndarray", "numbers": "dict"}[next(iter(outputs.values()))]
-    return (["full: bool = False"], "Any", call) if len(outputs) > 1 else ([], made, call)
+    return ([Argument("full", "bool", "False")], "Any", call) if len(outputs) > 1 else ([], made, call)
 
 
-def inputs_of(operation: dict) -> tuple[list[str], list[str]]:
+def inputs_of(operation: dict) -> tuple[list[Argument], list[Argument]]:
     """Those that come by position, and those that come by name."""
     is_night = operation["name"] in NIGHT
-    kind = "Files" if is_night else "ImageLike"
+    kind = "_Files" if is_night else "ImageLike"
     first, others = [], []
     for given in operation["inputs"]:
         name = name_of(given["name"])
         if given["count"] == "any number":
-            others.append(f"{name}: Optional[{kind}] = None")
+            others.append(Argument(name, f"Optional[{kind}]", "None"))
         elif given["count"] == "several" and not is_night:
-            first.append(f"{name}: Sequence[ImageLike]")
+            first.append(Argument(name, "Sequence[ImageLike]"))
         else:
-            first.append(f"{name}: {kind}")
+            first.append(Argument(name, kind))
     return first, others
 
 
-def function_of(operation: dict) -> str:
+def plain(argument: Argument) -> str:
+    return argument.name if argument.default is None else f"{argument.name}={argument.default}"
+
+
+def typed(argument: Argument) -> str:
+    return f"{argument.name}: {argument.type}" + ("" if argument.default is None else f" = {argument.default}")
+
+
+def signature_of(operation: dict, with_types: bool) -> str:
     first, others = inputs_of(operation)
-    more, made, call = body_of(operation)
-    ends = ["progress: Progress = None", "threads: int = 0"]
-    arguments = first + ["*"] + others + parameters_of(operation) + more + ends
-    lines = [f"def {name_of(operation['name'])}("]
-    lines += [f"    {argument}," for argument in arguments]
-    lines += [f") -> {made}:", '    """' + textwrap.indent(docstring_of(operation), "    ").lstrip(), '    """']
-    return "\n".join(lines) + f"\n    return {call}\n"
+    more, made, _ = body_of(operation)
+    by_name = others + parameters_of(operation) + more
+    by_name += [Argument("progress", "Progress", "None"), Argument("threads", "int", "0")]
+    as_text = typed if with_types else plain
+    arguments = [*map(as_text, first), "*", *map(as_text, by_name)]
+    lines = "".join(f"\n    {argument}," for argument in arguments)
+    return f"def {name_of(operation['name'])}({lines}\n)" + (f" -> {made}:" if with_types else ":")
 
 
-def main() -> None:
+def function_of(operation: dict) -> str:
+    docstring = textwrap.indent(docstring_of(operation), "    ").lstrip()
+    return f'{signature_of(operation, False)}\n    """{docstring}\n    """\n    return {body_of(operation)[2]}\n'
+
+
+def main(module: str, stub: str) -> None:
     operations = json.load(sys.stdin)
     names = ",\n".join(f"    {json.dumps(name_of(operation['name']))}" for operation in operations)
     parts = [HEADER + f"\n__all__ = [\n{names},\n]\n"] + [function_of(operation) for operation in operations]
-    sys.stdout.write("\n\n".join(parts))
+    Path(module).write_text("\n\n".join(parts), encoding="utf-8")
+    types = [f"{signature_of(operation, True)} ...\n" for operation in operations]
+    Path(stub).write_text(STUB_HEADER + f"\n__all__ = [\n{names},\n]\n\n" + "\n".join(types), encoding="utf-8")
 
 
 if __name__ == "__main__":
-    main()
+    main(*sys.argv[1:])

@@ -214,9 +214,8 @@ StackJob::StackJob(Options options, Run run)
 StackJob::StackJob(SavedPlan plan, Run run) : StackJob(JudgedOptions(std::move(plan.options)), std::move(run))
 {
     for (std::size_t i = 0; i < plan.lights.size(); ++i) {
-        lights_.Take(static_cast<int>(i), std::move(plan.lights[i]));
+        Take(static_cast<int>(i), std::move(plan.lights[i]));
     }
-    CheckRecords();
     lights_.TakePlaces(plan.referenceLight, plan.reference, std::move(plan.notes));
 }
 
@@ -229,25 +228,23 @@ void StackJob::Calibrate()
 
 void StackJob::Take(int light, LightRecord record)
 {
+    CheckRecord(light, record);
     lights_.Take(light, std::move(record));
 }
 
-/// Refuses records that do not hold what the options ask for, or tell of other lights.
-void StackJob::CheckRecords() const
+/// Refuses a record that does not hold what the options ask for, or tells of another light.
+void StackJob::CheckRecord(int light, const LightRecord& record) const
 {
     const Plan& plan = lights_.GetPlan();
     const auto planes = static_cast<std::size_t>(plan.StackPlanes());
     const NormaliseMethod method = NormaliseOf(options_);
     const bool needsLevels = method != NormaliseMethod::kNone || options_.wantsReport;
-    for (int i = 0; i < plan.lights.Count(); ++i) {
-        const LightRecord record = lights_.RecordOf(i);
-        const SeenLight& seen = record.seen;
-        const bool hasLevels = seen.levels.size() == planes || (!needsLevels && seen.levels.empty());
-        const bool hasSky = method != NormaliseMethod::kLocal || seen.sky.size() == planes;
-        const bool isSame = record.report.file == plan.lights.Path(i);
-        if (!hasLevels || !hasSky || !isSame || !LieIn(record.hits, plan)) {
-            throw FileError(plan.lights.Path(i), "the plan was made of another light");
-        }
+    const SeenLight& seen = record.seen;
+    const bool hasLevels = seen.levels.size() == planes || (!needsLevels && seen.levels.empty());
+    const bool hasSky = method != NormaliseMethod::kLocal || seen.sky.size() == planes;
+    const bool isSame = record.report.file == plan.lights.Path(light);
+    if (!hasLevels || !hasSky || !isSame || !LieIn(record.hits, plan)) {
+        throw FileError(plan.lights.Path(light), "what was measured is of another light");
     }
 }
 

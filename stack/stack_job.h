@@ -63,7 +63,7 @@ private:
     const CombinePlan& Combining();
     Grid StackGrid();
     Band EmptyBand(const RowSpan& rows);
-    void CheckRecords() const;
+    void CheckRecord(int light, const LightRecord& record) const;
     void TakeRejected(Band& whole);
     void TakeImage(Band& whole);
     void CombineStars();

@@ -180,9 +180,9 @@ void LucyEngine::SetPsf()
 void LucyEngine::Stand()
 {
     if (!floor_.empty()) {
-        rows_.loops.Fill(estimate_, [e = estimate_.data(), d = rows_.data.data(), f = floor_.data()](std::size_t i) {
-            const float above = std::max(e[i], d[i]) - f[i];
-            return e[i] > 0.0F ? std::max(above, kLeastRise * e[i]) : 0.0F;
+        const float* const first = job_.initial != nullptr ? estimate_.data() : rows_.data.data();
+        rows_.loops.Fill(estimate_, [=, e = estimate_.data(), f = floor_.data()](std::size_t i) {
+            return e[i] > 0.0F ? std::max(first[i] - f[i], kLeastRise * e[i]) : 0.0F;
         });
     }
 }
@@ -230,7 +230,7 @@ LucyEnd LucyEngine::Iterate(int iteration)
     LucyIteration done;
     if (job_.mode == LucyMode::kPlain || job_.damping > 0.0) {
         rows_.Move(1.0, step_, estimate_);
-        convolver_.Convolve(estimate_.data(), model_.data(), progress_.Between(40.0, 80.0));
+        convolver_.Convolve(Image().data(), model_.data(), progress_.Between(40.0, 80.0));
         progress_.Reach(80.0);
         chiSquare_ = rows_.ReducedChiSquare(model_);
     } else {

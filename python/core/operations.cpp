@@ -10,6 +10,7 @@
 
 #include "catalogue/apply.h"
 #include "catalogue/operations.h"
+#include "catalogue/step.h"
 #include "corvane/core/error.h"
 #include "python/core/image.h"
 #include "python/core/run.h"
@@ -104,12 +105,28 @@ py::object RunTexts(const py::object& image, const std::vector<std::string>& ste
     return RunSteps(FrameOf(*given), parsed, {given}, run);
 }
 
+/// The files that steps read, and those that they write.
+std::pair<std::vector<std::string>, std::vector<std::string>> FilesOfSteps(const std::vector<std::string>& texts)
+{
+    std::pair<std::vector<std::string>, std::vector<std::string>> files;
+    for (const std::string& text : texts) {
+        const catalogue::Step step(text);
+        const auto add = [](std::vector<std::string>& to, const std::vector<std::string>& more) {
+            to.insert(to.end(), more.begin(), more.end());
+        };
+        add(files.first, catalogue::FilesOf(step.arguments));
+        add(files.second, catalogue::WrittenFilesOf(step.arguments));
+    }
+    return files;
+}
+
 } // namespace
 
 void BindOperations(py::module_& module)
 {
     module.def("run", &RunNamed, py::arg("operation"), py::arg("images"), py::arg("values"), py::arg("progress"),
                py::arg("threads"));
+    module.def("files_of", &FilesOfSteps, py::arg("steps"));
     module.def("apply", &RunTexts, py::arg("image"), py::arg("steps"), py::arg("progress"), py::arg("threads"));
     module.def(
         "read",

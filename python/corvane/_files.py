@@ -3,11 +3,33 @@
 from __future__ import annotations
 
 import os
-from typing import Literal
+import threading
+from contextlib import contextmanager
+from typing import Iterator, Literal
 
 from . import _core
 from ._call import ImageLike, Path
 from ._core import Image
+from .errors import FileError
+
+
+@contextmanager
+def replacing(path: Path) -> Iterator[str]:
+    """The name of a file to write beside the path, whose place it takes: what appears there is whole."""
+    folder, name = os.path.split(os.fspath(path))
+    part = os.path.join(folder, f".{os.getpid()}.{threading.get_ident()}.{name}")
+    try:
+        try:
+            yield part
+            os.replace(part, path)
+        finally:
+            if os.path.exists(part):
+                os.remove(part)
+    except OSError as error:
+        if error.errno is None:  # it names its file, or is no matter of files
+            raise
+        reason = str(error.strerror)
+        raise FileError(f"{os.fspath(path)}: {reason}", os.fspath(path), "", reason) from None
 
 
 def read(path: Path) -> Image:

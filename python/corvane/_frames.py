@@ -12,7 +12,7 @@ from astropy.nddata import CCDData, NDData, StdDevUncertainty
 from . import _core
 from ._call import Path, Progress, follow
 from ._core import Image
-from ._files import read
+from ._files import read, replacing
 from ._nddata import image_of, to_ccddata, unit_of
 from .errors import FileError, refusal
 
@@ -147,7 +147,8 @@ def combine(
     combined = to_ccddata(image, unit)
     combined.uncertainty = StdDevUncertainty(np.array(made["noise"]))
     if output_file is not None:
-        _write(combined, os.fspath(output_file))
+        with replacing(output_file) as part:
+            combined.write(part, format="fits")
     return combined
 
 
@@ -326,13 +327,3 @@ def _check_output(path: Optional[Path], overwrite: bool) -> None:
     if path is not None and os.path.exists(path) and not overwrite:
         reason = "exists; overwrite_output = True replaces it"
         raise FileError(f"{os.fspath(path)}: {reason}", os.fspath(path), "", reason)
-
-
-def _write(combined: CCDData, path: str) -> None:
-    part = f"{path}.{os.getpid()}.part"
-    try:
-        combined.write(part, format="fits")
-        os.replace(part, path)
-    finally:
-        if os.path.exists(part):
-            os.remove(part)

@@ -22,6 +22,7 @@ from typing import Any, Callable, Iterable, List, Optional, Sequence, Tuple
 
 from . import _core, operations
 from ._call import Path, Progress, follow, paths
+from ._files import replacing
 from ._night import Stack, _engine, _rows
 from .errors import ArgumentError, FileError
 
@@ -50,20 +51,11 @@ def _stamp(path: str) -> str:
     return f"{path}\n{known.st_size}\n{known.st_mtime_ns}"
 
 
-def _write(path: _Path, text: str) -> None:
-    """Writes a file that appears whole or not at all."""
-    part = path.with_name(f".{path.name}.{os.getpid()}.{threading.get_ident()}")
-    try:
-        try:
-            with open(part, "w", encoding="utf-8") as file:
-                file.write(text)
-                file.flush()
-                os.fsync(file.fileno())
-            os.replace(part, path)
-        finally:
-            part.unlink(missing_ok=True)
-    except OSError as error:
-        raise FileError(f"{path}: {error.strerror}", str(path), "", str(error.strerror)) from None
+def _write(path: Path, text: str) -> None:
+    with replacing(path) as part, open(part, "w", encoding="utf-8") as file:
+        file.write(text)
+        file.flush()
+        os.fsync(file.fileno())
 
 
 # What runs in a worker
@@ -135,9 +127,22 @@ def _tile(
         raise FileError(f"{made}: {error.strerror}", made, "", str(error.strerror)) from None
 
 
-def _apply(file: str, steps: Tuple[str, ...], made: str, threads: int) -> None:
+def _apply(file: str, steps: Tuple[str, ...], made: str, key: str, threads: int) -> None:
     _bound()
     _core.write(made, _core.apply(_core.read(file), list(steps), None, threads), 0, "counts")
+    _write(_note(made), f"{key}\n{_stamp(made)}")
+
+
+def _note(made: str) -> _Path:
+    """The file that tells what a result was made of."""
+    return _Path(made).with_name(".made") / f"{_Path(made).name}.txt"
+
+
+def _is_made(made: str, key: str) -> bool:
+    try:
+        return _note(made).read_text(encoding="utf-8") == f"{key}\n{_stamp(made)}"
+    except OSError:
+        return False
 
 
 # What runs where the work is begun
@@ -305,7 +310,8 @@ def map(
     client : distributed.Client
         Where the work is done.
     output : path
-        The folder for the results, which keep their names and become FITS files.
+        The folder for the results, which keep their names and become FITS files. Those that lie there, made of the
+        same files and steps by this version, are not made again.
     worker_threads : int, default 1
         How many threads a task works with.
     progress : bool or callable, optional
@@ -323,8 +329,12 @@ def map(
     FileError
         A file that cannot be read or written.
     """
+    read, written = _core.files_of(list(steps))
+    if written:
+        reason = "would be written for each image"
+        raise ArgumentError(f"{written[0]}: {reason}", written[0], "", reason)
     place = _Path(os.path.abspath(os.fspath(output)))
-    place.mkdir(parents=True, exist_ok=True)
+    (place / ".made").mkdir(parents=True, exist_ok=True)
     named = paths(files)
     made = [str(place / f"{_Path(file).stem}.fits") for file in named]
     for file, result in zip(named, made):
@@ -332,10 +342,14 @@ def map(
             reason = "is both input and output" if made.count(result) == 1 else "is the result of several images"
             raise ArgumentError(f"{result}: {reason}", result, "", reason)
 
+    others = [_core.__version__, *steps, *(_stamp(file) for file in read)]
+    keys = [_digest(*others, _stamp(file)) for file in named]
+
     def work(told: Any) -> None:
         tasks = [
-            client.submit(_apply, file, tuple(steps), result, worker_threads, pure=False)
-            for file, result in zip(named, made)
+            client.submit(_apply, file, tuple(steps), result, key, worker_threads, pure=False)
+            for file, result, key in zip(named, made, keys)
+            if not _is_made(result, key)
         ]
         _done(client, "Working on images...", tasks, told)
 
@@ -400,25 +414,14 @@ def _apply_tiles(file: str, steps: List[str], client: Any, made: str, threads: i
         tasks = [client.submit(_ranges, tile, file, steps, pure=False) for tile in rows]
         levels = _levels(_done(client, "Looking for the levels...", tasks, told))
     head, planes = client.submit(_head, file, steps, levels, pure=False).result()
-    part = f"{made}.{os.getpid()}.part"
-    try:
-        _begin(part, head, _SAMPLE * width * height * planes)
+    samples = _SAMPLE * width * height * planes
+    with replacing(made) as part:
+        with open(part, "wb") as result:
+            result.write(head)
+            result.truncate(len(head) + -(-samples // _BLOCK) * _BLOCK)
         tasks = [client.submit(_tile, tile, file, steps, levels, part, len(head), threads, pure=False) for tile in rows]
         _done(client, "Working on tiles...", tasks, told)
-        os.replace(part, made)
-    finally:
-        _Path(part).unlink(missing_ok=True)
     return made
-
-
-def _begin(path: str, head: bytes, samples: int) -> None:
-    """A file with its beginning, and room for so many bytes of samples."""
-    try:
-        with open(path, "wb") as file:
-            file.write(head)
-            file.truncate(len(head) + -(-samples // _BLOCK) * _BLOCK)
-    except OSError as error:
-        raise FileError(f"{path}: {error.strerror}", path, "", str(error.strerror)) from None
 
 
 def _levels(ranges: "list[list]") -> "list[Tuple[float, float]]":

@@ -72,7 +72,7 @@ for damage in 's/"weight":[^,}]*/"weight":-1/' 's/"used":true/"used":3/' \
     's/"reference_light":[0-9]*/"reference_light":99/' 's/"corvane":"[^"]*"/"corvane":"0.0.1"/' \
     's/"file":"night.light_003/"file":"light_004/' '$d'; do
     sed "$damage" plan.json >damaged.json
-    refuse 1 'damaged.json: |light_003.fits: the plan was made of another' \
+    refuse 1 'damaged.json: |light_003.fits: what was measured is of another' \
         stack --plan damaged.json --band 1/3 -o o.fits
 done
 finish

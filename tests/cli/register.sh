@@ -31,6 +31,21 @@ check 0 'rejected: .*noise of the sky: .* in the stack' stack "${lights[@]}" "$o
     $(grep -c 'src="data:image/png;base64,iVBORw0KGgo' s.html) -eq 7 && $(grep -o '<img ' s.html | wc -l) -eq 8 ]] ||
     fail 's.html shows other lights, or not where values were rejected'
 check 0 'HDU +3 REJECTED: 400 x 300 x 3' info 's.fits[NOISE]'
+
+# Maps lie on the sky as the stack does, what bends its coordinates included.
+cards=
+for card in "CTYPE1  = 'RA---TAN-SIP'" "CTYPE2  = 'DEC--TAN-SIP'" 'CRPIX1  = 200.0' 'CRVAL1  = 10.0' 'CD1_1   = -0.001' \
+            'A_ORDER = 2' 'A_2_0   = 1e-6'; do
+    cards+=$(printf '%-80s|' "$card")
+done
+mkdir sky
+for light in night/light_00[12].fits; do
+    LC_ALL=C sed "1s/END \{77\} \{560\}/${cards//|/}$(printf '%-80s' END)/" "$light" >"sky/${light##*/}"
+done
+check 0 '' stack sky/* -o sky.fits --with-maps
+check 0 '' apply 'sky.fits[NOISE]' -o noise.fits clip:min=0,max=9
+grep -aq 'A_2_0   = *1e-6' noise.fits || fail 'a map lies elsewhere on the sky than its stack'
+
 said=$("$CORVANE" stack "${lights[@]}" "$other" -o s.fits)
 [[ $(grep -c 'rejected: ' <<<"$said") -eq 1 ]] || fail "a light that was left out is named other than once: $said"
 check 0 '^$' register -q "${lights[@]}" --report r.json

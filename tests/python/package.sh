@@ -29,4 +29,5 @@ cp -r "$source"/{pyproject.toml,setup.py,README.md} "$work/source"
 CORVANE_BUILD=$build "$work/environment/bin/pip" install --quiet --no-build-isolation --no-index "$work/source"
 cd "$work/environment"
 try bin/python
-bin/pip show --files corvane | grep -q 'corvane/py.typed'
+files=$(bin/pip show --files corvane)
+[[ $files == *corvane/py.typed* && $files == *corvane/operations.pyi* ]]

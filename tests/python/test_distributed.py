@@ -1,9 +1,11 @@
 """Many processes make the bytes of one."""
 
 import os
+import shutil
 import subprocess
 
 import corvane
+import numpy as np
 import pytest
 
 distributed = pytest.importorskip("distributed")
@@ -169,6 +171,31 @@ def test_map_has_the_bytes_of_the_command(night, client, tmp_path):
         assert open(file, "rb").read() == (tmp_path / "alone" / light.name).read_bytes()
     with pytest.raises(corvane.ArgumentError, match="is both input and output"):
         corvane.distributed.map(lights, steps, client=client, output=night / "night")
+    with pytest.raises(corvane.ArgumentError, match="sky.fits: would be written for each image"):
+        corvane.distributed.map(lights, ["background:model-file=sky.fits"], client=client, output=tmp_path / "made")
+
+
+def test_map_makes_what_is_not_made(night, client, tmp_path):
+    shutil.copytree(night / "night", tmp_path / "night")
+    lights = sorted((tmp_path / "night").glob("light*"))[:3]
+    mask = tmp_path / "mask.fits"
+    corvane.write(mask, np.ones(corvane.read(lights[0]).shape, np.float32))
+
+    def made(*steps):
+        """Which results are written, by their numbers."""
+        before = [os.stat(file).st_ino if os.path.exists(file) else 0 for file in results]
+        corvane.distributed.map(lights, steps, client=client, output=tmp_path / "made")
+        return [i for i, file in enumerate(results) if os.stat(file).st_ino != before[i]]
+
+    results = [tmp_path / "made" / light.name for light in lights]
+    assert made(f"median:mask={mask}") == [0, 1, 2]
+    assert made(f"median:mask={mask}") == []
+    os.utime(lights[1])
+    results[2].write_bytes(results[2].read_bytes()[:-2880])
+    assert made(f"median:mask={mask}") == [1, 2]
+    os.utime(mask)
+    assert made(f"median:mask={mask}") == [0, 1, 2]
+    assert made("invert") == [0, 1, 2]
 
 
 @pytest.mark.parametrize(

@@ -268,11 +268,12 @@ TEST(Lucy, KeepsProtectedStarsFromDarkRingsAndHollowCores)
             v = std::min(v, most);
             isSaturated.push_back(v == most ? 1 : 0);
         }
-        const auto restored = [&](double skyNoise) {
+        const auto restored = [&](double skyNoise, int iterations = 20, double damping = 0.0) {
             return Result(data, {.psf = psf.data(),
                                  .psfWidth = 64,
                                  .psfHeight = 64,
-                                 .iterations = 20,
+                                 .iterations = iterations,
+                                 .damping = damping,
                                  .skyNoise = skyNoise,
                                  .isSaturated = skyNoise > 0.0 ? &isSaturated : nullptr});
         };
@@ -288,6 +289,7 @@ TEST(Lucy, KeepsProtectedStarsFromDarkRingsAndHollowCores)
             ASSERT_TRUE(isSaturated[i] == 0 || safe.v[i] == data.v[i]) << i;
         }
         EXPECT_TRUE(most < 1e9 || std::fabs(safe.v.sum() / data.v.sum() - 1.0) < 0.01);
+        EXPECT_NEAR(restored(25.0, 2, 0.01).v.sum() / data.v.sum(), 1.0, most < 1e9 ? 0.05 : 0.01);
     }
 }
 

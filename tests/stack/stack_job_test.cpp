@@ -157,7 +157,7 @@ TEST_F(StackJobTest, RefusesPlansOfOtherLights)
         EXPECT_PRED2(Holds, ErrorOf([&] {
                          StackJob(std::move(changed)).Combine({0, 9});
                      }),
-                     ".fits: the plan was made of another light");
+                     ".fits: what was measured is of another light");
     }
     SavedPlan both = plan;
     both.options.wantsBoth = true;
