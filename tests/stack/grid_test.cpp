@@ -156,15 +156,15 @@ TEST_F(GridTest, FollowsWhatMovesAndStacksTheStarsBeside)
     EXPECT_PRED2(Holds, result.frames[3].reason, "does not say when it was taken");
     const Position at = ObjectAt(0);
     double light = 0.0; // its place by its own samples: where other stars are gone none tell the finder their width
-    Position place{0.0, 0.0};
+    Position centre{0.0, 0.0};
     for (int i = 0; i < 13 * 13; ++i) {
         const double x = 144.0 + i % 13;
         const double y = 125.0 + i / 13;
         const double above = result.image.GetPixelGrayRaw(x, y, 0) - 200.0;
         light += above;
-        place = {place.x + above * (x - at.x), place.y + above * (y - at.y)};
+        centre = {centre.x + above * (x - at.x), centre.y + above * (y - at.y)};
     }
-    EXPECT_NEAR(std::hypot(place.x, place.y) / light, 0.0, 0.1);
+    EXPECT_NEAR(std::hypot(centre.x, centre.y) / light, 0.0, 0.1);
     EXPECT_NEAR(result.image.GetPixelGrayRaw(150, 131, 0), 5750.0, 300.0);
     EXPECT_LT(StarsIn(result.image, 0.0, 0.0), 10) << "some in corners that one light has";
     EXPECT_GT(StarsIn(result.stars, 0.0, 0.0), 30);
