@@ -22,7 +22,7 @@ _corvane_words() {
     'stack --bits') echo '-64 -32 8 16 32' ;;
     'stack --bits-scale') echo 'levels minmax none unit' ;;
     'stack --bayer') echo 'RGGB GRBG GBRG BGGR none' ;;
-    'stack --debayer') echo 'edge-aware bilinear' ;;
+    'stack --debayer') echo 'edge-aware linear bilinear' ;;
     'stack --align') echo 'stars shift none' ;;
     'stack --transform') echo 'auto similarity affine homography distortion' ;;
     'stack --combine') echo 'mean median sum max min' ;;
@@ -37,7 +37,7 @@ _corvane_words() {
     'stack --report') echo '.csv .html' ;;
     'register options') echo '--help --verbose --quiet --threads --bias --dark --flat --flat-dark --pedestal --cosmetic --cosmic --bayer --filter --allow-mixed --debayer --align --reference --onto --scale --transform --star --size --search --reject-fwhm --reject-stars --reject-background --report --masters --memory' ;;
     'register --bayer') echo 'RGGB GRBG GBRG BGGR none' ;;
-    'register --debayer') echo 'edge-aware bilinear' ;;
+    'register --debayer') echo 'edge-aware linear bilinear' ;;
     'register --align') echo 'stars shift none' ;;
     'register --transform') echo 'auto similarity affine homography distortion' ;;
     'register --report') echo '.csv .html' ;;
@@ -142,7 +142,7 @@ _corvane_words() {
     'saturate:') echo 'gain= red= green= yellow= blue= rect= mask= strength=' ;;
     'debayer:') echo 'pattern= method=' ;;
     'debayer pattern') echo 'auto RGGB GRBG GBRG BGGR' ;;
-    'debayer method') echo 'edge-aware bilinear' ;;
+    'debayer method') echo 'edge-aware linear bilinear' ;;
     'split:') echo 'component=' ;;
     'split component') echo 'r g b c m y' ;;
     'mean:') echo 'shape= weight= rect= mask= strength=' ;;

@@ -57,8 +57,6 @@ inline constexpr Names<Interpolation, 4> kInterpolationNames{{{"bilinear", Inter
                                                               {"lanczos3", Interpolation::kLanczos3},
                                                               {"lanczos4", Interpolation::kLanczos4}}};
 inline constexpr Names<DropKernel, 2> kDropNames{{{"square", DropKernel::kSquare}, {"point", DropKernel::kPoint}}};
-inline constexpr Names<DemosaicMethod, 2> kDemosaicNames{
-    {{"edge-aware", DemosaicMethod::kEdgeAware}, {"bilinear", DemosaicMethod::kBilinear}}};
 /// @}
 
 /// The value for a word; nothing for another word.

@@ -32,6 +32,8 @@ void TimeDemosaic(Run& run, DemosaicMethod method)
 
 const Line bilinear("colour/Demosaic/bilinear", Seconds(0.15),
                     [](Run& run) { TimeDemosaic(run, DemosaicMethod::kBilinear); });
+const Line linear("colour/Demosaic/linear", Seconds(0.15),
+                  [](Run& run) { TimeDemosaic(run, DemosaicMethod::kLinear); });
 const Line edgeAware("colour/Demosaic/edge-aware", Seconds(0.35),
                      [](Run& run) { TimeDemosaic(run, DemosaicMethod::kEdgeAware); });
 

@@ -100,6 +100,8 @@ private:
         const MadeColours made{Start(0), Start(1), Start(2) + shift, Start(3) + shift};
         if (method_ == DemosaicMethod::kBilinear) {
             demosaic::MakeBilinear(RowsAbout(next_), -shift, pairs_, made);
+        } else if (method_ == DemosaicMethod::kLinear) {
+            demosaic::MakeLinear(RowsAbout(next_), -shift, pairs_, made);
         } else {
             for (; made_ <= next_ + SplitRows::kReach; ++made_) {
                 demosaic::MakeGreen(RowsAbout(made_), -kBeyond, pairs_ + kBeyond, Green(made_));

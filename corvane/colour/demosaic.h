@@ -1,7 +1,9 @@
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "corvane/core/run.h"
 #include "corvane/core/stl_image.h"
@@ -20,8 +22,15 @@ CORVANE_API std::optional<BayerPattern> NamedBayerPattern(std::string_view name)
 /// How the missing colours are made.
 enum class DemosaicMethod {
     kBilinear,  ///< means of the nearest samples of a colour
+    kLinear,    ///< these, with a fixed part of the detail that the pixel's own colour shows
     kEdgeAware, ///< along edges, not across them, with the detail that the other colours show
 };
+
+/// What the methods are called.
+inline constexpr std::array<std::pair<const char*, DemosaicMethod>, 3> kDemosaicNames{
+    {{"edge-aware", DemosaicMethod::kEdgeAware},
+     {"linear", DemosaicMethod::kLinear},
+     {"bilinear", DemosaicMethod::kBilinear}}};
 
 /// So many rows above and below a row decide its colours.
 inline constexpr int kDemosaicMargin = 6;
@@ -41,6 +50,9 @@ struct MosaicRows {
 ///
 /// - A sample of a pixel's own colour stays as it is. `kBilinear` makes the others means of the two or four nearest
 ///   samples of the colour.
+/// - `kLinear` adds to these means what the pixel's own colour shows of detail: fixed parts of what it stands out from
+///   its colour in 5 x 5 pixels (H. S. Malvar, L. He and R. Cutler, 2004, IEEE International Conference on Acoustics,
+///   Speech and Signal Processing). The result is a linear function of the mosaic, so noise does not bias it.
 /// - `kEdgeAware` makes green at red and blue pixels first: from the two neighbours in the row and from the two in the
 ///   column, each mean sharpened by half of what the pixel stands out from its own colour at a distance of two, times
 ///   the slope of that mean over that colour in a window of 3 x 3 pixels of the colour. The estimate in the row counts

@@ -137,6 +137,35 @@ void MakeBilinear(const SplitRows& rows, int firstGreen, int count, const MadeCo
     Fill(firstGreen, count, made.otherAtGreen, [=](int j) { return 0.5 * Sum(otherAbove[j], otherBelow[j]); });
 }
 
+void MakeLinear(const SplitRows& rows, int firstGreen, int count, const MadeColours& made)
+{
+    const float* const own[] = {rows.Chroma(-2), rows.Chroma(0), rows.Chroma(2)};
+    const float* const green[] = {rows.Green(-2), rows.Green(0), rows.Green(2)};
+    const float* const greenBeside[] = {rows.Chroma(-1), rows.Chroma(1)};
+    const float* const other[] = {rows.Green(-1), rows.Green(1)};
+    const auto ofFour = [](const float* const* two, int i, int j) {
+        return Sum(two[0][i], two[0][j]) + Sum(two[1][i], two[1][j]);
+    };
+    // What a pixel stands out from four of its own colour at a distance of two.
+    const auto standsOut = [=](int i) {
+        return 4.0 * own[1][i] - (Sum(own[1][i - 1], own[1][i + 1]) + Sum(own[0][i], own[2][i]));
+    };
+    Fill(0, count, made.greenAtChroma, [=](int i) {
+        return 0.25 * (Sum(greenBeside[0][i], greenBeside[1][i]) + Sum(green[1][i], green[1][i + 1])) +
+               0.125 * standsOut(i);
+    });
+    Fill(0, count, made.otherAtChroma, [=](int i) { return 0.25 * ofFour(other, i, i + 1) + 0.1875 * standsOut(i); });
+    const auto inRow = [=](int j) { return Sum(green[1][j - 1], green[1][j + 1]); };
+    const auto inColumn = [=](int j) { return Sum(green[0][j], green[2][j]); };
+    const auto atGreen = [=](int j, double nearest, double along, double across) {
+        return 0.5 * nearest + 0.125 * (5.0 * green[1][j] - ofFour(greenBeside, j - 1, j) - along + 0.5 * across);
+    };
+    Fill(firstGreen, count, made.ownAtGreen,
+         [=](int j) { return atGreen(j, Sum(own[1][j - 1], own[1][j]), inRow(j), inColumn(j)); });
+    Fill(firstGreen, count, made.otherAtGreen,
+         [=](int j) { return atGreen(j, Sum(other[0][j], other[1][j]), inColumn(j), inRow(j)); });
+}
+
 void MakeEdgeAware(const SplitRows& rows, int firstGreen, int count, const MadeColours& made)
 {
     std::copy_n(rows.Made(0), count, made.greenAtChroma);

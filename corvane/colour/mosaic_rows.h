@@ -36,6 +36,7 @@ void MakeGreen(const SplitRows& rows, int first, int end, float* green);
 /// `MakeEdgeAware` needs the green that `MakeGreen` made two pixels beyond both ends.
 /// @{
 void MakeBilinear(const SplitRows& rows, int firstGreen, int count, const MadeColours& made);
+void MakeLinear(const SplitRows& rows, int firstGreen, int count, const MadeColours& made);
 void MakeEdgeAware(const SplitRows& rows, int firstGreen, int count, const MadeColours& made);
 /// @}
 
