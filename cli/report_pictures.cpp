@@ -81,6 +81,7 @@ std::string DevelopedPicture(const io::Frame& stack, const Run& run)
     silent.diagnostics = nullptr;
     try {
         catalogue::Reduce(frame, kLongestSide);
+        frame.image = CStlImage(frame.image); // the steps write into it, and the stack stays
         catalogue::RunRecipe(catalogue::FindRecipe(catalogue::kUsualRecipe), frame, silent);
     } catch (const Error& error) {
         return "<p>The stack cannot be shown: " + EscapedXml(error.what()) + "</p>\n";

@@ -6,6 +6,8 @@ source "$(dirname "$0")/check.bash"
 check 0 '' stack night/light* -o colour.fits --report report.html
 grep -A1 '<h1>' report.html | grep -q '^<img class="stack" .*src="data:image/jpeg;base64,/9j/' ||
     fail 'the report does not begin with the stack'
+check 0 '' stack night/light* -o alone.fits
+cmp -s colour.fits alone.fits || fail 'a report changes the stack'
 cp night/light_001.fits mono.fits
 echo 'no image' >text.fits
 printf '# mine\n\nclip:min=500,max=3000\n  invert\n' >my.recipe

@@ -4,18 +4,11 @@
 #include <cstddef>
 #include <utility>
 
+#include "tests/support/posix/sanitizers.h"
+
 static thread_local long long left = -1; // requests before the one that fails; -1 for none, -2 when it did
 
-// The sanitizer's allocator stays; compilers tell of it in two ways.
-#ifdef __SANITIZE_ADDRESS__
-#define CORVANE_SANITIZED
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define CORVANE_SANITIZED
-#endif
-#endif
-
-#ifndef CORVANE_SANITIZED
+#if !CORVANE_SANITIZES_ADDRESSES && !CORVANE_SANITIZES_THREADS // which have allocators of their own
 
 static bool Fails()
 {

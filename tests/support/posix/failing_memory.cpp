@@ -3,7 +3,11 @@
 #include <cstdlib>
 #include <new>
 
+#include "tests/support/posix/sanitizers.h"
+
 static thread_local long long left = -1; // allocations before the one that fails; -1 for none, -2 when it did
+
+#if !CORVANE_SANITIZES_THREADS // its own cannot be replaced: then nothing fails, and tests of that are left out
 
 // Replaced for the whole process, the libraries included, in all forms: under the sanitizers those that are not
 // replaced are the sanitizer's own, which does not take back what comes from elsewhere.
@@ -49,6 +53,8 @@ void operator delete[](void* memory, std::size_t) noexcept
 {
     std::free(memory);
 }
+
+#endif
 
 namespace corvane::test {
 
