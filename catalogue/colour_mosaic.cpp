@@ -41,7 +41,7 @@ BayerPattern ChosenPattern(const io::Frame& frame, const std::string& choice)
 
 DemosaicMethod ChosenMethod(const Arguments& arguments)
 {
-    const std::string name = arguments.Text("method");
+    const std::string& name = arguments.Text("method");
     return std::find_if(kDemosaicNames.begin(), kDemosaicNames.end(),
                         [&](const auto& each) { return each.first == name; })
         ->second;
