@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "corvane/colour/demosaic.h"
+#include "corvane/combine/drop.h"
 #include "corvane/combine/row_combiner.h"
 #include "corvane/core/interpolation.h"
 #include "corvane/platform/export.h"
-#include "stack/combine/drop.h"
 #include "stack/combine/normalise.h"
 #include "stack/combine/rule.h"
 #include "stack/combine/weights.h"

@@ -6,10 +6,10 @@
 #include <iterator>
 #include <limits>
 
+#include "corvane/combine/dropped_rows.h"
 #include "corvane/core/error.h"
 #include "corvane/core/memory_budget.h"
 #include "corvane/core/walk.h"
-#include "stack/combine/drop_row.h"
 #include "stack/combine/judged_rows.h"
 #include "stack/combine/placed_frame.h"
 
@@ -91,9 +91,10 @@ Drizzler::Drizzler(const DrizzlePlan& plan, FrameSource& source, const DrizzleTa
         const FrameFacts facts = source.Facts(placement.frame);
         const Mapping judged = OnGrid(placement.mapping, reference_);
         margin_ = std::max(margin_, 2 + static_cast<int>(std::ceil(1.0 / plan.grid.scale + 1.0 / judged.Scale())));
-        frames_.push_back(
-            {placement, judged, facts, RowWindow(judged, facts, 0, reference_.width, judging_.interpolation),
-             DroppedRows(OnGrid(placement.mapping, plan.grid), plan.drop, plan.kernel, facts, placement.weight)});
+        frames_.push_back({placement, judged, facts,
+                           RowWindow(judged, facts, 0, reference_.width, judging_.interpolation),
+                           DroppedRows(OnGrid(placement.mapping, plan.grid), plan.drop, plan.kernel, facts.width,
+                                       facts.planes, placement.weight)});
     }
     margin_ += judged_.Grown().Reach();
 }

@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "corvane/colour/demosaic.h"
+#include "corvane/combine/drop.h"
 #include "corvane/core/aligned_row.h"
 #include "stack/combine/combine.h"
-#include "stack/combine/drop.h"
 
 namespace corvane::stack {
 

@@ -2,7 +2,7 @@
 
 #include "corvane/core/mapping.h"
 
-namespace corvane::stack {
+namespace corvane {
 
 /// What a pixel becomes before it is dropped onto a finer grid.
 enum class DropKernel {
@@ -50,4 +50,4 @@ private:
     Edge edges_[4];
 };
 
-} // namespace corvane::stack
+} // namespace corvane

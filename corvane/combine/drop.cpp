@@ -1,9 +1,9 @@
-#include "stack/combine/drop.h"
+#include "corvane/combine/drop.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace corvane::stack {
+namespace corvane {
 
 namespace {
 
@@ -87,4 +87,4 @@ void Drop::Parts(const double* a, const double* b, int count, double* __restrict
     }
 }
 
-} // namespace corvane::stack
+} // namespace corvane

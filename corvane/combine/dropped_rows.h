@@ -3,17 +3,17 @@
 #include <cstddef>
 #include <vector>
 
+#include "corvane/combine/drop.h"
 #include "corvane/core/aligned_row.h"
-#include "stack/combine/drop.h"
-#include "stack/combine/frame_source.h"
+#include "corvane/platform/export.h"
 
-namespace corvane::stack {
+namespace corvane {
 
 /// Pixels of a row that drops are gathered for together.
 inline constexpr int kDropStretch = 256;
 
 /// What falls into a stretch of a row of a grid.
-struct DropSums {
+struct CORVANE_VISIBLE DropSums {
     int x;
     int row;
     int count;
@@ -37,9 +37,11 @@ private:
 };
 
 /// The rows of a frame that are in memory, to be dropped onto a grid.
-class DroppedRows {
+class CORVANE_VISIBLE DroppedRows {
 public:
-    DroppedRows(const Mapping& onGrid, double size, DropKernel kernel, const FrameFacts& facts, double weight);
+    /// Of a frame of so many columns and planes, which lies on the grid by a mapping and counts by a weight; drops are
+    /// `size` wide [pixels of the frame, 0..1].
+    DroppedRows(const Mapping& onGrid, double size, DropKernel kernel, int width, int planes, double weight);
 
     /// Takes room for other rows of all planes.
     void Begin(const RowSpan& rows);
@@ -69,4 +71,4 @@ private:
     std::vector<float> samples_;
 };
 
-} // namespace corvane::stack
+} // namespace corvane

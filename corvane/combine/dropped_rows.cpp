@@ -1,11 +1,11 @@
-#include "stack/combine/drop_row.h"
+#include "corvane/combine/dropped_rows.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <type_traits>
 
-namespace corvane::stack {
+namespace corvane {
 
 namespace {
 
@@ -44,9 +44,9 @@ void DropSums::Store(int blank, float* means, float* weights, float* coverage, f
     }
 }
 
-DroppedRows::DroppedRows(const Mapping& onGrid, double size, DropKernel kernel, const FrameFacts& facts, double weight)
-    : onGrid_(onGrid), drop_(onGrid, {0.0, 0.0}, size, kernel), size_(size), kernel_(kernel), width_(facts.width),
-      planes_(facts.planes), weight_(weight)
+DroppedRows::DroppedRows(const Mapping& onGrid, double size, DropKernel kernel, int width, int planes, double weight)
+    : onGrid_(onGrid), drop_(onGrid, {0.0, 0.0}, size, kernel), size_(size), kernel_(kernel), width_(width),
+      planes_(planes), weight_(weight)
 {}
 
 void DroppedRows::Begin(const RowSpan& rows)
@@ -108,6 +108,12 @@ void DroppedRows::Add(int plane, DropSums& sums) const
             y[i] = Bounded(at.y);
         }
     });
+    int firstColumns[kDropStretch];
+    int firstRows[kDropStretch];
+    for (int i = 0; i < count; ++i) {
+        firstColumns[i] = static_cast<int>(std::ceil(x[i] - reach));
+        firstRows[i] = static_cast<int>(std::ceil(y[i] - reach));
+    }
     int seen[kDropStretch] = {};
     int columns[kDropStretch];
     int rows[kDropStretch];
@@ -117,8 +123,8 @@ void DroppedRows::Add(int plane, DropSums& sums) const
     const int most = static_cast<int>(2.0 * reach) + 1;
     for (int k = 0; k < most * most; ++k) {
         for (int i = 0; i < count; ++i) {
-            columns[i] = static_cast<int>(std::ceil(x[i] - reach)) + k % most;
-            rows[i] = static_cast<int>(std::ceil(y[i] - reach)) + k / most;
+            columns[i] = firstColumns[i] + k % most;
+            rows[i] = firstRows[i] + k / most;
             a[i] = x[i] - columns[i];
             b[i] = y[i] - rows[i];
         }
@@ -131,4 +137,4 @@ void DroppedRows::Add(int plane, DropSums& sums) const
     }
 }
 
-} // namespace corvane::stack
+} // namespace corvane
