@@ -112,9 +112,10 @@ Operation Background()
             "clipped off in cells of the frame, and cells that stand above their surroundings, as nebulae and galaxies "
             "make them, are left out: those more than 3 standard deviations of the darker ones from the model, or "
             "about which half of the cells are more than 0.75 above it, round after round. A polynomial is told by the "
-            "rest of the frame and keeps the light of a nebula that fills half of it; spline follows what is left as "
-            "well, and mesh all that is wider than a hundred pixels, nebulae too. Subtract what light adds, as the "
-            "moon or a town; divide out what a flat should have. Cells of one value are no sky.",
+            "rest of the frame and keeps the light of a nebula that fills half of it. Where one fades slowly and "
+            "leaves no sky alone, its light is told from the sky by the way it fades. Spline follows what is "
+            "left as well, and mesh all that is wider than a hundred pixels, nebulae too. Subtract what light adds, as "
+            "the moon or a town; divide out what a flat should have. Cells of one value are no sky.",
         .parameters = {ChoiceParameter("mode", "what is done with the model", {"subtract", "divide"}, "subtract"),
                        ChoiceParameter("model", "what the sky is made of", {"polynomial", "spline", "mesh"},
                                        "polynomial"),

@@ -1,9 +1,7 @@
 #include "stars/sky_cells.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <iterator>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -12,29 +10,19 @@
 #include "stars/cell_grid.h"
 #include "stars/cell_sky.h"
 #include "stars/field_blocks.h"
-#include "stars/robust.h"
+#include "stars/sky_candidate.h"
+#include "stars/sky_halo.h"
 #include "stars/sort_samples.h"
 
 namespace corvane::stars {
 
 namespace {
 
-using Values = std::vector<SkyPolynomial::Value>;
-
-constexpr int kLeastCell = 8;          // pixels: fewer would not tell stars from sky
-constexpr int kMeasurements = 4;       // at most; each leaves less than a hundredth of what a cell bends within itself
-constexpr int kClimbRounds = 30;       // of leaving out cells
-constexpr int kGuessRounds = 10;       // of a fit by ranks
-constexpr double kGuessRank = 0.15;    // of the cells lie below the first guess: the rest may be nebula
-constexpr double kLeastDistance = 0.1; // deviations, in a fit by ranks
-constexpr double kSkyReach = 3.0;      // deviations that a cell of the sky may lie off
-constexpr int kMostAround = 4;         // cells
-constexpr double kMostVariance = 3000.0; // of a cell, over their number, at any place: polynomials of the whole frame
-                                         // have up to 155 in its corners; below a nebula that fills half of it they
-                                         // are known less well, yet far better than the nebula would tell them
-constexpr double kBetter = 2.5;          // by which a higher degree must be better to be chosen
-constexpr int kHighestChoice = 4;        // degrees
-constexpr double kNever = std::numeric_limits<double>::infinity();
+constexpr int kLeastCell = 8;     // pixels: fewer would not tell stars from sky
+constexpr int kMeasurements = 4;  // at most; each leaves less than a hundredth of what a cell bends within itself
+constexpr int kClimbRounds = 30;  // of leaving out cells
+constexpr double kBetter = 2.5;   // by which a higher degree must be better to be chosen
+constexpr int kHighestChoice = 4; // degrees
 
 /// Measures a cell above a polynomial; it is unknown when too few of its samples are defined.
 void Measure(const CStlImage& image, int plane, const CRect& area, const SkyPolynomial& polynomial,
@@ -54,113 +42,9 @@ void Measure(const CStlImage& image, int plane, const CRect& area, const SkyPoly
         SortSamples(samples);
         cell.step = cell.step < 0.0 ? StepOf(samples) : cell.step;
         const CellSky sky = ClippedSky(samples, cell.step);
-        cell.above = sky.level;
+        cell.above = sky.level - cell.halo;
         cell.noise = sky.noise / std::sqrt(static_cast<double>(samples.size()));
     }
-}
-
-bool IsKnown(const SkyCell& cell)
-{
-    return !std::isnan(cell.above);
-}
-
-/// The median deviation of cells that lie below the polynomial, as a standard deviation, but no less than noise makes
-/// it: nothing that stands before the sky has a part in it.
-double DeviationOf(const std::vector<SkyCell>& cells, const std::vector<double>& rest)
-{
-    std::vector<double> below;
-    std::vector<double> noises;
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-        if (IsKnown(cells[i])) {
-            noises.push_back(cells[i].noise);
-            if (rest[i] < 0.0) {
-                below.push_back(-rest[i]);
-            }
-        }
-    }
-    return std::max(kMedianToSigma * MedianOf(below), MedianOf(noises));
-}
-
-/// What the sky about a cell must be like for it to be sky: the median of the cells so far around lies at most so many
-/// deviations above it, about three times its noise.
-struct SkyAround {
-    int around;   ///< cells either way
-    double reach; ///< deviations
-};
-
-constexpr SkyAround kAnyAround{0, kNever};
-constexpr SkyAround kNearAround{2, 0.75};
-constexpr SkyAround kWideAround{kMostAround, 0.42};
-
-/// The median of what is known about a cell.
-double MedianAround(const SkyCells& sky, const std::vector<double>& rest, int i, int reach)
-{
-    const int column = i % sky.columns;
-    const int row = i / sky.columns;
-    std::array<double, (2 * kMostAround + 1) * (2 * kMostAround + 1)> around{};
-    auto end = around.begin();
-    for (int r = std::max(row - reach, 0); r <= std::min(row + reach, sky.rows - 1); ++r) {
-        for (int c = std::max(column - reach, 0); c <= std::min(column + reach, sky.columns - 1); ++c) {
-            const auto place = static_cast<std::size_t>(r) * sky.columns + c;
-            if (IsKnown(sky.cells[place])) {
-                *end++ = rest[place];
-            }
-        }
-    }
-    const auto middle = around.begin() + (end - around.begin()) / 2;
-    std::nth_element(around.begin(), middle, end);
-    return *middle;
-}
-
-/// What is left of each cell above a polynomial.
-std::vector<double> RestOf(const std::vector<SkyCell>& cells, const SkyPolynomial& polynomial)
-{
-    std::vector<double> rest;
-    std::transform(cells.begin(), cells.end(), std::back_inserter(rest),
-                   [&](const SkyCell& cell) { return cell.above - polynomial.At(cell.x, cell.y); });
-    return rest;
-}
-
-/// A polynomial fitted to cells of the sky, which cells those are, and how well that goes.
-struct SkyCandidate {
-    SkyCells sky;
-    SkyPolynomial polynomial;
-    double merit = 0.0;
-};
-
-/// Says anew which cells are sky; true when one has changed.
-bool ChooseSky(SkyCandidate& candidate, const SkyAround& skyAround)
-{
-    SkyCells& sky = candidate.sky;
-    const std::vector<double> rest = RestOf(sky.cells, candidate.polynomial);
-    const double deviation = DeviationOf(sky.cells, rest);
-    bool hasChanged = false;
-    double count = 0.0;
-    for (std::size_t i = 0; i < rest.size(); ++i) {
-        bool isSky = std::fabs(rest[i]) <= kSkyReach * deviation;
-        isSky = isSky && (skyAround.around == 0 || MedianAround(sky, rest, static_cast<int>(i), skyAround.around) <=
-                                                       skyAround.reach * deviation);
-        hasChanged = hasChanged || isSky != sky.cells[i].isSky;
-        sky.cells[i].isSky = isSky;
-        count += isSky ? 1.0 : (rest[i] < -kSkyReach * deviation ? -1.0 : 0.0); // nothing is darker than the sky
-    }
-    candidate.merit = count / deviation;
-    return hasChanged;
-}
-
-/// Fits the polynomial of a degree to what is sky; false when that does not tell it.
-bool FitToSky(SkyCandidate& candidate, int degree)
-{
-    Values values;
-    std::ptrdiff_t known = 0;
-    for (const SkyCell& cell : candidate.sky.cells) {
-        known += IsKnown(cell) ? 1 : 0;
-        if (cell.isSky) {
-            values.push_back({cell.x, cell.y, cell.above});
-        }
-    }
-    candidate.sky.degree = degree;
-    return candidate.polynomial.Fit(values, degree, kMostVariance / static_cast<double>(known));
 }
 
 /// Fits a polynomial to the sky, and finds out what is sky, in turns; false when the sky does not tell it.
@@ -174,31 +58,6 @@ bool Climb(SkyCandidate& candidate, int degree, const SkyAround& skyAround)
         }
     }
     return true;
-}
-
-/// The polynomial with so small a part below it of the cells that `counts` holds for, by weights that make distances of
-/// their squares.
-template <class Counts>
-SkyPolynomial FitByRank(const SkyCells& sky, int degree, Counts counts)
-{
-    SkyPolynomial polynomial = sky.polynomial.None();
-    std::vector<double> weights(sky.cells.size(), 1.0);
-    for (int round = 0; round < kGuessRounds; ++round) {
-        Values values;
-        for (std::size_t i = 0; i < sky.cells.size(); ++i) {
-            if (IsKnown(sky.cells[i]) && counts(sky.cells[i])) {
-                values.push_back({sky.cells[i].x, sky.cells[i].y, sky.cells[i].above, weights[i]});
-            }
-        }
-        polynomial.Fit(values, degree, kNever);
-        const std::vector<double> rest = RestOf(sky.cells, polynomial);
-        const double least =
-            std::max(kLeastDistance * DeviationOf(sky.cells, rest), std::numeric_limits<double>::min());
-        for (std::size_t i = 0; i < rest.size(); ++i) {
-            weights[i] = (rest[i] > 0.0 ? kGuessRank : 1.0 - kGuessRank) / std::max(std::fabs(rest[i]), least);
-        }
-    }
-    return polynomial;
 }
 
 /// Goes from a guess to a candidate; nothing when there is none of that degree.
@@ -221,14 +80,6 @@ void LeaveOutFaintest(std::optional<SkyCandidate>& best)
         if (Climb(finest, finest.sky.degree, kWideAround)) {
             best = std::move(finest);
         }
-    }
-}
-
-/// Takes another candidate for the best one when it is so many times better.
-void KeepBetter(std::optional<SkyCandidate>& best, std::optional<SkyCandidate> other, double factor)
-{
-    if (other && (!best || other->merit > factor * best->merit)) {
-        best = std::move(other);
     }
 }
 
@@ -264,6 +115,19 @@ std::optional<SkyCandidate> BestOfAll(const SkyCells& sky)
         KeepBetter(best, BestOfDegree(sky, degree), kBetter);
     }
     return best;
+}
+
+/// A polynomial below a halo, where it is much better than that of the sky by itself.
+std::optional<SkyCandidate> WithHalo(SkyCells sky, std::optional<int> degree)
+{
+    constexpr double kBetterWithHalo = 1.2;
+    SkyCandidate alone{sky, sky.polynomial.None()};
+    ChooseSky(alone, kAnyAround);
+    for (SkyCell& cell : sky.cells) {
+        cell.above += sky.polynomial.At(cell.x, cell.y);
+    }
+    sky.polynomial = sky.polynomial.None();
+    return BestWithHalo(sky, degree.value_or(1), degree.value_or(kHighestChoice), kBetterWithHalo * alone.merit);
 }
 
 /// Makes cells of one value, borders for one, unknown where they are the fewer ones.
@@ -313,18 +177,24 @@ SkyCells FitSkyCells(const CStlImage& image, int plane, std::optional<int> degre
     for (int i = 0; i < sky.columns * sky.rows; ++i) {
         sky.cells.push_back({grid.XOf(i % sky.columns), grid.YOf(i / sky.columns)});
     }
+    const auto measureAbove = [&](const SkyCandidate& candidate) {
+        sky = candidate.sky;
+        sky.polynomial = sky.polynomial + candidate.polynomial;
+        MeasureCells(image, plane, grid, run, sky);
+        run.ThrowIfCancelled();
+    };
     MeasureCells(image, plane, grid, run, sky);
     std::optional<SkyCandidate> best = degree ? BestUpTo(sky, *degree) : BestOfAll(sky);
     LeaveOutFaintest(best);
     for (int i = 1; best; ++i) {
-        const SkyPolynomial sum = sky.polynomial + best->polynomial;
         const bool isLast = i == kMeasurements || IsSettled(*best);
-        sky = std::move(best->sky);
-        sky.polynomial = sum;
-        MeasureCells(image, plane, grid, run, sky);
-        run.ThrowIfCancelled();
+        measureAbove(*best);
         best = isLast ? std::nullopt : CandidateFrom(sky, sky.degree, [](const SkyCell& cell) { return cell.isSky; });
         LeaveOutFaintest(best);
+    }
+    best = sky.degree >= 0 ? WithHalo(sky, degree) : std::nullopt;
+    if (best) {
+        measureAbove(*best);
     }
     return sky;
 }

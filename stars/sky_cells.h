@@ -16,7 +16,8 @@ struct SkyCell {
     double x = 0.0; ///< its middle [pixels]
     double y = 0.0;
     double above =
-        std::numeric_limits<double>::quiet_NaN(); ///< its level above a polynomial; NaN where it is not known
+        std::numeric_limits<double>::quiet_NaN(); ///< its level above polynomial and halo; NaN where it is not known
+    double halo = 0.0;                            ///< faint light about a nebula
     double noise = 0.0;                           ///< standard deviation of the level by that of its samples
     double step = -1.0;                           ///< between whole numbers; below 0 while it is not known
     bool isSky = false;                           ///< nothing in it stands above its surroundings
@@ -41,8 +42,13 @@ struct SkyCells {
 /// of the sky has, and stops where nebulae begin. Then cells with faint light, whose 25 neighbours lie 0.75 deviations
 /// above it by their median, are left out, too. Guesses by each half of the frame lead elsewhere where a nebula has an
 /// edge; that with the most cells of the sky over their deviation is taken, cells far below it counting against it. Of
-/// that one fainter light is left out: cells whose 81 neighbours lie 0.42 deviations above it. At last all is measured
-/// again above the polynomial, so that what is bent within a cell does not count.
+/// that one fainter light is left out: cells whose 81 neighbours lie 0.42 deviations above it.
+///
+/// Then all is measured again above the polynomial, so that what is bent within a cell does not count.
+///
+/// A nebula that fades slowly is above the sky as far as the frame goes, and no cell shows sky alone. So at last
+/// polynomials up to the third degree below a nebula with a halo (`BestWithHalo`) are tried, and the best is taken when
+/// it is 1.2 times better: its cells, but for those left out, then hold sky and halo, to their noise.
 ///
 /// Of the run its threads count, and it may be cancelled. Throws Cancelled.
 CORVANE_VISIBLE SkyCells FitSkyCells(const CStlImage& image, int plane, std::optional<int> degree, int across,

@@ -18,7 +18,7 @@ SkyPolynomial::SkyPolynomial(int width, int height)
       offsetY_(height > 1 ? 1.0 : 0.0)
 {}
 
-void SkyPolynomial::PowersAt(double u, double v, int degree, double* powers) const
+void SkyPolynomial::PowersAt(double u, double v, int degree, double* powers)
 {
     *powers = 1.0;
     for (int d = 1; d <= degree; ++d) { // each degree from the one before: all of it times u, and its last one times v

@@ -48,6 +48,11 @@ public:
     /// `most` times that of a value of weight 1.
     bool Fit(const std::vector<Value>& values, int degree, double most);
 
+    double Across(double x) const { return x * scaleX_ - offsetX_; } ///< -1 to 1 over the frame
+    double Down(double y) const { return y * scaleY_ - offsetY_; }
+    /// The powers at such a place, by rising degree.
+    static void PowersAt(double u, double v, int degree, double* powers);
+
     /// 0 all over the same frame.
     SkyPolynomial None() const
     {
@@ -70,10 +75,6 @@ private:
 
     template <int kDegree>
     std::optional<Factors> FactorsOf(const std::vector<Value>& values, double most) const;
-    double Across(double x) const { return x * scaleX_ - offsetX_; } ///< -1 to 1 over the frame
-    double Down(double y) const { return y * scaleY_ - offsetY_; }
-    /// The powers at a place, by rising degree.
-    void PowersAt(double u, double v, int degree, double* powers) const;
 
     double scaleX_;
     double offsetX_;

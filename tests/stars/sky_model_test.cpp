@@ -5,6 +5,7 @@
 #include <random>
 #include <utility>
 
+#include "stars/sky_cells.h"
 #include "tests/support/images.h"
 
 namespace corvane::stars {
@@ -44,6 +45,24 @@ double Nebula(int x, int y)
 double HalfNebula(int x, int)
 {
     return 100.0 * std::min(std::exp(-Unit(x) / 0.1), 1.0);
+}
+
+/// A galaxy, whose light fades slowly and reaches every corner.
+double Galaxy(int x, int y)
+{
+    return 100.0 * std::exp(-std::hypot(Unit(x) - 0.1, (Unit(y) + 0.1) / 0.7) / 0.35);
+}
+
+/// The same, half of it beyond the edge.
+double RimGalaxy(int x, int y)
+{
+    return Galaxy(x - kSkySide / 2, y);
+}
+
+/// A nebula that leaves nothing but the corners.
+double WideNebula(int x, int y)
+{
+    return 100.0 * std::exp(-2.0 * (std::pow(Unit(x) - 0.2, 2) + std::pow(Unit(y) + 0.1, 2)));
 }
 
 /// The gradient with noise, stars from 1 in 150 square pixels on, and a nebula.
@@ -98,11 +117,27 @@ TEST(SkyModel, RecoversPolynomialsIntoTheCorners)
     }
 }
 
-TEST(SkyModel, LeavesTheLightOfANebulaInHalfOfTheFrame)
+TEST(SkyModel, LeavesTheLightOfANebulaInHalfOfTheFrameAndMore)
 {
-    for (const auto& [degree, nebula] : {std::pair<int, NebulaLight>(1, Nebula), {2, Nebula}, {1, HalfNebula}}) {
-        const SkyModel with = *FitSkyModel(Frame(degree, 8.0, nebula), 0, SkyForm::kPolynomial, std::nullopt);
-        const SkyModel without = *FitSkyModel(Frame(degree, 8.0, NoNebula), 0, SkyForm::kPolynomial, std::nullopt);
+    struct Case {
+        int degree;
+        double noise;
+        NebulaLight nebula;
+        std::optional<int> asked{};
+    };
+    for (const auto& [degree, noise, nebula, asked] : {Case{1, 8.0, Nebula},
+                                                       {2, 8.0, Nebula},
+                                                       {1, 8.0, HalfNebula},
+                                                       {1, 8.0, Galaxy},
+                                                       {2, 2.0, Galaxy},
+                                                       {3, 1.0, Galaxy},
+                                                       {2, 2.0, Galaxy, 2},
+                                                       {1, 2.0, RimGalaxy},
+                                                       {1, 8.0, WideNebula},
+                                                       {2, 4.0, WideNebula},
+                                                       {2, 4.0, WideNebula, 2}}) {
+        const SkyModel with = *FitSkyModel(Frame(degree, noise, nebula), 0, SkyForm::kPolynomial, asked);
+        const SkyModel without = *FitSkyModel(Frame(degree, noise, NoNebula), 0, SkyForm::kPolynomial, degree);
         double light = 0.0;
         double lost = 0.0;
         std::vector<double> row(kSkySide);
@@ -115,7 +150,40 @@ TEST(SkyModel, LeavesTheLightOfANebulaInHalfOfTheFrame)
                 lost += row[x] - expected[x];
             }
         }
-        EXPECT_LT(std::fabs(lost / light), 0.02) << degree;
+        EXPECT_LT(std::fabs(lost / light), 0.02) << degree << ' ' << noise;
+    }
+}
+
+TEST(SkyModel, TellsTheHaloOfANebulaFromTheSky)
+{
+    struct Case {
+        NebulaLight nebula;
+        bool hasHalo;
+        int defined = kSkySide; ///< columns
+    };
+    for (const auto& [nebula, hasHalo, defined] : {Case{NoNebula, false},
+                                                   {Nebula, false},
+                                                   {HalfNebula, false},
+                                                   {Galaxy, true},
+                                                   {Galaxy, true, 300},
+                                                   {WideNebula, true}}) {
+        CStlImage frame = Frame(1, 2.0, nebula);
+        for (int i = 0; i < kSkySide * kSkySide; ++i) {
+            if (i % kSkySide >= defined) {
+                frame.SetPixelGrayRaw(i % kSkySide, i / kSkySide, NAN, 0);
+            }
+        }
+        const SkyCells sky = FitSkyCells(frame, 0, std::nullopt, 32, {});
+        double worst = 0.0;
+        double brightest = 0.0;
+        for (const SkyCell& cell : sky.cells) {
+            const double light = nebula(static_cast<int>(cell.x), static_cast<int>(cell.y));
+            brightest = std::max(brightest, cell.halo);
+            worst = std::max(worst, cell.isSky ? std::fabs(cell.halo - light) : 0.0);
+        }
+        EXPECT_EQ(sky.degree, 1);
+        EXPECT_EQ(brightest > 0.0, hasHalo);
+        EXPECT_LT(worst, hasHalo ? 2.0 : 5.0); // a cell's noise is 0.2, and its light may bend within it
     }
 }
 
