@@ -38,7 +38,10 @@ struct Grid {
     /// @}
 };
 
-/// Pixels of a row of a grid.
+/// Columns of a row that are combined at a time: those of all frames stay in a near cache.
+inline constexpr int kStretch = 256;
+
+/// Pixels of a row of a grid, `kStretch` at most.
 struct Stretch {
     int x;
     int row;

@@ -11,19 +11,14 @@ namespace {
 
 constexpr double kNoSlope = 1e-3; // pixels^2: nothing beside distances of cells, but something beside none
 
-/// The uniform cubic spline at a place, counted in cells: what the value before it and the next three count.
-struct SplineWeights {
-    int before;
-    std::array<double, 4> weights;
-
-    explicit SplineWeights(double place) : before(static_cast<int>(std::floor(place)) - 1)
-    {
-        const double t = place - std::floor(place);
-        const double s = 1.0 - t;
-        weights = {s * s * s / 6.0, (4.0 - 3.0 * t * t * (1.0 + s)) / 6.0, (4.0 - 3.0 * s * s * (1.0 + t)) / 6.0,
-                   t * t * t / 6.0};
-    }
-};
+/// The uniform cubic spline between two values, `t` of their distance from the first one: what the value before them,
+/// they and the next count.
+std::array<double, 4> SplineWeights(double t)
+{
+    const double s = 1.0 - t;
+    return {s * s * s / 6.0, (4.0 - 3.0 * t * t * (1.0 + s)) / 6.0, (4.0 - 3.0 * s * s * (1.0 + t)) / 6.0,
+            t * t * t / 6.0};
+}
 
 template <class Visit>
 void ForKnown(const stars::CellGrid& cells, Visit visit)
@@ -98,26 +93,39 @@ void OffsetField::Smooth()
     }
 }
 
-OffsetField::Row::Row(const OffsetField& field, double y) : field_(field), y_(y) {}
-
-double OffsetField::Row::At(double x)
+/// The spline down the columns that count in a cell.
+std::array<double, 4> OffsetField::ColumnsAbout(int cell, double y) const
 {
-    const SplineWeights across(field_.rest_.ColumnAt(x));
-    if (across.before != cell_) {
-        cell_ = across.before;
-        const SplineWeights down(field_.rest_.RowAt(y_));
-        for (int i = 0; i < 4; ++i) {
-            columns_[i] = 0.0;
-            for (int j = 0; j < 4; ++j) {
-                columns_[i] += down.weights[j] * Nearest(field_.rest_, cell_ + i, down.before + j);
-            }
+    const double place = rest_.RowAt(y);
+    const int row = static_cast<int>(std::floor(place));
+    const std::array<double, 4> down = SplineWeights(place - std::floor(place));
+    std::array<double, 4> columns{};
+    for (int i = 0; i < 4; ++i) {
+        for (int j = 0; j < 4; ++j) {
+            columns[i] += down[j] * Nearest(rest_, cell - 1 + i, row - 1 + j);
         }
     }
-    double sum = field_.plane_.At(x, y_);
-    for (int i = 0; i < 4; ++i) {
-        sum += across.weights[i] * columns_[i];
+    return columns;
+}
+
+void OffsetField::FillRow(double y, const double* x, int count, double* sums) const
+{
+    for (int i = 0; i < count;) {
+        const double cell = std::floor(rest_.ColumnAt(x[i]));
+        const auto isInCell = [&](double place) { return place >= cell && place < cell + 1.0; };
+        int end = i + 1;
+        for (; end < count && isInCell(rest_.ColumnAt(x[end])); ++end) {
+        }
+        const std::array<double, 4> columns = ColumnsAbout(static_cast<int>(cell), y);
+        for (; i < end; ++i) {
+            const std::array<double, 4> weights = SplineWeights(rest_.ColumnAt(x[i]) - cell);
+            double sum = plane_.At(x[i], y);
+            for (int k = 0; k < 4; ++k) {
+                sum += weights[k] * columns[k];
+            }
+            sums[i] = sum;
+        }
     }
-    return sum;
 }
 
 } // namespace corvane::stack

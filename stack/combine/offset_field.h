@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <limits>
 #include <vector>
 
 #include "corvane/platform/export.h"
@@ -39,25 +38,18 @@ public:
     /// C. de Boor, A practical guide to splines, Springer 1978, chapter X.
     explicit OffsetField(stars::CellGrid cells, const SlopingPlane& plane = {});
 
-    /// The sums along a row of places.
-    class CORVANE_VISIBLE Row {
-    public:
-        /// The field must outlive this.
-        Row(const OffsetField& field, double y);
-        /// The sum at a place; those of one cell after each other cost least.
-        double At(double x);
-
-    private:
-        const OffsetField& field_;
-        double y_;
-        int cell_ = std::numeric_limits<int>::min();
-        std::array<double, 4> columns_{}; ///< about this one, the spline down each of them
-    };
-
-    /// The sum at a place of the reference, the centre of the first sample at (0, 0).
-    double At(double x, double y) const { return Row(*this, y).At(x); }
+    /// The sums at places along a row of the reference, the centre of the first sample at (0, 0). Those of one cell
+    /// after each other cost least.
+    void FillRow(double y, const double* x, int count, double* sums) const;
+    double At(double x, double y) const
+    {
+        double sum = 0.0;
+        FillRow(y, &x, 1, &sum);
+        return sum;
+    }
 
 private:
+    std::array<double, 4> ColumnsAbout(int cell, double y) const;
     void TakeOffPlane();
     void Smooth();
 

@@ -54,8 +54,13 @@ void Normalise(const Placement& placement, const Grid& grid, const Stretch& stre
         }
     };
     if (const OffsetField* const field = planes[stretch.plane].field.get()) {
-        OffsetField::Row offsets(*field, grid.YOnReference(stretch.row));
-        change([&](int x) { return offsets.At(grid.XOnReference(stretch.x + x)); });
+        double places[kStretch] = {};
+        double offsets[kStretch];
+        for (int x = 0; x < stretch.count; ++x) {
+            places[x] = grid.XOnReference(stretch.x + x);
+        }
+        field->FillRow(grid.YOnReference(stretch.row), places, stretch.count, offsets);
+        change([&](int x) { return offsets[x]; });
     } else {
         change([offset = planes[stretch.plane].offset](int) { return offset; });
     }

@@ -11,9 +11,6 @@
 
 namespace corvane::stack {
 
-/// Columns of a row that are combined at a time: those of all frames stay in a near cache.
-inline constexpr int kStretch = 256;
-
 /// What one thread combines with.
 struct Workbench {
     /// `countsRejected`: what is rejected will be entered in the tally.

@@ -167,9 +167,9 @@ TEST(Demosaic, AgreesWithThePlainForm)
 {
     ForEachImage([](CStlImage& image) {
         for (const int p : {0, 1, 2, 3}) {
+            const char* const names[] = {"RGGB", "GRBG", "GBRG", "BGGR"};
+            const Mosaic mosaic(image, names[p]);
             for (const auto& [name, method] : kDemosaicNames) {
-                const char* const names[] = {"RGGB", "GRBG", "GBRG", "BGGR"};
-                const Mosaic mosaic(image, names[p]);
                 CStlImage colour;
                 Demosaic(image, static_cast<BayerPattern>(p), method, colour, {});
                 ASSERT_EQ(colour.GetPlanes(), 3);
