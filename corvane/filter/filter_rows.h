@@ -1,7 +1,9 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <span>
 
 #include "corvane/core/stl_image.h"
 #include "corvane/core/walk.h"
@@ -12,12 +14,17 @@ namespace corvane::filter {
 /// The widest band: a Gaussian of the largest deviation.
 inline constexpr int kMostRadius = 10;
 
-/// The rows of a plane about row y, mirrored at the edges, from column 0.
+/// The most rows that are made together.
+inline constexpr int kMostRowsTogether = 8;
+
+/// The rows of a plane about row y, or about as many rows from there on as are made together, mirrored at the edges,
+/// from column 0.
 class Band {
 public:
-    Band(const CStlImage& image, int y, int plane, int radius) : radius_(radius), width_(image.GetWidth())
+    Band(const CStlImage& image, int y, int plane, int radius, int together = 1)
+        : radius_(radius), width_(image.GetWidth())
     {
-        for (int i = 0; i <= 2 * radius; ++i) {
+        for (int i = 0; i < 2 * radius + together; ++i) {
             rows_[i] =
                 image.GetImageAdr(0, MirrorRow(static_cast<long long>(y) + i - radius, image.GetHeight()), plane, 1);
         }
@@ -25,7 +32,7 @@ public:
 
     int Radius() const { return radius_; }
     int Width() const { return width_; }
-    /// The row dy below the centre.
+    /// The row dy below row y.
     const float* Row(int dy) const { return rows_[dy + radius_]; }
 
     /// The neighbourhood of column x.
@@ -40,7 +47,7 @@ public:
     }
 
 private:
-    const float* rows_[2 * kMostRadius + 1];
+    const float* rows_[2 * kMostRadius + kMostRowsTogether];
     int radius_;
     int width_;
 };
@@ -107,19 +114,30 @@ public:
 
     int Left() const { return left_; }
     int Right() const { return right_; }
-    /// The rows of a block, none where there are no columns: calls visit(y) for each.
-    template <class Visit>
-    void ForRows(const RowBlock& block, Visit visit) const
-    {
-        for (int y = block.first; left_ < right_ && y < block.end; ++y) {
-            visit(y);
-        }
-    }
+    bool Any() const { return left_ < right_; }
 
 private:
     int left_;
     int right_;
 };
+
+/// Walks the rows of a filter, as many together as said: `kernelOf(plane)` gives a kernel, and make(kernel, columns,
+/// plane, y, rows) has it make the rows from y on. Fewer are left together at the end of a block.
+template <class KernelOf, class Make>
+void WalkFilter(CStlImage& target, const CStlImage& source, const CRect* rect, const Run& run, int textId, int together,
+                KernelOf kernelOf, Make make)
+{
+    const CRect area = WorkingArea(target, rect);
+    const SharedColumns columns(source, area);
+    const auto kernels = KernelsOf(target, kernelOf);
+    Stage stage(run, textId, static_cast<int>(area.bottom - area.top) * target.GetPlanes());
+    WalkBlocks(RowBlocks(area, target.GetPlanes(), together), target, {&source}, stage, 1, [&](const RowBlock& block) {
+        for (int y = block.first; columns.Any() && y < block.end; y += together) {
+            make(kernels[static_cast<std::size_t>(block.plane)], columns, block.plane, y,
+                 std::min(together, block.end - y));
+        }
+    });
+}
 
 /// Walks a filter: `kernelOf(plane)` gives the kernel, which is called for each row as kernel(band, left, right, out)
 /// with the band of the source and the target row, both from column 0. It keeps no buffers: threads share it.
@@ -127,16 +145,28 @@ template <class KernelOf>
 void FilterRows(CStlImage& target, const CStlImage& source, const CRect* rect, const Run& run, int textId, int radius,
                 KernelOf kernelOf)
 {
-    const CRect area = WorkingArea(target, rect);
-    const SharedColumns columns(source, area);
-    const auto kernels = KernelsOf(target, kernelOf);
-    Stage stage(run, textId, static_cast<int>(area.bottom - area.top) * target.GetPlanes());
-    WalkBlocks(RowBlocks(area, target.GetPlanes()), target, {&source}, stage, 1, [&](const RowBlock& block) {
-        columns.ForRows(block, [&, plane = block.plane](int y) {
-            kernels[static_cast<std::size_t>(plane)](Band(source, y, PlaneOf(source, plane), radius), columns.Left(),
-                                                     columns.Right(), target.GetImageAdr(0, y, plane));
-        });
-    });
+    WalkFilter(target, source, rect, run, textId, 1, kernelOf,
+               [&](const auto& kernel, const SharedColumns& columns, int plane, int y, int) {
+                   kernel(Band(source, y, PlaneOf(source, plane), radius), columns.Left(), columns.Right(),
+                          target.GetImageAdr(0, y, plane));
+               });
+}
+
+/// The same for kernels that make several rows together, which share what they read: called as kernel(band, left,
+/// right, out), with the rows of the target.
+template <class KernelOf>
+void FilterRowsTogether(CStlImage& target, const CStlImage& source, const CRect* rect, const Run& run, int textId,
+                        int radius, KernelOf kernelOf)
+{
+    WalkFilter(target, source, rect, run, textId, kMostRowsTogether, kernelOf,
+               [&](const auto& kernel, const SharedColumns& columns, int plane, int y, int rows) {
+                   std::array<float*, kMostRowsTogether> out{};
+                   for (int i = 0; i < rows; ++i) {
+                       out[static_cast<std::size_t>(i)] = target.GetImageAdr(0, y + i, plane);
+                   }
+                   kernel(Band(source, y, PlaneOf(source, plane), radius, kMostRowsTogether), columns.Left(),
+                          columns.Right(), std::span(out).first(static_cast<std::size_t>(rows)));
+               });
 }
 
 } // namespace corvane::filter

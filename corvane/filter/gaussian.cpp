@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <span>
 #include <utility>
 
 #include "corvane/core/exponential.h"
@@ -45,57 +46,102 @@ template <int kFirst, int kLast, class At>
     }(std::make_integer_sequence<int, kLast - kFirst + 1>());
 }
 
-/// Columns that are worked on at a time: few enough to stay in the nearest cache.
-constexpr int kBlock = 256;
+/// Columns that are worked on at a time: few enough for all that is held of them to stay in the nearest cache.
+constexpr int kStrip = 64;
 
-/// Rows that are read at a time. Those of a power of two apart share their places in the cache, and more of them would
-/// push each other out.
-constexpr int kRowsAtOnce = 11;
-
-/// A block of columns. The sums over the columns of the band have kRadius more on either side; where those lie outside
-/// of the image they are mirrored.
+/// The sums over the columns of a band, for each of the rows that are made together: of a strip, and of the 2 * kRadius
+/// columns before it. Columns outside of the image are mirrored.
 template <int kRadius>
-void GaussianBlock(const Band& band, const Weights& weights, int left, int right, float* __restrict out)
-{
-    const int begin = std::max(left - kRadius, 0);
-    const int end = std::min(right + kRadius, band.Width());
-    double sums[kBlock + 2 * kRadius];
-    const auto sum = [&](int x) -> double& { return sums[x - left + kRadius]; };
-    const auto in = [&](int x) { return [&, x](int d) { return static_cast<double>(band.Row(d)[x]); }; };
-    constexpr int kNear = std::min(kRadius, kRowsAtOnce / 2);
-    for (int x = begin; x < end; ++x) {
-        sum(x) = in(x)(0) * weights[0] + WeightedPairs<1, kNear>(weights, in(x));
-    }
-    if constexpr (kRadius > kNear) {
-        for (int x = begin; x < end; ++x) {
-            sum(x) += WeightedPairs<kNear + 1, kRadius>(weights, in(x));
+class ColumnSums {
+public:
+    static constexpr int kBefore = 2 * kRadius;
+
+    ColumnSums(const Band& band, const Weights& weights) : band_(band), weights_(weights) {}
+
+    /// Sums so many columns from `begin` on, at most a strip, and puts them at `to`. What is read is taken to double
+    /// once for all rows; columns that a strip lacks become 0.
+    void Sum(int begin, int count, int to)
+    {
+        double samples[2 * kRadius + kMostRowsTogether][kStrip];
+        for (int i = 0; i < 2 * kRadius + kMostRowsTogether; ++i) {
+            Read(band_.Row(i - kRadius), begin, count, samples[i]);
+            std::fill(samples[i] + count, samples[i] + kStrip, 0.0);
+        }
+        for (int i = 0; i < kMostRowsTogether; ++i) {
+            SumRow(samples + i, sums_[i] + to);
         }
     }
-    for (int x = left - kRadius; x < begin; ++x) {
-        sum(x) = sum(MirrorRow(x, band.Width()));
+
+    /// Makes the columns whose neighbours are there, of one row.
+    void MakeRow(std::size_t i, int count, float* __restrict out) const
+    {
+        const double* const sums = sums_[i] + kRadius;
+        for (int x = 0; x < count; ++x) {
+            const double others = WeightedPairs<1, kRadius>(weights_, [&](int d) { return sums[x + d]; });
+            out[x] = static_cast<float>(sums[x] * weights_[0] + others);
+        }
     }
-    for (int x = end; x < right + kRadius; ++x) {
-        sum(x) = sum(MirrorRow(x, band.Width()));
+
+    /// Goes on to the next strip.
+    void Advance()
+    {
+        for (auto& row : sums_) {
+            std::copy_n(row + kStrip, kBefore, row);
+        }
     }
-    for (int x = left; x < right; ++x) {
-        const double others = WeightedPairs<1, kRadius>(weights, [&](int d) { return sum(x + d); });
-        out[x] = static_cast<float>(sum(x) * weights[0] + others);
+
+private:
+    void Read(const float* row, int begin, int count, double* __restrict out) const
+    {
+        const int width = band_.Width();
+        if (begin >= 0 && begin + count <= width) {
+            std::copy_n(row + begin, count, out);
+            return;
+        }
+        for (int i = 0; i < count; ++i) {
+            out[i] = row[MirrorRow(begin + i, width)];
+        }
     }
-}
+
+    void SumRow(const double (*samples)[kStrip], double* __restrict sums) const
+    {
+        constexpr int kNear = std::min(kRadius, 5);
+        for (int x = 0; x < kStrip; ++x) {
+            const auto in = [&](int d) { return samples[kRadius + d][x]; };
+            sums[x] = in(0) * weights_[0] + WeightedPairs<1, kNear>(weights_, in);
+            if constexpr (kRadius > kNear) {
+                sums[x] += WeightedPairs<kNear + 1, kRadius>(weights_, in);
+            }
+        }
+    }
+
+    const Band& band_;
+    const Weights& weights_;
+    double sums_[kMostRowsTogether][kBefore + kStrip];
+};
 
 template <int kRadius>
-void GaussianRow(const Band& band, const Weights& weights, int left, int right, float* out)
+void GaussianRows(const Band& band, const Weights& weights, int left, int right, std::span<float* const> out)
 {
-    ForEachBlock(band, left, right, kBlock, out,
-                 [&](int first, int count) { GaussianBlock<kRadius>(band, weights, first, first + count, out); });
+    using Sums = ColumnSums<kRadius>;
+    Sums sums(band, weights);
+    sums.Sum(left - kRadius, Sums::kBefore, 0);
+    for (int x = left; x < right; x += kStrip) {
+        const int count = std::min(kStrip, right - x);
+        sums.Sum(x + kRadius, count, Sums::kBefore);
+        for (std::size_t i = 0; i < out.size(); ++i) {
+            sums.MakeRow(i, count, out[i] + x);
+        }
+        sums.Advance();
+    }
 }
 
-using Row = void (*)(const Band& band, const Weights& weights, int left, int right, float* out);
+using Rows = void (*)(const Band& band, const Weights& weights, int left, int right, std::span<float* const> out);
 
-Row RowOf(int radius)
+Rows RowsOf(int radius)
 {
     constexpr auto kRows = []<int... kI>(std::integer_sequence<int, kI...>) {
-        return std::array<Row, kMostRadius>{GaussianRow<kI + 1>...};
+        return std::array<Rows, kMostRadius>{GaussianRows<kI + 1>...};
     }(std::make_integer_sequence<int, kMostRadius>());
     return kRows[static_cast<std::size_t>(radius - 1)];
 }
@@ -112,9 +158,11 @@ void CImgFilter::GaussianFilter(double sigma, const CStlImage& source, const CRe
     sigma = sigma > 0.1 ? std::min(sigma, 5.0) : 0.1;
     const int radius = static_cast<int>(std::ceil(2.0 * sigma));
     const Weights weights = MakeWeights(sigma, radius);
-    const Row row = RowOf(radius);
-    FilterRows(*this, source, rect, run, IDS_GAUSSIAN, radius, [&](int) {
-        return [&](const Band& band, int left, int right, float* out) { row(band, weights, left, right, out); };
+    const Rows rows = RowsOf(radius);
+    FilterRowsTogether(*this, source, rect, run, IDS_GAUSSIAN, radius, [&](int) {
+        return [&](const Band& band, int left, int right, std::span<float* const> out) {
+            rows(band, weights, left, right, out);
+        };
     });
 }
 

@@ -37,8 +37,9 @@ void FilterPixels(CStlImage& target, const CStlImage& source, const CRect* rect,
     Stage stage(run, textId, static_cast<int>(area.bottom - area.top) * steps);
     WalkBlocks(RowBlocks(area), target, {&source}, stage, steps, [&](const RowBlock& block) {
         Kernel ownKernel = kernel;
-        columns.ForRows(block,
-                        [&](int y) { ownKernel(PlaneBands(source, y, radius), y, columns.Left(), columns.Right()); });
+        for (int y = block.first; columns.Any() && y < block.end; ++y) {
+            ownKernel(PlaneBands(source, y, radius), y, columns.Left(), columns.Right());
+        }
     });
 }
 
