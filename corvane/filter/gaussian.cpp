@@ -47,7 +47,7 @@ template <int kFirst, int kLast, class At>
 }
 
 /// Columns that are worked on at a time: few enough for all that is held of them to stay in the nearest cache.
-constexpr int kStrip = 64;
+constexpr int kStrip = 96;
 
 /// The sums over the columns of a band, for each of the rows that are made together: of a strip, and of the 2 * kRadius
 /// columns before it. Columns outside of the image are mirrored.
