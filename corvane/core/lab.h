@@ -38,17 +38,35 @@ inline constexpr double kGammaFloor = 1e-7; ///< colours whose mean is below it 
 inline constexpr double kLinearBelow = 0.008856;
 inline constexpr double kLinearOffset = 16.0 / 116.0;
 
-/// The factor that takes a colour from one side of the gamma to the other: a power of its mean.
-constexpr double GammaFactor(const Rgb& colour, double exponent)
+/// @name The factors that take a colour from one side of the gamma to the other: powers of its mean
+/// @{
+constexpr double MeanOf(const Rgb& colour)
 {
-    const double mean = (colour.r + colour.g + colour.b) * kThirdOfSum;
-    const double power = PowOfNormal(mean, exponent);
-    return mean >= kGammaFloor ? power : 1.0;
+    return (colour.r + colour.g + colour.b) * kThirdOfSum;
 }
+
+/// The mean to the power 1.2.
+constexpr double LinearFactor(double mean)
+{
+    const double root = InverseFifthRootOfNormal(mean);
+    const double half = mean * root * root; // to the power 0.6
+    const double finite = mean >= kGammaFloor ? half * half : 1.0;
+    return mean == std::numeric_limits<double>::infinity() ? mean : finite;
+}
+
+/// The mean to the power -6/11, which is 1 / 2.2 - 1.
+constexpr double DisplayFactor(double mean)
+{
+    const double root = InverseEleventhRootOfNormal(mean);
+    const double cube = root * root * root;
+    const double finite = mean >= kGammaFloor ? cube * cube : 1.0;
+    return mean == std::numeric_limits<double>::infinity() ? 0.0 : finite;
+}
+/// @}
 
 constexpr Rgb Linearise(const Rgb& colour)
 {
-    const double k = GammaFactor(colour, 1.2000000000000002);
+    const double k = LinearFactor(MeanOf(colour));
     return {k * colour.r, k * colour.g, k * colour.b};
 }
 
@@ -97,9 +115,11 @@ constexpr Lab ToLab(const Xyz& colour)
 constexpr Xyz ToXyz(const Lab& colour)
 {
     constexpr double kLinearLightness = 7.999536239999999;
+    constexpr double kPerLightness = 0.0011070641765103123;
+    static_assert(kLinearLightness * kPerLightness <= kLinearBelow); // so where y is above, f is its cube root
     const double f = (colour.l + 16.0) * 0.008620689655172414;
-    const double y = colour.l <= kLinearLightness ? colour.l * 0.0011070641765103123 : f * f * f;
-    const double fy = ToLabScale(y);
+    const double y = colour.l <= kLinearLightness ? colour.l * kPerLightness : f * f * f;
+    const double fy = y > kLinearBelow ? f : 7.78 * y + kLinearOffset;
     return {FromLabScale(colour.a * 0.002 + fy) * kWhite, y * kWhite, FromLabScale(fy - colour.b * 0.005) * kWhite};
 }
 
@@ -111,7 +131,7 @@ constexpr Rgb ToRgb(const Xyz& colour)
     const double g = (colour.z - 5.5943 * b) * 17.699115044247787;
     const double r = colour.y - 4.5907 * g - 0.0601 * b;
     const Rgb linear{notBelow0(r), notBelow0(g), notBelow0(b)};
-    const double k = GammaFactor(linear, -0.5454545454545454);
+    const double k = DisplayFactor(MeanOf(linear));
     return {linear.r * k, linear.g * k, linear.b * k};
 }
 /// @}

@@ -109,37 +109,67 @@ constexpr double Pow(double x, double y)
     return x >= 0.0 ? (isEnd ? atEnd : inRange) : std::numeric_limits<double>::quiet_NaN();
 }
 
-/// The same bits with fewer operations, for a normal x above 0, or infinity, and a y above -0.99 that the compiler
-/// knows; a number for any other x.
-constexpr double PowOfNormal(double x, double y)
+/// v * x^N, in an order in which nothing on the way leaves the range of numbers where v and the result do not.
+template <int kN>
+constexpr double TimesPower(double v, double x)
 {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    if constexpr (kN == 0) {
+        return v;
+    } else {
+        return TimesPower<kN / 2>(kN % 2 == 1 ? v * x : v, x * x);
+    }
+}
 
-    const Power power = Raise(Log2OfNormal(x), y);
-    const double above = power.log > 1023.0 ? kInfinity : power.value;
-    const double below = x < kInfinity ? power.value : 0.0; // no power of a finite x is too small
-    return y > 0.0 ? above : below;
+/// What (1 - e)^(-1/N) adds to 1, divided by e, is a series with these terms.
+template <int kN>
+inline constexpr std::array<double, 4> kRootTerms = [] {
+    std::array<double, 4> terms{1.0 / kN};
+    for (std::size_t i = 1; i < terms.size(); ++i) {
+        terms[i] = terms[i - 1] * static_cast<double>(1 + kN * static_cast<int>(i)) / (kN * static_cast<double>(i + 1));
+    }
+    return terms;
+}();
+
+/// A value close to v^(-1/N) made closer: its relative error is raised to the fifth power.
+template <int kN>
+constexpr double CloserInverseRoot(double v, double near)
+{
+    const double e = 1.0 - TimesPower<kN>(v, near);
+    return near + near * e * Polynomial(kRootTerms<kN>, e);
+}
+
+/// v^(-1/N) of a normal number above 0, to one part in 28: by a part of the exponent, taken from the bits. `kOne` is
+/// about (1 + 1/N) times the upper half of the bits of 1.0, moved so that the error is the same to both sides.
+template <int kN>
+constexpr double RoughInverseRoot(double v, double kOne)
+{
+    const double root = kOne - ToDouble(std::bit_cast<std::uint64_t>(v) >> 32) * (1.0 / kN);
+    return std::bit_cast<double>(std::bit_cast<std::uint64_t>(root + 0x1p52) << 32);
 }
 
 /// The cube root of a normal number above 0, within 1.5 units in the last place, in plain arithmetic and without
 /// branches; a number or NaN for anything else.
-///
-/// A third of the exponent, taken from the bits, gives 1 / cbrt(x) to one part in 28, and the binomial series of what
-/// is left improves it to 2e-6; the root itself takes one such step more.
 constexpr double CbrtOfNormal(double v)
 {
-    // 4/3 of the upper half of the bits of 1.0, moved so that the error is the same to both sides.
-    constexpr double kGuess = 1430186000.0;
-    constexpr double kThird = 1.0 / 3.0;
-
-    const double third = kGuess - ToDouble(std::bit_cast<std::uint64_t>(v) >> 32) * kThird;
-    const double guess = std::bit_cast<double>(std::bit_cast<std::uint64_t>(third + 0x1p52) << 32);
-    const double e = 1.0 - v * guess * guess * guess;
-    const double inverse = guess + guess * e * (kThird + e * (2.0 / 9.0 + e * (14.0 / 81.0 + e * (35.0 / 243.0))));
+    const double inverse = CloserInverseRoot<3>(v, RoughInverseRoot<3>(v, 1430186000.0)); // to 2e-6
     const double root = v * inverse * inverse;
     const double d = 1.0 - root * inverse;
     return root + root * d * (2.0 / 3.0 + d * (5.0 / 9.0));
 }
+
+/// @name The power -1/5 and -1/11 of a normal number above 0, within 2 units in the last place, in plain arithmetic and
+/// without branches; a number or NaN for anything else
+/// @{
+constexpr double InverseFifthRootOfNormal(double v)
+{
+    return CloserInverseRoot<5>(v, CloserInverseRoot<5>(v, RoughInverseRoot<5>(v, 1287167084.0)));
+}
+
+constexpr double InverseEleventhRootOfNormal(double v)
+{
+    return CloserInverseRoot<11>(v, CloserInverseRoot<11>(v, RoughInverseRoot<11>(v, 1170150286.0)));
+}
+/// @}
 
 /// The cube root, with the same precision. Zeros, infinities and NaN are their own.
 constexpr double Cbrt(double x)

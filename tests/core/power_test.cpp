@@ -27,6 +27,14 @@ TEST(Power, AgreesWithTheLibrarysOwnOverTheWholeRange)
     for (const double x : numbers) {
         const long double expected = std::cbrt(static_cast<long double>(-x));
         ASSERT_NEAR(static_cast<double>(Cbrt(-x) / expected - 1.0L), 0.0, 3e-16) << x;
+        if (std::isnormal(x)) {
+            const auto isRoot = [x](double root, int n) {
+                return std::fabs(static_cast<double>(root / std::pow(static_cast<long double>(x), -1.0L / n) - 1.0L)) <
+                       4e-16;
+            };
+            ASSERT_TRUE(isRoot(InverseFifthRootOfNormal(x), 5)) << x;
+            ASSERT_TRUE(isRoot(InverseEleventhRootOfNormal(x), 11)) << x;
+        }
     }
     for (const double x : {0.0, -0.0, HUGE_VAL, -HUGE_VAL, std::nan("")}) {
         EXPECT_TRUE(test::Same(1.0 / Cbrt(x), 1.0 / x)) << x; // so that zeros show their sign
