@@ -132,10 +132,10 @@ inline constexpr std::array<double, 4> kRootTerms = [] {
 
 /// A value close to v^(-1/N) made closer: its relative error is raised to the fifth power.
 template <int kN>
-constexpr double CloserInverseRoot(double v, double near)
+constexpr double CloserInverseRoot(double v, double root)
 {
-    const double e = 1.0 - TimesPower<kN>(v, near);
-    return near + near * e * Polynomial(kRootTerms<kN>, e);
+    const double e = 1.0 - TimesPower<kN>(v, root);
+    return root + root * e * Polynomial(kRootTerms<kN>, e);
 }
 
 /// v^(-1/N) of a normal number above 0, to one part in 28: by a part of the exponent, taken from the bits. `kOne` is
