@@ -29,7 +29,8 @@ constexpr double kMostAmount = 1.0;
 constexpr int kSubIterations = 6;
 constexpr double kLineBracket = 0.05;
 
-double Logarithm(double x)
+/// Inlined by force: it is long, and a loop that calls it does not vectorise.
+[[gnu::always_inline]] inline double Logarithm(double x)
 {
     constexpr double kLn2 = 0x1.62e42fefa39efp-1;
     const BinaryLogarithm log = Log2(x);
