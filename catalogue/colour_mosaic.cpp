@@ -58,11 +58,8 @@ void RunDebayer(io::Frame& frame, const Arguments& arguments, const Run& run)
 // from the header moves with the corner of a cut.
 Footprint DebayerFootprint(const Arguments& arguments)
 {
-    const DemosaicMethod method = ChosenMethod(arguments);
     return {.columns = Footprint::kWhole,
-            .rows = method == DemosaicMethod::kBilinear ? 1
-                    : method == DemosaicMethod::kLinear ? 2
-                                                        : kDemosaicMargin,
+            .rows = DemosaicMargin(ChosenMethod(arguments)),
             .period = arguments.Text("pattern") == "auto" ? 1 : 2,
             .makesPlanes = true};
 }

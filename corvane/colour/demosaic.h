@@ -33,7 +33,13 @@ inline constexpr std::array<std::pair<const char*, DemosaicMethod>, 3> kDemosaic
      {"bilinear", DemosaicMethod::kBilinear}}};
 
 /// So many rows above and below a row decide its colours.
-inline constexpr int kDemosaicMargin = 6;
+constexpr int DemosaicMargin(DemosaicMethod method)
+{
+    return method == DemosaicMethod::kBilinear ? 1 : (method == DemosaicMethod::kLinear ? 2 : 6);
+}
+
+/// As many as any method needs.
+inline constexpr int kDemosaicMargin = DemosaicMargin(DemosaicMethod::kEdgeAware);
 
 /// Rows of a mosaic that are in memory.
 struct MosaicRows {

@@ -106,8 +106,9 @@ void BandCombiner::Combine(const Run& run, const char* text)
     const int count = static_cast<int>(frames_.size());
     int steps = 0;
     for (int first = firstRow_; first < endRow_; first += rows) {
-        const RowSpan judged = grown_.Around(Band(first, rows));
-        steps += count + judged.end - judged.first;
+        const RowSpan band = Band(first, rows);
+        const RowSpan judged = grown_.Around(band);
+        steps += count + judged.end - judged.first + (grown_.Grows() ? band.end - band.first : 0);
     }
     Stage stage(run, text, strips * steps);
     const int threads = ThreadsFor(static_cast<long long>(rows) * columns * count, run.Threads());
@@ -172,7 +173,7 @@ void BandCombiner::ReadBand(int threads, Stage& stage)
 
 void BandCombiner::CombineBand(int threads, Stage& stage)
 {
-    const auto forRows = [&](const RowSpan& rows, auto body, auto count) {
+    const auto forRows = [&](const RowSpan& rows, auto body) {
         // What rows of all frames hold: blocks are as long as the work that they are.
         const RowBlocks blocks({0, rows.first, columns_ * static_cast<int>(frames_.size()), rows.end});
         const auto each = [&](int i, int thread) {
@@ -182,16 +183,13 @@ void BandCombiner::CombineBand(int threads, Stage& stage)
                 }
             }
         };
-        platform::ForBlocks(blocks.Count(), threads, each, [&](int i) { count(blocks[i]); });
+        platform::ForBlocks(blocks.Count(), threads, each, [&](int i) { CountRows(stage, blocks[i]); });
     };
     const RowSpan judged = grown_.Around(band_);
     grown_.Begin(judged);
-    forRows(
-        judged, [&](int row, int plane, Workbench& bench) { CombineRow(row, plane, bench); },
-        [&](const RowBlock& block) { CountRows(stage, block); });
+    forRows(judged, [&](int row, int plane, Workbench& bench) { CombineRow(row, plane, bench); });
     if (grown_.Grows()) {
-        forRows(
-            band_, [&](int row, int plane, Workbench& bench) { GrowRow(row, plane, bench); }, [](const RowBlock&) {});
+        forRows(band_, [&](int row, int plane, Workbench& bench) { GrowRow(row, plane, bench); });
     }
 }
 
