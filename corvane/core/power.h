@@ -138,8 +138,9 @@ constexpr double CloserInverseRoot(double v, double root)
     return root + root * e * Polynomial(kRootTerms<kN>, e);
 }
 
-/// v^(-1/N) of a normal number above 0, to one part in 28: by a part of the exponent, taken from the bits. `kOne` is
-/// about (1 + 1/N) times the upper half of the bits of 1.0, moved so that the error is the same to both sides.
+/// v^(-1/N) of a normal number above 0, to one part in 28 or better: by a part of the exponent, taken from the
+/// bits. `kOne` is about (1 + 1/N) times the upper half of the bits of 1.0, moved so that the error is the same to both
+/// sides.
 template <int kN>
 constexpr double RoughInverseRoot(double v, double kOne)
 {

@@ -72,7 +72,7 @@ public:
         }
     }
 
-    /// Makes the columns whose neighbours are there, of one row.
+    /// Makes so many samples of one row, from the first whose neighbours are there.
     void MakeRow(std::size_t i, int count, float* __restrict out) const
     {
         const double* const sums = sums_[i] + kRadius;
@@ -103,6 +103,8 @@ private:
         }
     }
 
+    /// Sums the columns for one row: the near samples, then those farther away by themselves. The last digits of a sum
+    /// depend on that order, so it stays.
     void SumRow(const double (*samples)[kStrip], double* __restrict sums) const
     {
         constexpr int kNear = std::min(kRadius, 5);
