@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <limits>
-#include <vector>
 
 namespace corvane {
 
@@ -14,38 +13,64 @@ constexpr double kMostFactor = 100.0; // where no step would take the estimate b
 constexpr double kLeastFactor = -100.0;
 constexpr auto kNothing = [](std::size_t, std::size_t) {}; // to be prepared
 
-/// Limits from -kUnlimited to kUnlimited, for the samples of a block.
-template <class StepAt>
-StepLimits LimitsOfBlock(const float* estimate, std::size_t first, std::size_t end, StepAt stepAt)
+constexpr std::size_t kAbreast = 16;
+
+/// The least of so many quotients each, over denominators above 0. It divides but once: products of two floats are
+/// exact as double, so they tell which quotient is less.
+struct LeastQuotients {
+    double numerators[kAbreast]; ///< of infinity at first
+    double denominators[kAbreast] = {};
+
+    LeastQuotients() { std::fill_n(numerators, kAbreast, 1.0); }
+
+    void Add(std::size_t at, double numerator, double denominator)
+    {
+        const double n = numerators[at];
+        const double d = denominators[at];
+        const bool isLess = (denominator > 0.0) & (numerator * d < n * denominator);
+        numerators[at] = isLess ? numerator : n;
+        denominators[at] = isLess ? denominator : d;
+    }
+
+    double Value() const
+    {
+        double least = kUnlimited;
+        for (std::size_t l = 0; l < kAbreast; ++l) {
+            least = std::min(least, numerators[l] / denominators[l]);
+        }
+        return least;
+    }
+};
+
+/// Limits from -kUnlimited to kUnlimited, for the samples of a block; those below 0 do not count.
+StepLimits LimitsOfBlock(const float* estimate, const float* step, std::size_t first, std::size_t end)
 {
-    constexpr std::size_t kAbreast = 16;
-    double least[kAbreast];
-    double most[kAbreast];
-    std::fill_n(least, kAbreast, -kUnlimited);
-    std::fill_n(most, kAbreast, kUnlimited);
-    for (std::size_t i = first; i < end; i += kAbreast) {
-        const std::size_t count = std::min(kAbreast, end - i);
-        CORVANE_INDEPENDENT
-        for (std::size_t l = 0; l < count; ++l) {
-            const double change = stepAt(i + l);
-            const double factor = -static_cast<double>(estimate[i + l]) / change;
-            most[l] = change < 0.0 ? std::min(most[l], factor) : most[l];
-            least[l] = change > 0.0 ? std::max(least[l], factor) : least[l];
+    LeastQuotients rising;
+    LeastQuotients falling;
+    const auto add = [&](std::size_t i, std::size_t lane) {
+        const double present = estimate[i];
+        const double change = step[i] * (present < 0.0 ? 0.0 : 1.0); // choosing steps, it would not vectorise
+        rising.Add(lane, present, change);
+        falling.Add(lane, present, -change);
+    };
+    std::size_t i = first;
+    for (; i + kAbreast <= end; i += kAbreast) {
+        for (std::size_t lane = 0; lane < kAbreast; ++lane) {
+            add(i + lane, lane);
         }
     }
-    return {*std::max_element(least, least + kAbreast), *std::min_element(most, most + kAbreast)};
+    for (; i < end; ++i) {
+        add(i, 0);
+    }
+    return {-rising.Value(), falling.Value()};
 }
 
 /// Folds limitsOf(first, end) of all blocks.
 template <class LimitsOf>
 StepLimits FindLimits(const SampleLoops& loops, LimitsOf limitsOf)
 {
-    std::vector<StepLimits> limits(static_cast<std::size_t>(loops.Blocks()));
-    loops.ForBlocks([&](std::size_t first, std::size_t end, int block) {
-        limits[static_cast<std::size_t>(block)] = limitsOf(first, end);
-    });
     StepLimits all{-kUnlimited, kUnlimited};
-    for (const StepLimits& block : limits) {
+    for (const StepLimits& block : loops.OfBlocks(limitsOf)) {
         all = {std::max(all.least, block.least), std::min(all.most, block.most)};
     }
     return {all.least == -kUnlimited ? kLeastFactor : all.least, all.most == kUnlimited ? kMostFactor : all.most};
@@ -122,19 +147,17 @@ double LucyRows::DirectionShare(const Samples& previous, const Samples& current,
 
 StepLimits LucyRows::Combine(double share, const Samples& direction, const Samples& estimate, Samples& previous) const
 {
-    return FindLimits(loops, [&, combine = Combination(share, direction, previous)](std::size_t first,
-                                                                                    std::size_t end) {
-        combine(first, end);
-        return LimitsOfBlock(estimate.data(), first, end, [e = estimate.data(), p = previous.data()](std::size_t i) {
-            return e[i] < 0.0F ? 0.0F : p[i];
-        });
-    });
+    return FindLimits(loops,
+                      [&, combine = Combination(share, direction, previous)](std::size_t first, std::size_t end) {
+                          combine(first, end);
+                          return LimitsOfBlock(estimate.data(), previous.data(), first, end);
+                      });
 }
 
 StepLimits LucyRows::LimitsOf(const Samples& estimate, const Samples& step) const
 {
     return FindLimits(loops, [&](std::size_t first, std::size_t end) {
-        return LimitsOfBlock(estimate.data(), first, end, [s = step.data()](std::size_t i) { return s[i]; });
+        return LimitsOfBlock(estimate.data(), step.data(), first, end);
     });
 }
 
@@ -171,7 +194,7 @@ Slope LucyRows::CombinedSlope(double share, const Samples& model, const Samples&
 bool LucyRows::Move(double factor, const Samples& step, Samples& target) const
 {
     std::atomic<bool> isBelow = false;
-    loops.ForBlocks([&, s = step.data(), t = target.data()](std::size_t first, std::size_t end, int) {
+    loops.ForBlocks([&, s = step.data(), t = target.data()](std::size_t first, std::size_t end, std::size_t) {
         int below = 0;
         CORVANE_INDEPENDENT
         for (std::size_t i = first; i < end; ++i) {

@@ -211,20 +211,30 @@ void MemEngine::FindDirections()
     convolver_.Convolve(third.data(), blurred_[2].data(), progress_.Between(80.0, 95.0));
 }
 
+/// The products of all pairs of directions, in one pass over their samples.
 Subspace MemEngine::Model()
 {
+    constexpr int kDirections = Subspace::kDirections;
+    constexpr int kPairs = kDirections * (kDirections + 1) / 2;
+    using Pointers = std::array<const float*, kDirections>;
+    const auto pointersOf = [](const auto& all) { return Pointers{all[0].data(), all[1].data(), all[2].data()}; };
+    const auto sums = loops_.Sum<2 * kPairs>([f = image_.data(), w = weight_.data(), p = pointersOf(directions_),
+                                              blurred = pointersOf(blurred_)](std::size_t i, double* term) {
+        const double perSample = 1.0 / f[i];
+        for (int a = 0; a < kDirections; ++a) {
+            for (int b = a; b < kDirections; ++b) {
+                *term++ = static_cast<double>(p[a][i]) * p[b][i] * perSample;
+                *term++ = 2.0 * blurred[a][i] * blurred[b][i] * w[i];
+            }
+        }
+    });
     Subspace space;
     space.chi = chi_;
-    for (int a = 0; a < Subspace::kDirections; ++a) {
-        for (int b = a; b < Subspace::kDirections; ++b) {
-            const auto [metric, curvature] = loops_.Sum<2>(
-                [f = image_.data(), w = weight_.data(), p = directions_[a].data(), q = directions_[b].data(),
-                 blurredP = blurred_[a].data(), blurredQ = blurred_[b].data()](std::size_t i, double* term) {
-                    term[0] = static_cast<double>(p[i]) * q[i] / f[i];
-                    term[1] = 2.0 * blurredP[i] * blurredQ[i] * w[i];
-                });
-            space.metric[a][b] = space.metric[b][a] = metric;
-            space.curvature[a][b] = space.curvature[b][a] = curvature;
+    const double* sum = sums.data();
+    for (int a = 0; a < kDirections; ++a) {
+        for (int b = a; b < kDirections; ++b) {
+            space.metric[a][b] = space.metric[b][a] = *sum++;
+            space.curvature[a][b] = space.curvature[b][a] = *sum++;
         }
         // The first two directions are the slopes, times the inverse of the metric.
         space.entropySlope[a] = space.metric[0][a];
@@ -257,12 +267,12 @@ void MemEngine::Join(const SubspaceStep& step)
             return a[i] * x + b[i] * y + c[i] * z;
         };
     };
-    loops_.Fill(directions_[0], joined(directions_));
     loops_.Fill(blurred_[0], joined(blurred_));
     const float* f = image_.data();
     float* d = directions_[0].data();
     const double cut =
-        loops_.Sum<1>([=](std::size_t i, double* term) { term[0] = d[i] < (kLeastShare - 1.0) * f[i] ? 1.0 : 0.0; })[0];
+        loops_.Sum<1>([=](std::size_t i, double* term) { term[0] = d[i] < (kLeastShare - 1.0) * f[i] ? 1.0 : 0.0; },
+                      SampleLoops::Filler(directions_[0], joined(directions_)))[0];
     if (cut > 0.0) {
         loops_.Fill(directions_[0], [=](std::size_t i) { return std::max<double>(d[i], (kLeastShare - 1.0) * f[i]); });
         convolver_.Convolve(d, blurred_[0].data(), progress_.Between(95.0, 100.0));

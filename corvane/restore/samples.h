@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstddef>
+#include <functional>
 #include <vector>
 
 #include "corvane/core/independent.h"
@@ -20,11 +20,9 @@ using Samples = WorkArray;
 /// Loops over all samples of a grid, whose blocks threads share.
 class SampleLoops {
 public:
-    /// For grids of so many samples. Throws std::bad_alloc.
+    /// For grids of so many samples.
     SampleLoops(std::size_t count, int threads)
-        : count_(count),
-          threads_(ThreadsFor(static_cast<long long>(count), std::min(threads, static_cast<int>(count / kPerThread)))),
-          terms_(threads_ > 1 ? kBlock * kMostTerms * threads_ : 0)
+        : count_(count), threads_(ThreadsFor(static_cast<long long>(count), threads))
     {}
 
     /// Calls body(first, end, block) for all samples from `first` to before `end`.
@@ -32,11 +30,9 @@ public:
     void ForBlocks(Body body) const
     {
         platform::ForBlocks(
-            Blocks(), threads_, [&](int block) { body(First(block), First(block + 1), block); }, [](int) {});
+            Blocks(), threads_,
+            [&](int block) { body(First(block), First(block + 1), static_cast<std::size_t>(block)); }, [](int) {});
     }
-
-    /// Blocks of `ForBlocks`.
-    int Blocks() const { return static_cast<int>((count_ + kBlock - 1) / kBlock); }
 
     /// Samples of one value.
     Samples Make(float value) const
@@ -65,81 +61,46 @@ public:
         };
     }
 
-    /// `SumOver` all samples, to the bit: threads work terms out block by block, and each adds its own when those of
-    /// all blocks before are added. Before the terms of a block it calls prepare(first, end), which may write what they
-    /// need.
-    template <int number, class Terms, class Prepare>
-    std::array<double, number> Sum(Terms terms, Prepare prepare)
+    /// What ofBlock(first, end) returns of each block, in their order.
+    template <class OfBlock>
+    auto OfBlocks(OfBlock ofBlock) const
     {
-        static_assert(number <= kMostTerms);
-        Sums<number> sums;
-        std::atomic<int> turn = 0;
-        const auto body = [&](int block, int thread) {
-            const std::size_t first = First(block);
-            const std::size_t count = First(block + 1) - first;
-            const auto ofBlock = [=](std::size_t i, double* term) { terms(first + i, term); };
-            prepare(first, first + count);
-            if (threads_ == 1) {
-                sums.Add(count, ofBlock);
-                return;
-            }
-            double* const own = terms_.data() + thread * kBlock * kMostTerms;
-            WorkOut<number>(count, ofBlock, own);
-            WaitUntil(turn, block);
-            sums.Add(count, [=](std::size_t i, double* term) {
-                for (int k = 0; k < number; ++k) {
-                    term[k] = own[k * kBlock + i];
-                }
-            });
-            turn = block + 1;
-            turn.notify_all();
-        };
-        platform::ForBlocks(Blocks(), threads_, body, [](int) {});
-        return sums.Totals();
+        std::vector<decltype(ofBlock(std::size_t(), std::size_t()))> all(static_cast<std::size_t>(Blocks()));
+        ForBlocks([&](std::size_t first, std::size_t end, std::size_t block) { all[block] = ofBlock(first, end); });
+        return all;
+    }
+
+    /// Sums of so many terms of every sample, which `terms(i, out)` tells: block by block, and then of all blocks.
+    /// Before the terms of a block it calls prepare(first, end), which may write what they need.
+    template <int number, class Terms, class Prepare>
+    std::array<double, number> Sum(Terms terms, Prepare prepare) const
+    {
+        const auto ofBlocks = OfBlocks([&](std::size_t first, std::size_t end) {
+            prepare(first, end);
+            return SumOver<number>(end - first, [=](std::size_t i, double* term) { terms(first + i, term); });
+        });
+        std::array<double, number> totals{};
+        for (const auto& ofBlock : ofBlocks) {
+            std::transform(totals.begin(), totals.end(), ofBlock.begin(), totals.begin(), std::plus<>());
+        }
+        return totals;
     }
 
     /// The same of terms that need nothing.
     template <int number, class Terms>
-    std::array<double, number> Sum(Terms terms)
+    std::array<double, number> Sum(Terms terms) const
     {
         return Sum<number>(terms, [](std::size_t, std::size_t) {});
     }
 
 private:
-    static constexpr std::size_t kBlock = 1 << 13; // the terms of one stay in a near cache
-    static constexpr std::size_t kMostTerms = 3;
-    static constexpr int kSpins = 4000;
-    static constexpr std::size_t kPerThread = 1 << 16; // at least, so that terms take little beside samples
+    static constexpr std::size_t kBlock = 1 << 13; // what is prepared of one stays in a near cache
 
     std::size_t First(int block) const { return std::min(block * kBlock, count_); }
-
-    template <int number, class Terms>
-    static void WorkOut(std::size_t count, Terms terms, double* out)
-    {
-        CORVANE_INDEPENDENT
-        for (std::size_t i = 0; i < count; ++i) {
-            double term[number];
-            terms(i, term);
-            for (int k = 0; k < number; ++k) {
-                out[k * kBlock + i] = term[k];
-            }
-        }
-    }
-
-    /// The turn comes soon, unless the thread before has to wait for a processor.
-    static void WaitUntil(const std::atomic<int>& turn, int block)
-    {
-        int spins = 0;
-        for (int now = turn; now != block; now = turn) {
-            if (++spins > kSpins) {
-                turn.wait(now);
-            }
-        }
-    }
+    int Blocks() const { return static_cast<int>((count_ + kBlock - 1) / kBlock); }
 
     std::size_t count_;
     int threads_;
-    std::vector<double> terms_; ///< for each thread
 };
 
 } // namespace corvane
