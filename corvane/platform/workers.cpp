@@ -5,13 +5,15 @@
 #include <cstddef>
 #include <exception>
 #include <mutex>
-#include <thread>
 #include <vector>
+
+#include "corvane/platform/crew.h"
 
 namespace corvane::platform {
 namespace {
 
 thread_local bool isWorking = false; // in the body of a call with more than one thread
+thread_local Crew* kept = nullptr;   // those of this thread
 
 using Body = std::function<void(int, int)>;
 using Tick = std::function<void(int)>;
@@ -23,12 +25,9 @@ public:
         : body_(body), count_(count), end_(count), at_(static_cast<std::size_t>(threads), count)
     {}
 
-    void Run(const Tick& tick)
+    void Run(Crew& crew, const Tick& tick)
     {
-        {
-            const Threads threads(*this);
-            Lead(tick);
-        }
+        crew.Share([this](std::size_t worker) { Follow(worker); }, [&] { Lead(tick); });
         if (error_ != nullptr) {
             std::rethrow_exception(error_);
         }
@@ -37,34 +36,10 @@ public:
 private:
     using Lock = std::unique_lock<std::mutex>;
 
-    /// The threads besides the caller's.
-    class Threads {
-    public:
-        explicit Threads(Workers& workers)
-        {
-            threads_.reserve(workers.at_.size() - 1);
-            try {
-                for (std::size_t i = 1; i < workers.at_.size(); ++i) {
-                    threads_.emplace_back([&workers, i] { workers.Follow(i); });
-                }
-            } catch (const std::exception&) { // no more to be had, or no memory for one
-            }
-        }
-        ~Threads()
-        {
-            std::for_each(threads_.begin(), threads_.end(), [](std::thread& thread) { thread.join(); });
-        }
-        Threads(const Threads&) = delete;
-        Threads& operator=(const Threads&) = delete;
-
-    private:
-        std::vector<std::thread> threads_;
-    };
-
     void Follow(std::size_t worker)
     {
         Lock lock(mutex_);
-        while (next_ < end_) {
+        while (worker < at_.size() && next_ < end_) {
             WorkOne(worker, lock);
         }
     }
@@ -129,11 +104,26 @@ private:
 
 } // namespace
 
+KeptThreads::KeptThreads(int threads) : crew_(std::make_unique<Crew>(threads))
+{
+    if (kept == nullptr) {
+        kept = crew_.get();
+    }
+}
+
+KeptThreads::~KeptThreads()
+{
+    if (kept == crew_.get()) {
+        kept = nullptr;
+    }
+}
+
 void CallForBlocks(int count, int threads, const Body& body, const Tick& tick)
 {
     threads = std::min(threads, count);
     if (threads > 1 && !isWorking) {
-        Workers(count, threads, body).Run(tick);
+        Crew own(threads);
+        Workers(count, threads, body).Run(kept != nullptr ? *kept : own, tick);
         return;
     }
     for (int block = 0; block < count; ++block) {

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 using corvane::platform::ForBlocks;
+using corvane::platform::KeptThreads;
 
 namespace {
 
@@ -23,7 +25,7 @@ struct Seen {
 };
 
 /// A call in which a block and a tick may throw. Later blocks end sooner than earlier ones; in each, another call
-/// works.
+/// works, and so does one in each tick.
 Seen Call(int threads, std::optional<int> wrongBlock, std::optional<int> wrongTick)
 {
     Seen seen;
@@ -42,6 +44,10 @@ Seen Call(int threads, std::optional<int> wrongBlock, std::optional<int> wrongTi
     const auto tick = [&](int block) {
         EXPECT_EQ(std::this_thread::get_id(), caller);
         EXPECT_EQ(done[block], 3);
+        std::atomic<int> inTick = 0;
+        ForBlocks(
+            5, threads, [&](int) { ++inTick; }, [](int) {});
+        EXPECT_EQ(inTick, 5);
         seen.ticks.push_back(block);
         if (block == wrongTick) {
             throw std::runtime_error("tick");
@@ -55,6 +61,23 @@ Seen Call(int threads, std::optional<int> wrongBlock, std::optional<int> wrongTi
     return seen;
 }
 
+/// Which threads work on two blocks, neither of which ends before both have begun.
+std::set<std::thread::id> WorkersOfTwo()
+{
+    std::vector<std::thread::id> by(2);
+    std::atomic<int> begun = 0;
+    ForBlocks(
+        2, 2,
+        [&](int block) {
+            by[block] = std::this_thread::get_id();
+            for (++begun; begun < 2;) {
+                std::this_thread::yield();
+            }
+        },
+        [](int) {});
+    return {by.begin(), by.end()};
+}
+
 } // namespace
 
 TEST(Workers, ShowTheCallerWhatOneThreadWould)
@@ -64,9 +87,15 @@ TEST(Workers, ShowTheCallerWhatOneThreadWould)
         for (const auto& tick : wrong) {
             const Seen expected = Call(1, block, tick);
             for (const int threads : {2, 3, 8, 100}) {
-                const Seen seen = Call(threads, block, tick);
-                EXPECT_EQ(seen.ticks, expected.ticks) << threads;
-                EXPECT_EQ(seen.thrown, expected.thrown) << threads;
+                for (const int kept : {0, 3}) {
+                    std::optional<KeptThreads> keptThreads;
+                    if (kept > 0) {
+                        keptThreads.emplace(kept);
+                    }
+                    const Seen seen = Call(threads, block, tick);
+                    EXPECT_EQ(seen.ticks, expected.ticks) << threads << ", kept " << kept;
+                    EXPECT_EQ(seen.thrown, expected.thrown) << threads << ", kept " << kept;
+                }
             }
         }
     }
@@ -74,16 +103,17 @@ TEST(Workers, ShowTheCallerWhatOneThreadWould)
 
 TEST(Workers, ShareTheBlocks)
 {
-    std::vector<std::thread::id> by(2);
-    std::atomic<int> begun = 0;
-    ForBlocks(
-        2, 2,
-        [&](int block) { // neither ends before both have begun
-            by[block] = std::this_thread::get_id();
-            for (++begun; begun < 2;) {
-                std::this_thread::yield();
-            }
-        },
-        [](int) {});
-    EXPECT_NE(by[0], by[1]);
+    EXPECT_EQ(WorkersOfTwo().size(), 2u);
+}
+
+TEST(Workers, StayForTheNextCallWhenKept)
+{
+    const KeptThreads outer(2);
+    const auto first = WorkersOfTwo();
+    EXPECT_EQ(first.size(), 2u);
+    {
+        const KeptThreads inner(2);
+        EXPECT_EQ(WorkersOfTwo(), first);
+    }
+    EXPECT_EQ(WorkersOfTwo(), first);
 }
