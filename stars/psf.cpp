@@ -110,12 +110,22 @@ std::vector<PsfStar> StarsIn(const CRect& zone, const CStlImage& image, int plan
     return chosen;
 }
 
-ZonePsf MeasureZone(std::vector<PsfStar> stars, const PsfStamps& stamps, PsfModel model, int size)
+/// How many threads may share the fit of so many stars.
+int FittersOf(std::size_t stars, int reach, int threads)
+{
+    constexpr long long kWork = 16; // of a sample of a star, whose profile is worked out, over that of other samples
+    const long long side = 2 * reach + 1;
+    return ThreadsFor(static_cast<long long>(stars) * side * side * kWork, threads);
+}
+
+ZonePsf MeasureZone(std::vector<PsfStar> stars, const PsfStamps& stamps, PsfModel model, int size, int threads)
 {
     const bool isMoffat = model != PsfModel::kGaussian;
     const double half = 4.0 / (stamps.width * stamps.width);
     const PsfProfile guess{half, 0.0, half, isMoffat ? kUsualPerBeta : 0.0};
-    const std::optional<PsfFit> fit = FitPsf(stars, guess, isMoffat, stamps.fitReach);
+    const std::optional<PsfFit> fit =
+        FitPsf(stars, guess,
+               {isMoffat, static_cast<double>(stamps.fitReach), FittersOf(stars.size(), stamps.fitReach, threads)});
     if (!fit) {
         return {};
     }
@@ -152,7 +162,7 @@ FieldPsf MeasurePsf(const CStlImage& image, int plane, const PsfOptions& options
         const CRect zone(edge(image.GetWidth(), column), edge(image.GetHeight(), row),
                          edge(image.GetWidth(), column + 1), edge(image.GetHeight(), row + 1));
         psf.zones[static_cast<std::size_t>(i)] =
-            MeasureZone(StarsIn(zone, image, plane, stamps), stamps, options.model, size);
+            MeasureZone(StarsIn(zone, image, plane, stamps), stamps, options.model, size, run.Threads());
     };
     const long long samples = 1LL * image.GetWidth() * image.GetHeight();
     platform::ForBlocks(static_cast<int>(psf.zones.size()), ReadersOf(image, samples, run), measure,

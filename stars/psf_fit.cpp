@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <limits>
 
+#include "corvane/platform/workers.h"
 #include "stars/normal_equations.h"
 #include "stars/robust.h"
 
@@ -51,13 +52,14 @@ void ForSamples(const PsfStar& star, double radius, Visit visit)
 StarEquations StarEquationsOf(const PsfStar& star, const PsfProfile& profile, double radius)
 {
     StarEquations sums;
+    const PsfCurve curve(profile.perBeta);
     const double weight = 1.0 / star.variance;
     ForSamples(star, radius, [&](int column, int row) {
         const double dx = column - star.x;
         const double dy = row - star.y;
         const double alongX = profile.xx * dx + profile.xy * dy;
         const double alongY = profile.xy * dx + profile.yy * dy;
-        const PsfSlopes slopes = SlopesAt(profile, dx * alongX + dy * alongY);
+        const PsfSlopes slopes = curve.At(dx * alongX + dy * alongY);
         const double byHalf = star.peak * slopes.byHalf;
         sums.Add({slopes.value, -2.0 * byHalf * alongX, -2.0 * byHalf * alongY, 1.0, byHalf * dx * dx,
                   2.0 * byHalf * dx * dy, byHalf * dy * dy, star.peak * slopes.byPerBeta},
@@ -73,14 +75,14 @@ struct PsfState {
     std::vector<StarEquations> equations{};
     double squares = 0.0;
 
-    void Measure(double radius)
+    void Measure(const PsfFitting& fitting)
     {
-        equations.clear();
+        equations.resize(stars.size());
         squares = 0.0;
-        for (const PsfStar& star : stars) {
-            equations.push_back(StarEquationsOf(star, profile, radius));
-            squares += equations.back().squares;
-        }
+        platform::ForBlocks(
+            static_cast<int>(stars.size()), fitting.threads,
+            [&](std::size_t i) { equations[i] = StarEquationsOf(stars[i], profile, fitting.radius); },
+            [&](std::size_t i) { squares += equations[i].squares; });
     }
 };
 
@@ -109,14 +111,14 @@ bool IsProfile(const PsfProfile& p, double radius)
 }
 
 /// The state a damped step away; nothing when that leads away from stars.
-std::optional<PsfState> Stepped(const PsfState& from, bool isMoffat, double damping, double radius)
+std::optional<PsfState> Stepped(const PsfState& from, double damping, const PsfFitting& fitting)
 {
     std::vector<StarEquations> equations = from.equations;
     for (StarEquations& star : equations) {
         star.Damp(damping);
         star.Eliminate(kOwn);
     }
-    CommonEquations common = CommonOf(equations, isMoffat);
+    CommonEquations common = CommonOf(equations, fitting.isMoffat);
     common.Eliminate();
     common.Substitute();
     const auto& step = common.right;
@@ -125,7 +127,7 @@ std::optional<PsfState> Stepped(const PsfState& from, bool isMoffat, double damp
     next.profile.xy += step[1];
     next.profile.yy += step[2];
     next.profile.perBeta =
-        isMoffat ? std::clamp(next.profile.perBeta + step[3], kSteepestPerBeta, kFlattestPerBeta) : 0.0;
+        fitting.isMoffat ? std::clamp(next.profile.perBeta + step[3], kSteepestPerBeta, kFlattestPerBeta) : 0.0;
     for (std::size_t i = 0; i < equations.size(); ++i) {
         std::copy(step.begin(), step.end(), equations[i].right.begin() + kOwn);
         equations[i].Substitute(kOwn);
@@ -135,22 +137,22 @@ std::optional<PsfState> Stepped(const PsfState& from, bool isMoffat, double damp
         star.y += equations[i].right[2];
         star.sky += equations[i].right[3];
     }
-    next.Measure(radius);
-    const bool isGood = IsProfile(next.profile, radius) && std::isfinite(next.squares); // NaN is none
+    next.Measure(fitting);
+    const bool isGood = IsProfile(next.profile, fitting.radius) && std::isfinite(next.squares); // NaN is none
     return isGood ? std::optional(std::move(next)) : std::nullopt;
 }
 
 /// Steps on until the squares settle.
-void Settle(PsfState& state, bool isMoffat, double radius)
+void Settle(PsfState& state, const PsfFitting& fitting)
 {
     double damping = kFirstPsfDamping;
     for (PsfStar& star : state.stars) {
         const double error = kProfileError * star.peak;
         star.variance = star.noise * star.noise + error * error;
     }
-    state.Measure(radius);
+    state.Measure(fitting);
     for (int round = 0; round < kMostPsfSteps && damping < kMostDamping; ++round) {
-        std::optional<PsfState> next = Stepped(state, isMoffat, damping, radius);
+        std::optional<PsfState> next = Stepped(state, damping, fitting);
         if (!next || next->squares > state.squares) {
             damping *= kTightenPsf;
             continue;
@@ -288,11 +290,13 @@ double ResidualOf(const PsfState& state, double radius)
 
 } // namespace
 
-std::optional<PsfFit> FitPsf(std::vector<PsfStar>& stars, const PsfProfile& guess, bool isMoffat, double radius)
+std::optional<PsfFit> FitPsf(std::vector<PsfStar>& stars, const PsfProfile& guess, const PsfFitting& fitting)
 {
+    const platform::KeptThreads threads(fitting.threads);
+    const double radius = fitting.radius;
     PsfState state{guess, stars};
     for (int round = 0; round < kRejections; ++round) {
-        Settle(state, isMoffat, radius);
+        Settle(state, fitting);
         const double usual = UsualMisfit(state, radius);
         std::size_t dropped = DropStars(state, usual, radius);
         for (PsfStar& star : state.stars) {
@@ -305,9 +309,9 @@ std::optional<PsfFit> FitPsf(std::vector<PsfStar>& stars, const PsfProfile& gues
     if (state.stars.empty()) {
         return std::nullopt;
     }
-    Settle(state, isMoffat, radius);
+    Settle(state, fitting);
     stars = state.stars;
-    return PsfFit{state.profile, CovarianceOf(state, isMoffat, radius), ResidualOf(state, radius)};
+    return PsfFit{state.profile, CovarianceOf(state, fitting.isMoffat, radius), ResidualOf(state, radius)};
 }
 
 } // namespace corvane::stars

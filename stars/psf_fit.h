@@ -43,13 +43,19 @@ struct PsfFit {
     double residual = 0.0; ///< median over the stars of the root mean square of what is left, over the peak
 };
 
+/// How a profile is fitted.
+struct PsfFitting {
+    bool isMoffat = false; ///< beta, too
+    double radius = 0.0;   ///< about the middles of stars, within which samples count [pixels]
+    int threads = 1;
+};
+
 /// Fits one profile to all stars at once by least squares, each with a height, a place and a sky of its own, from a
-/// guess on; of `isMoffat` its beta, too. Samples within `radius` [pixels] of the middles count. Stars and samples that
-/// the profile leaves too much of are left out; the stars become what was found. Nothing where it does not settle or no
-/// star is left.
+/// guess on. Stars and samples that the profile leaves too much of are left out; the stars become what was found.
+/// Nothing where it does not settle or no star is left.
 ///
 /// K. Levenberg, A method for the solution of certain non-linear problems in least squares, Quarterly of Applied
 /// Mathematics 2, 164, 1944. The unknowns of each star are taken out of its equations before those are added up.
-std::optional<PsfFit> FitPsf(std::vector<PsfStar>& stars, const PsfProfile& guess, bool isMoffat, double radius);
+std::optional<PsfFit> FitPsf(std::vector<PsfStar>& stars, const PsfProfile& guess, const PsfFitting& fitting);
 
 } // namespace corvane::stars

@@ -45,14 +45,16 @@ Measured WidthOfAxis(double sign, const PsfProfile& profile, double spread, cons
 
 } // namespace
 
-PsfSlopes SlopesAt(const PsfProfile& profile, double half)
+PsfCurve::PsfCurve(double perBeta) : perBeta_(perBeta), atHalf_(Expm1(perBeta * kLnOfTwo)) {}
+
+PsfSlopes PsfCurve::At(double half) const
 {
-    const double t = profile.perBeta;
+    const double t = perBeta_;
     if (t == 0.0) {
         const double value = Exp(-kLnOfTwo * half);
         return {value, -kLnOfTwo * value, 0.0};
     }
-    const double k = Expm1(t * kLnOfTwo);
+    const double k = atHalf_;
     const double sum = 1.0 + k * half;
     const double log = Log1p(k * half);
     const double value = Exp(-log / t);
@@ -61,7 +63,7 @@ PsfSlopes SlopesAt(const PsfProfile& profile, double half)
 
 double PsfProfile::At(double dx, double dy) const
 {
-    return SlopesAt(*this, xx * dx * dx + 2.0 * xy * dx * dy + yy * dy * dy).value;
+    return PsfCurve(perBeta).At(xx * dx * dx + 2.0 * xy * dx * dy + yy * dy * dy).value;
 }
 
 PsfWidths WidthsOf(const PsfProfile& profile, const PsfCovariance& covariance)

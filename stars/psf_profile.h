@@ -28,14 +28,25 @@ struct PsfProfile {
     double At(double dx, double dy) const;
 };
 
-/// How a profile changes: with the left side of the half's equation, and with 1 / beta.
+/// A value of a profile, and how it changes: with the left side of the half's equation, and with 1 / beta.
 struct PsfSlopes {
     double value;
     double byHalf;
     double byPerBeta;
 };
 
-PsfSlopes SlopesAt(const PsfProfile& profile, double half);
+/// What profiles of one beta are by the left side of the half's equation.
+class PsfCurve {
+public:
+    /// Of 1 / beta; 0 for a Gaussian.
+    explicit PsfCurve(double perBeta);
+
+    PsfSlopes At(double half) const;
+
+private:
+    double perBeta_;
+    double atHalf_; ///< 2^(1 / beta) - 1
+};
 
 /// The widths of a profile.
 struct PsfWidths {
