@@ -89,25 +89,89 @@ void TurnCoordinates(CStlImage& image, const CStlImage& source, double angle)
     image.SetStdCtr(centre);
 }
 
-constexpr int kTile = 64;
+constexpr int kLine = 64 / sizeof(float); // of the cache
+constexpr int kLines = 8;                 // of a row of the source at a time: those that follow each other come sooner
+constexpr int kTileRows = kLines * kLine;
+constexpr int kTileColumns = 512;
 
-/// Turns a tile of the image. It goes through a buffer, so that source and image are both walked along their rows.
-void TurnTile(CStlImage& image, const SourceRows& source, bool clockwise, int plane, int x, int y, int rows)
+using Quads = float[4 * kTileRows]; // samples of four rows in turn
+
+void Interleave(const float* const* rows, int count, Quads& __restrict out)
 {
-    const int columns = std::min(kTile, image.GetWidth() - x);
-    float tile[kTile][kTile + 1]; // one more, or all samples of a column would share a few lines of the cache
-    for (int i = 0; i < columns; ++i) {
-        const int row = clockwise ? source.Height() - 1 - (x + i) : x + i;
-        const int first = clockwise ? y : source.Width() - y - rows;
-        source.Copy(first, row, plane, rows, tile[i]);
-    }
-    for (int j = 0; j < rows; ++j) {
-        float* const out = image.GetImageAdr(x, clockwise ? y + j : y + rows - 1 - j, plane);
-        for (int i = 0; i < columns; ++i) {
-            out[i] = tile[i][j];
-        }
+    const float* const a = rows[0];
+    const float* const b = rows[1];
+    const float* const c = rows[2];
+    const float* const d = rows[3];
+    for (int i = 0; i < count; ++i) {
+        out[4 * i] = a[i];
+        out[4 * i + 1] = b[i];
+        out[4 * i + 2] = c[i];
+        out[4 * i + 3] = d[i];
     }
 }
+
+/// Writes the samples i of rows, as many as make a line at most.
+void WriteLine(const Quads* quads, int i, int columns, float* out)
+{
+    if (columns < kLine) {
+        for (int x = 0; x < columns; ++x) {
+            out[x] = quads[x / 4][4 * i + x % 4];
+        }
+        return;
+    }
+    for (int quad = 0; quad < kLine / 4; ++quad) {
+        std::copy_n(quads[quad] + 4 * i, 4, out + 4 * quad);
+    }
+}
+
+/// A turn by 90 degrees, in either sense.
+class QuarterTurn {
+public:
+    QuarterTurn(CStlImage& image, const CStlImage& source, bool clockwise)
+        : image_(image), source_(source), clockwise_(clockwise)
+    {}
+
+    /// Makes a tile of the image, a line of the cache of each row after the other.
+    void FillTile(int plane, int left, int top, int rows) const
+    {
+        float* lines[kTileRows];
+        for (int i = 0; i < rows; ++i) {
+            lines[i] = image_.GetImageAdr(0, clockwise_ ? top + i : top + rows - 1 - i, plane);
+        }
+        const int right = std::min(left + kTileColumns, image_.GetWidth());
+        for (int x = left; x < right; x += kLine) {
+            FillLines(plane, top, x, std::min(kLine, right - x), rows, lines);
+        }
+    }
+
+private:
+    /// Samples of the source would come too late unless they are asked for while those before are written.
+    void FillLines(int plane, int top, int x, int columns, int rows, float* const* lines) const
+    {
+        const int first = clockwise_ ? top : source_.Width() - top - rows;
+        float copies[kLine][kTileRows];
+        const float* samples[kLine];
+        for (int i = 0; i < kLine; ++i) {
+            samples[i] = source_.Stretch(first, SourceRow(x + std::min(i, columns - 1)), plane, rows, copies[i]);
+        }
+        Quads quads[kLine / 4];
+        for (int i = 0; i < kLine; i += 4) {
+            Interleave(samples + i, rows, quads[i / 4]);
+        }
+        const std::ptrdiff_t toNext = static_cast<std::ptrdiff_t>(SourceRow(kLine) - SourceRow(0)) * source_.Width();
+        for (int i = 0; i < rows; ++i) {
+            __builtin_prefetch(samples[i / kLines] + toNext + i % kLines * kLine);
+            WriteLine(quads, i, columns, lines[i] + x);
+        }
+    }
+
+    /// The row that becomes a column of the image.
+    int SourceRow(int x) const { return clockwise_ ? source_.Height() - 1 - x : x; }
+
+    CStlImage& image_;
+    SourceRows source_;
+    bool clockwise_;
+};
 
 } // namespace
 
@@ -150,8 +214,9 @@ int CImgRotate::Do90(int direction, const CStlImage& source, const Run& run)
     for (int plane = 0; plane < GetPlanes(); ++plane) {
         SetLevel(plane, source.GetLevelMin(from.Plane(plane)), source.GetLevelMax(from.Plane(plane)));
     }
-    FillTiles(*this, source, run, kTile, kTile,
-              [&](int plane, int x, int y, int rows) { TurnTile(*this, from, direction != 0, plane, x, y, rows); });
+    const QuarterTurn turn(*this, source, direction != 0);
+    FillTiles(*this, source, run, kTileRows, kTileColumns,
+              [&](int plane, int x, int y, int rows) { turn.FillTile(plane, x, y, rows); });
     TurnCoordinates(*this, source, 90.0);
     return 1;
 }

@@ -32,6 +32,16 @@ public:
         std::fill(out + end, out + count, row[width_ - 1]);
     }
 
+    /// `count` samples from column x on, where they are, or copied where the source has not all of them.
+    const float* Stretch(long long x, int y, int plane, int count, float* copy) const
+    {
+        if (x >= 0 && x + count <= width_) {
+            return Row(y, plane) + x;
+        }
+        Copy(x, y, plane, count, copy);
+        return copy;
+    }
+
     /// Writes `count` samples from column x, taken into the source, backwards.
     void CopyMirrored(int x, int y, int plane, int count, float* out) const
     {
