@@ -223,6 +223,7 @@ std::vector<FieldStar> FindObjects(const CStlImage& image, int plane, const SkyM
 
 StarField FindFieldStars(const CStlImage& image, int plane, const FindOptions& options, const Run& run)
 {
+    const platform::KeptThreads threads(run.Threads());
     const SkyMesh sky = MeasureSkyMesh(image, plane, run);
     run.ThrowIfCancelled();
     if (sky.IsEmpty()) {

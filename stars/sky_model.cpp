@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "corvane/platform/workers.h"
 #include "stars/robust.h"
 #include "stars/sky_cells.h"
 #include "stars/sky_mesh.h"
@@ -103,6 +104,7 @@ void SkyModel::FillRow(int y, double* values) const
 std::optional<SkyModel> FitSkyModel(const CStlImage& image, int plane, SkyForm form, std::optional<int> degree,
                                     const Run& run)
 {
+    const platform::KeptThreads threads(run.Threads());
     const int width = image.GetWidth();
     const int height = image.GetHeight();
     if (form == SkyForm::kMesh) {

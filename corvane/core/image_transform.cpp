@@ -109,12 +109,14 @@ Lanes ImageTransform::BlockAt(float* spectrum, int block) const
 
 void ImageTransform::Forward(const float* image, float* spectrum)
 {
+    const platform::KeptThreads threads(threads_);
     ForwardColumns(image, spectrum);
     TransformRows(spectrum, [this](Lanes data, Lanes scratch, std::size_t) { return rows_.Forward(data, scratch); });
 }
 
 void ImageTransform::Inverse(float* spectrum, float* image)
 {
+    const platform::KeptThreads threads(threads_);
     TransformRows(spectrum, [this](Lanes data, Lanes scratch, std::size_t) { return rows_.Inverse(data, scratch); });
     InverseColumns(spectrum, image);
 }
