@@ -117,7 +117,7 @@ bool FitToSky(SkyCandidate& candidate, int degree)
     return candidate.polynomial.Fit(values, degree, MostVarianceOf(candidate.sky.cells));
 }
 
-SkyPolynomial FitByRank(const SkyCells& sky, int degree, const std::function<bool(const SkyCell&)>& counts)
+SkyPolynomial FitByRank(const SkyCells& sky, int degree, const CellTest& counts)
 {
     SkyPolynomial polynomial = sky.polynomial.None();
     std::vector<double> weights(sky.cells.size(), 1.0);

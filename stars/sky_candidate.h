@@ -30,6 +30,8 @@ inline constexpr SkyAround kAnyAround{0, std::numeric_limits<double>::infinity()
 inline constexpr SkyAround kNearAround{2, 0.75};
 inline constexpr SkyAround kWideAround{kMostAround, 0.42};
 
+using CellTest = std::function<bool(const SkyCell&)>;
+
 bool IsKnown(const SkyCell& cell);
 
 /// The median of the noise of the cells that are known.
@@ -51,7 +53,7 @@ bool FitToSky(SkyCandidate& candidate, int degree);
 
 /// The polynomial with a small part below it of the cells that `counts` holds for, by weights that make distances of
 /// their squares: what is above may be nebula.
-SkyPolynomial FitByRank(const SkyCells& sky, int degree, const std::function<bool(const SkyCell&)>& counts);
+SkyPolynomial FitByRank(const SkyCells& sky, int degree, const CellTest& counts);
 
 /// Takes another candidate for the best one when it is so many times better.
 void KeepBetter(std::optional<SkyCandidate>& best, std::optional<SkyCandidate> other, double factor);

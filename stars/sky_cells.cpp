@@ -1,6 +1,7 @@
 #include "stars/sky_cells.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -61,8 +62,7 @@ bool Climb(SkyCandidate& candidate, int degree, const SkyAround& skyAround)
 }
 
 /// Goes from a guess to a candidate; nothing when there is none of that degree.
-template <class Counts>
-std::optional<SkyCandidate> CandidateFrom(const SkyCells& sky, int degree, Counts counts)
+std::optional<SkyCandidate> CandidateFrom(const SkyCells& sky, int degree, const CellTest& counts)
 {
     SkyCandidate rough{sky, FitByRank(sky, degree, counts)};
     if (!Climb(rough, degree, kAnyAround)) {
@@ -83,36 +83,40 @@ void LeaveOutFaintest(std::optional<SkyCandidate>& best)
     }
 }
 
-/// The best candidate of a degree, from guesses by the whole frame and by each half of it.
-std::optional<SkyCandidate> BestOfDegree(const SkyCells& sky, int degree)
+/// The best candidate of a degree, from guesses by the whole frame and by each half of it, which threads share.
+std::optional<SkyCandidate> BestOfDegree(const SkyCells& sky, int degree, int threads)
 {
     const double x = 0.5 * (sky.cells.front().x + sky.cells.back().x);
     const double y = 0.5 * (sky.cells.front().y + sky.cells.back().y);
-    std::optional<SkyCandidate> best = CandidateFrom(sky, degree, [](const SkyCell&) { return true; });
-    const auto tryHalf = [&](auto counts) { KeepBetter(best, CandidateFrom(sky, degree, counts), 1.0); };
-    tryHalf([=](const SkyCell& cell) { return cell.x <= x; });
-    tryHalf([=](const SkyCell& cell) { return cell.x >= x; });
-    tryHalf([=](const SkyCell& cell) { return cell.y <= y; });
-    tryHalf([=](const SkyCell& cell) { return cell.y >= y; });
+    const std::array<CellTest, 5> parts{
+        [](const SkyCell&) { return true; }, [=](const SkyCell& cell) { return cell.x <= x; },
+        [=](const SkyCell& cell) { return cell.x >= x; }, [=](const SkyCell& cell) { return cell.y <= y; },
+        [=](const SkyCell& cell) { return cell.y >= y; }};
+    std::array<std::optional<SkyCandidate>, parts.size()> found;
+    std::optional<SkyCandidate> best;
+    platform::ForBlocks(
+        static_cast<int>(parts.size()), threads,
+        [&](std::size_t i) { found[i] = CandidateFrom(sky, degree, parts[i]); },
+        [&](std::size_t i) { KeepBetter(best, std::move(found[i]), 1.0); });
     return best;
 }
 
 /// That of the degree that is asked for, or the highest below it that the sky tells.
-std::optional<SkyCandidate> BestUpTo(const SkyCells& sky, int degree)
+std::optional<SkyCandidate> BestUpTo(const SkyCells& sky, int degree, int threads)
 {
     std::optional<SkyCandidate> best;
     for (; degree >= 0 && !best; --degree) {
-        best = BestOfDegree(sky, degree);
+        best = BestOfDegree(sky, degree, threads);
     }
     return best;
 }
 
 /// That of the lowest degree that a higher one is not much better than.
-std::optional<SkyCandidate> BestOfAll(const SkyCells& sky)
+std::optional<SkyCandidate> BestOfAll(const SkyCells& sky, int threads)
 {
-    std::optional<SkyCandidate> best = BestUpTo(sky, 1);
+    std::optional<SkyCandidate> best = BestUpTo(sky, 1, threads);
     for (int degree = 2; degree <= kHighestChoice; ++degree) {
-        KeepBetter(best, BestOfDegree(sky, degree), kBetter);
+        KeepBetter(best, BestOfDegree(sky, degree, threads), kBetter);
     }
     return best;
 }
@@ -184,7 +188,8 @@ SkyCells FitSkyCells(const CStlImage& image, int plane, std::optional<int> degre
         run.ThrowIfCancelled();
     };
     MeasureCells(image, plane, grid, run, sky);
-    std::optional<SkyCandidate> best = degree ? BestUpTo(sky, *degree) : BestOfAll(sky);
+    const int threads = run.Threads();
+    std::optional<SkyCandidate> best = degree ? BestUpTo(sky, *degree, threads) : BestOfAll(sky, threads);
     LeaveOutFaintest(best);
     for (int i = 1; best; ++i) {
         const bool isLast = i == kMeasurements || IsSettled(*best);

@@ -194,7 +194,7 @@ Slope LucyRows::CombinedSlope(double share, const Samples& model, const Samples&
 bool LucyRows::Move(double factor, const Samples& step, Samples& target) const
 {
     std::atomic<bool> isBelow = false;
-    loops.ForBlocks([&, s = step.data(), t = target.data()](std::size_t first, std::size_t end, std::size_t) {
+    loops.ForBlocks([&, s = step.data(), t = target.data()](std::size_t first, std::size_t end) {
         int below = 0;
         CORVANE_INDEPENDENT
         for (std::size_t i = first; i < end; ++i) {

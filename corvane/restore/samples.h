@@ -25,13 +25,12 @@ public:
         : count_(count), threads_(ThreadsFor(static_cast<long long>(count), threads))
     {}
 
-    /// Calls body(first, end, block) for all samples from `first` to before `end`.
+    /// Calls body(first, end) for each block of samples, from `first` to before `end`.
     template <class Body>
     void ForBlocks(Body body) const
     {
         platform::ForBlocks(
-            Blocks(), threads_,
-            [&](int block) { body(First(block), First(block + 1), static_cast<std::size_t>(block)); }, [](int) {});
+            Blocks(), threads_, [&](int block) { body(First(block), First(block + 1)); }, [](int) {});
     }
 
     /// Samples of one value.
@@ -46,7 +45,7 @@ public:
     template <class Map>
     void Fill(Samples& out, Map map) const
     {
-        ForBlocks([filler = Filler(out, map)](std::size_t first, std::size_t end, int) { filler(first, end); });
+        ForBlocks(Filler(out, map));
     }
 
     /// What does the same from one sample to before another.
@@ -66,7 +65,7 @@ public:
     auto OfBlocks(OfBlock ofBlock) const
     {
         std::vector<decltype(ofBlock(std::size_t(), std::size_t()))> all(static_cast<std::size_t>(Blocks()));
-        ForBlocks([&](std::size_t first, std::size_t end, std::size_t block) { all[block] = ofBlock(first, end); });
+        ForBlocks([&](std::size_t first, std::size_t end) { all[first / kBlock] = ofBlock(first, end); });
         return all;
     }
 
