@@ -29,7 +29,7 @@ void Crew::Share(const Work& work, const std::function<void()>& lead)
     left_.wait(lock, [this] { return working_ == 0; });
 }
 
-/// Those that there are work already.
+/// Those that are started first work while others are started.
 void Crew::Start()
 {
     try {

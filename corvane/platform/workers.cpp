@@ -13,7 +13,7 @@ namespace corvane::platform {
 namespace {
 
 thread_local bool isWorking = false; // in the body of a call with more than one thread
-thread_local Crew* kept = nullptr;   // those of this thread
+thread_local Crew* kept = nullptr;   // for calls from this thread
 
 using Body = std::function<void(int, int)>;
 using Tick = std::function<void(int)>;
