@@ -5,8 +5,12 @@
 
 namespace corvane::platform {
 
+/// A lock may take memory, so without threads it takes none.
 Crew::~Crew()
 {
+    if (threads_.empty()) {
+        return;
+    }
     {
         const std::unique_lock lock(mutex_);
         isOver_ = true;

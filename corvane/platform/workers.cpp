@@ -104,16 +104,17 @@ private:
 
 } // namespace
 
-KeptThreads::KeptThreads(int threads) : crew_(std::make_unique<Crew>(threads))
+KeptThreads::KeptThreads(int threads)
 {
-    if (kept == nullptr) {
+    if (threads > 1 && kept == nullptr) { // what is of a thread may take memory at its first use: not for one thread
+        crew_ = std::make_unique<Crew>(threads);
         kept = crew_.get();
     }
 }
 
 KeptThreads::~KeptThreads()
 {
-    if (kept == crew_.get()) {
+    if (crew_ != nullptr) {
         kept = nullptr;
     }
 }

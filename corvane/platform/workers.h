@@ -11,7 +11,8 @@ namespace corvane::platform {
 class Crew;
 
 /// For work of many short passes: while it lives, `ForBlocks` on its thread does not start threads for each call but
-/// uses those that the first one has started, at most so many with the caller's. Another inside of it changes nothing.
+/// uses those that the first one has started, at most so many with the caller's. One changes nothing, nor does another
+/// inside of it.
 class CORVANE_VISIBLE KeptThreads {
 public:
     explicit KeptThreads(int threads);

@@ -350,7 +350,7 @@ Restored RestoreLucy(float* data, const LucyJob& job, const Run& run, int plane)
     try {
         const std::vector<float> floor =
             job.skyNoise > 0.0 ? StarFloor(data, job, run.Threads()) : std::vector<float>();
-        const platform::KeptThreads threads(run.Threads());
+        const platform::KeptThreads threads(ThreadsFor(static_cast<long long>(job.width) * job.height, run.Threads()));
         LucyEngine engine(data, floor, job, run, plane);
         const Restored end = engine.Restore();
         engine.Write(data);

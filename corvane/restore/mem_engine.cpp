@@ -392,7 +392,7 @@ int RestoreByEntropy(float* data, const MemJob& job, const Run& run, int plane)
         if (!(job.variance > 0.0) || !std::isfinite(level) || !std::isfinite(job.variance)) {
             return kMemNothingToFit;
         }
-        const platform::KeptThreads threads(run.Threads());
+        const platform::KeptThreads threads(ThreadsFor(static_cast<long long>(count), run.Threads()));
         MemEngine engine(data, job, 1.0 / level, run, progress, plane);
         const int status = engine.Restore();
         if (status != kMemNothingToFit) {

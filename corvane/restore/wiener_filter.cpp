@@ -210,7 +210,7 @@ void FilterByWiener(CStlImage& image, const CRect* rect, const MakeBlur& makeBlu
                                             : area.isWhole ? std::make_unique<CStlImage>(image)
                                                            : CutOut(image, area, run);
     const Reservation reservation(static_cast<std::uint64_t>(WienerFilterBytes(area.width, area.height, 0)));
-    const platform::KeptThreads threads(run.Threads());
+    const platform::KeptThreads threads(ThreadsFor(static_cast<long long>(area.width) * area.height, run.Threads()));
     WienerFilter filter(area.width, area.height, run.Threads());
     Stage stage(run, IDS_WIENER, image.GetPlanes() * kStepsOfPlane);
     FilterPlanes(filter, makeBlur, noise, keepsFlux, isInPlace ? image : *part, stage);
