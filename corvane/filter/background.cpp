@@ -42,8 +42,8 @@ template <int kType>
 void SmoothInner(const Smoothing& smoothing, const Band& band, const double* bright, int begin, int end,
                  float* __restrict out)
 {
-    for (; begin < end; begin += kSumColumns) {
-        const int count = std::min(kSumColumns, end - begin);
+    for (; begin < end; begin += kBlockColumns) {
+        const int count = std::min(kBlockColumns, end - begin);
         const BlockSums<kType> sums(band, begin, count);
         const float* const middle = band.Row(0) + begin;
         for (int i = 0; i < count; ++i) {

@@ -70,38 +70,28 @@ void SplitColumns(int left, int right, int width, int margin, Inner inner, Edge 
     }
 }
 
-/// Calls use(begin, count) for the blocks of at most `columns` columns from `begin` to before `end`.
+/// Columns that are worked on at a time: few enough for what is made of them to stay in the nearest cache.
+inline constexpr int kBlockColumns = 96;
+
+/// Calls use(begin, count) for the blocks of at most `kBlockColumns` columns from `begin` to before `end`.
 ///
 /// While one block is worked on in the nearest cache, nothing would come from or go to memory, and the processor does
 /// not fetch ahead of stores by itself: samples of a block to come, in the band's lowest row and in the target, are
 /// asked for before. That is the next row's where this one ends, and asking for what is nowhere does nothing. With a
 /// small block few samples are asked for at a time, which the processor does not have to wait for.
 template <class Use>
-void ForEachBlock(const Band& band, int begin, int end, int columns, const float* out, Use use)
+void ForEachBlock(const Band& band, int begin, int end, const float* out, Use use)
 {
     constexpr int kLine = 64 / sizeof(float); // of the cache
     constexpr int kAhead = 256;
     for (int next = begin; begin < end; begin = next) {
-        next = std::min(begin + columns, end);
-        for (int x = next + kAhead; x < next + kAhead + columns; x += kLine) {
+        next = std::min(begin + kBlockColumns, end);
+        for (int x = next + kAhead; x < next + kAhead + kBlockColumns; x += kLine) {
             __builtin_prefetch(band.Row(band.Radius()) + x);
             __builtin_prefetch(out + x, 1);
         }
         use(begin, next - begin);
     }
-}
-
-/// The same for a kernel that reads the band while it writes: calls make(begin, count, made) with room for a block,
-/// which is then copied to `out`. Rows of large images often lie a multiple of a page apart, and a sample is not read
-/// before the processor knows that a store to the same place of another page is not one to it.
-template <int kColumns, class Make>
-void MakeBlocks(const Band& band, int begin, int end, float* out, Make make)
-{
-    ForEachBlock(band, begin, end, kColumns, out, [&](int first, int count) {
-        float made[kColumns];
-        make(first, count, made);
-        std::copy_n(made, count, out + first);
-    });
 }
 
 /// The columns of an area that the source has too.

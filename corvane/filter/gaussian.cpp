@@ -46,10 +46,7 @@ template <int kFirst, int kLast, class At>
     }(std::make_integer_sequence<int, kLast - kFirst + 1>());
 }
 
-/// Columns that are worked on at a time: few enough for all that is held of them to stay in the nearest cache.
-constexpr int kStrip = 96;
-
-/// The sums over the columns of a band, for each of the rows that are made together: of a strip, and of the 2 * kRadius
+/// The sums over the columns of a band, for each of the rows that are made together: of a block, and of the 2 * kRadius
 /// columns before it. Columns outside of the image are mirrored.
 template <int kRadius>
 class ColumnSums {
@@ -58,14 +55,14 @@ public:
 
     ColumnSums(const Band& band, const Weights& weights) : band_(band), weights_(weights) {}
 
-    /// Sums so many columns from `begin` on, at most a strip, and puts them at `to`. What is read is taken to double
-    /// once for all rows; columns that a strip lacks become 0.
+    /// Sums so many columns from `begin` on, at most a block, and puts them at `to`. What is read is taken to double
+    /// once for all rows; columns that a block lacks become 0.
     void Sum(int begin, int count, int to)
     {
-        double samples[2 * kRadius + kMostRowsTogether][kStrip];
+        double samples[2 * kRadius + kMostRowsTogether][kBlockColumns];
         for (int i = 0; i < 2 * kRadius + kMostRowsTogether; ++i) {
             Read(band_.Row(i - kRadius), begin, count, samples[i]);
-            std::fill(samples[i] + count, samples[i] + kStrip, 0.0);
+            std::fill(samples[i] + count, samples[i] + kBlockColumns, 0.0);
         }
         for (int i = 0; i < kMostRowsTogether; ++i) {
             SumRow(samples + i, sums_[i] + to);
@@ -82,11 +79,11 @@ public:
         }
     }
 
-    /// Goes on to the next strip.
+    /// Goes on to the next block.
     void Advance()
     {
         for (auto& row : sums_) {
-            std::copy_n(row + kStrip, kBefore, row);
+            std::copy_n(row + kBlockColumns, kBefore, row);
         }
     }
 
@@ -105,10 +102,10 @@ private:
 
     /// Sums the columns for one row: the near samples, then those farther away by themselves. The last digits of a sum
     /// depend on that order, so it stays.
-    void SumRow(const double (*samples)[kStrip], double* __restrict sums) const
+    void SumRow(const double (*samples)[kBlockColumns], double* __restrict sums) const
     {
         constexpr int kNear = std::min(kRadius, 5);
-        for (int x = 0; x < kStrip; ++x) {
+        for (int x = 0; x < kBlockColumns; ++x) {
             const auto in = [&](int d) { return samples[kRadius + d][x]; };
             sums[x] = in(0) * weights_[0] + WeightedPairs<1, kNear>(weights_, in);
             if constexpr (kRadius > kNear) {
@@ -119,7 +116,7 @@ private:
 
     const Band& band_;
     const Weights& weights_;
-    double sums_[kMostRowsTogether][kBefore + kStrip];
+    double sums_[kMostRowsTogether][kBefore + kBlockColumns];
 };
 
 template <int kRadius>
@@ -128,8 +125,8 @@ void GaussianRows(const Band& band, const Weights& weights, int left, int right,
     using Sums = ColumnSums<kRadius>;
     Sums sums(band, weights);
     sums.Sum(left - kRadius, Sums::kBefore, 0);
-    for (int x = left; x < right; x += kStrip) {
-        const int count = std::min(kStrip, right - x);
+    for (int x = left; x < right; x += kBlockColumns) {
+        const int count = std::min(kBlockColumns, right - x);
         sums.Sum(x + kRadius, count, Sums::kBefore);
         for (std::size_t i = 0; i < out.size(); ++i) {
             sums.MakeRow(i, count, out[i] + x);

@@ -50,9 +50,9 @@ double Laplacian(const float* const* rows, int x, int width, int type)
 /// For columns that have both neighbours: the differences of columns first, a block at a time.
 void InnerTwoDifferences(const Band& band, int begin, int end, double min, float* __restrict out)
 {
-    double column[kSumColumns + 2];
-    for (; begin < end; begin += kSumColumns) {
-        const int count = std::min(kSumColumns, end - begin);
+    double column[kBlockColumns + 2];
+    for (; begin < end; begin += kBlockColumns) {
+        const int count = std::min(kBlockColumns, end - begin);
         const float* const up = band.Row(-1) + begin - 1;
         const float* const middle = band.Row(0) + begin - 1;
         const float* const down = band.Row(1) + begin - 1;

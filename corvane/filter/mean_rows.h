@@ -37,9 +37,6 @@ inline double PlainMean(double c, double s, int type)
     return (s + c) * (type == kCross ? 0.2 : (type == kSquare3 ? 0.1111111111111111 : 0.047619047619047616));
 }
 
-/// Columns whose sums are held at a time: few enough to stay in the nearest cache.
-inline constexpr int kSumColumns = 128;
-
 /// Sums over the rows of a block of columns, from which the sum about each of them is put together. The centre is left
 /// out, not taken off again: a difference would lose what is small beside it.
 template <int kType>
@@ -76,7 +73,7 @@ public:
 
 private:
     static constexpr int kMargin = filter::Radius(kType);
-    static constexpr int kColumns = kSumColumns + 2 * kMargin;
+    static constexpr int kColumns = kBlockColumns + 2 * kMargin;
 
     double around_[kColumns]; ///< the rows without the middle one
     double column_[kColumns]; ///< three rows; of the cross the middle one alone
@@ -95,6 +92,10 @@ float ApplyToSums(Function function, double centre, double others, LaplacianOf l
 }
 
 /// `MapSums` for columns that have all their neighbours within the row.
+///
+/// A function of the Laplacian has the band read while the target is written, so its results go by way of a block of
+/// their own: rows of large images often lie a multiple of a page apart, and a sample is not read before the processor
+/// knows that a store to the same place of another page is not one to it.
 template <int kType, class Function>
 void MapInnerSums(const Band& band, int begin, int end, float* out, Function function)
 {
@@ -109,12 +110,15 @@ void MapInnerSums(const Band& band, int begin, int end, float* out, Function fun
             });
         }
     };
-    if constexpr (std::is_invocable_v<Function, double, double, double>) {
-        MakeBlocks<kSumColumns>(band, begin, end, out, make);
-    } else {
-        ForEachBlock(band, begin, end, kSumColumns, out,
-                     [&](int first, int count) { make(first, count, out + first); });
-    }
+    ForEachBlock(band, begin, end, out, [&](int first, int count) {
+        if constexpr (std::is_invocable_v<Function, double, double, double>) {
+            float made[kBlockColumns];
+            make(first, count, made);
+            std::copy_n(made, count, out + first);
+        } else {
+            make(first, count, out + first);
+        }
+    });
 }
 
 /// Writes function(centre, sum of the others) to out[x] for the columns from `left` to before `right`; a function of

@@ -10,31 +10,29 @@
 namespace corvane::filter {
 namespace {
 
-/// Columns that are sorted at a time: few enough to stay in the nearest cache.
-constexpr int kBlock = 256;
-
 using InnerRow = void (*)(const Band& band, int begin, int end, float* out);
 
-/// A rank for columns that have all their neighbours within the row. The smallest and the largest need no order within
-/// a column, and are quicker without keeping one.
+/// The value of a rank, which among the largest of columns alone is the last one.
+template <std::size_t kRank, std::size_t kA, std::size_t kB>
+[[gnu::always_inline]] inline float RankOfKept(const Sorted<kA>& a, const Sorted<kB>& b)
+{
+    return RankOfBoth<std::min(kRank, kA + kB - 1)>(a, b);
+}
+
+/// A rank for columns that have all their neighbours within the row. For the smallest and the largest the extreme of
+/// each column is enough.
 template <int kType, std::size_t kRank>
 void InnerRankRow(const Band& band, int begin, int end, float* out)
 {
-    constexpr bool kIsExtreme = kRank == 0 || kRank + 1 == Points(kType);
-    const auto make = [](const auto& columns, int count, float* __restrict target) {
+    constexpr Kept kKept = kRank == 0 ? Kept::kSmallest : (kRank + 1 == Points(kType) ? Kept::kLargest : Kept::kAll);
+    ForEachBlock(band, begin, end, out, [&](int first, int count) {
+        const BlockColumns<kType, kKept> columns(band, first, count);
+        float* __restrict const target = out + first;
         for (int i = 0; i < count; ++i) {
             const auto [a, b] = Lists<kType>(columns, i);
-            target[i] = RankOfBoth<kRank>(a, b);
+            target[i] = RankOfKept<kRank>(a, b);
         }
-    };
-    if constexpr (kIsExtreme) {
-        MakeBlocks<kBlock>(band, begin, end, out,
-                           [&](int first, int count, float* made) { make(RowColumns(band, first), count, made); });
-    } else {
-        ForEachBlock(band, begin, end, kBlock, out, [&](int first, int count) {
-            make(BlockColumns<kType, kBlock>(band, first, count), count, out + first);
-        });
-    }
+    });
 }
 
 /// The rows of all ranks of a small neighbourhood.
@@ -56,7 +54,7 @@ void InnerRankRow5(const Band& band, int rank, int begin, int end, float* out)
     case Points(kSquare5) - 1:
         return InnerRankRow<kSquare5, Points(kSquare5) - 1>(band, begin, end, out);
     default:
-        ForEachBlock(band, begin, end, RankedBlock<kSquare5>::kColumns, out,
+        ForEachBlock(band, begin, end, out,
                      [&](int first, int count) { RankedBlock<kSquare5>(band, first, count).Rank(rank, out + first); });
     }
 }

@@ -12,11 +12,9 @@ namespace corvane::filter {
 template <int kType>
 class RankedBlock {
 public:
-    static constexpr int kColumns = 128; ///< so many that the lists stay in the nearest cache
-
     RankedBlock(const Band& band, int begin, int count) : count_(count)
     {
-        const BlockColumns<kType, kColumns> columns(band, begin, count);
+        const BlockColumns<kType> columns(band, begin, count);
         for (int i = 0; i < count; ++i) {
             const auto [first, second] = Lists<kType>(columns, i);
             StoreColumn(first, first_, i);
@@ -44,8 +42,8 @@ private:
     static constexpr int kSecond = Points(kType) - kFirst;
 
     int count_;
-    float first_[kFirst][kColumns];
-    float second_[kSecond][kColumns];
+    float first_[kFirst][kBlockColumns];
+    float second_[kSecond][kBlockColumns];
 };
 
 } // namespace corvane::filter

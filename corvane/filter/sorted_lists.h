@@ -129,8 +129,21 @@ private:
     const float* below_;
 };
 
+/// What is kept of a list.
+enum class Kept { kAll, kSmallest, kLargest };
+
+template <Kept kKept, std::size_t kCount>
+[[gnu::always_inline]] inline auto Keep(const Sorted<kCount>& list)
+{
+    if constexpr (kKept == Kept::kAll) {
+        return list;
+    } else {
+        return Sorted<1>{kKept == Kept::kSmallest ? list.front() : list.back()};
+    }
+}
+
 /// The same for a block of columns, each sorted once for all neighbourhoods that it is a part of.
-template <int kType, int kBlock>
+template <int kType, Kept kKept = Kept::kAll>
 class BlockColumns {
 public:
     BlockColumns(const Band& band, int begin, int count) : rows_(band, begin)
@@ -138,24 +151,24 @@ public:
         const RowColumns rows(band, begin - kMargin);
         for (int i = 0; i < count + 2 * kMargin; ++i) {
             const Sorted<3> column = rows.Short(i);
-            StoreColumn(column, short_, i);
+            StoreColumn(Keep<kKept>(column), short_, i);
             if constexpr (kType == kSquare5) {
-                StoreColumn(rows.Tall(i, column), tall_, i);
+                StoreColumn(Keep<kKept>(rows.Tall(i, column)), tall_, i);
             }
         }
     }
 
     float Middle(int i) const { return rows_.Middle(i); }
-    Sorted<3> Short(int i) const { return LoadColumn(short_, i + kMargin); }
-    Sorted<5> Tall(int i) const { return LoadColumn(tall_, i + kMargin); }
+    auto Short(int i) const { return LoadColumn(short_, i + kMargin); }
+    auto Tall(int i) const { return LoadColumn(tall_, i + kMargin); }
 
 private:
     static constexpr int kMargin = filter::Radius(kType);
-    static constexpr int kColumns = kBlock + 2 * kMargin;
+    static constexpr int kColumns = kBlockColumns + 2 * kMargin;
 
     RowColumns rows_;
-    float short_[3][kColumns];
-    float tall_[5][kColumns]; ///< of the larger square alone
+    float short_[kKept == Kept::kAll ? 3 : 1][kColumns];
+    float tall_[kKept == Kept::kAll ? 5 : 1][kColumns]; ///< of the larger square alone
 };
 
 /// The neighbourhood of column i as two sorted lists.

@@ -59,12 +59,11 @@ float Sharpened(const StarRule& rule, Neighbours points)
 template <int kType>
 void InnerStarRow(const Band& band, const StarRule& rule, int begin, int end, float* out)
 {
-    using Block = RankedBlock<kType>;
-    ForEachBlock(band, begin, end, Block::kColumns, out, [&](int first, int count) {
-        const Block block(band, first, count);
-        float below[Block::kColumns];
-        float above[Block::kColumns];
-        float max[Block::kColumns];
+    ForEachBlock(band, begin, end, out, [&](int first, int count) {
+        const RankedBlock<kType> block(band, first, count);
+        float below[kBlockColumns];
+        float above[kBlockColumns];
+        float max[kBlockColumns];
         block.Rank(rule.Below(), below);
         block.Rank(rule.Above(), above);
         block.Rank(rule.Last(), max);
