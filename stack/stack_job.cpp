@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "corvane/core/error.h"
+#include "corvane/core/sample_memory.h"
 #include "corvane/core/gaps.h"
 #include "corvane/core/text.h"
 #include "io/sky.h"
@@ -161,7 +162,8 @@ CombinePlan PlanOf(const Options& options, const PreparedLights& lights, bool fo
             .grow = GrowthOf(options, lightsUsed),
             .interpolation = options.interpolation,
             .blank = CommonBlank(plan.lights),
-            .memory = plan.lights.BandMemory()};
+            .memory = plan.lights.BandMemory(),
+            .areBandsLong = !plan.lights.StaysOpen()};
 }
 
 /// Enters what a tally has counted; nothing where nothing is rejected.
@@ -341,6 +343,7 @@ Band StackJob::Combine(const RowSpan& rows)
     const CombinePlan& combining = Combining();
     const Plan& plan = lights_.GetPlan();
     Band band(EmptyBand(rows));
+    DropSpareMemory(); // of lights that were measured whole: bands of rows have no use for it
     WatchedLights watched(lights_.Frames(), options_.lights.size());
     RejectionTally tally(combining);
     RejectionTally* const wantedTally = options_.wantsReport ? &tally : nullptr;

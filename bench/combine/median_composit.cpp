@@ -2,11 +2,9 @@
 
 #include <cmath>
 #include <deque>
-#include <vector>
 
-#include "bench/combine/plain_statistic.h"
+#include "bench/combine/night.h"
 #include "bench/support/bench.h"
-#include "corvane/core/blank.h"
 
 namespace corvane::bench {
 namespace {
@@ -24,63 +22,26 @@ constexpr Method kMethods[] = {
     {"clipped mean", &CImgMedianComposit::AddAvrCalcClipping, CombineMethod::kClippedMean, 0.5},
 };
 
-/// A night's frames in memory, each with its own shift.
-class Night {
-public:
-    Night(int frames, int width, int height, double fraction) : fraction_(fraction)
-    {
-        for (int i = 0; i < frames; ++i) {
-            Sky& frame = frames_.emplace_back(width, height, 1, static_cast<std::uint64_t>(i) + 10);
-            frame.SetBlank(-32768); // stacking makes a shifted frame use blanks: do so at once, for equal runs
-            frame.SetBlankUsed(1);
+void Stack(Night& night, CStlImage& target, const Method& method)
+{
+    CImgMedianComposit composit(&target);
+    for (int y = 0; y < target.GetHeight(); ++y) {
+        for (int i = 0; i < night.Count(); ++i) {
+            composit.Store(&night.Frame(i), y, night.ShiftX(i), night.ShiftY(i), 0.0);
         }
+        (composit.*method.calc)();
     }
-
-    void Stack(CStlImage& target, const Method& method)
-    {
-        CImgMedianComposit composit(&target);
-        for (int y = 0; y < target.GetHeight(); ++y) {
-            for (std::size_t i = 0; i < frames_.size(); ++i) {
-                composit.Store(&frames_[i], y, ShiftX(i), ShiftY(i), 0.0);
-            }
-            (composit.*method.calc)();
-        }
-    }
-
-    /// The defined result of one pixel: from every frame, or of the last one that has nothing there.
-    double Expected(int x, int y, const Method& method) const
-    {
-        std::vector<double> values;
-        double undefined = 0.0;
-        for (std::size_t i = 0; i < frames_.size(); ++i) {
-            int isOutside = 0;
-            const double v = frames_[i].GetPixelGrayRaw(x, y, ShiftX(i), ShiftY(i), 0.0, 1.0, 1.0, 0,
-                                                        UndefinedValue(frames_[i]), 0, &isOutside, nullptr, nullptr);
-            isOutside != 0 ? static_cast<void>(undefined = v) : values.push_back(v);
-        }
-        const std::vector<double> weights(values.size(), 1.0);
-        return values.size() < frames_.size() ? undefined : PlainStatistic(values, weights, method.plain);
-    }
-
-    std::uint64_t Bytes() const { return frames_.size() * frames_.front().GetImageSize(); }
-
-private:
-    double ShiftX(std::size_t i) const { return static_cast<double>(i % 7) - 3.0 + fraction_ * static_cast<double>(i); }
-    double ShiftY(std::size_t i) const { return static_cast<double>(i % 5) - 2.0 - fraction_ * static_cast<double>(i); }
-
-    std::deque<Sky> frames_;
-    double fraction_;
-};
+}
 
 void TimeStack(Run& run, const Method& method, int frames, int height, double fraction)
 {
     const int width = Size(2048, 75);
     Night night(frames, width, height, fraction);
-    const auto stack = [&](CStlImage& target) { night.Stack(target, method); };
+    const auto stack = [&](CStlImage& target) { Stack(night, target, method); };
     const auto makeTarget = [=] { return CStlImage(-32, width, height, 1, 1.0, 0.0, 1); };
     CStlImage checked = makeTarget();
     stack(checked);
-    CheckSamples(checked, [&](int x, int y, int) { return night.Expected(x, y, method); });
+    CheckSamples(checked, [&](int x, int y, int) { return night.Expected(x, y, method.plain); });
     run.Time(night.Bytes(), [&] {
         CStlImage target = makeTarget();
         stack(target);

@@ -272,11 +272,7 @@ void CImgComposit::Desaturate(const CStlImage& base, const CStlImage& overlay, d
     const Space space = displaySpace != 0 ? Space::kDisplay : Space::kRaw;
     Stage stage(run, textId == -1 ? IDS_COMPOSITE : textId, static_cast<int>(area.bottom - area.top));
     for (int plane = 0; plane < std::min(GetPlanes(), 3); ++plane) {
-        SaturationReplacement replacement(*this, base, overlay, alignment, plane, {ratio, space, fraction, radius});
-        for (int y = static_cast<int>(area.top); y < area.bottom; ++y) {
-            replacement.Row(y, static_cast<int>(area.left), static_cast<int>(area.right));
-            stage.Step();
-        }
+        ReplaceSaturated(*this, base, overlay, alignment, plane, {ratio, space, fraction, radius}, area, stage);
     }
 }
 

@@ -74,8 +74,8 @@ public:
     /// is saturated: at least `fraction` of 255 in display space, of `GetMaxPixel` of plane 0 in raw space, so call
     /// `CalcMinMax` of both images before. Near a saturated base the largest a takes the place of a, near a saturated
     /// overlay the largest b that of b; near both but not in both, of a and q the one that is closer to the pixels
-    /// above left, above and to the left, already written: one thread makes all rows. At the overlay's border, one
-    /// pixel wide, and outside of it the result is a. There are no blanks.
+    /// above left, above and to the left, already written: those wait for the rows before them. At the overlay's
+    /// border, one pixel wide, and outside of it the result is a. There are no blanks.
     ///
     /// Kept of old: the cosine of the turn is never negative, so 120 degrees turn as 60; in display space every plane
     /// of a colour image goes through plane 0's levels, but for the overlay and the neighbours in the base; progress

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "corvane/platform/export.h"
+
 namespace corvane {
 
 /// Plain memory for the samples of one store, counted against the process's budget.
@@ -31,6 +33,6 @@ void AddMemoryInUse(std::uint64_t bytes);
 void SubtractMemoryInUse(std::uint64_t bytes);
 
 /// Gives the memory kept for the next store back to the system.
-void DropSpareMemory();
+CORVANE_VISIBLE void DropSpareMemory();
 
 } // namespace corvane

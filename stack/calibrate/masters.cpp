@@ -112,7 +112,8 @@ std::shared_ptr<CStlImage> MasterSource::Combine(Coverage coverage, const char* 
     CombinePlan plan{.grid = {info.width, info.height},
                      .coverage = coverage,
                      .blank = CommonBlank(set_),
-                     .memory = set_.BandMemory()};
+                     .memory = set_.BandMemory(),
+                     .areBandsLong = !set_.StaysOpen()};
     for (int i = 0; i < set_.Count(); ++i) {
         plan.frames.push_back({.frame = i});
     }

@@ -30,6 +30,8 @@ bool MayShare(const CombineTarget& target)
 }
 
 constexpr int kFewestColumns = 16;
+constexpr double kFewestRows = 128;             // of a band that memory has room for: many more than look at its edges
+constexpr double kNearBytes = 32 * 1024 * 1024; // of a band that is combined while a near cache holds much of it
 
 /// A frame at work.
 struct PlacedFrame {
@@ -240,11 +242,15 @@ double BandCombiner::BytesOfRow() const
     });
 }
 
-/// Rows of the target whose frames fit the memory.
+/// Rows of the target whose frames fit the memory: of those no more than are of use, unless each band costs by itself.
+/// What frames touch beyond the rows of a band is moved to the next one's.
 int BandCombiner::RowsOfBand(int columns) const
 {
-    const std::uint64_t left = memory_ - std::min(memory_, FixedBytes(columns));
-    return static_cast<int>(std::clamp(static_cast<double>(left) / std::max(BytesOfRow(), 1.0), 1.0,
+    const double ofRow = std::max(BytesOfRow(), 1.0);
+    const double fixed = static_cast<double>(FixedBytes(columns));
+    const double fitting = (static_cast<double>(memory_) - fixed) / ofRow;
+    const double useful = std::max({kFewestRows, kNearBytes / ofRow, static_cast<double>(Margins(columns)) / ofRow});
+    return static_cast<int>(std::clamp(plan_.areBandsLong ? fitting : std::min(fitting, useful), 1.0,
                                        static_cast<double>(std::max(endRow_ - firstRow_, 1))));
 }
 

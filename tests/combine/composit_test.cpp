@@ -6,6 +6,7 @@
 
 #include "corvane/core/alignment.h"
 #include "corvane/core/blank.h"
+#include "corvane/core/threads.h"
 #include "tests/combine/aligned.h"
 #include "tests/support/progress_window.h"
 #include "tests/support/storage.h"
@@ -164,6 +165,21 @@ TEST(Composit, AgreesWithThePlainFormWhateverTheImagesAndTheMode)
         ASSERT_EQ(result.IsBlankUsed() != 0, expected.blankUsed);
         ASSERT_EQ(result.GetBlank(), expected.blank);
     }
+}
+
+TEST(Composit, DesaturatesAlikeWithAnyNumberOfThreads)
+{
+    CStlImage base = RandomImage({700, 500}, 3, 1); // more than one thread takes
+    CStlImage overlay = RandomImage({690, 510}, 3, 2);
+    base.CalcMinMax();
+    overlay.CalcMinMax();
+    const CompositCall call{0.3, -1.75, 5.0, 9, 0, 0, 1.3, 0.9, 2};
+    const Plain expected = ExpectedDesaturated(base, base, overlay, call);
+    for (const int threads : {1, 2, 7}) {
+        corvane::SetThreads(threads);
+        EXPECT_TRUE(Agree(Composite(base, base, overlay, call), expected, 1)) << threads;
+    }
+    corvane::SetThreads(0);
 }
 
 TEST(Composit, KeepsToTheRectangleAndToWhatTheBaseHas)
