@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "corvane/core/error.h"
-#include "corvane/core/sample_memory.h"
 #include "corvane/core/gaps.h"
+#include "corvane/core/sample_memory.h"
 #include "corvane/core/text.h"
 #include "io/sky.h"
 #include "stack/calibrate/masters.h"

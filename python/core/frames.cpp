@@ -1,6 +1,5 @@
 // Frames in memory: combined pixel by pixel, and brought onto the grid of another.
 
-#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -61,23 +60,13 @@ std::shared_ptr<const Rejection> JudgedOnce(const Combining& how)
     }
 }
 
-/// What bands take of the frames' rows [bytes]. The frames lie in memory: what goes through a cache is enough, as long
-/// as there are rows for every thread.
-std::uint64_t BandMemory(const CStlImage& first, std::size_t frames)
-{
-    constexpr std::uint64_t kInCache = 1 << 24;
-    constexpr std::uint64_t kRows = 64;
-    return std::max<std::uint64_t>(kInCache,
-                                   kRows * frames * first.GetImageSize() / static_cast<unsigned>(first.GetHeight()));
-}
-
 stack::CombinePlan PlanFor(const CStlImage& first, const Combining& how)
 {
     const CombineBy by = stack::ValueOf(stack::kCombineNames, how.by).value_or(CombineBy::kMean);
     stack::CombinePlan plan{.grid = {first.GetWidth(), first.GetHeight()},
                             .rule = {by, JudgedOnce(how)},
                             .coverage = Coverage::kAny,
-                            .memory = std::min(how.memory, BandMemory(first, how.weights.size()))};
+                            .memory = how.memory};
     for (std::size_t i = 0; i < how.weights.size(); ++i) {
         const stack::Normalisation scale{.factor = how.factors[i]};
         plan.frames.push_back(

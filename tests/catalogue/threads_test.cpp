@@ -4,6 +4,7 @@
 
 #include <iterator>
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -56,9 +57,9 @@ Course CourseOf(int threads, Work work)
     return course;
 }
 
-/// Compares with one thread each time another of several numbers.
+/// Compares with one thread each time another of several numbers. Returns whether the work is done, not refused.
 template <class Work>
-void ExpectOneCourse(Work work)
+bool ExpectOneCourse(Work work)
 {
     constexpr int kNumbers[] = {2, 3, 7, 32};
     static std::size_t next = 0;
@@ -67,6 +68,7 @@ void ExpectOneCourse(Work work)
     EXPECT_EQ(several.progress, one.progress);
     EXPECT_TRUE(test::SameSamples(several.samples, one.samples));
     EXPECT_EQ(several.refused, one.refused);
+    return one.refused.empty();
 }
 
 /// How many sets of arguments are tried; what looks at the whole image takes long.
@@ -110,6 +112,8 @@ Settings SettingsOnNoise(const Operation& operation)
     for (const Parameter& parameter : operation.parameters) {
         if (parameter.name == "align") {
             settings.push_back({"align", "none"});
+        } else if (parameter.name == "mode" && operation.name == "composite") {
+            settings.push_back({"mode", "blend"});
         } else if (parameter.name == "palette" || parameter.name == "factor") {
             settings.push_back({parameter.name, parameter.name == "palette" ? Value(std::string("hos")) : Value(0.3)});
         }
@@ -119,10 +123,12 @@ Settings SettingsOnNoise(const Operation& operation)
 
 TEST_F(AnyThreads, MakeTheSameOfSeveralImages)
 {
+    const std::set<std::string> seekers{"match", "stars", "find-stars", "psf"}; // they find nothing in noise
     for (const Operation& operation : Operations()) {
+        bool isDone = operation.IsStep() || seekers.contains(operation.name);
         for (const int planes : operation.IsStep() ? std::vector<int>() : std::vector{1, 3}) {
             SCOPED_TRACE(operation.name + " of planes " + std::to_string(planes));
-            ExpectOneCourse([&](const corvane::Run& run) {
+            isDone |= ExpectOneCourse([&](const corvane::Run& run) {
                 Inputs inputs;
                 for (const Input& input : operation.inputs) {
                     for (int i = input.count == Count::Several ? 3 : 1; i > 0; --i) {
@@ -134,6 +140,7 @@ TEST_F(AnyThreads, MakeTheSameOfSeveralImages)
                 return image == outputs.end() ? io::Frame() : std::get<io::Frame>(std::move(image->second));
             });
         }
+        EXPECT_TRUE(isDone) << operation.name;
     }
 }
 
