@@ -1,5 +1,3 @@
-#include <deque>
-#include <string>
 #include <vector>
 
 #include "bench/combine/night.h"

@@ -105,7 +105,7 @@ template <std::size_t kCount, int kColumns>
 }
 
 /// The columns of a band as sorted lists: short ones of the three middle rows, tall ones of all five. Each is sorted
-/// where it is asked for.
+/// whenever it is asked for.
 class RowColumns {
 public:
     RowColumns(const Band& band, int begin)
@@ -115,7 +115,7 @@ public:
 
     float Middle(int i) const { return middle_[i]; }
     Sorted<3> Short(int i) const { return Merge(Merge(Sorted<1>{up_[i]}, Sorted<1>{middle_[i]}), Sorted<1>{down_[i]}); }
-    Sorted<5> Tall(int i) const { return Tall(i, Short(i)); }
+    /// Takes the short one in.
     Sorted<5> Tall(int i, const Sorted<3>& within) const
     {
         return Merge(within, Merge(Sorted<1>{above_[i]}, Sorted<1>{below_[i]}));
@@ -142,7 +142,8 @@ template <Kept kKept, std::size_t kCount>
     }
 }
 
-/// The same for a block of columns, each sorted once for all neighbourhoods that it is a part of.
+/// The same, or what is kept of it, for a block of columns: each sorted once for all neighbourhoods that it is a part
+/// of.
 template <int kType, Kept kKept = Kept::kAll>
 class BlockColumns {
 public:

@@ -62,7 +62,9 @@ struct CombinePlan {
     int blank = 0;                                          ///< what the target holds where a frame has nothing
     /// What bands may take, of what the memory budget leaves [bytes]; a band holds one row at least.
     std::uint64_t memory = std::numeric_limits<std::uint64_t>::max();
-    bool areBandsLong = false; ///< as that lets them be, for frames that are opened anew for each; else as is quickest
+    /// Makes bands as long as the memory lets them be, for a source that opens its frames anew for each; otherwise they
+    /// are as long as is quickest.
+    bool areBandsLong = false;
 };
 
 class RejectionTally;
